@@ -1,0 +1,340 @@
+#include "DemoShapes.h"
+
+#include <BRepAdaptor_Curve.hxx>
+#include <BRepAdaptor_Surface.hxx>
+#include <BRepAlgoAPI_Cut.hxx>
+#include <BRepAlgoAPI_Fuse.hxx>
+#include <BRepBuilderAPI_MakeEdge.hxx>
+#include <BRepBuilderAPI_MakeFace.hxx>
+#include <BRepBuilderAPI_MakePolygon.hxx>
+#include <BRepBuilderAPI_MakeWire.hxx>
+#include <BRepFilletAPI_MakeChamfer.hxx>
+#include <BRepFilletAPI_MakeFillet.hxx>
+#include <BRepPrimAPI_MakeBox.hxx>
+#include <BRepPrimAPI_MakeCylinder.hxx>
+#include <BRepPrimAPI_MakePrism.hxx>
+#include <BRepPrimAPI_MakeRevol.hxx>
+#include <GeomAPI_Interpolate.hxx>
+#include <Geom_BSplineCurve.hxx>
+#include <TColgp_HArray1OfPnt.hxx>
+#include <TopExp.hxx>
+#include <TopTools_IndexedMapOfShape.hxx>
+#include <TopTools_ListOfShape.hxx>
+#include <TopoDS.hxx>
+#include <TopoDS_Edge.hxx>
+#include <TopoDS_Face.hxx>
+#include <gp_Ax2.hxx>
+#include <gp_Cylinder.hxx>
+#include <gp_Pln.hxx>
+
+#include <cmath>
+#include <initializer_list>
+#include <numbers>
+#include <vector>
+
+namespace vrkview::demo {
+namespace {
+
+constexpr double pi = std::numbers::pi;
+
+struct RadiusHeight {
+    double radius;
+    double height;
+};
+
+TopoDS_Shape box(const gp_Pnt& from, const gp_Pnt& to)
+{
+    return BRepPrimAPI_MakeBox(from, to).Shape();
+}
+
+TopoDS_Shape cylinder(const gp_Pnt& foot, const gp_Dir& axis, double radius, double height)
+{
+    return BRepPrimAPI_MakeCylinder(gp_Ax2(foot, axis), radius, height).Shape();
+}
+
+TopoDS_Shape fused(const TopoDS_Shape& a, const TopoDS_Shape& b)
+{
+    return BRepAlgoAPI_Fuse(a, b).Shape();
+}
+
+/// All tools in one step: each step looks at every face again.
+TopoDS_Shape without(const TopoDS_Shape& shape, std::initializer_list<TopoDS_Shape> tools)
+{
+    TopTools_ListOfShape shapes;
+    shapes.Append(shape);
+    TopTools_ListOfShape cutters;
+    for (const TopoDS_Shape& tool : tools)
+        cutters.Append(tool);
+    BRepAlgoAPI_Cut cut;
+    cut.SetArguments(shapes);
+    cut.SetTools(cutters);
+    cut.Build();
+    return cut.Shape();
+}
+
+std::vector<TopoDS_Shape> holesOnCircle(int count, double circle, double radius, double height)
+{
+    std::vector<TopoDS_Shape> holes;
+    for (int i = 0; i < count; ++i) {
+        const double angle = 2 * pi * (i + 0.5) / count;
+        holes.push_back(
+            cylinder(gp_Pnt(circle * std::cos(angle), circle * std::sin(angle), -1), gp::DZ(), radius, height + 2));
+    }
+    return holes;
+}
+
+TopoDS_Shape without(const TopoDS_Shape& shape, const std::vector<TopoDS_Shape>& tools)
+{
+    TopTools_ListOfShape shapes;
+    shapes.Append(shape);
+    TopTools_ListOfShape cutters;
+    for (const TopoDS_Shape& tool : tools)
+        cutters.Append(tool);
+    BRepAlgoAPI_Cut cut;
+    cut.SetArguments(shapes);
+    cut.SetTools(cutters);
+    cut.Build();
+    return cut.Shape();
+}
+
+using EdgeTest = std::function<bool(const gp_Pnt& middle, const gp_Vec& direction)>;
+
+std::vector<TopoDS_Edge> edgesOf(const TopoDS_Shape& shape, const EdgeTest& wanted)
+{
+    TopTools_IndexedMapOfShape edges;
+    TopExp::MapShapes(shape, TopAbs_EDGE, edges);
+    std::vector<TopoDS_Edge> found;
+    for (int i = 1; i <= edges.Extent(); ++i) {
+        const TopoDS_Edge& edge = TopoDS::Edge(edges(i));
+        const BRepAdaptor_Curve curve(edge);
+        gp_Pnt middle;
+        gp_Vec direction;
+        curve.D1((curve.FirstParameter() + curve.LastParameter()) / 2, middle, direction);
+        if (wanted(middle, direction.Normalized()))
+            found.push_back(edge);
+    }
+    return found;
+}
+
+TopoDS_Shape rounded(const TopoDS_Shape& shape, double radius, const EdgeTest& wanted)
+{
+    BRepFilletAPI_MakeFillet fillet(shape);
+    for (const TopoDS_Edge& edge : edgesOf(shape, wanted))
+        fillet.Add(radius, edge);
+    return fillet.Shape();
+}
+
+TopoDS_Shape bevelled(const TopoDS_Shape& shape, double width, const EdgeTest& wanted)
+{
+    BRepFilletAPI_MakeChamfer chamfer(shape);
+    for (const TopoDS_Edge& edge : edgesOf(shape, wanted))
+        chamfer.Add(width, edge);
+    return chamfer.Shape();
+}
+
+bool near(double a, double b)
+{
+    return std::abs(a - b) < 1e-3;
+}
+
+EdgeTest isAlong(const gp_Dir& axis)
+{
+    return [axis](const gp_Pnt&, const gp_Vec& direction) { return near(std::abs(direction.Dot(gp_Vec(axis))), 1); };
+}
+
+EdgeTest liesAtHeight(double z)
+{
+    return [z](const gp_Pnt& middle, const gp_Vec& direction) { return near(middle.Z(), z) && near(direction.Z(), 0); };
+}
+
+/// A solid of revolution about z from a closed outline.
+TopoDS_Shape turned(const std::vector<RadiusHeight>& outline)
+{
+    BRepBuilderAPI_MakePolygon polygon;
+    for (const RadiusHeight& point : outline)
+        polygon.Add(gp_Pnt(point.radius, 0, point.height));
+    polygon.Close();
+    return BRepPrimAPI_MakeRevol(BRepBuilderAPI_MakeFace(polygon.Wire()).Face(), gp::OZ()).Shape();
+}
+
+} // namespace
+
+TopoDS_Shape fixturePlate()
+{
+    constexpr double length = 600, depth = 400, thickness = 25, pitch = 50, holeRadius = 5;
+    TopoDS_Shape plate = box({-length / 2, -depth / 2, -thickness}, {length / 2, depth / 2, 0});
+    plate = rounded(plate, 18, isAlong(gp::DZ()));
+    plate = bevelled(plate, 2.5, liesAtHeight(0));
+    std::vector<TopoDS_Shape> holes;
+    for (double x = -length / 2 + pitch / 2; x < length / 2; x += pitch)
+        for (double y = -depth / 2 + pitch / 2; y < depth / 2; y += pitch)
+            holes.push_back(cylinder({x, y, -18}, gp::DZ(), holeRadius, 20));
+    return without(plate, holes);
+}
+
+TopoDS_Shape bracket()
+{
+    constexpr double width = 90, length = 120, height = 110, foot = 14, wall = 16;
+    TopoDS_Shape base = box({-length / 2, -width / 2, 0}, {length / 2, width / 2, foot});
+    base = rounded(base, 18, [&](const gp_Pnt& middle, const gp_Vec& direction) {
+        return isAlong(gp::DZ())(middle, direction) && middle.X() > 0;
+    });
+    TopoDS_Shape back = box({-length / 2, -width / 2, 0}, {-length / 2 + wall, width / 2, height});
+    back = rounded(back, 40, [&](const gp_Pnt& middle, const gp_Vec& direction) {
+        return isAlong(gp::DX())(middle, direction) && near(middle.Z(), height);
+    });
+    TopoDS_Shape shape = fused(base, back);
+    shape = rounded(shape, 10, [&](const gp_Pnt& middle, const gp_Vec& direction) {
+        return isAlong(gp::DY())(middle, direction) && near(middle.X(), -length / 2 + wall) && near(middle.Z(), foot);
+    });
+    const TopoDS_Shape counterbores =
+        fused(cylinder({36, 24, foot - 6}, gp::DZ(), 10, 10), cylinder({36, -24, foot - 6}, gp::DZ(), 10, 10));
+    shape = without(shape, {counterbores, cylinder({36, 24, -1}, gp::DZ(), 6, 30), cylinder({36, -24, -1}, gp::DZ(), 6, 30),
+                            cylinder({-length / 2 - 1, 0, 68}, gp::DX(), 24, wall + 2)});
+
+    // The rib goes in last: it meets the round at the foot of the wall.
+    BRepBuilderAPI_MakePolygon outline;
+    outline.Add({-length / 2 + wall - 2, 0, 36});
+    outline.Add({-length / 2 + wall - 2, 0, foot - 2});
+    outline.Add({16, 0, foot - 2});
+    outline.Add({10, 0, foot + 3});
+    outline.Add({-length / 2 + wall + 4, 0, 40});
+    outline.Close();
+    const gp_Vec across(0, 12, 0);
+    const TopoDS_Shape rib = BRepPrimAPI_MakePrism(
+                                 BRepBuilderAPI_MakeFace(outline.Wire()).Face().Moved(gp_Trsf(
+                                     [] {
+                                         gp_Trsf shift;
+                                         shift.SetTranslation(gp_Vec(0, -6, 0));
+                                         return shift;
+                                     }())),
+                                 across)
+                                 .Shape();
+    return fused(shape, rib);
+}
+
+TopoDS_Shape flange()
+{
+    constexpr double bore = 26, outer = 70, disc = 16, neck = 34, height = 62;
+    TopoDS_Shape shape = turned({{bore, 0},
+                                 {outer, 0},
+                                 {outer, disc},
+                                 {44, disc},
+                                 {neck, height - 14},
+                                 {neck, height},
+                                 {bore, height}});
+    shape = rounded(shape, 8, [&](const gp_Pnt& middle, const gp_Vec&) {
+        return near(middle.Z(), disc) && near(std::hypot(middle.X(), middle.Y()), 44);
+    });
+    shape = bevelled(shape, 2, [&](const gp_Pnt& middle, const gp_Vec& direction) {
+        return near(middle.Z(), disc) && near(std::hypot(middle.X(), middle.Y()), outer) && near(direction.Z(), 0);
+    });
+    return without(shape, holesOnCircle(6, 56, 6.5, disc));
+}
+
+TopoDS_Shape turnedPart()
+{
+    // The soft part of the outline runs smoothly through these; the foot and the top are plain cylinders.
+    const std::vector<RadiusHeight> soft = {{26, 16}, {19, 26}, {15, 42}, {24, 64}, {33, 84}, {27, 106}, {13, 126}, {11, 138}};
+    Handle(TColgp_HArray1OfPnt) points = new TColgp_HArray1OfPnt(1, static_cast<int>(soft.size()));
+    for (std::size_t i = 0; i < soft.size(); ++i)
+        points->SetValue(static_cast<int>(i) + 1, gp_Pnt(soft[i].radius, 0, soft[i].height));
+    GeomAPI_Interpolate interpolation(points, false, 1e-6);
+    interpolation.Perform();
+
+    BRepBuilderAPI_MakeWire outline;
+    const auto line = [&outline](const RadiusHeight& from, const RadiusHeight& to) {
+        outline.Add(BRepBuilderAPI_MakeEdge(gp_Pnt(from.radius, 0, from.height), gp_Pnt(to.radius, 0, to.height)).Edge());
+    };
+    line({0, 0}, {38, 0});
+    line({38, 0}, {38, 8});
+    line({38, 8}, {34, 12});
+    line({34, 12}, {34, 16});
+    line({34, 16}, {26, 16});
+    outline.Add(BRepBuilderAPI_MakeEdge(interpolation.Curve()).Edge());
+    line({11, 138}, {18, 138});
+    line({18, 138}, {18, 146});
+    line({18, 146}, {15, 150});
+    line({15, 150}, {0, 150});
+    line({0, 150}, {0, 0});
+    return BRepPrimAPI_MakeRevol(BRepBuilderAPI_MakeFace(outline.Wire()).Face(), gp::OZ()).Shape();
+}
+
+TopoDS_Shape pipeBend()
+{
+    constexpr double outer = 26, inner = 20, disc = 48, thickness = 12, rise = 46, bend = 62;
+    const gp_Dir up = gp::DZ();
+    const TopoDS_Shape lower = fused(cylinder(gp::Origin(), up, disc, thickness), cylinder(gp::Origin(), up, outer, rise));
+    const TopoDS_Shape lowerPart =
+        without(without(lower, {cylinder({0, 0, -1}, up, inner, rise + 2)}), holesOnCircle(4, 37, 5, thickness));
+
+    // A quarter turn about the y direction takes the straight part's end, and the flange with it, to +x.
+    const gp_Ax1 pivot(gp_Pnt(bend, 0, rise), gp::DY());
+    const auto ring = [&](double radius) {
+        const gp_Circ circle(gp_Ax2(gp_Pnt(0, 0, rise), up), radius);
+        return BRepBuilderAPI_MakeWire(BRepBuilderAPI_MakeEdge(circle).Edge()).Wire();
+    };
+    BRepBuilderAPI_MakeFace annulus(ring(outer));
+    annulus.Add(TopoDS::Wire(ring(inner).Reversed()));
+    const TopoDS_Shape elbow = BRepPrimAPI_MakeRevol(annulus.Face(), pivot, pi / 2).Shape();
+
+    // The same end piece mirrored at the bend's 45 degree plane, upside down at the far end.
+    gp_Trsf turn;
+    turn.SetRotation(gp_Ax1(gp::Origin(), gp::DY()), -pi / 2);
+    gp_Trsf place;
+    place.SetTranslation(gp_Vec(bend + rise, 0, rise + bend));
+    const TopoDS_Shape farPart = lowerPart.Moved(TopLoc_Location(place * turn));
+    return fused(fused(lowerPart, elbow), farPart);
+}
+
+TopoDS_Shape gearCase()
+{
+    TopoDS_Shape shape = box({-120, -55, 0}, {120, 55, 150});
+    return rounded(shape, 16, isAlong(gp::DY()));
+}
+
+TopoDS_Shape shaft(double radius, double length)
+{
+    const TopoDS_Shape rod = cylinder({0, -length / 2, 0}, gp::DY(), radius, length);
+    return bevelled(rod, 1.5, [&](const gp_Pnt& middle, const gp_Vec& direction) {
+        return near(std::abs(middle.Y()), length / 2) && near(direction.Y(), 0);
+    });
+}
+
+FaceTest isCylinder(double minRadius, double maxRadius)
+{
+    return [=](const TopoDS_Face& face) {
+        const BRepAdaptor_Surface surface(face);
+        return surface.GetType() == GeomAbs_Cylinder && surface.Cylinder().Radius() >= minRadius &&
+               surface.Cylinder().Radius() <= maxRadius;
+    };
+}
+
+FaceTest isPlaneFacing(int axis, int sign)
+{
+    return [=](const TopoDS_Face& face) {
+        const BRepAdaptor_Surface surface(face);
+        if (surface.GetType() != GeomAbs_Plane)
+            return false;
+        const gp_Dir normal = surface.Plane().Axis().Direction();
+        const bool isReversed = (face.Orientation() == TopAbs_REVERSED) != !surface.Plane().Direct();
+        return near(normal.Coord(axis + 1) * (isReversed ? -1 : 1), sign);
+    };
+}
+
+FaceTest isPlaneAt(int axis, double place)
+{
+    return [=](const TopoDS_Face& face) {
+        const BRepAdaptor_Surface surface(face);
+        return surface.GetType() == GeomAbs_Plane &&
+               near(std::abs(surface.Plane().Axis().Direction().Coord(axis + 1)), 1) &&
+               near(surface.Plane().Location().Coord(axis + 1), place);
+    };
+}
+
+FaceTest isCurved()
+{
+    return [](const TopoDS_Face& face) { return BRepAdaptor_Surface(face).GetType() != GeomAbs_Plane; };
+}
+
+} // namespace vrkview::demo

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <TopoDS_Shape.hxx>
+
+#include <functional>
+
+class gp_Pnt;
+class TopoDS_Face;
+
+/// The CAD bodies of the demo station, made with Open CASCADE. Millimetres; each stands on z = 0, its middle at x = y = 0
+/// unless it says otherwise. None is triangulated.
+namespace vrkview::demo {
+
+/// A fixture plate with rows of tapped holes; its top is at z = 0.
+TopoDS_Shape fixturePlate();
+/// An angle bracket with a rib, rounded corners, two counterbored holes and a bearing bore.
+TopoDS_Shape bracket();
+/// A welding-neck flange with six bolt holes.
+TopoDS_Shape flange();
+/// A turned baluster of soft curves.
+TopoDS_Shape turnedPart();
+/// A pipe bend with a flange at either end; it leaves to +x.
+TopoDS_Shape pipeBend();
+/// A sheet-metal case with rounded edges, closed on all sides; its front is the face at the least y.
+TopoDS_Shape gearCase();
+/// The shafts' bearings and the motor in the case.
+TopoDS_Shape shaft(double radius, double length);
+/// A spur gear with a hub about the y axis, in the middle at the origin.
+TopoDS_Shape spurGear(int teeth, double module, double width, double bore);
+
+using FaceTest = std::function<bool(const TopoDS_Face&)>;
+
+// Tests on faces
+FaceTest isCylinder(double minRadius, double maxRadius);
+/// A plane whose outward normal is this axis: 0 for x, 1 for y, 2 for z; `sign` is 1 or -1.
+FaceTest isPlaneFacing(int axis, int sign);
+/// A plane at right angles to an axis, at that place along it.
+FaceTest isPlaneAt(int axis, double place);
+FaceTest isCurved();
+
+} // namespace vrkview::demo

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "Station.h"
+
+#include <filesystem>
+#include <vector>
+
+namespace vrkview {
+
+/// What the files hold, together. Progress goes to standard error.
+/// @throws vrk::station::ImportError for the first file that cannot be taken in.
+Station importFiles(const std::vector<std::filesystem::path>& files);
+
+} // namespace vrkview

@@ -1,0 +1,73 @@
+#include "Headless.h"
+
+#include "Options.h"
+#include "StationList.h"
+#include "StartUp.h"
+
+#include "view/Camera.h"
+#include "view/OffscreenTarget.h"
+
+#include <QImage>
+
+#include <fmt/format.h>
+
+#include <Ogre.h>
+
+#include <iostream>
+#include <stdexcept>
+
+namespace vrkview {
+namespace {
+
+using vrk::visual::Camera;
+using vrk::visual::OffscreenTarget;
+
+constexpr unsigned samples = 4;
+constexpr long maxSupersampled = 4096L * 4096L; // pixels of the picture; above that the samples must do
+
+std::filesystem::path fileFor(const Options& options, const View& view)
+{
+    if (options.views.size() == 1)
+        return options.picture;
+    const std::string name = fmt::format("{}-{}", options.picture.stem().string(), view.name);
+    return options.picture.parent_path() / (name + options.picture.extension().string());
+}
+
+QImage draw(const OffscreenTarget& target, const View& view)
+{
+    lookAlong(view);
+    Ogre::Root::getSingleton().renderOneFrame();
+    const std::vector<std::uint8_t> pixels = target.read();
+    const int width = static_cast<int>(target.getWidth());
+    const int height = static_cast<int>(target.getHeight());
+    return QImage(pixels.data(), width, height, 3 * width, QImage::Format_RGB888).copy();
+}
+
+} // namespace
+
+void takePictures(const Options& options)
+{
+    const QSize size(options.pictureWidth, options.pictureHeight);
+    // Twice the size and then averaged: the samples smooth only the edges of triangles, not the highlights within.
+    const int scale = long{size.width()} * size.height() <= maxSupersampled / 4 ? 2 : 1;
+    const OffscreenTarget target(static_cast<unsigned>(scale * size.width()), static_cast<unsigned>(scale * size.height()),
+                                 samples);
+    Camera::Get()->setRenderTarget(target.renderTarget());
+    suitCameraToScene();
+    for (const View* view : options.views) {
+        QImage picture = draw(target, *view);
+        if (scale > 1)
+            picture = picture.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+        const std::filesystem::path file = fileFor(options, *view);
+        if (!picture.save(QString::fromStdString(file.string()), "PNG"))
+            throw std::runtime_error(fmt::format("{}: the picture cannot be written", file.string()));
+    }
+    Camera::Get()->setRenderTarget(Ogre::Root::getSingleton().getRenderTarget("ogrewindow"));
+}
+
+void printList(const Station& station)
+{
+    std::cout << listStation(station) << std::endl;
+}
+
+} // namespace vrkview

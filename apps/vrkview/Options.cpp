@@ -1,0 +1,107 @@
+#include "Options.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include <charconv>
+#include <iostream>
+
+namespace vrkview {
+namespace {
+
+constexpr int wrongCommandLine = 1;
+constexpr int maxPictureSide = 8192; // what every driver with OpenGL 4 draws to
+
+/// One side of a "<width>x<height>", taken off the front of `text`; 0 where there is no usable number.
+int takeSide(std::string_view& text)
+{
+    int side = 0;
+    const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), side);
+    text.remove_prefix(static_cast<std::size_t>(stop - text.data()));
+    return error == std::errc() && side >= 1 && side <= maxPictureSide ? side : 0;
+}
+
+void readSize(const std::string& given, Options& options)
+{
+    std::string_view text = given;
+    options.pictureWidth = takeSide(text);
+    const bool isSeparated = text.starts_with('x');
+    text.remove_prefix(isSeparated ? 1 : 0);
+    options.pictureHeight = takeSide(text);
+    if (!isSeparated || !text.empty() || options.pictureWidth == 0 || options.pictureHeight == 0)
+        throw CLI::ValidationError(
+            "--size", fmt::format("'{}' is not a size such as 1600x1000, each side from 1 to {}", given, maxPictureSide));
+}
+
+void readViews(const std::vector<std::string>& names, Options& options)
+{
+    options.views.clear();
+    for (const std::string& name : names) {
+        if (name == "all") {
+            for (const View& view : allViews())
+                options.views.push_back(&view);
+        } else if (const View* view = findView(name)) {
+            options.views.push_back(view);
+        } else {
+            throw CLI::ValidationError("--view", fmt::format("'{}' is none of {}, all", name, viewNames()));
+        }
+    }
+}
+
+const char* const footer = "Keys in the window:\n"
+                           "  F          everything in view, the direction kept\n"
+                           "  1 to 6     from the front, back, left, right, top, bottom\n"
+                           "  0 or I     from the front, above and to the right\n"
+                           "  F1         this list\n"
+                           "  Ctrl+Q     leave\n"
+                           "\n"
+                           "Exit codes: 0 done, 1 wrong command line, 2 a file or the display cannot be used.";
+
+} // namespace
+
+std::optional<int> parseOptions(int argc, const char* const* argv, Options& options)
+{
+    CLI::App app("Shows CAD and mesh files: STEP, BREP and STL. Without a file it shows a demo station.", "vrkview");
+    app.footer(footer);
+    app.set_version_flag("-V,--version", "vrkview " VRK_VERSION);
+    app.add_option("files", options.files, "Files to show together")->type_name("FILE");
+
+    std::string size;
+    std::vector<std::string> views = {"iso"};
+    bool list = false;
+    CLI::Option* shot =
+        app.add_option("--shot", options.picture, "Draw a picture into this PNG file instead of opening a window")
+            ->type_name("PNG");
+    app.add_option("--size", size, "Size of the picture in pixels [1600x1000]")->type_name("WxH")->needs(shot);
+    app.add_option("--view", views,
+                   fmt::format("Direction of the picture: {}. Several, joined by commas, or 'all', make several pictures "
+                               "with the direction in their names [iso]",
+                               viewNames()))
+        ->type_name("NAME")
+        ->delimiter(',')
+        ->expected(1)
+        ->needs(shot);
+    app.add_flag("--list", list, "Print what the files hold as JSON instead of opening a window")->excludes(shot);
+    app.add_flag("--gpu", options.onPresentDisplay,
+                 "Draw pictures on the present display, and so with its graphics card, instead of a private one");
+    app.add_option("--resources", options.resources, "The zip with materials and programs")->type_name("ZIP")->group("");
+
+    try {
+        app.parse(argc, argv);
+        if (!size.empty())
+            readSize(size, options);
+        readViews(views, options);
+    } catch (const CLI::ParseError& stop) {
+        if (stop.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success))
+            return app.exit(stop); // help or version
+        std::cerr << "vrkview: " << stop.what() << " (--help lists the options)\n";
+        return wrongCommandLine;
+    }
+    if (list)
+        options.task = Options::Task::ListTree;
+    else if (*shot)
+        options.task = Options::Task::TakePicture;
+    return std::nullopt;
+}
+
+} // namespace vrkview

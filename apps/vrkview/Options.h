@@ -1,0 +1,29 @@
+#pragma once
+
+#include "Views.h"
+
+#include <filesystem>
+#include <optional>
+#include <vector>
+
+namespace vrkview {
+
+/// What the command line asks for.
+struct Options {
+    enum class Task { OpenWindow, TakePicture, ListTree };
+
+    Task task = Task::OpenWindow;
+    std::vector<std::filesystem::path> files; // none: the demo station
+    std::filesystem::path picture;
+    int pictureWidth = 1600;
+    int pictureHeight = 1000;
+    std::vector<const View*> views;
+    bool onPresentDisplay = false;
+    std::filesystem::path resources; // empty: the installed ones
+};
+
+/// Reads the command line. What there is to tell (help, version, what is wrong) is printed here.
+/// @return the exit code where the program has nothing more to do: 0 after help and version, 1 for a wrong command line.
+std::optional<int> parseOptions(int argc, const char* const* argv, Options& options);
+
+} // namespace vrkview

@@ -1,0 +1,16 @@
+#pragma once
+
+namespace vrkview {
+
+/// Whether DISPLAY names a display that answers.
+bool displayAnswers();
+
+/// Starts the library once, on the present display. Its own window is hidden at once and never drawn to: what is shown
+/// or read is drawn elsewhere.
+/// @throws std::runtime_error "<zip>: <cause>"; a failure inside OGRE's start ends the process.
+void startLibrary();
+
+/// Clip distances and a lens that suit the size of what the scene holds now. Render thread.
+void suitCameraToScene();
+
+} // namespace vrkview

@@ -1,0 +1,69 @@
+#include "StationScene.h"
+
+#include "Station.h"
+
+#include "platform/layout/Body.h"
+#include "platform/layout/Layout.h"
+#include "platform/layout/Part.h"
+#include "scene/Scene.h"
+#include "visual/MeshVisual.h"
+#include "visual/SolidVisual.h"
+
+#include <Standard_Failure.hxx>
+
+#include <fmt/format.h>
+
+#include <stdexcept>
+
+namespace vrkview {
+namespace {
+
+using vrk::layout::Body;
+using vrk::layout::Part;
+using vrk::visual::MeshVisual;
+using vrk::visual::Scene;
+using vrk::visual::SolidVisual;
+using vrk::visual::Visual;
+
+void buildBody(Visual* parent, Body& body)
+{
+    if (body.getFileType() == "stl") {
+        MeshVisual::Build(parent, &body);
+        return;
+    }
+    body.ensureShapeLoaded();
+    const TopoDS_Shape shape = body.getShape(); // the visual hands it back to the body
+    SolidVisual::Build(parent, &body, shape);
+}
+
+/// A body whose geometry cannot be drawn ends the start; the text says which one it is.
+void buildPart(Part& part)
+{
+    auto* visual = new Visual(&part, Scene::GetWorldVisual());
+    visual->setType(vrk::VisualType::Part);
+    for (const std::shared_ptr<Body>& body : part.getBodies()) {
+        try {
+            buildBody(visual, *body);
+        } catch (const Standard_Failure& failure) {
+            throw std::runtime_error(fmt::format("{}: {}", body->getName(), failure.GetMessageString()));
+        } catch (const std::exception& failure) {
+            throw std::runtime_error(fmt::format("{}: {}", body->getName(), failure.what()));
+        }
+    }
+}
+
+} // namespace
+
+void showStation(const Station& station)
+{
+    Scene& scene = *Scene::Get();
+    for (const std::shared_ptr<Part>& part : station.parts) {
+        vrk::layout::Layout::inst().addPart(part);
+        scene.addRenderTask([part] { buildPart(*part); }, 0);
+    }
+    for (const HiddenFace hidden : station.hiddenFaces)
+        scene.addRenderTask(
+            [hidden] { dynamic_cast<SolidVisual&>(*Scene::GetVisual(hidden.body)).setFaceVisible(hidden.face, false); }, 0);
+}
+
+} // namespace vrkview

@@ -1,0 +1,108 @@
+#include "ViewWidget.h"
+
+#include "platform/broker/SignalBroker.h"
+#include "scene/Scene.h"
+#include "view/Camera.h"
+
+#include <QEvent>
+
+#include <Ogre.h>
+
+namespace vrkview {
+namespace {
+
+using vrk::broker::SignalBroker;
+using vrk::visual::Camera;
+
+constexpr const char* windowName = "vrkview";
+constexpr const char* antialiasing = "4"; // samples for each pixel
+
+} // namespace
+
+ViewWidget::ViewWidget(QWidget* parent) : QWidget(parent)
+{
+    // OGRE draws all of it: Qt must neither clear it nor paint on it.
+    setAttribute(Qt::WA_NativeWindow);
+    setAttribute(Qt::WA_PaintOnScreen);
+    setAttribute(Qt::WA_NoSystemBackground);
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    setMinimumSize(160, 120);
+    setMouseTracking(true);
+
+    const QSize pixels = toDevice(size());
+    const Ogre::NameValuePairList parameters = {
+        {"parentWindowHandle", std::to_string(winId())}, {"FSAA", antialiasing}, {"vsync", "false"}};
+    window = Ogre::Root::getSingleton().createRenderWindow(windowName, static_cast<unsigned>(pixels.width()),
+                                                           static_cast<unsigned>(pixels.height()), false, &parameters);
+    Camera::Get()->setRenderTarget(window);
+    unsigned long handle = 0;
+    window->getCustomAttribute("WINDOW", &handle);
+    exposes = std::make_unique<ExposeWatch>(handle, [this] { requestFrame(); });
+    sceneChanged = SignalBroker::onUpdateScene([this] { requestFrame(); });
+    cameraMoved = SignalBroker::onCameraMoved([this] { requestFrame(); });
+}
+
+ViewWidget::~ViewWidget()
+{
+    Camera::Get()->setRenderTarget(Ogre::Root::getSingleton().getRenderTarget("ogrewindow"));
+    exposes.reset();
+    // While the parent's native window stands: with it goes OGRE's own.
+    Ogre::Root::getSingleton().destroyRenderTarget(window);
+}
+
+QSize ViewWidget::toDevice(const QSize& logical) const
+{
+    return (QSizeF(logical) * devicePixelRatioF()).toSize();
+}
+
+QPointF ViewWidget::toDevice(const QPointF& logical) const
+{
+    return logical * devicePixelRatioF();
+}
+
+void ViewWidget::requestFrame()
+{
+    if (!isRequested.exchange(true))
+        QMetaObject::invokeMethod(this, &ViewWidget::drawFrame, Qt::QueuedConnection);
+}
+
+bool ViewWidget::event(QEvent* event)
+{
+    if (event->type() == QEvent::DevicePixelRatioChange)
+        fitToWidget();
+    return QWidget::event(event);
+}
+
+void ViewWidget::paintEvent(QPaintEvent*)
+{
+    requestFrame();
+}
+
+void ViewWidget::resizeEvent(QResizeEvent*)
+{
+    fitToWidget();
+}
+
+void ViewWidget::fitToWidget()
+{
+    const QSize pixels = toDevice(size());
+    window->resize(static_cast<unsigned>(pixels.width()), static_cast<unsigned>(pixels.height()));
+    window->windowMovedOrResized();
+    Camera::Get()->updateFOV();
+    requestFrame();
+}
+
+void ViewWidget::drawFrame()
+{
+    // First, so that a request during the frame, for what it may have missed, makes another one.
+    isRequested = false;
+    try {
+        vrk::visual::Scene::Get()->processMsgs();
+        if (isVisible())
+            Ogre::Root::getSingleton().renderOneFrame();
+    } catch (const std::exception& failure) {
+        emit failed(QString::fromUtf8(failure.what())); // it must not pass through Qt's event loop
+    }
+}
+
+} // namespace vrkview

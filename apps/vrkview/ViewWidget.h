@@ -1,0 +1,60 @@
+#pragma once
+
+#include "ExposeWatch.h"
+
+#include <boost/signals2/connection.hpp>
+
+#include <QWidget>
+
+#include <atomic>
+#include <memory>
+
+namespace Ogre {
+class RenderWindow;
+}
+
+namespace vrkview {
+
+/// The 3D view: a widget whose whole area is an OGRE window. Keys and the mouse go to Qt, as for any widget.
+///
+/// A frame is drawn when the scene asks for one, when the camera moves and when the window is shown, uncovered or
+/// resized; many reasons at once make one frame. One at a time, since there is one scene.
+///
+/// Thread: the application's, which is the render thread. The scene may ask for a frame from any thread.
+class ViewWidget : public QWidget {
+    Q_OBJECT
+
+public:
+    /// Needs a started library.
+    explicit ViewWidget(QWidget* parent = nullptr);
+    ~ViewWidget() override;
+
+    /// Logical to device pixels: what Qt says of sizes and of the mouse is in the former, OGRE and picking use the latter.
+    QSize toDevice(const QSize& logical) const;
+    QPointF toDevice(const QPointF& logical) const;
+
+    /// Draws in the next turn of the event loop. Any thread.
+    void requestFrame();
+    QPaintEngine* paintEngine() const override { return nullptr; }
+
+signals:
+    /// What the scene was asked to do has failed; the picture is as before.
+    void failed(const QString& text);
+
+protected:
+    bool event(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    void drawFrame();
+    void fitToWidget();
+
+    Ogre::RenderWindow* window = nullptr; // OGRE's, destroyed with this
+    std::unique_ptr<ExposeWatch> exposes;
+    std::atomic<bool> isRequested = false;
+    boost::signals2::scoped_connection sceneChanged;
+    boost::signals2::scoped_connection cameraMoved;
+};
+
+} // namespace vrkview

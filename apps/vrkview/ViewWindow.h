@@ -1,0 +1,41 @@
+#pragma once
+
+#include <boost/signals2/connection.hpp>
+
+#include <QLabel>
+#include <QMainWindow>
+
+namespace vrkview {
+
+struct Station;
+class ViewWidget;
+
+/// The viewer's window: the view, and below it a line with what is shown and how long the last frame took.
+///
+/// Thread: the application's, which is the render thread.
+class ViewWindow : public QMainWindow {
+    Q_OBJECT
+
+public:
+    /// Needs a started library with the station built.
+    explicit ViewWindow(const Station& station);
+    ~ViewWindow() override;
+
+    ViewWidget& getView() const { return *view; }
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+
+private:
+    void showKeys();
+    void showFrameTime(double milliseconds);
+
+    ViewWidget* view; // Qt's, as are the labels
+    QLabel* contents;
+    QLabel* frameTime;
+    bool wasShown = false;
+    boost::signals2::scoped_connection frameTicked;
+};
+
+} // namespace vrkview

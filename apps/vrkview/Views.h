@@ -1,0 +1,34 @@
+#pragma once
+
+#include "scene/math/Vec.h"
+
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace vrkview {
+
+/// A standard direction of view.
+struct View {
+    const char* name;
+    int key;                     // the digit that chooses it in the window
+    vrk::rob::DirTemplate<float> dir; // unit length
+    vrk::rob::DirTemplate<float> up;
+};
+
+std::span<const View> allViews();
+/// Null for an unknown name.
+const View* findView(std::string_view name);
+/// Null for a digit without a view.
+const View* findView(int key);
+/// All names, joined by commas.
+std::string viewNames();
+
+// Both move the camera of a started library that has a render target. Render thread; done when they return.
+
+/// Everything in view along the direction of `view`.
+void lookAlong(const View& view);
+/// Everything in view, the direction kept.
+void fitAll();
+
+} // namespace vrkview

@@ -1,0 +1,117 @@
+#include "DemoStation.h"
+#include "FileStation.h"
+#include "Headless.h"
+#include "Options.h"
+#include "PrivateDisplay.h"
+#include "Resources.h"
+#include "StartUp.h"
+#include "StationScene.h"
+#include "ViewWindow.h"
+
+#include "platform/common/ResourcePath.h"
+#include "scene/Scene.h"
+
+#include <QApplication>
+
+#include <Standard_Failure.hxx>
+
+#include <algorithm>
+#include <clocale>
+#include <iostream>
+#include <optional>
+#include <stdexcept>
+
+namespace vrkview {
+namespace {
+
+constexpr int unusable = 2; // a file, the resources or the display
+
+/// Sends what the library tells on standard output to standard error: the former is for what was asked for.
+class QuietOutput {
+public:
+    QuietOutput() : before(std::cout.rdbuf(std::cerr.rdbuf())) {}
+    ~QuietOutput() { std::cout.rdbuf(before); }
+    QuietOutput(const QuietOutput&) = delete;
+    QuietOutput& operator=(const QuietOutput&) = delete;
+
+private:
+    std::streambuf* before;
+};
+
+/// The display to draw on; pictures and lists have one of their own where that can be had.
+std::optional<PrivateDisplay> chooseDisplay(const Options& options)
+{
+    const bool showsWindow = options.task == Options::Task::OpenWindow;
+    std::optional<PrivateDisplay> display;
+    if (!showsWindow && !options.onPresentDisplay && PrivateDisplay::IsAvailable())
+        display.emplace();
+    else if (!displayAnswers())
+        throw std::runtime_error(showsWindow || options.onPresentDisplay
+                                     ? "no display: DISPLAY is not set or does not answer (--shot needs none with Xvfb)"
+                                     : "no display: DISPLAY is not set or does not answer, and Xvfb is not on the PATH");
+    return display;
+}
+
+void build(const Station& station)
+{
+    const QuietOutput quiet;
+    startLibrary();
+    showStation(station);
+    vrk::visual::Scene::Get()->processMsgs();
+}
+
+int openWindow(int argc, char** argv, const Station& station)
+{
+    // OGRE draws on X11; on a Wayland desktop that is what Xwayland is for.
+    qputenv("QT_QPA_PLATFORM", "xcb");
+    QApplication application(argc, argv);
+    QApplication::setApplicationName("vrkview");
+    std::setlocale(LC_NUMERIC, "C"); // Qt took the user's, with which other packages would misread numbers
+    build(station);
+    ViewWindow window(station);
+    window.show();
+    return QApplication::exec();
+}
+
+int run(int argc, char** argv, const Options& options)
+{
+    if (!options.resources.empty())
+        vrk::common::SetResourcePath(options.resources);
+    checkResources();
+    const std::optional<PrivateDisplay> display = chooseDisplay(options);
+    std::optional<DemoStation> demo;
+    const Station station = options.files.empty() ? demo.emplace().getStation() : importFiles(options.files);
+
+    if (options.task == Options::Task::OpenWindow)
+        return openWindow(argc, argv, station);
+    build(station);
+    if (options.task == Options::Task::TakePicture)
+        takePictures(options);
+    else
+        printList(station);
+    return 0;
+}
+
+int fail(std::string text)
+{
+    std::ranges::replace(text, '\n', ' ');
+    std::cerr << "vrkview: " << text << std::endl;
+    return unusable;
+}
+
+} // namespace
+} // namespace vrkview
+
+int main(int argc, char** argv)
+{
+    vrkview::Options options;
+    if (const std::optional<int> done = vrkview::parseOptions(argc, argv, options))
+        return *done;
+    try {
+        return vrkview::run(argc, argv, options);
+    } catch (const Standard_Failure& failure) {
+        return vrkview::fail(failure.GetMessageString());
+    } catch (const std::exception& failure) {
+        return vrkview::fail(failure.what());
+    }
+}

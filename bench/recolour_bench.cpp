@@ -1,0 +1,85 @@
+// Colours in the vertex buffer of a body of 2000 faces and 375,010 vertices: one face against the whole body. Needs a
+// display; xvfb-run gives it one.
+
+#include "bench/support/Workloads.h"
+
+#include "mesh/MeshManager.h"
+#include "scene/Init.h"
+#include "scene/Scene.h"
+#include "scene/core/SceneSettings.h"
+#include "selection/VisualSelection.h"
+#include "visual/SolidVisual.h"
+
+#include <Ogre.h>
+
+#include <benchmark/benchmark.h>
+
+namespace {
+
+using namespace vrk;
+using visual::MeshManager;
+
+visual::SolidVisual& startedBody()
+{
+    static visual::SolidVisual* body = [] {
+        visual::SceneSettings settings{};
+        settings.cameraPosition = {2000, -3000, 1500};
+        settings.nearClip = 1;
+        settings.farClip = 100000;
+        settings.zoomStepLimit = 1000;
+        settings.zoomMinDistance = 10;
+        settings.gridNormalDir = 2;
+        settings.handleScale = 1;
+        selection::Init();
+        visual::Init(64, 64, settings);
+        auto* made = new visual::SolidVisual(bench::makeFineCompound(), visual::Scene::GetWorldVisual());
+        MeshManager::Get()->loadShape(made, {});
+        return made;
+    }();
+    return *body;
+}
+
+rob::Colorf colorOf(unsigned run)
+{
+    return run % 2 == 0 ? rob::Colorf(1, 0, 0) : rob::Colorf(0, 0, 1);
+}
+
+/// @param state  range 0: the face. The way to its run goes over the faces before it.
+void recolourFace(benchmark::State& state)
+{
+    visual::SolidVisual& body = startedBody();
+    const auto face = static_cast<unsigned>(state.range(0));
+    unsigned run = 0;
+    for (auto _ : state)
+        MeshManager::SetFaceColor(&body, face, colorOf(++run));
+    if (!(MeshManager::GetFaceColor(body.getCurrentMeshName(), body.getShape(), face) == colorOf(run)))
+        state.SkipWithError("the face has another colour");
+}
+
+void recolourBody(benchmark::State& state)
+{
+    visual::SolidVisual& body = startedBody();
+    unsigned run = 0;
+    for (auto _ : state)
+        MeshManager::SetColor(body.getCurrentMeshName(), colorOf(++run));
+    if (!(MeshManager::GetFaceColor(body.getCurrentMeshName(), body.getShape(), 2000) == colorOf(run)))
+        state.SkipWithError("the body has another colour");
+}
+
+/// What a change would cost without runs of vertices: the mesh made and uploaded anew.
+void rebuildBody(benchmark::State& state)
+{
+    visual::SolidVisual& body = startedBody();
+    for (auto _ : state) {
+        MeshManager::Get()->removeOgreMesh(body.getCurrentMeshName());
+        MeshManager::Get()->loadShape(&body, {});
+    }
+}
+
+BENCHMARK(recolourFace)->Arg(1)->Arg(1000)->Arg(2000)->Unit(benchmark::kMicrosecond)->UseRealTime();
+BENCHMARK(recolourBody)->Unit(benchmark::kMicrosecond)->UseRealTime();
+BENCHMARK(rebuildBody)->Unit(benchmark::kMicrosecond)->UseRealTime();
+
+} // namespace
+
+BENCHMARK_MAIN();

@@ -1,0 +1,34 @@
+# How our own targets are compiled: link vrk_options; add vrk_warnings for the warnings.
+
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+# Debug builds run geometry over millions of triangles too; -Og keeps that bearable and still steps well.
+set(CMAKE_CXX_FLAGS_DEBUG "-Og -g1")
+
+add_library(vrk_options INTERFACE)
+target_compile_features(vrk_options INTERFACE cxx_std_20)
+# The same answers on every machine: no fused multiply-add behind our back.
+target_compile_options(vrk_options INTERFACE -ffp-contract=off -fPIC) # -fPIC: one precompiled header serves all
+if(VRK_SANITIZE)
+    target_compile_options(vrk_options INTERFACE -fsanitize=${VRK_SANITIZE} -fno-omit-frame-pointer)
+    target_link_options(vrk_options INTERFACE -fsanitize=${VRK_SANITIZE})
+    if(VRK_SANITIZE MATCHES undefined)
+        target_compile_options(vrk_options INTERFACE -fno-sanitize-recover=undefined)
+    endif()
+endif()
+
+add_library(vrk_warnings INTERFACE)
+target_compile_options(vrk_warnings INTERFACE -Wall -Wextra $<$<BOOL:${VRK_WERROR}>:-Werror>)
+
+find_program(CCACHE_PROGRAM ccache)
+if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    # Precompiled headers are cached only with these; base_dir lets clones in different folders share.
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env
+        CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
+        CCACHE_BASEDIR=${PROJECT_SOURCE_DIR} CCACHE_NOHASHDIR=1 ${CCACHE_PROGRAM})
+    add_compile_options(-fpch-preprocess)
+endif()

@@ -1,0 +1,28 @@
+# Every package that the build uses. Their headers are system headers, so that our warnings stay ours.
+
+find_package(PkgConfig REQUIRED)
+find_package(Threads REQUIRED)
+find_package(OpenCASCADE REQUIRED CONFIG)
+# Its targets name no include folder; every one of them brings TKernel.
+target_include_directories(TKernel SYSTEM INTERFACE ${OpenCASCADE_INCLUDE_DIR})
+find_package(fmt REQUIRED)
+find_package(spdlog REQUIRED)
+find_package(Boost REQUIRED)
+find_package(nlohmann_json REQUIRED)
+pkg_check_modules(MINIZIP REQUIRED IMPORTED_TARGET minizip)
+
+if(NOT VRK_PURE_ONLY)
+    pkg_check_modules(OGRE REQUIRED IMPORTED_TARGET OGRE>=1.12)
+    pkg_get_variable(OGRE_PLUGIN_DIR OGRE plugindir)
+    find_library(OGRE_GL3PLUS_LIBRARY NAMES RenderSystem_GL3Plus.so PATHS ${OGRE_PLUGIN_DIR} NO_DEFAULT_PATH REQUIRED)
+    if(VRK_BUILD_VIEWER)
+        find_package(Qt6 REQUIRED COMPONENTS Core Gui Widgets)
+        find_package(CLI11 REQUIRED)
+    endif()
+    if(VRK_BUILD_BENCH)
+        find_package(benchmark REQUIRED)
+    endif()
+endif()
+if(VRK_BUILD_TESTS)
+    find_package(GTest REQUIRED)
+endif()

@@ -1,0 +1,30 @@
+#!/usr/bin/env bash
+# Installs what the build needs on Debian 12, and nothing where it is there already.
+set -euo pipefail
+
+packages=(
+    build-essential cmake ninja-build ccache clang-format pkg-config git
+    libogre-1.12-dev
+    libocct-foundation-dev libocct-modeling-data-dev libocct-modeling-algorithms-dev libocct-ocaf-dev
+    libocct-data-exchange-dev libocct-visualization-dev
+    libminizip-dev libfmt-dev libspdlog-dev libboost-dev nlohmann-json3-dev libpng-dev
+    qt6-base-dev libcli11-dev
+    libgtest-dev libgmock-dev libbenchmark-dev
+    xvfb xauth libgl1-mesa-dri
+)
+
+missing=()
+for package in "${packages[@]}"; do
+    dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null | grep -qx installed || missing+=("$package")
+done
+[ ${#missing[@]} -gt 0 ] || exit 0
+
+echo "Installing ${#missing[@]} packages: ${missing[*]}"
+sudo=()
+if [ "$(id -u)" -ne 0 ]; then
+    command -v sudo >/dev/null || { echo "run this as root, or install: ${missing[*]}" >&2; exit 1; }
+    sudo=(sudo)
+fi
+export DEBIAN_FRONTEND=noninteractive
+"${sudo[@]}" apt-get update -qq
+"${sudo[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null

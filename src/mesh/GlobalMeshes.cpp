@@ -1,0 +1,192 @@
+#include "mesh/MeshManager.h"
+#include "mesh/ProceduralMeshes.h"
+#include "scene/core/OgreCompat.h"
+
+#include <Ogre.h>
+
+#include <initializer_list>
+#include <numbers>
+#include <string>
+#include <utility>
+
+namespace vrk::visual {
+namespace {
+
+using Pose = rob::PoseTemplate<float>;
+using Position = rob::PosTemplate<float>;
+using Direction = rob::DirTemplate<float>;
+using Rotation = rob::RotationTemplate<float>;
+
+constexpr float pi = std::numbers::pi_v<float>;
+constexpr Direction plusX(1, 0, 0), minusX(-1, 0, 0), plusY(0, 1, 0), plusZ(0, 0, 1), minusZ(0, 0, -1);
+
+struct Part {
+    const Mesh* mesh;
+    Pose pose;
+};
+
+std::unique_ptr<Mesh> compose(std::string name, std::initializer_list<Part> parts)
+{
+    auto mesh = std::make_unique<Mesh>(std::move(name));
+    for (const Part& part : parts)
+        append(*mesh, *part.mesh, part.pose);
+    return mesh;
+}
+
+Pose turned(const Rotation& rotation)
+{
+    return {Position(), rotation};
+}
+
+} // namespace
+
+Mesh* MeshManager::createConeComponent(const std::string& name, float radius, float height)
+{
+    return enterGlobalMesh(makeCone(name, radius, height));
+}
+
+Mesh* MeshManager::createCylinderComponent(const std::string& name, float radius, float height, int stacks, int slices)
+{
+    return enterGlobalMesh(makeCylinder(name, radius, height, stacks, slices));
+}
+
+Mesh* MeshManager::createSphereComponent(const std::string& name, float radius, int stacks, int slices)
+{
+    Mesh* mesh = enterGlobalMesh(makeSphere(name, radius, stacks, slices));
+    loadToGpu(mesh);
+    return mesh;
+}
+
+Mesh* MeshManager::createTorusComponent(const std::string& name, float major, float minor, int stacks, int slices)
+{
+    return enterGlobalMesh(makeTorus(name, major, minor, stacks, slices));
+}
+
+Mesh* MeshManager::createTorusSectorComponent(const std::string& name, float sweep, float major, float minor, int stacks,
+                                              int slices)
+{
+    return enterGlobalMesh(makeTorusSector(name, sweep, major, minor, stacks, slices));
+}
+
+void MeshManager::createGlobleMeshes()
+{
+    createGlobalFrameMesh();
+    createDragHandleMesh();
+    loadToGpu(createConeComponent("joint_arrow_head", 20, 200));
+    loadToGpu(createConeComponent("path_arrow_head", 5, 20));
+    createMfgArrow();
+    createVectorHandleMesh();
+    createFrameOgreMesh("VRK_FrameMesh");
+}
+
+void MeshManager::createGlobalFrameMesh()
+{
+    loadToGpu(createCylinderComponent("frame_axis_x_shaft", 0.5f, 10, 1, 16));
+    loadToGpu(createConeComponent("frame_axis_head", 1, 3));
+}
+
+void MeshManager::createDragHandleMesh()
+{
+    createCylinderComponent("HandleShaft", 3, 200, 1, 16);
+    createConeComponent("HandleHead", 10, 45);
+    createTorusSectorComponent("torus_sector", pi / 2, 150, 3, 32, 16);
+    createTorusSectorComponent("torus_full", 2 * pi, 150, 3, 32, 16);
+    createTorusSectorComponent("torus_half", pi, 150, 3, 32, 16);
+    createDragHandle();
+}
+
+void MeshManager::createDragHandle()
+{
+    const Mesh* shaft = getGlobalMesh("HandleShaft");
+    const Mesh* head = getGlobalMesh("HandleHead");
+    const auto addArrow = [&](const char* name, const Rotation& rotation, const Position& tip) {
+        loadToGpu(enterGlobalMesh(compose(name, {{shaft, turned(rotation)}, {head, {tip, rotation}}})));
+    };
+    addArrow("DragHandleX", {pi / 2, plusY}, {200, 0, 0});
+    addArrow("DragHandleY", {pi / 2, minusX}, {0, 200, 0});
+    addArrow("DragHandleZ", {}, {0, 0, 200});
+
+    const auto addRing = [&](const char* name, const char* torus, const Rotation& rotation) {
+        loadToGpu(enterGlobalMesh(compose(name, {{getGlobalMesh(torus), turned(rotation)}})));
+    };
+    // The tori lie in the xy plane; these turn them about x and about y.
+    const Rotation roll(-pi / 2, plusY);
+    const Rotation pitch(pi / 2, plusX);
+    addRing("DragHandleRoll", "torus_sector", roll);
+    addRing("DragHandlePitch", "torus_sector", pitch);
+    addRing("DragHandleYaw", "torus_sector", {});
+    addRing("RollHandleFull", "torus_full", roll);
+    addRing("PitchHandleFull", "torus_full", pitch);
+    addRing("YawHandleFull", "torus_full", {});
+    addRing("RollHandleMain", "torus_half", Rotation(pi / 4, plusX) * roll);
+    addRing("PitchHandleMain", "torus_half", Rotation(pi / 4, plusY) * pitch);
+    addRing("YawHandleMain", "torus_half", {-pi / 4, plusZ});
+    addRing("RollHandleAssist", "torus_half", Rotation(-3 * pi / 4, plusX) * roll);
+    addRing("PitchHandleAssist", "torus_half", Rotation(-3 * pi / 4, plusY) * pitch);
+    addRing("YawHandleAssist", "torus_half", {3 * pi / 4, plusZ});
+}
+
+void MeshManager::createMfgArrow()
+{
+    const Mesh* shaft = createConeComponent("mfg_arrow_shaft", 1, 25);
+    const Mesh* head = createConeComponent("mfg_arrow_head", 2, 8);
+    // The shaft is turned over, its tip at the origin; the head stands on its base.
+    const Position base(0, 0, 25);
+    addGlobalMesh(compose("mfg_arrow", {{shaft, {base, Rotation(pi, minusX)}}, {head, Pose(base)}}).release());
+}
+
+void MeshManager::createVectorHandleMesh()
+{
+    const Mesh* torus = createTorusSectorComponent("tilt_torus", 2 * pi, 150, 10, 32, 16);
+    addGlobalMesh(compose("TiltHandle", {{torus, turned({pi / 2, plusX})}}).release());
+    addGlobalMesh(compose("TwistHandle", {{torus, turned({pi / 2, plusY})}}).release());
+
+    const Mesh* sphere = createSphereComponent("VectorSphere", 25, 16, 16);
+    const Mesh* axis = createCylinderComponent("VectorAxis", 10, 210, 1, 16);
+    const Mesh* head = createConeComponent("VectorHead", 20, 100);
+    addGlobalMesh(
+        compose("VectorDirHandle", {{sphere, {}}, {axis, {}}, {head, Pose(Position(0, 0, 210))}}).release());
+
+    for (const char* name : {"PathStartHandle", "PathEndHandle"})
+        addGlobalMesh(createSphereComponent(name, 2.5f, 32, 32));
+}
+
+void MeshManager::createFrameOgreMesh(const std::string& name)
+{
+    const std::string& group = Ogre::ResourceGroupManager::DEFAULT_RESOURCE_GROUP_NAME;
+    if (Ogre::MeshManager::getSingleton().resourceExists(name, group))
+        return;
+    // Position and colour of both ends of each axis.
+    static constexpr float vertices[6][6] = {
+        {0, 0, 0, 0.94f, 0.05f, 0.0f},  {1, 0, 0, 0.94f, 0.05f, 0.0f},  {0, 0, 0, 0.74f, 0.86f, 0.13f},
+        {0, 1, 0, 0.74f, 0.86f, 0.13f}, {0, 0, 0, 0.29f, 0.36f, 0.76f}, {0, 0, 1, 0.29f, 0.36f, 0.76f},
+    };
+    // Instance batches take triangle lists only: a triangle of no area for each axis, which the geometry program of the
+    // instancing materials turns into a line.
+    static constexpr Ogre::uint32 indices[9] = {0, 1, 1, 2, 3, 3, 4, 5, 5};
+
+    const Ogre::MeshPtr mesh = Ogre::MeshManager::getSingleton().createManual(name, group);
+    Ogre::SubMesh* subMesh = mesh->createSubMesh();
+    subMesh->useSharedVertices = false;
+    subMesh->operationType = Ogre::RenderOperation::OT_TRIANGLE_LIST;
+    subMesh->vertexData = OGRE_NEW Ogre::VertexData();
+    Ogre::VertexData& data = *subMesh->vertexData;
+    data.vertexCount = std::size(vertices);
+    data.vertexDeclaration->addElement(0, 0, Ogre::VET_FLOAT3, Ogre::VES_POSITION);
+    data.vertexDeclaration->addElement(0, 3 * sizeof(float), Ogre::VET_FLOAT3, Ogre::VES_DIFFUSE);
+    Ogre::HardwareBufferManager& buffers = Ogre::HardwareBufferManager::getSingleton();
+    const auto usage = Ogre::HardwareBuffer::HBU_STATIC_WRITE_ONLY;
+    const auto vertexBuffer = buffers.createVertexBuffer(sizeof(vertices[0]), data.vertexCount, usage, false);
+    vertexBuffer->writeData(0, sizeof(vertices), vertices, true);
+    data.vertexBufferBinding->setBinding(0, vertexBuffer);
+
+    Ogre::IndexData& index = *subMesh->indexData;
+    index.indexCount = std::size(indices);
+    index.indexBuffer = buffers.createIndexBuffer(Ogre::HardwareIndexBuffer::IT_32BIT, index.indexCount, usage, false);
+    index.indexBuffer->writeData(0, sizeof(indices), indices, true);
+
+    mesh->_setBounds({0, 0, 0, 1, 1, 1}, false);
+    mesh->load();
+}
+
+} // namespace vrk::visual

@@ -1,0 +1,141 @@
+#pragma once
+
+#include "mesh/Mesh.h"
+#include "platform/layout/Body.h" // the type of a face map
+
+#include <exception>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+class TopoDS_Shape;
+
+namespace vrk {
+struct ColorInfo;
+}
+
+namespace vrk::visual {
+
+class SolidVisual;
+
+/// A shape has no triangle that could be drawn.
+class VRK_EXPORT NoTriangleMesh : public std::exception {};
+
+/// Everything between triangles in memory and OGRE's meshes: the registry by name, the upload, the users of meshes that
+/// several solids share, the colours in the vertex buffers and the fixed meshes of the gizmos.
+///
+/// A mesh is known by its name everywhere, and its OGRE mesh has the same name. How a mesh ends depends on its kind:
+/// a solid's with its last user (`removeOgreMesh`), a registered one by `deleteMesh`, a global one never.
+///
+/// Owner: the library, from start-up to the end of the process. Thread: render thread, but for `Get`, `CreateMesh` and
+/// `getShapeMesh`.
+class VRK_EXPORT MeshManager {
+public:
+    /// The one instance; null before start-up.
+    static MeshManager* Get();
+    /// Makes the one instance, with all global meshes. OGRE must be up.
+    static void Init();
+
+    /// Builds the global meshes. Copies and moves do not: they take the maps, which share their pointers.
+    MeshManager();
+    MeshManager(const MeshManager&);
+    MeshManager& operator=(const MeshManager&);
+    MeshManager(MeshManager&&) noexcept;
+    MeshManager& operator=(MeshManager&&) noexcept;
+    ~MeshManager();
+
+    // Registered meshes
+
+    /// Enters and uploads the mesh, which the registry keeps from now on. If its name is taken nothing happens and the
+    /// mesh stays the caller's.
+    void addMesh(Mesh* mesh);
+    /// Null for an unknown name.
+    Mesh* getMesh(const std::string& name);
+    bool hasMesh(const std::string& name);
+    /// Forgets the mesh of this name, removes its OGRE mesh and deletes it.
+    void deleteMesh(Mesh* mesh);
+
+    // Global meshes
+
+    /// Null for an unknown name.
+    Mesh* getGlobalMesh(const std::string& name);
+    bool hasGlobalMesh(const std::string& name);
+
+    // Meshes of solids
+
+    /// Gives back one user of a solid's OGRE mesh; the last one removes it. An unknown name does nothing.
+    void removeOgreMesh(const std::string& name);
+    /// Makes sure that the OGRE mesh of the solid's current name exists, and counts a user.
+    /// @throws NoTriangleMesh; the failures of `getShapeMesh`. The user stays counted.
+    void loadShape(SolidVisual* solid);
+    /// The same with given colours. They are ignored where the mesh exists: it has those of who loaded it first.
+    void loadShape(SolidVisual* solid, const ColorInfo& colors);
+    /// The triangles of the faces that the solid shows, face after face, in world directions and model units.
+    ///
+    /// @param shape   not read; the faces are those of the map.
+    /// @param colors  null for a mesh without colours.
+    /// @return null if there is no usable triangle.
+    /// @throws Standard_TypeMismatch "TopoDS::Face" for an entry that is no face; Standard_ConstructionError "gp_Dir() -
+    ///         input vector has zero norm" for a normal of no length; the failures of `geometry::ParseColorText`.
+    static std::unique_ptr<Mesh> getShapeMesh(const TopoDS_Shape& shape, const layout::FaceMap& faces, SolidVisual* solid,
+                                              const ColorInfo* colors);
+
+    // Colours in the vertex buffers. Each does nothing where there is no OGRE mesh, or one without colours.
+
+    /// All vertices of the OGRE mesh of that name, so of every solid that shares it.
+    static void SetColor(const std::string& meshName, const rob::ColorTemplate<float>& color);
+    /// The vertices of one face, counted from 1: only their bytes are locked. A hidden face, and face 0, change nothing.
+    /// @throws Standard_OutOfRange "NCollection_IndexedMap::FindKey" past the last face.
+    static void SetFaceColor(SolidVisual* solid, unsigned face, const rob::ColorTemplate<float>& color);
+    /// The colour of a face's first vertex, read back from the buffer; black if there is none. For solids without hidden
+    /// faces only: it counts the vertices of all faces.
+    static rob::ColorTemplate<float> GetFaceColor(const std::string& meshName, const TopoDS_Shape& shape, unsigned face);
+    /// The model's colours back into the buffer, highlights and selections included.
+    static void ColorReset(SolidVisual* solid);
+
+    // STL
+
+    /// Reads an STL file, registers it under its path and uploads it. A name that is registered is returned as it is.
+    /// @throws std::runtime_error "Not stl file" for another ending than ".stl" or ".STL"; the path of a file that
+    ///         cannot be opened; the failures of `parseStl`.
+    Mesh* loadStl(const std::string& path);
+
+    /// A flat-shaded mesh that is neither registered nor uploaded: each triangle has three vertices of its own and their
+    /// normal, which is not normalised.
+    /// @throws std::out_of_range "invalid vector subscript" for an index past the end of `points`.
+    static Mesh* CreateMesh(std::string name, const std::vector<rob::PosTemplate<float>>& points,
+                            const std::vector<unsigned>& indices);
+
+private:
+    /// Enters the mesh unless its name is taken, and uploads it in either case.
+    void addGlobalMesh(Mesh* mesh);
+    /// Enters the mesh without uploading it. Where its name is taken, the mesh that has it is returned and this one freed.
+    Mesh* enterGlobalMesh(std::unique_ptr<Mesh> mesh);
+    /// Makes the OGRE mesh of the mesh's name, unless there is one: the first upload of a name wins.
+    void loadToGpu(Mesh* mesh);
+
+    // Components: entered, and uploaded by the caller where they are drawn by themselves; a sphere is uploaded at once.
+
+    Mesh* createConeComponent(const std::string& name, float radius, float height);
+    Mesh* createCylinderComponent(const std::string& name, float radius, float height, int stacks, int slices);
+    Mesh* createSphereComponent(const std::string& name, float radius, int stacks, int slices);
+    Mesh* createTorusComponent(const std::string& name, float major, float minor, int stacks, int slices);
+    Mesh* createTorusSectorComponent(const std::string& name, float sweep, float major, float minor, int stacks,
+                                     int slices);
+    /// The spelling is part of the interface and stays.
+    void createGlobleMeshes();
+    void createGlobalFrameMesh();
+    void createDragHandleMesh();
+    void createDragHandle();
+    void createVectorHandleMesh();
+    void createMfgArrow();
+    /// A frame of three lines of unit length, for instances: an OGRE mesh that has no `Mesh`.
+    void createFrameOgreMesh(const std::string& name);
+
+    std::unordered_map<std::string, Mesh*> globalMeshes;
+    std::unordered_map<std::string, Mesh*> meshes;
+    std::unordered_map<std::string, unsigned> ogreMeshUsers;
+};
+
+} // namespace vrk::visual

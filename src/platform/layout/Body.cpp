@@ -1,0 +1,82 @@
+#include "platform/layout/Body.h"
+
+#include "platform/layout/Part.h"
+#include "platform/station/Import.h"
+#include "platform/station/Uri.h"
+
+#include <TopAbs_ShapeEnum.hxx>
+#include <TopExp.hxx>
+
+#include <fmt/format.h>
+
+#include <stdexcept>
+
+namespace vrk::layout {
+
+Body::Body(unsigned id, std::string name, const Part& part)
+    : SdfNode(sdf::ModelType::Body, id, std::move(name), part.getElement()->append("body"))
+{
+    setParentId(part.getId());
+}
+
+Body::~Body() = default;
+
+void Body::setShape(const TopoDS_Shape& newShape)
+{
+    shape = newShape;
+    faceMap.Clear();
+}
+
+const FaceMap& Body::getFaceMap() const
+{
+    if (faceMap.IsEmpty())
+        TopExp::MapShapes(shape, TopAbs_FACE, faceMap);
+    return faceMap;
+}
+
+void Body::ensureShapeLoaded()
+{
+    if (shape.IsNull())
+        setShape(station::ImportShape(getGeometryUri()));
+}
+
+std::string Body::getGeometryUri() const
+{
+    return sdf::textAt(*getElement(), "geometry/uri");
+}
+
+std::string Body::getFileType() const
+{
+    return sdf::textAt(*getElement(), "geometry/file_type");
+}
+
+void Body::setGeometry(const std::string& uri, const std::string& fileType)
+{
+    getElement()->touch("geometry/uri")->set(uri);
+    getElement()->touch("geometry/file_type")->set(fileType);
+}
+
+std::string Body::getMaterialName() const
+{
+    const std::string name = sdf::textAt(*getElement(), "visual/material/name");
+    if (!name.empty())
+        return name;
+    return getFileType() == "stl" ? "MeshBody" : "Body"; // "Body" reads vertex colours, which STL meshes lack
+}
+
+void Body::setMaterialName(const std::string& name)
+{
+    getElement()->touch("visual/material/name")->set(name);
+}
+
+void Body::setColor(const std::string& text)
+{
+    getElement()->touch("visual/color")->set(text);
+}
+
+void Body::setFaceColor(unsigned face, const std::string& text)
+{
+    getElement()->touch(fmt::format("visual/face_colors/f{}", face))->set(text);
+}
+
+} // namespace vrk::layout

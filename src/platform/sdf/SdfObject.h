@@ -1,0 +1,85 @@
+#pragma once
+
+#include "platform/common/Export.h"
+#include "platform/sdf/Element.h"
+#include "platform/sdf/ModelType.h"
+#include "scene/math/Pose.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace sdf {
+
+/// Anything of the model that has an id.
+///
+/// Owner: `SdfManager`, through a shared pointer. Thread: read under the manager's shared lock, changed under its
+/// unique lock.
+class VRK_EXPORT SdfObject {
+public:
+    SdfObject(ModelType type, unsigned id, std::string name);
+    virtual ~SdfObject();
+    SdfObject(const SdfObject&) = delete;
+    SdfObject& operator=(const SdfObject&) = delete;
+
+    unsigned getId() const { return id; }
+    /// 0 for an object that belongs to the station itself.
+    unsigned getParentId() const { return parentId; }
+    void setParentId(unsigned parent) { parentId = parent; }
+    const std::string& getName() const { return name; }
+    void setName(std::string newName) { name = std::move(newName); }
+    ModelType getModelType() const { return type; }
+
+    /// Whether the object is of this kind or of one derived from it.
+    virtual bool asType(ModelType wanted) const { return wanted == type; }
+    /// Whether the object stands by itself rather than as a piece of another.
+    virtual bool isStandalone() const { return parentId == 0; }
+    /// Appends the objects that this one gathers; objects that gather none append nothing.
+    virtual void getMembers(std::vector<SdfObject*>& members) const;
+    /// Local to the parent; identity unless the kind says otherwise.
+    virtual vrk::rob::Posed getPose() const { return {}; }
+
+private:
+    ModelType type;
+    unsigned id;
+    unsigned parentId = 0;
+    std::string name;
+};
+
+/// An object with a tree of elements. Its pose is the element "pose".
+class VRK_EXPORT SdfNode : public SdfObject {
+public:
+    SdfNode(ModelType type, unsigned id, std::string name);
+    ~SdfNode() override;
+
+    const std::shared_ptr<Element>& getElement() const { return element; }
+    vrk::rob::Posed getPose() const override;
+    void setPose(const vrk::rob::Posed& pose);
+
+protected:
+    /// For a node whose element lies in another node's tree.
+    SdfNode(ModelType type, unsigned id, std::string name, std::shared_ptr<Element> element);
+
+private:
+    std::shared_ptr<Element> element;
+};
+
+/// A node that has child objects, in order.
+class VRK_EXPORT SdfContainer : public SdfNode {
+public:
+    using SdfNode::SdfNode;
+    ~SdfContainer() override;
+
+    const std::vector<unsigned>& getObjChildren() const { return childIds; }
+    /// The children that the manager knows. Call it under the manager's lock.
+    std::vector<SdfObject*> getChildren() const;
+    /// Enters `child` as the last one and makes this its parent.
+    void addChild(SdfObject& child);
+    void removeChild(unsigned childId);
+    void getMembers(std::vector<SdfObject*>& members) const override;
+
+private:
+    std::vector<unsigned> childIds;
+};
+
+} // namespace sdf

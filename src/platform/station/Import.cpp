@@ -1,0 +1,289 @@
+#include "platform/station/ImportFormats.h"
+
+#include "platform/layout/Body.h"
+#include "platform/layout/Part.h"
+#include "platform/sdf/SdfManager.h"
+
+#include <BRepBndLib.hxx>
+#include <BRepMesh_IncrementalMesh.hxx>
+#include <BRepTools.hxx>
+#include <BRep_Builder.hxx>
+#include <BRep_Tool.hxx>
+#include <BinTools.hxx>
+#include <Bnd_Box.hxx>
+#include <Message.hxx>
+#include <Message_Messenger.hxx>
+#include <OSD_Parallel.hxx>
+#include <Poly_Triangulation.hxx>
+#include <Standard_Failure.hxx>
+#include <StdPrs_ToolTriangulatedShape.hxx>
+#include <TopExp.hxx>
+#include <TopExp_Explorer.hxx>
+#include <TopTools_IndexedMapOfShape.hxx>
+#include <TopoDS.hxx>
+#include <TopoDS_Compound.hxx>
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <fstream>
+#include <mutex>
+#include <new>
+#include <unordered_set>
+
+namespace vrk::station {
+namespace {
+
+constexpr double angularDeflection = 0.35; // radians
+constexpr double meshingStart = 0.5;       // the share of an import that comes before the meshing
+
+/// Keeps Open CASCADE from writing to the console. Its messenger is one for the process.
+class QuietMessenger {
+public:
+    QuietMessenger() : printers(Message::DefaultMessenger()->Printers())
+    {
+        Message::DefaultMessenger()->ChangePrinters().Clear();
+    }
+    ~QuietMessenger() { Message::DefaultMessenger()->ChangePrinters() = printers; }
+    QuietMessenger(const QuietMessenger&) = delete;
+    QuietMessenger& operator=(const QuietMessenger&) = delete;
+
+private:
+    Message_SequenceOfPrinters printers;
+};
+
+/// Open CASCADE's readers share parameters and the messenger: one import at a time.
+std::mutex& importMutex()
+{
+    static std::mutex mutex;
+    return mutex;
+}
+
+using Reader = Parts (*)(const std::filesystem::path&, const Progress&);
+
+Reader readerOf(const std::filesystem::path& file)
+{
+    std::string ending = file.extension().string();
+    std::ranges::transform(ending, ending.begin(), [](unsigned char c) { return std::tolower(c); });
+    if (ending == ".step" || ending == ".stp")
+        return readStep;
+    if (ending == ".brep")
+        return readBrep;
+    if (ending == ".stl")
+        return readStl;
+    throw ImportError(file, "not a kind of file that can be read (.step, .stp, .brep, .stl)");
+}
+
+void checkReadable(const std::filesystem::path& file)
+{
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(file, error);
+    if (status.type() == std::filesystem::file_type::not_found)
+        throw ImportError(file, "no such file");
+    if (status.type() == std::filesystem::file_type::directory)
+        throw ImportError(file, "it is a folder");
+    if (!std::ifstream(file, std::ios::binary))
+        throw ImportError(file, "the file cannot be opened");
+    if (std::filesystem::file_size(file, error) == 0 || error)
+        throw ImportError(file, "the file is empty");
+}
+
+/// Each body's shape once: occurrences of one product share it.
+std::vector<TopoDS_Shape> distinctShapes(const Parts& parts)
+{
+    TopTools_IndexedMapOfShape seen;
+    std::vector<TopoDS_Shape> shapes;
+    for (const auto& part : parts) {
+        for (const auto& body : part->getBodies()) {
+            const TopoDS_Shape& shape = body->getShape();
+            const int known = seen.Extent();
+            if (!shape.IsNull() && seen.Add(shape) > known)
+                shapes.push_back(shape);
+        }
+    }
+    return shapes;
+}
+
+void meshParts(const Parts& parts, const Progress& progress)
+{
+    const std::vector<TopoDS_Shape> shapes = distinctShapes(parts);
+    for (std::size_t i = 0; i < shapes.size(); ++i) {
+        const double done = static_cast<double>(i) / static_cast<double>(shapes.size());
+        report(progress, fmt::format("meshing {} of {}", i + 1, shapes.size()),
+               meshingStart + (1 - meshingStart) * done);
+        meshShape(shapes[i]);
+    }
+}
+
+/// Computes the normals that are missing, so that nobody writes into a triangulation later.
+void addNormals(const TopTools_IndexedMapOfShape& faces)
+{
+    std::vector<TopoDS_Face> bare; // one face for each triangulation, which located copies of a face share
+    std::unordered_set<const Poly_Triangulation*> seen;
+    for (int i = 1; i <= faces.Extent(); ++i) {
+        TopLoc_Location location;
+        const TopoDS_Face face = TopoDS::Face(faces(i));
+        const Handle(Poly_Triangulation) triangles = BRep_Tool::Triangulation(face, location);
+        if (!triangles.IsNull() && !triangles->HasNormals() && seen.insert(triangles.get()).second)
+            bare.push_back(face);
+    }
+    OSD_Parallel::For(0, static_cast<int>(bare.size()), [&bare](int i) {
+        TopLoc_Location location;
+        StdPrs_ToolTriangulatedShape::ComputeNormals(bare[i], BRep_Tool::Triangulation(bare[i], location));
+    });
+}
+
+/// Reads the text form or the binary form, which the first bytes tell apart.
+TopoDS_Shape shapeOfBrepFile(const std::filesystem::path& file)
+{
+    std::array<char, 64> head{};
+    std::ifstream(file, std::ios::binary).read(head.data(), head.size() - 1);
+    const std::string_view start(head.data());
+    const bool isBinary = start.find("Open CASCADE Topology V") != std::string_view::npos;
+    const bool isText = start.find("CASCADE Topology V") != std::string_view::npos || start.starts_with("DBRep_");
+    if (!isBinary && !isText)
+        throw ImportError(file, "not a BREP file");
+
+    TopoDS_Shape shape;
+    try {
+        std::ifstream stream(file, std::ios::binary);
+        // Past the end of a file that is cut short Open CASCADE would read on for ever.
+        stream.exceptions(std::ios::failbit | std::ios::badbit);
+        if (isBinary)
+            BinTools::Read(shape, stream);
+        else
+            BRepTools::Read(shape, stream, BRep_Builder());
+    } catch (const std::ios_base::failure&) {
+        shape.Nullify();
+    } catch (const std::bad_alloc&) { // a damaged number of something
+        shape.Nullify();
+    } catch (const Standard_Failure&) {
+        shape.Nullify();
+    }
+    if (shape.IsNull())
+        throw ImportError(file, "the BREP file is cut short or damaged");
+    return shape;
+}
+
+} // namespace
+
+ImportError::ImportError(const std::filesystem::path& file, const std::string& cause)
+    : std::runtime_error(fmt::format("{}: {}", file.string(), cause))
+{
+}
+
+std::string oneLine(const char* text)
+{
+    std::string line = text == nullptr ? "" : text;
+    std::ranges::replace_if(
+        line, [](unsigned char c) { return std::iscntrl(c) != 0; }, ' ');
+    return line;
+}
+
+std::vector<TopoDS_Shape> bodyShapesOf(const TopoDS_Shape& shape)
+{
+    std::vector<TopoDS_Shape> bodies;
+    for (TopExp_Explorer solid(shape, TopAbs_SOLID); solid.More(); solid.Next())
+        bodies.push_back(solid.Current());
+    for (TopExp_Explorer shell(shape, TopAbs_SHELL, TopAbs_SOLID); shell.More(); shell.Next())
+        bodies.push_back(shell.Current());
+
+    TopExp_Explorer face(shape, TopAbs_FACE, TopAbs_SHELL);
+    if (face.More()) {
+        TopoDS_Compound loose;
+        const BRep_Builder builder;
+        builder.MakeCompound(loose);
+        for (; face.More(); face.Next())
+            builder.Add(loose, face.Current());
+        bodies.push_back(loose);
+    }
+    return bodies;
+}
+
+Parts readBrep(const std::filesystem::path& file, const Progress& progress)
+{
+    report(progress, "reading", 0);
+    const TopoDS_Shape shape = shapeOfBrepFile(file);
+    std::vector<TopoDS_Shape> shapes = bodyShapesOf(shape);
+    if (shapes.empty())
+        shapes.push_back(shape); // edges, wires and points have visuals of their own
+
+    const std::string name = file.stem().string();
+    auto part = std::make_shared<layout::Part>(sdf::SdfManager::inst().generateId(), name);
+    for (std::size_t i = 0; i < shapes.size(); ++i) {
+        const std::shared_ptr<layout::Body> body =
+            part->addBody(shapes.size() == 1 ? name : fmt::format("{}.{}", name, i + 1));
+        body->setGeometry(fmt::format("{}#{}", file.string(), i + 1), "brep");
+        body->setShape(shapes[i]);
+    }
+    return {part};
+}
+
+Parts ImportFile(const std::filesystem::path& file, const Progress& progress)
+{
+    const std::filesystem::path absolute = std::filesystem::absolute(file).lexically_normal();
+    checkReadable(absolute);
+    const Reader read = readerOf(absolute);
+
+    const std::lock_guard lock(importMutex());
+    const QuietMessenger quiet;
+    try {
+        Parts parts = read(absolute, progress);
+        meshParts(parts, progress);
+        report(progress, "done", 1);
+        return parts;
+    } catch (const Standard_Failure& failure) {
+        throw ImportError(absolute, fmt::format("Open CASCADE fails on it, {}: {}", failure.DynamicType()->Name(),
+                                                oneLine(failure.GetMessageString())));
+    }
+}
+
+TopoDS_Shape ImportShape(const std::string& uri)
+{
+    const std::filesystem::path file = uri.substr(0, uri.rfind('#'));
+    for (const auto& part : ImportFile(file)) {
+        for (const auto& body : part->getBodies()) {
+            if (body->getGeometryUri() == uri && !body->getShape().IsNull())
+                return body->getShape();
+        }
+    }
+    throw ImportError(file, fmt::format("it holds no shape for '{}'", uri));
+}
+
+double deflectionFor(double diagonal)
+{
+    return std::clamp(diagonal / 1000, 0.005, 2.0);
+}
+
+void meshShape(const TopoDS_Shape& shape)
+{
+    TopTools_IndexedMapOfShape faces;
+    TopExp::MapShapes(shape, TopAbs_FACE, faces);
+    // Only the faces without triangles go to the mesher, which would otherwise make coarse ones anew.
+    TopoDS_Compound bare;
+    const BRep_Builder builder;
+    builder.MakeCompound(bare);
+    bool anyBare = false;
+    for (int i = 1; i <= faces.Extent(); ++i) {
+        TopLoc_Location location;
+        if (BRep_Tool::Triangulation(TopoDS::Face(faces(i)), location).IsNull()) {
+            builder.Add(bare, faces(i));
+            anyBare = true;
+        }
+    }
+
+    if (anyBare) {
+        Bnd_Box box;
+        BRepBndLib::Add(shape, box);
+        // A shape without end, such as a half space, has no triangles; the mesher would not come back from it.
+        if (box.IsVoid() || box.IsOpen())
+            return;
+        const double diagonal = box.CornerMin().Distance(box.CornerMax());
+        BRepMesh_IncrementalMesh(bare, deflectionFor(diagonal), false, angularDeflection, true);
+    }
+    addNormals(faces);
+}
+
+} // namespace vrk::station

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "platform/common/Export.h"
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+class TopoDS_Shape;
+
+namespace vrk::layout {
+class Part;
+}
+
+namespace vrk::station {
+
+/// A file that cannot be taken in. The text is one line that names the file and the cause.
+class VRK_EXPORT ImportError : public std::runtime_error {
+public:
+    ImportError(const std::filesystem::path& file, const std::string& cause);
+};
+
+/// Called between steps of an import: what is being done, and how much of it, from 0 to 1. On the importing thread.
+using Progress = std::function<void(std::string_view step, double fraction)>;
+
+/// Reads a STEP (.step, .stp), BREP (.brep) or STL (.stl) file; the ending may be in any case.
+///
+/// An assembly becomes one part per occurrence of a product, at its place in the assembly. Names, body colours and face
+/// colours are kept. Shapes without a triangulation are meshed, on all cores; `meshShape` states how finely. The parts
+/// are complete but not yet in the station: nothing is half-loaded when it fails.
+///
+/// @throws ImportError
+VRK_EXPORT std::vector<std::shared_ptr<layout::Part>> ImportFile(const std::filesystem::path& file,
+                                                                 const Progress& progress = {});
+
+/// The shape that a body's "geometry/uri" names, as `ImportFile` gave it to the body: "<file>#<name>".
+/// @throws ImportError  also where the file holds no such shape.
+VRK_EXPORT TopoDS_Shape ImportShape(const std::string& uri);
+
+/// How far a triangle may lie from the surface of a shape whose bounding box has this diagonal: a thousandth of it, but
+/// between 0.005 and 2 model units.
+VRK_EXPORT double deflectionFor(double diagonal);
+
+/// Gives every face of the shape that has no triangulation one: linear deflection `deflectionFor` its size, angular
+/// deflection 0.35 radians, on all cores. Faces that have one keep it.
+VRK_EXPORT void meshShape(const TopoDS_Shape& shape);
+
+} // namespace vrk::station

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "platform/station/Import.h"
+
+#include <TopoDS_Shape.hxx>
+
+/// What the sources of the import share. Not installed.
+namespace vrk::station {
+
+using Parts = std::vector<std::shared_ptr<layout::Part>>;
+
+/// The parts of one file each; `file` is absolute, is there and is not empty. Shapes come as the file has them, without
+/// triangulation where it has none.
+Parts readStep(const std::filesystem::path& file, const Progress& progress);
+Parts readBrep(const std::filesystem::path& file, const Progress& progress);
+Parts readStl(const std::filesystem::path& file, const Progress& progress);
+
+/// What of a shape becomes a body of its own: each solid, each shell outside solids, and the loose faces together.
+std::vector<TopoDS_Shape> bodyShapesOf(const TopoDS_Shape& shape);
+
+/// The text of an Open CASCADE failure on one line.
+std::string oneLine(const char* text);
+
+inline void report(const Progress& progress, std::string_view step, double fraction)
+{
+    if (progress)
+        progress(step, fraction);
+}
+
+} // namespace vrk::station

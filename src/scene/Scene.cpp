@@ -1,0 +1,142 @@
+#include "scene/Scene.h"
+
+#include "platform/broker/SignalBroker.h"
+#include "platform/common/Checks.h"
+#include "scene/core/SceneCore.h"
+#include "view/Camera.h"
+#include "visual/Visual.h"
+
+#include <Ogre.h>
+
+namespace vrk::visual {
+namespace {
+
+const Ogre::ColourValue startAmbient(0.3f, 0.3f, 0.3f, 1.0f);
+
+} // namespace
+
+Scene* Scene::Instance = nullptr;
+
+Scene::Scene(const std::string& name)
+    : core(std::make_unique<SceneCore>(name, Ogre::Root::getSingleton().getSceneManager("VRK_SceneManager")))
+{
+    core->worldVisual = new Visual(this);
+    core->visuals.whenDeleted([this](const Visual* visual) { forgetVisual(visual); });
+}
+
+Scene::~Scene()
+{
+    cameras.clear();
+    if (Instance == this)
+        Instance = nullptr;
+}
+
+Scene* Scene::Get()
+{
+    return Instance;
+}
+
+void Scene::Init(const SceneSettings& settings)
+{
+    Instance = new Scene("Daltrimo Scene");
+    Instance->core->settings = settings;
+    Instance->createCamera("camera0");
+    Instance->core->sceneManager->setAmbientLight(startAmbient);
+    broker::SignalBroker::updateScene();
+    Instance->createLights();
+}
+
+std::string Scene::GetName()
+{
+    return Instance->core->name;
+}
+
+void Scene::addRenderTask(std::function<void()>&& task, std::uint64_t key)
+{
+    core->queue.post(std::move(task), key);
+}
+
+void Scene::addLoadTask(std::function<void()> task)
+{
+    loadTasks.push_back(std::move(task));
+}
+
+void Scene::processMsgs()
+{
+    core->queue.run();
+}
+
+void Scene::instanceDirty()
+{
+    core->queue.setInstanceDirty();
+}
+
+Visual* Scene::GetVisual(unsigned id)
+{
+    return Instance->core->visuals.get(id);
+}
+
+bool Scene::HasVisual(unsigned id)
+{
+    return Instance->core->visuals.has(id);
+}
+
+Visual* Scene::GetWorldVisual()
+{
+    return Instance->core->worldVisual;
+}
+
+Ogre::SceneManager* Scene::GetSceneManager()
+{
+    return Instance->core->sceneManager;
+}
+
+void Scene::addTempVisual(Visual* visual)
+{
+    tempVisuals[visual->getId()] = visual;
+}
+
+void Scene::deleteVisual(Visual* visual)
+{
+    Visual::Delete(visual);
+}
+
+void Scene::removeVisual(unsigned id)
+{
+    addRenderTask([this, id] { doRemoveVisual(id); }, 0);
+}
+
+void Scene::doRemoveVisual(unsigned id)
+{
+    deleteVisual(GetVisual(id));
+}
+
+void Scene::removeTempVisual(unsigned id)
+{
+    addRenderTask([this, id] { doRemoveTempVisual(id); }, 0);
+}
+
+void Scene::doRemoveTempVisual(unsigned id)
+{
+    Visual* visual = common::checkedAt(tempVisuals, id);
+    tempVisuals.erase(id);
+    // Also out of the selection: a dead visual there would be met by the next pick.
+    deleteVisual(visual);
+}
+
+Camera* Scene::createCamera(const std::string& name)
+{
+    return cameras.emplace_back(std::make_unique<Camera>(name, this)).get();
+}
+
+/// Drops a dying visual from every record that points to it.
+void Scene::forgetVisual(const Visual* visual)
+{
+    const auto isOfVisual = [visual](const FaceOfSolid& face) { return static_cast<const void*>(face.first) == visual; };
+    if (isOfVisual(highlightedFace))
+        highlightedFace = {};
+    std::erase_if(selectedFaces, isOfVisual);
+    std::erase_if(tempVisuals, [visual](const auto& entry) { return entry.second == visual; });
+}
+
+} // namespace vrk::visual

@@ -1,0 +1,53 @@
+#include "scene/core/OgreCompat.h"
+
+#include <Ogre.h>
+
+// The Debian build hides Ogre::GL3PlusPlugin; the plug-in's own entry point creates that object and installs it in the
+// root that stands.
+extern "C" void dllStartPlugin();
+
+namespace vrk::visual {
+namespace {
+
+template <typename IsTaken>
+std::string freeName(const std::string& wanted, IsTaken isTaken)
+{
+    if (!isTaken(wanted))
+        return wanted;
+    // One counter for all names: a rebuilt path would else try every number again for each of its nodes.
+    static unsigned counter = 0;
+    std::string name;
+    do
+        name = wanted + "#" + std::to_string(++counter);
+    while (isTaken(name));
+    return name;
+}
+
+} // namespace
+
+void installGL3Plus(Ogre::Root&)
+{
+    dllStartPlugin();
+}
+
+Ogre::SceneNode* createChildNode(Ogre::SceneNode& parent, const std::string& wanted)
+{
+    if (wanted.empty())
+        return parent.createChildSceneNode();
+    const Ogre::SceneManager& manager = *parent.getCreator();
+    return parent.createChildSceneNode(
+        freeName(wanted, [&](const std::string& name) { return manager.hasSceneNode(name); }));
+}
+
+Ogre::SceneNode* createLooseNode(Ogre::SceneManager& manager, const std::string& wanted)
+{
+    return manager.createSceneNode(
+        freeName(wanted, [&](const std::string& name) { return manager.hasSceneNode(name); }));
+}
+
+std::string freeObjectName(Ogre::SceneManager& manager, const std::string& wanted, const std::string& type)
+{
+    return freeName(wanted, [&](const std::string& name) { return manager.hasMovableObject(name, type); });
+}
+
+} // namespace vrk::visual

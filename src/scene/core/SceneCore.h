@@ -1,0 +1,36 @@
+#pragma once
+
+#include "scene/core/RenderTaskQueue.h"
+#include "scene/core/SceneSettings.h"
+#include "scene/core/VisualRegistry.h"
+
+#include <string>
+
+namespace Ogre {
+class SceneManager;
+}
+
+namespace vrk::visual {
+
+/// What everything below the scene needs of it: the queue, the registry, the settings and OGRE's scene manager.
+///
+/// Owner: the `Scene`, which is built around it. Thread: as its members say.
+class VRK_EXPORT SceneCore {
+public:
+    explicit SceneCore(std::string name, Ogre::SceneManager* sceneManager);
+    ~SceneCore();
+    SceneCore(const SceneCore&) = delete;
+    SceneCore& operator=(const SceneCore&) = delete;
+
+    /// The core of the one scene; null before start-up.
+    static SceneCore* Get();
+
+    const std::string name;
+    Ogre::SceneManager* const sceneManager;
+    SceneSettings settings;
+    RenderTaskQueue queue;
+    VisualRegistry visuals;
+    Visual* worldVisual = nullptr; ///< root of the tree, never deleted
+};
+
+} // namespace vrk::visual

@@ -1,0 +1,36 @@
+#include "scene/core/VisualRegistry.h"
+
+#include "platform/common/Checks.h"
+#include "visual/Visual.h"
+
+namespace vrk::visual {
+
+Visual* VisualRegistry::get(unsigned id) const
+{
+    return common::checkedAt(visuals, id);
+}
+
+void VisualRegistry::enter(Visual* visual)
+{
+    visuals[visual->getId()] = visual;
+}
+
+void VisualRegistry::erase(const Visual* visual)
+{
+    const auto found = visuals.find(visual->getId());
+    if (found != visuals.end() && found->second == visual)
+        visuals.erase(found);
+}
+
+void VisualRegistry::whenDeleted(std::function<void(Visual*)> told)
+{
+    listeners.push_back(std::move(told));
+}
+
+void VisualRegistry::tellDeleted(Visual* visual) const
+{
+    for (const auto& told : listeners)
+        told(visual);
+}
+
+} // namespace vrk::visual

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/common/Export.h"
+
+#include <functional>
+#include <unordered_map>
+#include <vector>
+
+namespace vrk::visual {
+
+class Visual;
+
+/// The visuals by id. It only indexes: a visual belongs to its parent in the tree.
+///
+/// Thread: render thread. Others may look up while the application knows that the station is not being changed.
+class VRK_EXPORT VisualRegistry {
+public:
+    /// @throws std::out_of_range "invalid unordered_map<K, T> key" for an unknown id.
+    Visual* get(unsigned id) const;
+    bool has(unsigned id) const { return visuals.contains(id); }
+    /// Enters a visual under its id, in place of one that had it.
+    void enter(Visual* visual);
+    /// Forgets the id if it stands for this visual; a younger one that took over the id stays.
+    void erase(const Visual* visual);
+    const std::unordered_map<unsigned, Visual*>& all() const { return visuals; }
+
+    /// Calls `told` for each visual that is about to be deleted through `Visual::Delete`, while it is still whole. For
+    /// who keeps pointers to visuals that it does not own.
+    void whenDeleted(std::function<void(Visual*)> told);
+    void tellDeleted(Visual* visual) const;
+
+private:
+    std::unordered_map<unsigned, Visual*> visuals;
+    std::vector<std::function<void(Visual*)>> listeners;
+};
+
+} // namespace vrk::visual

@@ -1,0 +1,23 @@
+#include "selection/geometry/BVHNode.h"
+
+namespace vrk::selection {
+
+BVHInnerNode::BVHInnerNode(BVHNode* left, BVHNode* right, unsigned splitAxis)
+    : BVHNode(Inner), left(left), right(right), splitAxis(splitAxis)
+{
+    box.addBox(left->box);
+    box.addBox(right->box);
+}
+
+void BVHInnerNode::collectPrimitives(std::vector<BVHPrimitive*>& out) const
+{
+    left->collectPrimitives(out);
+    right->collectPrimitives(out);
+}
+
+void BVHLeaf::collectPrimitives(std::vector<BVHPrimitive*>& out) const
+{
+    out.insert(out.end(), primitives, primitives + count);
+}
+
+} // namespace vrk::selection

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "platform/common/Export.h"
+#include "selection/geometry/BVH.h"
+#include "selection/geometry/BVHPrimitive.h"
+
+#include <functional>
+#include <vector>
+
+namespace vrk::selection {
+
+/// Primitives and a hierarchy over them.
+///
+/// Owner: owns its primitives and deletes them.
+/// Thread: the queries only read and may run on several threads at once.
+///
+/// The hierarchy does not follow the vector: after a change, ask nothing until a BVHBuilder has made a new one. Each
+/// query appends every primitive of the hierarchy whose box meets the question, near ones first as far as the split
+/// axes tell; nothing ends a query early. An empty hierarchy answers nothing, whatever the question.
+class VRK_EXPORT PrimitiveContainer {
+public:
+    PrimitiveContainer();
+    virtual ~PrimitiveContainer();
+    PrimitiveContainer(const PrimitiveContainer&) = delete;
+    PrimitiveContainer& operator=(const PrimitiveContainer&) = delete;
+
+    /// @throws std::overflow_error "0-length vector cannot be normalized." if the line has no length.
+    void queryLine(const rob::LineTemplate<float>& line, std::vector<BVHPrimitive*>& out) const;
+    void queryTriangle(const rob::TriangleTemplate<float>& triangle, std::vector<BVHPrimitive*>& out) const;
+    void queryRay(const visual::Ray& ray, std::vector<BVHPrimitive*>& out) const;
+    void queryBox(const visual::Box& box, std::vector<BVHPrimitive*>& out) const;
+
+    /// The nearest hit of any primitive, the first that the query reaches among equally near ones. A default result if
+    /// there is none.
+    /// @throws std::overflow_error "0-length vector cannot be normalized." if the line has no length.
+    void closestHitLine(Result& result, const rob::LineTemplate<float>& line) const;
+    void closestHitRay(Result& result, const visual::Ray& ray) const;
+    /// The first hit in the order of the query, or a default result.
+    void firstHitTriangle(Result& result, const rob::TriangleTemplate<float>& triangle) const;
+    /// Hands a copy of `callback` to each primitive whose box meets `box`.
+    void forEachInBox(const visual::Box& box, std::function<void(unsigned)> callback) const;
+
+    std::vector<BVHPrimitive*> primitives; ///< owned
+    BVH bvh;
+};
+
+} // namespace vrk::selection
+
+namespace vrk::visual {
+using selection::PrimitiveContainer;
+}

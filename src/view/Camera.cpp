@@ -1,0 +1,223 @@
+#include "view/Camera.h"
+
+#include "platform/broker/SignalBroker.h"
+#include "scene/core/OgreCompat.h"
+#include "scene/core/SceneCore.h"
+#include "selection/geometry/Plane.h"
+
+#include <Ogre.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace vrk::visual {
+namespace {
+
+constexpr float minFOV = 0.001f;
+constexpr float maxFOV = 3.138451f; // just below half a turn
+constexpr unsigned allBuffers = Ogre::FBT_COLOUR | Ogre::FBT_DEPTH;
+const Ogre::ColourValue background(0.45f, 0.45f, 0.45f, 1.0f);
+
+Camera* main = nullptr;
+
+struct Start {
+    Ogre::Vector3 up;
+    Ogre::Vector3 position;
+};
+
+/// Settings are told for a scene with z up; the other axes turn the starting place with them.
+Start startFor(int gridNormalDir, const rob::PosTemplate<float>& from)
+{
+    switch (gridNormalDir) {
+    case 0:
+        return {Ogre::Vector3::UNIT_X, {from.x, -from.y, -from.z}};
+    case 1:
+        return {Ogre::Vector3::UNIT_Y, {-from.x, -from.y, from.z}};
+    default:
+        return {Ogre::Vector3::UNIT_Z, {from.x, from.y, from.z}};
+    }
+}
+
+} // namespace
+
+Camera::Camera(const std::string& givenName, Scene* scene) : scene(scene)
+{
+    const SceneCore& core = *SceneCore::Get();
+    name = core.name + "::" + givenName;
+    sceneNode = core.sceneManager->getRootSceneNode()->createChildSceneNode(name, Ogre::Vector3::ZERO,
+                                                                            Ogre::Quaternion::IDENTITY);
+    camera = core.sceneManager->createCamera(name);
+    sceneNode->attachObject(camera);
+    targetPos = core.settings.cameraTarget;
+    fromPos = core.settings.cameraPosition;
+
+    const Start start = startFor(core.settings.gridNormalDir, fromPos);
+    sceneNode->setFixedYawAxis(true, start.up);
+    sceneNode->setPosition(start.position);
+    sceneNode->lookAt(toOgre(targetPos), Ogre::Node::TS_WORLD, Ogre::Vector3::NEGATIVE_UNIT_Z);
+    sceneNode->setInheritScale(false);
+    camera->setAutoAspectRatio(false);
+    setClipDist(core.settings.nearClip, core.settings.farClip);
+    if (!main)
+        main = this;
+}
+
+Camera::~Camera()
+{
+    removeViewport();
+    if (main == this)
+        main = nullptr;
+    Ogre::SceneManager& manager = *sceneNode->getCreator();
+    manager.destroyCamera(camera);
+    manager.destroySceneNode(sceneNode);
+}
+
+Camera* Camera::Get()
+{
+    return main;
+}
+
+void Camera::setHFOV(float angle)
+{
+    hfov = angle;
+    updateFOV();
+}
+
+float Camera::getVFOV() const
+{
+    return camera->getFOVy().valueRadians();
+}
+
+float Camera::getAspectRatio() const
+{
+    return camera->getAspectRatio();
+}
+
+float Camera::LimitFOV(float angle)
+{
+    return std::min(std::max(angle, minFOV), maxFOV);
+}
+
+void Camera::updateFOV()
+{
+    if (!viewport)
+        return;
+    viewport->setDimensions(0, 0, 1, 1);
+    const float aspect =
+        static_cast<float>(viewport->getActualWidth()) / static_cast<float>(viewport->getActualHeight());
+    const double vfov = 2.0 * std::atan(std::tan(hfov * 0.5) / aspect);
+    camera->setAspectRatio(aspect);
+    camera->setFOVy(Ogre::Radian(LimitFOV(static_cast<float>(vfov))));
+}
+
+void Camera::setClipDist(float near, float far)
+{
+    camera->setNearClipDistance(near);
+    camera->setFarClipDistance(far);
+    camera->setRenderingDistance(far);
+}
+
+void Camera::setCameraProjection(const std::string& projection)
+{
+    if (projection == "perspective")
+        camera->setProjectionType(Ogre::PT_PERSPECTIVE);
+}
+
+void Camera::setVerticleDir(int axis)
+{
+    static const Ogre::Vector3 axes[] = {Ogre::Vector3::UNIT_X, Ogre::Vector3::UNIT_Y, Ogre::Vector3::UNIT_Z};
+    if (axis >= 0 && axis < 3)
+        sceneNode->setFixedYawAxis(true, axes[axis]);
+}
+
+void Camera::removeViewport()
+{
+    if (viewport)
+        renderTarget->removeViewport(viewport->getZOrder());
+    viewport = nullptr;
+}
+
+void Camera::setRenderTarget(Ogre::RenderTarget* target)
+{
+    removeViewport();
+    renderTarget = target;
+    viewport = target->addViewport(camera, 0, 0, 0, 1, 1);
+    viewport->setClearEveryFrame(true, allBuffers);
+    viewport->setOverlaysEnabled(true);
+    viewport->setShadowsEnabled(true);
+    viewport->setBackgroundColour(background);
+    updateFOV();
+}
+
+unsigned Camera::viewportWidth() const
+{
+    return static_cast<unsigned>(renderTarget->getViewport(0)->getActualWidth());
+}
+
+unsigned Camera::viewportHeight() const
+{
+    return static_cast<unsigned>(renderTarget->getViewport(0)->getActualHeight());
+}
+
+void Camera::cameraToViewportRay(float x, float y, rob::PosTemplate<float>& pos, rob::Vec3Template<float>& dir) const
+{
+    const float nx = x / static_cast<float>(viewportWidth());
+    const float ny = y / static_cast<float>(viewportHeight());
+    const Ogre::Ray ray = camera->getCameraToViewportRay(nx, ny);
+    pos = toPos(ray.getOrigin());
+    dir = rob::Vec3Template<float>(toDir(ray.getDirection()));
+}
+
+Ray Camera::getViewportRay(float x, float y) const
+{
+    Ray ray;
+    rob::Vec3Template<float> direction;
+    cameraToViewportRay(x, y, ray.origin, direction);
+    ray.direction = rob::normalized(direction);
+    return ray;
+}
+
+bool Camera::getWorldPointOnPlane(float x, float y, const Plane& plane, rob::PosTemplate<float>& pos) const
+{
+    const Ray ray = getViewportRay(x, y);
+    const float t = plane.distanceAlong(ray.origin, ray.direction);
+    pos = ray.origin + ray.direction * t;
+    return t > 0;
+}
+
+rob::PoseTemplate<float> Camera::getWorldPose() const
+{
+    return {getWorldPosition(), getWorldRotation()};
+}
+
+rob::PosTemplate<float> Camera::getWorldPosition() const
+{
+    return toPos(sceneNode->_getDerivedPosition());
+}
+
+rob::RotationTemplate<float> Camera::getWorldRotation() const
+{
+    return toRotation(sceneNode->_getDerivedOrientation());
+}
+
+void Camera::setWorldPose(const rob::PoseTemplate<float>& pose)
+{
+    setWorldPosition(pose.position);
+    setWorldRotation(pose.rotation());
+}
+
+void Camera::setWorldPosition(const rob::PosTemplate<float>& position)
+{
+    sceneNode->_setDerivedPosition(toOgre(position));
+    sceneNode->needUpdate();
+    broker::SignalBroker::cameraMoved();
+}
+
+void Camera::setWorldRotation(const rob::RotationTemplate<float>& rotation)
+{
+    sceneNode->_setDerivedOrientation(toOgre(rotation));
+    sceneNode->needUpdate();
+    broker::SignalBroker::cameraMoved();
+}
+
+} // namespace vrk::visual

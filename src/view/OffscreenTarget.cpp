@@ -1,0 +1,30 @@
+#include "view/OffscreenTarget.h"
+
+#include <Ogre.h>
+
+namespace vrk::visual {
+
+OffscreenTarget::OffscreenTarget(unsigned width, unsigned height, unsigned samples) : width(width), height(height)
+{
+    static unsigned counter = 0;
+    textureName = "OffscreenTarget" + std::to_string(++counter);
+    const Ogre::TexturePtr texture = Ogre::TextureManager::getSingleton().createManual(
+        textureName, Ogre::ResourceGroupManager::DEFAULT_RESOURCE_GROUP_NAME, Ogre::TEX_TYPE_2D, width, height, 0,
+        Ogre::PF_BYTE_RGB, Ogre::TU_RENDERTARGET, nullptr, false, samples);
+    target = texture->getBuffer()->getRenderTarget();
+}
+
+OffscreenTarget::~OffscreenTarget()
+{
+    Ogre::TextureManager::getSingleton().remove(textureName, Ogre::ResourceGroupManager::DEFAULT_RESOURCE_GROUP_NAME);
+}
+
+std::vector<std::uint8_t> OffscreenTarget::read() const
+{
+    std::vector<std::uint8_t> pixels(std::size_t{3} * width * height);
+    const Ogre::Box area(0, 0, width, height);
+    target->copyContentsToMemory(area, Ogre::PixelBox(area, Ogre::PF_BYTE_RGB, pixels.data()));
+    return pixels;
+}
+
+} // namespace vrk::visual

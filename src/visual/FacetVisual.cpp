@@ -1,0 +1,56 @@
+#include "visual/FacetVisual.h"
+
+#include "scene/core/OgreCompat.h"
+#include "visual/RenderGroups.h"
+
+#include <Ogre.h>
+
+namespace vrk::visual {
+
+void FacetVisual::setSelected()
+{
+    Visual::setSelected();
+    setRenderQueueGroup(renderGroup::selected);
+}
+
+void FacetVisual::clearHighlightOrSelect()
+{
+    Visual::clearHighlightOrSelect();
+    setRenderQueueGroup(renderGroup::normal);
+}
+
+void FacetVisual::setRenderQueueGroup(unsigned char group)
+{
+    for (Ogre::MovableObject* object : sceneNode->getAttachedObjects())
+        object->setRenderQueueGroup(group);
+}
+
+Ogre::Entity* FacetVisual::makeEntity(const std::string& entityName, const std::string& meshName)
+{
+    Ogre::SceneManager& manager = *sceneNode->getCreator();
+    Ogre::Entity* entity =
+        manager.createEntity(freeObjectName(manager, entityName, Ogre::EntityFactory::FACTORY_TYPE_NAME), meshName,
+                             Ogre::ResourceGroupManager::AUTODETECT_RESOURCE_GROUP_NAME);
+    attachObject(entity);
+    return entity;
+}
+
+std::uint64_t trianglesOf(const Ogre::Entity* entity)
+{
+    std::uint64_t sum = 0;
+    if (entity)
+        for (const Ogre::SubMesh* part : entity->getMesh()->getSubMeshes())
+            sum += part->indexData->indexCount / 3;
+    return sum;
+}
+
+std::uint64_t verticesOf(const Ogre::Entity* entity)
+{
+    std::uint64_t sum = 0;
+    if (entity)
+        for (const Ogre::SubMesh* part : entity->getMesh()->getSubMeshes())
+            sum += part->vertexData->vertexCount;
+    return sum;
+}
+
+} // namespace vrk::visual

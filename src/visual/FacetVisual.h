@@ -1,0 +1,43 @@
+#pragma once
+
+#include "scene/math/Color.h"
+#include "visual/BodyVisual.h"
+
+namespace Ogre {
+class Entity;
+}
+
+namespace vrk::visual {
+
+/// A body made of faces. While it is selected it is drawn in a render queue group of its own, so that an outline can be
+/// drawn around what lies in that group.
+class VRK_EXPORT FacetVisual : public BodyVisual {
+public:
+    using BodyVisual::BodyVisual;
+    FacetVisual(const FacetVisual&) = default;
+
+    void setSelected() override;
+    void clearHighlightOrSelect() override;
+    /// The model's colours.
+    virtual void resetColor() = 0;
+    virtual void setBodyColor(const rob::ColorTemplate<float>& color, float alpha) = 0;
+    /// Null where there is nothing to draw.
+    virtual Ogre::Entity* getEntity() const = 0;
+    virtual const std::string& getMeshName() const = 0;
+
+    void useNamedMaterial(const std::string& name) { useMaterial(name); }
+
+protected:
+    /// Makes an entity of an OGRE mesh on this node. An OGRE failure passes out.
+    Ogre::Entity* makeEntity(const std::string& entityName, const std::string& meshName);
+
+private:
+    void setRenderQueueGroup(unsigned char group);
+};
+
+/// Triangles of an entity's OGRE mesh; 0 for null.
+std::uint64_t trianglesOf(const Ogre::Entity* entity);
+/// Vertices of an entity's OGRE mesh; 0 for null.
+std::uint64_t verticesOf(const Ogre::Entity* entity);
+
+} // namespace vrk::visual

@@ -1,0 +1,124 @@
+#include "visual/MeshVisual.h"
+
+#include "mesh/MeshManager.h"
+#include "platform/geometry/BodyColorTool.h"
+#include "platform/geometry/ColorText.h"
+#include "platform/layout/Body.h"
+#include "scene/core/SceneCore.h"
+#include "visual/Picking.h"
+
+#include <Ogre.h>
+
+namespace vrk::visual {
+namespace {
+
+constexpr const char* copyMaterial = "TransBody";
+constexpr std::size_t colorParameter = 0; // the materials' shaders read the colour here
+
+} // namespace
+
+MeshVisual::MeshVisual(Visual* parent, sdf::SdfNode* node) : FacetVisual(node, parent)
+{
+    type = VisualType::Mesh;
+}
+
+MeshVisual::MeshVisual(const std::string& name, Visual* parent) : FacetVisual(name, parent)
+{
+    type = VisualType::Mesh;
+}
+
+MeshVisual::~MeshVisual()
+{
+    if (!entity)
+        return;
+    detachObject(entity);
+    sceneNode->getCreator()->destroyEntity(entity);
+    MeshManager& manager = *MeshManager::Get();
+    if (!copied && manager.hasMesh(meshName))
+        manager.deleteMesh(mesh);
+}
+
+void MeshVisual::Build(Visual* parent, sdf::SdfNode* node)
+{
+    auto& body = dynamic_cast<layout::Body&>(*node);
+    auto* visual = new MeshVisual(parent, node);
+    SceneCore::Get()->visuals.enter(visual);
+    visual->attachMesh(body.getGeometryUri());
+    visual->setColor(geometry::BodyColorTool::GetBodyColor(node->getElement()));
+    const std::string base = body.getMaterialName();
+    visual->setMaterial(base, base + "Selected", base + "Highlighted");
+    const std::shared_ptr<sdf::Element> owner = node->getElement()->getParent();
+    picking::addMeshVisual(visual, owner && sdf::boolAt(*owner, "detectable"), false);
+}
+
+Ogre::Entity* MeshVisual::attachMesh(const std::string& name)
+{
+    meshName = name;
+    MeshManager& manager = *MeshManager::Get();
+    mesh = manager.getGlobalMesh(name);
+    if (!mesh)
+        mesh = manager.hasMesh(name) ? manager.getMesh(name) : manager.loadStl(name);
+    entity = makeEntity(std::to_string(id) + name, name);
+    return entity;
+}
+
+std::optional<Visual*> MeshVisual::copy(Visual* parent)
+{
+    auto* made = new MeshVisual(getName(), parent ? parent : SceneCore::Get()->worldVisual);
+    made->copied = true; // the mesh stays the source's
+    if (entity)
+        made->attachMesh(meshName);
+    made->becomeCopyOf(*this);
+    made->setMaterial(copyMaterial, copyMaterial, copyMaterial);
+    return made;
+}
+
+unsigned MeshVisual::getBodiesNum()
+{
+    return entity ? 1 : 0;
+}
+
+unsigned MeshVisual::getFacesNum()
+{
+    return entity ? 1 : 0;
+}
+
+std::uint64_t MeshVisual::getTrianglesNum()
+{
+    return trianglesOf(entity);
+}
+
+std::uint64_t MeshVisual::getVerticesNum()
+{
+    return verticesOf(entity);
+}
+
+void MeshVisual::resetColor()
+{
+    setColor(geometry::BodyColorTool::GetBodyColor(id));
+}
+
+void MeshVisual::setBodyColor(const rob::ColorTemplate<float>& color, float alpha)
+{
+    setColor(color, alpha);
+}
+
+const std::string& MeshVisual::getMeshName() const
+{
+    return mesh->name;
+}
+
+void MeshVisual::setColor(const rob::ColorTemplate<float>& color, float alpha)
+{
+    if (!entity)
+        return;
+    for (Ogre::SubEntity* part : entity->getSubEntities())
+        part->setCustomParameter(colorParameter, Ogre::Vector4(color.r, color.g, color.b, alpha));
+}
+
+void MeshVisual::setColor(const std::string& text)
+{
+    setColor(geometry::ParseColorText(text), 1.0f);
+}
+
+} // namespace vrk::visual

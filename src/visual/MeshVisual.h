@@ -1,0 +1,49 @@
+#pragma once
+
+#include "visual/FacetVisual.h"
+
+namespace vrk::visual {
+
+class Mesh;
+
+/// A named triangle mesh: an STL file, a gizmo's mesh, a text. Its colour lies on the visual's own renderables, as custom
+/// parameter 0 of the material, and is not shared.
+///
+/// Owner: the parent visual. A registered mesh ends with the first of its visuals that dies. Thread: render thread.
+class VRK_EXPORT MeshVisual : public FacetVisual {
+public:
+    MeshVisual(Visual* parent, sdf::SdfNode* node);
+    MeshVisual(const std::string& name, Visual* parent);
+    ~MeshVisual() override;
+
+    /// A station body that comes as an STL file. Its id is registered, and it can be picked.
+    static void Build(Visual* parent, sdf::SdfNode* node);
+
+    /// Draws the global, registered or STL mesh of that name; so the path of a file is the name of a mesh. Virtual, so
+    /// that a derived visual can do more with its entity.
+    /// @throws what `MeshManager::loadStl` does.
+    virtual Ogre::Entity* attachMesh(const std::string& name);
+
+    std::optional<Visual*> copy(Visual* parent) override;
+    unsigned getBodiesNum() override;
+    unsigned getFacesNum() override;
+    std::uint64_t getTrianglesNum() override;
+    std::uint64_t getVerticesNum() override;
+    void resetColor() override;
+    void setBodyColor(const rob::ColorTemplate<float>& color, float alpha) override;
+    Ogre::Entity* getEntity() const override { return entity; }
+    /// The name held in the mesh; call it with a mesh attached.
+    const std::string& getMeshName() const override;
+
+    Mesh* getMesh() const { return mesh; }
+    void setColor(const rob::ColorTemplate<float>& color, float alpha);
+    /// @param text  as in "#10C279", opaque; the failures of `geometry::ParseColorText` pass out.
+    void setColor(const std::string& text);
+
+private:
+    std::string meshName;
+    Ogre::Entity* entity = nullptr;
+    Mesh* mesh = nullptr;
+};
+
+} // namespace vrk::visual

@@ -1,0 +1,54 @@
+#include "visual/Picking.h"
+
+#include "selection/VisualSelection.h"
+
+#include <TopoDS_Shape.hxx>
+
+namespace vrk::visual::picking {
+namespace {
+
+template <typename Call>
+void tell(Call call)
+{
+    if (selection::VisualSelection* service = selection::VisualSelection::Get())
+        call(*service);
+}
+
+} // namespace
+
+void markDirty(Visual* visual)
+{
+    tell([&](auto& service) { service.markDirty(visual); });
+}
+
+void addShape(const TopoDS_Shape& shape, SolidVisual* visual, bool detectable)
+{
+    tell([&](auto& service) { service.addShape(shape, visual, detectable); });
+}
+
+void addMeshVisual(Visual* visual, bool detectable, bool priority)
+{
+    tell([&](auto& service) { service.addMeshVisual(visual, detectable, priority); });
+}
+
+void removeCompoundObject(Visual* visual)
+{
+    tell([&](auto& service) { service.removeCompoundObject(visual); });
+}
+
+void setObjectEnabled(Visual* visual, bool enabled)
+{
+    tell([&](auto& service) { service.setObjectEnabled(visual, enabled); });
+}
+
+void setCompoundObjectEnabled(Visual* visual, bool enabled)
+{
+    tell([&](auto& service) { service.setCompoundObjectEnabled(visual, enabled); });
+}
+
+void updateShapeFaces(SolidVisual* visual)
+{
+    tell([&](auto& service) { service.updateShapeFaces(visual); });
+}
+
+} // namespace vrk::visual::picking

@@ -1,0 +1,99 @@
+#pragma once
+
+#include "platform/layout/Body.h"
+#include "visual/FacetVisual.h"
+
+#include <TopoDS_Shape.hxx>
+
+#include <vector>
+
+class TopoDS_Face;
+
+namespace vrk::visual {
+
+/// A CAD shape with faces that can be hidden, coloured and highlighted one by one.
+///
+/// Faces are numbered from 1 in the order of the face map. Their colours lie in the vertex buffer of the mesh, so solids
+/// that share a mesh, by one "geometry/uri", share the colours too.
+///
+/// Owner: the parent visual. Thread: render thread.
+class VRK_EXPORT SolidVisual : public FacetVisual {
+public:
+    /// A solid of a station body, which takes `shape` for its own.
+    SolidVisual(sdf::SdfNode* node, const TopoDS_Shape& shape, Visual* parent);
+    /// A solid of a bare shape, its mesh named as the visual.
+    SolidVisual(const TopoDS_Shape& shape, Visual* parent);
+    SolidVisual(const std::string& name, const TopoDS_Shape& shape, Visual* parent);
+    ~SolidVisual() override;
+
+    // Builders: register the visual by id, load the mesh, attach an entity and set the materials. A shape without
+    // triangles gives a visual without an entity. The failures of `MeshManager::loadShape` pass out otherwise.
+
+    /// A solid that cannot be picked, of one material in every state, red unless the material says otherwise.
+    static SolidVisual* Build(Visual* parent, const TopoDS_Shape& shape, const std::string& material);
+    /// A body of the station, in the model's colours and material. It can be picked.
+    static void Build(Visual* parent, sdf::SdfNode* node, const TopoDS_Shape& shape);
+    /// A solid that can be picked, with three materials.
+    static void Build(Visual* parent, const TopoDS_Shape& shape, const std::string& base, const std::string& selected,
+                      const std::string& highlighted);
+
+    std::optional<Visual*> copy(Visual* parent) override;
+    unsigned getBodiesNum() override;
+    unsigned getFacesNum() override;
+    std::uint64_t getTrianglesNum() override;
+    std::uint64_t getVerticesNum() override;
+    /// Showing brings all hidden faces back.
+    void setVisible(bool visible, bool recursive) override;
+    void resetColor() override;
+    /// All faces, of every solid that shares the mesh. `alpha` is not used: see-through is a matter of the material.
+    void setBodyColor(const rob::ColorTemplate<float>& color, float alpha) override;
+    Ogre::Entity* getEntity() const override { return entity; }
+    /// The base name, without the hidden faces.
+    const std::string& getMeshName() const override { return meshName; }
+
+    // Shape and faces
+    const TopoDS_Shape& getShape() const;
+    const layout::FaceMap& getFaceMap() const;
+    /// Null if the entry is no face.
+    /// @throws Standard_OutOfRange "NCollection_IndexedMap::FindKey" past the last face.
+    TopoDS_Face getFace(int index) const;
+    /// 0 for a face of another shape.
+    unsigned getFaceIndex(const TopoDS_Face& face) const;
+    bool hasNoEntity() const { return entity == nullptr; }
+
+    // Hidden faces
+
+    /// `getMeshName` and "_<index>" for each hidden face, in the order in which they were hidden: the same faces hidden in
+    /// another order make another mesh.
+    std::string getCurrentMeshName() const;
+    bool isFaceVisible(std::uint64_t face) const;
+    /// Loads the mesh of the new set of faces, and makes the entity anew.
+    /// @throws NoTriangleMesh when the last face is hidden; the visual is then without entity until one is shown again.
+    void setFaceVisible(std::uint64_t face, bool visible);
+    void attachEntity(const std::string& mesh);
+    void updateMesh();
+
+    // Colours of faces
+    void setFaceColor(unsigned face, const rob::ColorTemplate<float>& color);
+    /// @param text  as in "#10C279"; the failures of `geometry::ParseColorText` pass out.
+    void setFaceColor(unsigned face, const std::string& text);
+    /// The model's colour, not the one in the buffer.
+    rob::ColorTemplate<float> getFaceColor(unsigned face) const;
+    void highLightFace(unsigned face);
+    void clearHighLightFace(unsigned face);
+    void clearSelectedFace(unsigned face);
+    void clearSelectedFace(const TopoDS_Face& face);
+
+private:
+    void load(bool withModelColors);
+    void destroyEntity();
+
+    Ogre::Entity* entity = nullptr; // null if no mesh could be made
+    std::string meshName;
+    std::vector<unsigned> hiddenFaces; // in the order in which they were hidden
+    layout::Body* body = nullptr;      // null for a bare shape
+    TopoDS_Shape shape;                // where there is no body
+    mutable layout::FaceMap faceMap;   // where there is no body; filled on first need
+};
+
+} // namespace vrk::visual

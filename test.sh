@@ -1,0 +1,21 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds, and runs every test: the whole library under a virtual display, the parts without a
+# window once more under the address, undefined behaviour and thread sanitizers.
+set -euo pipefail
+cd "$(dirname "$0")"
+
+scripts/install-packages.sh
+scripts/check-format.sh
+
+cmake --preset dev >/dev/null
+cmake --build --preset dev
+for sanitizer in asan tsan; do
+    cmake --preset "$sanitizer" >/dev/null
+    cmake --build --preset "$sanitizer"
+done
+
+# Software drawing, so that pictures come out the same on every machine.
+export LIBGL_ALWAYS_SOFTWARE=1
+xvfb-run -a -s "-screen 0 1280x1024x24" ctest --test-dir build/dev --output-on-failure -j2
+ctest --test-dir build/tsan --output-on-failure -j2
+ctest --test-dir build/asan --output-on-failure -j2

@@ -1,0 +1,180 @@
+#include "OgreMeshes.h"
+#include "mesh/MeshManager.h"
+#include "platform/layout/Body.h"
+#include "support/SceneFixture.h"
+#include "visual/SolidVisual.h"
+
+#include <Standard_OutOfRange.hxx>
+
+namespace vrk::visual {
+namespace {
+
+using rob::Colorf;
+using test::meshedBox;
+using test::verticesOf;
+
+const Colorf grey(128.0f / 255, 128.0f / 255, 128.0f / 255);
+const Colorf red(1, 0, 0);
+const Colorf blue(0, 0, 1);
+
+/// A grey box, a body of the model; each of its six faces has four vertices.
+class FaceColors : public test::SceneFixture {
+protected:
+    FaceColors() : body(test::addModelBody(meshedBox(1, 2, 3), "face_colours", "#808080")), solid(build(*body)) {}
+
+    SolidVisual* build(layout::Body& of)
+    {
+        SolidVisual::Build(world, &of, of.getShape());
+        return static_cast<SolidVisual*>(Scene::GetVisual(of.getId()));
+    }
+
+    /// The colour of each vertex in the buffer.
+    std::vector<Colorf> colors() const
+    {
+        const std::vector<float> floats = verticesOf(solid->getCurrentMeshName());
+        std::vector<Colorf> result;
+        for (std::size_t i = 0; i < floats.size(); i += 9)
+            result.emplace_back(floats[i + 6], floats[i + 7], floats[i + 8]);
+        return result;
+    }
+    /// All vertices grey but those of the runs of four that start at the given places.
+    static std::vector<Colorf> greyBut(std::size_t vertices, std::initializer_list<std::pair<std::size_t, Colorf>> runs)
+    {
+        std::vector<Colorf> result(vertices, grey);
+        for (const auto& [start, color] : runs)
+            std::fill_n(result.begin() + static_cast<std::ptrdiff_t>(start), 4, color);
+        return result;
+    }
+
+    std::shared_ptr<layout::Body> body;
+    SolidVisual* solid;
+};
+
+} // namespace
+
+TEST_F(FaceColors, SetFaceColorWritesTheRunOfTheFaceAndNothingElse)
+{
+    const std::vector<float> before = verticesOf("face_colours");
+
+    MeshManager::SetFaceColor(solid, 3, red);
+
+    EXPECT_EQ(colors(), greyBut(24, {{8, red}}));
+    const std::vector<float> after = verticesOf("face_colours");
+    for (std::size_t i = 0; i < before.size(); ++i)
+        if (i % 9 < 6) // positions and normals
+            ASSERT_EQ(after[i], before[i]) << i;
+}
+
+TEST_F(FaceColors, FirstAndLastFaceAreReached)
+{
+    MeshManager::SetFaceColor(solid, 1, red);
+    MeshManager::SetFaceColor(solid, 6, blue);
+
+    EXPECT_EQ(colors(), greyBut(24, {{0, red}, {20, blue}}));
+}
+
+TEST_F(FaceColors, HiddenFaceIsNotColoured)
+{
+    solid->setFaceVisible(2, false);
+
+    MeshManager::SetFaceColor(solid, 2, red);
+
+    EXPECT_EQ(colors(), greyBut(20, {}));
+}
+
+TEST_F(FaceColors, FaceZeroWritesNothing)
+{
+    MeshManager::SetFaceColor(solid, 0, red);
+
+    EXPECT_EQ(colors(), greyBut(24, {}));
+}
+
+TEST_F(FaceColors, FacePastTheLastOneIsRefused)
+{
+    EXPECT_THROW(MeshManager::SetFaceColor(solid, 7, red), Standard_OutOfRange);
+
+    EXPECT_EQ(colors(), greyBut(24, {}));
+}
+
+TEST_F(FaceColors, RunBehindAHiddenFaceStartsWhereTheFaceBeforeItEnds)
+{
+    solid->setFaceVisible(2, false);
+
+    MeshManager::SetFaceColor(solid, 3, red);
+
+    EXPECT_EQ(colors(), greyBut(20, {{4, red}}));
+}
+
+TEST_F(FaceColors, SetColorReachesEverySolidOfTheName)
+{
+    const auto other = test::addModelBody(body->getShape(), "face_colours");
+    build(*other);
+
+    MeshManager::SetColor("face_colours", blue);
+
+    EXPECT_EQ(colors(), std::vector<Colorf>(24, blue));
+    EXPECT_EQ(MeshManager::GetFaceColor("face_colours", other->getShape(), 4), blue);
+}
+
+TEST_F(FaceColors, GetFaceColorReadsTheFirstVertexOfTheFaceFromTheBuffer)
+{
+    MeshManager::SetFaceColor(solid, 5, red);
+
+    EXPECT_EQ(MeshManager::GetFaceColor("face_colours", body->getShape(), 5), red);
+    EXPECT_EQ(MeshManager::GetFaceColor("face_colours", body->getShape(), 4), grey);
+    EXPECT_EQ(MeshManager::GetFaceColor("face_colours", body->getShape(), 6), grey);
+}
+
+TEST_F(FaceColors, GetFaceColorCountsHiddenFacesToo)
+{
+    solid->setFaceVisible(2, false);
+    MeshManager::SetFaceColor(solid, 4, red);
+
+    EXPECT_EQ(MeshManager::GetFaceColor("face_colours_2", body->getShape(), 3), red);
+    EXPECT_EQ(MeshManager::GetFaceColor("face_colours_2", body->getShape(), 6), Colorf()); // past the last vertex
+}
+
+TEST_F(FaceColors, ColorResetBringsTheModelsColoursBack)
+{
+    body->setFaceColor(2, "#0000FF");
+    MeshManager::SetColor("face_colours", red);
+
+    MeshManager::ColorReset(solid);
+
+    EXPECT_EQ(colors(), greyBut(24, {{4, blue}}));
+}
+
+TEST_F(FaceColors, ColorResetPassesOverHiddenFaces)
+{
+    body->setFaceColor(3, "#0000FF");
+    solid->setFaceVisible(2, false);
+    MeshManager::SetColor("face_colours_2", red);
+
+    MeshManager::ColorReset(solid);
+
+    EXPECT_EQ(colors(), greyBut(20, {{4, blue}}));
+}
+
+TEST_F(FaceColors, SolidWhoseLastFaceIsHiddenIgnoresColours)
+{
+    for (unsigned face = 1; face <= 5; ++face)
+        solid->setFaceVisible(face, false);
+    EXPECT_THROW(solid->setFaceVisible(6, false), NoTriangleMesh);
+
+    MeshManager::SetFaceColor(solid, 1, red);
+    MeshManager::SetColor(solid->getCurrentMeshName(), red);
+    MeshManager::ColorReset(solid);
+
+    EXPECT_EQ(MeshManager::GetFaceColor(solid->getCurrentMeshName(), body->getShape(), 1), Colorf());
+    solid->setFaceVisible(1, true);
+    EXPECT_EQ(colors(), greyBut(4, {}));
+}
+
+TEST_F(FaceColors, MeshWithoutColoursIgnoresThem)
+{
+    MeshManager::SetColor("joint_arrow_head", red);
+
+    EXPECT_EQ(MeshManager::GetFaceColor("joint_arrow_head", body->getShape(), 1), Colorf());
+}
+
+} // namespace vrk::visual

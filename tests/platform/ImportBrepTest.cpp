@@ -1,0 +1,142 @@
+#include "platform/station/Import.h"
+
+#include "platform/layout/Body.h"
+#include "platform/layout/Part.h"
+#include "support/TempFolder.h"
+
+#include <BRepBuilderAPI_MakeEdge.hxx>
+#include <BRepPrimAPI_MakeBox.hxx>
+#include <BRepPrimAPI_MakeCylinder.hxx>
+#include <BRepTools.hxx>
+#include <BRep_Builder.hxx>
+#include <BRep_Tool.hxx>
+#include <BinTools.hxx>
+#include <Poly_Triangulation.hxx>
+#include <TopExp_Explorer.hxx>
+#include <TopoDS.hxx>
+#include <TopoDS_Compound.hxx>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+namespace vrk::station {
+namespace {
+
+using testing::ThrowsMessage;
+
+class ImportBrepTest : public testing::Test {
+protected:
+    std::filesystem::path written(const TopoDS_Shape& shape) const
+    {
+        BRepTools::Write(shape, (folder / "thing.brep").c_str());
+        return folder / "thing.brep";
+    }
+    void expectRefused(const std::filesystem::path& faulty, const std::string& cause) const
+    {
+        EXPECT_THAT([&] { ImportFile(faulty); }, ThrowsMessage<ImportError>(faulty.string() + ": " + cause));
+    }
+
+    test::TempFolder folder;
+    TopoDS_Shape box = BRepPrimAPI_MakeBox(10, 20, 30).Shape();
+    TopoDS_Shape pin = BRepPrimAPI_MakeCylinder(2, 50).Shape();
+};
+
+TEST_F(ImportBrepTest, SolidBecomesAPartWithOneMeshedBody)
+{
+    const auto parts = ImportFile(written(box));
+
+    ASSERT_EQ(parts.size(), 1u);
+    ASSERT_EQ(parts[0]->getBodies().size(), 1u);
+    const std::shared_ptr<layout::Body> body = parts[0]->getBodies()[0];
+    EXPECT_EQ(parts[0]->getName(), "thing");
+    EXPECT_EQ(body->getName(), "thing");
+    EXPECT_EQ(body->getGeometryUri(), (folder / "thing.brep").string() + "#1");
+    EXPECT_EQ(body->getFileType(), "brep");
+    ASSERT_EQ(body->getFaceMap().Extent(), 6);
+    TopLoc_Location location;
+    EXPECT_FALSE(BRep_Tool::Triangulation(TopoDS::Face(body->getFaceMap()(1)), location).IsNull());
+}
+
+TEST_F(ImportBrepTest, EachSolidOfACompoundIsABody)
+{
+    TopoDS_Compound both;
+    const BRep_Builder builder;
+    builder.MakeCompound(both);
+    builder.Add(both, box);
+    builder.Add(both, pin);
+
+    const auto parts = ImportFile(written(both));
+
+    ASSERT_EQ(parts.size(), 1u);
+    ASSERT_EQ(parts[0]->getBodies().size(), 2u);
+    EXPECT_EQ(parts[0]->getBodies()[0]->getFaceMap().Extent(), 6);
+    EXPECT_EQ(parts[0]->getBodies()[1]->getFaceMap().Extent(), 3);
+    EXPECT_EQ(parts[0]->getBodies()[1]->getName(), "thing.2");
+    EXPECT_EQ(parts[0]->getBodies()[1]->getGeometryUri(), (folder / "thing.brep").string() + "#2");
+}
+
+TEST_F(ImportBrepTest, LooseFacesAreOneBody)
+{
+    TopoDS_Compound faces;
+    const BRep_Builder builder;
+    builder.MakeCompound(faces);
+    for (TopExp_Explorer face(box, TopAbs_FACE); face.More(); face.Next())
+        builder.Add(faces, face.Current());
+
+    const auto parts = ImportFile(written(faces));
+
+    ASSERT_EQ(parts[0]->getBodies().size(), 1u);
+    EXPECT_EQ(parts[0]->getBodies()[0]->getFaceMap().Extent(), 6);
+}
+
+TEST_F(ImportBrepTest, ShapeWithoutFacesIsOneBodyAsItStands)
+{
+    const TopoDS_Shape edge = BRepBuilderAPI_MakeEdge(gp_Pnt(0, 0, 0), gp_Pnt(1, 0, 0)).Edge();
+
+    const auto parts = ImportFile(written(edge));
+
+    ASSERT_EQ(parts[0]->getBodies().size(), 1u);
+    EXPECT_EQ(parts[0]->getBodies()[0]->getShape().ShapeType(), TopAbs_EDGE);
+}
+
+TEST_F(ImportBrepTest, BinaryFormIsReadToo)
+{
+    const std::filesystem::path file = folder / "binary.BREP";
+    ASSERT_TRUE(BinTools::Write(box, file.c_str()));
+
+    const auto parts = ImportFile(file);
+
+    ASSERT_EQ(parts[0]->getBodies().size(), 1u);
+    EXPECT_EQ(parts[0]->getBodies()[0]->getFaceMap().Extent(), 6);
+}
+
+TEST_F(ImportBrepTest, OtherContentIsRefused)
+{
+    expectRefused(folder.write("text.brep", "hello"), "not a BREP file");
+    expectRefused(folder.write("empty.brep", ""), "the file is empty");
+    expectRefused(folder / "none.brep", "no such file");
+}
+
+TEST_F(ImportBrepTest, TextFormThatIsCutShortIsRefused)
+{
+    const std::string bytes = test::TempFolder::Read(written(box));
+
+    for (std::size_t length = 60; length < bytes.size() - 10; length += bytes.size() / 20)
+        expectRefused(folder.write("short.brep", std::string_view(bytes).substr(0, length)),
+                      "the BREP file is cut short or damaged");
+}
+
+TEST_F(ImportBrepTest, BinaryFormThatIsCutShortIsRefused)
+{
+    ASSERT_TRUE(BinTools::Write(box, (folder / "whole.brep").c_str()));
+    const std::string bytes = test::TempFolder::Read(folder / "whole.brep");
+
+    for (std::size_t length = 60; length < bytes.size() - 10; length += bytes.size() / 20)
+        expectRefused(folder.write("short.brep", std::string_view(bytes).substr(0, length)),
+                      "the BREP file is cut short or damaged");
+}
+
+} // namespace
+} // namespace vrk::station

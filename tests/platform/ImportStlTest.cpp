@@ -1,0 +1,148 @@
+#include "platform/station/Import.h"
+
+#include "platform/layout/Body.h"
+#include "platform/layout/Part.h"
+#include "support/TempFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+
+namespace vrk::station {
+namespace {
+
+using testing::ThrowsMessage;
+
+const std::string facet = "facet normal 0 0 1\n outer loop\n  vertex 0 0 0\n  vertex 1 0 0\n  vertex 0 1.5e-1 +2\n"
+                          " endloop\nendfacet\n";
+
+std::string binaryStl(std::uint32_t count, std::size_t records, const std::string& header = "made by a test")
+{
+    std::string bytes = header;
+    bytes.resize(80, '\0');
+    for (int shift : {0, 8, 16, 24})
+        bytes += static_cast<char>(count >> shift);
+    return bytes + std::string(50 * records, '\0');
+}
+
+class ImportStlTest : public testing::Test {
+protected:
+    void expectAccepted(const std::string& bytes) const
+    {
+        EXPECT_EQ(ImportFile(folder.write("part.stl", bytes)).size(), 1u);
+    }
+    void expectRefused(const std::string& bytes, const std::string& cause) const
+    {
+        const std::filesystem::path file = folder.write("part.stl", bytes);
+        EXPECT_THAT([&] { ImportFile(file); }, ThrowsMessage<ImportError>(file.string() + ": " + cause));
+    }
+
+    test::TempFolder folder;
+};
+
+TEST_F(ImportStlTest, FileBecomesAPartWithOneBodyThatNamesIt)
+{
+    const std::filesystem::path file = folder.write("robot hand.stl", binaryStl(1, 1));
+
+    const auto parts = ImportFile(file);
+
+    ASSERT_EQ(parts.size(), 1u);
+    ASSERT_EQ(parts[0]->getBodies().size(), 1u);
+    const std::shared_ptr<layout::Body> body = parts[0]->getBodies()[0];
+    EXPECT_EQ(parts[0]->getName(), "robot hand");
+    EXPECT_EQ(body->getGeometryUri(), file.string());
+    EXPECT_EQ(body->getFileType(), "stl");
+    EXPECT_EQ(body->getMaterialName(), "MeshBody");
+    EXPECT_TRUE(body->getShape().IsNull());
+}
+
+TEST_F(ImportStlTest, RelativePathIsNamedAbsolutely)
+{
+    const std::filesystem::path file = folder.write("part.stl", binaryStl(1, 1));
+
+    const auto parts = ImportFile(std::filesystem::relative(file));
+
+    EXPECT_EQ(parts[0]->getBodies()[0]->getGeometryUri(), file.string());
+}
+
+TEST_F(ImportStlTest, BothFormsAreAccepted)
+{
+    expectAccepted(binaryStl(3, 3));
+    expectAccepted("solid a\n" + facet + "endsolid a\n");
+    expectAccepted("solid a\r\n" + facet + facet + "endsolid a\r\nsolid b\r\n" + facet + "endsolid b\r\n");
+    expectAccepted(facet);
+}
+
+TEST_F(ImportStlTest, BinaryFileMayBeginLikeAnAsciiOne)
+{
+    expectAccepted(binaryStl(2, 2, "solid of a careless writer"));
+}
+
+TEST_F(ImportStlTest, EndingInCapitalsIsAccepted)
+{
+    EXPECT_EQ(ImportFile(folder.write("part.STL", binaryStl(1, 1))).size(), 1u);
+}
+
+TEST_F(ImportStlTest, EndingInMixedCaseIsRefused)
+{
+    const std::filesystem::path file = folder.write("part.Stl", binaryStl(1, 1));
+
+    EXPECT_THAT(
+        [&] { ImportFile(file); },
+        ThrowsMessage<ImportError>(file.string() + ": the ending '.Stl' must be all small or all capital letters"));
+}
+
+TEST_F(ImportStlTest, FileWithoutATriangleIsRefused)
+{
+    expectRefused("", "the file is empty");
+    expectRefused(binaryStl(0, 0), "the STL file holds no triangle");
+    expectRefused("solid a\nendsolid a\n", "neither a binary nor an ascii STL file");
+}
+
+TEST_F(ImportStlTest, BinaryFileOfAnotherLengthIsRefused)
+{
+    expectRefused(binaryStl(3, 2), "not an STL file, or a damaged one: 3 triangles need 234 bytes, it has 184");
+    expectRefused(binaryStl(1, 2), "not an STL file, or a damaged one: 1 triangles need 134 bytes, it has 184");
+    expectRefused(binaryStl(1, 1).substr(0, 60), "the binary STL file is cut short");
+    expectRefused(binaryStl(0xFFFFFFFF, 1),
+                  "not an STL file, or a damaged one: 4294967295 triangles need 214748364834 bytes, it has 134");
+}
+
+TEST_F(ImportStlTest, OtherTextIsRefused)
+{
+    expectRefused("hello, I am no mesh", "neither a binary nor an ascii STL file");
+    expectRefused(std::string(1000, 'x'), "neither a binary nor an ascii STL file");
+}
+
+TEST_F(ImportStlTest, AsciiFileThatIsCutShortIsRefused)
+{
+    expectRefused("solid\n" + facet.substr(0, facet.find("endloop")), "the ascii STL file is cut short");
+    expectRefused("solid\n" + facet.substr(0, facet.find("1.5e-1")), "the ascii STL file is cut short");
+}
+
+TEST_F(ImportStlTest, WordInPlaceOfANumberIsRefused)
+{
+    expectRefused("facet normal 0 zero 1", "a normal of the STL file is not three numbers");
+    expectRefused("facet normal 0 0 1 vertex 0 0 nan", "a vertex of the STL file is not three numbers");
+    expectRefused("facet normal 0 0 1 vertex 0 0 1e99", "a vertex of the STL file is not three numbers");
+}
+
+TEST_F(ImportStlTest, FacetOfAnotherMakeIsRefused)
+{
+    const std::string cause = "a facet of the STL file has not one normal and three vertices";
+    expectRefused("facet normal 0 0 1 vertex 0 0 0 vertex 1 0 0 endfacet", cause);
+    expectRefused("facet vertex 0 0 0 vertex 1 0 0 vertex 0 1 0 endfacet", cause);
+    expectRefused("facet normal 0 0 1 vertex 0 0 0 vertex 1 0 0 vertex 1 1 0 vertex 0 1 0 endfacet", cause);
+}
+
+TEST_F(ImportStlTest, WordsInCapitalsAreRefused)
+{
+    const std::string cause = "the words of an ascii STL file must be in small letters";
+    expectRefused("SOLID A\nFACET NORMAL 0 0 1", cause);
+    expectRefused(facet.substr(0, facet.find("endfacet")) + "ENDFACET\n", cause);
+}
+
+} // namespace
+} // namespace vrk::station

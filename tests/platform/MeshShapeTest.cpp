@@ -1,0 +1,116 @@
+#include "platform/station/Import.h"
+
+#include <BRepBndLib.hxx>
+#include <BRepBuilderAPI_MakeFace.hxx>
+#include <BRepMesh_IncrementalMesh.hxx>
+#include <BRepPrimAPI_MakeCylinder.hxx>
+#include <BRepPrimAPI_MakeHalfSpace.hxx>
+#include <BRep_Tool.hxx>
+#include <Poly_Triangulation.hxx>
+#include <TopExp.hxx>
+#include <TopTools_IndexedMapOfShape.hxx>
+#include <TopoDS.hxx>
+#include <gp_Pln.hxx>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace vrk::station {
+namespace {
+
+Handle(Poly_Triangulation) trianglesOf(const TopoDS_Shape& face)
+{
+    TopLoc_Location location;
+    return BRep_Tool::Triangulation(TopoDS::Face(face), location);
+}
+
+TEST(DeflectionFor, IsAThousandthOfTheSizeWithinItsLimits)
+{
+    EXPECT_DOUBLE_EQ(deflectionFor(1000), 1);
+    EXPECT_DOUBLE_EQ(deflectionFor(5), 0.005);
+    EXPECT_DOUBLE_EQ(deflectionFor(1), 0.005);
+    EXPECT_DOUBLE_EQ(deflectionFor(0), 0.005);
+    EXPECT_DOUBLE_EQ(deflectionFor(2000), 2);
+    EXPECT_DOUBLE_EQ(deflectionFor(1e6), 2);
+}
+
+TEST(MeshShape, EveryFaceGetsTrianglesAndNormals)
+{
+    const TopoDS_Shape pin = BRepPrimAPI_MakeCylinder(20, 50).Shape();
+
+    meshShape(pin);
+
+    TopTools_IndexedMapOfShape faces;
+    TopExp::MapShapes(pin, TopAbs_FACE, faces);
+    ASSERT_EQ(faces.Extent(), 3);
+    for (int i = 1; i <= 3; ++i) {
+        ASSERT_FALSE(trianglesOf(faces(i)).IsNull());
+        EXPECT_TRUE(trianglesOf(faces(i))->HasNormals());
+    }
+}
+
+TEST(MeshShape, TrianglesLieWithinTheDeflection)
+{
+    const double radius = 20;
+    const TopoDS_Shape pin = BRepPrimAPI_MakeCylinder(radius, 50).Shape();
+    const double deflection = deflectionFor(std::hypot(40, 40, 50));
+
+    meshShape(pin);
+
+    TopTools_IndexedMapOfShape faces;
+    TopExp::MapShapes(pin, TopAbs_FACE, faces);
+    const Handle(Poly_Triangulation) side = trianglesOf(faces(1));
+    for (int t = 1; t <= side->NbTriangles(); ++t) {
+        int n[3];
+        side->Triangle(t).Get(n[0], n[1], n[2]);
+        for (int k = 0; k < 3; ++k) { // a chord is nearest to the axis in its middle
+            const gp_XYZ middle = (side->Node(n[k]).XYZ() + side->Node(n[(k + 1) % 3]).XYZ()) / 2;
+            EXPECT_LE(radius - std::hypot(middle.X(), middle.Y()), deflection * 1.01);
+        }
+    }
+}
+
+TEST(MeshShape, FacesWithTrianglesKeepThem)
+{
+    const TopoDS_Shape pin = BRepPrimAPI_MakeCylinder(20, 50).Shape();
+    TopTools_IndexedMapOfShape faces;
+    TopExp::MapShapes(pin, TopAbs_FACE, faces);
+    const BRepMesh_IncrementalMesh coarse(faces(1), 10, false, 1.5); // far coarser than what is asked for below
+    const Handle(Poly_Triangulation) before = trianglesOf(faces(1));
+    ASSERT_FALSE(before.IsNull());
+    const int triangles = before->NbTriangles();
+
+    meshShape(pin);
+
+    EXPECT_EQ(trianglesOf(faces(1)), before);
+    EXPECT_EQ(before->NbTriangles(), triangles);
+    EXPECT_FALSE(trianglesOf(faces(2)).IsNull());
+    EXPECT_FALSE(trianglesOf(faces(3)).IsNull());
+}
+
+TEST(MeshShape, SecondRunChangesNothing)
+{
+    const TopoDS_Shape pin = BRepPrimAPI_MakeCylinder(20, 50).Shape();
+    meshShape(pin);
+    TopTools_IndexedMapOfShape faces;
+    TopExp::MapShapes(pin, TopAbs_FACE, faces);
+    const Handle(Poly_Triangulation) before = trianglesOf(faces(1));
+
+    meshShape(pin);
+
+    EXPECT_EQ(trianglesOf(faces(1)), before);
+}
+
+TEST(MeshShape, ShapeWithoutEndIsLeftAlone)
+{
+    const TopoDS_Face plane = BRepBuilderAPI_MakeFace(gp_Pln());
+    const TopoDS_Shape space = BRepPrimAPI_MakeHalfSpace(plane, gp_Pnt(0, 0, 1)).Solid();
+
+    meshShape(space);
+
+    EXPECT_TRUE(trianglesOf(plane).IsNull());
+}
+
+} // namespace
+} // namespace vrk::station

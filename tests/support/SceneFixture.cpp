@@ -1,0 +1,150 @@
+#include "support/SceneFixture.h"
+
+#include "platform/layout/Body.h"
+#include "platform/layout/Layout.h"
+#include "platform/layout/Part.h"
+#include "platform/sdf/SdfManager.h"
+#include "scene/Init.h"
+#include "selection/VisualSelection.h"
+#include "view/Camera.h"
+#include "view/OffscreenTarget.h"
+#include "visual/Visual.h"
+
+#include <BRepMesh_IncrementalMesh.hxx>
+#include <BRepPrimAPI_MakeBox.hxx>
+#include <Ogre.h>
+
+namespace vrk::test {
+namespace {
+
+visual::Scene& startedScene()
+{
+    if (!visual::Scene::Get()) {
+        selection::Init();
+        visual::Init(64, 64, testSettings());
+    }
+    return *visual::Scene::Get();
+}
+
+} // namespace
+
+visual::SceneSettings testSettings()
+{
+    visual::SceneSettings settings;
+    settings.worldFrameSize = 100;
+    settings.wobjFrameSize = 80;
+    settings.targetFrameSize = 50;
+    settings.jointTargetFrameSize = 60;
+    settings.tcpFrameSize = 70;
+    settings.arrowSizeLevel = 1;
+    settings.cameraTarget = {0, 0, 0};
+    settings.cameraPosition = {2000, -3000, 1500};
+    settings.nearClip = 1;
+    settings.farClip = 100000;
+    settings.zoomStepLimit = 1000;
+    settings.zoomMinDistance = 10;
+    settings.orbitReserved = 0;
+    settings.drawSegVisual = true;
+    settings.drawPathArrow = true;
+    settings.drawTargetZAxisOnly = false;
+    settings.drawTargetVisual = true;
+    settings.gridNormalDir = 2;
+    settings.handleScale = 1;
+    return settings;
+}
+
+SceneFixture::SceneFixture()
+    : scene(startedScene()), sceneManager(visual::Scene::GetSceneManager()), world(visual::Scene::GetWorldVisual())
+{
+}
+
+SceneFixture::~SceneFixture()
+{
+    // What a test left in the queue belongs to it; a task that fails there is the test's own matter.
+    try {
+        drain();
+    } catch (const std::exception& failure) {
+        ADD_FAILURE() << "a task left in the queue failed: " << failure.what();
+    }
+    scene.clearHighlightedFace();
+    scene.clearSelectedFaces();
+    drain();
+    while (world->getChildren().begin() != world->getChildren().end())
+        scene.deleteVisual(*world->getChildren().begin());
+    layout::Layout::inst().clear();
+    sdf::SdfManager::inst().clear();
+}
+
+View lookingAtOrigin(float distance)
+{
+    const rob::DirTemplate<float> from = rob::normalized(rob::Vec3f(0.8f, -1.0f, 0.7f));
+    return {rob::PosTemplate<float>(from * distance), {0, 0, 0}, {0, 0, 1}};
+}
+
+class OffscreenHolder {
+public:
+    OffscreenHolder(unsigned width, unsigned height) : target(width, height, 0) {}
+    visual::OffscreenTarget target;
+};
+
+RenderTest::RenderTest()
+{
+    setSize(400, 300);
+}
+
+RenderTest::~RenderTest()
+{
+    visual::Camera::Get()->setRenderTarget(Ogre::Root::getSingleton().getRenderTarget("ogrewindow"));
+}
+
+void RenderTest::setSize(unsigned width, unsigned height)
+{
+    auto next = std::make_unique<OffscreenHolder>(width, height);
+    visual::Camera::Get()->setRenderTarget(next->target.renderTarget());
+    holder = std::move(next);
+}
+
+Picture RenderTest::render(const View& view)
+{
+    drain();
+    const rob::DirTemplate<float> z = rob::normalized(view.eye - view.target);
+    const rob::DirTemplate<float> x = rob::normalized(view.up.cross(z));
+    const rob::DirTemplate<float> y(z.cross(x));
+    visual::Camera::Get()->setWorldPose({view.eye, rob::RotationTemplate<float>::FromAxes(x, y, z)});
+    Ogre::Root::getSingleton().renderOneFrame();
+    return {holder->target.getWidth(), holder->target.getHeight(), holder->target.read()};
+}
+
+Pixel RenderTest::pixelAt(const Picture& picture, const rob::PosTemplate<float>& point) const
+{
+    const Ogre::Camera& camera = *visual::Camera::Get()->ogreCamera();
+    const Ogre::Vector4 clip =
+        camera.getProjectionMatrix() * (Ogre::Matrix4(camera.getViewMatrix()) * Ogre::Vector4(point.x, point.y, point.z, 1));
+    const float x = (clip.x / clip.w * 0.5f + 0.5f) * static_cast<float>(picture.width);
+    const float y = (0.5f - clip.y / clip.w * 0.5f) * static_cast<float>(picture.height);
+    return picture.at(static_cast<unsigned>(x), static_cast<unsigned>(y));
+}
+
+TopoDS_Shape meshed(const TopoDS_Shape& shape)
+{
+    const BRepMesh_IncrementalMesh mesher(shape, 0.5, false, 0.35, false);
+    return mesher.Shape();
+}
+
+TopoDS_Shape meshedBox(double dx, double dy, double dz)
+{
+    return meshed(BRepPrimAPI_MakeBox(dx, dy, dz).Shape());
+}
+
+std::shared_ptr<layout::Body> addModelBody(const TopoDS_Shape& shape, const std::string& uri, const std::string& color)
+{
+    auto part = std::make_shared<layout::Part>(sdf::SdfManager::inst().generateId(), "part");
+    const std::shared_ptr<layout::Body> body = part->addBody("body");
+    body->setGeometry(uri, "brep");
+    body->setShape(shape);
+    body->setColor(color);
+    layout::Layout::inst().addPart(part);
+    return body;
+}
+
+} // namespace vrk::test

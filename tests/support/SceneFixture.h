@@ -1,0 +1,74 @@
+#pragma once
+
+#include "scene/Scene.h"
+#include "scene/core/SceneSettings.h"
+#include "scene/math/Pose.h"
+#include "support/Picture.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <TopoDS_Shape.hxx>
+
+namespace Ogre {
+class SceneManager;
+}
+
+namespace vrk::layout {
+class Body;
+}
+
+namespace vrk::test {
+
+/// The settings of a test scene: z up, everything of robot programs drawn.
+visual::SceneSettings testSettings();
+
+/// Starts the library once a process, under one window. Each test begins and ends with an empty scene and an empty model.
+class SceneFixture : public testing::Test {
+protected:
+    SceneFixture();
+    ~SceneFixture() override;
+
+    /// Runs what was posted.
+    void drain() { scene.processMsgs(); }
+
+    visual::Scene& scene;
+    Ogre::SceneManager* sceneManager;
+    visual::Visual* world;
+};
+
+/// Where the camera of a test picture stands.
+struct View {
+    rob::PosTemplate<float> eye;
+    rob::PosTemplate<float> target;
+    rob::DirTemplate<float> up{0, 0, 1};
+};
+
+/// From in front, above and to the right, at this distance from the origin.
+View lookingAtOrigin(float distance);
+
+/// A scene that is looked at: pictures of 400 x 300 pixels, unless another size is set.
+class RenderTest : public SceneFixture {
+protected:
+    RenderTest();
+    ~RenderTest() override;
+
+    /// Runs what was posted, draws one frame and reads it back.
+    Picture render(const View& view);
+    /// The pixel of the last picture where a point of the world lies.
+    Pixel pixelAt(const Picture& picture, const rob::PosTemplate<float>& point) const;
+    void setSize(unsigned width, unsigned height);
+
+private:
+    std::unique_ptr<class OffscreenHolder> holder;
+};
+
+/// A box from the origin with ready triangulation.
+TopoDS_Shape meshedBox(double dx, double dy, double dz);
+/// The shape, every face of it given triangles.
+TopoDS_Shape meshed(const TopoDS_Shape& shape);
+/// A part with one body of this shape, entered in the model. The body's "geometry/uri" is `uri`.
+std::shared_ptr<layout::Body> addModelBody(const TopoDS_Shape& shape, const std::string& uri,
+                                           const std::string& color = "#808080");
+
+} // namespace vrk::test

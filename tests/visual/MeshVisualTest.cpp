@@ -1,0 +1,148 @@
+#include "visual/MeshVisual.h"
+
+#include "mesh/MeshManager.h"
+#include "platform/layout/Body.h"
+#include "platform/layout/Layout.h"
+#include "platform/layout/Part.h"
+#include "platform/sdf/SdfManager.h"
+#include "selection/VisualSelection.h"
+#include "support/SceneFixture.h"
+#include "support/TempFolder.h"
+
+#include <Ogre.h>
+
+#include <fstream>
+
+namespace vrk::visual {
+namespace {
+
+using testing::StrEq;
+
+class MeshVisualTest : public test::SceneFixture {
+protected:
+    std::string writeTriangle(const std::string& name)
+    {
+        const std::filesystem::path file = folder.path() / name;
+        std::ofstream(file) << "solid s\nfacet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\n"
+                               "endloop\nendfacet\nendsolid s\n";
+        return file.string();
+    }
+    MeshVisual* buildStl(const std::string& file, const std::string& color = "#FF8000")
+    {
+        auto part = std::make_shared<layout::Part>(sdf::SdfManager::inst().generateId(), "part");
+        const auto body = part->addBody("body");
+        body->setGeometry(file, "stl");
+        body->setColor(color);
+        layout::Layout::inst().addPart(part);
+        MeshVisual::Build(world, body.get());
+        return static_cast<MeshVisual*>(Scene::GetVisual(body->getId()));
+    }
+    static Ogre::Vector4 colorOf(const MeshVisual& visual)
+    {
+        return visual.getEntity()->getSubEntity(0)->getCustomParameter(0);
+    }
+
+    test::TempFolder folder;
+};
+
+TEST_F(MeshVisualTest, StlBodyIsRegisteredPickableAndColoured)
+{
+    const std::string file = writeTriangle("one.stl");
+
+    MeshVisual* visual = buildStl(file);
+
+    EXPECT_EQ(visual->getType(), VisualType::Mesh);
+    EXPECT_TRUE(selection::VisualSelection::Get()->hasVisual(visual));
+    EXPECT_EQ(visual->getMeshName(), file);
+    EXPECT_TRUE(MeshManager::Get()->hasMesh(file));
+    EXPECT_EQ(visual->getEntity()->getSubEntity(0)->getMaterialName(), "MeshBody");
+    EXPECT_TRUE(colorOf(*visual).positionEquals(Ogre::Vector4(1, 0x80 / 255.0f, 0, 1), 1e-6f));
+    visual->setSelected();
+    EXPECT_EQ(visual->getEntity()->getSubEntity(0)->getMaterialName(), "MeshBodySelected");
+}
+
+TEST_F(MeshVisualTest, CountsOneBodyAndOneFace)
+{
+    MeshVisual* visual = buildStl(writeTriangle("counts.stl"));
+
+    EXPECT_EQ(visual->getBodiesNum(), 1u);
+    EXPECT_EQ(visual->getFacesNum(), 1u);
+    EXPECT_EQ(visual->getTrianglesNum(), 1u);
+    EXPECT_EQ(visual->getVerticesNum(), 3u);
+}
+
+TEST_F(MeshVisualTest, WithoutMeshItCountsNothing)
+{
+    auto* visual = new MeshVisual("empty", world);
+
+    EXPECT_EQ(visual->getBodiesNum(), 0u);
+    EXPECT_EQ(visual->getFacesNum(), 0u);
+    EXPECT_EQ(visual->getTrianglesNum(), 0u);
+    EXPECT_EQ(visual->getMesh(), nullptr);
+    EXPECT_NO_THROW(visual->setColor({1, 1, 1}, 1));
+}
+
+TEST_F(MeshVisualTest, GlobalMeshIsFoundByNameAndSurvives)
+{
+    auto* visual = new MeshVisual("arrow", world);
+    visual->attachMesh("path_arrow_head");
+    EXPECT_EQ(visual->getMesh(), MeshManager::Get()->getGlobalMesh("path_arrow_head"));
+    EXPECT_EQ(visual->getEntity()->getName(), std::to_string(visual->getId()) + "path_arrow_head");
+
+    scene.deleteVisual(visual);
+
+    EXPECT_TRUE(MeshManager::Get()->hasGlobalMesh("path_arrow_head"));
+    EXPECT_TRUE(Ogre::MeshManager::getSingleton().resourceExists(
+        "path_arrow_head", Ogre::ResourceGroupManager::DEFAULT_RESOURCE_GROUP_NAME));
+}
+
+TEST_F(MeshVisualTest, RegisteredMeshEndsWithItsVisual)
+{
+    const std::string file = writeTriangle("ends.stl");
+    MeshVisual* visual = buildStl(file);
+
+    scene.deleteVisual(visual);
+
+    EXPECT_FALSE(MeshManager::Get()->hasMesh(file));
+}
+
+TEST_F(MeshVisualTest, NameThatIsNeitherKnownNorStlFails)
+{
+    auto* visual = new MeshVisual("unknown", world);
+
+    EXPECT_THAT([&] { visual->attachMesh("no such mesh"); },
+                testing::ThrowsMessage<std::runtime_error>(StrEq("Not stl file")));
+}
+
+TEST_F(MeshVisualTest, ColourIsItsOwnEvenWhereTheMeshIsShared)
+{
+    const std::string file = writeTriangle("shared.stl");
+    MeshVisual* first = buildStl(file, "#FF0000");
+    MeshVisual* second = buildStl(file, "#0000FF");
+
+    first->setBodyColor({0, 1, 0}, 0.5f);
+
+    EXPECT_EQ(colorOf(*first), Ogre::Vector4(0, 1, 0, 0.5f));
+    EXPECT_EQ(colorOf(*second), Ogre::Vector4(0, 0, 1, 1));
+    first->resetColor();
+    EXPECT_EQ(colorOf(*first), Ogre::Vector4(1, 0, 0, 1));
+}
+
+TEST_F(MeshVisualTest, CopyIsSeeThroughAndLeavesTheMesh)
+{
+    const std::string file = writeTriangle("copied.stl");
+    MeshVisual* visual = buildStl(file);
+
+    auto* copy = static_cast<MeshVisual*>(visual->copy(world).value());
+
+    EXPECT_TRUE(copy->isCopied());
+    EXPECT_EQ(copy->getId(), visual->getId());
+    EXPECT_EQ(copy->getMesh(), visual->getMesh());
+    copy->setSelected();
+    EXPECT_EQ(copy->getEntity()->getSubEntity(0)->getMaterialName(), "TransBody");
+    delete copy;
+    EXPECT_TRUE(MeshManager::Get()->hasMesh(file));
+}
+
+} // namespace
+} // namespace vrk::visual

@@ -1,0 +1,375 @@
+#include "visual/SolidVisual.h"
+
+#include "mesh/MeshManager.h"
+#include "platform/layout/Body.h"
+#include "platform/layout/Part.h"
+#include "platform/sdf/SdfManager.h"
+#include "selection/VisualSelection.h"
+#include "support/SceneFixture.h"
+#include "visual/RenderGroups.h"
+
+#include <BRepPrimAPI_MakeBox.hxx>
+#include <Ogre.h>
+#include <Standard_OutOfRange.hxx>
+#include <TopExp_Explorer.hxx>
+#include <TopoDS.hxx>
+#include <TopoDS_Face.hxx>
+
+namespace vrk::visual {
+namespace {
+
+using testing::HasSubstr;
+using testing::StrEq;
+
+class SolidVisualTest : public test::SceneFixture {
+protected:
+    selection::VisualSelection& picking = *selection::VisualSelection::Get();
+
+    SolidVisual* buildBody(const std::string& uri, const std::string& color = "#808080",
+                           const TopoDS_Shape& shape = test::meshedBox(10, 20, 30))
+    {
+        const auto body = test::addModelBody(shape, uri, color);
+        SolidVisual::Build(world, body.get(), shape);
+        return static_cast<SolidVisual*>(Scene::GetVisual(body->getId()));
+    }
+    static rob::Colorf bufferColor(const SolidVisual& solid, unsigned face)
+    {
+        return MeshManager::GetFaceColor(solid.getCurrentMeshName(), solid.getShape(), face);
+    }
+    static bool hasMesh(const std::string& name)
+    {
+        return Ogre::MeshManager::getSingleton().resourceExists(name,
+                                                                Ogre::ResourceGroupManager::DEFAULT_RESOURCE_GROUP_NAME);
+    }
+};
+
+void expectColor(const rob::Colorf& actual, float r, float g, float b)
+{
+    EXPECT_NEAR(actual.r, r, 1e-6);
+    EXPECT_NEAR(actual.g, g, 1e-6);
+    EXPECT_NEAR(actual.b, b, 1e-6);
+}
+
+TEST_F(SolidVisualTest, BodyIsRegisteredPickableAndInItsMaterials)
+{
+    SolidVisual* solid = buildBody("registered");
+
+    EXPECT_EQ(solid->getType(), VisualType::Solid);
+    EXPECT_EQ(Scene::GetVisual(solid->getId()), solid);
+    EXPECT_TRUE(picking.hasVisual(solid));
+    EXPECT_EQ(solid->getMeshName(), "registered");
+    EXPECT_EQ(solid->getEntity()->getSubEntity(0)->getMaterialName(), "Body");
+    EXPECT_EQ(solid->getEntity()->getName(), solid->getName());
+    solid->setSelected();
+    EXPECT_EQ(solid->getEntity()->getSubEntity(0)->getMaterialName(), "BodySelected");
+    solid->setHighlighted();
+    EXPECT_EQ(solid->getEntity()->getSubEntity(0)->getMaterialName(), "BodyHighlighted");
+}
+
+TEST_F(SolidVisualTest, MaterialOfTheModelNamesAllThreeLooks)
+{
+    const TopoDS_Shape shape = test::meshedBox(1, 1, 1);
+    const auto body = test::addModelBody(shape, "of-a-maker");
+    body->setMaterialName("KUKA");
+
+    SolidVisual::Build(world, body.get(), shape);
+
+    auto* solid = static_cast<SolidVisual*>(Scene::GetVisual(body->getId()));
+    EXPECT_EQ(solid->getEntity()->getSubEntity(0)->getMaterialName(), "KUKA");
+    solid->setSelected();
+    EXPECT_EQ(solid->getEntity()->getSubEntity(0)->getMaterialName(), "KUKASelected");
+}
+
+TEST_F(SolidVisualTest, DetectableIsThatOfThePart)
+{
+    const TopoDS_Shape shape = test::meshedBox(1, 1, 1);
+    const auto body = test::addModelBody(shape, "detectable");
+    auto* part = static_cast<layout::Part*>(sdf::SdfManager::inst().find(body->getParentId()));
+    part->setDetectable(false);
+
+    SolidVisual::Build(world, body.get(), shape);
+
+    EXPECT_FALSE(picking.isDetectable(Scene::GetVisual(body->getId())));
+    EXPECT_TRUE(picking.isDetectable(buildBody("detectable-by-default")));
+}
+
+TEST_F(SolidVisualTest, BareShapeIsRedAndInOneMaterial)
+{
+    SolidVisual* solid = SolidVisual::Build(world, test::meshedBox(1, 1, 1), "KUKA");
+
+    expectColor(bufferColor(*solid, 1), 0xED / 255.0f, 0x1C / 255.0f, 0x24 / 255.0f);
+    EXPECT_EQ(Scene::GetVisual(solid->getId()), solid);
+    EXPECT_FALSE(picking.hasVisual(solid));
+    EXPECT_EQ(solid->getMeshName(), solid->getName());
+    solid->setSelected();
+    EXPECT_EQ(solid->getEntity()->getSubEntity(0)->getMaterialName(), "KUKA");
+}
+
+TEST_F(SolidVisualTest, BareShapeWithThreeMaterialsCanBePicked)
+{
+    SolidVisual::Build(world, test::meshedBox(1, 1, 1), "Body", "BodySelected", "BodyHighlighted");
+
+    auto* solid = static_cast<SolidVisual*>(*world->getChildren().begin());
+    EXPECT_TRUE(picking.hasVisual(solid));
+    EXPECT_FALSE(picking.isDetectable(solid));
+    solid->setHighlighted();
+    EXPECT_EQ(solid->getEntity()->getSubEntity(0)->getMaterialName(), "BodyHighlighted");
+}
+
+TEST_F(SolidVisualTest, BodyWithoutTrianglesStaysWithoutEntityAndSaysSo)
+{
+    testing::internal::CaptureStdout();
+    SolidVisual* solid = buildBody("untriangulated", "#808080", BRepPrimAPI_MakeBox(1, 1, 1).Shape());
+
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "no mesh: " + solid->getName() + "\n");
+    EXPECT_TRUE(solid->hasNoEntity());
+    EXPECT_EQ(solid->getBodiesNum(), 0u);
+    EXPECT_EQ(solid->getTrianglesNum(), 0u);
+    EXPECT_EQ(solid->getVerticesNum(), 0u);
+    EXPECT_FALSE(picking.hasVisual(solid));
+}
+
+TEST_F(SolidVisualTest, BareShapeWithoutTrianglesIsSilent)
+{
+    testing::internal::CaptureStdout();
+    SolidVisual* solid = SolidVisual::Build(world, BRepPrimAPI_MakeBox(1, 1, 1).Shape(), "Body");
+
+    EXPECT_TRUE(testing::internal::GetCapturedStdout().empty());
+    EXPECT_TRUE(solid->hasNoEntity());
+}
+
+TEST_F(SolidVisualTest, OperationsWithoutEntityDoNothing)
+{
+    SolidVisual* solid = SolidVisual::Build(world, TopoDS_Shape(), "Body");
+
+    EXPECT_EQ(solid->getFacesNum(), 0u);
+    EXPECT_NO_THROW(solid->resetColor());
+    EXPECT_NO_THROW(solid->setBodyColor({1, 0, 0}, 1));
+    EXPECT_NO_THROW(solid->setFaceColor(1, rob::Colorf(1, 0, 0)));
+}
+
+TEST_F(SolidVisualTest, CountsAreThoseOfTheMesh)
+{
+    SolidVisual* solid = buildBody("counts");
+
+    EXPECT_EQ(solid->getBodiesNum(), 1u);
+    EXPECT_EQ(solid->getFacesNum(), 6u);
+    EXPECT_EQ(solid->getTrianglesNum(), 12u);
+    EXPECT_EQ(solid->getVerticesNum(), 24u);
+}
+
+TEST_F(SolidVisualTest, HidingFacesNamesThemInTheirOrder)
+{
+    SolidVisual* solid = buildBody("order");
+
+    solid->setFaceVisible(3, false);
+    solid->setFaceVisible(5, false);
+    EXPECT_EQ(solid->getCurrentMeshName(), "order_3_5");
+    EXPECT_EQ(solid->getTrianglesNum(), 8u);
+
+    solid->setFaceVisible(3, true);
+    EXPECT_EQ(solid->getCurrentMeshName(), "order_5");
+    solid->setFaceVisible(3, false);
+    EXPECT_EQ(solid->getCurrentMeshName(), "order_5_3");
+    EXPECT_EQ(solid->getMeshName(), "order");
+}
+
+TEST_F(SolidVisualTest, HidingAFaceTwiceNamesItOnce)
+{
+    SolidVisual* solid = buildBody("twice");
+
+    solid->setFaceVisible(2, false);
+    solid->setFaceVisible(2, false);
+
+    EXPECT_EQ(solid->getCurrentMeshName(), "twice_2");
+    EXPECT_FALSE(solid->isFaceVisible(2));
+    EXPECT_TRUE(solid->isFaceVisible(3));
+    EXPECT_TRUE(solid->isFaceVisible(std::uint64_t{1} << 32 | 2)) << "it does not fit a face number";
+}
+
+TEST_F(SolidVisualTest, ShowingTheSolidShowsItsHiddenFacesAndRegistersThemAnew)
+{
+    SolidVisual* solid = buildBody("shown");
+    solid->setFaceVisible(1, false);
+    picking.setDetectable(solid, true);
+    picking.disableObject(solid);
+
+    solid->setVisible(true, true);
+
+    EXPECT_EQ(solid->getCurrentMeshName(), "shown");
+    EXPECT_EQ(solid->getTrianglesNum(), 12u);
+    EXPECT_TRUE(picking.isDetectable(solid)) << "kept";
+    EXPECT_TRUE(picking.isEnabled(solid)) << "back at its default";
+}
+
+TEST_F(SolidVisualTest, HidingTheSolidKeepsItsHiddenFaces)
+{
+    SolidVisual* solid = buildBody("stays-hidden");
+    solid->setFaceVisible(1, false);
+
+    solid->setVisible(false, true);
+
+    EXPECT_EQ(solid->getCurrentMeshName(), "stays-hidden_1");
+}
+
+TEST_F(SolidVisualTest, HidingTheLastFaceFailsAndShowingOneMends)
+{
+    SolidVisual* solid = buildBody("last-face");
+    for (unsigned face = 1; face <= 5; ++face)
+        solid->setFaceVisible(face, false);
+
+    EXPECT_THROW(solid->setFaceVisible(6, false), NoTriangleMesh);
+    EXPECT_TRUE(solid->hasNoEntity());
+
+    solid->setFaceVisible(4, true);
+    EXPECT_FALSE(solid->hasNoEntity());
+    EXPECT_EQ(solid->getTrianglesNum(), 2u);
+}
+
+TEST_F(SolidVisualTest, NewMeshKeepsVisibilityAndQueueGroup)
+{
+    SolidVisual* solid = buildBody("kept-state");
+    solid->setSelected();
+    solid->setVisible(false, false);
+
+    solid->setFaceVisible(1, false);
+
+    EXPECT_FALSE(solid->getEntity()->getVisible());
+    EXPECT_EQ(solid->getEntity()->getRenderQueueGroup(), renderGroup::selected);
+    EXPECT_EQ(solid->getEntity()->getSubEntity(0)->getMaterialName(), "Body") << "until the next refresh of its looks";
+}
+
+TEST_F(SolidVisualTest, HidingAFaceTakesItsHighlightAway)
+{
+    SolidVisual* solid = buildBody("no-highlight", "#808080");
+    solid->highLightFace(2);
+
+    solid->setFaceVisible(2, false);
+    solid->setFaceVisible(2, true);
+
+    expectColor(bufferColor(*solid, 2), 0x80 / 255.0f, 0x80 / 255.0f, 0x80 / 255.0f);
+}
+
+TEST_F(SolidVisualTest, SelectedSolidIsDrawnInTheGroupOfTheSelected)
+{
+    SolidVisual* solid = buildBody("group");
+
+    solid->setSelected();
+    EXPECT_EQ(solid->getEntity()->getRenderQueueGroup(), renderGroup::selected);
+
+    solid->clearHighlightOrSelect();
+    EXPECT_EQ(solid->getEntity()->getRenderQueueGroup(), renderGroup::normal);
+}
+
+TEST_F(SolidVisualTest, HighlightedFaceIsBrighterAndNotHeldToOne)
+{
+    SolidVisual* solid = buildBody("bright", "#E6E6E6"); // 0.9
+
+    solid->highLightFace(3);
+
+    expectColor(bufferColor(*solid, 3), 0xE6 / 255.0f + 0.2f, 0xE6 / 255.0f + 0.2f, 0xE6 / 255.0f + 0.2f);
+    EXPECT_GT(bufferColor(*solid, 3).r, 1.09f);
+    expectColor(bufferColor(*solid, 2), 0xE6 / 255.0f, 0xE6 / 255.0f, 0xE6 / 255.0f);
+    solid->clearHighLightFace(3);
+    expectColor(bufferColor(*solid, 3), 0xE6 / 255.0f, 0xE6 / 255.0f, 0xE6 / 255.0f);
+}
+
+TEST_F(SolidVisualTest, FaceColourIsTheStoredOneWhateverTheBufferHolds)
+{
+    SolidVisual* solid = buildBody("stored", "#808080");
+    solid->setFaceColor(4, std::string("#10C279"));
+
+    expectColor(solid->getFaceColor(4), 0x80 / 255.0f, 0x80 / 255.0f, 0x80 / 255.0f);
+    expectColor(bufferColor(*solid, 4), 0x10 / 255.0f, 0xC2 / 255.0f, 0x79 / 255.0f);
+    solid->clearSelectedFace(solid->getFace(4));
+    expectColor(bufferColor(*solid, 4), 0x80 / 255.0f, 0x80 / 255.0f, 0x80 / 255.0f);
+}
+
+TEST_F(SolidVisualTest, MalformedColourTextPassesOut)
+{
+    SolidVisual* solid = buildBody("malformed");
+
+    EXPECT_THAT([&] { solid->setFaceColor(1, std::string("#XYZ123")); },
+                testing::ThrowsMessage<std::invalid_argument>(StrEq("invalid stoi argument")));
+}
+
+TEST_F(SolidVisualTest, BodyColourAndItsReset)
+{
+    SolidVisual* solid = buildBody("recoloured", "#808080");
+
+    solid->setBodyColor({0.25f, 0.5f, 0.75f}, 0.1f);
+    expectColor(bufferColor(*solid, 6), 0.25f, 0.5f, 0.75f);
+
+    solid->resetColor();
+    expectColor(bufferColor(*solid, 6), 0x80 / 255.0f, 0x80 / 255.0f, 0x80 / 255.0f);
+}
+
+TEST_F(SolidVisualTest, SolidsOfOneUriShareTheirColours)
+{
+    const TopoDS_Shape shape = test::meshedBox(10, 20, 30);
+    SolidVisual* first = buildBody("shared", "#808080", shape);
+    SolidVisual* second = buildBody("shared", "#FF0000", shape);
+
+    scene.selectBaseFace(first->getId(), 2);
+    drain();
+
+    expectColor(bufferColor(*second, 2), 0x10 / 255.0f, 0xC2 / 255.0f, 0x79 / 255.0f);
+    expectColor(bufferColor(*second, 1), 0x80 / 255.0f, 0x80 / 255.0f, 0x80 / 255.0f);
+}
+
+TEST_F(SolidVisualTest, SharedMeshGoesWithItsLastSolid)
+{
+    const TopoDS_Shape shape = test::meshedBox(10, 20, 30);
+    SolidVisual* first = buildBody("counted-users", "#808080", shape);
+    SolidVisual* second = buildBody("counted-users", "#808080", shape);
+
+    scene.deleteVisual(first);
+    EXPECT_TRUE(hasMesh("counted-users"));
+
+    scene.deleteVisual(second);
+    EXPECT_FALSE(hasMesh("counted-users"));
+}
+
+TEST_F(SolidVisualTest, FacesAreKnownByTheirNumbers)
+{
+    SolidVisual* solid = buildBody("numbers");
+    const TopoDS_Face third = solid->getFace(3);
+
+    EXPECT_EQ(solid->getFaceIndex(third), 3u);
+    EXPECT_EQ(solid->getFaceIndex(TopoDS::Face(TopExp_Explorer(test::meshedBox(1, 1, 1), TopAbs_FACE).Current())), 0u);
+    EXPECT_THROW(solid->getFace(7), Standard_OutOfRange);
+}
+
+TEST_F(SolidVisualTest, CopySharesTheMeshAndLeavesItAlone)
+{
+    SolidVisual* solid = buildBody("copied");
+    solid->setPosition(1, 2, 3);
+
+    auto* copy = static_cast<SolidVisual*>(solid->copy(world).value());
+
+    EXPECT_TRUE(copy->isCopied());
+    EXPECT_EQ(copy->getId(), solid->getId());
+    EXPECT_EQ(copy->getMeshName(), "copied");
+    EXPECT_EQ(copy->getPose(), solid->getPose());
+    EXPECT_EQ(copy->getTrianglesNum(), 12u);
+    const Ogre::SubEntity* drawn = copy->getEntity()->getSubEntity(0);
+    for (void (Visual::*state)() : {&Visual::resetAppearance, &Visual::setSelected, &Visual::setHighlighted}) {
+        (copy->*state)();
+        EXPECT_EQ(drawn->getMaterialName(), "TransBody");
+    }
+    delete copy;
+    EXPECT_TRUE(hasMesh("copied"));
+}
+
+TEST_F(SolidVisualTest, CopyOfASolidWithoutEntityHasNone)
+{
+    SolidVisual* solid = SolidVisual::Build(world, TopoDS_Shape(), "Body");
+
+    auto* copy = static_cast<SolidVisual*>(solid->copy(nullptr).value());
+
+    EXPECT_TRUE(copy->hasNoEntity());
+    delete copy;
+}
+
+} // namespace
+} // namespace vrk::visual
