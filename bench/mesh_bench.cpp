@@ -20,6 +20,8 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
+#include <malloc.h>
 #include <memory>
 #include <unistd.h>
 
@@ -117,6 +119,10 @@ enum class Normals { Cold, Warm };
 template <typename Run>
 void timeRuns(benchmark::State& state, Normals normals, Run run)
 {
+    // Both ways get memory that the process holds already: whether glibc gives a result's memory back to the system and
+    // takes it anew in the next run hangs on the sizes of its blocks.
+    mallopt(M_MMAP_THRESHOLD, 32 << 20);
+    mallopt(M_TRIM_THRESHOLD, 1 << 30);
     run();
     for (auto _ : state) {
         if (normals == Normals::Cold) {
@@ -132,7 +138,8 @@ void shapeMesh(benchmark::State& state, Normals normals)
 {
     const ColorInfo colors;
     timeRuns(state, normals, [&] {
-        const auto mesh = visual::makeShapeMesh("bench", compound().faces, [](unsigned) { return true; }, &colors, "bench");
+        const auto mesh = visual::makeShapeMesh(
+            "bench", compound().faces, [](unsigned) { return true; }, &colors, "bench");
         if (compound().faces.Extent() != faceCount || std::ssize(mesh->indices) != 3 * triangleCount ||
             std::ssize(mesh->vertices) != vertexCount || std::ssize(mesh->colors) != vertexCount)
             state.SkipWithError("wrong number of faces, triangles or vertices");

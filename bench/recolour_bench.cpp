@@ -4,6 +4,7 @@
 #include "bench/support/Workloads.h"
 
 #include "mesh/MeshManager.h"
+#include "platform/geometry/BodyColorTool.h"
 #include "scene/Init.h"
 #include "scene/Scene.h"
 #include "scene/core/SceneSettings.h"
@@ -33,7 +34,7 @@ visual::SolidVisual& startedBody()
         selection::Init();
         visual::Init(64, 64, settings);
         auto* made = new visual::SolidVisual(bench::makeFineCompound(), visual::Scene::GetWorldVisual());
-        MeshManager::Get()->loadShape(made, {});
+        MeshManager::Get()->loadShape(made, ColorInfo());
         return made;
     }();
     return *body;
@@ -72,7 +73,7 @@ void rebuildBody(benchmark::State& state)
     visual::SolidVisual& body = startedBody();
     for (auto _ : state) {
         MeshManager::Get()->removeOgreMesh(body.getCurrentMeshName());
-        MeshManager::Get()->loadShape(&body, {});
+        MeshManager::Get()->loadShape(&body, ColorInfo());
     }
 }
 

@@ -161,11 +161,11 @@ TopoDS_Shape pipeBend(Rng& r)
 {
     const double radius = r.uni(200, 450), q = r.uni(0.18, 0.35) * radius, length = r.uni(100, 400);
     const gp_Dir back(0, -1, 0), left(-1, 0, 0);
-    return combined<BRepAlgoAPI_Fuse>(BRepPrimAPI_MakeTorus(radius, q, pi / 2).Shape(),
-                                      listOf({cylinder(gp_Pnt(radius, 0, 0), back, q, length),
-                                              cylinder(gp_Pnt(0, radius, 0), left, q, length),
-                                              cylinder(gp_Pnt(radius, -length, 0), back, 1.5 * q, 0.3 * q),
-                                              cylinder(gp_Pnt(-length, radius, 0), left, 1.5 * q, 0.3 * q)}));
+    return combined<BRepAlgoAPI_Fuse>(
+        BRepPrimAPI_MakeTorus(radius, q, pi / 2).Shape(),
+        listOf({cylinder(gp_Pnt(radius, 0, 0), back, q, length), cylinder(gp_Pnt(0, radius, 0), left, q, length),
+                cylinder(gp_Pnt(radius, -length, 0), back, 1.5 * q, 0.3 * q),
+                cylinder(gp_Pnt(-length, radius, 0), left, 1.5 * q, 0.3 * q)}));
 }
 
 TopoDS_Shape tank(Rng& r)
@@ -184,10 +184,8 @@ TopoDS_Shape tank(Rng& r)
 TopoDS_Shape bracket(Rng& r)
 {
     const double a = r.uni(200, 600), b = r.uni(200, 600), w = r.uni(30, 60), h = r.uni(150, 400);
-    const TopoDS_Shape profile =
-        polygonFace({{0, 0, 0}, {a, 0, 0}, {a, w, 0}, {w, w, 0}, {w, b, 0}, {0, b, 0}});
-    const TopoDS_Shape body =
-        filleted(BRepPrimAPI_MakePrism(profile, gp_Vec(0, 0, h)).Shape(), 0.3 * w, isVertical);
+    const TopoDS_Shape profile = polygonFace({{0, 0, 0}, {a, 0, 0}, {a, w, 0}, {w, w, 0}, {w, b, 0}, {0, b, 0}});
+    const TopoDS_Shape body = filleted(BRepPrimAPI_MakePrism(profile, gp_Vec(0, 0, h)).Shape(), 0.3 * w, isVertical);
     TopTools_ListOfShape holes;
     for (int k = 0; k < 4; ++k) {
         const double along = k % 2 == 0 ? 0.4 : 0.75, z = k < 2 ? 0.3 * h : 0.7 * h;
@@ -231,8 +229,8 @@ gp_Trsf drawPose(Rng& r)
     const double u1 = r.u01(), u2 = r.u01(), u3 = r.u01();
     const double s = std::sqrt(1 - u1), c = std::sqrt(u1);
     gp_Trsf pose;
-    pose.SetTransformation(gp_Quaternion(s * std::sin(2 * pi * u2), s * std::cos(2 * pi * u2), c * std::sin(2 * pi * u3),
-                                         c * std::cos(2 * pi * u3)),
+    pose.SetTransformation(gp_Quaternion(s * std::sin(2 * pi * u2), s * std::cos(2 * pi * u2),
+                                         c * std::sin(2 * pi * u3), c * std::cos(2 * pi * u3)),
                            gp_Vec(x, y, z));
     return pose;
 }
@@ -294,8 +292,8 @@ void writeStl(const TorusMesh& mesh, const std::filesystem::path& file)
 PosedSolid makeSolid(unsigned number)
 {
     using Maker = TopoDS_Shape (*)(Rng&);
-    static constexpr Maker makers[] = {roundedBox, plate, flange, steppedShaft, wheel,
-                                       pipeBend,   tank,  bracket, drilledBall, loft};
+    static constexpr Maker makers[] = {roundedBox, plate, flange,  steppedShaft, wheel,
+                                       pipeBend,   tank,  bracket, drilledBall,  loft};
     Rng r(0xC0FFEE00 + number);
     const gp_Trsf pose = drawPose(r);
     return {makers[number % 10](r), pose};

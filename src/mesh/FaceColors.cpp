@@ -80,7 +80,9 @@ rob::Colorf MeshManager::GetFaceColor(const std::string& meshName, const TopoDS_
 {
     layout::FaceMap faces;
     TopExp::MapShapes(shape, TopAbs_FACE, faces);
-    const std::size_t vertex = runOfFace(faces, [](unsigned) { return true; }, face).start;
+    const std::size_t vertex = runOfFace(
+                                   faces, [](unsigned) { return true; }, face)
+                                   .start;
     rob::Colorf color;
     const auto slots = colorSlotsOf(meshName);
     if (!slots || vertex >= slots->vertexCount)
@@ -97,7 +99,7 @@ void MeshManager::ColorReset(SolidVisual* solid)
     if (!slots)
         return;
     const std::vector<rob::Colorf> colors = vertexColors(solid->getFaceMap(), visibleFacesOf(*solid),
-                                                   geometry::BodyColorTool::GetColorInfo(solid->getId()));
+                                                         geometry::BodyColorTool::GetColorInfo(solid->getId()));
     writeColors(*slots, {0, std::min(colors.size(), slots->vertexCount)},
                 [&colors](std::size_t i) { return colors[i]; });
 }

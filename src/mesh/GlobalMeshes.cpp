@@ -62,8 +62,8 @@ Mesh* MeshManager::createTorusComponent(const std::string& name, float major, fl
     return enterGlobalMesh(makeTorus(name, major, minor, stacks, slices));
 }
 
-Mesh* MeshManager::createTorusSectorComponent(const std::string& name, float sweep, float major, float minor, int stacks,
-                                              int slices)
+Mesh* MeshManager::createTorusSectorComponent(const std::string& name, float sweep, float major, float minor,
+                                              int stacks, int slices)
 {
     return enterGlobalMesh(makeTorusSector(name, sweep, major, minor, stacks, slices));
 }
@@ -144,8 +144,7 @@ void MeshManager::createVectorHandleMesh()
     const Mesh* sphere = createSphereComponent("VectorSphere", 25, 16, 16);
     const Mesh* axis = createCylinderComponent("VectorAxis", 10, 210, 1, 16);
     const Mesh* head = createConeComponent("VectorHead", 20, 100);
-    addGlobalMesh(
-        compose("VectorDirHandle", {{sphere, {}}, {axis, {}}, {head, Pose(Position(0, 0, 210))}}).release());
+    addGlobalMesh(compose("VectorDirHandle", {{sphere, {}}, {axis, {}}, {head, Pose(Position(0, 0, 210))}}).release());
 
     for (const char* name : {"PathStartHandle", "PathEndHandle"})
         addGlobalMesh(createSphereComponent(name, 2.5f, 32, 32));

@@ -29,9 +29,9 @@ public:
 
     std::string name;
     std::vector<rob::PosTemplate<float>> vertices;
-    std::vector<rob::Vec3Template<float>> normals;   ///< one for each vertex, or none at all
-    std::vector<rob::ColorTemplate<float>> colors;   ///< one for each vertex, or none at all
-    std::vector<unsigned> indices;                   ///< three for each triangle, into `vertices`
+    std::vector<rob::Vec3Template<float>> normals; ///< one for each vertex, or none at all
+    std::vector<rob::ColorTemplate<float>> colors; ///< one for each vertex, or none at all
+    std::vector<unsigned> indices;                 ///< three for each triangle, into `vertices`
 
 private:
     Box bounds;

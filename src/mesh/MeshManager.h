@@ -78,8 +78,8 @@ public:
     /// @return null if there is no usable triangle.
     /// @throws Standard_TypeMismatch "TopoDS::Face" for an entry that is no face; Standard_ConstructionError "gp_Dir() -
     ///         input vector has zero norm" for a normal of no length; the failures of `geometry::ParseColorText`.
-    static std::unique_ptr<Mesh> getShapeMesh(const TopoDS_Shape& shape, const layout::FaceMap& faces, SolidVisual* solid,
-                                              const ColorInfo* colors);
+    static std::unique_ptr<Mesh> getShapeMesh(const TopoDS_Shape& shape, const layout::FaceMap& faces,
+                                              SolidVisual* solid, const ColorInfo* colors);
 
     // Colours in the vertex buffers. Each does nothing where there is no OGRE mesh, or one without colours.
 
@@ -90,7 +90,8 @@ public:
     static void SetFaceColor(SolidVisual* solid, unsigned face, const rob::ColorTemplate<float>& color);
     /// The colour of a face's first vertex, read back from the buffer; black if there is none. For solids without hidden
     /// faces only: it counts the vertices of all faces.
-    static rob::ColorTemplate<float> GetFaceColor(const std::string& meshName, const TopoDS_Shape& shape, unsigned face);
+    static rob::ColorTemplate<float> GetFaceColor(const std::string& meshName, const TopoDS_Shape& shape,
+                                                  unsigned face);
     /// The model's colours back into the buffer, highlights and selections included.
     static void ColorReset(SolidVisual* solid);
 

@@ -14,7 +14,8 @@ void MeshManager::loadShape(SolidVisual* solid)
 void MeshManager::loadShape(SolidVisual* solid, const ColorInfo& colors)
 {
     const std::string name = solid->getCurrentMeshName();
-    if (Ogre::MeshManager::getSingleton().resourceExists(name, Ogre::ResourceGroupManager::DEFAULT_RESOURCE_GROUP_NAME)) {
+    if (Ogre::MeshManager::getSingleton().resourceExists(name,
+                                                         Ogre::ResourceGroupManager::DEFAULT_RESOURCE_GROUP_NAME)) {
         ++ogreMeshUsers[name];
         return;
     }

@@ -10,6 +10,7 @@
 #include <TopoDS.hxx>
 #include <TopoDS_Face.hxx>
 #include <gp_Dir.hxx>
+#include <gp_Mat.hxx>
 #include <gp_Trsf.hxx>
 
 #include <fmt/format.h>
@@ -24,7 +25,6 @@
 
 namespace vrk::visual {
 namespace {
-
 
 bool isFinite(const rob::Posf& p)
 {
@@ -69,17 +69,28 @@ void appendNodes(Mesh& mesh, const Poly_ArrayOfNodes& nodes, const gp_Trsf* trsf
         appendNodes(mesh, &nodes.Array::Value<gp_Vec3f>(0), count, trsf);
 }
 
+/// The normals of a triangulation, made unit length and turned in doubles.
 void appendNormals(Mesh& mesh, const NCollection_Array1<gp_Vec3f>& normals, const gp_Trsf* trsf, bool negate)
 {
     const gp_Vec3f* first = &normals.First();
-    const float sign = negate ? -1.0f : 1.0f;
-    appendMade(mesh.normals, static_cast<std::size_t>(normals.Length()), [=](std::size_t i) {
-        gp_Dir d(first[i].x(), first[i].y(), first[i].z()); // refuses a normal of no length
-        if (trsf != nullptr)
-            d.Transform(*trsf);
-        return rob::Vec3f(sign * static_cast<float>(d.X()), sign * static_cast<float>(d.Y()),
-                          sign * static_cast<float>(d.Z()));
-    });
+    const double side = negate ? -1.0 : 1.0;
+    const auto unit = [first, side](std::size_t i) {
+        const gp_XYZ n = coordinates(first[i]);
+        const double length = n.Modulus();
+        if (length <= gp::Resolution())
+            gp_Dir{n}; // refuses it
+        return n * (side / length);
+    };
+    const auto count = static_cast<std::size_t>(normals.Length());
+    const auto free = [](const gp_XYZ& n) { return rob::Vec3f(narrow(n)); };
+    if (trsf == nullptr) {
+        appendMade(mesh.normals, count, [&](std::size_t i) { return free(unit(i)); });
+        return;
+    }
+    gp_Mat turn = trsf->HVectorialPart();
+    if (trsf->ScaleFactor() < 0)
+        turn.Multiply(-1);
+    appendMade(mesh.normals, count, [&](std::size_t i) { return free(unit(i).Multiplied(turn)); });
 }
 
 /// Puts the bad nodes of the vertices from `base` on in order. Returns whether each of them is bad; empty if none is.
@@ -202,7 +213,8 @@ std::unique_ptr<Mesh> makeShapeMesh(std::string meshName, const layout::FaceMap&
 {
     if (faces.IsEmpty())
         return nullptr;
-    const rob::Colorf bodyColor = colors == nullptr ? rob::Colorf(1, 1, 1) : geometry::ParseColorText(colors->bodyColor);
+    const rob::Colorf bodyColor =
+        colors == nullptr ? rob::Colorf(1, 1, 1) : geometry::ParseColorText(colors->bodyColor);
     auto mesh = std::make_unique<Mesh>(std::move(meshName));
     reserveFaces(*mesh, faces, isVisible, colors != nullptr);
 
@@ -221,8 +233,8 @@ std::unique_ptr<Mesh> makeShapeMesh(std::string meshName, const layout::FaceMap&
             color = colorOfFace(*colors, i, bodyColor);
         const std::size_t bad = appendFace(*mesh, entry, color ? &*color : nullptr, BadNodes::DropTriangles);
         if (bad > 0)
-            AppLogger::inst()->warn(
-                fmt::format("Face {} of '{}' has {} invalid (NaN/Inf) nodes, its triangles are dropped", i, visualName, bad));
+            AppLogger::inst()->warn(fmt::format(
+                "Face {} of '{}' has {} invalid (NaN/Inf) nodes, its triangles are dropped", i, visualName, bad));
     }
     if (mesh->indices.empty() || mesh->vertices.size() < 3)
         return nullptr;
@@ -248,7 +260,8 @@ VertexRun runOfFace(const layout::FaceMap& faces, const FaceFilter& isVisible, u
     return run;
 }
 
-std::vector<rob::Colorf> vertexColors(const layout::FaceMap& faces, const FaceFilter& isVisible, const ColorInfo& colors)
+std::vector<rob::Colorf> vertexColors(const layout::FaceMap& faces, const FaceFilter& isVisible,
+                                      const ColorInfo& colors)
 {
     std::vector<rob::Colorf> result;
     const rob::Colorf bodyColor = geometry::ParseColorText(colors.bodyColor);
@@ -259,7 +272,8 @@ std::vector<rob::Colorf> vertexColors(const layout::FaceMap& faces, const FaceFi
         const Handle(Poly_Triangulation) triangulation = triangulationOf(faces.FindKey(static_cast<int>(i)), location);
         if (triangulation.IsNull())
             continue;
-        result.insert(result.end(), static_cast<std::size_t>(triangulation->NbNodes()), colorOfFace(colors, i, bodyColor));
+        result.insert(result.end(), static_cast<std::size_t>(triangulation->NbNodes()),
+                      colorOfFace(colors, i, bodyColor));
     }
     return result;
 }

@@ -44,7 +44,8 @@ Handle(Poly_Triangulation) triangulationOf(const TopoDS_Shape& entry, TopLoc_Loc
 /// @throws Standard_TypeMismatch "TopoDS::Face" if the entry is no face, "NCollection_AliasedArray::Value(), wrong type"
 ///         for nodes that are neither doubles nor floats; Standard_ConstructionError "gp_Dir() - input vector has zero
 ///         norm".
-std::size_t appendFace(Mesh& mesh, const TopoDS_Shape& entry, const rob::ColorTemplate<float>* color, BadNodes badNodes);
+std::size_t appendFace(Mesh& mesh, const TopoDS_Shape& entry, const rob::ColorTemplate<float>* color,
+                       BadNodes badNodes);
 
 /// The triangulations of all visible faces, in the order of their numbers. What is left out is told to the application's
 /// user by a warning for each face.

@@ -156,12 +156,10 @@ private:
         ++at;
         return true;
     }
-    bool takeDigits()
+    void takeDigits()
     {
-        const char* begin = at;
         while (at != end && isDigit(*at))
             ++at;
-        return at != begin;
     }
 
     /// What a stream would gather before it converts: it takes the 'e' before it knows whether digits follow.
@@ -169,10 +167,10 @@ private:
     {
         const char* begin = at;
         take('+', '-');
-        bool hasDigits = takeDigits();
+        takeDigits();
         if (take('.', '.'))
-            hasDigits |= takeDigits();
-        if (hasDigits && take('e', 'E')) {
+            takeDigits();
+        if (take('e', 'E')) {
             take('+', '-');
             takeDigits();
         }

@@ -60,9 +60,11 @@ TEST_F(FaceColors, SetFaceColorWritesTheRunOfTheFaceAndNothingElse)
 
     EXPECT_EQ(colors(), greyBut(24, {{8, red}}));
     const std::vector<float> after = verticesOf("face_colours");
-    for (std::size_t i = 0; i < before.size(); ++i)
-        if (i % 9 < 6) // positions and normals
+    for (std::size_t i = 0; i < before.size(); ++i) {
+        if (i % 9 < 6) { // positions and normals
             ASSERT_EQ(after[i], before[i]) << i;
+        }
+    }
 }
 
 TEST_F(FaceColors, FirstAndLastFaceAreReached)

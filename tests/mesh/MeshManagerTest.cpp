@@ -1,6 +1,6 @@
+#include "mesh/MeshManager.h"
 #include "OgreMeshes.h"
 #include "StlTexts.h"
-#include "mesh/MeshManager.h"
 #include "support/SceneFixture.h"
 
 #include <filesystem>

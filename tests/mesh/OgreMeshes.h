@@ -25,7 +25,8 @@ inline std::vector<float> verticesOf(const std::string& name)
 {
     const Ogre::VertexData& data = vertexDataOf(name);
     std::vector<float> floats(data.vertexCount * data.vertexDeclaration->getVertexSize(0) / sizeof(float));
-    const Ogre::HardwareBufferLockGuard lock(data.vertexBufferBinding->getBuffer(0), Ogre::HardwareBuffer::HBL_READ_ONLY);
+    const Ogre::HardwareBufferLockGuard lock(data.vertexBufferBinding->getBuffer(0),
+                                             Ogre::HardwareBuffer::HBL_READ_ONLY);
     std::memcpy(floats.data(), lock.pData, floats.size() * sizeof(float));
     return floats;
 }

@@ -186,7 +186,8 @@ TEST(TorusSector, FewerThanThreeStacksOrSlicesCountAsThree)
 
 TEST(TorusSector, TubeOfNoRadiusIsRefused)
 {
-    EXPECT_THAT([] { makeTorusSector("t", pi, 10, 0, 8, 8); }, ThrowsMessage<std::overflow_error>(StrEq(zeroLengthText)));
+    EXPECT_THAT([] { makeTorusSector("t", pi, 10, 0, 8, 8); },
+                ThrowsMessage<std::overflow_error>(StrEq(zeroLengthText)));
 }
 
 TEST(Torus, IsTheSectorOfAFullTurn)
@@ -240,14 +241,20 @@ TEST(FlatMesh, NoIndicesGiveAnEmptyMesh)
 
 TEST(FlatMesh, IndexPastThePointsIsRefused)
 {
-    EXPECT_THAT([] { makeFlatMesh("flat", {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {0, 1, 3}); },
-                ThrowsMessage<std::out_of_range>(StrEq("invalid vector subscript")));
+    EXPECT_THAT(
+        [] {
+            makeFlatMesh("flat", {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {0, 1, 3});
+        },
+        ThrowsMessage<std::out_of_range>(StrEq("invalid vector subscript")));
 }
 
 TEST(FlatMesh, TriangleWithoutAllItsIndicesIsRefused)
 {
-    EXPECT_THAT([] { makeFlatMesh("flat", {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {0, 1, 2, 0}); },
-                ThrowsMessage<std::out_of_range>(StrEq("invalid vector subscript")));
+    EXPECT_THAT(
+        [] {
+            makeFlatMesh("flat", {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {0, 1, 2, 0});
+        },
+        ThrowsMessage<std::out_of_range>(StrEq("invalid vector subscript")));
 }
 
 namespace {

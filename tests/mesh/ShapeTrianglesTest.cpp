@@ -14,7 +14,7 @@
 #include <TopLoc_Location.hxx>
 #include <TopoDS.hxx>
 #include <TopoDS_Face.hxx>
-#include <gp_Ax1.hxx>
+#include <gp_Ax2.hxx>
 #include <gp_Quaternion.hxx>
 
 #include <gmock/gmock.h>
@@ -181,6 +181,17 @@ TEST(ShapeMesh, LocationMovesNodesAndTurnsNormalsInDoubles)
     EXPECT_NEAR(mesh->vertices[2].z, -1, 1e-5f);
     EXPECT_NEAR(mesh->normals[2].x, 1, 1e-6f);
     EXPECT_NEAR(mesh->normals[2].z, 0, 1e-6f);
+}
+
+TEST(ShapeMesh, MirroringLocationMirrorsTheNormalsToo)
+{
+    gp_Trsf mirror;
+    mirror.SetMirror(gp_Ax2(gp_Pnt(0, 0, 0), gp_Dir(0, 0, 1)));
+
+    const auto mesh = meshOf(mapOf({faceOf(square(5)).Located(TopLoc_Location(mirror), false)}));
+
+    EXPECT_EQ(mesh->vertices[2], Posf(1, 1, -5));
+    EXPECT_EQ(mesh->normals[2], Vec3f(0, 0, -1));
 }
 
 TEST(ShapeMesh, NodesStoredAsFloatsReadLikeDoubles)
@@ -351,8 +362,7 @@ TEST(ShapeMesh, TrianglesOfASolidFaceOutwardsLikeTheirNormals)
 
     for (std::size_t i = 0; i < mesh->indices.size(); i += 3) {
         const unsigned a = mesh->indices[i], b = mesh->indices[i + 1], c = mesh->indices[i + 2];
-        const Vec3f normal =
-            (mesh->vertices[b] - mesh->vertices[a]).cross(mesh->vertices[c] - mesh->vertices[a]);
+        const Vec3f normal = (mesh->vertices[b] - mesh->vertices[a]).cross(mesh->vertices[c] - mesh->vertices[a]);
         EXPECT_GT(normal.dot(mesh->vertices[a] - centre), 0);
         EXPECT_GT(normal.dot(mesh->normals[a]), 0);
     }

@@ -1,5 +1,5 @@
-#include "StlTexts.h"
 #include "mesh/StlReader.h"
+#include "StlTexts.h"
 #include "platform/station/Uri.h"
 
 #include <gmock/gmock.h>
@@ -148,6 +148,13 @@ TEST(ParseStl, AsciiFacetGivesThreeVerticesWithItsNormal)
     EXPECT_THAT(mesh.name, IsEmpty());
 }
 
+TEST(ParseStl, EveryWhiteSpaceOfAStreamSeparatesWords)
+{
+    const Mesh mesh = parsed("facet\rnormal\v0\f0\t1\r\nvertex 0 0 0\fvertex 1 0 0\vvertex 0 1 0\rendfacet");
+
+    EXPECT_EQ(mesh.vertices.size(), 3u);
+}
+
 TEST(ParseStl, FacetsOfSeveralSolidsAreOneMesh)
 {
     const Mesh mesh = parsed(oneFacet + oneFacet);
@@ -157,10 +164,11 @@ TEST(ParseStl, FacetsOfSeveralSolidsAreOneMesh)
 
 TEST(ParseStl, VertexBeforeItsNormalHasNone)
 {
-    const Mesh mesh = parsed(facetWithVertex("0 0 0") +
-                             " facet vertex 0 0 0 vertex 1 0 0 normal 0 1 0 vertex 0 0 1 endfacet");
+    const Mesh mesh =
+        parsed(facetWithVertex("0 0 0") + " facet vertex 0 0 0 vertex 1 0 0 normal 0 1 0 vertex 0 0 1 endfacet");
 
-    EXPECT_THAT(mesh.normals, ElementsAre(Vec3f(0, 0, 1), Vec3f(0, 0, 1), Vec3f(0, 0, 1), Vec3f(), Vec3f(), Vec3f(0, 1, 0)));
+    EXPECT_THAT(mesh.normals,
+                ElementsAre(Vec3f(0, 0, 1), Vec3f(0, 0, 1), Vec3f(0, 0, 1), Vec3f(), Vec3f(), Vec3f(0, 1, 0)));
 }
 
 struct BadStlCase {
@@ -222,16 +230,16 @@ TEST_P(StlNumber, IsReadAsAStreamReadsIt)
     EXPECT_EQ(mesh.vertices[0].z, GetParam().z);
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, StlNumber,
-                         testing::Values(NumberCase{"Plus", "+1.5", 1.5f}, NumberCase{"Minus", "-2", -2.0f},
-                                         NumberCase{"NoLeadingDigit", ".5", 0.5f}, NumberCase{"NoFraction", "5.", 5.0f},
-                                         NumberCase{"CapitalExponent", "1E+2", 100.0f},
-                                         NumberCase{"LeadingZeros", "007", 7.0f}, NumberCase{"UnitBehind", "1.5mm", 1.5f},
-                                         NumberCase{"SecondPoint", "1.2.3", 1.2f}, NumberCase{"TooSmall", "1e-60", 0.0f},
-                                         NumberCase{"FarTooSmall", "1e-400", 0.0f},
-                                         NumberCase{"Subnormal", "1e-45", std::numeric_limits<float>::denorm_min()},
-                                         NumberCase{"Largest", "3.4028235e38", std::numeric_limits<float>::max()}),
-                         [](const auto& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(
+    Table, StlNumber,
+    testing::Values(NumberCase{"Plus", "+1.5", 1.5f}, NumberCase{"Minus", "-2", -2.0f},
+                    NumberCase{"NoLeadingDigit", ".5", 0.5f}, NumberCase{"NoFraction", "5.", 5.0f},
+                    NumberCase{"CapitalExponent", "1E+2", 100.0f}, NumberCase{"LeadingZeros", "007", 7.0f},
+                    NumberCase{"UnitBehind", "1.5mm", 1.5f}, NumberCase{"SecondPoint", "1.2.3", 1.2f},
+                    NumberCase{"TooSmall", "1e-60", 0.0f}, NumberCase{"FarTooSmall", "1e-400", 0.0f},
+                    NumberCase{"Subnormal", "1e-45", std::numeric_limits<float>::denorm_min()},
+                    NumberCase{"Largest", "3.4028235e38", std::numeric_limits<float>::max()}),
+    [](const auto& info) { return std::string(info.param.name); });
 
 TEST(ParseStl, NumbersAgreeWithAStreamOnAnyText)
 {
@@ -326,6 +334,8 @@ TEST_F(ReadStl, StationUriIsAFileOfTheStationsFolder)
     SetStationFolder(folder);
 
     EXPECT_EQ(readStl("station://part.stl").vertices.size(), 3u);
+    EXPECT_THAT([] { readStl("station://absent.stl"); },
+                ThrowsMessage<std::runtime_error>(StrEq((folder / "absent.stl").string())));
 
     SetStationFolder({});
 }

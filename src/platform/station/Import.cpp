@@ -13,7 +13,6 @@
 #include <Bnd_Box.hxx>
 #include <Message.hxx>
 #include <Message_Messenger.hxx>
-#include <OSD_Parallel.hxx>
 #include <Poly_Triangulation.hxx>
 #include <Standard_Failure.hxx>
 #include <StdPrs_ToolTriangulatedShape.hxx>
@@ -31,7 +30,6 @@
 #include <fstream>
 #include <mutex>
 #include <new>
-#include <unordered_set>
 
 namespace vrk::station {
 namespace {
@@ -117,22 +115,17 @@ void meshParts(const Parts& parts, const Progress& progress)
     }
 }
 
-/// Computes the normals that are missing, so that nobody writes into a triangulation later.
+/// Computes the normals that are missing, so that nobody writes into a triangulation later. It takes a hundredth of the
+/// time of the meshing.
 void addNormals(const TopTools_IndexedMapOfShape& faces)
 {
-    std::vector<TopoDS_Face> bare; // one face for each triangulation, which located copies of a face share
-    std::unordered_set<const Poly_Triangulation*> seen;
     for (int i = 1; i <= faces.Extent(); ++i) {
         TopLoc_Location location;
-        const TopoDS_Face face = TopoDS::Face(faces(i));
+        const TopoDS_Face& face = TopoDS::Face(faces(i));
         const Handle(Poly_Triangulation) triangles = BRep_Tool::Triangulation(face, location);
-        if (!triangles.IsNull() && !triangles->HasNormals() && seen.insert(triangles.get()).second)
-            bare.push_back(face);
+        if (!triangles.IsNull())
+            StdPrs_ToolTriangulatedShape::ComputeNormals(face, triangles); // does nothing where there are some
     }
-    OSD_Parallel::For(0, static_cast<int>(bare.size()), [&bare](int i) {
-        TopLoc_Location location;
-        StdPrs_ToolTriangulatedShape::ComputeNormals(bare[i], BRep_Tool::Triangulation(bare[i], location));
-    });
 }
 
 /// Reads the text form or the binary form, which the first bytes tell apart.

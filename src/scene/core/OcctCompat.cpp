@@ -14,7 +14,7 @@ namespace vrk::visual {
 
 void computeNormals(const TopoDS_Face& face, const Handle(Poly_Triangulation) & triangulation)
 {
-    Poly_Connect connect(triangulation);
+    Poly_Connect connect; // filled only if a node has no normal on the surface, which is rare
 #if OCC_VERSION_HEX >= 0x070800
     BRepLib_ToolTriangulatedShape::ComputeNormals(face, triangulation, connect);
 #else
