@@ -5,6 +5,7 @@
 #include "scene/core/OgreCompat.h"
 #include "scene/core/SceneCore.h"
 #include "visual/Picking.h"
+#include "visual/VisualStateManager.h"
 
 #include <fmt/format.h>
 
@@ -276,9 +277,11 @@ void Visual::clearCopiedChildren()
 
 void Visual::Delete(Visual* visual)
 {
-    VisualRegistry& registry = SceneCore::Get()->visuals;
-    registry.tellDeleted(visual);
-    registry.erase(visual);
+    SceneCore& core = *SceneCore::Get();
+    core.visuals.tellDeleted(visual);
+    // Also here, where it dies with a parent: a visual made later at this address must not inherit its looks.
+    core.states->remove(visual);
+    core.visuals.erase(visual);
     visual->clearChildren();
     picking::removeCompoundObject(visual);
     delete visual;
