@@ -2,6 +2,8 @@
 
 #include "platform/broker/SignalBroker.h"
 #include "platform/common/Checks.h"
+#include "visual/CurveVisual.h"
+#include "visual/LineVisual.h"
 #include "visual/SolidVisual.h"
 
 namespace vrk::selection {
@@ -43,12 +45,22 @@ void VisualSelection::addShape(const TopoDS_Shape&, visual::SolidVisual* visual,
     enter(visual, detectable, false);
 }
 
+void VisualSelection::addCurveVisual(const TopoDS_Shape&, visual::CurveVisual* visual, bool detectable)
+{
+    enter(visual, detectable, false);
+}
+
 void VisualSelection::addMeshVisual(visual::Visual* visual, bool detectable, bool priority)
 {
     forSubtree(visual, [&](visual::Visual* v) {
         if (v->getType() == VisualType::Mesh || v->getType() == VisualType::Paint)
             enter(v, detectable, priority);
     });
+}
+
+void VisualSelection::addLineVisual(visual::LineVisual* visual)
+{
+    enter(visual, true, false);
 }
 
 void VisualSelection::removeObject(visual::Visual* visual)

@@ -8,6 +8,8 @@
 class TopoDS_Shape;
 
 namespace vrk::visual {
+class CurveVisual;
+class LineVisual;
 class SolidVisual;
 class Visual;
 }
@@ -32,8 +34,11 @@ public:
 
     // Registration. A visual that is registered already stays as it is, its flags included.
     void addShape(const TopoDS_Shape& shape, visual::SolidVisual* visual, bool detectable);
+    void addCurveVisual(const TopoDS_Shape& shape, visual::CurveVisual* visual, bool detectable);
     /// Registers every mesh or paint visual among this one and its descendants.
     void addMeshVisual(visual::Visual* visual, bool detectable, bool priority);
+    /// Detectable.
+    void addLineVisual(visual::LineVisual* visual);
     /// The visual must be registered.
     void removeObject(visual::Visual* visual);
     void removeCompoundObject(visual::Visual* visual);

@@ -4,6 +4,8 @@ class TopoDS_Shape;
 
 namespace vrk::visual {
 
+class CurveVisual;
+class LineVisual;
 class SolidVisual;
 class Visual;
 
@@ -16,7 +18,9 @@ namespace picking {
 /// The pose of this visual, and so of its subtree, changed.
 void markDirty(Visual* visual);
 void addShape(const TopoDS_Shape& shape, SolidVisual* visual, bool detectable);
+void addCurveVisual(const TopoDS_Shape& shape, CurveVisual* visual, bool detectable);
 void addMeshVisual(Visual* visual, bool detectable, bool priority);
+void addLineVisual(LineVisual* visual);
 /// Forgets this visual and its descendants.
 void removeCompoundObject(Visual* visual);
 void setObjectEnabled(Visual* visual, bool enabled);

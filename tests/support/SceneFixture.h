@@ -18,12 +18,17 @@ namespace vrk::layout {
 class Body;
 }
 
+namespace vrk::visual {
+class FrameVisual;
+}
+
 namespace vrk::test {
 
 /// The settings of a test scene: z up, everything of robot programs drawn.
 visual::SceneSettings testSettings();
 
-/// Starts the library once a process, under one window. Each test begins and ends with an empty scene and an empty model.
+/// Starts the library once a process, under one window. Each test begins and ends with an empty scene, in which the
+/// frame of the world is hidden, and an empty model.
 class SceneFixture : public testing::Test {
 protected:
     SceneFixture();
@@ -35,6 +40,7 @@ protected:
     visual::Scene& scene;
     Ogre::SceneManager* sceneManager;
     visual::Visual* world;
+    visual::FrameVisual* worldFrame; ///< stays through all tests
 };
 
 /// Where the camera of a test picture stands.
