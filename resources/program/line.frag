@@ -3,6 +3,7 @@
 
 in vec4 lineColour;
 noperspective in vec2 place;
+noperspective in float lift;
 flat in float segmentLength;
 flat in float radius;
 
@@ -14,8 +15,11 @@ void main()
 {
     float away = length(vec2(place.x - clamp(place.x, 0.0, segmentLength), place.y));
     float cover = clamp(radius + 0.5 - away, 0.0, 1.0);
-    // Pixels that show next to nothing must not hide what is drawn behind them later.
-    if (cover < 0.05)
+    if (cover < 0.02)
         discard;
     fragColour = vec4(mix(lineColour.rgb, tint.rgb, tint.a), lineColour.a * cover);
+    // Soft pixels lie deeper than full ones, and those of an end deeper still: the soft end of one segment would else keep
+    // the full pixels of the next one out.
+    bool beyondEnd = place.x < 0.0 || place.x > segmentLength;
+    gl_FragDepth = gl_FragCoord.z + (beyondEnd ? 1.0 : 0.5) * lift * (1.0 - cover);
 }

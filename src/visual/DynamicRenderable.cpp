@@ -68,8 +68,8 @@ void DynamicRenderable::prepareVertexBuffer(std::size_t count)
         // OGRE tells an old buffer from a new one by its address alone, which a second change before the next frame can
         // bring back. A touched declaration is always bound anew.
         const Ogre::VertexElement first = *data.vertexDeclaration->getElement(0);
-        data.vertexDeclaration->modifyElement(0, first.getSource(), first.getOffset(), first.getType(), first.getSemantic(),
-                                              first.getIndex());
+        data.vertexDeclaration->modifyElement(0, first.getSource(), first.getOffset(), first.getType(),
+                                              first.getSemantic(), first.getIndex());
     }
     data.vertexCount = count;
 }

@@ -55,11 +55,9 @@ void Scene::setWObjVisualVisible(bool visible)
 
 void Scene::setTypeVisible(VisualType type, bool visible, bool recursive)
 {
-    addRenderTask(
-        [this, type, visible, recursive] {
-            forType(*core, type, [&](Visual& visual) { visual.setVisible(visible, recursive); });
-        },
-        0);
+    addRenderTask([this, type, visible,
+                   recursive] { forType(*core, type, [&](Visual& visual) { visual.setVisible(visible, recursive); }); },
+                  0);
 }
 
 void Scene::addTaskFrame(unsigned id, const rob::PoseTemplate<double>& pose)

@@ -79,14 +79,15 @@ SceneFixture::~SceneFixture()
     }
     scene.clearHighlightedVisual();
     scene.clearSelections();
-    worldFrame->setVisible(true, false);
-    scene.setFrameSize(static_cast<unsigned>(testSettings().worldFrameSize), VisualType::Frame);
     drain();
-    worldFrame->resetAppearance();
     std::vector<visual::Visual*> made(world->getChildren().begin(), world->getChildren().end());
     std::erase(made, worldFrame);
     for (visual::Visual* visual : made)
         scene.deleteVisual(visual);
+    worldFrame->setVisible(true, false); // a hidden frame would keep the size that it shows
+    scene.setFrameSize(static_cast<unsigned>(testSettings().worldFrameSize), VisualType::Frame);
+    drain();
+    worldFrame->resetAppearance();
     layout::Layout::inst().clear();
     sdf::SdfManager::inst().clear();
 }

@@ -52,8 +52,8 @@ std::string freeObjectName(Ogre::SceneManager& manager, const std::string& wante
 
 Ogre::MaterialPtr materialByName(const std::string& name)
 {
-    Ogre::MaterialPtr material =
-        Ogre::MaterialManager::getSingleton().getByName(name, Ogre::ResourceGroupManager::AUTODETECT_RESOURCE_GROUP_NAME);
+    Ogre::MaterialPtr material = Ogre::MaterialManager::getSingleton().getByName(
+        name, Ogre::ResourceGroupManager::AUTODETECT_RESOURCE_GROUP_NAME);
     if (!material)
         OGRE_EXCEPT(Ogre::Exception::ERR_ITEM_NOT_FOUND, "There is no material " + name, "materialByName");
     return material;
