@@ -65,7 +65,9 @@ std::string mismatchOf(const Call& call)
 
 TEST_F(CurveVisualTest, WireHasAChildForEachEdgeInItsOrder)
 {
-    CurveVisual* curve = build(wire());
+    const TopoDS_Wire shape = wire();
+
+    const CurveVisual* curve = build(shape);
 
     const std::vector<EdgeVisual*> edges = edgesOf(*curve);
     ASSERT_EQ(edges.size(), 3u);
@@ -79,7 +81,7 @@ TEST_F(CurveVisualTest, WireHasAChildForEachEdgeInItsOrder)
         EXPECT_FALSE(Scene::HasVisual(edge->getId()));
     }
     EXPECT_EQ(curve->getType(), VisualType::Curve);
-    EXPECT_TRUE(curve->getShape().IsEqual(curve->getShape()));
+    EXPECT_TRUE(curve->getShape().IsEqual(shape));
 }
 
 TEST_F(CurveVisualTest, CurveCanBePickedAndItsPartSaysWhetherItIsDetected)
