@@ -127,6 +127,11 @@ public:
     void resetColor(unsigned id);
     void resetColor(Visual* visual);
 
+    // Point clouds; posted
+
+    /// Draws a cloud of the station, a `layout::PointCloud`, under the world.
+    void addPointCloud(sdf::SdfNode* node);
+
 private:
     using FaceOfSolid = std::pair<SolidVisual*, unsigned>;
 
