@@ -57,7 +57,8 @@ void main()
     vec4 view = worldView * vertex;
     vec4 clip = projection * view;
     float perUnit = 0.5 * viewportSize.y * abs(projection[1][1]) / max(clip.w, 1e-6);
-    pointSize = clamp(diameter.x * perUnit, smallest, largest);
+    float scale = length(worldView[0].xyz);
+    pointSize = clamp(diameter.x * scale * perUnit, smallest, largest);
     gl_PointSize = pointSize;
     vec4 lifted = projection * vec4(view.xyz * (1.0 - lift), view.w);
     if (clip.w > 0.0 && lifted.w > 0.0)
