@@ -112,6 +112,9 @@ public:
     bool isSelected(const Visual* visual) const;
     /// At once; a live reference. It may hold ids whose visuals are gone: test each.
     const std::vector<unsigned>& getSelectedVisuals() const { return selectedVisuals; }
+    /// These points of these clouds, by cloud id, and nothing else. A cloud with an empty list is selected as well.
+    /// An unknown id fails on the render thread as `GetVisual` does.
+    void selectPointCloud(const std::unordered_map<unsigned, std::vector<std::uint64_t>>& indicesOfClouds);
     /// One colour on a body, or on the bodies that are direct children.
     void setVisualColor(unsigned id, float r, float g, float b);
     /// The model's colours on a body, or on the bodies that are direct children.
@@ -167,6 +170,11 @@ public:
     /// old one is forgotten. Does nothing where the node has no solid.
     void updateSolidVisual(sdf::SdfNode* node, const TopoDS_Shape& shape);
 
+    // Point clouds; posted
+
+    /// Draws a cloud of the station, a `layout::PointCloud`, under the world.
+    void addPointCloud(sdf::SdfNode* node);
+
 private:
     using FaceOfSolid = std::pair<SolidVisual*, unsigned>;
 
@@ -179,6 +187,7 @@ private:
     void doResetColor(Visual* visual);
     void doSelectVisual(unsigned id);
     void doClearSelectedVisuals();
+    void doSelectPointCloud(const std::unordered_map<unsigned, std::vector<std::uint64_t>>& indicesOfClouds);
     void selectFace(unsigned id, unsigned face, const char* color);
     void forgetVisual(const Visual* visual);
     void createLights();
