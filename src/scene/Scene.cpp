@@ -2,6 +2,8 @@
 
 #include "platform/broker/SignalBroker.h"
 #include "platform/common/Checks.h"
+#include "scene/DepthClearListener.h"
+#include "scene/Grid.h"
 #include "scene/core/SceneCore.h"
 #include "view/Camera.h"
 #include "visual/Visual.h"
@@ -20,6 +22,9 @@ Scene* Scene::Instance = nullptr;
 Scene::Scene(const std::string& name)
     : core(std::make_unique<SceneCore>(name, Ogre::Root::getSingleton().getSceneManager("VRK_SceneManager")))
 {
+    depthClearListener = std::make_unique<DepthClearListener>();
+    core->sceneManager->addRenderQueueListener(depthClearListener.get());
+    core->instanceManagers.create(*core->sceneManager);
     core->worldVisual = new Visual(this);
     core->visuals.whenDeleted([this](const Visual* visual) { forgetVisual(visual); });
 }
@@ -27,6 +32,7 @@ Scene::Scene(const std::string& name)
 Scene::~Scene()
 {
     cameras.clear();
+    core->sceneManager->removeRenderQueueListener(depthClearListener.get());
     if (Instance == this)
         Instance = nullptr;
 }
@@ -91,6 +97,11 @@ Ogre::SceneManager* Scene::GetSceneManager()
     return Instance->core->sceneManager;
 }
 
+Ogre::InstanceManager* Scene::GetInstanceMgr(const std::string& name)
+{
+    return Instance->core->instanceManagers.get(name);
+}
+
 void Scene::addTempVisual(Visual* visual)
 {
     tempVisuals[visual->getId()] = visual;
@@ -122,6 +133,11 @@ void Scene::doRemoveTempVisual(unsigned id)
     tempVisuals.erase(id);
     // Also out of the selection: a dead visual there would be met by the next pick.
     deleteVisual(visual);
+}
+
+void Scene::cleanupInstanceBatches()
+{
+    addRenderTask([this] { core->instanceManagers.cleanupEmptyBatches(); }, 0);
 }
 
 Camera* Scene::createCamera(const std::string& name)

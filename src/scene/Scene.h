@@ -14,8 +14,10 @@
 #include <vector>
 
 namespace Ogre {
+class ColourValue;
+class InstanceManager;
 class SceneManager;
-}
+} // namespace Ogre
 namespace sdf {
 class SdfNode;
 }
@@ -25,6 +27,8 @@ class TopoDS_Shape;
 namespace vrk::visual {
 
 class Camera;
+class DepthClearListener;
+class Grid;
 class SceneCore;
 class SolidVisual;
 class Visual;
@@ -41,6 +45,14 @@ class Visual;
 /// done before the call returns.
 class VRK_EXPORT Scene {
 public:
+    /// What is drawn of the bodies. The values are fixed: applications store them.
+    enum class DisplayMode {
+        Shaded = 0,
+        ShadedWithEdges = 1,
+        Edges = 2,
+        Wire = 3, ///< every triangle, as lines
+    };
+
     // Life
 
     /// Null before start-up.
@@ -69,6 +81,8 @@ public:
     static bool HasVisual(unsigned id);
     static Visual* GetWorldVisual();
     static Ogre::SceneManager* GetSceneManager();
+    /// @throws std::out_of_range "invalid unordered_map<K, T> key" for an unknown name.
+    static Ogre::InstanceManager* GetInstanceMgr(const std::string& name);
     void addTempVisual(Visual* visual);
     /// Render thread. The visual and its descendants leave the registry and the selection, and die.
     void deleteVisual(Visual* visual);
@@ -78,12 +92,35 @@ public:
     void removeVisual(unsigned id);
     /// A visual that was entered by `addTempVisual`.
     void removeTempVisual(unsigned id);
+    /// Frees batches of instances in which none is left; each manager keeps the one that it made first.
+    void cleanupInstanceBatches();
 
     // Visibility; posted
 
     /// Shows or hides a visual with its children, and with it its part in picking. The members of a group for its id. An
     /// id that the model does not know is passed over without a post.
     void setVisualVisible(unsigned id, bool visible);
+
+    // Environment. Lights, grid and outline at once, on the render thread; lights are counted from 1 to 4.
+
+    void setAmbientLight(const Ogre::ColourValue& colour);
+    /// @throws Ogre::Exception for an unknown light, as the three below.
+    void setLightDiffuse(int index, float r, float g, float b);
+    void setLightSpecular(int index, float r, float g, float b);
+    /// The way towards the light, in the world.
+    void setLightDir(int index, float x, float y, float z);
+    void setLightEnable(int index, bool enable);
+    /// Makes the grid, once. Nothing hides it or takes it away: `false` does nothing, on purpose.
+    void setGrid(bool on);
+    /// The up axis of grid and camera: 0 for x, 1 for y, 2 for z. The setting changes at once, the rest is posted.
+    void setGridNormalDir(int dir);
+    // 0 without a grid; the length in model units
+    static unsigned GetGridCellCount();
+    static unsigned GetGridCellLength();
+    /// Posted. Shows and hides solids and wire frames, which picking is not told of. An unknown value does nothing.
+    void setDisplayMode(DisplayMode mode);
+    /// The outline around selected bodies. Nothing happens while the camera has no render target.
+    void setBorderHighlightEnabled(bool enable);
 
     // View
 
@@ -136,6 +173,9 @@ private:
     void doRemoveTempVisual(unsigned id);
     void doSetVisualVisible(unsigned id, bool visible);
     void doResetColor(Visual* visual);
+    void doSetGridNormalDir(int dir);
+    void doSetDisplayMode(DisplayMode mode);
+    void doSetVisible(const std::function<bool(const Visual&)>& test, bool visible);
     void selectFace(unsigned id, unsigned face, const char* color);
     void forgetVisual(const Visual* visual);
     void createLights();
@@ -143,6 +183,8 @@ private:
     static Scene* Instance;
 
     std::unique_ptr<SceneCore> core;
+    std::unique_ptr<DepthClearListener> depthClearListener;
+    std::unique_ptr<Grid> grid;
     std::vector<std::unique_ptr<Camera>> cameras;
     std::unordered_map<unsigned, Visual*> tempVisuals;
     std::deque<std::function<void()>> loadTasks;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "scene/core/InstanceManagers.h"
 #include "scene/core/RenderTaskQueue.h"
 #include "scene/core/SceneSettings.h"
 #include "scene/core/VisualRegistry.h"
@@ -12,7 +13,8 @@ class SceneManager;
 
 namespace vrk::visual {
 
-/// What everything below the scene needs of it: the queue, the registry, the settings and OGRE's scene manager.
+/// What everything below the scene needs of it: the queue, the registry, the settings, OGRE's scene manager and
+/// its managers of instances.
 ///
 /// Owner: the `Scene`, which is built around it. Thread: as its members say.
 class VRK_EXPORT SceneCore {
@@ -30,6 +32,7 @@ public:
     SceneSettings settings;
     RenderTaskQueue queue;
     VisualRegistry visuals;
+    InstanceManagers instanceManagers;
     Visual* worldVisual = nullptr; ///< root of the tree, never deleted
 };
 
