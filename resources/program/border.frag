@@ -3,22 +3,17 @@
 
 in vec2 pictureUv;
 
-uniform sampler2D mask; // alpha: whether the pixel belongs to the silhouette
+uniform sampler2D mask; // alpha: how much of the pixel belongs to the silhouette
 uniform vec4 coreColour;
 uniform vec4 fringeColour;
 
-const int reach = 3;                // pixels: how far away the silhouette is looked for
-const float coreBegin = 0.5;        // pixels from the edge of the silhouette, outwards
-const float coreEnd = 2.5;
-const float fringeBegin = -0.75;
-const float fringeEnd = 3.5;
+const int reach = 3;            // pixels: how far away the silhouette is looked for
+const float coreBegin = 0.4;    // pixels from the edge of the silhouette, outwards
+const float coreEnd = 2.4;
+const float fringeBegin = -0.8;
+const float fringeEnd = 3.2;
 
 out vec4 fragColour;
-
-bool covered(ivec2 texel)
-{
-    return texelFetch(mask, texel, 0).a > 0.0;
-}
 
 /// How much of the pixel lies between two distances from the edge.
 float within(float distance, float begin, float end)
@@ -26,32 +21,39 @@ float within(float distance, float begin, float end)
     return clamp(distance - begin + 0.5, 0.0, 1.0) * clamp(end - distance + 0.5, 0.0, 1.0);
 }
 
+/// The silhouette with its steps smoothed: 1 2 1 in both directions, by four looks between texels.
+float covered(vec2 uv, vec2 texel)
+{
+    return 0.25 * (texture(mask, uv + vec2(-0.5, -0.5) * texel).a + texture(mask, uv + vec2(0.5, -0.5) * texel).a +
+                   texture(mask, uv + vec2(-0.5, 0.5) * texel).a + texture(mask, uv + vec2(0.5, 0.5) * texel).a);
+}
+
 void main()
 {
-    ivec2 size = textureSize(mask, 0);
-    vec2 texelSize = 1.0 / vec2(size);
+    vec2 texel = 1.0 / vec2(textureSize(mask, 0));
 
     // Far from any edge, which is nearly everywhere, a look at groups of four texels is enough.
     float sum = 0.0;
-    for (int y = -1; y <= 1; ++y)
-        for (int x = -1; x <= 1; ++x)
-            sum += texture(mask, pictureUv + vec2(x, y) * 2.5 * texelSize).a;
-    if (sum == 0.0)
+    for (int y = -2; y <= 2; ++y)
+        for (int x = -2; x <= 2; ++x)
+            sum += texture(mask, pictureUv + (vec2(x, y) * 2.0 + 0.5) * texel).a;
+    if (sum == 0.0 || sum == 25.0)
         discard;
 
-    ivec2 here = ivec2(pictureUv * vec2(size));
-    bool inside = covered(here);
-    float nearest = 100.0; // squared distance to a texel on the other side of the edge
+    // The edge of the smoothed silhouette is two pixels wide. So a pixel of which a part is covered tells how far the edge
+    // is from its middle, and the nearest edge of all pixels around is the one that counts.
+    float toInside = 100.0;
+    float toOutside = 100.0;
     for (int y = -reach; y <= reach; ++y)
         for (int x = -reach; x <= reach; ++x) {
-            ivec2 there = here + ivec2(x, y);
-            // Beyond the picture lies nothing of either side.
-            if (any(lessThan(there, ivec2(0))) || any(greaterThanEqual(there, size)))
-                continue;
-            if (covered(there) != inside)
-                nearest = min(nearest, float(x * x + y * y));
+            float there = covered(pictureUv + vec2(x, y) * texel, texel);
+            float away = length(vec2(x, y));
+            if (there > 0.0)
+                toInside = min(toInside, away + 1.0 - 2.0 * there);
+            if (there < 1.0)
+                toOutside = min(toOutside, away - 1.0 + 2.0 * there);
         }
-    float distance = (sqrt(nearest) - 0.5) * (inside ? -1.0 : 1.0);
+    float distance = toInside > 0.0 ? toInside : -toOutside;
 
     float core = within(distance, coreBegin, coreEnd);
     float fringe = within(distance, fringeBegin, fringeEnd);

@@ -15,6 +15,8 @@ const float pixelsPerUnit = 2.6;
 const float depth = -0.985;                 // just behind the near plane
 const float depthPerUnit = 0.0004;
 
+const float letterLead = 4.0;               // how far letters are drawn ahead of what they may lie over
+
 out vec3 viewNormal;
 
 void main()
@@ -22,6 +24,7 @@ void main()
     vec3 p = (world * vertex).xyz - middle;
     vec2 pixel = place.xy + p.xy * pixelsPerUnit;
     vec2 position = pixel / viewportSize.xy * 2.0 - 1.0;
-    gl_Position = vec4(position.x, position.y * flipping, depth - p.z * depthPerUnit, 1.0);
-    viewNormal = mat3(world) * normal;
+    viewNormal = normalize(mat3(world) * normal);
+    float ahead = viewNormal.z > 0.9999 ? p.z + letterLead : p.z; // letters, and little else, face the viewer
+    gl_Position = vec4(position.x, position.y * flipping, depth - ahead * depthPerUnit, 1.0);
 }

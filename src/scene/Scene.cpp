@@ -2,6 +2,7 @@
 
 #include "platform/broker/SignalBroker.h"
 #include "platform/common/Checks.h"
+#include "scene/BorderMask.h"
 #include "scene/DepthClearListener.h"
 #include "scene/Grid.h"
 #include "scene/core/SceneCore.h"
@@ -24,6 +25,7 @@ Scene::Scene(const std::string& name)
 {
     depthClearListener = std::make_unique<DepthClearListener>();
     core->sceneManager->addRenderQueueListener(depthClearListener.get());
+    borderMask = std::make_unique<BorderMask>();
     core->instanceManagers.create(*core->sceneManager);
     core->worldVisual = new Visual(this);
     core->visuals.whenDeleted([this](const Visual* visual) { forgetVisual(visual); });

@@ -26,6 +26,7 @@ class TopoDS_Shape;
 
 namespace vrk::visual {
 
+class BorderMask;
 class Camera;
 class DepthClearListener;
 class Grid;
@@ -184,6 +185,7 @@ private:
 
     std::unique_ptr<SceneCore> core;
     std::unique_ptr<DepthClearListener> depthClearListener;
+    std::unique_ptr<BorderMask> borderMask;
     std::unique_ptr<Grid> grid;
     std::vector<std::unique_ptr<Camera>> cameras;
     std::unordered_map<unsigned, Visual*> tempVisuals;

@@ -61,7 +61,9 @@ void Scene::setLightSpecular(int index, float r, float g, float b)
 void Scene::setLightDir(int index, float x, float y, float z)
 {
     // In the world's space: a local direction would turn the light on from where it looks now.
-    lightOf(*core->sceneManager, index).getParentSceneNode()->setDirection(x, y, z, Ogre::Node::TS_WORLD);
+    Ogre::SceneNode* node = lightOf(*core->sceneManager, index).getParentSceneNode();
+    node->setDirection(x, y, z, Ogre::Node::TS_WORLD);
+    node->_update(true, true); // else the light hears of it with the next frame only
     broker::SignalBroker::updateScene();
 }
 

@@ -147,6 +147,7 @@ void AxesCross::follow()
     root->setVisible(shown);
     root->setPosition(rootPosition);
     root->setOrientation(camera.ogreCamera()->getRealOrientation().Inverse());
+    root->_update(true, false); // the axes, against which the letters are turned back, have moved with it
     for (Ogre::SceneNode* letter : letters)
         letter->_setDerivedOrientation(Ogre::Quaternion::IDENTITY);
     sendParameters();
