@@ -18,6 +18,7 @@
 #include <iostream>
 #include <limits>
 #include <map>
+#include <numeric>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -57,6 +58,30 @@ unsigned enter(Glyph& glyph, std::map<std::pair<long, long>, unsigned>& known, d
     return entry->second;
 }
 
+/// The same glyph in one order, since that of the mesher differs from run to run: vertices from left to right, triangles
+/// by their vertices.
+Glyph sorted(const Glyph& glyph)
+{
+    std::vector<unsigned> order(glyph.vertices.size());
+    std::iota(order.begin(), order.end(), 0u);
+    std::sort(order.begin(), order.end(),
+              [&](unsigned a, unsigned b) { return glyph.vertices[a] < glyph.vertices[b]; });
+    Glyph result;
+    std::vector<unsigned> newNumber(order.size());
+    for (unsigned i = 0; i < order.size(); ++i) {
+        newNumber[order[i]] = i;
+        result.vertices.push_back(glyph.vertices[order[i]]);
+    }
+    for (std::array<unsigned, 3> triangle : glyph.triangles) {
+        for (unsigned& vertex : triangle)
+            vertex = newNumber[vertex];
+        std::rotate(triangle.begin(), std::min_element(triangle.begin(), triangle.end()), triangle.end());
+        result.triangles.push_back(triangle);
+    }
+    std::sort(result.triangles.begin(), result.triangles.end());
+    return result;
+}
+
 Glyph triangulated(const TopoDS_Shape& outline, double scale, double lift)
 {
     const BRepMesh_IncrementalMesh mesher(outline, deflection / scale, false, angularDeflection, false);
@@ -81,7 +106,7 @@ Glyph triangulated(const TopoDS_Shape& outline, double scale, double lift)
             glyph.triangles.push_back(triangle);
         }
     }
-    return glyph;
+    return sorted(glyph);
 }
 
 std::pair<double, double> heightRange(const TopoDS_Shape& outline)

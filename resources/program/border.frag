@@ -40,8 +40,8 @@ void main()
     if (sum == 0.0 || sum == 25.0)
         discard;
 
-    // The edge of the smoothed silhouette is two pixels wide. So a pixel of which a part is covered tells how far the edge
-    // is from its middle, and the nearest edge of all pixels around is the one that counts.
+    // The edge of the smoothed silhouette is two pixels wide. So a pixel of which a part is covered tells how far the
+    // edge is from its middle, and the nearest edge of all pixels around is the one that counts.
     float toInside = 100.0;
     float toOutside = 100.0;
     for (int y = -reach; y <= reach; ++y)

@@ -1,6 +1,6 @@
 #version 330 core
-// A line as a strip of pixels with round ends. FROM_TRIANGLES: the line comes as a triangle of no area, whose second and
-// third vertices are one.
+// A line as a strip of pixels with round ends. FROM_TRIANGLES: the line comes as a triangle of no area, whose second
+// and third vertices are one.
 
 #ifdef FROM_TRIANGLES
 layout(triangles) in;
@@ -12,7 +12,7 @@ layout(triangle_strip, max_vertices = 4) out;
 in vec4 endColour[];
 
 uniform vec4 viewportSize; // pixels
-uniform float lineWidth;   // pixels, on a screen of up to 1080 lines; more on a finer one, so that lines can be seen there
+uniform float lineWidth;   // pixels on a picture of up to 1080 rows; more on a higher one, so that it is seen there too
 uniform float haloWidth;   // the same, beside the line
 
 out vec4 lineColour;

@@ -18,8 +18,8 @@ class Camera;
 
 /// The cross of three lettered axes in the lower left corner of a camera's view: it shows how the world is turned.
 ///
-/// It hangs in the scene like anything else, but the programs of its material put it into the corner, at a size in pixels
-/// that is the same in any window. Only its own camera sees it.
+/// It hangs in the scene like anything else, but the programs of its material put it into the corner, at a size in
+/// pixels that is the same in any window. Only its own camera sees it.
 ///
 /// Owner: the camera. Thread: render thread.
 class VRK_EXPORT AxesCross {
