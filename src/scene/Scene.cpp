@@ -2,6 +2,9 @@
 
 #include "platform/broker/SignalBroker.h"
 #include "platform/common/Checks.h"
+#include "scene/BorderMask.h"
+#include "scene/DepthClearListener.h"
+#include "scene/Grid.h"
 #include "scene/core/SceneCore.h"
 #include "view/Camera.h"
 #include "visual/Visual.h"
@@ -20,6 +23,10 @@ Scene* Scene::Instance = nullptr;
 Scene::Scene(const std::string& name)
     : core(std::make_unique<SceneCore>(name, Ogre::Root::getSingleton().getSceneManager("VRK_SceneManager")))
 {
+    depthClearListener = std::make_unique<DepthClearListener>();
+    core->sceneManager->addRenderQueueListener(depthClearListener.get());
+    borderMask = std::make_unique<BorderMask>();
+    core->instanceManagers.create(*core->sceneManager);
     core->worldVisual = new Visual(this);
     core->visuals.whenDeleted([this](const Visual* visual) { forgetVisual(visual); });
 }
@@ -27,6 +34,7 @@ Scene::Scene(const std::string& name)
 Scene::~Scene()
 {
     cameras.clear();
+    core->sceneManager->removeRenderQueueListener(depthClearListener.get());
     if (Instance == this)
         Instance = nullptr;
 }
@@ -96,6 +104,11 @@ Ogre::SceneManager* Scene::GetSceneManager()
     return Instance->core->sceneManager;
 }
 
+Ogre::InstanceManager* Scene::GetInstanceMgr(const std::string& name)
+{
+    return Instance->core->instanceManagers.get(name);
+}
+
 void Scene::addTempVisual(Visual* visual)
 {
     tempVisuals[visual->getId()] = visual;
@@ -127,6 +140,11 @@ void Scene::doRemoveTempVisual(unsigned id)
     tempVisuals.erase(id);
     // Also out of the selection: a dead visual there would be met by the next pick.
     deleteVisual(visual);
+}
+
+void Scene::cleanupInstanceBatches()
+{
+    addRenderTask([this] { core->instanceManagers.cleanupEmptyBatches(); }, 0);
 }
 
 Camera* Scene::createCamera(const std::string& name)

@@ -93,7 +93,8 @@ TEST_F(SceneTest, TemporaryVisualIsKnownAtOnceAndRemovedByAPost)
     scene.removeTempVisual(id);
     drain();
 
-    EXPECT_TRUE(world->getChildren().begin() == world->getChildren().end());
+    EXPECT_THAT(std::vector<Visual*>(world->getChildren().begin(), world->getChildren().end()),
+                ElementsAre(gridVisual()));
 }
 
 TEST_F(SceneTest, RemovingAnUnknownTemporaryVisualFailsOnTheRenderThread)

@@ -6,6 +6,7 @@
 #include "platform/sdf/SdfManager.h"
 #include "scene/Init.h"
 #include "selection/VisualSelection.h"
+#include "view/AxesCross.h"
 #include "view/Camera.h"
 #include "view/OffscreenTarget.h"
 #include "visual/Visual.h"
@@ -56,6 +57,8 @@ visual::SceneSettings testSettings()
 SceneFixture::SceneFixture()
     : scene(startedScene()), sceneManager(visual::Scene::GetSceneManager()), world(visual::Scene::GetWorldVisual())
 {
+    showGrid(false);
+    showCornerAxes(false);
 }
 
 SceneFixture::~SceneFixture()
@@ -69,10 +72,30 @@ SceneFixture::~SceneFixture()
     scene.clearHighlightedFace();
     scene.clearSelectedFaces();
     drain();
-    while (world->getChildren().begin() != world->getChildren().end())
-        scene.deleteVisual(*world->getChildren().begin());
+    std::vector<visual::Visual*> made(world->getChildren().begin(), world->getChildren().end());
+    std::erase(made, gridVisual());
+    for (visual::Visual* visual : made)
+        scene.deleteVisual(visual);
     layout::Layout::inst().clear();
     sdf::SdfManager::inst().clear();
+}
+
+visual::Visual* SceneFixture::gridVisual() const
+{
+    for (visual::Visual* child : world->getChildren())
+        if (child->getName().starts_with("Grid"))
+            return child;
+    return nullptr;
+}
+
+void SceneFixture::showGrid(bool show)
+{
+    gridVisual()->setVisible(show, false);
+}
+
+void SceneFixture::showCornerAxes(bool show)
+{
+    visual::Camera::Get()->axesCross().setShown(show);
 }
 
 View lookingAtOrigin(float distance)

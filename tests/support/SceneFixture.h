@@ -23,7 +23,8 @@ namespace vrk::test {
 /// The settings of a test scene: z up, everything of robot programs drawn.
 visual::SceneSettings testSettings();
 
-/// Starts the library once a process, under one window. Each test begins and ends with an empty scene and an empty model.
+/// Starts the library once a process, under one window. Each test begins and ends with an empty scene, in which grid and
+/// corner axes are hidden, and an empty model.
 class SceneFixture : public testing::Test {
 protected:
     SceneFixture();
@@ -31,6 +32,10 @@ protected:
 
     /// Runs what was posted.
     void drain() { scene.processMsgs(); }
+    /// The visual of the grid, which the scene keeps through all tests.
+    visual::Visual* gridVisual() const;
+    void showGrid(bool show);
+    void showCornerAxes(bool show);
 
     visual::Scene& scene;
     Ogre::SceneManager* sceneManager;

@@ -109,7 +109,7 @@ TEST_F(SolidVisualTest, BareShapeWithThreeMaterialsCanBePicked)
 {
     SolidVisual::Build(world, test::meshedBox(1, 1, 1), "Body", "BodySelected", "BodyHighlighted");
 
-    auto* solid = static_cast<SolidVisual*>(*world->getChildren().begin());
+    auto* solid = static_cast<SolidVisual*>(*std::next(world->getChildren().begin())); // the first is the grid
     EXPECT_TRUE(picking.hasVisual(solid));
     EXPECT_FALSE(picking.isDetectable(solid));
     solid->setHighlighted();
