@@ -7,7 +7,8 @@
 #include "scene/Grid.h"
 #include "scene/core/SceneCore.h"
 #include "view/Camera.h"
-#include "visual/Visual.h"
+#include "visual/FrameVisual.h"
+#include "visual/HighlightedEdge.h"
 
 #include <Ogre.h>
 
@@ -21,7 +22,8 @@ const Ogre::ColourValue startAmbient(0.3f, 0.3f, 0.3f, 1.0f);
 Scene* Scene::Instance = nullptr;
 
 Scene::Scene(const std::string& name)
-    : core(std::make_unique<SceneCore>(name, Ogre::Root::getSingleton().getSceneManager("VRK_SceneManager")))
+    : core(std::make_unique<SceneCore>(name, Ogre::Root::getSingleton().getSceneManager("VRK_SceneManager"))),
+      highlightedEdge(std::make_unique<HighlightedEdge>())
 {
     depthClearListener = std::make_unique<DepthClearListener>();
     core->sceneManager->addRenderQueueListener(depthClearListener.get());
@@ -49,6 +51,8 @@ void Scene::Init(const SceneSettings& settings)
     Instance = new Scene("Daltrimo Scene");
     Instance->core->settings = settings;
     Instance->createCamera("camera0");
+    Instance->core->visuals.enter(
+        new FrameVisual(Instance->core->worldVisual, static_cast<float>(settings.worldFrameSize)));
     Instance->core->sceneManager->setAmbientLight(startAmbient);
     broker::SignalBroker::updateScene();
     Instance->createLights();
@@ -162,6 +166,12 @@ void Scene::forgetVisual(const Visual* visual)
         highlightedVisual = nullptr;
     if (isOfVisual(highlightedFace))
         highlightedFace = {};
+    if (highlightedEdge->visual == visual) {
+        highlightedEdge->visual = nullptr;
+        highlightedEdge->edge.Nullify();
+    }
+    if (highlightedEdge->drawn == visual)
+        highlightedEdge->drawn = nullptr;
     std::erase_if(selectedFaces, isOfVisual);
     std::erase_if(tempVisuals, [visual](const auto& entry) { return entry.second == visual; });
 }

@@ -4,6 +4,7 @@
 #include "scene/core/RenderTaskQueue.h"
 #include "scene/core/SceneSettings.h"
 #include "scene/math/Pose.h"
+#include "visual/VisualType.h"
 
 #include <cstdint>
 #include <functional>
@@ -21,6 +22,7 @@ class SceneManager;
 namespace sdf {
 class SdfNode;
 }
+class TopoDS_Edge;
 class TopoDS_Face;
 class TopoDS_Shape;
 
@@ -31,6 +33,7 @@ class Camera;
 class DepthClearListener;
 class Grid;
 class SceneCore;
+struct HighlightedEdge;
 class SolidVisual;
 class Visual;
 class VisualStateManager;
@@ -106,6 +109,19 @@ public:
     /// Shows or hides a visual with its children, and with it its part in picking. The members of a group for its id. An
     /// id that the model does not know is passed over without a post.
     void setVisualVisible(unsigned id, bool visible);
+
+    // Frames; posted
+
+    /// How long the axes of all frames of a kind are. Without a frame of that kind in the scene nothing happens, else the
+    /// next frames are built in that size too; the size of tool frames counts for plain ones in that.
+    void setFrameSize(unsigned size, VisualType type);
+    void setFrameVisualVisible(bool visible);
+    void setTcpVisualVisible(bool visible);
+    /// Robot targets; joint targets stay as they are.
+    void setTargetVisualVisible(bool visible);
+    /// Work objects, with the frames in them.
+    void setWObjVisualVisible(bool visible);
+    void addTaskFrame(unsigned id, const rob::PoseTemplate<double>& pose);
 
     // Appearance. Posted, but for the records of what is highlighted, which change at once: call these from one thread.
 
@@ -202,6 +218,24 @@ public:
     /// At once. The face where it lies in the world.
     static TopoDS_Face GetBodyFaceInWorld(unsigned id, unsigned face);
 
+    // Picking state: edges, with the same proviso
+
+    void highlightEdge(Visual* visual, const TopoDS_Edge& edge);
+    void clearHighlightedEdge();
+    /// This generated edge, and nothing else.
+    void selectGeneratedEdge(unsigned id, const TopoDS_Edge& edge);
+
+    // Edges and curves; posted. Generated edges lie under the visual of `id`, and are found by the same shape, location and
+    // orientation; where there is none, nothing happens.
+
+    void addCurveArrow(unsigned id, bool forward);
+    void clearCurveArrow(unsigned id);
+    void addEdgeArrow(unsigned id, const TopoDS_Edge& edge, bool forward);
+    void clearEdgeArrow(unsigned id, const TopoDS_Edge& edge);
+    /// An edge without polygon is not drawn.
+    void addGeneratedEdge(unsigned id, const TopoDS_Edge& edge);
+    void removeGeneratedEdge(unsigned id, const TopoDS_Edge& edge);
+
     // Bodies; posted
 
     /// The body's solid made anew from another shape, under the same parent and id. What was hidden or selected of the
@@ -221,6 +255,10 @@ private:
     void doRemoveVisual(unsigned id);
     void doRemoveTempVisual(unsigned id);
     void doSetVisualVisible(unsigned id, bool visible);
+    void doSetFramesSize(unsigned size, VisualType type);
+    void setTypeVisible(VisualType type, bool visible, bool recursive);
+    void doAddGeneratedEdge(unsigned id, const TopoDS_Edge& edge);
+    void doHighlightEdge(Visual* visual, const TopoDS_Edge& edge);
     void doSetColor(unsigned id, float r, float g, float b);
     void doResetColor(Visual* visual);
     void doSelectVisual(unsigned id);
@@ -245,6 +283,7 @@ private:
     Visual* highlightedVisual = nullptr;
     std::vector<unsigned> selectedVisuals;
     FaceOfSolid highlightedFace{};
+    std::unique_ptr<HighlightedEdge> highlightedEdge;
     std::vector<FaceOfSolid> selectedFaces; // in the order of selection
 };
 

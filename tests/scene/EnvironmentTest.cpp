@@ -167,7 +167,8 @@ TEST_F(EnvironmentGrid, IsMadeOnlyOnce)
     scene.setGrid(true);
 
     EXPECT_EQ(gridVisual(), before);
-    EXPECT_EQ(std::distance(world->getChildren().begin(), world->getChildren().end()), 1);
+    EXPECT_EQ(std::distance(world->getChildren().begin(), world->getChildren().end()), 2)
+        << "the grid and the frame of the world";
 }
 
 TEST_F(EnvironmentGrid, NormalIsStoredAtOnceAndTheGridTurnedLater)

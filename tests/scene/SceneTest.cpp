@@ -5,6 +5,7 @@
 #include "scene/core/SceneCore.h"
 #include "selection/VisualSelection.h"
 #include "support/SceneFixture.h"
+#include "visual/FrameVisual.h"
 #include "visual/SolidVisual.h"
 
 #include <Ogre.h>
@@ -94,7 +95,7 @@ TEST_F(SceneTest, TemporaryVisualIsKnownAtOnceAndRemovedByAPost)
     drain();
 
     EXPECT_THAT(std::vector<Visual*>(world->getChildren().begin(), world->getChildren().end()),
-                ElementsAre(gridVisual()));
+                testing::UnorderedElementsAre(gridVisual(), worldFrame));
 }
 
 TEST_F(SceneTest, RemovingAnUnknownTemporaryVisualFailsOnTheRenderThread)

@@ -9,7 +9,7 @@
 #include "view/AxesCross.h"
 #include "view/Camera.h"
 #include "view/OffscreenTarget.h"
-#include "visual/Visual.h"
+#include "visual/FrameVisual.h"
 
 #include <BRepMesh_IncrementalMesh.hxx>
 #include <BRepPrimAPI_MakeBox.hxx>
@@ -25,6 +25,15 @@ visual::Scene& startedScene()
         visual::Init(64, 64, testSettings());
     }
     return *visual::Scene::Get();
+}
+
+/// The frame of the world, which the scene makes at its start and keeps through all tests.
+visual::FrameVisual* startedWorldFrame()
+{
+    for (visual::Visual* child : visual::Scene::GetWorldVisual()->getChildren())
+        if (child->getType() == VisualType::Frame)
+            return dynamic_cast<visual::FrameVisual*>(child);
+    return nullptr;
 }
 
 } // namespace
@@ -55,10 +64,12 @@ visual::SceneSettings testSettings()
 }
 
 SceneFixture::SceneFixture()
-    : scene(startedScene()), sceneManager(visual::Scene::GetSceneManager()), world(visual::Scene::GetWorldVisual())
+    : scene(startedScene()), sceneManager(visual::Scene::GetSceneManager()), world(visual::Scene::GetWorldVisual()),
+      worldFrame(startedWorldFrame())
 {
     showGrid(false);
     showCornerAxes(false);
+    worldFrame->setVisible(false, false);
 }
 
 SceneFixture::~SceneFixture()
@@ -69,10 +80,14 @@ SceneFixture::~SceneFixture()
     } catch (const std::exception& failure) {
         ADD_FAILURE() << "a task left in the queue failed: " << failure.what();
     }
-    scene.clearHighlightedFace();
-    scene.clearSelectedFaces();
+    scene.clearHighlightedVisual();
+    scene.clearSelections();
+    worldFrame->setVisible(true, false);
+    scene.setFrameSize(static_cast<unsigned>(testSettings().worldFrameSize), VisualType::Frame);
     drain();
+    worldFrame->resetAppearance();
     std::vector<visual::Visual*> made(world->getChildren().begin(), world->getChildren().end());
+    std::erase(made, worldFrame);
     std::erase(made, gridVisual());
     for (visual::Visual* visual : made)
         scene.deleteVisual(visual);
