@@ -2,6 +2,9 @@
 
 #include "platform/broker/SignalBroker.h"
 #include "platform/common/Checks.h"
+#include "scene/BorderMask.h"
+#include "scene/DepthClearListener.h"
+#include "scene/Grid.h"
 #include "scene/core/SceneCore.h"
 #include "view/Camera.h"
 #include "visual/FrameVisual.h"
@@ -22,6 +25,10 @@ Scene::Scene(const std::string& name)
     : core(std::make_unique<SceneCore>(name, Ogre::Root::getSingleton().getSceneManager("VRK_SceneManager"))),
       highlightedEdge(std::make_unique<HighlightedEdge>())
 {
+    depthClearListener = std::make_unique<DepthClearListener>();
+    core->sceneManager->addRenderQueueListener(depthClearListener.get());
+    borderMask = std::make_unique<BorderMask>();
+    core->instanceManagers.create(*core->sceneManager);
     core->worldVisual = new Visual(this);
     core->visuals.whenDeleted([this](const Visual* visual) { forgetVisual(visual); });
 }
@@ -29,6 +36,7 @@ Scene::Scene(const std::string& name)
 Scene::~Scene()
 {
     cameras.clear();
+    core->sceneManager->removeRenderQueueListener(depthClearListener.get());
     if (Instance == this)
         Instance = nullptr;
 }
@@ -100,6 +108,11 @@ Ogre::SceneManager* Scene::GetSceneManager()
     return Instance->core->sceneManager;
 }
 
+Ogre::InstanceManager* Scene::GetInstanceMgr(const std::string& name)
+{
+    return Instance->core->instanceManagers.get(name);
+}
+
 void Scene::addTempVisual(Visual* visual)
 {
     tempVisuals[visual->getId()] = visual;
@@ -133,6 +146,11 @@ void Scene::doRemoveTempVisual(unsigned id)
     deleteVisual(visual);
 }
 
+void Scene::cleanupInstanceBatches()
+{
+    addRenderTask([this] { core->instanceManagers.cleanupEmptyBatches(); }, 0);
+}
+
 Camera* Scene::createCamera(const std::string& name)
 {
     return cameras.emplace_back(std::make_unique<Camera>(name, this)).get();
@@ -141,7 +159,9 @@ Camera* Scene::createCamera(const std::string& name)
 /// Drops a dying visual from every record that points to it.
 void Scene::forgetVisual(const Visual* visual)
 {
-    const auto isOfVisual = [visual](const FaceOfSolid& face) { return static_cast<const void*>(face.first) == visual; };
+    const auto isOfVisual = [visual](const FaceOfSolid& face) {
+        return static_cast<const void*>(face.first) == visual;
+    };
     if (highlightedVisual == visual)
         highlightedVisual = nullptr;
     if (isOfVisual(highlightedFace))

@@ -15,8 +15,10 @@
 #include <vector>
 
 namespace Ogre {
+class ColourValue;
+class InstanceManager;
 class SceneManager;
-}
+} // namespace Ogre
 namespace sdf {
 class SdfNode;
 }
@@ -26,7 +28,10 @@ class TopoDS_Shape;
 
 namespace vrk::visual {
 
+class BorderMask;
 class Camera;
+class DepthClearListener;
+class Grid;
 class SceneCore;
 struct HighlightedEdge;
 class SolidVisual;
@@ -47,6 +52,14 @@ class VRK_EXPORT Scene {
 public:
     /// Which of two groups, whose collisions are looked at, a visual belongs to.
     enum class VisualCollisionState { None = 0, GroupA = 1, GroupB = 2 };
+
+    /// What is drawn of the bodies. The values are fixed: applications store them.
+    enum class DisplayMode {
+        Shaded = 0,
+        ShadedWithEdges = 1,
+        Edges = 2,
+        Wire = 3, ///< every triangle, as lines
+    };
 
     // Life
 
@@ -77,6 +90,8 @@ public:
     static Visual* GetWorldVisual();
     static VisualStateManager* GetStateManager();
     static Ogre::SceneManager* GetSceneManager();
+    /// @throws std::out_of_range "invalid unordered_map<K, T> key" for an unknown name.
+    static Ogre::InstanceManager* GetInstanceMgr(const std::string& name);
     void addTempVisual(Visual* visual);
     /// Render thread. The visual and its descendants leave the registry and the selection, and die.
     void deleteVisual(Visual* visual);
@@ -86,6 +101,8 @@ public:
     void removeVisual(unsigned id);
     /// A visual that was entered by `addTempVisual`.
     void removeTempVisual(unsigned id);
+    /// Frees batches of instances in which none is left; each manager keeps the one that it made first.
+    void cleanupInstanceBatches();
 
     // Visibility; posted
 
@@ -128,6 +145,9 @@ public:
     bool isSelected(const Visual* visual) const;
     /// At once; a live reference. It may hold ids whose visuals are gone: test each.
     const std::vector<unsigned>& getSelectedVisuals() const { return selectedVisuals; }
+    /// These points of these clouds, by cloud id, and nothing else. A cloud with an empty list is selected as well.
+    /// An unknown id fails on the render thread as `GetVisual` does.
+    void selectPointCloud(const std::unordered_map<unsigned, std::vector<std::uint64_t>>& indicesOfClouds);
     /// One colour on a body, or on the bodies that are direct children.
     void setVisualColor(unsigned id, float r, float g, float b);
     /// The model's colours on a body, or on the bodies that are direct children.
@@ -143,6 +163,27 @@ public:
     /// An unknown id is passed over.
     void setVisualCollisionEmphasizeState(unsigned id, VisualCollisionState state);
     void clearVisualCollisionEmphasizeState(unsigned id);
+
+    // Environment. Lights, grid and outline at once, on the render thread; lights are counted from 1 to 4.
+
+    void setAmbientLight(const Ogre::ColourValue& colour);
+    /// @throws Ogre::Exception for an unknown light, as the three below.
+    void setLightDiffuse(int index, float r, float g, float b);
+    void setLightSpecular(int index, float r, float g, float b);
+    /// The way towards the light, in the world.
+    void setLightDir(int index, float x, float y, float z);
+    void setLightEnable(int index, bool enable);
+    /// Makes the grid, once. Nothing hides it or takes it away: `false` does nothing, on purpose.
+    void setGrid(bool on);
+    /// The up axis of grid and camera: 0 for x, 1 for y, 2 for z. The setting changes at once, the rest is posted.
+    void setGridNormalDir(int dir);
+    // 0 without a grid; the length in model units
+    static unsigned GetGridCellCount();
+    static unsigned GetGridCellLength();
+    /// Posted. Shows and hides solids and wire frames, which picking is not told of. An unknown value does nothing.
+    void setDisplayMode(DisplayMode mode);
+    /// The outline around selected bodies. Nothing happens while the camera has no render target.
+    void setBorderHighlightEnabled(bool enable);
 
     // View
 
@@ -201,6 +242,11 @@ public:
     /// old one is forgotten. Does nothing where the node has no solid.
     void updateSolidVisual(sdf::SdfNode* node, const TopoDS_Shape& shape);
 
+    // Point clouds; posted
+
+    /// Draws a cloud of the station, a `layout::PointCloud`, under the world.
+    void addPointCloud(sdf::SdfNode* node);
+
 private:
     using FaceOfSolid = std::pair<SolidVisual*, unsigned>;
 
@@ -217,6 +263,10 @@ private:
     void doResetColor(Visual* visual);
     void doSelectVisual(unsigned id);
     void doClearSelectedVisuals();
+    void doSelectPointCloud(const std::unordered_map<unsigned, std::vector<std::uint64_t>>& indicesOfClouds);
+    void doSetGridNormalDir(int dir);
+    void doSetDisplayMode(DisplayMode mode);
+    void doSetVisible(const std::function<bool(const Visual&)>& test, bool visible);
     void selectFace(unsigned id, unsigned face, const char* color);
     void forgetVisual(const Visual* visual);
     void createLights();
@@ -224,6 +274,9 @@ private:
     static Scene* Instance;
 
     std::unique_ptr<SceneCore> core;
+    std::unique_ptr<DepthClearListener> depthClearListener;
+    std::unique_ptr<BorderMask> borderMask;
+    std::unique_ptr<Grid> grid;
     std::vector<std::unique_ptr<Camera>> cameras;
     std::unordered_map<unsigned, Visual*> tempVisuals;
     std::deque<std::function<void()>> loadTasks;

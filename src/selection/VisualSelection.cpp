@@ -4,6 +4,8 @@
 #include "platform/common/Checks.h"
 #include "visual/CurveVisual.h"
 #include "visual/LineVisual.h"
+#include "visual/PointCloudVisual.h"
+#include "visual/PointVisual.h"
 #include "visual/SolidVisual.h"
 
 namespace vrk::selection {
@@ -56,6 +58,16 @@ void VisualSelection::addMeshVisual(visual::Visual* visual, bool detectable, boo
         if (v->getType() == VisualType::Mesh || v->getType() == VisualType::Paint)
             enter(v, detectable, priority);
     });
+}
+
+void VisualSelection::addPointVisual(visual::PointVisual* visual, bool detectable)
+{
+    enter(visual, detectable, false);
+}
+
+void VisualSelection::addPointCloudVisual(visual::PointCloudVisual* visual, bool detectable)
+{
+    enter(visual, detectable, false);
 }
 
 void VisualSelection::addLineVisual(visual::LineVisual* visual)

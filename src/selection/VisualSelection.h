@@ -8,11 +8,13 @@
 class TopoDS_Shape;
 
 namespace vrk::visual {
+class PointCloudVisual;
+class PointVisual;
 class CurveVisual;
 class LineVisual;
 class SolidVisual;
 class Visual;
-}
+} // namespace vrk::visual
 
 namespace vrk::selection {
 
@@ -37,6 +39,8 @@ public:
     void addCurveVisual(const TopoDS_Shape& shape, visual::CurveVisual* visual, bool detectable);
     /// Registers every mesh or paint visual among this one and its descendants.
     void addMeshVisual(visual::Visual* visual, bool detectable, bool priority);
+    void addPointVisual(visual::PointVisual* visual, bool detectable);
+    void addPointCloudVisual(visual::PointCloudVisual* visual, bool detectable);
     /// Detectable.
     void addLineVisual(visual::LineVisual* visual);
     /// The visual must be registered.

@@ -4,6 +4,8 @@ class TopoDS_Shape;
 
 namespace vrk::visual {
 
+class PointCloudVisual;
+class PointVisual;
 class CurveVisual;
 class LineVisual;
 class SolidVisual;
@@ -20,6 +22,10 @@ void markDirty(Visual* visual);
 void addShape(const TopoDS_Shape& shape, SolidVisual* visual, bool detectable);
 void addCurveVisual(const TopoDS_Shape& shape, CurveVisual* visual, bool detectable);
 void addMeshVisual(Visual* visual, bool detectable, bool priority);
+void addPointVisual(PointVisual* visual, bool detectable);
+void addPointCloudVisual(PointCloudVisual* visual, bool detectable);
+/// Forgets this visual, if it is known, but not its descendants.
+void removeObject(Visual* visual);
 void addLineVisual(LineVisual* visual);
 /// Forgets this visual and its descendants.
 void removeCompoundObject(Visual* visual);

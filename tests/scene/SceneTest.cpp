@@ -94,8 +94,8 @@ TEST_F(SceneTest, TemporaryVisualIsKnownAtOnceAndRemovedByAPost)
     scene.removeTempVisual(id);
     drain();
 
-    for (const Visual* child : world->getChildren())
-        EXPECT_EQ(child, worldFrame) << "nothing else is left";
+    EXPECT_THAT(std::vector<Visual*>(world->getChildren().begin(), world->getChildren().end()),
+                testing::UnorderedElementsAre(gridVisual(), worldFrame));
 }
 
 TEST_F(SceneTest, RemovingAnUnknownTemporaryVisualFailsOnTheRenderThread)

@@ -6,6 +6,7 @@
 #include "platform/sdf/SdfManager.h"
 #include "scene/Init.h"
 #include "selection/VisualSelection.h"
+#include "view/AxesCross.h"
 #include "view/Camera.h"
 #include "view/OffscreenTarget.h"
 #include "visual/FrameVisual.h"
@@ -66,6 +67,8 @@ SceneFixture::SceneFixture()
     : scene(startedScene()), sceneManager(visual::Scene::GetSceneManager()), world(visual::Scene::GetWorldVisual()),
       worldFrame(startedWorldFrame())
 {
+    showGrid(false);
+    showCornerAxes(false);
     worldFrame->setVisible(false, false);
 }
 
@@ -82,6 +85,7 @@ SceneFixture::~SceneFixture()
     drain();
     std::vector<visual::Visual*> made(world->getChildren().begin(), world->getChildren().end());
     std::erase(made, worldFrame);
+    std::erase(made, gridVisual());
     for (visual::Visual* visual : made)
         scene.deleteVisual(visual);
     worldFrame->setVisible(true, false); // a hidden frame would keep the size that it shows
@@ -90,6 +94,24 @@ SceneFixture::~SceneFixture()
     worldFrame->resetAppearance();
     layout::Layout::inst().clear();
     sdf::SdfManager::inst().clear();
+}
+
+visual::Visual* SceneFixture::gridVisual() const
+{
+    for (visual::Visual* child : world->getChildren())
+        if (child->getName().starts_with("Grid"))
+            return child;
+    return nullptr;
+}
+
+void SceneFixture::showGrid(bool show)
+{
+    gridVisual()->setVisible(show, false);
+}
+
+void SceneFixture::showCornerAxes(bool show)
+{
+    visual::Camera::Get()->axesCross().setShown(show);
 }
 
 View lookingAtOrigin(float distance)
@@ -135,8 +157,8 @@ Picture RenderTest::render(const View& view)
 Pixel RenderTest::pixelAt(const Picture& picture, const rob::PosTemplate<float>& point) const
 {
     const Ogre::Camera& camera = *visual::Camera::Get()->ogreCamera();
-    const Ogre::Vector4 clip =
-        camera.getProjectionMatrix() * (Ogre::Matrix4(camera.getViewMatrix()) * Ogre::Vector4(point.x, point.y, point.z, 1));
+    const Ogre::Vector4 clip = camera.getProjectionMatrix() *
+                               (Ogre::Matrix4(camera.getViewMatrix()) * Ogre::Vector4(point.x, point.y, point.z, 1));
     const float x = (clip.x / clip.w * 0.5f + 0.5f) * static_cast<float>(picture.width);
     const float y = (0.5f - clip.y / clip.w * 0.5f) * static_cast<float>(picture.height);
     return picture.at(static_cast<unsigned>(x), static_cast<unsigned>(y));

@@ -38,8 +38,8 @@ protected:
     }
     static bool hasMesh(const std::string& name)
     {
-        return Ogre::MeshManager::getSingleton().resourceExists(name,
-                                                                Ogre::ResourceGroupManager::DEFAULT_RESOURCE_GROUP_NAME);
+        return Ogre::MeshManager::getSingleton().resourceExists(
+            name, Ogre::ResourceGroupManager::DEFAULT_RESOURCE_GROUP_NAME);
     }
 };
 
@@ -109,7 +109,11 @@ TEST_F(SolidVisualTest, BareShapeWithThreeMaterialsCanBePicked)
 {
     SolidVisual::Build(world, test::meshedBox(1, 1, 1), "Body", "BodySelected", "BodyHighlighted");
 
-    auto* solid = static_cast<SolidVisual*>(*std::next(world->getChildren().begin())); // behind the frame of the world
+    const VisualChildren children = world->getChildren();
+    Visual* last = nullptr;
+    for (Visual* child : children)
+        last = child;
+    auto* solid = static_cast<SolidVisual*>(last);
     EXPECT_TRUE(picking.hasVisual(solid));
     EXPECT_FALSE(picking.isDetectable(solid));
     solid->setHighlighted();

@@ -2,6 +2,7 @@
 
 #include "platform/layout/Body.h"
 #include "platform/layout/Part.h"
+#include "platform/layout/PointCloud.h"
 #include "platform/sdf/SdfManager.h"
 
 #include <algorithm>
@@ -48,13 +49,39 @@ void Layout::removePart(unsigned id)
     removeObjects(*removed);
 }
 
+void Layout::addPointCloud(std::shared_ptr<PointCloud> cloud)
+{
+    sdf::SdfManager& manager = sdf::SdfManager::inst();
+    const std::unique_lock lock(manager.mutex());
+    manager.add(cloud);
+    pointclouds.push_back(std::move(cloud));
+}
+
+void Layout::removePointCloud(unsigned id)
+{
+    std::shared_ptr<PointCloud> removed; // freed after the lock: clouds are large
+    sdf::SdfManager& manager = sdf::SdfManager::inst();
+    const std::unique_lock lock(manager.mutex());
+    const auto found = std::ranges::find(pointclouds, id, [](const auto& cloud) { return cloud->getId(); });
+    if (found == pointclouds.end())
+        return;
+    removed = std::move(*found);
+    pointclouds.erase(found);
+    manager.remove(id);
+}
+
 void Layout::clear()
 {
     std::vector<std::shared_ptr<Part>> removed; // freed after the lock, as above
-    const std::unique_lock lock(sdf::SdfManager::inst().mutex());
+    std::vector<std::shared_ptr<PointCloud>> removedClouds;
+    sdf::SdfManager& manager = sdf::SdfManager::inst();
+    const std::unique_lock lock(manager.mutex());
     removed.swap(parts);
     for (const std::shared_ptr<Part>& part : removed)
         removeObjects(*part);
+    removedClouds.swap(pointclouds);
+    for (const std::shared_ptr<PointCloud>& cloud : removedClouds)
+        manager.remove(cloud->getId());
 }
 
 } // namespace vrk::layout

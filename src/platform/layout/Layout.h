@@ -8,6 +8,7 @@
 namespace vrk::layout {
 
 class Part;
+class PointCloud;
 
 /// The station: what stands in it, in model order.
 ///
@@ -20,9 +21,15 @@ public:
     void addPart(std::shared_ptr<Part> part);
     /// Removes a part and its bodies from the station and from the object table; an unknown id does nothing.
     void removePart(unsigned id);
+    /// Appends a point cloud; it enters the object table.
+    void addPointCloud(std::shared_ptr<PointCloud> cloud);
+    /// Removes a point cloud from the station and from the object table; an unknown id does nothing. Its visual points to
+    /// its points: remove that first.
+    void removePointCloud(unsigned id);
     void clear();
 
     std::vector<std::shared_ptr<Part>> parts;
+    std::vector<std::shared_ptr<PointCloud>> pointclouds;
 };
 
 } // namespace vrk::layout
