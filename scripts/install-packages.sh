@@ -10,7 +10,7 @@ packages=(
     libminizip-dev libfmt-dev libspdlog-dev libboost-dev nlohmann-json3-dev libpng-dev
     qt6-base-dev libcli11-dev
     libgtest-dev libgmock-dev libbenchmark-dev
-    xvfb xauth libgl1-mesa-dri
+    libx11-dev libxcb1-dev libxtst-dev xvfb xauth libgl1-mesa-dri
 )
 
 missing=()

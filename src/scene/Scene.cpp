@@ -137,7 +137,9 @@ Camera* Scene::createCamera(const std::string& name)
 /// Drops a dying visual from every record that points to it.
 void Scene::forgetVisual(const Visual* visual)
 {
-    const auto isOfVisual = [visual](const FaceOfSolid& face) { return static_cast<const void*>(face.first) == visual; };
+    const auto isOfVisual = [visual](const FaceOfSolid& face) {
+        return static_cast<const void*>(face.first) == visual;
+    };
     if (highlightedVisual == visual)
         highlightedVisual = nullptr;
     if (isOfVisual(highlightedFace))

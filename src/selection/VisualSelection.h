@@ -10,7 +10,7 @@ class TopoDS_Shape;
 namespace vrk::visual {
 class SolidVisual;
 class Visual;
-}
+} // namespace vrk::visual
 
 namespace vrk::selection {
 

@@ -382,8 +382,8 @@ void Visual::setMaterial(const std::string& defaultName, const std::string& sele
 void Visual::useMaterial(const std::string& name)
 {
     for (Ogre::MovableObject* object : sceneNode->getAttachedObjects()) {
-        const Ogre::MaterialPtr material =
-            Ogre::MaterialManager::getSingleton().getByName(name, Ogre::ResourceGroupManager::AUTODETECT_RESOURCE_GROUP_NAME);
+        const Ogre::MaterialPtr material = Ogre::MaterialManager::getSingleton().getByName(
+            name, Ogre::ResourceGroupManager::AUTODETECT_RESOURCE_GROUP_NAME);
         if (!material)
             continue;
         if (auto* entity = dynamic_cast<Ogre::Entity*>(object))

@@ -14,7 +14,7 @@ namespace Ogre {
 class MovableObject;
 class Node;
 class SceneNode;
-}
+} // namespace Ogre
 namespace sdf {
 class SdfNode;
 }

@@ -8,9 +8,9 @@
 namespace vrk::visual {
 namespace {
 
-constexpr std::array priority = {VisualStateLayer::Selected,          VisualStateLayer::Highlighted,
-                                 VisualStateLayer::CollisionContact,  VisualStateLayer::CollisionNearMiss,
-                                 VisualStateLayer::EmphasizeGroupA,   VisualStateLayer::EmphasizeGroupB,
+constexpr std::array priority = {VisualStateLayer::Selected,         VisualStateLayer::Highlighted,
+                                 VisualStateLayer::CollisionContact, VisualStateLayer::CollisionNearMiss,
+                                 VisualStateLayer::EmphasizeGroupA,  VisualStateLayer::EmphasizeGroupB,
                                  VisualStateLayer::Material};
 
 constexpr unsigned bit(VisualStateLayer layer)

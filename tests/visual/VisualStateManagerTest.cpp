@@ -1,10 +1,10 @@
 #include "visual/VisualStateManager.h"
 
+#include "mesh/MeshManager.h"
 #include "platform/layout/Body.h"
 #include "platform/layout/Layout.h"
 #include "platform/sdf/SdfManager.h"
 #include "platform/sdf/SdfObject.h"
-#include "mesh/MeshManager.h"
 #include "scene/core/SceneCore.h"
 #include "support/SceneFixture.h"
 #include "visual/SolidVisual.h"
@@ -30,18 +30,18 @@ TEST_P(TopLayer, IsTheHighestInThePriorityOrder)
     EXPECT_EQ(VisualStateManager::pickTopLayer(GetParam().mask), GetParam().top);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Table, TopLayer,
-    testing::Values(TopCase{"NoneOfNothing", 0, VisualStateLayer::None},
-                    TopCase{"NoneOfOtherBits", 128 | 256, VisualStateLayer::None},
-                    TopCase{"SelectedOfAll", 127, VisualStateLayer::Selected},
-                    TopCase{"HighlightedBelowSelected", 63, VisualStateLayer::Highlighted},
-                    TopCase{"ContactBelowHighlighted", 31, VisualStateLayer::CollisionContact},
-                    TopCase{"NearMissBelowContact", 15, VisualStateLayer::CollisionNearMiss},
-                    TopCase{"GroupABeforeGroupBAgainstTheirNumbers", 2 | 4, VisualStateLayer::EmphasizeGroupA},
-                    TopCase{"GroupBBelowGroupA", 4 | 1, VisualStateLayer::EmphasizeGroupB},
-                    TopCase{"MaterialLast", 1, VisualStateLayer::Material}),
-    [](const auto& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(Table, TopLayer,
+                         testing::Values(TopCase{"NoneOfNothing", 0, VisualStateLayer::None},
+                                         TopCase{"NoneOfOtherBits", 128 | 256, VisualStateLayer::None},
+                                         TopCase{"SelectedOfAll", 127, VisualStateLayer::Selected},
+                                         TopCase{"HighlightedBelowSelected", 63, VisualStateLayer::Highlighted},
+                                         TopCase{"ContactBelowHighlighted", 31, VisualStateLayer::CollisionContact},
+                                         TopCase{"NearMissBelowContact", 15, VisualStateLayer::CollisionNearMiss},
+                                         TopCase{"GroupABeforeGroupBAgainstTheirNumbers", 2 | 4,
+                                                 VisualStateLayer::EmphasizeGroupA},
+                                         TopCase{"GroupBBelowGroupA", 4 | 1, VisualStateLayer::EmphasizeGroupB},
+                                         TopCase{"MaterialLast", 1, VisualStateLayer::Material}),
+                         [](const auto& info) { return std::string(info.param.name); });
 
 class Layers : public test::SceneFixture {
 protected:

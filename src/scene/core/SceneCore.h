@@ -34,7 +34,7 @@ public:
     RenderTaskQueue queue;
     VisualRegistry visuals;
     const std::unique_ptr<VisualStateManager> states; ///< the looks of visuals that are selected, highlighted, ...
-    Visual* worldVisual = nullptr; ///< root of the tree, never deleted
+    Visual* worldVisual = nullptr;                    ///< root of the tree, never deleted
 };
 
 } // namespace vrk::visual
