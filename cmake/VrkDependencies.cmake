@@ -10,6 +10,7 @@ find_package(spdlog REQUIRED)
 find_package(Boost REQUIRED)
 find_package(nlohmann_json REQUIRED)
 pkg_check_modules(MINIZIP REQUIRED IMPORTED_TARGET minizip)
+pkg_check_modules(LZF REQUIRED IMPORTED_TARGET liblzf)
 
 if(NOT VRK_PURE_ONLY)
     pkg_check_modules(OGRE REQUIRED IMPORTED_TARGET OGRE>=1.12)

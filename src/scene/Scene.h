@@ -19,6 +19,9 @@ class SceneManager;
 namespace sdf {
 class SdfNode;
 }
+namespace vrk::smartcomp {
+class SmartComponent;
+}
 class TopoDS_Face;
 class TopoDS_Shape;
 
@@ -84,6 +87,64 @@ public:
     /// A visual that was entered by `addTempVisual`.
     void removeTempVisual(unsigned id);
 
+    // Station load. Posted; the objects must live until the task has run.
+
+    /// Everything in the station, in an order in which later objects find what they hang on, and then the hiding of what
+    /// the station says is hidden. Remove what was loaded before.
+    static void LoadStation();
+    void addAssembly(sdf::SdfNode* assembly);
+    void addPart(sdf::SdfNode* part);
+    /// One body of a part that has a visual.
+    void addBody(sdf::SdfNode* part, sdf::SdfNode* body);
+    /// A manipulator, tool or device; anything else is passed over.
+    void addMechanism(sdf::SdfNode* mechanism, bool withChildren);
+    /// On the visual of its parent, which must have one unless it is the world.
+    void addFrame(sdf::SdfNode* frame);
+    void addWObj(sdf::SdfNode* workObject);
+    /// Always on the world.
+    void addPointCloud(sdf::SdfNode* cloud);
+    /// Nothing for a component without a visual.
+    void buildVisual(smartcomp::SmartComponent* component);
+    /// On the visual of its owner, which must have one.
+    void addToolData(unsigned id);
+    void updateToolData(unsigned id);
+    /// Takes owner and poses of a work object from the model anew.
+    void updateWObj(unsigned id);
+    /// At once, render thread: the work objects and tool data of a program. An id that is no task is passed over.
+    void buildTask(unsigned id);
+
+    // Attachment and tree; posted. Ids must have visuals, or the render thread fails as `GetVisual` does; a new parent may
+    // be 0, the world.
+
+    /// Hangs a visual on another at a pose relative to it. What is attached keeps its own visibility and looks.
+    void addAttachment(unsigned child, unsigned parent, const rob::PoseTemplate<double>& pose);
+    void deleteAttachment(unsigned child, unsigned oldParent, unsigned newParent, const rob::PoseTemplate<double>& pose);
+    void attachVisual(unsigned parent, Visual* child);
+    /// Hangs a visual on the world.
+    void detachVisual(Visual* visual);
+    /// Keeps the local pose: the visual moves with its new parent.
+    void reparentVisual(unsigned child, unsigned parent);
+    void moveVisualToParent(unsigned child, unsigned parent, const rob::PoseTemplate<float>& worldPose);
+
+    // Copy: a see-through double of one visual at a time. Posted, but for the question.
+
+    /// A kind that is not copied fails on the render thread with "Bad optional access".
+    void showCopiedVisual(unsigned id, const rob::PoseTemplate<float>& worldPose);
+    void hideCopiedVisual();
+    void deleteCopiedVisual();
+    bool isCopiedVisualVisible() const;
+
+    // Pose; posted. Unknown ids are passed over, but for the orientations.
+
+    void setVisualPose(unsigned id, const rob::PoseTemplate<float>& pose);
+    void setVisualWorldPose(unsigned id, const rob::PoseTemplate<float>& pose);
+    void setVisualWorldPose(Visual* visual, const rob::PoseTemplate<float>& pose);
+    /// @param orientations  as many as ids. An unknown id fails, with the visuals before it turned.
+    void setVisualsOrientations(std::vector<unsigned> ids, std::vector<rob::OrientTemplate<double>> orientations);
+    /// Moves a visual's own frame and leaves what it shows where it is: `delta` is the old frame seen from the new one.
+    void setLocalOrigin(unsigned id, const rob::PoseTemplate<float>& oldOriginWorld,
+                        const rob::PoseTemplate<float>& delta);
+
     // Visibility; posted
 
     /// Shows or hides a visual with its children, and with it its part in picking. The members of a group for its id. An
@@ -112,6 +173,9 @@ public:
     bool isSelected(const Visual* visual) const;
     /// At once; a live reference. It may hold ids whose visuals are gone: test each.
     const std::vector<unsigned>& getSelectedVisuals() const { return selectedVisuals; }
+    /// These points of these clouds, by cloud id, and nothing else. A cloud with an empty list is selected as well.
+    /// An unknown id fails on the render thread as `GetVisual` does.
+    void selectPointCloud(const std::unordered_map<unsigned, std::vector<std::uint64_t>>& indicesOfClouds);
     /// One colour on a body, or on the bodies that are direct children.
     void setVisualColor(unsigned id, float r, float g, float b);
     /// The model's colours on a body, or on the bodies that are direct children.
@@ -173,12 +237,28 @@ private:
     explicit Scene(const std::string& name);
 
     void doRemoveVisual(unsigned id);
+    void doLoadStation();
+    void loadMechanisms();
+    void loadStandalone();
+    void doBuildVisual(smartcomp::SmartComponent* component);
+    void doAddToolData(unsigned id);
+    void drainLoadTasks();
+    void doAddAttachment(unsigned child, unsigned parent, const rob::PoseTemplate<double>& pose);
+    void doDeleteAttachment(unsigned child, unsigned oldParent, unsigned newParent,
+                            const rob::PoseTemplate<double>& pose);
+    void doMoveVisualToParent(unsigned child, unsigned parent, const rob::PoseTemplate<float>& worldPose);
+    void doShowCopiedVisual(unsigned id, const rob::PoseTemplate<float>& worldPose);
+    void doDeleteCopiedVisual();
+    void doSetVisualPose(unsigned id, const rob::PoseTemplate<float>& pose);
+    void doSetLocalOrigin(unsigned id, const rob::PoseTemplate<float>& oldOriginWorld,
+                          const rob::PoseTemplate<float>& delta);
     void doRemoveTempVisual(unsigned id);
     void doSetVisualVisible(unsigned id, bool visible);
     void doSetColor(unsigned id, float r, float g, float b);
     void doResetColor(Visual* visual);
     void doSelectVisual(unsigned id);
     void doClearSelectedVisuals();
+    void doSelectPointCloud(const std::unordered_map<unsigned, std::vector<std::uint64_t>>& indicesOfClouds);
     void selectFace(unsigned id, unsigned face, const char* color);
     void forgetVisual(const Visual* visual);
     void createLights();
@@ -189,6 +269,7 @@ private:
     std::vector<std::unique_ptr<Camera>> cameras;
     std::unordered_map<unsigned, Visual*> tempVisuals;
     std::deque<std::function<void()>> loadTasks;
+    Visual* copiedVisual = nullptr;
     Visual* highlightedVisual = nullptr;
     std::vector<unsigned> selectedVisuals;
     FaceOfSolid highlightedFace{};

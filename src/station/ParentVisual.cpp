@@ -13,7 +13,7 @@ Visual* resolveParent(const sdf::SdfObject& object)
 
 bool isWorldId(unsigned parentId)
 {
-    return parentId == 0 || parentId == smartcomp::StationLogic::inst().getId();
+    return parentId == 0 || parentId == smartcomp::StationLogic::inst()->getId();
 }
 
 Visual* resolveParent(unsigned parentId)
