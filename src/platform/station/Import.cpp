@@ -74,20 +74,6 @@ Reader readerOf(const std::filesystem::path& file)
     throw ImportError(file, "not a kind of file that can be read (.step, .stp, .brep, .stl)");
 }
 
-void checkReadable(const std::filesystem::path& file)
-{
-    std::error_code error;
-    const std::filesystem::file_status status = std::filesystem::status(file, error);
-    if (status.type() == std::filesystem::file_type::not_found)
-        throw ImportError(file, "no such file");
-    if (status.type() == std::filesystem::file_type::directory)
-        throw ImportError(file, "it is a folder");
-    if (!std::ifstream(file, std::ios::binary))
-        throw ImportError(file, "the file cannot be opened");
-    if (std::filesystem::file_size(file, error) == 0 || error)
-        throw ImportError(file, "the file is empty");
-}
-
 /// Each body's shape once: occurrences of one product share it.
 std::vector<TopoDS_Shape> distinctShapes(const Parts& parts)
 {
@@ -165,6 +151,20 @@ TopoDS_Shape shapeOfBrepFile(const std::filesystem::path& file)
 ImportError::ImportError(const std::filesystem::path& file, const std::string& cause)
     : std::runtime_error(fmt::format("{}: {}", file.string(), cause))
 {
+}
+
+void checkReadable(const std::filesystem::path& file)
+{
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(file, error);
+    if (status.type() == std::filesystem::file_type::not_found)
+        throw ImportError(file, "no such file");
+    if (status.type() == std::filesystem::file_type::directory)
+        throw ImportError(file, "it is a folder");
+    if (!std::ifstream(file, std::ios::binary))
+        throw ImportError(file, "the file cannot be opened");
+    if (std::filesystem::file_size(file, error) == 0 || error)
+        throw ImportError(file, "the file is empty");
 }
 
 std::string oneLine(const char* text)

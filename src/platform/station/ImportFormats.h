@@ -18,6 +18,9 @@ Parts readStl(const std::filesystem::path& file, const Progress& progress);
 /// What of a shape becomes a body of its own: each solid, each shell outside solids, and the loose faces together.
 std::vector<TopoDS_Shape> bodyShapesOf(const TopoDS_Shape& shape);
 
+/// Throws where there is no such file, or none with something in it.
+void checkReadable(const std::filesystem::path& file);
+
 /// The text of an Open CASCADE failure on one line.
 std::string oneLine(const char* text);
 
