@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")"
 
-cmake --preset release -DVRK_BUILD_BENCH=ON >/dev/null
+cmake --preset release -DVRK_BUILD_VIEWER=ON >/dev/null
 names=("$@")
 if [ ${#names[@]} -eq 0 ]; then
     for source in bench/*_bench.cpp; do names+=("$(basename "$source" .cpp)"); done

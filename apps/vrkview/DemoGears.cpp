@@ -14,7 +14,7 @@ namespace vrkview::demo {
 namespace {
 
 struct FlankPoint {
-    double radius;   // from the pitch circle, in modules
+    double radius;    // from the pitch circle, in modules
     double halfWidth; // of the tooth there, as a share of the pitch
 };
 

@@ -28,7 +28,6 @@
 #include <gp_Pln.hxx>
 
 #include <cmath>
-#include <initializer_list>
 #include <numbers>
 #include <vector>
 
@@ -57,21 +56,6 @@ TopoDS_Shape fused(const TopoDS_Shape& a, const TopoDS_Shape& b)
     return BRepAlgoAPI_Fuse(a, b).Shape();
 }
 
-/// All tools in one step: each step looks at every face again.
-TopoDS_Shape without(const TopoDS_Shape& shape, std::initializer_list<TopoDS_Shape> tools)
-{
-    TopTools_ListOfShape shapes;
-    shapes.Append(shape);
-    TopTools_ListOfShape cutters;
-    for (const TopoDS_Shape& tool : tools)
-        cutters.Append(tool);
-    BRepAlgoAPI_Cut cut;
-    cut.SetArguments(shapes);
-    cut.SetTools(cutters);
-    cut.Build();
-    return cut.Shape();
-}
-
 std::vector<TopoDS_Shape> holesOnCircle(int count, double circle, double radius, double height)
 {
     std::vector<TopoDS_Shape> holes;
@@ -83,6 +67,7 @@ std::vector<TopoDS_Shape> holesOnCircle(int count, double circle, double radius,
     return holes;
 }
 
+/// All tools in one step: each step looks at every face again.
 TopoDS_Shape without(const TopoDS_Shape& shape, const std::vector<TopoDS_Shape>& tools)
 {
     TopTools_ListOfShape shapes;
@@ -161,7 +146,7 @@ TopoDS_Shape turned(const std::vector<RadiusHeight>& outline)
 
 TopoDS_Shape fixturePlate()
 {
-    constexpr double length = 600, depth = 400, thickness = 25, pitch = 50, holeRadius = 5;
+    constexpr double length = 550, depth = 350, thickness = 25, pitch = 50, holeRadius = 5;
     TopoDS_Shape plate = box({-length / 2, -depth / 2, -thickness}, {length / 2, depth / 2, 0});
     plate = rounded(plate, 18, isAlong(gp::DZ()));
     plate = bevelled(plate, 2.5, liesAtHeight(0));
@@ -174,7 +159,7 @@ TopoDS_Shape fixturePlate()
 
 TopoDS_Shape bracket()
 {
-    constexpr double width = 90, length = 120, height = 110, foot = 14, wall = 16;
+    constexpr double width = 90, length = 120, height = 128, foot = 14, wall = 16;
     TopoDS_Shape base = box({-length / 2, -width / 2, 0}, {length / 2, width / 2, foot});
     base = rounded(base, 18, [&](const gp_Pnt& middle, const gp_Vec& direction) {
         return isAlong(gp::DZ())(middle, direction) && middle.X() > 0;
@@ -184,45 +169,33 @@ TopoDS_Shape bracket()
         return isAlong(gp::DX())(middle, direction) && near(middle.Z(), height);
     });
     TopoDS_Shape shape = fused(base, back);
-    shape = rounded(shape, 10, [&](const gp_Pnt& middle, const gp_Vec& direction) {
+    shape = rounded(shape, 12, [&](const gp_Pnt& middle, const gp_Vec& direction) {
         return isAlong(gp::DY())(middle, direction) && near(middle.X(), -length / 2 + wall) && near(middle.Z(), foot);
     });
     const TopoDS_Shape counterbores =
         fused(cylinder({36, 24, foot - 6}, gp::DZ(), 10, 10), cylinder({36, -24, foot - 6}, gp::DZ(), 10, 10));
-    shape = without(shape, {counterbores, cylinder({36, 24, -1}, gp::DZ(), 6, 30), cylinder({36, -24, -1}, gp::DZ(), 6, 30),
-                            cylinder({-length / 2 - 1, 0, 68}, gp::DX(), 24, wall + 2)});
+    shape =
+        without(shape, {counterbores, cylinder({36, 24, -1}, gp::DZ(), 6, 30), cylinder({36, -24, -1}, gp::DZ(), 6, 30),
+                        cylinder({-length / 2 - 1, 0, 86}, gp::DX(), 24, wall + 2)});
 
     // The rib goes in last: it meets the round at the foot of the wall.
     BRepBuilderAPI_MakePolygon outline;
-    outline.Add({-length / 2 + wall - 2, 0, 36});
-    outline.Add({-length / 2 + wall - 2, 0, foot - 2});
-    outline.Add({16, 0, foot - 2});
-    outline.Add({10, 0, foot + 3});
-    outline.Add({-length / 2 + wall + 4, 0, 40});
+    outline.Add({-length / 2 + wall - 2, -6, foot - 2});
+    outline.Add({18, -6, foot - 2});
+    outline.Add({18, -6, foot + 4});
+    outline.Add({-length / 2 + wall + 5, -6, 56});
+    outline.Add({-length / 2 + wall - 2, -6, 56});
     outline.Close();
     const gp_Vec across(0, 12, 0);
-    const TopoDS_Shape rib = BRepPrimAPI_MakePrism(
-                                 BRepBuilderAPI_MakeFace(outline.Wire()).Face().Moved(gp_Trsf(
-                                     [] {
-                                         gp_Trsf shift;
-                                         shift.SetTranslation(gp_Vec(0, -6, 0));
-                                         return shift;
-                                     }())),
-                                 across)
-                                 .Shape();
+    const TopoDS_Shape rib = BRepPrimAPI_MakePrism(BRepBuilderAPI_MakeFace(outline.Wire()).Face(), across).Shape();
     return fused(shape, rib);
 }
 
 TopoDS_Shape flange()
 {
     constexpr double bore = 26, outer = 70, disc = 16, neck = 34, height = 62;
-    TopoDS_Shape shape = turned({{bore, 0},
-                                 {outer, 0},
-                                 {outer, disc},
-                                 {44, disc},
-                                 {neck, height - 14},
-                                 {neck, height},
-                                 {bore, height}});
+    TopoDS_Shape shape =
+        turned({{bore, 0}, {outer, 0}, {outer, disc}, {44, disc}, {neck, height - 14}, {neck, height}, {bore, height}});
     shape = rounded(shape, 8, [&](const gp_Pnt& middle, const gp_Vec&) {
         return near(middle.Z(), disc) && near(std::hypot(middle.X(), middle.Y()), 44);
     });
@@ -235,7 +208,8 @@ TopoDS_Shape flange()
 TopoDS_Shape turnedPart()
 {
     // The soft part of the outline runs smoothly through these; the foot and the top are plain cylinders.
-    const std::vector<RadiusHeight> soft = {{26, 16}, {19, 26}, {15, 42}, {24, 64}, {33, 84}, {27, 106}, {13, 126}, {11, 138}};
+    const std::vector<RadiusHeight> soft = {{26, 16}, {19, 26},  {15, 42},  {24, 64},
+                                            {33, 84}, {27, 106}, {13, 126}, {11, 138}};
     Handle(TColgp_HArray1OfPnt) points = new TColgp_HArray1OfPnt(1, static_cast<int>(soft.size()));
     for (std::size_t i = 0; i < soft.size(); ++i)
         points->SetValue(static_cast<int>(i) + 1, gp_Pnt(soft[i].radius, 0, soft[i].height));
@@ -244,7 +218,8 @@ TopoDS_Shape turnedPart()
 
     BRepBuilderAPI_MakeWire outline;
     const auto line = [&outline](const RadiusHeight& from, const RadiusHeight& to) {
-        outline.Add(BRepBuilderAPI_MakeEdge(gp_Pnt(from.radius, 0, from.height), gp_Pnt(to.radius, 0, to.height)).Edge());
+        outline.Add(
+            BRepBuilderAPI_MakeEdge(gp_Pnt(from.radius, 0, from.height), gp_Pnt(to.radius, 0, to.height)).Edge());
     };
     line({0, 0}, {38, 0});
     line({38, 0}, {38, 8});
@@ -264,7 +239,8 @@ TopoDS_Shape pipeBend()
 {
     constexpr double outer = 26, inner = 20, disc = 48, thickness = 12, rise = 46, bend = 62;
     const gp_Dir up = gp::DZ();
-    const TopoDS_Shape lower = fused(cylinder(gp::Origin(), up, disc, thickness), cylinder(gp::Origin(), up, outer, rise));
+    const TopoDS_Shape lower =
+        fused(cylinder(gp::Origin(), up, disc, thickness), cylinder(gp::Origin(), up, outer, rise));
     const TopoDS_Shape lowerPart =
         without(without(lower, {cylinder({0, 0, -1}, up, inner, rise + 2)}), holesOnCircle(4, 37, 5, thickness));
 
@@ -289,8 +265,12 @@ TopoDS_Shape pipeBend()
 
 TopoDS_Shape gearCase()
 {
-    TopoDS_Shape shape = box({-120, -55, 0}, {120, 55, 150});
-    return rounded(shape, 16, isAlong(gp::DY()));
+    return rounded(box({-120, -55, 0}, {120, 55, 150}), 16, isAlong(gp::DY()));
+}
+
+TopoDS_Shape foot(double radius, double height)
+{
+    return cylinder(gp::Origin(), gp::DZ(), radius, height);
 }
 
 TopoDS_Shape shaft(double radius, double length)
@@ -330,11 +310,6 @@ FaceTest isPlaneAt(int axis, double place)
                near(std::abs(surface.Plane().Axis().Direction().Coord(axis + 1)), 1) &&
                near(surface.Plane().Location().Coord(axis + 1), place);
     };
-}
-
-FaceTest isCurved()
-{
-    return [](const TopoDS_Face& face) { return BRepAdaptor_Surface(face).GetType() != GeomAbs_Plane; };
 }
 
 } // namespace vrkview::demo

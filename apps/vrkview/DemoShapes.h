@@ -4,7 +4,6 @@
 
 #include <functional>
 
-class gp_Pnt;
 class TopoDS_Face;
 
 /// The CAD bodies of the demo station, made with Open CASCADE. Millimetres; each stands on z = 0, its middle at x = y = 0
@@ -21,9 +20,11 @@ TopoDS_Shape flange();
 TopoDS_Shape turnedPart();
 /// A pipe bend with a flange at either end; it leaves to +x.
 TopoDS_Shape pipeBend();
-/// A sheet-metal case with rounded edges, closed on all sides; its front is the face at the least y.
+/// A sheet-metal case with rounded edges, closed on all sides; its front is the plane at y = -55.
 TopoDS_Shape gearCase();
-/// The shafts' bearings and the motor in the case.
+/// A round foot for the case.
+TopoDS_Shape foot(double radius, double height);
+/// About the y axis, bevelled at both ends.
 TopoDS_Shape shaft(double radius, double length);
 /// A spur gear with a hub about the y axis, in the middle at the origin.
 TopoDS_Shape spurGear(int teeth, double module, double width, double bore);
@@ -36,6 +37,5 @@ FaceTest isCylinder(double minRadius, double maxRadius);
 FaceTest isPlaneFacing(int axis, int sign);
 /// A plane at right angles to an axis, at that place along it.
 FaceTest isPlaneAt(int axis, double place);
-FaceTest isCurved();
 
 } // namespace vrkview::demo

@@ -14,7 +14,6 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
 #include <fstream>
 #include <numbers>
 #include <stdexcept>
@@ -41,6 +40,8 @@ constexpr const char* brass = "#C8A45C";
 constexpr const char* orange = "#D98A4A";
 constexpr const char* casing = "#D9DAD6";
 constexpr const char* steel = "#9AA3AB";
+constexpr const char* brightBrass = "#D6B672";
+constexpr const char* brightSteel = "#B4BCC3";
 constexpr const char* clay = "#C56F52";
 } // namespace color
 
@@ -56,7 +57,7 @@ std::shared_ptr<Part> makePart(const std::string& name, const Posed& pose)
     return part;
 }
 
-/// A body of the part. Later paints go over earlier ones.
+/// A body of the part. Later paints go over earlier ones. Bodies of one name share their triangles.
 std::shared_ptr<Body> addBody(Part& part, const std::string& name, const TopoDS_Shape& shape, const char* bodyColor,
                               const std::vector<Paint>& paints = {})
 {
@@ -87,8 +88,8 @@ Posed at(double x, double y, double z, double turnDegrees = 0)
     return {Posd(x, y, z), Rotationd(turnDegrees * pi / 180, vrk::rob::Dird(0, 0, 1))};
 }
 
-std::shared_ptr<Part> single(const std::string& name, const Posed& pose, const TopoDS_Shape& shape, const char* bodyColor,
-                             const std::vector<Paint>& paints)
+std::shared_ptr<Part> single(const std::string& name, const Posed& pose, const TopoDS_Shape& shape,
+                             const char* bodyColor, const std::vector<Paint>& paints)
 {
     std::shared_ptr<Part> part = makePart(name, pose);
     addBody(*part, name, shape, bodyColor, paints);
@@ -98,43 +99,42 @@ std::shared_ptr<Part> single(const std::string& name, const Posed& pose, const T
 /// A pair of gears on their shafts in a case whose front is left away.
 std::shared_ptr<Part> gearUnit(std::vector<HiddenFace>& hidden)
 {
-    constexpr double module = 4;
+    constexpr double module = 4, caseHeight = 8, gap = 0.5; // two faces in one place would flicker
     constexpr int largeTeeth = 26, smallTeeth = 17;
     constexpr double largeX = -42, axisHeight = 76;
     constexpr double smallX = largeX + module * (largeTeeth + smallTeeth) / 2;
 
-    std::shared_ptr<Part> part = makePart("Gear unit", at(-150, 105, 0));
+    std::shared_ptr<Part> part = makePart("Gear unit", at(-140, 95, caseHeight));
     const auto body = addBody(*part, "Case", demo::gearCase(), color::casing);
     hidden.push_back({body->getId(), faceOf(*body, demo::isPlaneAt(1, -55))});
 
-    const auto placed = [](const TopoDS_Shape& shape, double x, double turn) {
-        gp_Trsf rotation;
-        rotation.SetRotation(gp_Ax1(gp::Origin(), gp::DY()), turn);
-        gp_Trsf shift;
-        shift.SetTranslation(gp_Vec(x, 0, axisHeight));
-        return shape.Moved(TopLoc_Location(shift * rotation));
-    };
-    // Half a tooth of turn makes the teeth of one meet the gaps of the other.
-    addBody(*part, "Wheel", placed(demo::spurGear(largeTeeth, module, 34, 12), largeX, 0), color::brass,
-            {{demo::isPlaneFacing(1, -1), "#D6B672"}});
-    addBody(*part, "Pinion", placed(demo::spurGear(smallTeeth, module, 34, 10), smallX, pi / smallTeeth * 0), color::steel,
-            {{demo::isPlaneFacing(1, -1), "#B4BCC3"}});
-    addBody(*part, "Wheel shaft", placed(demo::shaft(12, 106), largeX, 0), color::steel);
-    addBody(*part, "Pinion shaft", placed(demo::shaft(10, 106), smallX, 0), color::steelBlue);
+    for (const Posd& place : {Posd(-85, -38, -caseHeight), Posd(85, -38, -caseHeight), Posd(-85, 38, -caseHeight),
+                              Posd(85, 38, -caseHeight)})
+        addBody(*part, "Foot", demo::foot(12, caseHeight - gap), color::tapped)->setPose(Posed(place));
+
+    // The pinion has an odd number of teeth, so that a gap of it stands before the wheel's tooth.
+    const Posed largeAxis(Posd(largeX, 0, axisHeight)), smallAxis(Posd(smallX, 0, axisHeight));
+    const demo::FaceTest front = demo::isPlaneFacing(1, -1);
+    addBody(*part, "Wheel", demo::spurGear(largeTeeth, module, 34, 12), color::brass, {{front, color::brightBrass}})
+        ->setPose(largeAxis);
+    addBody(*part, "Pinion", demo::spurGear(smallTeeth, module, 34, 10), color::steel, {{front, color::brightSteel}})
+        ->setPose(smallAxis);
+    addBody(*part, "Wheel shaft", demo::shaft(12, 106), color::steel)->setPose(largeAxis);
+    addBody(*part, "Pinion shaft", demo::shaft(10, 106), color::steelBlue)->setPose(smallAxis);
     return part;
 }
 
 // The vase: a twisted outline of soft lobes, as a printer makes it.
 
 constexpr int lobes = 9, aroundCount = 216, upCount = 96;
-constexpr double vaseHeight = 150, vaseTwist = 1.5; // radians over the height
+constexpr double vaseHeight = 145, vaseTwist = 1.3; // radians over the height
 
 std::array<float, 3> vasePoint(int around, int up)
 {
     const double t = static_cast<double>(up) / upCount;
     const double angle = 2 * pi * around / aroundCount;
-    const double belly = 34 + 20 * std::sin(pi * (0.15 + 1.0 * t)) - 9 * t;
-    const double radius = belly * (1 + 0.075 * std::cos(lobes * angle));
+    const double belly = 37 + 11 * std::sin(2 * pi * (0.02 + 0.87 * t)) - 3 * t;
+    const double radius = belly * (1 + 0.06 * std::cos(lobes * angle));
     const double turned = angle + vaseTwist * t;
     return {static_cast<float>(radius * std::cos(turned)), static_cast<float>(radius * std::sin(turned)),
             static_cast<float>(vaseHeight * t)};
@@ -184,14 +184,6 @@ void writeStl(const std::filesystem::path& file, const std::vector<Triangle>& tr
         throw std::runtime_error(file.string() + ": the demo station's STL file cannot be written");
 }
 
-std::filesystem::path makeFolder()
-{
-    std::string name = (std::filesystem::temp_directory_path() / "vrkview-XXXXXX").string();
-    if (!mkdtemp(name.data()))
-        throw std::runtime_error(name + ": the folder for the demo station's STL file cannot be made");
-    return name;
-}
-
 std::shared_ptr<Part> printedVase(const std::filesystem::path& folder, const Posed& pose)
 {
     const std::filesystem::path file = folder / "Printed vase.stl";
@@ -204,7 +196,7 @@ std::shared_ptr<Part> printedVase(const std::filesystem::path& folder, const Pos
 
 } // namespace
 
-DemoStation::DemoStation() : folder(makeFolder())
+DemoStation::DemoStation()
 {
     using namespace demo;
     station.title = "Demo station";
@@ -212,23 +204,22 @@ DemoStation::DemoStation() : folder(makeFolder())
         single("Fixture plate", at(0, 0, 0), fixturePlate(), color::plate,
                {{isCylinder(4.9, 5.1), color::tapped}, {isPlaneAt(2, -18), color::tapped}}),
         gearUnit(station.hiddenFaces),
-        single("Pipe bend", at(60, 110, 0), pipeBend(), color::steelBlue,
-               {{isPlaneAt(2, 0), color::machined}, {isCylinder(4.9, 5.1), color::machined}, {isPlaneAt(2, 12), color::machined},
-                {isPlaneAt(0, 108), color::machined}, {isPlaneAt(0, 96), color::machined}}),
-        single("Flange", at(-195, -75, 0), flange(), color::aluminium,
+        single("Pipe bend", at(70, 100, 0, -90), pipeBend(), color::steelBlue,
+               {{isPlaneAt(2, 0), color::machined},
+                {isCylinder(4.9, 5.1), color::machined},
+                {isPlaneAt(2, 12), color::machined},
+                {isPlaneAt(0, 108), color::machined},
+                {isPlaneAt(0, 96), color::machined}}),
+        single("Flange", at(-185, -75, 0), flange(), color::aluminium,
                {{isCylinder(6.4, 6.6), color::orange}, {isCylinder(25.9, 26.1), color::orange}}),
-        single("Bracket", at(-10, -75, 0), bracket(), color::sage,
-               {{isCylinder(5.9, 6.1), color::machined}, {isCylinder(9.9, 10.1), color::machined},
-                {isCylinder(23.9, 24.1), color::orange}, {isPlaneAt(2, 8), color::machined}}),
-        single("Turned baluster", at(140, -95, 0), turnedPart(), color::brass, {}),
-        printedVase(folder, at(225, 10, 0)),
+        single("Bracket", at(-15, -80, 0), bracket(), color::sage,
+               {{isCylinder(5.9, 6.1), color::machined},
+                {isCylinder(9.9, 10.1), color::machined},
+                {isCylinder(23.9, 24.1), color::orange},
+                {isPlaneAt(2, 8), color::machined}}),
+        single("Turned baluster", at(185, -115, 0), turnedPart(), color::brass, {}),
+        printedVase(folder.getPath(), at(205, 55, 0)),
     };
-}
-
-DemoStation::~DemoStation()
-{
-    std::error_code gone; // a folder that is left behind harms nobody
-    std::filesystem::remove_all(folder, gone);
 }
 
 } // namespace vrkview

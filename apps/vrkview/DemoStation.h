@@ -1,8 +1,7 @@
 #pragma once
 
 #include "Station.h"
-
-#include <filesystem>
+#include "TemporaryFolder.h"
 
 namespace vrkview {
 
@@ -14,14 +13,11 @@ class DemoStation {
 public:
     /// @throws std::runtime_error if the STL file cannot be written.
     DemoStation();
-    ~DemoStation();
-    DemoStation(const DemoStation&) = delete;
-    DemoStation& operator=(const DemoStation&) = delete;
 
     const Station& getStation() const { return station; }
 
 private:
-    std::filesystem::path folder;
+    TemporaryFolder folder;
     Station station;
 };
 

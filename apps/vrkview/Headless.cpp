@@ -1,9 +1,10 @@
 #include "Headless.h"
 
 #include "Options.h"
-#include "StationList.h"
 #include "StartUp.h"
+#include "StationList.h"
 
+#include "scene/Scene.h"
 #include "view/Camera.h"
 #include "view/OffscreenTarget.h"
 
@@ -36,6 +37,7 @@ std::filesystem::path fileFor(const Options& options, const View& view)
 QImage draw(const OffscreenTarget& target, const View& view)
 {
     lookAlong(view);
+    vrk::visual::Scene::Get()->processMsgs();
     Ogre::Root::getSingleton().renderOneFrame();
     const std::vector<std::uint8_t> pixels = target.read();
     const int width = static_cast<int>(target.getWidth());
@@ -50,8 +52,8 @@ void takePictures(const Options& options)
     const QSize size(options.pictureWidth, options.pictureHeight);
     // Twice the size and then averaged: the samples smooth only the edges of triangles, not the highlights within.
     const int scale = long{size.width()} * size.height() <= maxSupersampled / 4 ? 2 : 1;
-    const OffscreenTarget target(static_cast<unsigned>(scale * size.width()), static_cast<unsigned>(scale * size.height()),
-                                 samples);
+    const OffscreenTarget target(static_cast<unsigned>(scale * size.width()),
+                                 static_cast<unsigned>(scale * size.height()), samples);
     Camera::Get()->setRenderTarget(target.renderTarget());
     suitCameraToScene();
     for (const View* view : options.views) {

@@ -5,6 +5,7 @@
 
 #include <charconv>
 #include <iostream>
+#include <sstream>
 
 namespace vrkview {
 namespace {
@@ -29,14 +30,15 @@ void readSize(const std::string& given, Options& options)
     text.remove_prefix(isSeparated ? 1 : 0);
     options.pictureHeight = takeSide(text);
     if (!isSeparated || !text.empty() || options.pictureWidth == 0 || options.pictureHeight == 0)
-        throw CLI::ValidationError(
-            "--size", fmt::format("'{}' is not a size such as 1600x1000, each side from 1 to {}", given, maxPictureSide));
+        throw CLI::ValidationError("--size", fmt::format("'{}' is not a size such as 1600x1000, each side from 1 to {}",
+                                                         given, maxPictureSide));
 }
 
-void readViews(const std::vector<std::string>& names, Options& options)
+/// @param names  joined by commas.
+void readViews(const std::string& names, Options& options)
 {
-    options.views.clear();
-    for (const std::string& name : names) {
+    std::istringstream stream(names + ',');
+    for (std::string name; std::getline(stream, name, ',');) {
         if (name == "all") {
             for (const View& view : allViews())
                 options.views.push_back(&view);
@@ -67,24 +69,25 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
     app.add_option("files", options.files, "Files to show together")->type_name("FILE");
 
     std::string size;
-    std::vector<std::string> views = {"iso"};
+    std::string views = "iso";
     bool list = false;
     CLI::Option* shot =
         app.add_option("--shot", options.picture, "Draw a picture into this PNG file instead of opening a window")
             ->type_name("PNG");
     app.add_option("--size", size, "Size of the picture in pixels [1600x1000]")->type_name("WxH")->needs(shot);
-    app.add_option("--view", views,
-                   fmt::format("Direction of the picture: {}. Several, joined by commas, or 'all', make several pictures "
-                               "with the direction in their names [iso]",
-                               viewNames()))
+    app.add_option(
+           "--view", views,
+           fmt::format("Direction of the picture: {}. Several, joined by commas, or 'all', make several pictures "
+                       "with the direction in their names [iso]",
+                       viewNames()))
         ->type_name("NAME")
-        ->delimiter(',')
-        ->expected(1)
         ->needs(shot);
     app.add_flag("--list", list, "Print what the files hold as JSON instead of opening a window")->excludes(shot);
     app.add_flag("--gpu", options.onPresentDisplay,
                  "Draw pictures on the present display, and so with its graphics card, instead of a private one");
-    app.add_option("--resources", options.resources, "The zip with materials and programs")->type_name("ZIP")->group("");
+    app.add_option("--resources", options.resources, "The zip with materials and programs")
+        ->type_name("ZIP")
+        ->group("");
 
     try {
         app.parse(argc, argv);

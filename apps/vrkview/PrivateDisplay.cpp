@@ -31,8 +31,8 @@ constexpr int startLimit = 20000; // milliseconds
     for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
         dup2(nowhere, fd);
     const std::string number = std::to_string(numberFd);
-    execlp(program, program, "-displayfd", number.c_str(), "-screen", "0", "1280x1024x24", "-nolisten", "tcp", "-noreset",
-           static_cast<char*>(nullptr));
+    execlp(program, program, "-displayfd", number.c_str(), "-screen", "0", "1280x1024x24", "-nolisten", "tcp",
+           "-noreset", static_cast<char*>(nullptr));
     _exit(127);
 }
 

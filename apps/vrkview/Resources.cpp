@@ -46,7 +46,8 @@ void checkResources()
     ZipManager::Read(zip, "material/programs.program");
     for (const char* location : {"resource://material", "resource://program"}) {
         const vrk::visual::KelvaneResourceArchive archive(location, "KelvaneResource");
-        for (const std::string& uri : *archive.find("*")) {
+        const Ogre::StringVectorPtr uris = archive.find("*");
+        for (const std::string& uri : *uris) {
             if (uri.ends_with('/')) // a folder
                 continue;
             const std::string text = textOf(zip, uri);
@@ -63,8 +64,9 @@ void checkMaterials()
         if (material)
             material->load();
         if (!material || material->getSupportedTechniques().empty())
-            throw std::runtime_error(fmt::format("{}: the material '{}' is missing or the driver does not take its programs",
-                                                 vrk::common::GetResourcePath().string(), name));
+            throw std::runtime_error(
+                fmt::format("{}: the material '{}' is missing or the driver does not take its programs",
+                            vrk::common::GetResourcePath().string(), name));
     }
 }
 

@@ -1,13 +1,14 @@
 #include "StartUp.h"
 
+#include "BodyBoxes.h"
 #include "Resources.h"
 
 #include "scene/Init.h"
 #include "scene/Scene.h"
 #include "scene/core/SceneSettings.h"
 #include "selection/VisualSelection.h"
+#include "selection/geometry/Box.h"
 #include "view/Camera.h"
-#include "visual/Visual.h"
 
 #include <Ogre.h>
 
@@ -21,9 +22,9 @@ namespace {
 using vrk::visual::Camera;
 using vrk::visual::Scene;
 
-constexpr int startWindowSide = 16; // pixels; the window is never seen
-constexpr float lens = 0.61f;       // radians across: 35 degrees, so that what is parallel looks nearly so
-constexpr float smallestRadius = 10.0f;
+constexpr int startWindowSide = 16;     // pixels; the window is never seen
+constexpr float lens = 0.47f;           // radians across: 27 degrees, so that what is parallel looks nearly so
+constexpr float smallestRadius = 1e-3f; // model units
 
 // As multiples of the scene's radius: from close by to where the whole scene is a dot.
 constexpr float nearestLook = 0.01f;
@@ -83,10 +84,9 @@ void startLibrary()
 
 void suitCameraToScene()
 {
-    Ogre::SceneNode& root = *Scene::GetWorldVisual()->getSceneNode();
-    root._update(true, false);
-    const Ogre::AxisAlignedBox& box = root._getWorldAABB();
-    const float radius = box.isFinite() ? std::max(smallestRadius, box.getHalfSize().length()) : smallestRadius;
+    vrk::visual::Box box;
+    box.addPoints(bodyCorners());
+    const float radius = box.isValid() ? std::max(smallestRadius, (box.max - box.min).length() / 2) : smallestRadius;
     Camera::Get()->setHFOV(lens);
     Camera::Get()->setClipDist(radius * nearestLook, radius * farthestLook);
 }

@@ -43,7 +43,8 @@ std::string nameOf(const Visual& visual)
 
 Json counts(Visual& visual)
 {
-    return {{"bodies", visual.getBodiesNum()}, {"faces", visual.getFacesNum()}, {"triangles", visual.getTrianglesNum()}};
+    return {
+        {"bodies", visual.getBodiesNum()}, {"faces", visual.getFacesNum()}, {"triangles", visual.getTrianglesNum()}};
 }
 
 Json treeOf(Visual& visual)

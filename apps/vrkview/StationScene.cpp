@@ -63,7 +63,8 @@ void showStation(const Station& station)
     }
     for (const HiddenFace hidden : station.hiddenFaces)
         scene.addRenderTask(
-            [hidden] { dynamic_cast<SolidVisual&>(*Scene::GetVisual(hidden.body)).setFaceVisible(hidden.face, false); }, 0);
+            [hidden] { dynamic_cast<SolidVisual&>(*Scene::GetVisual(hidden.body)).setFaceVisible(hidden.face, false); },
+            0);
 }
 
 } // namespace vrkview

@@ -4,9 +4,12 @@
 #include "scene/Scene.h"
 #include "view/Camera.h"
 
-#include <QEvent>
+#include <QScreen>
+#include <QWindow>
 
 #include <Ogre.h>
+
+#include <utility>
 
 namespace vrkview {
 namespace {
@@ -37,15 +40,19 @@ ViewWidget::ViewWidget(QWidget* parent) : QWidget(parent)
     Camera::Get()->setRenderTarget(window);
     unsigned long handle = 0;
     window->getCustomAttribute("WINDOW", &handle);
-    exposes = std::make_unique<ExposeWatch>(handle, [this] { requestFrame(); });
+    native = std::make_unique<ForeignWindow>(handle, [this] { requestFrame(); });
+    connect(windowHandle(), &QWindow::screenChanged, this, &ViewWidget::fitToWidget); // its pixels may be others
     sceneChanged = SignalBroker::onUpdateScene([this] { requestFrame(); });
-    cameraMoved = SignalBroker::onCameraMoved([this] { requestFrame(); });
+    cameraMoved = SignalBroker::onCameraMoved([this] {
+        if (!isDraining) // the frame of the move is the one that comes next anyway
+            requestFrame();
+    });
 }
 
 ViewWidget::~ViewWidget()
 {
     Camera::Get()->setRenderTarget(Ogre::Root::getSingleton().getRenderTarget("ogrewindow"));
-    exposes.reset();
+    native.reset();
     // While the parent's native window stands: with it goes OGRE's own.
     Ogre::Root::getSingleton().destroyRenderTarget(window);
 }
@@ -66,13 +73,6 @@ void ViewWidget::requestFrame()
         QMetaObject::invokeMethod(this, &ViewWidget::drawFrame, Qt::QueuedConnection);
 }
 
-bool ViewWidget::event(QEvent* event)
-{
-    if (event->type() == QEvent::DevicePixelRatioChange)
-        fitToWidget();
-    return QWidget::event(event);
-}
-
 void ViewWidget::paintEvent(QPaintEvent*)
 {
     requestFrame();
@@ -85,22 +85,39 @@ void ViewWidget::resizeEvent(QResizeEvent*)
 
 void ViewWidget::fitToWidget()
 {
-    const QSize pixels = toDevice(size());
-    window->resize(static_cast<unsigned>(pixels.width()), static_cast<unsigned>(pixels.height()));
-    window->windowMovedOrResized();
-    Camera::Get()->updateFOV();
+    native->resize(toDevice(size()));
     requestFrame();
+}
+
+bool ViewWidget::hasItsSize()
+{
+    const QSize pixels = toDevice(size());
+    const auto agrees = [this, pixels] {
+        return QSize(static_cast<int>(window->getWidth()), static_cast<int>(window->getHeight())) == pixels;
+    };
+    if (!agrees()) {
+        window->windowMovedOrResized();
+        Camera::Get()->updateFOV();
+    }
+    return agrees();
 }
 
 void ViewWidget::drawFrame()
 {
     // First, so that a request during the frame, for what it may have missed, makes another one.
     isRequested = false;
+    // OGRE takes no size while the window is not on the screen; that it got there is told by an exposure.
+    const bool isDrawable = isVisible() && hasItsSize();
     try {
+        if (isDrawable && !std::exchange(wasDrawable, true))
+            emit ready();
+        isDraining = true;
         vrk::visual::Scene::Get()->processMsgs();
-        if (isVisible())
+        isDraining = false;
+        if (isDrawable)
             Ogre::Root::getSingleton().renderOneFrame();
     } catch (const std::exception& failure) {
+        isDraining = false;
         emit failed(QString::fromUtf8(failure.what())); // it must not pass through Qt's event loop
     }
 }

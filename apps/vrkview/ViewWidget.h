@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ExposeWatch.h"
+#include "ForeignWindow.h"
 
 #include <boost/signals2/connection.hpp>
 
@@ -38,21 +38,25 @@ public:
     QPaintEngine* paintEngine() const override { return nullptr; }
 
 signals:
+    /// The view has its size on the screen, which fitting needs. Once, ahead of the first frame.
+    void ready();
     /// What the scene was asked to do has failed; the picture is as before.
     void failed(const QString& text);
 
 protected:
-    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
 private:
     void drawFrame();
     void fitToWidget();
+    bool hasItsSize();
 
-    Ogre::RenderWindow* window = nullptr; // OGRE's, destroyed with this
-    std::unique_ptr<ExposeWatch> exposes;
+    Ogre::RenderWindow* window = nullptr;  // OGRE's, destroyed with this
+    std::unique_ptr<ForeignWindow> native; // the same one, as the display sees it
     std::atomic<bool> isRequested = false;
+    bool wasDrawable = false;
+    bool isDraining = false; // the scene works off what was posted
     boost::signals2::scoped_connection sceneChanged;
     boost::signals2::scoped_connection cameraMoved;
 };

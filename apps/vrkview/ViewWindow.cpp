@@ -1,7 +1,7 @@
 #include "ViewWindow.h"
 
-#include "Station.h"
 #include "StartUp.h"
+#include "Station.h"
 #include "ViewWidget.h"
 #include "Views.h"
 
@@ -57,21 +57,15 @@ ViewWindow::ViewWindow(const Station& station)
     frameTime->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     frameTime->setMinimumWidth(fontMetrics().horizontalAdvance("10,000.0 ms"));
     frameTicked = vrk::broker::SignalBroker::onFrameTicked([this](double ms) { showFrameTime(ms); });
+    connect(view, &ViewWidget::ready, this, [] {
+        suitCameraToScene();
+        lookAlong(*findView("iso"));
+    });
     connect(view, &ViewWidget::failed, contents, &QLabel::setText);
     resize(startSize);
 }
 
 ViewWindow::~ViewWindow() = default;
-
-void ViewWindow::showEvent(QShowEvent* event)
-{
-    QMainWindow::showEvent(event);
-    if (std::exchange(wasShown, true))
-        return;
-    // Only now has the view its size, which fitting needs.
-    suitCameraToScene();
-    lookAlong(*findView("iso"));
-}
 
 void ViewWindow::keyPressEvent(QKeyEvent* event)
 {

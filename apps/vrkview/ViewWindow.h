@@ -25,7 +25,6 @@ public:
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
-    void showEvent(QShowEvent* event) override;
 
 private:
     void showKeys();
@@ -34,7 +33,6 @@ private:
     ViewWidget* view; // Qt's, as are the labels
     QLabel* contents;
     QLabel* frameTime;
-    bool wasShown = false;
     boost::signals2::scoped_connection frameTicked;
 };
 

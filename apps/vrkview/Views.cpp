@@ -1,16 +1,22 @@
 #include "Views.h"
 
+#include "BodyBoxes.h"
+
 #include "scene/Scene.h"
 #include "view/Camera.h"
 
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <limits>
 #include <numbers>
+#include <vector>
 
 namespace vrkview {
 namespace {
 
-using vrk::rob::Dirf;
+using vrk::rob::Posef;
+using vrk::rob::Posf;
 using vrk::visual::Camera;
 using vrk::visual::Scene;
 
@@ -18,11 +24,56 @@ constexpr float third = std::numbers::inv_sqrt3_v<float>;
 
 // Upwards is z, the front faces -y, and x points to the right in the front view and in both views along z.
 constexpr std::array views = {
-    View{"iso", 0, {-third, third, -third}, {0, 0, 1}}, View{"front", 1, {0, 1, 0}, {0, 0, 1}},
-    View{"back", 2, {0, -1, 0}, {0, 0, 1}},             View{"left", 3, {1, 0, 0}, {0, 0, 1}},
-    View{"right", 4, {-1, 0, 0}, {0, 0, 1}},            View{"top", 5, {0, 0, -1}, {0, 1, 0}},
+    View{"iso", 0, {-third, third, -third}, {0, 0, 1}},
+    View{"front", 1, {0, 1, 0}, {0, 0, 1}},
+    View{"back", 2, {0, -1, 0}, {0, 0, 1}},
+    View{"left", 3, {1, 0, 0}, {0, 0, 1}},
+    View{"right", 4, {-1, 0, 0}, {0, 0, 1}},
+    View{"top", 5, {0, 0, -1}, {0, 1, 0}},
     View{"bottom", 6, {0, 0, 1}, {0, -1, 0}},
 };
+
+constexpr float filled = 0.92f; // of the picture's width or height
+
+/// The narrowest wedge of a given slope that holds some points, seen across it.
+class Wedge {
+public:
+    explicit Wedge(float slope) : slope(slope) {}
+
+    void add(float across, float depth)
+    {
+        right = std::max(right, across - slope * depth);
+        left = std::max(left, -across - slope * depth);
+    }
+    float apexDepth() const { return -(right + left) / (2 * slope); }
+    float apexAcross() const { return (right - left) / 2; }
+
+private:
+    float slope;
+    float right = std::numeric_limits<float>::lowest();
+    float left = std::numeric_limits<float>::lowest();
+};
+
+/// The scene's own fit leaves room for the ball around everything; seen from where it puts the camera, this one draws
+/// nearer and to the middle until the boxes of the bodies fill the picture.
+Posef closer(const Posef& fit)
+{
+    const std::vector<Posf> corners = bodyCorners();
+    if (corners.empty())
+        return fit;
+
+    const float vertical = std::tan(Camera::Get()->getVFOV() / 2) * filled;
+    Wedge horizontal(vertical * Camera::Get()->getAspectRatio());
+    Wedge upright(vertical);
+    const Posef toCamera = fit.inverse();
+    for (const Posf& corner : corners) {
+        const Posf seen = toCamera * corner; // the camera looks along its negative z axis
+        horizontal.add(seen.x, -seen.z);
+        upright.add(seen.y, -seen.z);
+    }
+    const float depth = std::min(horizontal.apexDepth(), upright.apexDepth());
+    return {fit * Posf(horizontal.apexAcross(), upright.apexAcross(), -depth), fit.rotation()};
+}
 
 template <typename Wanted, typename Field>
 const View* findBy(Field field, const Wanted& wanted)
@@ -59,15 +110,13 @@ std::string viewNames()
 void lookAlong(const View& view)
 {
     Scene& scene = *Scene::Get();
-    scene.setCameraPose(scene.getViewPoseForDir(view.dir, view.up));
-    scene.processMsgs();
+    scene.setCameraPose(closer(scene.getViewPoseForDir(view.dir, view.up)));
 }
 
 void fitAll()
 {
     Scene& scene = *Scene::Get();
-    scene.setCameraPose(scene.getViewAllPose());
-    scene.processMsgs();
+    scene.setCameraPose(closer(scene.getViewAllPose()));
 }
 
 } // namespace vrkview

@@ -11,7 +11,7 @@ namespace vrkview {
 /// A standard direction of view.
 struct View {
     const char* name;
-    int key;                     // the digit that chooses it in the window
+    int key;                          // the digit that chooses it in the window
     vrk::rob::DirTemplate<float> dir; // unit length
     vrk::rob::DirTemplate<float> up;
 };
@@ -24,7 +24,7 @@ const View* findView(int key);
 /// All names, joined by commas.
 std::string viewNames();
 
-// Both move the camera of a started library that has a render target. Render thread; done when they return.
+// Both post a move of the camera of a started library that has a render target. Render thread.
 
 /// Everything in view along the direction of `view`.
 void lookAlong(const View& view);

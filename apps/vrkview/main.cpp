@@ -18,6 +18,7 @@
 #include <algorithm>
 #include <clocale>
 #include <iostream>
+#include <memory>
 #include <optional>
 #include <stdexcept>
 
@@ -39,22 +40,22 @@ private:
 };
 
 /// The display to draw on; pictures and lists have one of their own where that can be had.
-std::optional<PrivateDisplay> chooseDisplay(const Options& options)
+std::unique_ptr<PrivateDisplay> chooseDisplay(const Options& options)
 {
     const bool showsWindow = options.task == Options::Task::OpenWindow;
-    std::optional<PrivateDisplay> display;
+    std::unique_ptr<PrivateDisplay> display;
     if (!showsWindow && !options.onPresentDisplay && PrivateDisplay::IsAvailable())
-        display.emplace();
+        display = std::make_unique<PrivateDisplay>();
     else if (!displayAnswers())
-        throw std::runtime_error(showsWindow || options.onPresentDisplay
-                                     ? "no display: DISPLAY is not set or does not answer (--shot needs none with Xvfb)"
-                                     : "no display: DISPLAY is not set or does not answer, and Xvfb is not on the PATH");
+        throw std::runtime_error(
+            showsWindow || options.onPresentDisplay
+                ? "no display: DISPLAY is not set or does not answer (--shot needs none with Xvfb)"
+                : "no display: DISPLAY is not set or does not answer, and Xvfb is not on the PATH");
     return display;
 }
 
 void build(const Station& station)
 {
-    const QuietOutput quiet;
     startLibrary();
     showStation(station);
     vrk::visual::Scene::Get()->processMsgs();
@@ -75,16 +76,18 @@ int openWindow(int argc, char** argv, const Station& station)
 
 int run(int argc, char** argv, const Options& options)
 {
+    std::optional<QuietOutput> quiet(std::in_place);
     if (!options.resources.empty())
         vrk::common::SetResourcePath(options.resources);
     checkResources();
-    const std::optional<PrivateDisplay> display = chooseDisplay(options);
+    const std::unique_ptr<PrivateDisplay> display = chooseDisplay(options);
     std::optional<DemoStation> demo;
     const Station station = options.files.empty() ? demo.emplace().getStation() : importFiles(options.files);
 
     if (options.task == Options::Task::OpenWindow)
         return openWindow(argc, argv, station);
     build(station);
+    quiet.reset();
     if (options.task == Options::Task::TakePicture)
         takePictures(options);
     else

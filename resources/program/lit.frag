@@ -1,6 +1,7 @@
 #version 330 core
 // Lit surfaces, seen from both sides: a diffuse term for each of four directional lights, a tight highlight that follows
-// curvature, a wide sheen that keeps large radii from looking flat, and a slight darkening where the surface turns away.
+// curvature, a wide sheen that keeps large radii from looking flat, a faint lamp that goes with the viewer, and a slight
+// darkening where the surface turns away.
 //
 // A light's direction is the way towards it.
 
@@ -13,11 +14,15 @@ uniform vec4 lightDirection[4];
 uniform vec4 lightDiffuse[4];
 uniform vec4 lightSpecular[4];
 uniform vec3 cameraPosition;
+uniform mat4 view;     // the rows of its rotation are the camera's axes
 uniform vec4 tint;     // rgb: colour of the state; a: how much of it
 uniform vec4 finish;   // x: strength and y: exponent of the highlight, z: strength of the sheen, w: darkening at the rim
 uniform float opacity; // times the alpha of the surface colour
 
 out vec4 fragColour;
+
+const float shoulder = 0.62; // where the bright part begins
+const float exposure = 1.06; // the sides of a grey body must stand out from the grey behind it
 
 void main()
 {
@@ -35,7 +40,8 @@ void main()
     if (dot(n, v) < 0.0)
         n = -n;
 
-    vec3 diffuse = ambient.rgb;
+    float towardsEye = max(dot(n, v), 0.0);
+    vec3 diffuse = vec3(0.0);
     vec3 specular = vec3(0.0);
     for (int i = 0; i < 4; ++i) {
         vec3 l = lightDirection[i].xyz;
@@ -43,9 +49,21 @@ void main()
         // Softened terminator: light wraps a little around the edge, so that round bodies have no hard dark half.
         diffuse += lightDiffuse[i].rgb * max((facing + 0.15) / 1.15, 0.0);
         float h = max(dot(n, normalize(l + v)), 0.0);
-        float lit = smoothstep(-0.05, 0.15, facing);
-        specular += lightSpecular[i].rgb * lit * (finish.x * pow(h, finish.y) + finish.z * pow(h, 8.0));
+        float seen = smoothstep(-0.05, 0.15, facing);
+        specular += lightSpecular[i].rgb * seen * (finish.x * pow(h, finish.y) + finish.z * pow(h, 8.0));
     }
-    float rim = 1.0 - finish.w * pow(1.0 - max(dot(n, v), 0.0), 3.0);
-    fragColour = vec4(base * diffuse * rim + specular, alpha);
+    // A lamp over the viewer's right shoulder, the stronger the less the four lights reach: whatever side is looked at, no
+    // face of it lies in the dark, and two that stand at the same angle to the eye differ.
+    vec3 right = vec3(view[0][0], view[1][0], view[2][0]);
+    vec3 up = vec3(view[0][1], view[1][1], view[2][1]);
+    float shade = max(0.45 - dot(diffuse, vec3(1.0 / 3.0)), 0.0);
+    diffuse += ambient.rgb + (0.22 + 0.7 * shade) * max(dot(n, normalize(v + 0.35 * right + 0.2 * up)), 0.0);
+
+    float rim = 1.0 - finish.w * pow(1.0 - towardsEye, 3.0);
+    vec3 lit = exposure * base * diffuse * rim + specular;
+    // What is bright is pressed together, the hue kept, so that a highlight on a white face still shows its shape.
+    float brightest = max(max(lit.r, lit.g), lit.b);
+    float above = max(brightest - shoulder, 0.0);
+    float pressed = min(brightest, shoulder) + (1.0 - shoulder) * (1.0 - exp(-above / (1.0 - shoulder)));
+    fragColour = vec4(lit * (pressed / max(brightest, 1e-6)), alpha);
 }

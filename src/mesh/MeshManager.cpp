@@ -131,8 +131,10 @@ MeshManager::~MeshManager() = default;
 
 void MeshManager::addMesh(Mesh* mesh)
 {
-    if (meshes.try_emplace(mesh->name, mesh).second)
-        loadToGpu(mesh);
+    if (hasMesh(mesh->name))
+        return;
+    loadToGpu(mesh); // where it fails the mesh stays the caller's
+    meshes.emplace(mesh->name, mesh);
 }
 
 Mesh* MeshManager::getMesh(const std::string& name)

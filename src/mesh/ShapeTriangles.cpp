@@ -82,15 +82,14 @@ void appendNormals(Mesh& mesh, const NCollection_Array1<gp_Vec3f>& normals, cons
         return n * (side / length);
     };
     const auto count = static_cast<std::size_t>(normals.Length());
-    const auto free = [](const gp_XYZ& n) { return rob::Vec3f(narrow(n)); };
     if (trsf == nullptr) {
-        appendMade(mesh.normals, count, [&](std::size_t i) { return free(unit(i)); });
+        appendMade(mesh.normals, count, [&](std::size_t i) { return rob::Vec3f(narrow(unit(i))); });
         return;
     }
     gp_Mat turn = trsf->HVectorialPart();
     if (trsf->ScaleFactor() < 0)
         turn.Multiply(-1);
-    appendMade(mesh.normals, count, [&](std::size_t i) { return free(unit(i).Multiplied(turn)); });
+    appendMade(mesh.normals, count, [&](std::size_t i) { return rob::Vec3f(narrow(unit(i).Multiplied(turn))); });
 }
 
 /// Puts the bad nodes of the vertices from `base` on in order. Returns whether each of them is bad; empty if none is.

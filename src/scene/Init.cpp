@@ -58,7 +58,8 @@ void createRoot(RootOwner& owned)
     owned.archiveFactory = std::make_unique<KelvaneResourceArchiveFactory>();
     Ogre::ArchiveManager::getSingleton().addArchiveFactory(owned.archiveFactory.get());
     for (const char* location : {"resource://material", "resource://program"})
-        Ogre::ResourceGroupManager::getSingleton().addResourceLocation(location, "KelvaneResource", "General", false, true);
+        Ogre::ResourceGroupManager::getSingleton().addResourceLocation(location, "KelvaneResource", "General", false,
+                                                                       true);
 }
 
 void testCapabilities(RootOwner& owned)
@@ -108,8 +109,8 @@ void Init(int width, int height, const SceneSettings& settings)
     try {
         owner = new RootOwner;
         createRoot(*owner);
-        owner->root->createRenderWindow("ogrewindow", static_cast<unsigned>(width), static_cast<unsigned>(height), false,
-                                        nullptr);
+        owner->root->createRenderWindow("ogrewindow", static_cast<unsigned>(width), static_cast<unsigned>(height),
+                                        false, nullptr);
         loadResources(*owner);
     } catch (const Ogre::Exception& failure) {
         AppLogger::inst()->error(fmt::format("{}", failure.getFullDescription()));

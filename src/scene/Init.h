@@ -5,7 +5,7 @@
 namespace Ogre {
 struct DriverVersion;
 class RenderWindow;
-}
+} // namespace Ogre
 
 namespace vrk::visual {
 

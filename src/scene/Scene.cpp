@@ -86,6 +86,11 @@ Visual* Scene::GetWorldVisual()
     return Instance->core->worldVisual;
 }
 
+VisualStateManager* Scene::GetStateManager()
+{
+    return Instance->core->states.get();
+}
+
 Ogre::SceneManager* Scene::GetSceneManager()
 {
     return Instance->core->sceneManager;
@@ -132,7 +137,11 @@ Camera* Scene::createCamera(const std::string& name)
 /// Drops a dying visual from every record that points to it.
 void Scene::forgetVisual(const Visual* visual)
 {
-    const auto isOfVisual = [visual](const FaceOfSolid& face) { return static_cast<const void*>(face.first) == visual; };
+    const auto isOfVisual = [visual](const FaceOfSolid& face) {
+        return static_cast<const void*>(face.first) == visual;
+    };
+    if (highlightedVisual == visual)
+        highlightedVisual = nullptr;
     if (isOfVisual(highlightedFace))
         highlightedFace = {};
     std::erase_if(selectedFaces, isOfVisual);

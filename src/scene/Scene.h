@@ -28,6 +28,7 @@ class Camera;
 class SceneCore;
 class SolidVisual;
 class Visual;
+class VisualStateManager;
 
 /// The one object through which an application drives the view.
 ///
@@ -41,6 +42,9 @@ class Visual;
 /// done before the call returns.
 class VRK_EXPORT Scene {
 public:
+    /// Which of two groups, whose collisions are looked at, a visual belongs to.
+    enum class VisualCollisionState { None = 0, GroupA = 1, GroupB = 2 };
+
     // Life
 
     /// Null before start-up.
@@ -68,6 +72,7 @@ public:
     static Visual* GetVisual(unsigned id);
     static bool HasVisual(unsigned id);
     static Visual* GetWorldVisual();
+    static VisualStateManager* GetStateManager();
     static Ogre::SceneManager* GetSceneManager();
     void addTempVisual(Visual* visual);
     /// Render thread. The visual and its descendants leave the registry and the selection, and die.
@@ -84,6 +89,47 @@ public:
     /// Shows or hides a visual with its children, and with it its part in picking. The members of a group for its id. An
     /// id that the model does not know is passed over without a post.
     void setVisualVisible(unsigned id, bool visible);
+
+    // Appearance. Posted, but for the records of what is highlighted, which change at once: call these from one thread.
+
+    /// Nothing for a visual that is highlighted already; a selected one shows no highlight, but the old one goes.
+    void setVisualHighlighted(Visual* visual);
+    /// @throws std::out_of_range as `GetVisual` does, at once.
+    void setVisualHighlighted(unsigned id);
+    /// Ends the highlight of a whole visual.
+    void clearHighlightedBody();
+    /// Ends every highlight: of a visual, of a face, of an edge.
+    void clearHighlightedVisual();
+    /// This visual, and nothing else. An id without a visual may name a task or an operation: what it holds is selected.
+    void setVisualSelected(unsigned id);
+    void setVisualSelected(Visual* visual);
+    /// These visuals, and nothing else. The outline around them is not switched on.
+    void setVisualsSelected(const std::vector<unsigned>& ids);
+    void clearSelectedVisuals();
+    /// All selected faces and visuals.
+    void clearSelections();
+    /// At once. Whether the visual, or one that it belongs to, is selected.
+    bool isSelected(const Visual* visual) const;
+    /// At once; a live reference. It may hold ids whose visuals are gone: test each.
+    const std::vector<unsigned>& getSelectedVisuals() const { return selectedVisuals; }
+    /// These points of these clouds, by cloud id, and nothing else. A cloud with an empty list is selected as well.
+    /// An unknown id fails on the render thread as `GetVisual` does.
+    void selectPointCloud(const std::unordered_map<unsigned, std::vector<std::uint64_t>>& indicesOfClouds);
+    /// One colour on a body, or on the bodies that are direct children.
+    void setVisualColor(unsigned id, float r, float g, float b);
+    /// The model's colours on a body, or on the bodies that are direct children.
+    void resetColor(unsigned id);
+    void resetColor(Visual* visual);
+    /// A material under every other look of a body; anything else is passed over.
+    void bodyVisualUseMaterial(unsigned id, const std::string& material);
+    void bodyVisualUseDefaultMaterial(unsigned id);
+    /// Marks all bodies of a visual as touching something; an unknown id is passed over.
+    void setCollision(unsigned id, bool on);
+    void setCollisionHighlights(const std::vector<unsigned>& ids, bool on);
+    void clearAllCollisionContacts();
+    /// An unknown id is passed over.
+    void setVisualCollisionEmphasizeState(unsigned id, VisualCollisionState state);
+    void clearVisualCollisionEmphasizeState(unsigned id);
 
     // View
 
@@ -123,9 +169,11 @@ public:
     /// The body's solid made anew from another shape, under the same parent and id. What was hidden or selected of the
     /// old one is forgotten. Does nothing where the node has no solid.
     void updateSolidVisual(sdf::SdfNode* node, const TopoDS_Shape& shape);
-    /// The model's colours on a body, or on the bodies that are direct children.
-    void resetColor(unsigned id);
-    void resetColor(Visual* visual);
+
+    // Point clouds; posted
+
+    /// Draws a cloud of the station, a `layout::PointCloud`, under the world.
+    void addPointCloud(sdf::SdfNode* node);
 
 private:
     using FaceOfSolid = std::pair<SolidVisual*, unsigned>;
@@ -135,7 +183,11 @@ private:
     void doRemoveVisual(unsigned id);
     void doRemoveTempVisual(unsigned id);
     void doSetVisualVisible(unsigned id, bool visible);
+    void doSetColor(unsigned id, float r, float g, float b);
     void doResetColor(Visual* visual);
+    void doSelectVisual(unsigned id);
+    void doClearSelectedVisuals();
+    void doSelectPointCloud(const std::unordered_map<unsigned, std::vector<std::uint64_t>>& indicesOfClouds);
     void selectFace(unsigned id, unsigned face, const char* color);
     void forgetVisual(const Visual* visual);
     void createLights();
@@ -146,6 +198,8 @@ private:
     std::vector<std::unique_ptr<Camera>> cameras;
     std::unordered_map<unsigned, Visual*> tempVisuals;
     std::deque<std::function<void()>> loadTasks;
+    Visual* highlightedVisual = nullptr;
+    std::vector<unsigned> selectedVisuals;
     FaceOfSolid highlightedFace{};
     std::vector<FaceOfSolid> selectedFaces; // in the order of selection
 };

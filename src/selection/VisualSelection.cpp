@@ -2,6 +2,8 @@
 
 #include "platform/broker/SignalBroker.h"
 #include "platform/common/Checks.h"
+#include "visual/PointCloudVisual.h"
+#include "visual/PointVisual.h"
 #include "visual/SolidVisual.h"
 
 namespace vrk::selection {
@@ -49,6 +51,16 @@ void VisualSelection::addMeshVisual(visual::Visual* visual, bool detectable, boo
         if (v->getType() == VisualType::Mesh || v->getType() == VisualType::Paint)
             enter(v, detectable, priority);
     });
+}
+
+void VisualSelection::addPointVisual(visual::PointVisual* visual, bool detectable)
+{
+    enter(visual, detectable, false);
+}
+
+void VisualSelection::addPointCloudVisual(visual::PointCloudVisual* visual, bool detectable)
+{
+    enter(visual, detectable, false);
 }
 
 void VisualSelection::removeObject(visual::Visual* visual)

@@ -8,9 +8,11 @@
 class TopoDS_Shape;
 
 namespace vrk::visual {
+class PointCloudVisual;
+class PointVisual;
 class SolidVisual;
 class Visual;
-}
+} // namespace vrk::visual
 
 namespace vrk::selection {
 
@@ -34,6 +36,8 @@ public:
     void addShape(const TopoDS_Shape& shape, visual::SolidVisual* visual, bool detectable);
     /// Registers every mesh or paint visual among this one and its descendants.
     void addMeshVisual(visual::Visual* visual, bool detectable, bool priority);
+    void addPointVisual(visual::PointVisual* visual, bool detectable);
+    void addPointCloudVisual(visual::PointCloudVisual* visual, bool detectable);
     /// The visual must be registered.
     void removeObject(visual::Visual* visual);
     void removeCompoundObject(visual::Visual* visual);

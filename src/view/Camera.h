@@ -11,7 +11,7 @@ class Camera;
 class RenderTarget;
 class SceneNode;
 class Viewport;
-}
+} // namespace Ogre
 
 namespace vrk::visual {
 

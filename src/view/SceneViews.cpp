@@ -14,7 +14,7 @@
 namespace vrk::visual {
 namespace {
 
-constexpr float minRadius = 10.0f;        // model units: what is smaller is not brought nearer
+constexpr float minRadius = 10.0f;         // model units: what is smaller is not brought nearer
 constexpr float emptySceneExtent = 100.0f; // half size of the box that stands for an empty scene
 constexpr float sameDirection = 0.999999f;
 constexpr float minDistance = 1e-6f;

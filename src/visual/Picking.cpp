@@ -31,6 +31,24 @@ void addMeshVisual(Visual* visual, bool detectable, bool priority)
     tell([&](auto& service) { service.addMeshVisual(visual, detectable, priority); });
 }
 
+void addPointVisual(PointVisual* visual, bool detectable)
+{
+    tell([&](auto& service) { service.addPointVisual(visual, detectable); });
+}
+
+void addPointCloudVisual(PointCloudVisual* visual, bool detectable)
+{
+    tell([&](auto& service) { service.addPointCloudVisual(visual, detectable); });
+}
+
+void removeObject(Visual* visual)
+{
+    tell([&](auto& service) {
+        if (service.hasVisual(visual))
+            service.removeObject(visual);
+    });
+}
+
 void removeCompoundObject(Visual* visual)
 {
     tell([&](auto& service) { service.removeCompoundObject(visual); });

@@ -4,6 +4,8 @@ class TopoDS_Shape;
 
 namespace vrk::visual {
 
+class PointCloudVisual;
+class PointVisual;
 class SolidVisual;
 class Visual;
 
@@ -17,6 +19,10 @@ namespace picking {
 void markDirty(Visual* visual);
 void addShape(const TopoDS_Shape& shape, SolidVisual* visual, bool detectable);
 void addMeshVisual(Visual* visual, bool detectable, bool priority);
+void addPointVisual(PointVisual* visual, bool detectable);
+void addPointCloudVisual(PointCloudVisual* visual, bool detectable);
+/// Forgets this visual, if it is known, but not its descendants.
+void removeObject(Visual* visual);
 /// Forgets this visual and its descendants.
 void removeCompoundObject(Visual* visual);
 void setObjectEnabled(Visual* visual, bool enabled);

@@ -1,6 +1,10 @@
 #include "scene/Scene.h"
 
+#include "scene/core/SceneCore.h"
 #include "visual/FacetVisual.h"
+#include "visual/VisualStateManager.h"
+
+#include <Ogre.h>
 
 namespace vrk::visual {
 namespace {
@@ -10,7 +14,75 @@ bool isFacetVisual(const Visual& visual)
     return visual.getType() == VisualType::Solid || visual.getType() == VisualType::Mesh;
 }
 
+/// Calls `call` with the visual if it is a body, else with its bodies. Direct children only: an assembly, whose bodies lie
+/// deeper, keeps its colours.
+template <typename Call>
+void forBodies(Visual& visual, const Call& call)
+{
+    if (isFacetVisual(visual)) {
+        call(static_cast<FacetVisual&>(visual));
+        return;
+    }
+    for (Visual* child : visual.getChildren())
+        if (isFacetVisual(*child))
+            call(static_cast<FacetVisual&>(*child));
+}
+
+void collectDrawnBodies(Visual& visual, std::vector<Visual*>& bodies)
+{
+    if (isFacetVisual(visual) && !visual.getSceneNode()->getAttachedObjects().empty())
+        bodies.push_back(&visual);
+    for (Visual* child : visual.getChildren())
+        collectDrawnBodies(*child, bodies);
+}
+
+void showLayer(Visual* visual, VisualStateLayer layer, bool on, const std::string& material = {})
+{
+    VisualStateManager& states = *SceneCore::Get()->states;
+    states.setLayer(visual, layer, on, material);
+    states.refresh(visual);
+}
+
 } // namespace
+
+void Scene::setVisualHighlighted(Visual* visual)
+{
+    if (visual == highlightedVisual)
+        return;
+    clearHighlightedVisual();
+    if (isSelected(visual))
+        return; // it shows that it is selected
+    highlightedVisual = visual;
+    addRenderTask([visual] { showLayer(visual, VisualStateLayer::Highlighted, true); }, 0);
+}
+
+void Scene::setVisualHighlighted(unsigned id)
+{
+    setVisualHighlighted(GetVisual(id));
+}
+
+void Scene::clearHighlightedBody()
+{
+    Visual* visual = std::exchange(highlightedVisual, nullptr);
+    if (visual)
+        addRenderTask([visual] { showLayer(visual, VisualStateLayer::Highlighted, false); }, 0);
+}
+
+void Scene::clearHighlightedVisual()
+{
+    clearHighlightedFace();
+    clearHighlightedBody();
+}
+
+void Scene::setVisualColor(unsigned id, float r, float g, float b)
+{
+    addRenderTask([this, id, r, g, b] { doSetColor(id, r, g, b); }, 0);
+}
+
+void Scene::doSetColor(unsigned id, float r, float g, float b)
+{
+    forBodies(*GetVisual(id), [&](FacetVisual& body) { body.setBodyColor({r, g, b}, 1.0f); });
+}
 
 void Scene::resetColor(unsigned id)
 {
@@ -24,14 +96,66 @@ void Scene::resetColor(Visual* visual)
 
 void Scene::doResetColor(Visual* visual)
 {
-    if (isFacetVisual(*visual)) {
-        static_cast<FacetVisual*>(visual)->resetColor();
+    forBodies(*visual, [](FacetVisual& body) { body.resetColor(); });
+}
+
+void Scene::bodyVisualUseMaterial(unsigned id, const std::string& material)
+{
+    Visual* visual = GetVisual(id);
+    if (isFacetVisual(*visual))
+        addRenderTask([visual, material] { showLayer(visual, VisualStateLayer::Material, true, material); }, 0);
+}
+
+void Scene::bodyVisualUseDefaultMaterial(unsigned id)
+{
+    Visual* visual = GetVisual(id);
+    if (isFacetVisual(*visual))
+        addRenderTask([visual] { showLayer(visual, VisualStateLayer::Material, false); }, 0);
+}
+
+void Scene::setCollision(unsigned id, bool on)
+{
+    setCollisionHighlights({id}, on);
+}
+
+void Scene::setCollisionHighlights(const std::vector<unsigned>& ids, bool on)
+{
+    std::vector<Visual*> bodies;
+    for (const unsigned id : ids)
+        if (HasVisual(id))
+            collectDrawnBodies(*GetVisual(id), bodies);
+    if (bodies.empty())
         return;
-    }
-    // Direct children only: an assembly, whose bodies lie deeper, keeps its colours.
-    for (Visual* child : visual->getChildren())
-        if (isFacetVisual(*child))
-            static_cast<FacetVisual*>(child)->resetColor();
+    addRenderTask(
+        [bodies = std::move(bodies), on] {
+            for (Visual* body : bodies)
+                showLayer(body, VisualStateLayer::CollisionContact, on);
+        },
+        0);
+}
+
+void Scene::clearAllCollisionContacts()
+{
+    addRenderTask([] { SceneCore::Get()->states->clearLayer(VisualStateLayer::CollisionContact); }, 0);
+}
+
+void Scene::setVisualCollisionEmphasizeState(unsigned id, VisualCollisionState state)
+{
+    if (!HasVisual(id))
+        return;
+    addRenderTask(
+        [visual = GetVisual(id), state] {
+            VisualStateManager& states = *SceneCore::Get()->states;
+            states.setLayer(visual, VisualStateLayer::EmphasizeGroupA, state == VisualCollisionState::GroupA, {});
+            states.setLayer(visual, VisualStateLayer::EmphasizeGroupB, state == VisualCollisionState::GroupB, {});
+            states.refresh(visual);
+        },
+        0);
+}
+
+void Scene::clearVisualCollisionEmphasizeState(unsigned id)
+{
+    setVisualCollisionEmphasizeState(id, VisualCollisionState::None);
 }
 
 } // namespace vrk::visual

@@ -42,7 +42,7 @@ void Scene::highlightFace(SolidVisual* visual, unsigned face)
 {
     if (highlightedFace == FaceOfSolid(visual, face))
         return;
-    clearHighlightedFace();
+    clearHighlightedVisual();
     if (faceIsSelected(visual, face))
         return; // its selection colour stays
     highlightedFace = {visual, face};
@@ -74,14 +74,14 @@ void Scene::selectFace(unsigned id, unsigned face, const char* color)
     auto* solid = static_cast<SolidVisual*>(visual);
     if (faceIsSelected(solid, face))
         return; // a face keeps the first of the two marks
-    clearHighlightedFace();
+    clearHighlightedVisual();
     selectedFaces.emplace_back(solid, face);
     addRenderTask([solid, face, color] { solid->setFaceColor(face, std::string(color)); }, 0);
 }
 
 void Scene::clearSelectedFace(unsigned id, unsigned face)
 {
-    clearHighlightedFace();
+    clearHighlightedVisual();
     Visual* visual = GetVisual(id);
     if (visual->getType() != VisualType::Solid)
         return;

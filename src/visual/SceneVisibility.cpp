@@ -42,6 +42,7 @@ void Scene::setVisualVisible(unsigned id, bool visible)
     if (!found.known)
         return;
     if (found.group) {
+        clearSelections();
         for (const unsigned member : found.members)
             setVisualVisible(member, visible);
         return;

@@ -256,7 +256,8 @@ void SolidVisual::highLightFace(unsigned face)
 {
     // Not held to 1: a face that is bright already still grows brighter under the lights.
     const rob::ColorTemplate<float> color = getFaceColor(face);
-    setFaceColor(face, rob::ColorTemplate<float>(color.r + highlightGain, color.g + highlightGain, color.b + highlightGain));
+    setFaceColor(face,
+                 rob::ColorTemplate<float>(color.r + highlightGain, color.g + highlightGain, color.b + highlightGain));
 }
 
 void SolidVisual::clearHighLightFace(unsigned face)

@@ -5,6 +5,7 @@
 #include "scene/core/OgreCompat.h"
 #include "scene/core/SceneCore.h"
 #include "visual/Picking.h"
+#include "visual/VisualStateManager.h"
 
 #include <fmt/format.h>
 
@@ -276,9 +277,11 @@ void Visual::clearCopiedChildren()
 
 void Visual::Delete(Visual* visual)
 {
-    VisualRegistry& registry = SceneCore::Get()->visuals;
-    registry.tellDeleted(visual);
-    registry.erase(visual);
+    SceneCore& core = *SceneCore::Get();
+    core.visuals.tellDeleted(visual);
+    // Also here, where it dies with a parent: a visual made later at this address must not inherit its looks.
+    core.states->remove(visual);
+    core.visuals.erase(visual);
     visual->clearChildren();
     picking::removeCompoundObject(visual);
     delete visual;
@@ -379,8 +382,8 @@ void Visual::setMaterial(const std::string& defaultName, const std::string& sele
 void Visual::useMaterial(const std::string& name)
 {
     for (Ogre::MovableObject* object : sceneNode->getAttachedObjects()) {
-        const Ogre::MaterialPtr material =
-            Ogre::MaterialManager::getSingleton().getByName(name, Ogre::ResourceGroupManager::AUTODETECT_RESOURCE_GROUP_NAME);
+        const Ogre::MaterialPtr material = Ogre::MaterialManager::getSingleton().getByName(
+            name, Ogre::ResourceGroupManager::AUTODETECT_RESOURCE_GROUP_NAME);
         if (!material)
             continue;
         if (auto* entity = dynamic_cast<Ogre::Entity*>(object))

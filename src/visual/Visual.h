@@ -14,7 +14,7 @@ namespace Ogre {
 class MovableObject;
 class Node;
 class SceneNode;
-}
+} // namespace Ogre
 namespace sdf {
 class SdfNode;
 }
@@ -163,6 +163,9 @@ public:
 
     /// Names the materials of the three states, here and in all children, and takes the normal one.
     void setMaterial(const std::string& defaultName, const std::string& selectedName, const std::string& highlightName);
+
+    /// Shows a material until the next change of appearance; the three names stay.
+    void showMaterial(const std::string& name) { useMaterial(name); }
 
 protected:
     /// Gives the material to every object on this node; a name that OGRE does not know changes nothing.

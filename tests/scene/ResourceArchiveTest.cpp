@@ -150,9 +150,8 @@ TEST_F(ResourceArchiveTest, StateThatCannotBeAskedForIsAFailureNamedExists)
     // A path through a file instead of a folder is absent; a name that is too long cannot even be asked for.
     common::SetResourcePath(folder.path() / std::string(5000, 'x'));
 
-    EXPECT_THAT([this] { materials.find("*"); },
-                testing::Throws<std::filesystem::filesystem_error>(
-                    testing::Property(&std::exception::what, testing::HasSubstr("exists"))));
+    EXPECT_THAT([this] { materials.find("*"); }, testing::Throws<std::filesystem::filesystem_error>(testing::Property(
+                                                     &std::exception::what, testing::HasSubstr("exists"))));
 }
 
 TEST_F(ResourceArchiveTest, ListIsAnEmptyPointerAndFileInfoAnEmptyList)

@@ -118,8 +118,8 @@ Picture RenderTest::render(const View& view)
 Pixel RenderTest::pixelAt(const Picture& picture, const rob::PosTemplate<float>& point) const
 {
     const Ogre::Camera& camera = *visual::Camera::Get()->ogreCamera();
-    const Ogre::Vector4 clip =
-        camera.getProjectionMatrix() * (Ogre::Matrix4(camera.getViewMatrix()) * Ogre::Vector4(point.x, point.y, point.z, 1));
+    const Ogre::Vector4 clip = camera.getProjectionMatrix() *
+                               (Ogre::Matrix4(camera.getViewMatrix()) * Ogre::Vector4(point.x, point.y, point.z, 1));
     const float x = (clip.x / clip.w * 0.5f + 0.5f) * static_cast<float>(picture.width);
     const float y = (0.5f - clip.y / clip.w * 0.5f) * static_cast<float>(picture.height);
     return picture.at(static_cast<unsigned>(x), static_cast<unsigned>(y));

@@ -38,8 +38,8 @@ protected:
     }
     static bool hasMesh(const std::string& name)
     {
-        return Ogre::MeshManager::getSingleton().resourceExists(name,
-                                                                Ogre::ResourceGroupManager::DEFAULT_RESOURCE_GROUP_NAME);
+        return Ogre::MeshManager::getSingleton().resourceExists(
+            name, Ogre::ResourceGroupManager::DEFAULT_RESOURCE_GROUP_NAME);
     }
 };
 

@@ -149,7 +149,6 @@ TEST_F(VisualPicture, UnknownMaterialStillDraws)
     EXPECT_GT(difference(pixelAt(picture, {0, -100, 0}), background), 40);
 }
 
-
 class BodyMaterials : public VisualPicture, public testing::WithParamInterface<const char*> {};
 
 TEST_P(BodyMaterials, ExistsAndDraws)
@@ -164,14 +163,15 @@ TEST_P(BodyMaterials, ExistsAndDraws)
     EXPECT_GT(difference(pixelAt(picture, {0, 0, 90}), background), 15);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    AllNames, BodyMaterials,
-    testing::Values("Body", "BodySelected", "BodyHighlighted", "MeshBody", "MeshBodySelected", "MeshBodyHighlighted",
-                    "TransBody", "Axis", "ABB", "ABBSelected", "ABBHighlighted", "KUKA", "KUKASelected",
-                    "KUKAHighlighted", "FANUC", "FANUCSelected", "FANUCHighlighted", "YASKAWA", "YASKAWASelected",
-                    "YASKAWAHighlighted", "Mechanism", "MechanismSelected", "MechanismHighlighted", "CollisionContact",
-                    "CollisionNearMiss", "EmphasizeCollisionGroupA", "EmphasizeCollisionGroupB"),
-    [](const auto& info) { return std::string(info.param); });
+INSTANTIATE_TEST_SUITE_P(AllNames, BodyMaterials,
+                         testing::Values("Body", "BodySelected", "BodyHighlighted", "MeshBody", "MeshBodySelected",
+                                         "MeshBodyHighlighted", "TransBody", "Axis", "ABB", "ABBSelected",
+                                         "ABBHighlighted", "KUKA", "KUKASelected", "KUKAHighlighted", "FANUC",
+                                         "FANUCSelected", "FANUCHighlighted", "YASKAWA", "YASKAWASelected",
+                                         "YASKAWAHighlighted", "Mechanism", "MechanismSelected", "MechanismHighlighted",
+                                         "CollisionContact", "CollisionNearMiss", "EmphasizeCollisionGroupA",
+                                         "EmphasizeCollisionGroupB"),
+                         [](const auto& info) { return std::string(info.param); });
 
 } // namespace
 } // namespace vrk::visual

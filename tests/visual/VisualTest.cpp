@@ -230,16 +230,22 @@ TEST_P(VisualPoseSetters, TellTheSelection)
     EXPECT_TRUE(picking.isDirty());
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Table, VisualPoseSetters,
-    testing::Values(PoseSetter{"Pose", [](Visual& v) { v.setPose({}); }},
-                    PoseSetter{"Position", [](Visual& v) { v.setPosition({1, 2, 3}); }},
-                    PoseSetter{"PositionOfThreeNumbers", [](Visual& v) { v.setPosition(1, 2, 3); }},
-                    PoseSetter{"Rotation", [](Visual& v) { v.setRotation({}); }},
-                    PoseSetter{"Orientation", [](Visual& v) { v.setOrientation({}); }},
-                    PoseSetter{"WorldPose", [](Visual& v) { v.setWorldPose({}); }},
-                    PoseSetter{"WorldPosition", [](Visual& v) { v.setWorldPosition({1, 2, 3}); }}),
-    [](const auto& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(Table, VisualPoseSetters,
+                         testing::Values(PoseSetter{"Pose", [](Visual& v) { v.setPose({}); }},
+                                         PoseSetter{"Position",
+                                                    [](Visual& v) {
+                                                        v.setPosition({1, 2, 3});
+                                                    }},
+                                         PoseSetter{"PositionOfThreeNumbers",
+                                                    [](Visual& v) { v.setPosition(1, 2, 3); }},
+                                         PoseSetter{"Rotation", [](Visual& v) { v.setRotation({}); }},
+                                         PoseSetter{"Orientation", [](Visual& v) { v.setOrientation({}); }},
+                                         PoseSetter{"WorldPose", [](Visual& v) { v.setWorldPose({}); }},
+                                         PoseSetter{"WorldPosition",
+                                                    [](Visual& v) {
+                                                        v.setWorldPosition({1, 2, 3});
+                                                    }}),
+                         [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(VisualTest, MovedParentMarksItsDescendants)
 {

@@ -148,11 +148,6 @@ TopoDS_Shape shapeOfBrepFile(const std::filesystem::path& file)
 
 } // namespace
 
-ImportError::ImportError(const std::filesystem::path& file, const std::string& cause)
-    : std::runtime_error(fmt::format("{}: {}", file.string(), cause))
-{
-}
-
 void checkReadable(const std::filesystem::path& file)
 {
     std::error_code error;
@@ -165,6 +160,11 @@ void checkReadable(const std::filesystem::path& file)
         throw ImportError(file, "the file cannot be opened");
     if (std::filesystem::file_size(file, error) == 0 || error)
         throw ImportError(file, "the file is empty");
+}
+
+ImportError::ImportError(const std::filesystem::path& file, const std::string& cause)
+    : std::runtime_error(fmt::format("{}: {}", file.string(), cause))
+{
 }
 
 std::string oneLine(const char* text)

@@ -15,11 +15,11 @@ Parts readStep(const std::filesystem::path& file, const Progress& progress);
 Parts readBrep(const std::filesystem::path& file, const Progress& progress);
 Parts readStl(const std::filesystem::path& file, const Progress& progress);
 
+/// @throws ImportError where there is no such file, or none with something in it to read.
+void checkReadable(const std::filesystem::path& file);
+
 /// What of a shape becomes a body of its own: each solid, each shell outside solids, and the loose faces together.
 std::vector<TopoDS_Shape> bodyShapesOf(const TopoDS_Shape& shape);
-
-/// Throws where there is no such file, or none with something in it.
-void checkReadable(const std::filesystem::path& file);
 
 /// The text of an Open CASCADE failure on one line.
 std::string oneLine(const char* text);

@@ -19,14 +19,16 @@ inline PoseTemplate<float> GP_Trsf2Posef(const gp_Trsf& trsf)
     const gp_XYZ& t = trsf.TranslationPart();
     const RotationTemplate<float> rotation(static_cast<float>(q.W()), static_cast<float>(q.X()),
                                            static_cast<float>(q.Y()), static_cast<float>(q.Z()));
-    return {PosTemplate<float>(static_cast<float>(t.X()), static_cast<float>(t.Y()), static_cast<float>(t.Z())), rotation};
+    return {PosTemplate<float>(static_cast<float>(t.X()), static_cast<float>(t.Y()), static_cast<float>(t.Z())),
+            rotation};
 }
 
 inline gp_Trsf toTrsf(const PoseTemplate<double>& pose)
 {
     gp_Trsf trsf;
-    trsf.SetTransformation(gp_Quaternion(pose.orientation.x, pose.orientation.y, pose.orientation.z, pose.orientation.w),
-                           gp_Vec(pose.position.x, pose.position.y, pose.position.z));
+    trsf.SetTransformation(
+        gp_Quaternion(pose.orientation.x, pose.orientation.y, pose.orientation.z, pose.orientation.w),
+        gp_Vec(pose.position.x, pose.position.y, pose.position.z));
     return trsf;
 }
 

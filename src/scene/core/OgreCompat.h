@@ -14,7 +14,7 @@ namespace Ogre {
 class Root;
 class SceneManager;
 class SceneNode;
-}
+} // namespace Ogre
 
 /// The one place that knows what differs between OGRE and our types, and between one OGRE version and another.
 namespace vrk::visual {

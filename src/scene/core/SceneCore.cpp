@@ -1,5 +1,7 @@
 #include "scene/core/SceneCore.h"
 
+#include "visual/VisualStateManager.h"
+
 namespace vrk::visual {
 namespace {
 
@@ -8,7 +10,7 @@ SceneCore* instance = nullptr;
 } // namespace
 
 SceneCore::SceneCore(std::string name, Ogre::SceneManager* sceneManager)
-    : name(std::move(name)), sceneManager(sceneManager)
+    : name(std::move(name)), sceneManager(sceneManager), states(std::make_unique<VisualStateManager>())
 {
     instance = this;
 }

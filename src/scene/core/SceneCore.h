@@ -4,6 +4,7 @@
 #include "scene/core/SceneSettings.h"
 #include "scene/core/VisualRegistry.h"
 
+#include <memory>
 #include <string>
 
 namespace Ogre {
@@ -11,6 +12,8 @@ class SceneManager;
 }
 
 namespace vrk::visual {
+
+class VisualStateManager;
 
 /// What everything below the scene needs of it: the queue, the registry, the settings and OGRE's scene manager.
 ///
@@ -30,7 +33,8 @@ public:
     SceneSettings settings;
     RenderTaskQueue queue;
     VisualRegistry visuals;
-    Visual* worldVisual = nullptr; ///< root of the tree, never deleted
+    const std::unique_ptr<VisualStateManager> states; ///< the looks of visuals that are selected, highlighted, ...
+    Visual* worldVisual = nullptr;                    ///< root of the tree, never deleted
 };
 
 } // namespace vrk::visual

@@ -1,6 +1,5 @@
 #pragma once
 
-
 namespace vrk::rob {
 
 /// A colour without alpha; components from 0 to 1.

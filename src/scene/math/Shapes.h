@@ -52,7 +52,8 @@ public:
         if (nn <= zeroLength * zeroLength)
             return;
         // Circumcentre of a triangle, seen from its first corner: (|u|^2 v x n + |v|^2 n x u) / (2 |n|^2).
-        const Vec3Template<double> toCenter = (v.cross(n) * u.squaredLength() + n.cross(u) * v.squaredLength()) / (2 * nn);
+        const Vec3Template<double> toCenter =
+            (v.cross(n) * u.squaredLength() + n.cross(u) * v.squaredLength()) / (2 * nn);
         center = a + toCenter;
         radius = toCenter.length();
         xAxis = DirTemplate<double>((a - center) / radius);

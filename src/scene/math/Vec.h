@@ -68,8 +68,9 @@ struct Vec3Template : TripleOperations<Vec3Template, T> {
     constexpr Vec3Template(T x, T y, T z) : x(x), y(y), z(z) {}
     /// Any other triple as a free vector, converted component by component.
     template <typename Triple>
-        requires requires(const Triple& t) { t.x, t.y, t.z; }
-    constexpr explicit Vec3Template(const Triple& t) : x(static_cast<T>(t.x)), y(static_cast<T>(t.y)), z(static_cast<T>(t.z))
+    requires requires(const Triple& t) { t.x, t.y, t.z; }
+    constexpr explicit Vec3Template(const Triple& t)
+        : x(static_cast<T>(t.x)), y(static_cast<T>(t.y)), z(static_cast<T>(t.z))
     {
     }
 
@@ -94,8 +95,9 @@ struct DirTemplate : TripleOperations<DirTemplate, T> {
     constexpr DirTemplate() = default;
     constexpr DirTemplate(T x, T y, T z) : x(x), y(y), z(z) {}
     template <typename Triple>
-        requires requires(const Triple& t) { t.x, t.y, t.z; }
-    constexpr explicit DirTemplate(const Triple& t) : x(static_cast<T>(t.x)), y(static_cast<T>(t.y)), z(static_cast<T>(t.z))
+    requires requires(const Triple& t) { t.x, t.y, t.z; }
+    constexpr explicit DirTemplate(const Triple& t)
+        : x(static_cast<T>(t.x)), y(static_cast<T>(t.y)), z(static_cast<T>(t.z))
     {
     }
 
@@ -117,8 +119,9 @@ struct PosTemplate : TripleOperations<PosTemplate, T> {
     constexpr PosTemplate() = default;
     constexpr PosTemplate(T x, T y, T z) : x(x), y(y), z(z) {}
     template <typename Triple>
-        requires requires(const Triple& t) { t.x, t.y, t.z; }
-    constexpr explicit PosTemplate(const Triple& t) : x(static_cast<T>(t.x)), y(static_cast<T>(t.y)), z(static_cast<T>(t.z))
+    requires requires(const Triple& t) { t.x, t.y, t.z; }
+    constexpr explicit PosTemplate(const Triple& t)
+        : x(static_cast<T>(t.x)), y(static_cast<T>(t.y)), z(static_cast<T>(t.z))
     {
     }
 

@@ -1,0 +1,258 @@
+#include "platform/station/CloudFormats.h"
+
+#include "platform/station/ImportFormats.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+namespace vrk::station {
+namespace {
+
+static_assert(std::endian::native == std::endian::little);
+
+// Single precision resolves a hundredth here. Points that lie further out, such as surveyed ones, are kept relative to a
+// place near them.
+constexpr double farOut = 100000;
+constexpr std::uint64_t reportStep = 1 << 16;
+
+bool isBlank(char c)
+{
+    return c == ' ' || c == '\t' || c == '\r' || c == '\v' || c == '\f';
+}
+
+bool isFinite(const std::array<double, 3>& p)
+{
+    // Also what only double precision can hold is refused: it would become infinite.
+    return std::ranges::all_of(p, [](double c) { return std::abs(c) <= std::numeric_limits<float>::max(); });
+}
+
+/// Whether a number that is out of range is too small rather than too large.
+bool isTiny(std::string_view word)
+{
+    const std::size_t exponent = word.find_first_of("eE");
+    return exponent == std::string_view::npos || word.substr(exponent + 1).starts_with('-');
+}
+
+template <typename Number>
+double readAs(const char* at, ByteOrder order)
+{
+    std::array<char, sizeof(Number)> bytes;
+    std::memcpy(bytes.data(), at, bytes.size());
+    if (order == ByteOrder::Big)
+        std::ranges::reverse(bytes);
+    return static_cast<double>(std::bit_cast<Number>(bytes));
+}
+
+} // namespace
+
+void CloudCollector::reserve(std::uint64_t points)
+{
+    cloud.points.reserve(points);
+    if (withNormals)
+        cloud.normals.reserve(points);
+}
+
+void CloudCollector::add(const std::array<double, 3>& point, const std::array<double, 3>& normal)
+{
+    const auto isFar = [](double c) { return std::abs(c) > farOut; };
+    if (cloud.points.empty() && isFinite(point) && std::ranges::any_of(point, isFar))
+        cloud.origin = {std::round(point[0]), std::round(point[1]), std::round(point[2])};
+    const std::array<double, 3> local{point[0] - cloud.origin.x, point[1] - cloud.origin.y, point[2] - cloud.origin.z};
+    if (!isFinite(local)) {
+        ++cloud.dropped;
+        return;
+    }
+    cloud.points.emplace_back(static_cast<float>(local[0]), static_cast<float>(local[1]), static_cast<float>(local[2]));
+    if (!withNormals)
+        return;
+    if (isFinite(normal))
+        cloud.normals.emplace_back(static_cast<float>(normal[0]), static_cast<float>(normal[1]),
+                                   static_cast<float>(normal[2]));
+    else
+        cloud.normals.emplace_back();
+}
+
+void CloudCollector::dropNormals()
+{
+    withNormals = false;
+    cloud.normals = {};
+}
+
+bool LineReader::next(std::string_view& line)
+{
+    if (at >= text.size())
+        return false;
+    const std::size_t end = std::min(text.find('\n', at), text.size());
+    line = text.substr(at, end - at);
+    if (line.ends_with('\r'))
+        line.remove_suffix(1);
+    at = std::min(end + 1, text.size());
+    ++count;
+    return true;
+}
+
+bool LineReader::nextFilled(std::string_view& line)
+{
+    while (next(line))
+        if (!std::ranges::all_of(line, isBlank))
+            return true;
+    return false;
+}
+
+std::string_view takeWord(std::string_view& line)
+{
+    std::size_t begin = 0;
+    while (begin < line.size() && isBlank(line[begin]))
+        ++begin;
+    std::size_t end = begin;
+    while (end < line.size() && !isBlank(line[end]))
+        ++end;
+    const std::string_view word = line.substr(begin, end - begin);
+    line.remove_prefix(end);
+    return word;
+}
+
+std::vector<std::string_view> wordsOf(std::string_view line)
+{
+    std::vector<std::string_view> words;
+    for (std::string_view word = takeWord(line); !word.empty(); word = takeWord(line))
+        words.push_back(word);
+    return words;
+}
+
+double parseNumber(std::string_view word, std::uint64_t line)
+{
+    std::string_view digits = word;
+    if (digits.starts_with('+') && !digits.starts_with("+-"))
+        digits.remove_prefix(1); // from_chars takes no plus sign
+    double value = 0;
+    const char* const end = digits.data() + digits.size();
+    const auto [stop, error] = std::from_chars(digits.data(), end, value);
+    if (error == std::errc::invalid_argument || stop != end)
+        failAtLine(line, fmt::format("{} is not a number", inQuotes(word)));
+    if (error == std::errc::result_out_of_range)
+        return isTiny(digits) ? 0.0 : std::numeric_limits<double>::infinity();
+    return value;
+}
+
+std::uint64_t parseCount(std::string_view word, std::uint64_t line)
+{
+    std::uint64_t value = 0;
+    const char* const end = word.data() + word.size();
+    const auto [stop, error] = std::from_chars(word.data(), end, value);
+    if (error != std::errc() || stop != end)
+        failAtLine(line, fmt::format("{} is not a count", inQuotes(word)));
+    return value;
+}
+
+void parseNumbers(std::string_view line, std::uint64_t lineNumber, std::vector<double>& numbers)
+{
+    numbers.clear();
+    for (std::string_view word = takeWord(line); !word.empty(); word = takeWord(line))
+        numbers.push_back(parseNumber(word, lineNumber));
+}
+
+void expectNumbers(std::size_t found, std::size_t expected, std::uint64_t line)
+{
+    if (found != expected)
+        failAtLine(line, fmt::format("{} number{} where {} are expected", found, found == 1 ? "" : "s", expected));
+}
+
+void failAtLine(std::uint64_t line, const std::string& cause)
+{
+    throw CloudFault(fmt::format("line {}: {}", line, cause));
+}
+
+std::string inQuotes(std::string_view word)
+{
+    constexpr std::size_t longest = 24;
+    std::string text(word.substr(0, longest));
+    std::ranges::replace_if(
+        text, [](char c) { return c < ' ' || c > '~'; }, '?');
+    return fmt::format("'{}{}'", text, word.size() > longest ? "..." : "");
+}
+
+unsigned sizeOf(Scalar type)
+{
+    switch (type) {
+    case Scalar::Int8:
+    case Scalar::UInt8:
+        return 1;
+    case Scalar::Int16:
+    case Scalar::UInt16:
+        return 2;
+    case Scalar::Int32:
+    case Scalar::UInt32:
+    case Scalar::Float32:
+        return 4;
+    default:
+        return 8;
+    }
+}
+
+double readScalar(const char* at, Scalar type, ByteOrder order)
+{
+    switch (type) {
+    case Scalar::Int8:
+        return readAs<std::int8_t>(at, order);
+    case Scalar::UInt8:
+        return readAs<std::uint8_t>(at, order);
+    case Scalar::Int16:
+        return readAs<std::int16_t>(at, order);
+    case Scalar::UInt16:
+        return readAs<std::uint16_t>(at, order);
+    case Scalar::Int32:
+        return readAs<std::int32_t>(at, order);
+    case Scalar::UInt32:
+        return readAs<std::uint32_t>(at, order);
+    case Scalar::Int64:
+        return readAs<std::int64_t>(at, order);
+    case Scalar::UInt64:
+        return readAs<std::uint64_t>(at, order);
+    case Scalar::Float32:
+        return readAs<float>(at, order);
+    default:
+        return readAs<double>(at, order);
+    }
+}
+
+void failAtMissingPoints(const LineReader& lines, std::uint64_t found, std::uint64_t expected)
+{
+    failAtLine(lines.number(), fmt::format("the file ends after {} of {} points", found, expected));
+}
+
+void expectNoMoreLines(LineReader& lines, std::uint64_t points)
+{
+    std::string_view line;
+    if (lines.nextFilled(line))
+        failAtLine(lines.number(), fmt::format("more than the {} points of the header", points));
+}
+
+void expectBytes(std::string_view bytes, std::uint64_t needed)
+{
+    if (bytes.size() < needed)
+        throw CloudFault(fmt::format("ends at byte {} of {}", bytes.size(), needed));
+}
+
+void expectNothingFrom(std::string_view bytes, std::size_t end, std::uint64_t points)
+{
+    const auto isFilling = [](char c) { return c == '\0' || c == '\n' || isBlank(c); };
+    const std::string_view rest = bytes.substr(end);
+    if (!std::ranges::all_of(rest, isFilling))
+        throw CloudFault(
+            fmt::format("byte {}: {} bytes more than the {} points of the header", end, rest.size(), points));
+}
+
+void reportPoint(const Progress& progress, std::uint64_t point, std::size_t done, std::size_t size)
+{
+    if (point % reportStep == 0)
+        report(progress, "reading", static_cast<double>(done) / static_cast<double>(size));
+}
+
+} // namespace vrk::station

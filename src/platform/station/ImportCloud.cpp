@@ -1,0 +1,85 @@
+#include "platform/station/ImportCloud.h"
+
+#include "platform/common/Logger.h"
+#include "platform/layout/PointCloud.h"
+#include "platform/sdf/SdfManager.h"
+#include "platform/station/CloudFormats.h"
+#include "platform/station/ImportFormats.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cctype>
+#include <fstream>
+
+namespace vrk::station {
+namespace {
+
+using Parser = Cloud (*)(std::string_view bytes, const Progress& progress);
+
+struct Format {
+    const char* ending;
+    Parser parse;
+};
+
+constexpr std::array<Format, 3> formats{{{"ply", parsePly}, {"pcd", parsePcd}, {"xyz", parseXyz}}};
+
+const Format* formatOf(const std::filesystem::path& file)
+{
+    std::string ending = file.extension().string();
+    std::ranges::transform(ending, ending.begin(), [](unsigned char c) { return std::tolower(c); });
+    const auto found = std::ranges::find_if(
+        formats, [&](const Format& format) { return ending == fmt::format(".{}", format.ending); });
+    return found == formats.end() ? nullptr : &*found;
+}
+
+std::string bytesOf(const std::filesystem::path& file)
+{
+    checkReadable(file);
+    std::ifstream stream(file, std::ios::binary);
+    const std::uintmax_t size = std::filesystem::file_size(file);
+    std::string bytes(size, '\0');
+    stream.read(bytes.data(), static_cast<std::streamsize>(size));
+    bytes.resize(static_cast<std::size_t>(stream.gcount()));
+    return bytes;
+}
+
+Cloud parsed(const std::filesystem::path& file, Parser parse, const Progress& progress)
+{
+    try {
+        return parse(bytesOf(file), progress);
+    } catch (const CloudFault& fault) {
+        throw ImportError(file, fault.what());
+    }
+}
+
+} // namespace
+
+bool isPointCloudFile(const std::filesystem::path& file)
+{
+    return formatOf(file) != nullptr;
+}
+
+std::shared_ptr<layout::PointCloud> ImportPointCloud(const std::filesystem::path& file, const Progress& progress)
+{
+    const std::filesystem::path absolute = std::filesystem::absolute(file).lexically_normal();
+    const Format* format = formatOf(absolute);
+    if (!format)
+        throw ImportError(absolute, "not a kind of point cloud that can be read (.ply, .pcd, .xyz)");
+    Cloud read = parsed(absolute, format->parse, progress);
+    const std::size_t kept = read.points.size();
+    if (read.dropped > 0)
+        AppLogger::inst()->trace(fmt::format("{}: {} of {} points are not finite and were dropped", absolute.string(),
+                                             read.dropped, kept + read.dropped));
+    if (kept == 0)
+        throw ImportError(absolute, "the file holds no point");
+
+    auto cloud = std::make_shared<layout::PointCloud>(sdf::SdfManager::inst().generateId(), absolute.stem().string(),
+                                                      std::move(read.points), std::move(read.normals));
+    cloud->setPose(rob::Posed(read.origin));
+    cloud->setGeometry(absolute.string(), format->ending);
+    report(progress, "done", 1);
+    return cloud;
+}
+
+} // namespace vrk::station

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/station/Import.h"
+
+namespace vrk::layout {
+class PointCloud;
+}
+
+namespace vrk::station {
+
+/// Whether the file's ending is that of a point cloud: .ply, .pcd or .xyz, in any case.
+VRK_EXPORT bool isPointCloudFile(const std::filesystem::path& file);
+
+/// Reads a PLY, PCD or XYZ file. Any thread.
+///
+/// Normals are kept where the file has all three of each; colours and whatever else it holds are passed over. Points that
+/// are not finite are dropped, and `AppLogger` is told how many. Coordinates are the file's own numbers: these formats
+/// carry no unit, though by custom they are metres. Where they lie too far out for single precision, as surveyed ones do,
+/// the points are relative to a place near them, which is the cloud's pose.
+///
+/// The cloud is complete but not yet in the station.
+///
+/// @throws ImportError  naming the line, or in binary data the byte.
+VRK_EXPORT std::shared_ptr<layout::PointCloud> ImportPointCloud(const std::filesystem::path& file,
+                                                                const Progress& progress = {});
+
+} // namespace vrk::station

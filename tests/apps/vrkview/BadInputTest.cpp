@@ -1,0 +1,258 @@
+#include "Program.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+
+namespace vrkview::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+using testing::StrEq;
+
+constexpr int wrongCommandLine = 1;
+constexpr int unusable = 2;
+
+/// One line on standard error and nothing else.
+void expectRefused(const Outcome& outcome, int exitCode, const std::string& text)
+{
+    EXPECT_EQ(outcome.exitCode, exitCode);
+    EXPECT_THAT(outcome.out, IsEmpty());
+    EXPECT_THAT(outcome.err, StrEq("vrkview: " + text + "\n"));
+}
+
+// The command line
+
+struct WrongLine {
+    const char* name;
+    std::vector<std::string> arguments;
+    const char* text;
+};
+
+class ViewerCommandLine : public testing::TestWithParam<WrongLine> {};
+
+TEST_P(ViewerCommandLine, WrongOneIsRefusedInOneLine)
+{
+    expectRefused(runViewer(GetParam().arguments), wrongCommandLine,
+                  GetParam().text + std::string(" (--help lists the options)"));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, ViewerCommandLine,
+    testing::Values(WrongLine{"UnknownOption", {"--bogus"}, "The following argument was not expected: --bogus"},
+                    WrongLine{"SizeWithoutPicture", {"--size", "10x10"}, "--size requires --shot"},
+                    WrongLine{"ViewWithoutPicture", {"--view", "iso"}, "--view requires --shot"},
+                    WrongLine{"PictureAndList", {"--shot", "x.png", "--list"}, "--shot excludes --list"},
+                    WrongLine{"UnknownView",
+                              {"--shot", "x.png", "--view", "up"},
+                              "--view: 'up' is none of iso, front, back, left, right, top, bottom, all"},
+                    WrongLine{"OneNumber",
+                              {"--shot", "x.png", "--size", "10"},
+                              "--size: '10' is not a size such as 1600x1000, each side from 1 to 8192"},
+                    WrongLine{"NoHeight",
+                              {"--shot", "x.png", "--size", "10x0"},
+                              "--size: '10x0' is not a size such as 1600x1000, each side from 1 to 8192"},
+                    WrongLine{"TooLarge",
+                              {"--shot", "x.png", "--size", "10x8193"},
+                              "--size: '10x8193' is not a size such as 1600x1000, each side from 1 to 8192"},
+                    WrongLine{"TextBehindTheSize",
+                              {"--shot", "x.png", "--size", "10x10px"},
+                              "--size: '10x10px' is not a size such as 1600x1000, each side from 1 to 8192"}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+// Files
+
+class ViewerFile : public testing::Test {
+protected:
+    void expectFileRefused(const std::string& file, const std::string& cause)
+    {
+        const std::string picture = files.path("refused.png");
+        expectRefused(runViewer({"--shot", picture, file}), unusable, file + ": " + cause);
+        EXPECT_FALSE(std::filesystem::exists(picture));
+    }
+
+    const Files files;
+};
+
+TEST_F(ViewerFile, MissingOneIsNamed)
+{
+    expectFileRefused(files.path("none.step"), "no such file");
+}
+
+TEST_F(ViewerFile, EmptyOneIsNamed)
+{
+    expectFileRefused(files.write("empty.step", ""), "the file is empty");
+}
+
+TEST_F(ViewerFile, OneOfAnotherKindIsNamed)
+{
+    expectFileRefused(files.write("notes.txt", "hello"),
+                      "not a kind of file that can be read (.step, .stp, .brep, .stl)");
+}
+
+TEST_F(ViewerFile, BrepUnderTheNameOfStepIsMislabelled)
+{
+    expectFileRefused(files.writeBrep("mislabelled.step"), "not a STEP file");
+}
+
+TEST_F(ViewerFile, StepCutShortIsTold)
+{
+    const std::string whole = bytesOf(files.writeStep("whole.step"));
+
+    expectFileRefused(files.write("cut.step", whole.substr(0, whole.size() / 2)), "the STEP file is cut short");
+}
+
+TEST_F(ViewerFile, StepWithoutGeometryIsTold)
+{
+    const std::string step = "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION((''),'2;1');\n"
+                             "FILE_NAME('','',(''),(''),'','','');\nFILE_SCHEMA(('AUTOMOTIVE_DESIGN'));\nENDSEC;\n"
+                             "DATA;\n#1=CARTESIAN_POINT('',(0.,0.,0.));\nENDSEC;\nEND-ISO-10303-21;\n";
+    const std::string file = files.write("bare.step", step);
+
+    const Outcome outcome = runViewer({"--list", file});
+
+    EXPECT_EQ(outcome.exitCode, unusable);
+    EXPECT_THAT(outcome.out, IsEmpty());
+    EXPECT_THAT(outcome.err, StartsWith("vrkview: " + file + ": "));
+    EXPECT_EQ(std::ranges::count(outcome.err, '\n'), 1);
+}
+
+TEST_F(ViewerFile, BrepCutShortIsTold)
+{
+    const std::string whole = bytesOf(files.writeBrep("whole.brep"));
+
+    expectFileRefused(files.write("cut.brep", whole.substr(0, whole.size() / 2)),
+                      "the BREP file is cut short or damaged");
+}
+
+TEST_F(ViewerFile, TextInTheNameOfABinaryStlIsTold)
+{
+    expectFileRefused(files.write("text.stl",
+                                  "this is a text, and a long one, that holds neither facets nor a count of "
+                                  "triangles, as a binary file would"),
+                      "neither a binary nor an ascii STL file");
+}
+
+TEST_F(ViewerFile, WordInPlaceOfANumberInAsciiStlIsTold)
+{
+    const std::string file = files.write(
+        "word.stl", "solid s\nfacet normal 0 0 1\nouter loop\nvertex 0 zero 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\n"
+                    "endfacet\nendsolid s\n");
+
+    expectFileRefused(file, "a vertex of the STL file is not three numbers");
+}
+
+TEST_F(ViewerFile, GoodOneBesideABadOneIsNotShownEither)
+{
+    const std::string picture = files.path("both.png");
+
+    const Outcome outcome = runViewer({"--shot", picture, files.writeBrep("good.brep"), files.write("empty.stl", "")});
+
+    EXPECT_EQ(outcome.exitCode, unusable);
+    EXPECT_THAT(outcome.err, HasSubstr("empty.stl: the file is empty"));
+    EXPECT_FALSE(std::filesystem::exists(picture));
+}
+
+TEST_F(ViewerFile, PictureThatCannotBeWrittenIsNamed)
+{
+    const std::string picture = files.path("no/such/folder/x.png");
+
+    expectRefused(runViewer({"--shot", picture, "--size", "40x30", files.writeBrep("good.brep")}), unusable,
+                  picture + ": the picture cannot be written");
+}
+
+// The resource zip
+
+class ViewerResources : public testing::Test {
+protected:
+    void expectZipRefused(const std::string& zip, const std::string& cause)
+    {
+        expectRefused(runViewer({"--resources", zip, "--list"}), unusable, zip + ": " + cause);
+    }
+
+    /// The installed zip with one entry left out, or with another text in its place.
+    std::string zipWithout(const std::string& entry, const std::string& instead = {})
+    {
+        const std::filesystem::path folder = files.path("zip");
+        std::filesystem::create_directory(folder);
+        const std::string inFolder = "cd '" + folder.string() + "' && '" VRK_CMAKE "' -E tar ";
+        EXPECT_EQ(std::system((inFolder + "xf '" VRKVIEW_RESOURCES "'").c_str()), 0);
+        EXPECT_TRUE(std::filesystem::remove(folder / entry));
+        if (!instead.empty())
+            std::ofstream(folder / entry) << instead;
+        const std::string zip = files.path("changed.zip");
+        EXPECT_EQ(std::system((inFolder + "cf '" + zip + "' --format=zip material program").c_str()), 0);
+        return zip;
+    }
+
+    const Files files;
+};
+
+TEST_F(ViewerResources, MissingZipIsNamed)
+{
+    expectZipRefused(files.path("none.zip"), "no such file, the materials and programs are missing");
+}
+
+TEST_F(ViewerResources, TextIsNoZip)
+{
+    expectZipRefused(files.write("text.zip", "hello"),
+                     "cannot be opened as a zip file, 'material/body.material' is not read");
+}
+
+TEST_F(ViewerResources, ZipCutShortIsTold)
+{
+    const std::string whole = bytesOf(VRKVIEW_RESOURCES);
+
+    expectZipRefused(files.write("cut.zip", whole.substr(0, whole.size() / 2)),
+                     "cannot be opened as a zip file, 'material/body.material' is not read");
+}
+
+TEST_F(ViewerResources, DamagedEntryIsTold)
+{
+    std::string bytes = bytesOf(VRKVIEW_RESOURCES);
+    const std::size_t entry = bytes.find("material/body.material");
+    ASSERT_NE(entry, std::string::npos);
+    for (std::size_t i = entry + 60; i < entry + 100; ++i) // within the packed bytes
+        bytes[i] = static_cast<char>(bytes[i] ^ 0x55);
+
+    expectZipRefused(files.write("damaged.zip", bytes), "the entry 'material/body.material' is damaged");
+}
+
+TEST_F(ViewerResources, MissingProgramIsNamed)
+{
+    expectZipRefused(zipWithout("program/lit.frag"), "no entry 'program/lit.frag'");
+}
+
+TEST_F(ViewerResources, ProgramThatTheDriverDoesNotTakeIsTold)
+{
+    expectZipRefused(zipWithout("program/lit.frag", "void main() { this is no program }"),
+                     "the material 'Body' is missing or the driver does not take its programs");
+}
+
+// The display
+
+TEST(ViewerDisplay, WindowNeedsOne)
+{
+    expectRefused(runViewer({}), unusable,
+                  "no display: DISPLAY is not set or does not answer (--shot needs none with Xvfb)");
+}
+
+TEST(ViewerDisplay, PictureOnThePresentOneNeedsOne)
+{
+    expectRefused(runViewer({"--gpu", "--list"}, "DISPLAY=:98765"), unusable,
+                  "no display: DISPLAY is not set or does not answer (--shot needs none with Xvfb)");
+}
+
+TEST(ViewerDisplay, PictureWithoutXvfbNeedsOne)
+{
+    expectRefused(runViewer({"--list"}, "PATH=/nowhere"), unusable,
+                  "no display: DISPLAY is not set or does not answer, and Xvfb is not on the PATH");
+}
+
+} // namespace
+} // namespace vrkview::test

@@ -1,0 +1,38 @@
+#include "FakeInput.h"
+
+#include <X11/Xlib.h>
+#include <X11/extensions/XTest.h>
+
+namespace vrkview::test {
+namespace {
+
+Display* display()
+{
+    static Display* const opened = XOpenDisplay(nullptr); // as long as the process
+    return opened;
+}
+
+} // namespace
+
+void typeKey(const char* name)
+{
+    const KeyCode code = XKeysymToKeycode(display(), XStringToKeysym(name));
+    XTestFakeKeyEvent(display(), code, True, CurrentTime);
+    XTestFakeKeyEvent(display(), code, False, CurrentTime);
+    XSync(display(), False);
+}
+
+void moveMouse(int x, int y)
+{
+    XTestFakeMotionEvent(display(), 0, x, y, CurrentTime);
+    XSync(display(), False);
+}
+
+void clickLeft()
+{
+    XTestFakeButtonEvent(display(), 1, True, CurrentTime);
+    XTestFakeButtonEvent(display(), 1, False, CurrentTime);
+    XSync(display(), False);
+}
+
+} // namespace vrkview::test

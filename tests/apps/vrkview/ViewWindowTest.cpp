@@ -1,0 +1,290 @@
+#include "ViewWindow.h"
+
+#include "DemoStation.h"
+#include "FakeInput.h"
+#include "PrivateDisplay.h"
+#include "StartUp.h"
+#include "StationScene.h"
+#include "ViewWidget.h"
+
+#include "platform/broker/SignalBroker.h"
+#include "scene/Scene.h"
+#include "view/Camera.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QMessageBox>
+#include <QMouseEvent>
+#include <QScreen>
+#include <QStatusBar>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <thread>
+
+namespace vrkview::test {
+namespace {
+
+using testing::HasSubstr;
+using vrk::visual::Camera;
+using vrk::visual::Scene;
+
+constexpr qint64 patience = 20000; // milliseconds: a loaded machine with a software driver
+
+bool waitFor(const std::function<bool()>& reached)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (!reached()) {
+        if (timer.elapsed() > patience)
+            return false;
+        QApplication::processEvents(QEventLoop::AllEvents, 20);
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return true;
+}
+
+/// Lets the window settle: no frame for a while.
+void settle(const int& frames)
+{
+    int before = -1;
+    while (before != frames) {
+        before = frames;
+        QElapsedTimer timer;
+        timer.start();
+        while (timer.elapsed() < 400)
+            QApplication::processEvents(QEventLoop::AllEvents, 20);
+    }
+}
+
+/// Remembers the last press of a mouse button.
+class PressWatch : public QObject {
+public:
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        if (event->type() == QEvent::MouseButtonPress)
+            place = static_cast<QMouseEvent*>(event)->position();
+        return false;
+    }
+    QPointF place{-1, -1};
+};
+
+/// One window for the program, as the library starts once in a process.
+class ViewWindowTest : public testing::Test {
+protected:
+    static void SetUpTestSuite()
+    {
+        const DemoStation demo;
+        startLibrary();
+        showStation(demo.getStation());
+        Scene::Get()->processMsgs();
+        window = new ViewWindow(demo.getStation());
+        ticks =
+            new boost::signals2::scoped_connection(vrk::broker::SignalBroker::onFrameTicked([](double) { ++frames; }));
+        window->show();
+    }
+    static void TearDownTestSuite()
+    {
+        delete ticks;
+        delete window;
+    }
+    void SetUp() override
+    {
+        ASSERT_TRUE(waitFor([] { return frames > 0; }));
+        settle(frames);
+        const QRect area(view().mapToGlobal(QPoint(0, 0)), view().size());
+        moveMouse(area.center().x(), area.center().y());
+    }
+
+    static ViewWidget& view() { return window->getView(); }
+    /// What the screen shows of the view.
+    static QImage seen()
+    {
+        const QPoint corner = view().mapToGlobal(QPoint(0, 0));
+        return window->screen()->grabWindow(0, corner.x(), corner.y(), view().width(), view().height()).toImage();
+    }
+    static vrk::rob::DirTemplate<float> viewDirection()
+    {
+        return Camera::Get()->getWorldRotation() * vrk::rob::DirTemplate<float>(0, 0, -1);
+    }
+    static bool looksAlong(float x, float y, float z)
+    {
+        return viewDirection().dot(vrk::rob::DirTemplate<float>(x, y, z)) > 0.999f;
+    }
+
+    static inline ViewWindow* window = nullptr;
+    static inline boost::signals2::scoped_connection* ticks = nullptr;
+    static inline int frames = 0;
+};
+
+bool isBackground(QRgb pixel)
+{
+    return std::abs(qRed(pixel) - 115) <= 1 && std::abs(qBlue(pixel) - 115) <= 1;
+}
+
+/// The part of the picture in which something is to be seen.
+QRect shownArea(const QImage& picture)
+{
+    QRect area;
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x)
+            if (!isBackground(picture.pixel(x, y)))
+                area |= QRect(x, y, 1, 1);
+    return area;
+}
+
+TEST_F(ViewWindowTest, StationFillsTheView)
+{
+    const QImage picture = seen();
+
+    EXPECT_TRUE(isBackground(picture.pixel(3, 3)));
+    EXPECT_TRUE(isBackground(picture.pixel(picture.width() - 4, picture.height() - 4)));
+    EXPECT_GT(shownArea(picture).height(), picture.height() * 8 / 10);
+}
+
+TEST_F(ViewWindowTest, StatusLineTellsWhatIsShown)
+{
+    QString text;
+    for (const QLabel* label : window->statusBar()->findChildren<QLabel*>())
+        text += label->text() + "|";
+
+    EXPECT_THAT(text.toStdString(), HasSubstr("Demo station"));
+    EXPECT_THAT(text.toStdString(), HasSubstr(" bodies, "));
+    EXPECT_THAT(text.toStdString(), HasSubstr(" faces, "));
+    EXPECT_THAT(text.toStdString(), HasSubstr(" triangles"));
+    EXPECT_THAT(text.toStdString(), HasSubstr(" ms"));
+}
+
+TEST_F(ViewWindowTest, KeysOfTheKeyboardChooseTheDirection)
+{
+    typeKey("5");
+    EXPECT_TRUE(waitFor([] { return looksAlong(0, 0, -1); }));
+    typeKey("1");
+    EXPECT_TRUE(waitFor([] { return looksAlong(0, 1, 0); }));
+    typeKey("3");
+    EXPECT_TRUE(waitFor([] { return looksAlong(1, 0, 0); }));
+    typeKey("0");
+    EXPECT_TRUE(waitFor([] { return looksAlong(-0.57735f, 0.57735f, -0.57735f); }));
+}
+
+TEST_F(ViewWindowTest, FitKeepsTheDirection)
+{
+    Camera::Get()->setWorldPosition({10000, -10000, 10000});
+    settle(frames);
+    const auto before = viewDirection();
+
+    typeKey("f");
+
+    EXPECT_TRUE(waitFor([] { return Camera::Get()->getWorldPosition().length() < 5000; }));
+    EXPECT_GT(viewDirection().dot(before), 0.9999f);
+}
+
+TEST_F(ViewWindowTest, MouseOverTheViewReachesTheWidget)
+{
+    PressWatch watch;
+    view().installEventFilter(&watch);
+    const QPoint place = view().mapToGlobal(QPoint(120, 90));
+
+    moveMouse(place.x(), place.y());
+    clickLeft();
+
+    EXPECT_TRUE(waitFor([&] { return watch.place == QPointF(120, 90); }));
+    view().removeEventFilter(&watch);
+}
+
+TEST_F(ViewWindowTest, AfterAResizeTheWholeViewIsDrawn)
+{
+    window->resize(700, 520);
+    ASSERT_TRUE(waitFor([] { return Camera::Get()->viewportWidth() == 700; }));
+    settle(frames);
+    typeKey("f");
+    settle(frames);
+
+    const QImage picture = seen();
+
+    EXPECT_EQ(picture.width(), 700);
+    EXPECT_EQ(Camera::Get()->viewportHeight(), static_cast<unsigned>(view().toDevice(view().size()).height()));
+    const QRect area = shownArea(picture);
+    EXPECT_GT(area.width(), 700 * 7 / 10);
+    EXPECT_NEAR(area.center().x(), 350, 15);
+}
+
+TEST_F(ViewWindowTest, NothingIsDrawnWhileNothingChanges)
+{
+    const int before = frames;
+
+    QElapsedTimer timer;
+    timer.start();
+    while (timer.elapsed() < 600)
+        QApplication::processEvents(QEventLoop::AllEvents, 20);
+
+    EXPECT_EQ(frames, before);
+}
+
+TEST_F(ViewWindowTest, PostFromAnotherThreadIsDrawn)
+{
+    const int before = frames;
+    bool ran = false;
+
+    std::thread([&ran] { Scene::Get()->addRenderTask([&ran] { ran = true; }, 0); }).join();
+
+    EXPECT_TRUE(waitFor([&] { return ran && frames > before; }));
+}
+
+TEST_F(ViewWindowTest, TaskThatFailsIsToldAndTheWindowGoesOn)
+{
+    QString told;
+    const auto connection =
+        QObject::connect(&view(), &ViewWidget::failed, [&told](const QString& text) { told = text; });
+
+    Scene::Get()->addRenderTask([] { throw std::runtime_error("no such thing"); }, 0);
+
+    EXPECT_TRUE(waitFor([&] { return told == "no such thing"; }));
+    QObject::disconnect(connection);
+    typeKey("5");
+    EXPECT_TRUE(waitFor([] { return looksAlong(0, 0, -1); }));
+}
+
+TEST_F(ViewWindowTest, UncoveredViewIsDrawnAgain)
+{
+    QWidget cover;
+    cover.setWindowFlag(Qt::WindowStaysOnTopHint);
+    cover.setGeometry(window->geometry());
+    cover.show();
+    ASSERT_TRUE(waitFor([&] { return cover.isVisible(); }));
+    settle(frames);
+    const int before = frames;
+
+    cover.hide();
+
+    EXPECT_TRUE(waitFor([&] { return frames > before; }));
+    settle(frames);
+    EXPECT_GT(shownArea(seen()).height(), view().height() / 2);
+}
+
+TEST_F(ViewWindowTest, F1ListsTheKeys)
+{
+    typeKey("F1");
+
+    QMessageBox* box = nullptr;
+    EXPECT_TRUE(waitFor([&] { return (box = window->findChild<QMessageBox*>()) && box->isVisible(); }));
+    ASSERT_NE(box, nullptr);
+    EXPECT_THAT(box->text().toStdString(), HasSubstr("Isometric"));
+    box->close();
+}
+
+} // namespace
+} // namespace vrkview::test
+
+int main(int argc, char** argv)
+{
+    testing::InitGoogleMock(&argc, argv);
+    const vrkview::PrivateDisplay display;
+    qputenv("QT_QPA_PLATFORM", "xcb");
+    const QApplication application(argc, argv);
+    return RUN_ALL_TESTS();
+}

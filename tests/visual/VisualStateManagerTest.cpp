@@ -1,0 +1,404 @@
+#include "visual/VisualStateManager.h"
+
+#include "mesh/MeshManager.h"
+#include "platform/layout/Body.h"
+#include "platform/layout/Layout.h"
+#include "platform/sdf/SdfManager.h"
+#include "platform/sdf/SdfObject.h"
+#include "scene/core/SceneCore.h"
+#include "support/SceneFixture.h"
+#include "visual/SolidVisual.h"
+
+#include <Ogre.h>
+
+namespace vrk::visual {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+struct TopCase {
+    const char* name;
+    unsigned mask;
+    VisualStateLayer top;
+};
+
+class TopLayer : public testing::TestWithParam<TopCase> {};
+
+TEST_P(TopLayer, IsTheHighestInThePriorityOrder)
+{
+    EXPECT_EQ(VisualStateManager::pickTopLayer(GetParam().mask), GetParam().top);
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, TopLayer,
+                         testing::Values(TopCase{"NoneOfNothing", 0, VisualStateLayer::None},
+                                         TopCase{"NoneOfOtherBits", 128 | 256, VisualStateLayer::None},
+                                         TopCase{"SelectedOfAll", 127, VisualStateLayer::Selected},
+                                         TopCase{"HighlightedBelowSelected", 63, VisualStateLayer::Highlighted},
+                                         TopCase{"ContactBelowHighlighted", 31, VisualStateLayer::CollisionContact},
+                                         TopCase{"NearMissBelowContact", 15, VisualStateLayer::CollisionNearMiss},
+                                         TopCase{"GroupABeforeGroupBAgainstTheirNumbers", 2 | 4,
+                                                 VisualStateLayer::EmphasizeGroupA},
+                                         TopCase{"GroupBBelowGroupA", 4 | 1, VisualStateLayer::EmphasizeGroupB},
+                                         TopCase{"MaterialLast", 1, VisualStateLayer::Material}),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+class Layers : public test::SceneFixture {
+protected:
+    Layers() : states(*Scene::GetStateManager()) {}
+
+    SolidVisual* addBody(Visual* parent = nullptr)
+    {
+        const TopoDS_Shape shape = test::meshedBox(10, 10, 10);
+        const auto body = test::addModelBody(shape, "layers");
+        SolidVisual::Build(parent ? parent : world, body.get(), shape);
+        return static_cast<SolidVisual*>(Scene::GetVisual(body->getId()));
+    }
+    Visual* addVisual(VisualType type)
+    {
+        auto* visual = new Visual(world);
+        visual->setType(type);
+        SceneCore::Get()->visuals.enter(visual);
+        return visual;
+    }
+    static std::string materialOf(const SolidVisual& solid)
+    {
+        return solid.getEntity()->getSubEntity(0)->getMaterialName();
+    }
+    void set(Visual* visual, VisualStateLayer layer, bool on = true, const std::string& material = {})
+    {
+        states.setLayer(visual, layer, on, material);
+        states.refresh(visual);
+    }
+
+    VisualStateManager& states;
+};
+
+TEST_F(Layers, NothingShowsBeforeTheRefresh)
+{
+    SolidVisual* solid = addBody();
+
+    states.setLayer(solid, VisualStateLayer::Selected, true, {});
+    EXPECT_EQ(materialOf(*solid), "Body");
+
+    states.refresh(solid);
+    EXPECT_EQ(materialOf(*solid), "BodySelected");
+}
+
+TEST_F(Layers, DroppedSelectionShowsTheHighlightThatWasUnderIt)
+{
+    SolidVisual* solid = addBody();
+    set(solid, VisualStateLayer::Highlighted);
+    set(solid, VisualStateLayer::Selected);
+    EXPECT_EQ(materialOf(*solid), "BodySelected");
+
+    set(solid, VisualStateLayer::Selected, false);
+
+    EXPECT_EQ(materialOf(*solid), "BodyHighlighted");
+}
+
+TEST_F(Layers, OfBothGroupsTheFirstShows)
+{
+    SolidVisual* solid = addBody();
+
+    set(solid, VisualStateLayer::EmphasizeGroupB);
+    EXPECT_EQ(materialOf(*solid), "EmphasizeCollisionGroupB");
+
+    set(solid, VisualStateLayer::EmphasizeGroupA);
+    EXPECT_EQ(materialOf(*solid), "EmphasizeCollisionGroupA");
+}
+
+TEST_F(Layers, MaterialUnderAContactComesBackWithoutIt)
+{
+    SolidVisual* solid = addBody();
+    set(solid, VisualStateLayer::Material, true, "KUKA");
+    EXPECT_EQ(materialOf(*solid), "KUKA");
+    set(solid, VisualStateLayer::CollisionContact);
+    EXPECT_EQ(materialOf(*solid), "CollisionContact");
+
+    set(solid, VisualStateLayer::CollisionContact, false);
+
+    EXPECT_EQ(materialOf(*solid), "KUKA");
+}
+
+TEST_F(Layers, MaterialLayerWithoutMaterialIsThePlainLook)
+{
+    SolidVisual* solid = addBody();
+
+    set(solid, VisualStateLayer::Material);
+
+    EXPECT_EQ(materialOf(*solid), "Body");
+    EXPECT_TRUE(states.hasLayer(solid, VisualStateLayer::Material));
+}
+
+TEST_F(Layers, NearMissShowsItsMaterial)
+{
+    SolidVisual* solid = addBody();
+
+    set(solid, VisualStateLayer::CollisionNearMiss);
+
+    EXPECT_EQ(materialOf(*solid), "CollisionNearMiss");
+}
+
+TEST_F(Layers, TakingALayerThatIsNotThereMakesNoEntry)
+{
+    SolidVisual* solid = addBody();
+
+    states.setLayer(solid, VisualStateLayer::Highlighted, false, {});
+
+    EXPECT_FALSE(states.hasEntry(solid));
+}
+
+TEST_F(Layers, LastLayerTakesTheEntryAlong)
+{
+    SolidVisual* solid = addBody();
+    set(solid, VisualStateLayer::Material, true, "KUKA");
+    EXPECT_TRUE(states.hasEntry(solid));
+
+    set(solid, VisualStateLayer::Material, false);
+
+    EXPECT_FALSE(states.hasEntry(solid));
+    EXPECT_EQ(materialOf(*solid), "Body");
+}
+
+TEST_F(Layers, ClearedLayerGoesFromEveryVisual)
+{
+    SolidVisual* first = addBody();
+    SolidVisual* second = addBody();
+    set(first, VisualStateLayer::CollisionContact);
+    set(second, VisualStateLayer::CollisionContact);
+    set(second, VisualStateLayer::Material, true, "ABB");
+
+    states.clearLayer(VisualStateLayer::CollisionContact);
+
+    EXPECT_EQ(materialOf(*first), "Body");
+    EXPECT_EQ(materialOf(*second), "ABB");
+    EXPECT_FALSE(states.hasEntry(first));
+    EXPECT_TRUE(states.hasEntry(second));
+}
+
+TEST_F(Layers, VisualThatDiesWithItsParentTakesItsLayersAlong)
+{
+    Visual* part = addVisual(VisualType::Part);
+    SolidVisual* solid = addBody(part);
+    set(solid, VisualStateLayer::CollisionContact);
+
+    scene.deleteVisual(part);
+
+    EXPECT_FALSE(states.hasEntry(solid));
+    EXPECT_NO_THROW(states.clearLayer(VisualStateLayer::CollisionContact));
+}
+
+TEST_F(Layers, HighlightMovesFromVisualToVisual)
+{
+    SolidVisual* first = addBody();
+    SolidVisual* second = addBody();
+    scene.setVisualHighlighted(first);
+
+    scene.setVisualHighlighted(second->getId());
+    drain();
+
+    EXPECT_EQ(materialOf(*first), "Body");
+    EXPECT_EQ(materialOf(*second), "BodyHighlighted");
+}
+
+TEST_F(Layers, HighlightingASelectedVisualOnlyEndsTheOldHighlight)
+{
+    SolidVisual* first = addBody();
+    SolidVisual* second = addBody();
+    scene.setVisualSelected(second);
+    drain();
+    scene.setVisualHighlighted(first);
+
+    scene.setVisualHighlighted(second);
+    drain();
+
+    EXPECT_EQ(materialOf(*first), "Body");
+    EXPECT_EQ(materialOf(*second), "BodySelected");
+    EXPECT_FALSE(states.hasLayer(second, VisualStateLayer::Highlighted));
+}
+
+TEST_F(Layers, HighlightedVisualThatDiesIsForgotten)
+{
+    SolidVisual* solid = addBody();
+    scene.setVisualHighlighted(solid);
+    drain();
+
+    scene.deleteVisual(solid);
+    scene.clearHighlightedVisual();
+
+    EXPECT_NO_THROW(drain());
+}
+
+TEST_F(Layers, SelectionReplacesTheOneBefore)
+{
+    SolidVisual* first = addBody();
+    SolidVisual* second = addBody();
+    scene.setVisualSelected(first->getId());
+    drain();
+
+    scene.setVisualSelected(second->getId());
+    drain();
+
+    EXPECT_EQ(materialOf(*first), "Body");
+    EXPECT_EQ(materialOf(*second), "BodySelected");
+    EXPECT_THAT(scene.getSelectedVisuals(), ElementsAre(second->getId()));
+}
+
+TEST_F(Layers, SeveralVisualsAreSelectedTogether)
+{
+    SolidVisual* first = addBody();
+    SolidVisual* second = addBody();
+
+    scene.setVisualsSelected({first->getId(), second->getId()});
+    drain();
+
+    EXPECT_EQ(materialOf(*first), "BodySelected");
+    EXPECT_EQ(materialOf(*second), "BodySelected");
+}
+
+TEST_F(Layers, SelectingAVisualEndsSelectedFaces)
+{
+    SolidVisual* solid = addBody();
+    scene.selectBaseFace(solid->getId(), 1);
+
+    scene.setVisualSelected(solid);
+    drain();
+
+    EXPECT_FALSE(scene.faceIsSelected(solid, 1));
+}
+
+TEST_F(Layers, ClearingSkipsVisualsThatDied)
+{
+    SolidVisual* solid = addBody();
+    scene.setVisualSelected(solid);
+    drain();
+    scene.deleteVisual(solid);
+    EXPECT_THAT(scene.getSelectedVisuals(), testing::SizeIs(1)) << "the id of a dead visual stays";
+
+    scene.clearSelections();
+    drain();
+
+    EXPECT_THAT(scene.getSelectedVisuals(), IsEmpty());
+}
+
+TEST_F(Layers, BodyOfASelectedAssemblyIsSelected)
+{
+    Visual* assembly = addVisual(VisualType::Assembly);
+    auto* part = new Visual(assembly);
+    SolidVisual* solid = addBody(part);
+    EXPECT_FALSE(scene.isSelected(solid));
+
+    scene.setVisualSelected(assembly);
+    drain();
+
+    EXPECT_TRUE(scene.isSelected(solid));
+    EXPECT_TRUE(scene.isSelected(assembly));
+    EXPECT_FALSE(scene.isSelected(world));
+}
+
+TEST_F(Layers, SelectingAnUnknownIdSelectsNothing)
+{
+    scene.setVisualSelected(4711u);
+
+    EXPECT_NO_THROW(drain());
+    EXPECT_THAT(scene.getSelectedVisuals(), IsEmpty());
+}
+
+TEST_F(Layers, ColourReachesABodyAndTheBodiesThatAreDirectChildren)
+{
+    Visual* part = addVisual(VisualType::Part);
+    SolidVisual* solid = addBody(part);
+
+    scene.setVisualColor(part->getId(), 0.25f, 0.5f, 0.75f);
+    drain();
+
+    EXPECT_EQ(MeshManager::GetFaceColor("layers", solid->getShape(), 1), rob::Colorf(0.25f, 0.5f, 0.75f));
+}
+
+TEST_F(Layers, ColourDoesNotReachDeeperThanOneLevel)
+{
+    Visual* assembly = addVisual(VisualType::Assembly);
+    auto* part = new Visual(assembly);
+    SolidVisual* solid = addBody(part);
+    const rob::Colorf before = MeshManager::GetFaceColor("layers", solid->getShape(), 1);
+
+    scene.setVisualColor(assembly->getId(), 0.25f, 0.5f, 0.75f);
+    drain();
+
+    EXPECT_EQ(MeshManager::GetFaceColor("layers", solid->getShape(), 1), before);
+}
+
+TEST_F(Layers, MaterialOfABodyIsSetAndTakenBack)
+{
+    SolidVisual* solid = addBody();
+
+    scene.bodyVisualUseMaterial(solid->getId(), "FANUC");
+    drain();
+    EXPECT_EQ(materialOf(*solid), "FANUC");
+
+    scene.bodyVisualUseDefaultMaterial(solid->getId());
+    drain();
+    EXPECT_EQ(materialOf(*solid), "Body");
+}
+
+TEST_F(Layers, MaterialOfSomethingElseIsPassedOver)
+{
+    Visual* part = addVisual(VisualType::Part);
+
+    scene.bodyVisualUseMaterial(part->getId(), "FANUC");
+    drain();
+
+    EXPECT_FALSE(states.hasEntry(part));
+}
+
+TEST_F(Layers, CollisionMarksEveryBodyBelow)
+{
+    Visual* assembly = addVisual(VisualType::Assembly);
+    auto* part = new Visual(assembly);
+    SolidVisual* first = addBody(part);
+    SolidVisual* second = addBody(part);
+
+    scene.setCollision(assembly->getId(), true);
+    drain();
+    EXPECT_EQ(materialOf(*first), "CollisionContact");
+    EXPECT_EQ(materialOf(*second), "CollisionContact");
+
+    scene.setCollision(assembly->getId(), false);
+    drain();
+    EXPECT_EQ(materialOf(*first), "Body");
+}
+
+TEST_F(Layers, CollisionsOfSeveralVisualsSkipUnknownOnes)
+{
+    SolidVisual* solid = addBody();
+
+    scene.setCollisionHighlights({4711, solid->getId()}, true);
+    drain();
+    EXPECT_EQ(materialOf(*solid), "CollisionContact");
+
+    scene.clearAllCollisionContacts();
+    drain();
+    EXPECT_EQ(materialOf(*solid), "Body");
+}
+
+TEST_F(Layers, EmphasisMovesBetweenTheGroups)
+{
+    SolidVisual* solid = addBody();
+
+    scene.setVisualCollisionEmphasizeState(solid->getId(), Scene::VisualCollisionState::GroupA);
+    drain();
+    EXPECT_EQ(materialOf(*solid), "EmphasizeCollisionGroupA");
+
+    scene.setVisualCollisionEmphasizeState(solid->getId(), Scene::VisualCollisionState::GroupB);
+    drain();
+    EXPECT_EQ(materialOf(*solid), "EmphasizeCollisionGroupB");
+
+    scene.clearVisualCollisionEmphasizeState(solid->getId());
+    drain();
+    EXPECT_EQ(materialOf(*solid), "Body");
+    EXPECT_NO_THROW(scene.setVisualCollisionEmphasizeState(4711, Scene::VisualCollisionState::GroupA));
+}
+
+} // namespace
+} // namespace vrk::visual
