@@ -8,11 +8,11 @@
 #include "platform/layout/PointCloud.h"
 #include "platform/sdf/SdfManager.h"
 #include "platform/smart/SmartComponent.h"
+#include "platform/task/DataItem.h"
 #include "platform/task/Task.h"
 
 #include <algorithm>
 #include <mutex>
-#include <unordered_set>
 
 namespace vrk::layout {
 namespace {
@@ -41,6 +41,18 @@ void forEachList(Content& content, Visit visit)
     visit(content.components);
     visit(content.tasks);
     visit(content.operations);
+}
+
+/// Tool data is nothing without the tool that it lies on.
+void removeToolDataOn(const std::unordered_set<unsigned>& gone, task::Task& task, Objects& removed)
+{
+    const std::vector<std::shared_ptr<task::DataItem>> items = task.getDataItems();
+    for (const std::shared_ptr<task::DataItem>& item : items) {
+        if (!item->asType(sdf::ModelType::ToolData) || !gone.contains(item->getOwnerId()))
+            continue;
+        task.removeDataItem(item->getId());
+        removed.push_back(item);
+    }
 }
 
 template <typename List>
@@ -166,6 +178,10 @@ void Layout::remove(unsigned id)
         return;
 
     std::unordered_set<unsigned> gone;
+    for (const std::shared_ptr<sdf::SdfObject>& object : removed)
+        gone.insert(object->getId());
+    for (const std::shared_ptr<task::Task>& task : tasks)
+        removeToolDataOn(gone, *task, removed);
     for (const std::shared_ptr<sdf::SdfObject>& object : removed) {
         gone.insert(object->getId());
         manager.remove(object->getId());
@@ -173,11 +189,24 @@ void Layout::remove(unsigned id)
     forEachList(*this, [&gone](auto& list) {
         std::erase_if(list, [&gone](const auto& object) { return gone.contains(object->getId()); });
     });
-    for (unsigned goneId : gone) {
+    forget(gone);
+}
+
+void Layout::forget(const std::unordered_set<unsigned>& gone)
+{
+    for (const std::shared_ptr<sdf::SdfObject>& object : objects()) {
+        if (gone.contains(object->getParentId()))
+            object->setParentId(0);
+    }
+    for (const std::shared_ptr<task::Task>& task : tasks) {
+        if (gone.contains(task->getManipulatorId()))
+            task->setManipulatorId(0);
+    }
+    for (unsigned id : gone) {
         for (const std::shared_ptr<Group>& group : groups)
-            group->removeMember(goneId);
+            group->removeMember(id);
         for (const std::shared_ptr<task::Operation>& operation : operations)
-            operation->removeMember(goneId);
+            operation->removeMember(id);
     }
     std::erase_if(attachments, [&gone](const Attachment& attachment) {
         return gone.contains(attachment.child) || gone.contains(attachment.parent);

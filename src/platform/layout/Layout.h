@@ -4,6 +4,7 @@
 #include "scene/math/Pose.h"
 
 #include <memory>
+#include <unordered_set>
 #include <vector>
 
 namespace sdf {
@@ -84,9 +85,9 @@ public:
     void addTask(std::shared_ptr<task::Task> task);
     void addOperation(std::shared_ptr<task::Operation> operation);
 
-    /// Removes a standalone object from the station, and it and what it owns from the object table, from groups and
-    /// operations, attachments and `visibilities`. An unknown id does nothing. A point cloud's visual points to its points:
-    /// remove that first.
+    /// Removes a standalone object with what it owns, and with the tool data that lies on these, from the station and from
+    /// the object table; groups, operations, attachments and `visibilities` forget them. What else lay on them lies on the
+    /// world then. An unknown id does nothing. A point cloud's visual points to its points: remove that first.
     void remove(unsigned id);
     void removePart(unsigned id) { remove(id); }
     void removePointCloud(unsigned id) { remove(id); }
@@ -102,6 +103,7 @@ public:
 
 private:
     Layout() = default;
+    void forget(const std::unordered_set<unsigned>& gone);
 };
 
 } // namespace vrk::layout

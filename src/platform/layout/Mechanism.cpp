@@ -230,11 +230,11 @@ void Manipulator::setVendor(const std::string& vendor)
     getElement()->touch("vendor")->set(vendor);
 }
 
-void Manipulator::placeWrist(unsigned linkId, const rob::Posed& pose)
+void Manipulator::placeWrist(unsigned on, const rob::Posed& pose)
 {
-    if (!hasLink(linkId))
-        throw std::invalid_argument("the wrist lies on a link of its manipulator");
-    wrist->setParentId(linkId);
+    if (on != getId() && !hasLink(on))
+        throw std::invalid_argument("the wrist lies on its manipulator or one of its links");
+    wrist->setParentId(on);
     wrist->setPose(pose);
 }
 

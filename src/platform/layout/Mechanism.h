@@ -115,9 +115,10 @@ public:
     void setVendor(const std::string& vendor);
 
     const std::shared_ptr<Wrist>& getWrist() const { return wrist; }
-    /// Puts the wrist on a link.
-    /// @throws std::invalid_argument "the wrist lies on a link of its manipulator"
-    void placeWrist(unsigned linkId, const rob::Posed& pose);
+    /// Puts the wrist on a link, or on the manipulator itself, where it is at first.
+    /// @param on  the id of one of these.
+    /// @throws std::invalid_argument "the wrist lies on its manipulator or one of its links"
+    void placeWrist(unsigned on, const rob::Posed& pose);
     /// The frame that the robot's controller counts from; its pose is in the world.
     const std::shared_ptr<Frame>& getControllerTaskFrame() const { return controllerTaskFrame; }
 

@@ -16,6 +16,12 @@ void Task::addDataItem(std::shared_ptr<DataItem> item)
     items.push_back(std::move(item));
 }
 
+void Task::removeDataItem(unsigned id)
+{
+    removeChild(id);
+    std::erase_if(items, [id](const std::shared_ptr<DataItem>& item) { return item->getId() == id; });
+}
+
 std::vector<std::shared_ptr<sdf::SdfObject>> Task::getPieces() const
 {
     return {items.begin(), items.end()};

@@ -27,6 +27,7 @@ public:
     void addPath(unsigned id) { pathIds.push_back(id); }
     const std::vector<std::shared_ptr<DataItem>>& getDataItems() const { return items; }
     void addDataItem(std::shared_ptr<DataItem> item);
+    void removeDataItem(unsigned id);
     std::vector<std::shared_ptr<sdf::SdfObject>> getPieces() const override;
 
 private:
