@@ -12,7 +12,12 @@ void Scene::setVisualSelected(unsigned id)
 {
     clearHighlightedVisual();
     clearSelections();
-    addRenderTask([this, id] { doSelectVisual(id); }, 0);
+    addRenderTask(
+        [this, id] {
+            doSelectVisual(id);
+            setBorderHighlightEnabled(true); // nothing switches it off again: that is the application's to decide
+        },
+        0);
 }
 
 void Scene::setVisualSelected(Visual* visual)

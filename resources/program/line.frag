@@ -1,0 +1,21 @@
+#version 330 core
+// The pixels of a line, fading at its edges. Ends are round, so that the segments of a strip join.
+
+in vec4 lineColour;
+noperspective in vec2 place;
+flat in float segmentLength;
+flat in float radius;
+
+uniform vec4 tint; // rgb: colour of the state; a: how much of it
+
+out vec4 fragColour;
+
+void main()
+{
+    float away = length(vec2(place.x - clamp(place.x, 0.0, segmentLength), place.y));
+    float cover = clamp(radius + 0.5 - away, 0.0, 1.0);
+    // Pixels that show next to nothing must not hide what is drawn behind them later.
+    if (cover < 0.05)
+        discard;
+    fragColour = vec4(mix(lineColour.rgb, tint.rgb, tint.a), lineColour.a * cover);
+}
