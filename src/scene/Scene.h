@@ -38,6 +38,7 @@ class Grid;
 class SceneCore;
 struct HighlightedEdge;
 class SolidVisual;
+class TcpTraceVisual;
 class Visual;
 class VisualStateManager;
 
@@ -130,6 +131,10 @@ public:
     void updateToolData(unsigned id);
     /// Takes owner and poses of a work object from the model anew.
     void updateWObj(unsigned id);
+    /// Deletes the trace that was handed to `setTcpTrace`; without one nothing happens.
+    void clearTcpTrace();
+    /// At once, render thread. The trace that `clearTcpTrace` deletes; null for none.
+    void setTcpTrace(TcpTraceVisual* trace) { tcpTrace = trace; }
     /// At once, render thread: the work objects and tool data of a program. An id that is no task is passed over.
     void buildTask(unsigned id);
 
@@ -138,7 +143,8 @@ public:
 
     /// Hangs a visual on another at a pose relative to it. What is attached keeps its own visibility and looks.
     void addAttachment(unsigned child, unsigned parent, const rob::PoseTemplate<double>& pose);
-    void deleteAttachment(unsigned child, unsigned oldParent, unsigned newParent, const rob::PoseTemplate<double>& pose);
+    void deleteAttachment(unsigned child, unsigned oldParent, unsigned newParent,
+                          const rob::PoseTemplate<double>& pose);
     void attachVisual(unsigned parent, Visual* child);
     /// Hangs a visual on the world.
     void detachVisual(Visual* visual);
@@ -351,6 +357,7 @@ private:
     std::vector<std::unique_ptr<Camera>> cameras;
     std::unordered_map<unsigned, Visual*> tempVisuals;
     std::deque<std::function<void()>> loadTasks;
+    TcpTraceVisual* tcpTrace = nullptr;
     Visual* copiedVisual = nullptr;
     Visual* highlightedVisual = nullptr;
     std::vector<unsigned> selectedVisuals;

@@ -8,7 +8,7 @@ class FrameVisual;
 
 /// What visuals that draw nothing themselves have in common: their looks are those of some of their children, and a frame
 /// of their own comes and goes with the selection.
-class CompoundVisual : public Visual {
+class VRK_EXPORT CompoundVisual : public Visual {
 public:
     CompoundVisual(sdf::SdfNode* node, Visual* parent, VisualType kind);
 

@@ -15,6 +15,7 @@
 #include "station/ManipulatorVisual.h"
 #include "station/ParentVisual.h"
 #include "station/PartVisual.h"
+#include "station/TcpTraceVisual.h"
 #include "station/TcpVisual.h"
 #include "station/ToolVisual.h"
 #include "station/WObjVisual.h"
@@ -117,10 +118,13 @@ void Scene::loadStandalone()
 
 void Scene::drainLoadTasks()
 {
-    while (!loadTasks.empty()) {
-        loadTasks.front()();
-        loadTasks.front() = nullptr;
-        loadTasks.pop_front();
+    // As with posted tasks: one that throws takes the rest along, and the next load starts anew.
+    std::deque<std::function<void()>> batch;
+    batch.swap(loadTasks);
+    while (!batch.empty()) {
+        batch.front()();
+        batch.front() = nullptr;
+        batch.pop_front();
     }
 }
 
@@ -222,6 +226,16 @@ void Scene::updateToolData(unsigned id)
 void Scene::updateWObj(unsigned id)
 {
     addRenderTask([id] { GetVisual(id)->update(); }, 0);
+}
+
+void Scene::clearTcpTrace()
+{
+    addRenderTask(
+        [this] {
+            if (tcpTrace)
+                deleteVisual(tcpTrace);
+        },
+        0);
 }
 
 void Scene::buildTask(unsigned id)
