@@ -11,6 +11,8 @@ find_package(Boost REQUIRED)
 find_package(nlohmann_json REQUIRED)
 pkg_check_modules(MINIZIP REQUIRED IMPORTED_TARGET minizip)
 pkg_check_modules(LZF REQUIRED IMPORTED_TARGET liblzf)
+pkg_check_modules(URDFDOM REQUIRED IMPORTED_TARGET urdfdom tinyxml)
+pkg_check_modules(ASSIMP REQUIRED IMPORTED_TARGET assimp)
 
 if(NOT VRK_PURE_ONLY)
     pkg_check_modules(OGRE REQUIRED IMPORTED_TARGET OGRE>=1.12)

@@ -8,6 +8,7 @@ packages=(
     libocct-foundation-dev libocct-modeling-data-dev libocct-modeling-algorithms-dev libocct-ocaf-dev
     libocct-data-exchange-dev libocct-visualization-dev
     libminizip-dev liblzf-dev libfmt-dev libspdlog-dev libboost-dev nlohmann-json3-dev libpng-dev
+    liburdfdom-dev libassimp-dev
     qt6-base-dev libcli11-dev
     libgtest-dev libgmock-dev libbenchmark-dev
     libx11-dev libxcb1-dev libxtst-dev xvfb xauth libgl1-mesa-dri

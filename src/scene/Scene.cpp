@@ -6,6 +6,7 @@
 #include "scene/DepthClearListener.h"
 #include "scene/Grid.h"
 #include "scene/core/SceneCore.h"
+#include "station/TcpTraceVisual.h"
 #include "view/Camera.h"
 #include "visual/FrameVisual.h"
 #include "visual/HighlightedEdge.h"
@@ -162,6 +163,8 @@ void Scene::forgetVisual(const Visual* visual)
     const auto isOfVisual = [visual](const FaceOfSolid& face) {
         return static_cast<const void*>(face.first) == visual;
     };
+    if (static_cast<const Visual*>(tcpTrace) == visual)
+        tcpTrace = nullptr;
     if (highlightedVisual == visual)
         highlightedVisual = nullptr;
     if (isOfVisual(highlightedFace))

@@ -22,6 +22,9 @@ class SceneManager;
 namespace sdf {
 class SdfNode;
 }
+namespace vrk::smartcomp {
+class SmartComponent;
+}
 class TopoDS_Edge;
 class TopoDS_Face;
 class TopoDS_Shape;
@@ -35,6 +38,7 @@ class Grid;
 class SceneCore;
 struct HighlightedEdge;
 class SolidVisual;
+class TcpTraceVisual;
 class Visual;
 class VisualStateManager;
 
@@ -103,6 +107,69 @@ public:
     void removeTempVisual(unsigned id);
     /// Frees batches of instances in which none is left; each manager keeps the one that it made first.
     void cleanupInstanceBatches();
+
+    // Station load. Posted; the objects must live until the task has run.
+
+    /// Everything in the station, in an order in which later objects find what they hang on, and then the hiding of what
+    /// the station says is hidden. Remove what was loaded before.
+    static void LoadStation();
+    void addAssembly(sdf::SdfNode* assembly);
+    void addPart(sdf::SdfNode* part);
+    /// One body of a part that has a visual.
+    void addBody(sdf::SdfNode* part, sdf::SdfNode* body);
+    /// A manipulator, tool or device; anything else is passed over.
+    void addMechanism(sdf::SdfNode* mechanism, bool withChildren);
+    /// On the visual of its parent, which must have one unless it is the world.
+    void addFrame(sdf::SdfNode* frame);
+    void addWObj(sdf::SdfNode* workObject);
+    /// Always on the world.
+    void addPointCloud(sdf::SdfNode* cloud);
+    /// Nothing for a component without a visual.
+    void buildVisual(smartcomp::SmartComponent* component);
+    /// On the visual of its owner, which must have one.
+    void addToolData(unsigned id);
+    void updateToolData(unsigned id);
+    /// Takes owner and poses of a work object from the model anew.
+    void updateWObj(unsigned id);
+    /// Deletes the trace that was handed to `setTcpTrace`; without one nothing happens.
+    void clearTcpTrace();
+    /// At once, render thread. The trace that `clearTcpTrace` deletes; null for none.
+    void setTcpTrace(TcpTraceVisual* trace) { tcpTrace = trace; }
+    /// At once, render thread: the work objects and tool data of a program. An id that is no task is passed over.
+    void buildTask(unsigned id);
+
+    // Attachment and tree; posted. Ids must have visuals, or the render thread fails as `GetVisual` does; a new parent may
+    // be 0, the world.
+
+    /// Hangs a visual on another at a pose relative to it. What is attached keeps its own visibility and looks.
+    void addAttachment(unsigned child, unsigned parent, const rob::PoseTemplate<double>& pose);
+    void deleteAttachment(unsigned child, unsigned oldParent, unsigned newParent,
+                          const rob::PoseTemplate<double>& pose);
+    void attachVisual(unsigned parent, Visual* child);
+    /// Hangs a visual on the world.
+    void detachVisual(Visual* visual);
+    /// Keeps the local pose: the visual moves with its new parent.
+    void reparentVisual(unsigned child, unsigned parent);
+    void moveVisualToParent(unsigned child, unsigned parent, const rob::PoseTemplate<float>& worldPose);
+
+    // Copy: a see-through double of one visual at a time. Posted, but for the question.
+
+    /// A kind that is not copied fails on the render thread with "Bad optional access".
+    void showCopiedVisual(unsigned id, const rob::PoseTemplate<float>& worldPose);
+    void hideCopiedVisual();
+    void deleteCopiedVisual();
+    bool isCopiedVisualVisible() const;
+
+    // Pose; posted. Unknown ids are passed over, but for the orientations.
+
+    void setVisualPose(unsigned id, const rob::PoseTemplate<float>& pose);
+    void setVisualWorldPose(unsigned id, const rob::PoseTemplate<float>& pose);
+    void setVisualWorldPose(Visual* visual, const rob::PoseTemplate<float>& pose);
+    /// @param orientations  as many as ids. An unknown id fails, with the visuals before it turned.
+    void setVisualsOrientations(std::vector<unsigned> ids, std::vector<rob::OrientTemplate<double>> orientations);
+    /// Moves a visual's own frame and leaves what it shows where it is: `delta` is the old frame seen from the new one.
+    void setLocalOrigin(unsigned id, const rob::PoseTemplate<float>& oldOriginWorld,
+                        const rob::PoseTemplate<float>& delta);
 
     // Visibility; posted
 
@@ -242,17 +309,27 @@ public:
     /// old one is forgotten. Does nothing where the node has no solid.
     void updateSolidVisual(sdf::SdfNode* node, const TopoDS_Shape& shape);
 
-    // Point clouds; posted
-
-    /// Draws a cloud of the station, a `layout::PointCloud`, under the world.
-    void addPointCloud(sdf::SdfNode* node);
-
 private:
     using FaceOfSolid = std::pair<SolidVisual*, unsigned>;
 
     explicit Scene(const std::string& name);
 
     void doRemoveVisual(unsigned id);
+    void doLoadStation();
+    void loadMechanisms();
+    void loadStandalone();
+    void doBuildVisual(smartcomp::SmartComponent* component);
+    void doAddToolData(unsigned id);
+    void drainLoadTasks();
+    void doAddAttachment(unsigned child, unsigned parent, const rob::PoseTemplate<double>& pose);
+    void doDeleteAttachment(unsigned child, unsigned oldParent, unsigned newParent,
+                            const rob::PoseTemplate<double>& pose);
+    void doMoveVisualToParent(unsigned child, unsigned parent, const rob::PoseTemplate<float>& worldPose);
+    void doShowCopiedVisual(unsigned id, const rob::PoseTemplate<float>& worldPose);
+    void doDeleteCopiedVisual();
+    void doSetVisualPose(unsigned id, const rob::PoseTemplate<float>& pose);
+    void doSetLocalOrigin(unsigned id, const rob::PoseTemplate<float>& oldOriginWorld,
+                          const rob::PoseTemplate<float>& delta);
     void doRemoveTempVisual(unsigned id);
     void doSetVisualVisible(unsigned id, bool visible);
     void doSetFramesSize(unsigned size, VisualType type);
@@ -280,6 +357,8 @@ private:
     std::vector<std::unique_ptr<Camera>> cameras;
     std::unordered_map<unsigned, Visual*> tempVisuals;
     std::deque<std::function<void()>> loadTasks;
+    TcpTraceVisual* tcpTrace = nullptr;
+    Visual* copiedVisual = nullptr;
     Visual* highlightedVisual = nullptr;
     std::vector<unsigned> selectedVisuals;
     FaceOfSolid highlightedFace{};

@@ -134,6 +134,15 @@ const VisualSelection::Registered& VisualSelection::registered(visual::Visual* v
     return common::checkedAt(objects, visual);
 }
 
+std::vector<visual::Visual*> VisualSelection::registeredVisuals() const
+{
+    std::vector<visual::Visual*> found;
+    found.reserve(objects.size());
+    for (const auto& [visual, entry] : objects)
+        found.push_back(visual);
+    return found;
+}
+
 bool VisualSelection::isEnabled(visual::Visual* visual) const
 {
     return registered(visual).enabled;

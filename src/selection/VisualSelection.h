@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <unordered_map>
+#include <vector>
 
 class TopoDS_Shape;
 
@@ -59,6 +60,8 @@ public:
     /// Notes that this visual and its descendants moved.
     void markDirty(visual::Visual* visual);
     bool hasVisual(visual::Visual* visual) const { return objects.contains(visual); }
+    /// In no order.
+    std::vector<visual::Visual*> registeredVisuals() const;
     bool isEnabled(visual::Visual* visual) const;
     bool isDetectable(visual::Visual* visual) const;
     bool isDirty() const { return dirty; }

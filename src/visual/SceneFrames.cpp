@@ -1,6 +1,7 @@
 #include "scene/Scene.h"
 
 #include "scene/core/SceneCore.h"
+#include "station/WObjVisual.h"
 #include "visual/FrameVisual.h"
 
 namespace vrk::visual {
@@ -25,12 +26,25 @@ void Scene::doSetFramesSize(unsigned size, VisualType type)
 {
     // The size is kept only where there is a frame to give it to. That of tool frames is kept for plain ones: tool frames
     // that are built later have their own size still.
-    if (type != VisualType::Frame && type != VisualType::Tcp)
-        return;
-    forType(*core, type, [&](Visual& visual) {
-        core->settings.worldFrameSize = static_cast<std::int32_t>(size);
-        dynamic_cast<FrameVisual&>(visual).setFrameSize(size);
-    });
+    switch (type) {
+    case VisualType::Frame:
+    case VisualType::Tcp:
+        forType(*core, type, [&](Visual& visual) {
+            core->settings.worldFrameSize = static_cast<std::int32_t>(size);
+            dynamic_cast<FrameVisual&>(visual).setFrameSize(size);
+        });
+        break;
+    case VisualType::WObj:
+        forType(*core, type, [&](Visual& visual) {
+            core->settings.wobjFrameSize = static_cast<std::int32_t>(size);
+            const auto& workObject = dynamic_cast<WObjVisual&>(visual);
+            workObject.getUserFrame()->setFrameSize(size);
+            workObject.getObjectFrame()->setFrameSize(size);
+        });
+        break;
+    default:
+        break;
+    }
 }
 
 void Scene::setFrameVisualVisible(bool visible)

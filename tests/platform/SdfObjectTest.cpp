@@ -28,7 +28,7 @@ TEST(SdfObject, HasWhatItWasMadeWith)
     EXPECT_EQ(object.getPose(), Posed());
 }
 
-TEST(SdfObject, StandsByItselfUntilItHasAParent)
+TEST(SdfObject, WithItsPlaceOnAnotherStandsByItself)
 {
     SdfObject object(ModelType::Frame, 5, "frame");
     EXPECT_EQ(object.getParentId(), 0u);
@@ -37,7 +37,31 @@ TEST(SdfObject, StandsByItselfUntilItHasAParent)
     object.setParentId(3);
 
     EXPECT_EQ(object.getParentId(), 3u);
+    EXPECT_TRUE(object.isStandalone());
+}
+
+TEST(SdfObject, OfAContainerDoesNotStandByItself)
+{
+    SdfContainer owner(ModelType::Assembly, 3, "assembly");
+    SdfObject object(ModelType::Part, 5, "part");
+
+    owner.addChild(object);
     EXPECT_FALSE(object.isStandalone());
+
+    object.setParentId(0); // let go
+    EXPECT_TRUE(object.isStandalone());
+}
+
+TEST(SdfContainer, ForeignChildKeepsItsParent)
+{
+    SdfContainer task(ModelType::Task, 3, "task");
+    SdfObject item(ModelType::ToolData, 5, "tool data");
+    item.setParentId(7);
+
+    task.addForeignChild(item);
+
+    EXPECT_EQ(item.getParentId(), 7u);
+    EXPECT_THAT(task.getObjChildren(), ElementsAre(5));
 }
 
 TEST(SdfObject, GathersNothing)

@@ -1,9 +1,15 @@
 #include "platform/layout/Layout.h"
 
-#include "platform/layout/Body.h"
+#include "platform/layout/Assembly.h"
+#include "platform/layout/Frame.h"
+#include "platform/layout/Group.h"
+#include "platform/layout/Mechanism.h"
 #include "platform/layout/Part.h"
 #include "platform/layout/PointCloud.h"
 #include "platform/sdf/SdfManager.h"
+#include "platform/smart/SmartComponent.h"
+#include "platform/task/DataItem.h"
+#include "platform/task/Task.h"
 
 #include <algorithm>
 #include <mutex>
@@ -11,15 +17,81 @@
 namespace vrk::layout {
 namespace {
 
-void removeObjects(const Part& part)
+using Objects = std::vector<std::shared_ptr<sdf::SdfObject>>;
+
+void appendWithPieces(const std::shared_ptr<sdf::SdfObject>& object, Objects& all)
 {
+    all.push_back(object);
+    for (const std::shared_ptr<sdf::SdfObject>& piece : object->getPieces())
+        appendWithPieces(piece, all);
+}
+
+/// Calls `visit` with each list of objects of their own, in the order in which later ones build on earlier ones.
+template <typename Content, typename Visit>
+void forEachList(Content& content, Visit visit)
+{
+    visit(content.manipulators);
+    visit(content.assemblies);
+    visit(content.parts);
+    visit(content.pointclouds);
+    visit(content.tools);
+    visit(content.devices);
+    visit(content.frames);
+    visit(content.groups);
+    visit(content.components);
+    visit(content.tasks);
+    visit(content.operations);
+}
+
+/// Tool data is nothing without the tool that it lies on.
+void removeToolDataOn(const std::unordered_set<unsigned>& gone, task::Task& task, Objects& removed)
+{
+    const std::vector<std::shared_ptr<task::DataItem>> items = task.getDataItems();
+    for (const std::shared_ptr<task::DataItem>& item : items) {
+        if (!item->asType(sdf::ModelType::ToolData) || !gone.contains(item->getOwnerId()))
+            continue;
+        task.removeDataItem(item->getId());
+        removed.push_back(item);
+    }
+}
+
+template <typename List>
+void add(StationContent& content, List& list, typename List::value_type object)
+{
+    Objects all;
+    appendWithPieces(object, all);
     sdf::SdfManager& manager = sdf::SdfManager::inst();
-    for (const std::shared_ptr<Body>& body : part.getBodies())
-        manager.remove(body->getId());
-    manager.remove(part.getId());
+    const std::unique_lock lock(manager.mutex());
+    for (const std::shared_ptr<sdf::SdfObject>& piece : all)
+        manager.add(piece);
+    list.push_back(object);
+    content.listMembers(*object);
 }
 
 } // namespace
+
+std::vector<std::shared_ptr<sdf::SdfObject>> StationContent::objects() const
+{
+    Objects all;
+    forEachList(*this, [&all](const auto& list) {
+        for (const auto& object : list) {
+            if (object->isStandalone())
+                appendWithPieces(object, all);
+        }
+    });
+    return all;
+}
+
+void StationContent::listMembers(const sdf::SdfObject& object)
+{
+    for (const std::shared_ptr<sdf::SdfObject>& piece : object.getPieces()) {
+        if (piece->getModelType() == sdf::ModelType::Part)
+            parts.push_back(std::static_pointer_cast<Part>(piece));
+        if (piece->getModelType() == sdf::ModelType::Assembly)
+            assemblies.push_back(std::static_pointer_cast<Assembly>(piece));
+        listMembers(*piece);
+    }
+}
 
 Layout& Layout::inst()
 {
@@ -27,61 +99,159 @@ Layout& Layout::inst()
     return *layout;
 }
 
-void Layout::addPart(std::shared_ptr<Part> part)
+void Layout::addManipulator(std::shared_ptr<Manipulator> manipulator)
 {
-    sdf::SdfManager& manager = sdf::SdfManager::inst();
-    const std::unique_lock lock(manager.mutex());
-    for (const std::shared_ptr<Body>& body : part->getBodies())
-        manager.add(body);
-    manager.add(part);
-    parts.push_back(std::move(part));
+    add(*this, manipulators, std::move(manipulator));
 }
 
-void Layout::removePart(unsigned id)
+void Layout::addAssembly(std::shared_ptr<Assembly> assembly)
 {
-    std::shared_ptr<Part> removed; // freed after the lock: shapes may be large
-    const std::unique_lock lock(sdf::SdfManager::inst().mutex());
-    const auto found = std::ranges::find(parts, id, [](const auto& part) { return part->getId(); });
-    if (found == parts.end())
-        return;
-    removed = std::move(*found);
-    parts.erase(found);
-    removeObjects(*removed);
+    add(*this, assemblies, std::move(assembly));
+}
+
+void Layout::addPart(std::shared_ptr<Part> part)
+{
+    add(*this, parts, std::move(part));
 }
 
 void Layout::addPointCloud(std::shared_ptr<PointCloud> cloud)
 {
-    sdf::SdfManager& manager = sdf::SdfManager::inst();
-    const std::unique_lock lock(manager.mutex());
-    manager.add(cloud);
-    pointclouds.push_back(std::move(cloud));
+    add(*this, pointclouds, std::move(cloud));
 }
 
-void Layout::removePointCloud(unsigned id)
+void Layout::addTool(std::shared_ptr<Tool> tool)
 {
-    std::shared_ptr<PointCloud> removed; // freed after the lock: clouds are large
+    add(*this, tools, std::move(tool));
+}
+
+void Layout::addDevice(std::shared_ptr<Device> device)
+{
+    add(*this, devices, std::move(device));
+}
+
+void Layout::addMechanism(std::shared_ptr<Mechanism> mechanism)
+{
+    if (auto manipulator = std::dynamic_pointer_cast<Manipulator>(mechanism))
+        addManipulator(std::move(manipulator));
+    else if (auto tool = std::dynamic_pointer_cast<Tool>(mechanism))
+        addTool(std::move(tool));
+    else if (auto device = std::dynamic_pointer_cast<Device>(mechanism))
+        addDevice(std::move(device));
+}
+
+void Layout::addFrame(std::shared_ptr<Frame> frame)
+{
+    add(*this, frames, std::move(frame));
+}
+
+void Layout::addGroup(std::shared_ptr<Group> group)
+{
+    add(*this, groups, std::move(group));
+}
+
+void Layout::addSmartComponent(std::shared_ptr<smartcomp::SmartComponent> component)
+{
+    add(*this, components, std::move(component));
+}
+
+void Layout::addTask(std::shared_ptr<task::Task> task)
+{
+    add(*this, tasks, std::move(task));
+}
+
+void Layout::addOperation(std::shared_ptr<task::Operation> operation)
+{
+    add(*this, operations, std::move(operation));
+}
+
+void Layout::remove(unsigned id)
+{
+    Objects removed; // freed after the lock: shapes and clouds may be large
     sdf::SdfManager& manager = sdf::SdfManager::inst();
     const std::unique_lock lock(manager.mutex());
-    const auto found = std::ranges::find(pointclouds, id, [](const auto& cloud) { return cloud->getId(); });
-    if (found == pointclouds.end())
+    forEachList(*this, [&](const auto& list) {
+        const auto found = std::ranges::find(list, id, [](const auto& object) { return object->getId(); });
+        if (found != list.end() && (*found)->isStandalone())
+            appendWithPieces(*found, removed);
+    });
+    if (removed.empty())
         return;
-    removed = std::move(*found);
-    pointclouds.erase(found);
-    manager.remove(id);
+
+    std::unordered_set<unsigned> gone;
+    for (const std::shared_ptr<sdf::SdfObject>& object : removed)
+        gone.insert(object->getId());
+    for (const std::shared_ptr<task::Task>& task : tasks)
+        removeToolDataOn(gone, *task, removed);
+    for (const std::shared_ptr<sdf::SdfObject>& object : removed) {
+        gone.insert(object->getId());
+        manager.remove(object->getId());
+    }
+    forEachList(*this, [&gone](auto& list) {
+        std::erase_if(list, [&gone](const auto& object) { return gone.contains(object->getId()); });
+    });
+    forget(gone);
+}
+
+void Layout::forget(const std::unordered_set<unsigned>& gone)
+{
+    for (const std::shared_ptr<sdf::SdfObject>& object : objects()) {
+        if (gone.contains(object->getParentId()))
+            object->setParentId(0);
+    }
+    for (const std::shared_ptr<task::Task>& task : tasks) {
+        if (gone.contains(task->getManipulatorId()))
+            task->setManipulatorId(0);
+    }
+    for (unsigned id : gone) {
+        for (const std::shared_ptr<Group>& group : groups)
+            group->removeMember(id);
+        for (const std::shared_ptr<task::Operation>& operation : operations)
+            operation->removeMember(id);
+    }
+    std::erase_if(attachments, [&gone](const Attachment& attachment) {
+        return gone.contains(attachment.child) || gone.contains(attachment.parent);
+    });
+    std::erase_if(visibilities, [&gone](unsigned hidden) { return gone.contains(hidden); });
 }
 
 void Layout::clear()
 {
-    std::vector<std::shared_ptr<Part>> removed; // freed after the lock, as above
-    std::vector<std::shared_ptr<PointCloud>> removedClouds;
+    replace({});
+}
+
+void Layout::replace(StationContent content)
+{
+    const Objects added = content.objects();
+    Objects removed; // freed after the lock, as above
     sdf::SdfManager& manager = sdf::SdfManager::inst();
     const std::unique_lock lock(manager.mutex());
-    removed.swap(parts);
-    for (const std::shared_ptr<Part>& part : removed)
-        removeObjects(*part);
-    removedClouds.swap(pointclouds);
-    for (const std::shared_ptr<PointCloud>& cloud : removedClouds)
-        manager.remove(cloud->getId());
+    removed = objects();
+    for (const std::shared_ptr<sdf::SdfObject>& object : removed)
+        manager.remove(object->getId());
+    for (const std::shared_ptr<sdf::SdfObject>& object : added)
+        manager.add(object);
+    std::swap(static_cast<StationContent&>(*this), content);
+}
+
+void Layout::addAttachment(unsigned child, unsigned parent, const rob::Posed& pose)
+{
+    const std::unique_lock lock(sdf::SdfManager::inst().mutex());
+    std::erase_if(attachments, [child](const Attachment& attachment) { return attachment.child == child; });
+    attachments.push_back({child, parent, pose});
+}
+
+void Layout::removeAttachment(unsigned child)
+{
+    const std::unique_lock lock(sdf::SdfManager::inst().mutex());
+    std::erase_if(attachments, [child](const Attachment& attachment) { return attachment.child == child; });
+}
+
+void Layout::setHidden(unsigned id, bool hidden)
+{
+    const std::unique_lock lock(sdf::SdfManager::inst().mutex());
+    std::erase(visibilities, id);
+    if (hidden)
+        visibilities.push_back(id);
 }
 
 } // namespace vrk::layout

@@ -15,10 +15,20 @@ Part::~Part() = default;
 
 std::shared_ptr<Body> Part::addBody(std::string name)
 {
-    auto body = std::make_shared<Body>(sdf::SdfManager::inst().generateId(), std::move(name), *this);
+    return addBody(sdf::SdfManager::inst().generateId(), std::move(name));
+}
+
+std::shared_ptr<Body> Part::addBody(unsigned id, std::string name)
+{
+    auto body = std::make_shared<Body>(id, std::move(name), *this);
     addChild(*body);
     bodies.push_back(body);
     return body;
+}
+
+std::vector<std::shared_ptr<sdf::SdfObject>> Part::getPieces() const
+{
+    return {bodies.begin(), bodies.end()};
 }
 
 bool Part::isDetectable() const

@@ -19,6 +19,9 @@ public:
     const std::vector<std::shared_ptr<Body>>& getBodies() const { return bodies; }
     /// Makes a body with an id from the manager. The part keeps it; it enters the object table with the part.
     std::shared_ptr<Body> addBody(std::string name);
+    /// The same with an id of the caller's.
+    std::shared_ptr<Body> addBody(unsigned id, std::string name);
+    std::vector<std::shared_ptr<sdf::SdfObject>> getPieces() const override;
 
     bool isDetectable() const;
     void setDetectable(bool detectable);

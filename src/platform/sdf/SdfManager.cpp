@@ -29,6 +29,14 @@ std::shared_ptr<SdfObject> SdfManager::share(unsigned id) const
     return found == objects.end() ? nullptr : found->second;
 }
 
+void SdfManager::appendKnown(const std::vector<unsigned>& ids, std::vector<SdfObject*>& found) const
+{
+    for (const unsigned id : ids) {
+        if (SdfObject* object = find(id))
+            found.push_back(object);
+    }
+}
+
 void SdfManager::add(std::shared_ptr<SdfObject> object)
 {
     const unsigned id = object->getId();
@@ -50,8 +58,8 @@ unsigned SdfManager::generateId()
     const std::shared_lock lock(tableMutex);
     for (;;) {
         const unsigned id = lastId.fetch_add(1, std::memory_order_relaxed) + 1;
-        // 0 means "none", and the upper half is the transient ids'.
-        if (id != 0 && id < firstTransientId && !objects.contains(id))
+        // 0 means "none", and what follows the station's id is the transient ids'.
+        if (id != 0 && id < stationId && !objects.contains(id))
             return id;
     }
 }

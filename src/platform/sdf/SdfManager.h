@@ -7,6 +7,7 @@
 #include <memory>
 #include <shared_mutex>
 #include <unordered_map>
+#include <vector>
 
 namespace sdf {
 
@@ -18,6 +19,9 @@ class SdfObject;
 /// takes it unique; `find`, `add` and `remove` do not lock by themselves. The ids may be drawn by any thread without it.
 class VRK_EXPORT SdfManager {
 public:
+    /// The id of the station itself. As a parent it means the world, as 0 does; no object of the table has it.
+    static constexpr unsigned stationId = 0x7FFFFFFF;
+
     static SdfManager& inst();
 
     std::shared_mutex& mutex() { return tableMutex; }
@@ -25,6 +29,8 @@ public:
     /// The object of that id; null where there is none or its entry is empty.
     SdfObject* find(unsigned id) const;
     std::shared_ptr<SdfObject> share(unsigned id) const;
+    /// Appends the objects of these ids, in their order, leaving out those that are not there.
+    void appendKnown(const std::vector<unsigned>& ids, std::vector<SdfObject*>& found) const;
     /// Enters an object under its id, in place of one that had it.
     void add(std::shared_ptr<SdfObject> object);
     void remove(unsigned id);

@@ -45,6 +45,7 @@ void SdfContainer::addChild(SdfObject& child)
 {
     childIds.push_back(child.getId());
     child.setParentId(getId());
+    child.piece = true;
 }
 
 void SdfContainer::removeChild(unsigned childId)
@@ -54,11 +55,7 @@ void SdfContainer::removeChild(unsigned childId)
 
 void SdfContainer::getMembers(std::vector<SdfObject*>& members) const
 {
-    const SdfManager& manager = SdfManager::inst();
-    for (unsigned childId : childIds) {
-        if (SdfObject* child = manager.find(childId))
-            members.push_back(child);
-    }
+    SdfManager::inst().appendKnown(childIds, members);
 }
 
 } // namespace sdf

@@ -25,24 +25,35 @@ public:
     unsigned getId() const { return id; }
     /// 0 for an object that belongs to the station itself.
     unsigned getParentId() const { return parentId; }
-    void setParentId(unsigned parent) { parentId = parent; }
+    /// The object stands by itself then, wherever it is placed; containers take it in as a piece with `addChild`.
+    void setParentId(unsigned parent)
+    {
+        parentId = parent;
+        piece = false;
+    }
     const std::string& getName() const { return name; }
     void setName(std::string newName) { name = std::move(newName); }
     ModelType getModelType() const { return type; }
 
     /// Whether the object is of this kind or of one derived from it.
     virtual bool asType(ModelType wanted) const { return wanted == type; }
-    /// Whether the object stands by itself rather than as a piece of another.
-    virtual bool isStandalone() const { return parentId == 0; }
+    /// Whether the object stands by itself rather than as a piece of another, such as an assembly or a mechanism. One that
+    /// only has its place on another does.
+    virtual bool isStandalone() const { return !piece; }
+    /// The objects that this one owns, in order: they enter the object table and leave it with it.
+    virtual std::vector<std::shared_ptr<SdfObject>> getPieces() const { return {}; }
     /// Appends the objects that this one gathers; objects that gather none append nothing.
     virtual void getMembers(std::vector<SdfObject*>& members) const;
     /// Local to the parent; identity unless the kind says otherwise.
     virtual vrk::rob::Posed getPose() const { return {}; }
 
 private:
+    friend class SdfContainer; // which says what is a piece
+
     ModelType type;
     unsigned id;
     unsigned parentId = 0;
+    bool piece = false;
     std::string name;
 };
 
@@ -73,8 +84,10 @@ public:
     const std::vector<unsigned>& getObjChildren() const { return childIds; }
     /// The children that the manager knows. Call it under the manager's lock.
     std::vector<SdfObject*> getChildren() const;
-    /// Enters `child` as the last one and makes this its parent.
+    /// Enters `child` as the last one and makes this its parent, of which it is a piece.
     void addChild(SdfObject& child);
+    /// Enters `child` as the last one; its parent stays as it is.
+    void addForeignChild(const SdfObject& child) { childIds.push_back(child.getId()); }
     void removeChild(unsigned childId);
     void getMembers(std::vector<SdfObject*>& members) const override;
 

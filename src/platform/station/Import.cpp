@@ -146,6 +146,19 @@ TopoDS_Shape shapeOfBrepFile(const std::filesystem::path& file)
     return shape;
 }
 
+/// Keeps more than one body, or what is none, together.
+TopoDS_Shape wholeShapeOf(const std::filesystem::path& file)
+{
+    checkReadable(file);
+    if (readerOf(file) != readBrep)
+        throw ImportError(file, "only a BREP file is meant as a whole");
+    const std::lock_guard lock(importMutex());
+    const QuietMessenger quiet;
+    const TopoDS_Shape shape = shapeOfBrepFile(file);
+    meshShape(shape);
+    return shape;
+}
+
 } // namespace
 
 void checkReadable(const std::filesystem::path& file)
@@ -235,6 +248,8 @@ Parts ImportFile(const std::filesystem::path& file, const Progress& progress)
 
 TopoDS_Shape ImportShape(const std::string& uri)
 {
+    if (uri.find('#') == std::string::npos)
+        return wholeShapeOf(uri);
     const std::filesystem::path file = uri.substr(0, uri.rfind('#'));
     for (const auto& part : ImportFile(file)) {
         for (const auto& body : part->getBodies()) {

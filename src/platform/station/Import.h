@@ -37,7 +37,8 @@ using Progress = std::function<void(std::string_view step, double fraction)>;
 VRK_EXPORT std::vector<std::shared_ptr<layout::Part>> ImportFile(const std::filesystem::path& file,
                                                                  const Progress& progress = {});
 
-/// The shape that a body's "geometry/uri" names, as `ImportFile` gave it to the body: "<file>#<name>".
+/// The shape that a body's "geometry/uri" names, as `ImportFile` gave it to the body: "<file>#<name>". A BREP file without
+/// a name is meant as a whole.
 /// @throws ImportError  also where the file holds no such shape.
 VRK_EXPORT TopoDS_Shape ImportShape(const std::string& uri);
 

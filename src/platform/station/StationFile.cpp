@@ -1,0 +1,76 @@
+#include "platform/station/StationFile.h"
+
+#include "platform/sdf/SdfManager.h"
+#include "platform/station/GeometryCache.h"
+#include "platform/station/StationText.h"
+#include "platform/station/Uri.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cctype>
+#include <fstream>
+#include <shared_mutex>
+#include <sstream>
+
+namespace vrk::station {
+namespace {
+
+std::filesystem::path absolutePath(const std::filesystem::path& file)
+{
+    return std::filesystem::absolute(file).lexically_normal();
+}
+
+} // namespace
+
+StationFileError::StationFileError(const std::filesystem::path& file, const std::string& where,
+                                   const std::string& expected)
+    : std::runtime_error(fmt::format("{}: {}: {}", file.string(), where, expected))
+{
+}
+
+bool isStationFile(const std::filesystem::path& file)
+{
+    std::string name = file.filename().string();
+    std::ranges::transform(name, name.begin(), [](unsigned char c) { return std::tolower(c); });
+    return name.ends_with(".station.json");
+}
+
+layout::StationContent ReadStationFile(const std::filesystem::path& file, const Progress& progress)
+{
+    const std::filesystem::path absolute = absolutePath(file);
+    std::error_code error;
+    std::ifstream stream(absolute, std::ios::binary);
+    if (!std::filesystem::is_regular_file(absolute, error) || !stream)
+        throw StationFileError(absolute, "/", "expected a file that can be read");
+    std::ostringstream text;
+    text << stream.rdbuf();
+    return parseStation(text.str(), absolute, GeometryUse::Load, progress);
+}
+
+void LoadStationFile(const std::filesystem::path& file, const Progress& progress)
+{
+    layout::StationContent content = ReadStationFile(file, progress);
+    SetStationFolder(absolutePath(file).parent_path());
+    layout::Layout::inst().replace(std::move(content));
+}
+
+void SaveStationFile(const std::filesystem::path& file)
+{
+    const std::filesystem::path absolute = absolutePath(file);
+    GeometryWriter geometry(absolute);
+    std::string text;
+    {
+        const std::shared_lock lock(sdf::SdfManager::inst().mutex());
+        text = writeStation(layout::Layout::inst(), geometry);
+    }
+    parseStation(text, absolute, GeometryUse::Skip); // what would not be read again is not written
+    try {
+        geometry.write();
+        writeWhole(absolute, text);
+    } catch (const std::runtime_error& failure) {
+        throw StationFileError(absolute, "/", fmt::format("expected room to write: {}", failure.what()));
+    }
+}
+
+} // namespace vrk::station

@@ -1,0 +1,222 @@
+#include "platform/station/StationJson.h"
+
+#include "platform/sdf/SdfManager.h"
+#include "platform/station/StationFile.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <set>
+
+namespace vrk::station {
+namespace {
+
+constexpr double rotationTolerance = 1e-3; // of the length; hand-written files have few digits
+
+/// Follows the parser, so that a failure can tell where it was.
+class ParseTrace {
+public:
+    explicit ParseTrace(const std::filesystem::path& file) : file(file) {}
+
+    bool operator()(int, Json::parse_event_t event, const Json& parsed)
+    {
+        switch (event) {
+        case Json::parse_event_t::object_start:
+        case Json::parse_event_t::array_start:
+            levels.push_back({event == Json::parse_event_t::array_start, 0, {}, {}});
+            break;
+        case Json::parse_event_t::key:
+            levels.back().key = parsed.get<std::string>();
+            if (!levels.back().keys.insert(levels.back().key).second)
+                throw StationFileError(file, path(), "expected no key twice");
+            break;
+        case Json::parse_event_t::object_end:
+        case Json::parse_event_t::array_end:
+            levels.pop_back();
+            countElement();
+            break;
+        case Json::parse_event_t::value:
+            countElement();
+            break;
+        }
+        return true;
+    }
+
+    std::string path() const
+    {
+        std::string text;
+        for (const Level& level : levels)
+            text += '/' + (level.isArray ? std::to_string(level.index) : level.key);
+        return text.empty() ? "/" : text;
+    }
+
+private:
+    struct Level {
+        bool isArray;
+        std::size_t index;
+        std::string key;
+        std::set<std::string> keys;
+    };
+
+    void countElement()
+    {
+        if (!levels.empty())
+            ++levels.back().index;
+    }
+
+    const std::filesystem::path& file;
+    std::vector<Level> levels;
+};
+
+std::string lineOf(const std::string& text, std::size_t position)
+{
+    const auto end = text.begin() + static_cast<std::ptrdiff_t>(std::min(position, text.size()));
+    return std::to_string(1 + std::count(text.begin(), end, '\n'));
+}
+
+bool isPlain(const Json& value)
+{
+    return !value.is_structured();
+}
+
+void write(const Json& value, const std::string& indent, std::string& text)
+{
+    if (isPlain(value)) {
+        // Names come from anywhere; what is no text is replaced.
+        text += value.dump(-1, ' ', false, Json::error_handler_t::replace);
+        return;
+    }
+    const bool isArray = value.is_array();
+    const bool onOneLine = isArray && std::ranges::all_of(value, isPlain);
+    const std::string inner = indent + "  ";
+    text += isArray ? '[' : '{';
+    bool first = true;
+    for (const auto& entry : value.items()) {
+        if (!first)
+            text += onOneLine ? ", " : ",";
+        first = false;
+        if (!onOneLine)
+            text += '\n' + inner;
+        if (!isArray)
+            text += Json(entry.key()).dump(-1, ' ', false, Json::error_handler_t::replace) + ": ";
+        write(entry.value(), inner, text);
+    }
+    if (!onOneLine && !first)
+        text += '\n' + indent;
+    text += isArray ? ']' : '}';
+}
+
+} // namespace
+
+Json parseStationJson(const std::string& text, const std::filesystem::path& file)
+{
+    ParseTrace trace(file);
+    try {
+        return Json::parse(
+            text, [&trace](int depth, Json::parse_event_t event, Json& parsed) { return trace(depth, event, parsed); });
+    } catch (const Json::parse_error& error) {
+        throw StationFileError(file, trace.path(), fmt::format("expected JSON in line {}", lineOf(text, error.byte)));
+    } catch (const Json::out_of_range&) {
+        throw StationFileError(file, trace.path(), "expected a finite number");
+    }
+}
+
+std::string textOf(const Json& value)
+{
+    std::string text;
+    write(value, {}, text);
+    return text + '\n';
+}
+
+void JsonPlace::fail(const std::string& what) const
+{
+    throw StationFileError(*file, path.empty() ? "/" : path, "expected " + what);
+}
+
+void JsonPlace::expectObject(std::initializer_list<std::string_view> keys) const
+{
+    if (!value->is_object())
+        fail("an object");
+    for (const auto& entry : value->items()) {
+        if (std::ranges::find(keys, entry.key()) == keys.end())
+            at(entry.key()).fail("no such key");
+    }
+}
+
+JsonPlace JsonPlace::at(std::string_view key) const
+{
+    const auto found = value->find(key);
+    if (found == value->end())
+        fail(fmt::format("the key '{}'", key));
+    return {*found, fmt::format("{}/{}", path, key), *file};
+}
+
+JsonPlace JsonPlace::element(std::size_t i) const
+{
+    return {(*value)[i], fmt::format("{}/{}", path, i), *file};
+}
+
+std::string JsonPlace::asText() const
+{
+    if (!value->is_string())
+        fail("a text");
+    return value->get<std::string>();
+}
+
+bool JsonPlace::asBool() const
+{
+    if (!value->is_boolean())
+        fail("true or false");
+    return value->get<bool>();
+}
+
+double JsonPlace::asNumber() const
+{
+    if (!value->is_number() || !std::isfinite(value->get<double>()))
+        fail("a finite number");
+    return value->get<double>();
+}
+
+unsigned JsonPlace::asId() const
+{
+    constexpr unsigned last = sdf::SdfManager::stationId - 1;
+    if (!value->is_number_unsigned() || value->get<std::uint64_t>() == 0 || value->get<std::uint64_t>() > last)
+        fail(fmt::format("an id from 1 to {}", last));
+    return value->get<unsigned>();
+}
+
+rob::Posed JsonPlace::asPose() const
+{
+    const std::vector<double> n = asNumbers(7);
+    const double length = std::sqrt(n[3] * n[3] + n[4] * n[4] + n[5] * n[5] + n[6] * n[6]);
+    if (!(std::abs(length - 1) <= rotationTolerance))
+        fail("a rotation of length 1 in the last four numbers");
+    return {rob::Posd(n[0], n[1], n[2]), rob::Orientd(n[3], n[4], n[5], n[6])};
+}
+
+std::vector<double> JsonPlace::asNumbers(std::size_t count) const
+{
+    if (!value->is_array() || value->size() != count)
+        fail(fmt::format("{} numbers", count));
+    return asNumbers();
+}
+
+std::vector<double> JsonPlace::asNumbers() const
+{
+    if (!value->is_array())
+        fail("numbers");
+    std::vector<double> numbers;
+    for (std::size_t i = 0; i < value->size(); ++i)
+        numbers.push_back(element(i).asNumber());
+    return numbers;
+}
+
+Json jsonOf(const rob::Posed& pose)
+{
+    const rob::Posd& p = pose.position;
+    const rob::Orientd& o = pose.orientation;
+    return Json::array({p.x, p.y, p.z, o.w, o.x, o.y, o.z});
+}
+
+} // namespace vrk::station

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <array>
+#include <filesystem>
+#include <span>
+#include <string>
+#include <vector>
+
+/// STL files as the import reads and writes them. Not installed.
+namespace vrk::station {
+
+struct StlFacet {
+    std::array<float, 3> normal{};
+    std::array<float, 9> corners{};
+
+    /// The normal that the corners give; zero where they lie on a line.
+    void computeNormal();
+};
+
+/// Throws where the file holds no triangles that could be drawn.
+/// @return whether the view reads it as it stands: binary, or ascii in small letters.
+/// @throws ImportError
+bool checkStl(const std::filesystem::path& file);
+
+/// The triangles of a binary or ascii file; the words of an ascii one may be in any case.
+/// @throws ImportError
+std::vector<StlFacet> readStlFacets(const std::filesystem::path& file);
+
+/// The bytes of a binary file.
+std::string binaryStl(std::span<const StlFacet> facets);
+
+} // namespace vrk::station

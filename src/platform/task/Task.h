@@ -1,0 +1,58 @@
+#pragma once
+
+#include "platform/sdf/SdfObject.h"
+
+#include <memory>
+#include <vector>
+
+namespace vrk::task {
+
+class DataItem;
+
+/// A robot program. Its children are its data items, whose parents are their owners and not the task. Its own parent is
+/// the object that it belongs to, most often a manipulator.
+class VRK_EXPORT Task : public sdf::SdfContainer {
+public:
+    Task(unsigned id, std::string name);
+    ~Task() override;
+
+    unsigned getOwnerId() const { return getParentId(); }
+    void setOwnerId(unsigned id) { setParentId(id); }
+    /// The robot that runs the program; 0 where there is none yet.
+    unsigned getManipulatorId() const { return manipulatorId; }
+    void setManipulatorId(unsigned id) { manipulatorId = id; }
+
+    /// In order.
+    const std::vector<unsigned>& getPaths() const { return pathIds; }
+    void addPath(unsigned id) { pathIds.push_back(id); }
+    const std::vector<std::shared_ptr<DataItem>>& getDataItems() const { return items; }
+    void addDataItem(std::shared_ptr<DataItem> item);
+    void removeDataItem(unsigned id);
+    std::vector<std::shared_ptr<sdf::SdfObject>> getPieces() const override;
+
+private:
+    unsigned manipulatorId = 0;
+    std::vector<unsigned> pathIds;
+    std::vector<std::shared_ptr<DataItem>> items;
+};
+
+/// A step of production: it gathers what takes part in it, which is shown selected in its place.
+class VRK_EXPORT Operation : public sdf::SdfObject {
+public:
+    Operation(unsigned id, std::string name);
+    ~Operation() override;
+
+    void addMember(unsigned id) { memberIds.push_back(id); }
+    void removeMember(unsigned id) { std::erase(memberIds, id); }
+    const std::vector<unsigned>& getMemberIds() const { return memberIds; }
+    /// Members that the object table does not know are left out.
+    void getMembers(std::vector<sdf::SdfObject*>& members) const override;
+
+private:
+    std::vector<unsigned> memberIds;
+};
+
+/// The programs of the station, in order. Call it under the manager's lock.
+VRK_EXPORT std::vector<Task*> GetAllTasks();
+
+} // namespace vrk::task
