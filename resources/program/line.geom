@@ -14,7 +14,7 @@ uniform vec4 viewportSize; // pixels
 uniform mat4 projection;
 uniform float width; // pixels of a picture of up to 1080 rows; a finer one has as much wider lines
 
-const float slope = 1.5;
+const float slope = 2.2;
 const float depthSteps = 2e-7; // a few steps of a depth buffer of 24 bits; far away these are more than a pixel
 
 out vec4 lineColour;
