@@ -1,5 +1,6 @@
 #include "mesh/MeshManager.h"
 #include "mesh/ProceduralMeshes.h"
+#include "mesh/TextMesh.h"
 #include "scene/core/OgreCompat.h"
 
 #include <Ogre.h>
@@ -76,6 +77,7 @@ void MeshManager::createGlobleMeshes()
     loadToGpu(createConeComponent("path_arrow_head", 5, 20));
     createMfgArrow();
     createVectorHandleMesh();
+    createUVIndicator();
     createFrameOgreMesh("VRK_FrameMesh");
 }
 
@@ -148,6 +150,21 @@ void MeshManager::createVectorHandleMesh()
 
     for (const char* name : {"PathStartHandle", "PathEndHandle"})
         addGlobalMesh(createSphereComponent(name, 2.5f, 32, 32));
+}
+
+void MeshManager::createUVIndicator()
+{
+    const Mesh* shaft = createCylinderComponent("shaft", 0.2f, 15, 1, 16);
+    const Mesh* head = createConeComponent("head", 0.6f, 3.75f);
+    const Rotation alongX(pi / 2, plusY);
+    const Rotation alongY(-pi / 2, plusX);
+    addGlobalMesh(compose("uv_indicator", {{shaft, turned(alongX)},
+                                           {head, {Position(15, 0, 0), alongX}},
+                                           {makeTextMesh("U").get(), Pose(Position(20, 0, 0))},
+                                           {shaft, turned(alongY)},
+                                           {head, {Position(0, 15, 0), alongY}},
+                                           {makeTextMesh("V").get(), Pose(Position(-2, 20, 0))}})
+                      .release());
 }
 
 void MeshManager::createFrameOgreMesh(const std::string& name)

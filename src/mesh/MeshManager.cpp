@@ -2,6 +2,7 @@
 
 #include "mesh/ProceduralMeshes.h"
 #include "mesh/StlReader.h"
+#include "mesh/TextMesh.h"
 #include "scene/core/OgreCompat.h"
 
 #include <Ogre.h>
@@ -210,7 +211,7 @@ void MeshManager::removeOgreMesh(const std::string& name)
     ogreMeshUsers.erase(users);
 }
 
-// STL and flat meshes
+// STL, flat meshes and text
 
 Mesh* MeshManager::loadStl(const std::string& path)
 {
@@ -227,6 +228,11 @@ Mesh* MeshManager::CreateMesh(std::string name, const std::vector<rob::PosTempla
                               const std::vector<unsigned>& indices)
 {
     return makeFlatMesh(std::move(name), points, indices).release();
+}
+
+Mesh* MeshManager::CreateTextMesh(std::string text, double)
+{
+    return makeTextMesh(std::move(text)).release();
 }
 
 } // namespace vrk::visual

@@ -107,6 +107,9 @@ public:
     /// @throws std::out_of_range "invalid vector subscript" for an index past the end of `points`.
     static Mesh* CreateMesh(std::string name, const std::vector<rob::PosTemplate<float>>& points,
                             const std::vector<unsigned>& indices);
+    /// A text as flat triangles in the xy plane, facing +z, named by the text: neither registered nor uploaded, and the
+    /// caller's. A capital stands about 1 high, whatever `size` says; to have another size scale the node.
+    static Mesh* CreateTextMesh(std::string text, double size);
 
 private:
     /// Enters the mesh unless its name is taken, and uploads it in either case.
@@ -131,6 +134,7 @@ private:
     void createDragHandle();
     void createVectorHandleMesh();
     void createMfgArrow();
+    void createUVIndicator();
     /// A frame of three lines of unit length, for instances: an OGRE mesh that has no `Mesh`.
     void createFrameOgreMesh(const std::string& name);
 

@@ -119,6 +119,7 @@ void Init(int width, int height, const SceneSettings& settings)
     // The scene draws with meshes that must stand before it.
     MeshManager::Init();
     Scene::Init(settings);
+    Scene::Get()->setGrid(true);
 }
 
 void ReleaseResources() {}

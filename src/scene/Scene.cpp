@@ -2,9 +2,14 @@
 
 #include "platform/broker/SignalBroker.h"
 #include "platform/common/Checks.h"
+#include "scene/BorderMask.h"
+#include "scene/DepthClearListener.h"
+#include "scene/Grid.h"
 #include "scene/core/SceneCore.h"
+#include "station/TcpTraceVisual.h"
 #include "view/Camera.h"
-#include "visual/Visual.h"
+#include "visual/FrameVisual.h"
+#include "visual/HighlightedEdge.h"
 
 #include <Ogre.h>
 
@@ -18,8 +23,13 @@ const Ogre::ColourValue startAmbient(0.3f, 0.3f, 0.3f, 1.0f);
 Scene* Scene::Instance = nullptr;
 
 Scene::Scene(const std::string& name)
-    : core(std::make_unique<SceneCore>(name, Ogre::Root::getSingleton().getSceneManager("VRK_SceneManager")))
+    : core(std::make_unique<SceneCore>(name, Ogre::Root::getSingleton().getSceneManager("VRK_SceneManager"))),
+      highlightedEdge(std::make_unique<HighlightedEdge>())
 {
+    depthClearListener = std::make_unique<DepthClearListener>();
+    core->sceneManager->addRenderQueueListener(depthClearListener.get());
+    borderMask = std::make_unique<BorderMask>();
+    core->instanceManagers.create(*core->sceneManager);
     core->worldVisual = new Visual(this);
     core->visuals.whenDeleted([this](const Visual* visual) { forgetVisual(visual); });
 }
@@ -27,6 +37,7 @@ Scene::Scene(const std::string& name)
 Scene::~Scene()
 {
     cameras.clear();
+    core->sceneManager->removeRenderQueueListener(depthClearListener.get());
     if (Instance == this)
         Instance = nullptr;
 }
@@ -41,6 +52,8 @@ void Scene::Init(const SceneSettings& settings)
     Instance = new Scene("Daltrimo Scene");
     Instance->core->settings = settings;
     Instance->createCamera("camera0");
+    Instance->core->visuals.enter(
+        new FrameVisual(Instance->core->worldVisual, static_cast<float>(settings.worldFrameSize)));
     Instance->core->sceneManager->setAmbientLight(startAmbient);
     broker::SignalBroker::updateScene();
     Instance->createLights();
@@ -96,6 +109,11 @@ Ogre::SceneManager* Scene::GetSceneManager()
     return Instance->core->sceneManager;
 }
 
+Ogre::InstanceManager* Scene::GetInstanceMgr(const std::string& name)
+{
+    return Instance->core->instanceManagers.get(name);
+}
+
 void Scene::addTempVisual(Visual* visual)
 {
     tempVisuals[visual->getId()] = visual;
@@ -129,6 +147,11 @@ void Scene::doRemoveTempVisual(unsigned id)
     deleteVisual(visual);
 }
 
+void Scene::cleanupInstanceBatches()
+{
+    addRenderTask([this] { core->instanceManagers.cleanupEmptyBatches(); }, 0);
+}
+
 Camera* Scene::createCamera(const std::string& name)
 {
     return cameras.emplace_back(std::make_unique<Camera>(name, this)).get();
@@ -140,10 +163,18 @@ void Scene::forgetVisual(const Visual* visual)
     const auto isOfVisual = [visual](const FaceOfSolid& face) {
         return static_cast<const void*>(face.first) == visual;
     };
+    if (static_cast<const Visual*>(tcpTrace) == visual)
+        tcpTrace = nullptr;
     if (highlightedVisual == visual)
         highlightedVisual = nullptr;
     if (isOfVisual(highlightedFace))
         highlightedFace = {};
+    if (highlightedEdge->visual == visual) {
+        highlightedEdge->visual = nullptr;
+        highlightedEdge->edge.Nullify();
+    }
+    if (highlightedEdge->drawn == visual)
+        highlightedEdge->drawn = nullptr;
     std::erase_if(selectedFaces, isOfVisual);
     std::erase_if(tempVisuals, [visual](const auto& entry) { return entry.second == visual; });
 }

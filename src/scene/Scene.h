@@ -4,6 +4,7 @@
 #include "scene/core/RenderTaskQueue.h"
 #include "scene/core/SceneSettings.h"
 #include "scene/math/Pose.h"
+#include "visual/VisualType.h"
 
 #include <cstdint>
 #include <functional>
@@ -14,19 +15,30 @@
 #include <vector>
 
 namespace Ogre {
+class ColourValue;
+class InstanceManager;
 class SceneManager;
-}
+} // namespace Ogre
 namespace sdf {
 class SdfNode;
 }
+namespace vrk::smartcomp {
+class SmartComponent;
+}
+class TopoDS_Edge;
 class TopoDS_Face;
 class TopoDS_Shape;
 
 namespace vrk::visual {
 
+class BorderMask;
 class Camera;
+class DepthClearListener;
+class Grid;
 class SceneCore;
+struct HighlightedEdge;
 class SolidVisual;
+class TcpTraceVisual;
 class Visual;
 class VisualStateManager;
 
@@ -44,6 +56,14 @@ class VRK_EXPORT Scene {
 public:
     /// Which of two groups, whose collisions are looked at, a visual belongs to.
     enum class VisualCollisionState { None = 0, GroupA = 1, GroupB = 2 };
+
+    /// What is drawn of the bodies. The values are fixed: applications store them.
+    enum class DisplayMode {
+        Shaded = 0,
+        ShadedWithEdges = 1,
+        Edges = 2,
+        Wire = 3, ///< every triangle, as lines
+    };
 
     // Life
 
@@ -74,6 +94,8 @@ public:
     static Visual* GetWorldVisual();
     static VisualStateManager* GetStateManager();
     static Ogre::SceneManager* GetSceneManager();
+    /// @throws std::out_of_range "invalid unordered_map<K, T> key" for an unknown name.
+    static Ogre::InstanceManager* GetInstanceMgr(const std::string& name);
     void addTempVisual(Visual* visual);
     /// Render thread. The visual and its descendants leave the registry and the selection, and die.
     void deleteVisual(Visual* visual);
@@ -83,12 +105,90 @@ public:
     void removeVisual(unsigned id);
     /// A visual that was entered by `addTempVisual`.
     void removeTempVisual(unsigned id);
+    /// Frees batches of instances in which none is left; each manager keeps the one that it made first.
+    void cleanupInstanceBatches();
+
+    // Station load. Posted; the objects must live until the task has run.
+
+    /// Everything in the station, in an order in which later objects find what they hang on, and then the hiding of what
+    /// the station says is hidden. Remove what was loaded before.
+    static void LoadStation();
+    void addAssembly(sdf::SdfNode* assembly);
+    void addPart(sdf::SdfNode* part);
+    /// One body of a part that has a visual.
+    void addBody(sdf::SdfNode* part, sdf::SdfNode* body);
+    /// A manipulator, tool or device; anything else is passed over.
+    void addMechanism(sdf::SdfNode* mechanism, bool withChildren);
+    /// On the visual of its parent, which must have one unless it is the world.
+    void addFrame(sdf::SdfNode* frame);
+    void addWObj(sdf::SdfNode* workObject);
+    /// Always on the world.
+    void addPointCloud(sdf::SdfNode* cloud);
+    /// Nothing for a component without a visual.
+    void buildVisual(smartcomp::SmartComponent* component);
+    /// On the visual of its owner, which must have one.
+    void addToolData(unsigned id);
+    void updateToolData(unsigned id);
+    /// Takes owner and poses of a work object from the model anew.
+    void updateWObj(unsigned id);
+    /// Deletes the trace that was handed to `setTcpTrace`; without one nothing happens.
+    void clearTcpTrace();
+    /// At once, render thread. The trace that `clearTcpTrace` deletes; null for none.
+    void setTcpTrace(TcpTraceVisual* trace) { tcpTrace = trace; }
+    /// At once, render thread: the work objects and tool data of a program. An id that is no task is passed over.
+    void buildTask(unsigned id);
+
+    // Attachment and tree; posted. Ids must have visuals, or the render thread fails as `GetVisual` does; a new parent may
+    // be 0, the world.
+
+    /// Hangs a visual on another at a pose relative to it. What is attached keeps its own visibility and looks.
+    void addAttachment(unsigned child, unsigned parent, const rob::PoseTemplate<double>& pose);
+    void deleteAttachment(unsigned child, unsigned oldParent, unsigned newParent,
+                          const rob::PoseTemplate<double>& pose);
+    void attachVisual(unsigned parent, Visual* child);
+    /// Hangs a visual on the world.
+    void detachVisual(Visual* visual);
+    /// Keeps the local pose: the visual moves with its new parent.
+    void reparentVisual(unsigned child, unsigned parent);
+    void moveVisualToParent(unsigned child, unsigned parent, const rob::PoseTemplate<float>& worldPose);
+
+    // Copy: a see-through double of one visual at a time. Posted, but for the question.
+
+    /// A kind that is not copied fails on the render thread with "Bad optional access".
+    void showCopiedVisual(unsigned id, const rob::PoseTemplate<float>& worldPose);
+    void hideCopiedVisual();
+    void deleteCopiedVisual();
+    bool isCopiedVisualVisible() const;
+
+    // Pose; posted. Unknown ids are passed over, but for the orientations.
+
+    void setVisualPose(unsigned id, const rob::PoseTemplate<float>& pose);
+    void setVisualWorldPose(unsigned id, const rob::PoseTemplate<float>& pose);
+    void setVisualWorldPose(Visual* visual, const rob::PoseTemplate<float>& pose);
+    /// @param orientations  as many as ids. An unknown id fails, with the visuals before it turned.
+    void setVisualsOrientations(std::vector<unsigned> ids, std::vector<rob::OrientTemplate<double>> orientations);
+    /// Moves a visual's own frame and leaves what it shows where it is: `delta` is the old frame seen from the new one.
+    void setLocalOrigin(unsigned id, const rob::PoseTemplate<float>& oldOriginWorld,
+                        const rob::PoseTemplate<float>& delta);
 
     // Visibility; posted
 
     /// Shows or hides a visual with its children, and with it its part in picking. The members of a group for its id. An
     /// id that the model does not know is passed over without a post.
     void setVisualVisible(unsigned id, bool visible);
+
+    // Frames; posted
+
+    /// How long the axes of all frames of a kind are. Without a frame of that kind in the scene nothing happens, else the
+    /// next frames are built in that size too; the size of tool frames counts for plain ones in that.
+    void setFrameSize(unsigned size, VisualType type);
+    void setFrameVisualVisible(bool visible);
+    void setTcpVisualVisible(bool visible);
+    /// Robot targets; joint targets stay as they are.
+    void setTargetVisualVisible(bool visible);
+    /// Work objects, with the frames in them.
+    void setWObjVisualVisible(bool visible);
+    void addTaskFrame(unsigned id, const rob::PoseTemplate<double>& pose);
 
     // Appearance. Posted, but for the records of what is highlighted, which change at once: call these from one thread.
 
@@ -131,6 +231,27 @@ public:
     void setVisualCollisionEmphasizeState(unsigned id, VisualCollisionState state);
     void clearVisualCollisionEmphasizeState(unsigned id);
 
+    // Environment. Lights, grid and outline at once, on the render thread; lights are counted from 1 to 4.
+
+    void setAmbientLight(const Ogre::ColourValue& colour);
+    /// @throws Ogre::Exception for an unknown light, as the three below.
+    void setLightDiffuse(int index, float r, float g, float b);
+    void setLightSpecular(int index, float r, float g, float b);
+    /// The way towards the light, in the world.
+    void setLightDir(int index, float x, float y, float z);
+    void setLightEnable(int index, bool enable);
+    /// Makes the grid, once. Nothing hides it or takes it away: `false` does nothing, on purpose.
+    void setGrid(bool on);
+    /// The up axis of grid and camera: 0 for x, 1 for y, 2 for z. The setting changes at once, the rest is posted.
+    void setGridNormalDir(int dir);
+    // 0 without a grid; the length in model units
+    static unsigned GetGridCellCount();
+    static unsigned GetGridCellLength();
+    /// Posted. Shows and hides solids and wire frames, which picking is not told of. An unknown value does nothing.
+    void setDisplayMode(DisplayMode mode);
+    /// The outline around selected bodies. Nothing happens while the camera has no render target.
+    void setBorderHighlightEnabled(bool enable);
+
     // View
 
     /// At once, render thread. The scene keeps it.
@@ -164,16 +285,29 @@ public:
     /// At once. The face where it lies in the world.
     static TopoDS_Face GetBodyFaceInWorld(unsigned id, unsigned face);
 
+    // Picking state: edges, with the same proviso
+
+    void highlightEdge(Visual* visual, const TopoDS_Edge& edge);
+    void clearHighlightedEdge();
+    /// This generated edge, and nothing else.
+    void selectGeneratedEdge(unsigned id, const TopoDS_Edge& edge);
+
+    // Edges and curves; posted. Generated edges lie under the visual of `id`, and are found by the same shape, location and
+    // orientation; where there is none, nothing happens.
+
+    void addCurveArrow(unsigned id, bool forward);
+    void clearCurveArrow(unsigned id);
+    void addEdgeArrow(unsigned id, const TopoDS_Edge& edge, bool forward);
+    void clearEdgeArrow(unsigned id, const TopoDS_Edge& edge);
+    /// An edge without polygon is not drawn.
+    void addGeneratedEdge(unsigned id, const TopoDS_Edge& edge);
+    void removeGeneratedEdge(unsigned id, const TopoDS_Edge& edge);
+
     // Bodies; posted
 
     /// The body's solid made anew from another shape, under the same parent and id. What was hidden or selected of the
     /// old one is forgotten. Does nothing where the node has no solid.
     void updateSolidVisual(sdf::SdfNode* node, const TopoDS_Shape& shape);
-
-    // Point clouds; posted
-
-    /// Draws a cloud of the station, a `layout::PointCloud`, under the world.
-    void addPointCloud(sdf::SdfNode* node);
 
 private:
     using FaceOfSolid = std::pair<SolidVisual*, unsigned>;
@@ -181,13 +315,35 @@ private:
     explicit Scene(const std::string& name);
 
     void doRemoveVisual(unsigned id);
+    void doLoadStation();
+    void loadMechanisms();
+    void loadStandalone();
+    void doBuildVisual(smartcomp::SmartComponent* component);
+    void doAddToolData(unsigned id);
+    void drainLoadTasks();
+    void doAddAttachment(unsigned child, unsigned parent, const rob::PoseTemplate<double>& pose);
+    void doDeleteAttachment(unsigned child, unsigned oldParent, unsigned newParent,
+                            const rob::PoseTemplate<double>& pose);
+    void doMoveVisualToParent(unsigned child, unsigned parent, const rob::PoseTemplate<float>& worldPose);
+    void doShowCopiedVisual(unsigned id, const rob::PoseTemplate<float>& worldPose);
+    void doDeleteCopiedVisual();
+    void doSetVisualPose(unsigned id, const rob::PoseTemplate<float>& pose);
+    void doSetLocalOrigin(unsigned id, const rob::PoseTemplate<float>& oldOriginWorld,
+                          const rob::PoseTemplate<float>& delta);
     void doRemoveTempVisual(unsigned id);
     void doSetVisualVisible(unsigned id, bool visible);
+    void doSetFramesSize(unsigned size, VisualType type);
+    void setTypeVisible(VisualType type, bool visible, bool recursive);
+    void doAddGeneratedEdge(unsigned id, const TopoDS_Edge& edge);
+    void doHighlightEdge(Visual* visual, const TopoDS_Edge& edge);
     void doSetColor(unsigned id, float r, float g, float b);
     void doResetColor(Visual* visual);
     void doSelectVisual(unsigned id);
     void doClearSelectedVisuals();
     void doSelectPointCloud(const std::unordered_map<unsigned, std::vector<std::uint64_t>>& indicesOfClouds);
+    void doSetGridNormalDir(int dir);
+    void doSetDisplayMode(DisplayMode mode);
+    void doSetVisible(const std::function<bool(const Visual&)>& test, bool visible);
     void selectFace(unsigned id, unsigned face, const char* color);
     void forgetVisual(const Visual* visual);
     void createLights();
@@ -195,12 +351,18 @@ private:
     static Scene* Instance;
 
     std::unique_ptr<SceneCore> core;
+    std::unique_ptr<DepthClearListener> depthClearListener;
+    std::unique_ptr<BorderMask> borderMask;
+    std::unique_ptr<Grid> grid;
     std::vector<std::unique_ptr<Camera>> cameras;
     std::unordered_map<unsigned, Visual*> tempVisuals;
     std::deque<std::function<void()>> loadTasks;
+    TcpTraceVisual* tcpTrace = nullptr;
+    Visual* copiedVisual = nullptr;
     Visual* highlightedVisual = nullptr;
     std::vector<unsigned> selectedVisuals;
     FaceOfSolid highlightedFace{};
+    std::unique_ptr<HighlightedEdge> highlightedEdge;
     std::vector<FaceOfSolid> selectedFaces; // in the order of selection
 };
 

@@ -2,6 +2,8 @@
 
 #include "platform/broker/SignalBroker.h"
 #include "platform/common/Checks.h"
+#include "visual/CurveVisual.h"
+#include "visual/LineVisual.h"
 #include "visual/PointCloudVisual.h"
 #include "visual/PointVisual.h"
 #include "visual/SolidVisual.h"
@@ -45,6 +47,11 @@ void VisualSelection::addShape(const TopoDS_Shape&, visual::SolidVisual* visual,
     enter(visual, detectable, false);
 }
 
+void VisualSelection::addCurveVisual(const TopoDS_Shape&, visual::CurveVisual* visual, bool detectable)
+{
+    enter(visual, detectable, false);
+}
+
 void VisualSelection::addMeshVisual(visual::Visual* visual, bool detectable, bool priority)
 {
     forSubtree(visual, [&](visual::Visual* v) {
@@ -61,6 +68,11 @@ void VisualSelection::addPointVisual(visual::PointVisual* visual, bool detectabl
 void VisualSelection::addPointCloudVisual(visual::PointCloudVisual* visual, bool detectable)
 {
     enter(visual, detectable, false);
+}
+
+void VisualSelection::addLineVisual(visual::LineVisual* visual)
+{
+    enter(visual, true, false);
 }
 
 void VisualSelection::removeObject(visual::Visual* visual)
@@ -120,6 +132,15 @@ void VisualSelection::markDirty(visual::Visual* visual)
 const VisualSelection::Registered& VisualSelection::registered(visual::Visual* visual) const
 {
     return common::checkedAt(objects, visual);
+}
+
+std::vector<visual::Visual*> VisualSelection::registeredVisuals() const
+{
+    std::vector<visual::Visual*> found;
+    found.reserve(objects.size());
+    for (const auto& [visual, entry] : objects)
+        found.push_back(visual);
+    return found;
 }
 
 bool VisualSelection::isEnabled(visual::Visual* visual) const

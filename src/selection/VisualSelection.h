@@ -4,12 +4,15 @@
 
 #include <atomic>
 #include <unordered_map>
+#include <vector>
 
 class TopoDS_Shape;
 
 namespace vrk::visual {
 class PointCloudVisual;
 class PointVisual;
+class CurveVisual;
+class LineVisual;
 class SolidVisual;
 class Visual;
 } // namespace vrk::visual
@@ -34,10 +37,13 @@ public:
 
     // Registration. A visual that is registered already stays as it is, its flags included.
     void addShape(const TopoDS_Shape& shape, visual::SolidVisual* visual, bool detectable);
+    void addCurveVisual(const TopoDS_Shape& shape, visual::CurveVisual* visual, bool detectable);
     /// Registers every mesh or paint visual among this one and its descendants.
     void addMeshVisual(visual::Visual* visual, bool detectable, bool priority);
     void addPointVisual(visual::PointVisual* visual, bool detectable);
     void addPointCloudVisual(visual::PointCloudVisual* visual, bool detectable);
+    /// Detectable.
+    void addLineVisual(visual::LineVisual* visual);
     /// The visual must be registered.
     void removeObject(visual::Visual* visual);
     void removeCompoundObject(visual::Visual* visual);
@@ -54,6 +60,8 @@ public:
     /// Notes that this visual and its descendants moved.
     void markDirty(visual::Visual* visual);
     bool hasVisual(visual::Visual* visual) const { return objects.contains(visual); }
+    /// In no order.
+    std::vector<visual::Visual*> registeredVisuals() const;
     bool isEnabled(visual::Visual* visual) const;
     bool isDetectable(visual::Visual* visual) const;
     bool isDirty() const { return dirty; }

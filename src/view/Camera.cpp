@@ -4,6 +4,7 @@
 #include "scene/core/OgreCompat.h"
 #include "scene/core/SceneCore.h"
 #include "selection/geometry/Plane.h"
+#include "view/AxesCross.h"
 
 #include <Ogre.h>
 
@@ -15,6 +16,7 @@ namespace {
 
 constexpr float minFOV = 0.001f;
 constexpr float maxFOV = 3.138451f; // just below half a turn
+constexpr float axesCrossScale = 1.5f;
 constexpr unsigned allBuffers = Ogre::FBT_COLOUR | Ogre::FBT_DEPTH;
 const Ogre::ColourValue background(0.45f, 0.45f, 0.45f, 1.0f);
 
@@ -58,6 +60,8 @@ Camera::Camera(const std::string& givenName, Scene* scene) : scene(scene)
     sceneNode->setInheritScale(false);
     camera->setAutoAspectRatio(false);
     setClipDist(core.settings.nearClip, core.settings.farClip);
+    cross = std::make_unique<AxesCross>(*this);
+    cross->setScale(axesCrossScale);
     if (!main)
         main = this;
 }
@@ -67,6 +71,7 @@ Camera::~Camera()
     removeViewport();
     if (main == this)
         main = nullptr;
+    cross.reset();
     Ogre::SceneManager& manager = *sceneNode->getCreator();
     manager.destroyCamera(camera);
     manager.destroySceneNode(sceneNode);
@@ -132,8 +137,12 @@ void Camera::setVerticleDir(int axis)
 
 void Camera::removeViewport()
 {
-    if (viewport)
-        renderTarget->removeViewport(viewport->getZOrder());
+    if (!viewport)
+        return;
+    // OGRE keeps a chain for its viewport's address, which the next viewport may well get.
+    if (Ogre::CompositorManager::getSingleton().hasCompositorChain(viewport))
+        Ogre::CompositorManager::getSingleton().removeCompositorChain(viewport);
+    renderTarget->removeViewport(viewport->getZOrder());
     viewport = nullptr;
 }
 

@@ -4,6 +4,7 @@
 #include "scene/math/Pose.h"
 #include "selection/geometry/Ray.h"
 
+#include <memory>
 #include <string>
 
 namespace Ogre {
@@ -16,6 +17,7 @@ class Viewport;
 namespace vrk::visual {
 
 struct Plane;
+class AxesCross;
 class Scene;
 
 /// A camera on a node of its own, and the one source for the question of what lies under a pixel: all rays and all sizes
@@ -40,6 +42,8 @@ public:
     Scene* getScene() const { return scene; }
     Ogre::SceneNode* getSceneNode() const { return sceneNode; }
     Ogre::Camera* ogreCamera() const { return camera; }
+    /// The cross in the corner of this camera's view.
+    AxesCross& axesCross() const { return *cross; }
     unsigned getRenderRate() const { return renderRate; }
 
     // Kept for the application; they do not move the camera
@@ -101,6 +105,7 @@ private:
     float hfov = 1.0471976f;
     rob::PosTemplate<float> targetPos;
     rob::PosTemplate<float> fromPos;
+    std::unique_ptr<AxesCross> cross;
 };
 
 } // namespace vrk::visual

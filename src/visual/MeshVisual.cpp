@@ -6,6 +6,7 @@
 #include "platform/layout/Body.h"
 #include "scene/core/SceneCore.h"
 #include "visual/Picking.h"
+#include "visual/RenderGroups.h"
 
 #include <Ogre.h>
 
@@ -49,6 +50,24 @@ void MeshVisual::Build(Visual* parent, sdf::SdfNode* node)
     visual->setMaterial(base, base + "Selected", base + "Highlighted");
     const std::shared_ptr<sdf::Element> owner = node->getElement()->getParent();
     picking::addMeshVisual(visual, owner && sdf::boolAt(*owner, "detectable"), false);
+}
+
+MeshVisual* MeshVisual::BuildArrow(Visual* parent, const rob::PosTemplate<float>& position,
+                                   const rob::DirTemplate<float>& direction)
+{
+    auto* visual = new MeshVisual(arrowMesh, parent);
+    visual->becomeArrow(position, direction, arrowColor);
+    return visual;
+}
+
+void MeshVisual::becomeArrow(const rob::PosTemplate<float>& position, const rob::DirTemplate<float>& direction,
+                             const std::string& color)
+{
+    attachMesh(arrowMesh)->setRenderQueueGroup(renderGroup::lines);
+    setMaterial("Axis", "Axis", "Axis");
+    setColor(color);
+    setRotation(rob::RotationTemplate<float>::From2Dirs({0, 0, 1}, direction));
+    setPosition(position);
 }
 
 Ogre::Entity* MeshVisual::attachMesh(const std::string& name)

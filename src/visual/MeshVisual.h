@@ -19,6 +19,10 @@ public:
     /// A station body that comes as an STL file. Its id is registered, and it can be picked.
     static void Build(Visual* parent, sdf::SdfNode* node);
 
+    /// An orange arrow that stands at `position` and points along `direction`, which has unit length. Not registered.
+    static MeshVisual* BuildArrow(Visual* parent, const rob::PosTemplate<float>& position,
+                                  const rob::DirTemplate<float>& direction);
+
     /// Draws the global, registered or STL mesh of that name; so the path of a file is the name of a mesh. Virtual, so
     /// that a derived visual can do more with its entity.
     /// @throws what `MeshManager::loadStl` does.
@@ -39,6 +43,14 @@ public:
     void setColor(const rob::ColorTemplate<float>& color, float alpha);
     /// @param text  as in "#10C279", opaque; the failures of `geometry::ParseColorText` pass out.
     void setColor(const std::string& text);
+
+protected:
+    static constexpr const char* arrowMesh = "mfg_arrow"; ///< points along z from its origin
+    static constexpr const char* arrowColor = "#FFA725";
+
+    /// Turns this visual, which was just made, into an arrow.
+    void becomeArrow(const rob::PosTemplate<float>& position, const rob::DirTemplate<float>& direction,
+                     const std::string& color);
 
 private:
     std::string meshName;

@@ -26,6 +26,11 @@ void addShape(const TopoDS_Shape& shape, SolidVisual* visual, bool detectable)
     tell([&](auto& service) { service.addShape(shape, visual, detectable); });
 }
 
+void addCurveVisual(const TopoDS_Shape& shape, CurveVisual* visual, bool detectable)
+{
+    tell([&](auto& service) { service.addCurveVisual(shape, visual, detectable); });
+}
+
 void addMeshVisual(Visual* visual, bool detectable, bool priority)
 {
     tell([&](auto& service) { service.addMeshVisual(visual, detectable, priority); });
@@ -47,6 +52,11 @@ void removeObject(Visual* visual)
         if (service.hasVisual(visual))
             service.removeObject(visual);
     });
+}
+
+void addLineVisual(LineVisual* visual)
+{
+    tell([&](auto& service) { service.addLineVisual(visual); });
 }
 
 void removeCompoundObject(Visual* visual)

@@ -6,6 +6,8 @@ namespace vrk::visual {
 
 class PointCloudVisual;
 class PointVisual;
+class CurveVisual;
+class LineVisual;
 class SolidVisual;
 class Visual;
 
@@ -18,11 +20,13 @@ namespace picking {
 /// The pose of this visual, and so of its subtree, changed.
 void markDirty(Visual* visual);
 void addShape(const TopoDS_Shape& shape, SolidVisual* visual, bool detectable);
+void addCurveVisual(const TopoDS_Shape& shape, CurveVisual* visual, bool detectable);
 void addMeshVisual(Visual* visual, bool detectable, bool priority);
 void addPointVisual(PointVisual* visual, bool detectable);
 void addPointCloudVisual(PointCloudVisual* visual, bool detectable);
 /// Forgets this visual, if it is known, but not its descendants.
 void removeObject(Visual* visual);
+void addLineVisual(LineVisual* visual);
 /// Forgets this visual and its descendants.
 void removeCompoundObject(Visual* visual);
 void setObjectEnabled(Visual* visual, bool enabled);

@@ -71,6 +71,7 @@ void Scene::clearHighlightedBody()
 void Scene::clearHighlightedVisual()
 {
     clearHighlightedFace();
+    clearHighlightedEdge();
     clearHighlightedBody();
 }
 

@@ -6,10 +6,6 @@
 
 namespace vrk::visual {
 
-void Scene::addPointCloud(sdf::SdfNode* node)
-{
-    addRenderTask([node] { PointCloudVisual::Build(GetWorldVisual(), node); }, 0);
-}
 
 void Scene::selectPointCloud(const std::unordered_map<unsigned, std::vector<std::uint64_t>>& indicesOfClouds)
 {

@@ -1,18 +1,61 @@
 #include "scene/Scene.h"
 
+#include "platform/sdf/SdfManager.h"
+#include "platform/task/DataItem.h"
+#include "platform/task/Task.h"
 #include "scene/core/SceneCore.h"
 #include "visual/Visual.h"
 #include "visual/VisualStateManager.h"
 
 #include <algorithm>
+#include <shared_mutex>
 
 namespace vrk::visual {
+namespace {
+
+/// What is shown selected in the place of an object that has no visual.
+struct StandsFor {
+    std::vector<unsigned> ids;
+    unsigned robot = 0; // of a task
+};
+
+/// Of a task: its paths, then its tool data, work objects and joint targets, and its robot. Of an operation: its members.
+/// Of anything else: nothing. The lock is given back before anybody looks further.
+StandsFor whatStandsFor(unsigned id)
+{
+    StandsFor found;
+    sdf::SdfManager& model = sdf::SdfManager::inst();
+    const std::shared_lock lock(model.mutex());
+    const sdf::SdfObject* object = model.find(id);
+    if (const auto* task = dynamic_cast<const task::Task*>(object)) {
+        found.ids = task->getPaths();
+        for (const sdf::ModelType kind :
+             {sdf::ModelType::ToolData, sdf::ModelType::WObjData, sdf::ModelType::JointTargetData})
+            for (const auto& item : task->getDataItems())
+                if (item->asType(kind))
+                    found.ids.push_back(item->getId());
+        found.robot = task->getManipulatorId();
+    } else if (const auto* operation = dynamic_cast<const task::Operation*>(object)) {
+        std::vector<sdf::SdfObject*> members;
+        operation->getMembers(members);
+        for (const sdf::SdfObject* member : members)
+            found.ids.push_back(member->getId());
+    }
+    return found;
+}
+
+} // namespace
 
 void Scene::setVisualSelected(unsigned id)
 {
     clearHighlightedVisual();
     clearSelections();
-    addRenderTask([this, id] { doSelectVisual(id); }, 0);
+    addRenderTask(
+        [this, id] {
+            doSelectVisual(id);
+            setBorderHighlightEnabled(true); // nothing switches it off again: that is the application's to decide
+        },
+        0);
 }
 
 void Scene::setVisualSelected(Visual* visual)
@@ -34,7 +77,14 @@ void Scene::setVisualsSelected(const std::vector<unsigned>& ids)
 
 void Scene::doSelectVisual(unsigned id)
 {
-    if (!HasVisual(id))
+    // An object without a visual of its own may stand for others, and a task in the end for its robot.
+    while (id != 0 && !HasVisual(id)) {
+        const StandsFor others = whatStandsFor(id);
+        for (const unsigned other : others.ids)
+            doSelectVisual(other);
+        id = others.robot;
+    }
+    if (id == 0)
         return;
     Visual* visual = GetVisual(id);
     selectedVisuals.push_back(id);

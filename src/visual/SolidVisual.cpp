@@ -5,6 +5,7 @@
 #include "platform/geometry/ColorText.h"
 #include "scene/core/SceneCore.h"
 #include "visual/Picking.h"
+#include "visual/WireFrameVisual.h"
 
 #include <Ogre.h>
 #include <TopExp.hxx>
@@ -66,17 +67,19 @@ void SolidVisual::Build(Visual* parent, sdf::SdfNode* node, const TopoDS_Shape& 
 {
     auto* visual = new SolidVisual(node, shape, parent);
     visual->load(true);
-    if (!visual->entity) {
+    if (visual->entity) {
+        const std::shared_ptr<sdf::Element> element = node->getElement();
+        std::string base = sdf::textAt(*element, "visual/material/name");
+        if (base.empty())
+            base = "Body";
+        visual->setMaterial(base, base + "Selected", base + "Highlighted");
+        const std::shared_ptr<sdf::Element> owner = element->getParent();
+        picking::addShape(shape, visual, owner && sdf::boolAt(*owner, "detectable"));
+    } else {
         std::cout << "no mesh: " << visual->getName() << std::endl;
-        return;
     }
-    const std::shared_ptr<sdf::Element> element = node->getElement();
-    std::string base = sdf::textAt(*element, "visual/material/name");
-    if (base.empty())
-        base = "Body";
-    visual->setMaterial(base, base + "Selected", base + "Highlighted");
-    const std::shared_ptr<sdf::Element> owner = element->getParent();
-    picking::addShape(shape, visual, owner && sdf::boolAt(*owner, "detectable"));
+    // Last: the material names of the solid are not those of its edges.
+    WireFrameVisual::Build(visual, shape);
 }
 
 void SolidVisual::Build(Visual* parent, const TopoDS_Shape& shape, const std::string& base, const std::string& selected,
@@ -84,10 +87,11 @@ void SolidVisual::Build(Visual* parent, const TopoDS_Shape& shape, const std::st
 {
     auto* visual = new SolidVisual(shape, parent);
     visual->load(false);
-    if (!visual->entity)
-        return;
-    visual->setMaterial(base, selected, highlighted);
-    picking::addShape(shape, visual, false);
+    if (visual->entity) {
+        visual->setMaterial(base, selected, highlighted);
+        picking::addShape(shape, visual, false);
+    }
+    WireFrameVisual::Build(visual, shape);
 }
 
 void SolidVisual::load(bool withModelColors)

@@ -31,9 +31,9 @@ public:
 
     /// A solid that cannot be picked, of one material in every state, red unless the material says otherwise.
     static SolidVisual* Build(Visual* parent, const TopoDS_Shape& shape, const std::string& material);
-    /// A body of the station, in the model's colours and material. It can be picked.
+    /// A body of the station, in the model's colours and material, with its edges. It can be picked.
     static void Build(Visual* parent, sdf::SdfNode* node, const TopoDS_Shape& shape);
-    /// A solid that can be picked, with three materials.
+    /// A solid that can be picked, with three materials and its edges.
     static void Build(Visual* parent, const TopoDS_Shape& shape, const std::string& base, const std::string& selected,
                       const std::string& highlighted);
 

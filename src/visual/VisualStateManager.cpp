@@ -65,6 +65,15 @@ bool VisualStateManager::hasEntry(const Visual* visual) const
     return entries.contains(visual);
 }
 
+std::vector<const Visual*> VisualStateManager::visualsWithLayers() const
+{
+    std::vector<const Visual*> found;
+    found.reserve(entries.size());
+    for (const auto& [visual, entry] : entries)
+        found.push_back(visual);
+    return found;
+}
+
 VisualStateLayer VisualStateManager::pickTopLayer(unsigned mask)
 {
     for (const VisualStateLayer layer : priority)

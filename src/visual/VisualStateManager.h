@@ -4,6 +4,7 @@
 
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 namespace vrk::visual {
 
@@ -43,6 +44,8 @@ public:
     void remove(Visual* visual);
     /// Whether the visual has an entry: it has none before its first layer and after its last.
     bool hasEntry(const Visual* visual) const;
+    /// In no order.
+    std::vector<const Visual*> visualsWithLayers() const;
 
 private:
     struct Entry {

@@ -5,6 +5,7 @@
 #include "scene/core/SceneCore.h"
 #include "selection/VisualSelection.h"
 #include "support/SceneFixture.h"
+#include "visual/FrameVisual.h"
 #include "visual/SolidVisual.h"
 
 #include <Ogre.h>
@@ -93,7 +94,8 @@ TEST_F(SceneTest, TemporaryVisualIsKnownAtOnceAndRemovedByAPost)
     scene.removeTempVisual(id);
     drain();
 
-    EXPECT_TRUE(world->getChildren().begin() == world->getChildren().end());
+    EXPECT_THAT(std::vector<Visual*>(world->getChildren().begin(), world->getChildren().end()),
+                testing::UnorderedElementsAre(gridVisual(), worldFrame));
 }
 
 TEST_F(SceneTest, RemovingAnUnknownTemporaryVisualFailsOnTheRenderThread)

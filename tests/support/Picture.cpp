@@ -20,6 +20,16 @@ int difference(const Pixel& a, const Pixel& b)
     return std::max({std::abs(a.r - b.r), std::abs(a.g - b.g), std::abs(a.b - b.b)});
 }
 
+int largestDifference(const Picture& a, const Picture& b)
+{
+    if (a.width != b.width || a.height != b.height)
+        throw std::invalid_argument("the pictures have different sizes");
+    int largest = 0;
+    for (std::size_t i = 0; i < a.rgb.size(); ++i)
+        largest = std::max(largest, std::abs(int{a.rgb[i]} - int{b.rgb[i]}));
+    return largest;
+}
+
 testing::AssertionResult isNear(const Pixel& actual, const Pixel& expected, int tolerance)
 {
     if (difference(actual, expected) <= tolerance)

@@ -26,6 +26,8 @@ struct Picture {
 
 /// The largest difference of a channel.
 int difference(const Pixel& a, const Pixel& b);
+/// The same over all pixels of two pictures of one size.
+int largestDifference(const Picture& a, const Picture& b);
 testing::AssertionResult isNear(const Pixel& actual, const Pixel& expected, int tolerance = 12);
 
 Picture readPng(const std::filesystem::path& file);

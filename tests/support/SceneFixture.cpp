@@ -6,9 +6,10 @@
 #include "platform/sdf/SdfManager.h"
 #include "scene/Init.h"
 #include "selection/VisualSelection.h"
+#include "view/AxesCross.h"
 #include "view/Camera.h"
 #include "view/OffscreenTarget.h"
-#include "visual/Visual.h"
+#include "visual/FrameVisual.h"
 
 #include <BRepMesh_IncrementalMesh.hxx>
 #include <BRepPrimAPI_MakeBox.hxx>
@@ -24,6 +25,15 @@ visual::Scene& startedScene()
         visual::Init(64, 64, testSettings());
     }
     return *visual::Scene::Get();
+}
+
+/// The frame of the world, which the scene makes at its start and keeps through all tests.
+visual::FrameVisual* startedWorldFrame()
+{
+    for (visual::Visual* child : visual::Scene::GetWorldVisual()->getChildren())
+        if (child->getType() == VisualType::Frame)
+            return dynamic_cast<visual::FrameVisual*>(child);
+    return nullptr;
 }
 
 } // namespace
@@ -54,8 +64,12 @@ visual::SceneSettings testSettings()
 }
 
 SceneFixture::SceneFixture()
-    : scene(startedScene()), sceneManager(visual::Scene::GetSceneManager()), world(visual::Scene::GetWorldVisual())
+    : scene(startedScene()), sceneManager(visual::Scene::GetSceneManager()), world(visual::Scene::GetWorldVisual()),
+      worldFrame(startedWorldFrame())
 {
+    showGrid(false);
+    showCornerAxes(false);
+    worldFrame->setVisible(false, false);
 }
 
 SceneFixture::~SceneFixture()
@@ -66,13 +80,38 @@ SceneFixture::~SceneFixture()
     } catch (const std::exception& failure) {
         ADD_FAILURE() << "a task left in the queue failed: " << failure.what();
     }
-    scene.clearHighlightedFace();
-    scene.clearSelectedFaces();
+    scene.clearHighlightedVisual();
+    scene.clearSelections();
     drain();
-    while (world->getChildren().begin() != world->getChildren().end())
-        scene.deleteVisual(*world->getChildren().begin());
+    std::vector<visual::Visual*> made(world->getChildren().begin(), world->getChildren().end());
+    std::erase(made, worldFrame);
+    std::erase(made, gridVisual());
+    for (visual::Visual* visual : made)
+        scene.deleteVisual(visual);
+    worldFrame->setVisible(true, false); // a hidden frame would keep the size that it shows
+    scene.setFrameSize(static_cast<unsigned>(testSettings().worldFrameSize), VisualType::Frame);
+    drain();
+    worldFrame->resetAppearance();
     layout::Layout::inst().clear();
     sdf::SdfManager::inst().clear();
+}
+
+visual::Visual* SceneFixture::gridVisual() const
+{
+    for (visual::Visual* child : world->getChildren())
+        if (child->getName().starts_with("Grid"))
+            return child;
+    return nullptr;
+}
+
+void SceneFixture::showGrid(bool show)
+{
+    gridVisual()->setVisible(show, false);
+}
+
+void SceneFixture::showCornerAxes(bool show)
+{
+    visual::Camera::Get()->axesCross().setShown(show);
 }
 
 View lookingAtOrigin(float distance)

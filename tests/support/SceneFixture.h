@@ -18,12 +18,17 @@ namespace vrk::layout {
 class Body;
 }
 
+namespace vrk::visual {
+class FrameVisual;
+}
+
 namespace vrk::test {
 
 /// The settings of a test scene: z up, everything of robot programs drawn.
 visual::SceneSettings testSettings();
 
-/// Starts the library once a process, under one window. Each test begins and ends with an empty scene and an empty model.
+/// Starts the library once a process, under one window. Each test begins and ends with an empty scene, in which grid,
+/// corner axes and the frame of the world are hidden, and an empty model.
 class SceneFixture : public testing::Test {
 protected:
     SceneFixture();
@@ -31,10 +36,15 @@ protected:
 
     /// Runs what was posted.
     void drain() { scene.processMsgs(); }
+    /// The visual of the grid, which the scene keeps through all tests.
+    visual::Visual* gridVisual() const;
+    void showGrid(bool show);
+    void showCornerAxes(bool show);
 
     visual::Scene& scene;
     Ogre::SceneManager* sceneManager;
     visual::Visual* world;
+    visual::FrameVisual* worldFrame; ///< stays through all tests
 };
 
 /// Where the camera of a test picture stands.

@@ -2,6 +2,7 @@
 #include "scene/core/SceneCore.h"
 #include "support/SceneFixture.h"
 #include "view/Camera.h"
+#include "visual/FrameVisual.h"
 #include "visual/SolidVisual.h"
 
 #include <cmath>
@@ -155,8 +156,7 @@ TEST_F(ViewPoses, FocusFillsTheViewWithTheBodiesBelow)
 
 TEST_F(ViewPoses, SmallThingsAreLeftAtTwiceTheDistance)
 {
-    auto* frame = new Visual(world);
-    frame->setType(VisualType::Frame);
+    auto* frame = new FrameVisual(world, 100.0f);
     SceneCore::Get()->visuals.enter(frame);
     addBox(100, {0, 0, 0}, frame); // gives its node a box
 

@@ -91,9 +91,9 @@ TEST_F(PointPicture, CloudWithNormalsIsLit)
 
 TEST_F(PointPicture, NormalsMayPointEitherWay)
 {
-    addCloud(scan, true);
+    PointCloudVisual* first = addCloud(scan, true);
     const Picture outwards = render(overBall);
-    scene.deleteVisual(*world->getChildren().begin());
+    scene.deleteVisual(first);
     test::Scan turned = scan;
     for (rob::Vec3f& normal : turned.normals)
         normal = -normal;

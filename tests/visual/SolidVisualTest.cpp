@@ -109,7 +109,11 @@ TEST_F(SolidVisualTest, BareShapeWithThreeMaterialsCanBePicked)
 {
     SolidVisual::Build(world, test::meshedBox(1, 1, 1), "Body", "BodySelected", "BodyHighlighted");
 
-    auto* solid = static_cast<SolidVisual*>(*world->getChildren().begin());
+    const VisualChildren children = world->getChildren();
+    Visual* last = nullptr;
+    for (Visual* child : children)
+        last = child;
+    auto* solid = static_cast<SolidVisual*>(last);
     EXPECT_TRUE(picking.hasVisual(solid));
     EXPECT_FALSE(picking.isDetectable(solid));
     solid->setHighlighted();

@@ -2,6 +2,7 @@
 
 #include "platform/common/Export.h"
 
+#include <optional>
 #include <stdexcept>
 #include <string_view>
 
@@ -34,5 +35,11 @@ auto& checkedSubscript(Vector& vector, std::size_t index)
 /// @throws std::invalid_argument "invalid stoi argument" where there is no digit.
 /// @throws std::out_of_range of std::string::substr where `text` is shorter than `position`.
 VRK_EXPORT int hexByte(std::string_view text, std::size_t position);
+
+/// An optional without a value was asked for it.
+class VRK_EXPORT BadOptionalAccess : public std::bad_optional_access {
+public:
+    const char* what() const noexcept override { return "Bad optional access"; }
+};
 
 } // namespace vrk::common

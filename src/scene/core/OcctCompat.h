@@ -3,6 +3,7 @@
 #include "scene/math/Pose.h"
 
 #include <Standard_Handle.hxx>
+#include <gp_Pnt.hxx>
 #include <gp_Quaternion.hxx>
 #include <gp_Trsf.hxx>
 
@@ -21,6 +22,11 @@ inline PoseTemplate<float> GP_Trsf2Posef(const gp_Trsf& trsf)
                                            static_cast<float>(q.Y()), static_cast<float>(q.Z()));
     return {PosTemplate<float>(static_cast<float>(t.X()), static_cast<float>(t.Y()), static_cast<float>(t.Z())),
             rotation};
+}
+
+inline PosTemplate<float> toPosf(const gp_Pnt& p)
+{
+    return {static_cast<float>(p.X()), static_cast<float>(p.Y()), static_cast<float>(p.Z())};
 }
 
 inline gp_Trsf toTrsf(const PoseTemplate<double>& pose)

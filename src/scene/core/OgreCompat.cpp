@@ -50,4 +50,13 @@ std::string freeObjectName(Ogre::SceneManager& manager, const std::string& wante
     return freeName(wanted, [&](const std::string& name) { return manager.hasMovableObject(name, type); });
 }
 
+Ogre::MaterialPtr materialByName(const std::string& name)
+{
+    Ogre::MaterialPtr material = Ogre::MaterialManager::getSingleton().getByName(
+        name, Ogre::ResourceGroupManager::AUTODETECT_RESOURCE_GROUP_NAME);
+    if (!material)
+        OGRE_EXCEPT(Ogre::Exception::ERR_ITEM_NOT_FOUND, "There is no material " + name, "materialByName");
+    return material;
+}
+
 } // namespace vrk::visual

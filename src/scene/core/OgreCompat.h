@@ -5,6 +5,7 @@
 #include "selection/geometry/Box.h"
 
 #include <OgreAxisAlignedBox.h>
+#include <OgrePrerequisites.h>
 #include <OgreQuaternion.h>
 #include <OgreVector.h>
 
@@ -66,5 +67,9 @@ Ogre::SceneNode* createChildNode(Ogre::SceneNode& parent, const std::string& wan
 Ogre::SceneNode* createLooseNode(Ogre::SceneManager& manager, const std::string& wanted);
 /// `wanted`, or with "#" and a number behind it if the scene has a movable object of that type and name already.
 std::string freeObjectName(Ogre::SceneManager& manager, const std::string& wanted, const std::string& type);
+
+/// The material of this name, of whichever group. OGRE itself would go on with null, and crash on it.
+/// @throws Ogre::ItemIdentityException (ERR_ITEM_NOT_FOUND) if there is none.
+Ogre::MaterialPtr materialByName(const std::string& name);
 
 } // namespace vrk::visual

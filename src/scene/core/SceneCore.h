@@ -1,5 +1,6 @@
 #pragma once
 
+#include "scene/core/InstanceManagers.h"
 #include "scene/core/RenderTaskQueue.h"
 #include "scene/core/SceneSettings.h"
 #include "scene/core/VisualRegistry.h"
@@ -16,6 +17,8 @@ namespace vrk::visual {
 class VisualStateManager;
 
 /// What everything below the scene needs of it: the queue, the registry, the settings and OGRE's scene manager.
+/// What everything below the scene needs of it: the queue, the registry, the settings, OGRE's scene manager and
+/// its managers of instances.
 ///
 /// Owner: the `Scene`, which is built around it. Thread: as its members say.
 class VRK_EXPORT SceneCore {
@@ -34,7 +37,8 @@ public:
     RenderTaskQueue queue;
     VisualRegistry visuals;
     const std::unique_ptr<VisualStateManager> states; ///< the looks of visuals that are selected, highlighted, ...
-    Visual* worldVisual = nullptr;                    ///< root of the tree, never deleted
+    InstanceManagers instanceManagers;
+    Visual* worldVisual = nullptr; ///< root of the tree, never deleted
 };
 
 } // namespace vrk::visual

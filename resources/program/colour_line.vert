@@ -1,0 +1,24 @@
+#version 330 core
+// Ends of lines, each with a colour. INSTANCED: the place of an instance comes as the three rows of its matrix.
+
+in vec4 vertex;
+in vec4 colour;
+#ifdef INSTANCED
+in vec4 uv0;
+in vec4 uv1;
+in vec4 uv2;
+#endif
+
+uniform mat4 transform;
+
+out vec4 endColour;
+
+void main()
+{
+#ifdef INSTANCED
+    gl_Position = transform * vec4(dot(uv0, vertex), dot(uv1, vertex), dot(uv2, vertex), 1.0);
+#else
+    gl_Position = transform * vertex;
+#endif
+    endColour = vec4(colour.rgb, 1.0);
+}

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+namespace Ogre {
+class ManualObject;
+}
+
+namespace vrk::visual {
+
+class SceneCore;
+class Visual;
+
+/// The floor: square cells of lines around the origin, in the plane across the up axis.
+///
+/// Owner: the scene. The grid owns its visual, which hangs under the world. Thread: render thread. Units: model units.
+class Grid {
+public:
+    Grid(SceneCore& core, unsigned cellCount, unsigned cellLength);
+    ~Grid();
+    Grid(const Grid&) = delete;
+    Grid& operator=(const Grid&) = delete;
+
+    unsigned getCellCount() const { return cellCount; }
+    unsigned getCellLength() const { return cellLength; }
+    /// Lays the grid across the axis: 0 for x, 1 for y, 2 for z. Any other value leaves it as it lies.
+    void orient(int normalDir);
+
+private:
+    void draw();
+
+    std::string name = "Grid";
+    SceneCore& core;
+    unsigned cellCount;
+    unsigned cellLength;
+    float height = 0;
+    std::unique_ptr<Visual> visual;
+    Ogre::ManualObject* lines;
+};
+
+} // namespace vrk::visual

@@ -1,0 +1,254 @@
+#include "scene/Scene.h"
+
+#include "platform/layout/Assembly.h"
+#include "platform/layout/Body.h"
+#include "platform/layout/Frame.h"
+#include "platform/layout/Layout.h"
+#include "platform/layout/Mechanism.h"
+#include "platform/layout/Part.h"
+#include "platform/layout/PointCloud.h"
+#include "platform/sdf/SdfManager.h"
+#include "platform/smart/SmartComponent.h"
+#include "platform/task/DataItem.h"
+#include "platform/task/Task.h"
+#include "station/AssemblyVisual.h"
+#include "station/ManipulatorVisual.h"
+#include "station/ParentVisual.h"
+#include "station/PartVisual.h"
+#include "station/TcpTraceVisual.h"
+#include "station/TcpVisual.h"
+#include "station/ToolVisual.h"
+#include "station/WObjVisual.h"
+#include "view/Camera.h"
+#include "visual/FrameVisual.h"
+#include "visual/PointCloudVisual.h"
+
+#include <shared_mutex>
+
+namespace vrk::visual {
+namespace {
+
+constexpr double noViewPoint = 1e-5; // squared length: a saved view so near the origin, and unturned, is none
+
+/// Calls `call` with each object of the list that stands by itself; the others are built by who owns them.
+template <typename List, typename Call>
+void forStandalone(const List& list, const Call& call)
+{
+    for (const auto& object : list)
+        if (object->isStandalone())
+            call(resolveParent(*object), object.get());
+}
+
+void restoreView(const rob::PoseTemplate<double>& pose)
+{
+    const bool none =
+        pose.position.squaredLength() < noViewPoint && pose.rotation().isApprox(rob::RotationTemplate<double>());
+    if (none)
+        return;
+    const rob::PoseTemplate<float> narrowed(pose);
+    Camera::Get()->setWorldPosition(narrowed.position);
+    Camera::Get()->setWorldRotation(narrowed.rotation());
+}
+
+/// The object of that id, kept alive while it is used.
+std::shared_ptr<sdf::SdfObject> shared(unsigned id)
+{
+    sdf::SdfManager& model = sdf::SdfManager::inst();
+    const std::shared_lock lock(model.mutex());
+    return model.share(id);
+}
+
+} // namespace
+
+void Scene::LoadStation()
+{
+    Scene* scene = Get();
+    scene->addRenderTask([scene] { scene->doLoadStation(); }, 0);
+    const std::vector<unsigned> hidden = layout::Layout::inst().visibilities;
+    for (const unsigned id : hidden)
+        scene->setVisualVisible(id, false);
+}
+
+void Scene::doLoadStation()
+{
+    // Whoever carries others comes first.
+    loadMechanisms();
+    loadStandalone();
+    const layout::Layout& station = layout::Layout::inst();
+    std::vector<smartcomp::SmartComponent*> components;
+    std::vector<unsigned> tasks;
+    {
+        const std::shared_lock lock(sdf::SdfManager::inst().mutex());
+        components = smartcomp::GetAllSmartComponents();
+        for (const task::Task* task : task::GetAllTasks())
+            tasks.push_back(task->getId());
+    }
+    for (smartcomp::SmartComponent* component : components)
+        if (component->isTopLevel())
+            doBuildVisual(component);
+    for (const unsigned id : tasks)
+        buildTask(id);
+    restoreView(station.lastViewPointPose);
+    for (const layout::Attachment& attachment : station.attachments)
+        doAddAttachment(attachment.child, attachment.parent, attachment.pose);
+    drainLoadTasks();
+}
+
+void Scene::loadMechanisms()
+{
+    for (const auto& manipulator : layout::Layout::inst().manipulators) {
+        ManipulatorVisual::Build(resolveParent(*manipulator), manipulator.get(), true);
+        const layout::Frame& taskFrame = *manipulator->getControllerTaskFrame();
+        FrameVisual::Build(GetWorldVisual(), taskFrame.getId(), rob::PoseTemplate<float>(taskFrame.getPose()));
+    }
+}
+
+void Scene::loadStandalone()
+{
+    const layout::Layout& station = layout::Layout::inst();
+    forStandalone(station.assemblies, [](Visual* parent, sdf::SdfNode* node) { AssemblyVisual::Build(parent, node); });
+    forStandalone(station.parts, [](Visual* parent, sdf::SdfNode* node) { PartVisual::Build(parent, node); });
+    forStandalone(station.pointclouds,
+                  [](Visual* parent, sdf::SdfNode* node) { PointCloudVisual::Build(parent, node); });
+    forStandalone(station.tools, [](Visual* parent, sdf::SdfNode* node) { ToolVisual::Build(parent, node, true); });
+    forStandalone(station.devices, [](Visual* parent, sdf::SdfNode* node) { DeviceVisual::Build(parent, node, true); });
+    for (const auto& frame : station.frames)
+        FrameVisual::Build(resolveParent(*frame), frame.get());
+}
+
+void Scene::drainLoadTasks()
+{
+    // As with posted tasks: one that throws takes the rest along, and the next load starts anew.
+    std::deque<std::function<void()>> batch;
+    batch.swap(loadTasks);
+    while (!batch.empty()) {
+        batch.front()();
+        batch.front() = nullptr;
+        batch.pop_front();
+    }
+}
+
+void Scene::addAssembly(sdf::SdfNode* assembly)
+{
+    addRenderTask([assembly] { AssemblyVisual::Build(resolveParent(*assembly), assembly); }, 0);
+}
+
+void Scene::addPart(sdf::SdfNode* part)
+{
+    addRenderTask([part] { PartVisual::Build(resolveParent(*part), part); }, 0);
+}
+
+void Scene::addBody(sdf::SdfNode* part, sdf::SdfNode* body)
+{
+    addRenderTask(
+        [part, body] {
+            auto* known = dynamic_cast<layout::Body*>(body);
+            if (known && HasVisual(part->getId()))
+                PartVisual::BuildBody(GetVisual(part->getId()), *known);
+        },
+        0);
+}
+
+void Scene::addMechanism(sdf::SdfNode* mechanism, bool withChildren)
+{
+    addRenderTask(
+        [mechanism, withChildren] {
+            Visual* parent = resolveParent(*mechanism);
+            switch (mechanism->getModelType()) {
+            case sdf::ModelType::Manipulator:
+                ManipulatorVisual::Build(parent, mechanism, withChildren);
+                break;
+            case sdf::ModelType::Tool:
+                ToolVisual::Build(parent, mechanism, withChildren);
+                break;
+            case sdf::ModelType::Device:
+                DeviceVisual::Build(parent, mechanism, withChildren);
+                break;
+            default:
+                break;
+            }
+        },
+        0);
+}
+
+void Scene::addFrame(sdf::SdfNode* frame)
+{
+    addRenderTask(
+        [frame] {
+            const unsigned parent = frame->getParentId();
+            FrameVisual::Build(isWorldId(parent) ? GetWorldVisual() : GetVisual(parent), frame);
+        },
+        0);
+}
+
+void Scene::addWObj(sdf::SdfNode* workObject)
+{
+    addRenderTask([workObject] { WObjVisual::Build(resolveParent(*workObject), workObject); }, 0);
+}
+
+void Scene::addPointCloud(sdf::SdfNode* cloud)
+{
+    addRenderTask([cloud] { PointCloudVisual::Build(GetWorldVisual(), cloud); }, 0);
+}
+
+void Scene::buildVisual(smartcomp::SmartComponent* component)
+{
+    addRenderTask([this, component] { doBuildVisual(component); }, 0);
+}
+
+void Scene::doBuildVisual(smartcomp::SmartComponent* component)
+{
+    if (component->hasVisual())
+        smartcomp::BuildVisual(component, resolveParent(*component));
+}
+
+void Scene::addToolData(unsigned id)
+{
+    addRenderTask([this, id] { doAddToolData(id); }, 0);
+}
+
+void Scene::doAddToolData(unsigned id)
+{
+    if (const std::shared_ptr<sdf::SdfObject> toolData = shared(id))
+        TcpVisual::Build(GetVisual(toolData->getParentId()), *toolData);
+}
+
+void Scene::updateToolData(unsigned id)
+{
+    addRenderTask(
+        [this, id] {
+            doRemoveVisual(id);
+            doAddToolData(id);
+        },
+        0);
+}
+
+void Scene::updateWObj(unsigned id)
+{
+    addRenderTask([id] { GetVisual(id)->update(); }, 0);
+}
+
+void Scene::clearTcpTrace()
+{
+    addRenderTask(
+        [this] {
+            if (tcpTrace)
+                deleteVisual(tcpTrace);
+        },
+        0);
+}
+
+void Scene::buildTask(unsigned id)
+{
+    const std::shared_ptr<sdf::SdfObject> object = shared(id);
+    const auto* task = dynamic_cast<task::Task*>(object.get());
+    if (!task)
+        return;
+    for (const auto& item : task->getDataItems())
+        if (item->asType(sdf::ModelType::WObjData))
+            WObjVisual::Build(resolveParent(*item), item.get());
+        else if (item->asType(sdf::ModelType::ToolData))
+            doAddToolData(item->getId());
+}
+
+} // namespace vrk::visual

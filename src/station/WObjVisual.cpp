@@ -1,0 +1,77 @@
+#include "station/WObjVisual.h"
+
+#include "platform/sdf/SdfManager.h"
+#include "platform/task/DataItem.h"
+#include "scene/core/SceneCore.h"
+#include "station/ParentVisual.h"
+#include "visual/FrameVisual.h"
+#include "visual/Picking.h"
+
+namespace vrk::visual {
+namespace {
+
+/// Unlike other owners, that of a work object must have a visual, unless it is the world.
+Visual* ownerVisual(const task::WObjDataItem& item)
+{
+    const unsigned owner = item.getParentId();
+    Visual* found = resolveParent(owner);
+    return found == SceneCore::Get()->worldVisual && !isWorldId(owner) ? SceneCore::Get()->visuals.get(owner) : found;
+}
+
+} // namespace
+
+WObjVisual::WObjVisual(Visual* parent, task::WObjDataItem& item)
+    : Visual(item.getId(), "__WOBJ_" + std::to_string(item.getId()), parent), item(&item)
+{
+    type = VisualType::WObj;
+    anchored = true;
+    SceneCore::Get()->visuals.enter(this);
+    const std::string label = std::to_string(item.getId());
+    userFrame = new FrameVisual(this, sdf::SdfManager::GenerateTransientId(), "uframe" + label, VisualType::UserFrame);
+    objectFrame = new FrameVisual(userFrame, item.getObjectFrame()->getId(), "oframe" + label, VisualType::ObjectFrame);
+    SceneCore::Get()->visuals.enter(objectFrame);
+    if (item.hasFixedUFrame())
+        setPose(rob::PoseTemplate<float>(item.getPose()));
+    placeObjectFrame();
+}
+
+void WObjVisual::Build(Visual* parent, sdf::SdfNode* node)
+{
+    const auto* visual = new WObjVisual(parent, dynamic_cast<task::WObjDataItem&>(*node));
+    picking::addLineVisual(visual->userFrame);
+    picking::addLineVisual(visual->objectFrame);
+}
+
+void WObjVisual::placeObjectFrame()
+{
+    objectFrame->setPose(rob::PoseTemplate<float>(item->getObjectFrame()->getPose()));
+}
+
+void WObjVisual::update()
+{
+    attachTo(ownerVisual(*item));
+    setPose(rob::PoseTemplate<float>(item->getPose()));
+    placeObjectFrame();
+    picking::markDirty(userFrame);
+    picking::markDirty(objectFrame);
+}
+
+void WObjVisual::resetAppearance()
+{
+    userFrame->resetAppearance();
+    objectFrame->resetAppearance();
+}
+
+void WObjVisual::setSelected()
+{
+    userFrame->setSelected();
+    objectFrame->setSelected();
+}
+
+void WObjVisual::setHighlighted()
+{
+    userFrame->setHighlighted();
+    objectFrame->setHighlighted();
+}
+
+} // namespace vrk::visual

@@ -1,0 +1,68 @@
+#include "visual/DynamicLines.h"
+
+#include "scene/core/OgreCompat.h"
+
+#include <Ogre.h>
+
+#include <cstring>
+
+namespace vrk::visual {
+
+DynamicLines::DynamicLines(RenderOpType type)
+{
+    initialize(type, false);
+}
+
+void DynamicLines::createVertexDeclaration()
+{
+    mRenderOp.vertexData->vertexDeclaration->addElement(0, 0, Ogre::VET_FLOAT3, Ogre::VES_POSITION);
+}
+
+void DynamicLines::addPoint(float x, float y, float z)
+{
+    points.emplace_back(x, y, z);
+    dirty = true;
+}
+
+void DynamicLines::setPoint(unsigned index, const rob::Vec3Template<float>& point)
+{
+    points[index] = rob::PosTemplate<float>(point);
+    dirty = true;
+}
+
+void DynamicLines::clear()
+{
+    points.clear();
+    dirty = true;
+}
+
+void DynamicLines::update()
+{
+    if (dirty && points.size() >= 2)
+        fillVertexBuffer();
+}
+
+void DynamicLines::fillVertexBuffer()
+{
+    prepareVertexBuffer(points.size());
+    {
+        const Ogre::HardwareBufferLockGuard lock(mRenderOp.vertexData->vertexBufferBinding->getBuffer(0),
+                                                 Ogre::HardwareBuffer::HBL_NORMAL);
+        std::memcpy(lock.pData, points.data(), points.size() * sizeof(points.front()));
+    }
+    Box exact;
+    Box drawn; // OGRE takes no box with a corner that is no number
+    for (const rob::PosTemplate<float>& point : points) {
+        exact.addPoint(point);
+        if (point.isFinite())
+            drawn.addPoint(point);
+    }
+    mBox.merge(toOgre(drawn));
+    if (Ogre::SceneNode* node = getParentSceneNode())
+        node->needUpdate(false);
+    bounds = exact;
+    bounds.expand();
+    dirty = false;
+}
+
+} // namespace vrk::visual

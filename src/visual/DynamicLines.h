@@ -1,0 +1,45 @@
+#pragma once
+
+#include "scene/math/Vec.h"
+#include "selection/geometry/Box.h"
+#include "visual/DynamicRenderable.h"
+
+#include <vector>
+
+namespace vrk::visual {
+
+/// Points, segments or a strip through a list of points, and the vertex buffer that follows it.
+///
+/// Owner: the visual that makes it. Thread: render thread. Units: model units, in the frame of its node.
+///
+/// Editing touches only the list; `update` brings it to the GPU. There are positions and nothing else: the colour is that
+/// of the material.
+class VRK_EXPORT DynamicLines : public DynamicRenderable {
+public:
+    explicit DynamicLines(RenderOpType type);
+
+    void addPoint(float x, float y, float z);
+    /// Unchecked: the point must have been added.
+    void setPoint(unsigned index, const rob::Vec3Template<float>& point);
+    /// Forgets all points. What is drawn stays until an `update` with at least two new ones.
+    void clear();
+    /// Fills the buffer if a point changed. With fewer than two points nothing is done: they wait for a later call.
+    void update();
+
+    const std::vector<rob::PosTemplate<float>>& getPoints() const { return points; }
+    /// The box of what is drawn, one unit wider on each side. OGRE's own box, by which lines are culled, only ever grows.
+    const Box& getBounds() const { return bounds; }
+    bool isDirty() const { return dirty; }
+
+protected:
+    void createVertexDeclaration() override;
+
+private:
+    void fillVertexBuffer();
+
+    Box bounds;
+    std::vector<rob::PosTemplate<float>> points;
+    bool dirty = true;
+};
+
+} // namespace vrk::visual

@@ -1,0 +1,69 @@
+#include "visual/EdgeVisual.h"
+
+#include "platform/sdf/SdfManager.h"
+#include "scene/core/OcctCompat.h"
+#include "visual/ArrowVisual.h"
+#include "visual/DynamicLines.h"
+
+#include <BRep_Tool.hxx>
+#include <Poly_Polygon3D.hxx>
+#include <TopLoc_Location.hxx>
+
+#include <utility>
+
+namespace vrk::visual {
+
+EdgeVisual::EdgeVisual(unsigned id, const std::string& name, Visual* parent, const TopoDS_Edge& edge, EdgeOrigin origin)
+    : Visual(id, name, parent), lines(std::make_unique<DynamicLines>(RenderOpType::LineStrip)), edge(edge)
+{
+    type = origin == EdgeOrigin::Generated ? VisualType::GeneratedEdge : VisualType::Edge;
+    attachObject(lines.get());
+}
+
+EdgeVisual::~EdgeVisual() = default;
+
+std::optional<EdgeVisual*> EdgeVisual::Build(Visual* parent, const std::string& prefix, const TopoDS_Edge& edge,
+                                             const EdgeMaterials& materials, EdgeOrigin origin)
+{
+    if (edge.IsNull())
+        return std::nullopt;
+    TopLoc_Location location;
+    const Handle(Poly_Polygon3D) polygon = BRep_Tool::Polygon3D(edge, location);
+    if (polygon.IsNull())
+        return std::nullopt;
+    const unsigned id = sdf::SdfManager::GenerateTransientId();
+    auto* visual = new EdgeVisual(id, prefix + std::to_string(id), parent, edge, origin);
+    visual->setMaterial(materials.normal, materials.selected, materials.highlighted);
+    if (!location.IsIdentity())
+        visual->setPose(rob::GP_Trsf2Posef(location.Transformation()));
+    for (const gp_Pnt& node : polygon->Nodes()) {
+        const rob::PosTemplate<float> point = rob::toPosf(node);
+        if (point.isFinite())
+            visual->lines->addPoint(point.x, point.y, point.z);
+    }
+    visual->update();
+    return visual;
+}
+
+void EdgeVisual::addArrow(bool forward)
+{
+    const TopAbs_Orientation orientation = edge.Orientation();
+    const bool atEnd = (forward && orientation == TopAbs_FORWARD) || (!forward && orientation == TopAbs_REVERSED);
+    const ArrowPlace place = arrowPlaceOn(edge, atEnd);
+    // The place lies in the parent's frame; the arrow is a child of this visual, whose pose is the edge's location.
+    const rob::PoseTemplate<float> toLocal = getPose().inverse();
+    arrow = MeshVisual::BuildArrow(this, toLocal * place.position, toLocal * place.direction);
+}
+
+void EdgeVisual::clearArrow()
+{
+    if (arrow)
+        Delete(std::exchange(arrow, nullptr));
+}
+
+void EdgeVisual::update()
+{
+    lines->update();
+}
+
+} // namespace vrk::visual

@@ -1,0 +1,174 @@
+#include "visual/FrameVisual.h"
+
+#include "platform/sdf/SdfObject.h"
+#include "scene/core/OgreCompat.h"
+#include "scene/core/SceneCore.h"
+#include "visual/DynamicLines.h"
+#include "visual/Picking.h"
+
+#include <Ogre.h>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace vrk::visual {
+namespace {
+
+// A dash is to the gap behind it as the golden section is.
+constexpr double dashPerGap = 1.618;
+constexpr double periodPerGap = 1.0 + dashPerGap;
+
+const rob::DirTemplate<float> axisX(1, 0, 0);
+const rob::DirTemplate<float> axisY(0, 1, 0);
+const rob::DirTemplate<float> axisZ(0, 0, 1);
+
+/// Where dashes begin and end along an axis, in pairs.
+std::vector<float> dashEnds(unsigned size, unsigned dashes)
+{
+    const double gap = size / (periodPerGap * dashes - 1.0);
+    std::vector<float> ends{0.0f};
+    double begin = 0;
+    for (unsigned i = 1; i < dashes; ++i) {
+        // Whole units on purpose.
+        const double end = std::trunc(begin + dashPerGap * gap);
+        begin = std::trunc(end + gap);
+        ends.push_back(static_cast<float>(end));
+        ends.push_back(static_cast<float>(begin));
+    }
+    ends.push_back(static_cast<float>(size));
+    return ends;
+}
+
+DynamicLines* makeAxis(LineVisual& visual, const char* material, const rob::DirTemplate<float>& along,
+                       const std::vector<float>& ends)
+{
+    DynamicLines* line = visual.createDynamicLine(RenderOpType::Lines);
+    line->setMaterial(materialByName(material));
+    for (const float end : ends)
+        line->addPoint(along.x * end, along.y * end, along.z * end);
+    return line;
+}
+
+VisualType frameTypeOf(VisualType wanted)
+{
+    return wanted == VisualType::None ? VisualType::Frame : wanted;
+}
+
+} // namespace
+
+unsigned frameSizeOf(VisualType type)
+{
+    const SceneSettings& settings = SceneCore::Get()->settings;
+    switch (type) {
+    case VisualType::Frame:
+        return static_cast<unsigned>(settings.worldFrameSize);
+    case VisualType::Tcp:
+        return static_cast<unsigned>(settings.tcpFrameSize);
+    case VisualType::Robtarget:
+        return static_cast<unsigned>(settings.targetFrameSize);
+    case VisualType::JointTarget:
+        return static_cast<unsigned>(settings.jointTargetFrameSize);
+    case VisualType::UserFrame:
+    case VisualType::ObjectFrame:
+        return static_cast<unsigned>(settings.wobjFrameSize);
+    default:
+        return 0;
+    }
+}
+
+FrameVisual::FrameVisual(Visual* parent, const std::string& name, VisualType wantedType, unsigned dashes)
+    : LineVisual(name, parent)
+{
+    type = frameTypeOf(wantedType);
+    const std::vector<float> ends = dashEnds(frameSizeOf(type), std::max(dashes, 1u));
+    lineX = makeAxis(*this, "RedFrameLine", axisX, ends);
+    lineY = makeAxis(*this, "GreenFrameLine", axisY, ends);
+    lineZ = makeAxis(*this, "BlueFrameLine", axisZ, ends);
+    LineVisual::update();
+}
+
+FrameVisual::FrameVisual(Visual* parent, unsigned givenId, const std::string& name, VisualType wantedType)
+    : LineVisual(name.empty() ? fmt::format("__FRAME_{}__", givenId) : name, parent)
+{
+    id = givenId;
+    type = frameTypeOf(wantedType);
+    buildSolid(static_cast<float>(frameSizeOf(type)));
+}
+
+FrameVisual::FrameVisual(Visual* parent, float size) : LineVisual(parent)
+{
+    type = VisualType::Frame;
+    buildSolid(size);
+}
+
+FrameVisual::FrameVisual(Visual* parent, sdf::SdfNode* node) : LineVisual(node, parent)
+{
+    type = VisualType::Frame;
+    buildSolid(static_cast<float>(frameSizeOf(type)));
+}
+
+void FrameVisual::buildSolid(float size)
+{
+    lineX = makeAxis(*this, "RedFrameLine", axisX, {0.0f, size});
+    lineY = makeAxis(*this, "GreenFrameLine", axisY, {0.0f, size});
+    lineZ = makeAxis(*this, "BlueFrameLine", axisZ, {0.0f, size});
+    LineVisual::update();
+}
+
+FrameVisual* FrameVisual::Build(Visual* parent, unsigned dashes)
+{
+    auto* visual = new FrameVisual(parent, "frame", VisualType::Frame, dashes);
+    visual->setSelected();
+    visual->setVisible(false, false);
+    return visual;
+}
+
+void FrameVisual::Build(Visual* parent, unsigned id, const rob::PoseTemplate<float>& pose)
+{
+    auto* visual = new FrameVisual(parent, id, "task frame for controller", VisualType::Frame);
+    SceneCore::Get()->visuals.enter(visual);
+    visual->setPose(pose);
+}
+
+void FrameVisual::Build(Visual* parent, sdf::SdfNode* node)
+{
+    auto* visual = new FrameVisual(parent, node);
+    SceneCore::Get()->visuals.enter(visual);
+    visual->setPose(rob::PoseTemplate<float>(node->getPose()));
+    picking::addLineVisual(visual);
+}
+
+void FrameVisual::setFrameSize(unsigned size)
+{
+    const auto length = static_cast<float>(size);
+    lineX->setPoint(1, {length, 0, 0});
+    lineY->setPoint(1, {0, length, 0});
+    lineZ->setPoint(1, {0, 0, length});
+    update();
+}
+
+void FrameVisual::resetAppearance()
+{
+    setMaterials("RedFrameLine", "GreenFrameLine", "BlueFrameLine");
+}
+
+void FrameVisual::setSelected()
+{
+    setMaterials("RedFrameLineSelected", "GreenFrameLineSelected", "BlueFrameLineSelected");
+}
+
+void FrameVisual::setHighlighted()
+{
+    setMaterials("WhiteFrameLine", "WhiteFrameLine", "WhiteFrameLine");
+}
+
+void FrameVisual::setMaterials(const char* x, const char* y, const char* z)
+{
+    lineX->setMaterial(materialByName(x));
+    lineY->setMaterial(materialByName(y));
+    lineZ->setMaterial(materialByName(z));
+}
+
+} // namespace vrk::visual

@@ -1,0 +1,82 @@
+#include "scene/Scene.h"
+
+#include "scene/core/SceneCore.h"
+#include "station/WObjVisual.h"
+#include "visual/FrameVisual.h"
+
+namespace vrk::visual {
+namespace {
+
+template <typename Call>
+void forType(const SceneCore& core, VisualType type, const Call& call)
+{
+    for (const auto& [id, visual] : core.visuals.all())
+        if (visual->getType() == type)
+            call(*visual);
+}
+
+} // namespace
+
+void Scene::setFrameSize(unsigned size, VisualType type)
+{
+    addRenderTask([this, size, type] { doSetFramesSize(size, type); }, 0);
+}
+
+void Scene::doSetFramesSize(unsigned size, VisualType type)
+{
+    // The size is kept only where there is a frame to give it to. That of tool frames is kept for plain ones: tool frames
+    // that are built later have their own size still.
+    switch (type) {
+    case VisualType::Frame:
+    case VisualType::Tcp:
+        forType(*core, type, [&](Visual& visual) {
+            core->settings.worldFrameSize = static_cast<std::int32_t>(size);
+            dynamic_cast<FrameVisual&>(visual).setFrameSize(size);
+        });
+        break;
+    case VisualType::WObj:
+        forType(*core, type, [&](Visual& visual) {
+            core->settings.wobjFrameSize = static_cast<std::int32_t>(size);
+            const auto& workObject = dynamic_cast<WObjVisual&>(visual);
+            workObject.getUserFrame()->setFrameSize(size);
+            workObject.getObjectFrame()->setFrameSize(size);
+        });
+        break;
+    default:
+        break;
+    }
+}
+
+void Scene::setFrameVisualVisible(bool visible)
+{
+    setTypeVisible(VisualType::Frame, visible, false);
+}
+
+void Scene::setTcpVisualVisible(bool visible)
+{
+    setTypeVisible(VisualType::Tcp, visible, false);
+}
+
+void Scene::setTargetVisualVisible(bool visible)
+{
+    setTypeVisible(VisualType::Robtarget, visible, false);
+}
+
+void Scene::setWObjVisualVisible(bool visible)
+{
+    setTypeVisible(VisualType::WObj, visible, true);
+}
+
+void Scene::setTypeVisible(VisualType type, bool visible, bool recursive)
+{
+    addRenderTask([this, type, visible,
+                   recursive] { forType(*core, type, [&](Visual& visual) { visual.setVisible(visible, recursive); }); },
+                  0);
+}
+
+void Scene::addTaskFrame(unsigned id, const rob::PoseTemplate<double>& pose)
+{
+    addRenderTask([this, id, pose] { FrameVisual::Build(core->worldVisual, id, rob::PoseTemplate<float>(pose)); }, 0);
+}
+
+} // namespace vrk::visual

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "visual/DynamicLines.h"
+#include "visual/Visual.h"
+
+class TopoDS_Shape;
+class gp_Pnt;
+
+namespace vrk::visual {
+
+/// The edges of a shape as one list of segments, which is one draw call.
+///
+/// Owner: the parent visual, mostly the solid of the same shape. Thread: render thread. It is not registered and cannot be
+/// picked.
+class VRK_EXPORT WireFrameVisual : public Visual {
+public:
+    explicit WireFrameVisual(Visual* parent);
+
+    /// Every edge of the shape once, drawn from its own polygon or else from that of the first of its faces that has one.
+    /// An edge without either is left out, as is one that is but a point of a surface.
+    static WireFrameVisual* Build(Visual* parent, const TopoDS_Shape& shape);
+
+    /// A segment with a coordinate that is no finite float is dropped.
+    void addSegment(const gp_Pnt& a, const gp_Pnt& b);
+    const DynamicLines& getLines() const { return lines; }
+
+    void update() override;
+
+private:
+    DynamicLines lines{RenderOpType::Lines};
+};
+
+} // namespace vrk::visual

@@ -1,0 +1,151 @@
+#include "station/support/TestStation.h"
+#include "visual/Visual.h"
+
+namespace vrk::visual {
+namespace {
+
+using testing::StrEq;
+using testing::ThrowsMessage;
+
+constexpr const char* unknownKey = "invalid unordered_map<K, T> key";
+
+class Attachments : public test::SceneFixture {
+protected:
+    Attachments()
+    {
+        for (const auto& part : {carrier, carried}) {
+            layout::Layout::inst().addPart(part);
+            scene.addPart(part.get());
+        }
+        drain();
+        carrierVisual = Scene::GetVisual(carrier->getId());
+        carriedVisual = Scene::GetVisual(carried->getId());
+    }
+    void expectUnknown()
+    {
+        EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::out_of_range>(StrEq(unknownKey)));
+    }
+
+    std::shared_ptr<layout::Part> carrier = test::makePart("carrier", {100, 0, 0});
+    std::shared_ptr<layout::Part> carried = test::makePart("carried", {0, 50, 0});
+    Visual* carrierVisual = nullptr;
+    Visual* carriedVisual = nullptr;
+    const rob::Posed pose{rob::Posd(1, 2, 3)};
+};
+
+TEST_F(Attachments, CarriedVisualHangsAtTheGivenPose)
+{
+    scene.addAttachment(carried->getId(), carrier->getId(), pose);
+    drain();
+
+    EXPECT_EQ(carriedVisual->getParent(), carrierVisual);
+    EXPECT_EQ(carriedVisual->getPosition(), rob::Posf(1, 2, 3));
+    EXPECT_EQ(carriedVisual->getWorldPosition(), rob::Posf(101, 2, 3));
+    EXPECT_TRUE(carriedVisual->isAttached());
+    EXPECT_EQ(carrierVisual->getBodiesNum(), 1u) << "what is attached does not count";
+}
+
+TEST_F(Attachments, UnknownChildOrParentFails)
+{
+    scene.addAttachment(4711, carrier->getId(), pose);
+    expectUnknown();
+
+    scene.addAttachment(carried->getId(), 4711, pose);
+    expectUnknown();
+    EXPECT_EQ(carriedVisual->getParent(), world);
+}
+
+TEST_F(Attachments, DetachedVisualGoesToTheWorldForParentZero)
+{
+    scene.addAttachment(carried->getId(), carrier->getId(), pose);
+    scene.deleteAttachment(carried->getId(), carrier->getId(), 0, rob::Posed(rob::Posd(7, 8, 9)));
+    drain();
+
+    EXPECT_EQ(carriedVisual->getParent(), world);
+    EXPECT_EQ(carriedVisual->getPosition(), rob::Posf(7, 8, 9));
+    EXPECT_FALSE(carriedVisual->isAttached());
+}
+
+TEST_F(Attachments, DetachedVisualGoesToItsNewParentWhateverTheOldOneWas)
+{
+    scene.deleteAttachment(carried->getId(), 4711, carrier->getId(), pose);
+    drain();
+
+    EXPECT_EQ(carriedVisual->getParent(), carrierVisual);
+}
+
+TEST_F(Attachments, DetachingFromAnUnknownVisualToAnUnknownOneFails)
+{
+    scene.deleteAttachment(carried->getId(), carrier->getId(), 4711, pose);
+    expectUnknown();
+
+    scene.deleteAttachment(4711, carrier->getId(), 0, pose);
+    expectUnknown();
+}
+
+TEST_F(Attachments, ReparentedVisualKeepsItsLocalPose)
+{
+    scene.reparentVisual(carried->getId(), carrier->getId());
+    drain();
+    EXPECT_EQ(carriedVisual->getPosition(), rob::Posf(0, 50, 0));
+    EXPECT_EQ(carriedVisual->getWorldPosition(), rob::Posf(100, 50, 0));
+
+    scene.reparentVisual(carried->getId(), 0);
+    drain();
+    EXPECT_EQ(carriedVisual->getParent(), world);
+}
+
+TEST_F(Attachments, ReparentingAnUnknownVisualFailsAndLeavesNoEntry)
+{
+    scene.reparentVisual(4711, carrier->getId());
+    expectUnknown();
+    EXPECT_FALSE(Scene::HasVisual(4711));
+
+    scene.reparentVisual(carried->getId(), 4711);
+    expectUnknown();
+    EXPECT_FALSE(Scene::HasVisual(4711));
+}
+
+TEST_F(Attachments, VisualMovedToAParentKeepsTheGivenWorldPose)
+{
+    scene.moveVisualToParent(carried->getId(), carrier->getId(), rob::Posef(rob::Posf(5, 6, 7)));
+    drain();
+
+    EXPECT_EQ(carriedVisual->getParent(), carrierVisual);
+    EXPECT_EQ(carriedVisual->getWorldPosition(), rob::Posf(5, 6, 7));
+    EXPECT_EQ(carriedVisual->getPosition(), rob::Posf(-95, 6, 7));
+}
+
+TEST_F(Attachments, MovingAnUnknownVisualFailsAndLeavesNoEntry)
+{
+    scene.moveVisualToParent(4711, 0, {});
+
+    expectUnknown();
+    EXPECT_FALSE(Scene::HasVisual(4711));
+}
+
+TEST_F(Attachments, VisualsAreAttachedAndDetachedByPointer)
+{
+    scene.attachVisual(carrier->getId(), carriedVisual);
+    drain();
+    EXPECT_EQ(carriedVisual->getParent(), carrierVisual);
+
+    scene.detachVisual(carriedVisual);
+    drain();
+    EXPECT_EQ(carriedVisual->getParent(), world) << "detaching hangs on the world";
+
+    scene.attachVisual(4711, carriedVisual);
+    expectUnknown();
+}
+
+TEST_F(Attachments, RemovedCarrierTakesWhatItCarriesAlong)
+{
+    scene.addAttachment(carried->getId(), carrier->getId(), pose);
+    scene.removeVisual(carrier->getId());
+    drain();
+
+    EXPECT_FALSE(Scene::HasVisual(carried->getId()));
+}
+
+} // namespace
+} // namespace vrk::visual

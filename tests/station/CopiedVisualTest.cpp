@@ -1,0 +1,121 @@
+#include "station/support/TestStation.h"
+#include "visual/SolidVisual.h"
+
+#include <Ogre.h>
+
+namespace vrk::visual {
+namespace {
+
+using testing::StrEq;
+using testing::Throws;
+
+class CopiedVisual : public test::SceneFixture {
+protected:
+    CopiedVisual()
+    {
+        for (const auto& part : {first, second}) {
+            layout::Layout::inst().addPart(part);
+            scene.addPart(part.get());
+        }
+        drain();
+    }
+    ~CopiedVisual() override
+    {
+        scene.deleteCopiedVisual();
+        drain();
+    }
+    /// The one copy in the scene; null for none.
+    Visual* copy() const
+    {
+        for (Visual* child : world->getChildren())
+            if (child->isCopied())
+                return child;
+        return nullptr;
+    }
+
+    std::shared_ptr<layout::Part> first = test::makePart("first");
+    std::shared_ptr<layout::Part> second = test::makePart("second");
+};
+
+TEST_F(CopiedVisual, IsASeeThroughDoubleAtTheGivenPose)
+{
+    scene.showCopiedVisual(first->getId(), rob::Posef(rob::Posf(1, 2, 3)));
+    drain();
+
+    ASSERT_NE(copy(), nullptr);
+    EXPECT_TRUE(scene.isCopiedVisualVisible());
+    EXPECT_EQ(copy()->getId(), first->getId());
+    EXPECT_EQ(copy()->getWorldPosition(), rob::Posf(1, 2, 3));
+    EXPECT_FALSE(Scene::GetVisual(first->getId())->isCopied()) << "the registry keeps the source";
+    for (Visual* child : copy()->getChildren())
+        if (child->getType() == VisualType::Solid) {
+            EXPECT_EQ(static_cast<SolidVisual*>(child)->getEntity()->getSubEntity(0)->getMaterialName(), "TransBody");
+        }
+}
+
+TEST_F(CopiedVisual, ShownAgainItOnlyMoves)
+{
+    scene.showCopiedVisual(first->getId(), {});
+    drain();
+    const Visual* before = copy();
+
+    scene.showCopiedVisual(first->getId(), rob::Posef(rob::Posf(4, 5, 6)));
+    drain();
+
+    EXPECT_EQ(copy(), before);
+    EXPECT_EQ(copy()->getWorldPosition(), rob::Posf(4, 5, 6));
+}
+
+TEST_F(CopiedVisual, ThatOfAnotherVisualReplacesIt)
+{
+    scene.showCopiedVisual(first->getId(), {});
+    scene.showCopiedVisual(second->getId(), {});
+    drain();
+
+    EXPECT_EQ(copy()->getId(), second->getId());
+}
+
+TEST_F(CopiedVisual, HiddenItStaysForTheNextTime)
+{
+    scene.showCopiedVisual(first->getId(), {});
+    scene.hideCopiedVisual();
+    drain();
+    EXPECT_FALSE(scene.isCopiedVisualVisible());
+    ASSERT_NE(copy(), nullptr);
+
+    scene.showCopiedVisual(first->getId(), {});
+    drain();
+    EXPECT_TRUE(scene.isCopiedVisualVisible());
+}
+
+TEST_F(CopiedVisual, HidingOrDeletingNoneDoesNothing)
+{
+    scene.hideCopiedVisual();
+    scene.deleteCopiedVisual();
+
+    EXPECT_NO_THROW(drain());
+    EXPECT_FALSE(scene.isCopiedVisualVisible());
+}
+
+TEST_F(CopiedVisual, DeletedItLeavesTheSourceWhole)
+{
+    scene.showCopiedVisual(first->getId(), {});
+    scene.deleteCopiedVisual();
+    drain();
+
+    EXPECT_EQ(copy(), nullptr);
+    EXPECT_EQ(Scene::GetVisual(first->getId())->getTrianglesNum(), 12u);
+}
+
+TEST_F(CopiedVisual, KindThatIsNotCopiedFails)
+{
+    const auto device = test::makeDevice();
+    scene.addMechanism(device.get(), true);
+    scene.showCopiedVisual(device->getId(), {});
+
+    EXPECT_THAT([this] { drain(); }, Throws<std::bad_optional_access>(
+                                         testing::Property(&std::exception::what, StrEq("Bad optional access"))));
+}
+
+} // namespace
+} // namespace vrk::visual

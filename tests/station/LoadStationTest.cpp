@@ -1,0 +1,309 @@
+#include "platform/broker/SignalBroker.h"
+#include "platform/layout/Group.h"
+#include "platform/sdf/SdfManager.h"
+#include "platform/smart/SmartComponent.h"
+#include "platform/smart/StationLogic.h"
+#include "station/support/TestStation.h"
+#include "view/Camera.h"
+#include "visual/SolidVisual.h"
+
+#include <BRepBuilderAPI_MakeVertex.hxx>
+#include <BRep_Builder.hxx>
+#include <gp_Pnt.hxx>
+
+namespace vrk::visual {
+namespace {
+
+using layout::Layout;
+using testing::StrEq;
+using testing::ThrowsMessage;
+
+constexpr const char* unknownKey = "invalid unordered_map<K, T> key";
+
+class LoadStation : public test::SceneFixture {
+protected:
+    void load()
+    {
+        Scene::LoadStation();
+        drain();
+    }
+    static Visual* visualOfId(unsigned id) { return Scene::HasVisual(id) ? Scene::GetVisual(id) : nullptr; }
+};
+
+TEST_F(LoadStation, EmptyStationLoadsNothing)
+{
+    EXPECT_NO_THROW(load());
+}
+
+TEST_F(LoadStation, EveryKindOfObjectHasItsVisual)
+{
+    const auto arm = test::makeArm();
+    const auto assembly = test::makeAssembly("assembly", 2);
+    const auto part = test::makePart("part");
+    const auto tool = test::makeTool();
+    const auto device = test::makeDevice();
+    const auto frame = std::make_shared<layout::Frame>(test::newId(), "frame");
+    Layout& station = Layout::inst();
+    station.addManipulator(arm);
+    station.addAssembly(assembly);
+    station.addPart(part);
+    station.addTool(tool);
+    station.addDevice(device);
+    station.addFrame(frame);
+
+    load();
+
+    const std::pair<unsigned, VisualType> expected[] = {
+        {arm->getId(), VisualType::Manipulator},
+        {arm->getLinks()[0]->getId(), VisualType::Link},
+        {arm->getWrist()->getId(), VisualType::Wrist},
+        {arm->getControllerTaskFrame()->getId(), VisualType::Frame},
+        {assembly->getId(), VisualType::Assembly},
+        {assembly->getParts()[1]->getId(), VisualType::Part},
+        {part->getId(), VisualType::Part},
+        {part->getBodies()[0]->getId(), VisualType::Solid},
+        {tool->getId(), VisualType::Tool},
+        {tool->getFrames()[0]->getId(), VisualType::Frame},
+        {device->getId(), VisualType::Device},
+        {device->getFrames()[0]->getId(), VisualType::Frame},
+        {frame->getId(), VisualType::Frame},
+    };
+    for (const auto& [id, type] : expected) {
+        ASSERT_NE(visualOfId(id), nullptr) << "id " << id;
+        EXPECT_EQ(visualOfId(id)->getType(), type) << "id " << id;
+    }
+    EXPECT_EQ(visualOfId(device->getFrames()[0]->getId())->getParent(), visualOfId(device->getLinks()[0]->getId()));
+    EXPECT_EQ(visualOfId(arm->getWrist()->getId())->getParent(), visualOfId(arm->getLinks()[1]->getId()));
+    EXPECT_EQ(visualOfId(assembly->getParts()[0]->getId())->getParent(), visualOfId(assembly->getId()));
+}
+
+TEST_F(LoadStation, PartOfTheStationItselfHangsOnTheWorld)
+{
+    const auto part = test::makePart("part");
+    part->setParentId(smartcomp::StationLogic::inst()->getId());
+    Layout::inst().addPart(part);
+    scene.addPart(part.get());
+
+    drain();
+
+    EXPECT_EQ(visualOfId(part->getId())->getParent(), world);
+}
+
+TEST_F(LoadStation, PartThatIsNotStandaloneIsBuiltByItsOwner)
+{
+    const auto assembly = test::makeAssembly("assembly", 1);
+    Layout::inst().addAssembly(assembly);
+
+    load();
+
+    const unsigned member = assembly->getParts()[0]->getId();
+    EXPECT_EQ(visualOfId(member)->getParent(), visualOfId(assembly->getId()));
+    EXPECT_EQ(std::distance(world->getChildren().begin(), world->getChildren().end()), 3)
+        << "grid, frame of the world and the assembly: the part was not built a second time";
+}
+
+TEST_F(LoadStation, OwnerWithoutVisualMeansTheWorld)
+{
+    const auto part = test::makePart("part");
+    part->setParentId(4711);
+    scene.addPart(part.get());
+
+    drain();
+
+    EXPECT_EQ(visualOfId(part->getId())->getParent(), world);
+}
+
+TEST_F(LoadStation, SavedViewIsRestored)
+{
+    Camera::Get()->setWorldPose({});
+    Layout::inst().lastViewPointPose = rob::Posed({100, 200, 300}, rob::Rotationd(0.5, 0.5, 0.5, 0.5));
+
+    load();
+
+    EXPECT_EQ(Camera::Get()->getWorldPose(), rob::Posef({100, 200, 300}, rob::Rotationf(0.5f, 0.5f, 0.5f, 0.5f)));
+}
+
+TEST_F(LoadStation, SavedViewAtTheOriginIsRestoredIfItIsTurned)
+{
+    Camera::Get()->setWorldPose({{1, 2, 3}, rob::Rotationf()});
+    Layout::inst().lastViewPointPose = rob::Posed({0, 0, 0}, rob::Rotationd(0.5, 0.5, 0.5, 0.5));
+
+    load();
+
+    EXPECT_EQ(Camera::Get()->getWorldPosition(), rob::Posf(0, 0, 0));
+}
+
+TEST_F(LoadStation, WithoutSavedViewTheCameraStays)
+{
+    const rob::Posef before({1, 2, 3}, rob::Rotationf());
+    Camera::Get()->setWorldPose(before);
+
+    load();
+
+    EXPECT_EQ(Camera::Get()->getWorldPose(), before);
+}
+
+TEST_F(LoadStation, AttachmentsCarryAndHiddenObjectsAreHidden)
+{
+    const auto carrier = test::makePart("carrier");
+    const auto carried = test::makePart("carried");
+    const auto hidden = test::makePart("hidden");
+    Layout& station = Layout::inst();
+    for (const auto& part : {carrier, carried, hidden})
+        station.addPart(part);
+    station.addAttachment(carried->getId(), carrier->getId(), rob::Posed(rob::Posd(1, 2, 3)));
+    station.setHidden(hidden->getId(), true);
+
+    load();
+
+    EXPECT_EQ(visualOfId(carried->getId())->getParent(), visualOfId(carrier->getId()));
+    EXPECT_EQ(visualOfId(carried->getId())->getPosition(), rob::Posf(1, 2, 3));
+    EXPECT_TRUE(visualOfId(carried->getId())->isAttached());
+    EXPECT_FALSE(visualOfId(hidden->getId())->isVisible());
+    EXPECT_TRUE(visualOfId(carrier->getId())->isVisible());
+}
+
+TEST_F(LoadStation, LoadTasksRunAtItsVeryEndInTheirOrder)
+{
+    const auto part = test::makePart("part");
+    Layout::inst().addPart(part);
+    std::vector<int> ran;
+    scene.addLoadTask([&] { ran.push_back(visualOfId(part->getId()) ? 1 : -1); });
+    scene.addLoadTask([&] { ran.push_back(2); });
+
+    load();
+    EXPECT_THAT(ran, testing::ElementsAre(1, 2));
+
+    load(); // they ran once; and what is loaded twice does not fail
+    EXPECT_THAT(ran, testing::ElementsAre(1, 2));
+}
+
+TEST_F(LoadStation, EmptyLoadTaskRaisesBadFunctionCall)
+{
+    scene.addLoadTask(nullptr);
+
+    EXPECT_THROW(load(), std::bad_function_call);
+    scene.addRenderTask([] {}, 0);
+    EXPECT_NO_THROW(drain());
+}
+
+TEST_F(LoadStation, UnknownFileTypeIsRefused)
+{
+    const auto part = test::makePart("part");
+    part->getBodies()[0]->setGeometry("box", "obj");
+    Layout::inst().addPart(part);
+
+    EXPECT_THAT([this] { load(); }, ThrowsMessage<std::runtime_error>(StrEq("File format is not brep or stl")));
+}
+
+TEST_F(LoadStation, BodyOfAWireIsACurveAndOfAVertexAPoint)
+{
+    const auto part = test::makePart("part");
+    part->getBodies()[0]->setShape(BRepBuilderAPI_MakeVertex(gp_Pnt(1, 2, 3)).Shape());
+    Layout::inst().addPart(part);
+
+    load();
+
+    EXPECT_EQ(visualOfId(part->getBodies()[0]->getId())->getType(), VisualType::Point);
+}
+
+TEST_F(LoadStation, AddedBodyHangsOnItsPart)
+{
+    const auto part = test::makePart("part");
+    scene.addPart(part.get());
+    const auto more = part->addBody("more");
+    more->setGeometry("more", "brep");
+    more->setShape(test::meshedBox(1, 2, 3));
+    scene.addBody(part.get(), more.get());
+
+    drain();
+
+    EXPECT_EQ(visualOfId(more->getId())->getParent(), visualOfId(part->getId()));
+}
+
+TEST_F(LoadStation, BodyOfAPartWithoutVisualIsPassedOver)
+{
+    const auto part = test::makePart("part");
+    scene.addBody(part.get(), part->getBodies()[0].get());
+    scene.addPart(part.get());
+    scene.addBody(part.get(), part.get()); // no body at all
+
+    EXPECT_NO_THROW(drain());
+}
+
+TEST_F(LoadStation, MechanismIsBuiltByItsKind)
+{
+    const auto arm = test::makeArm();
+    const auto tool = test::makeTool();
+    const auto device = test::makeDevice();
+    const auto part = test::makePart("no mechanism");
+    for (sdf::SdfNode* node : std::initializer_list<sdf::SdfNode*>{arm.get(), tool.get(), device.get(), part.get()})
+        scene.addMechanism(node, true);
+
+    drain();
+
+    EXPECT_EQ(visualOfId(arm->getId())->getType(), VisualType::Manipulator);
+    EXPECT_EQ(visualOfId(tool->getId())->getType(), VisualType::Tool);
+    EXPECT_EQ(visualOfId(device->getId())->getType(), VisualType::Device);
+    EXPECT_EQ(visualOfId(part->getId()), nullptr);
+}
+
+TEST_F(LoadStation, FrameOfAnUnknownOwnerFails)
+{
+    layout::Frame frame(test::newId(), "frame");
+    frame.setParentId(4711);
+    scene.addFrame(&frame);
+
+    EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::out_of_range>(StrEq(unknownKey)));
+}
+
+TEST_F(LoadStation, FrameWithoutOwnerHangsOnTheWorld)
+{
+    layout::Frame frame(test::newId(), "frame", rob::Posed(rob::Posd(1, 2, 3)));
+    scene.addFrame(&frame);
+
+    drain();
+
+    EXPECT_EQ(visualOfId(frame.getId())->getParent(), world);
+    EXPECT_EQ(visualOfId(frame.getId())->getPosition(), rob::Posf(1, 2, 3));
+}
+
+/// A component that marks its place with a bare visual.
+class MarkerComponent : public smartcomp::SmartComponent {
+public:
+    MarkerComponent(unsigned id, bool seen) : SmartComponent(id, "marker"), seen(seen) {}
+    bool hasVisual() const override { return seen; }
+    void buildVisual(Visual* parent) override { built = new Visual(getId(), parent); }
+
+    Visual* built = nullptr;
+
+private:
+    bool seen;
+};
+
+TEST_F(LoadStation, ComponentsBuildTheirVisualsThemselves)
+{
+    const auto seen = std::make_shared<MarkerComponent>(test::newId(), true);
+    const auto unseen = std::make_shared<MarkerComponent>(test::newId(), false);
+    Layout::inst().addSmartComponent(seen);
+    Layout::inst().addSmartComponent(unseen);
+
+    load();
+
+    ASSERT_NE(seen->built, nullptr);
+    EXPECT_EQ(seen->built->getParent(), world);
+    EXPECT_EQ(unseen->built, nullptr);
+}
+
+TEST_F(LoadStation, ComponentWithoutVisualIsPassedOver)
+{
+    MarkerComponent unseen(test::newId(), false);
+    scene.buildVisual(&unseen);
+
+    drain();
+
+    EXPECT_EQ(unseen.built, nullptr);
+}
+
+} // namespace
+} // namespace vrk::visual

@@ -1,0 +1,474 @@
+#include "mesh/MeshManager.h"
+#include "scene/core/SceneCore.h"
+#include "selection/VisualSelection.h"
+#include "station/CompoundVisual.h"
+#include "station/MechanismVisual.h"
+#include "station/PartVisual.h"
+#include "station/TcpTraceVisual.h"
+#include "station/WObjVisual.h"
+#include "station/support/TestStation.h"
+#include "visual/FrameVisual.h"
+#include "visual/SolidVisual.h"
+#include "visual/VisualStateManager.h"
+
+#include <Ogre.h>
+
+namespace vrk::visual {
+namespace {
+
+using layout::Layout;
+using testing::StrEq;
+using testing::ThrowsMessage;
+
+constexpr const char* unknownKey = "invalid unordered_map<K, T> key";
+
+class StationVisuals : public test::SceneFixture {
+protected:
+    std::shared_ptr<layout::Part> addPart(const std::string& name)
+    {
+        const auto part = test::makePart(name);
+        Layout::inst().addPart(part);
+        scene.addPart(part.get());
+        drain();
+        return part;
+    }
+    std::shared_ptr<layout::Assembly> addAssembly(int parts)
+    {
+        const auto assembly = test::makeAssembly("assembly", parts);
+        Layout::inst().addAssembly(assembly);
+        scene.addAssembly(assembly.get());
+        drain();
+        return assembly;
+    }
+    std::shared_ptr<layout::Manipulator> addArm(const std::string& vendor)
+    {
+        const auto arm = test::makeArm(vendor);
+        Layout::inst().addManipulator(arm);
+        scene.addMechanism(arm.get(), true);
+        drain();
+        return arm;
+    }
+    static PartVisual& partVisual(const sdf::SdfObject& part)
+    {
+        return dynamic_cast<PartVisual&>(*Scene::GetVisual(part.getId()));
+    }
+    static std::string materialOf(const layout::Part& part)
+    {
+        const auto& solid = dynamic_cast<SolidVisual&>(*Scene::GetVisual(part.getBodies()[0]->getId()));
+        return solid.getEntity()->getSubEntity(0)->getMaterialName();
+    }
+    static layout::Part& memberPart(const layout::PartContainer& owner, std::size_t index)
+    {
+        return dynamic_cast<layout::Part&>(*owner.getParts()[index]);
+    }
+};
+
+struct VendorCase {
+    const char* name;
+    const char* vendor;
+    const char* material;
+};
+
+class Makers : public StationVisuals, public testing::WithParamInterface<VendorCase> {};
+
+TEST_P(Makers, ColourTheWholeArm)
+{
+    const auto arm = addArm(GetParam().vendor);
+
+    const std::string base = GetParam().material;
+    for (const auto& link : arm->getLinks())
+        EXPECT_EQ(materialOf(memberPart(*link, 0)), base);
+    Scene::GetVisual(arm->getId())->setSelected();
+    EXPECT_EQ(materialOf(memberPart(*arm->getLinks()[1], 0)), base + "Selected");
+    Scene::GetVisual(arm->getId())->setHighlighted();
+    EXPECT_EQ(materialOf(memberPart(*arm->getLinks()[1], 0)), base + "Highlighted");
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, Makers,
+                         testing::Values(VendorCase{"Abb", "abb", "ABB"}, VendorCase{"Kuka", "kuka", "KUKA"},
+                                         VendorCase{"Fanuc", "fanuc", "FANUC"},
+                                         VendorCase{"Yaskawa", "yaskawa", "YASKAWA"},
+                                         VendorCase{"CapitalsAreNoMaker", "ABB", "Mechanism"},
+                                         VendorCase{"NoMaker", "", "Mechanism"}),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(StationVisuals, SelectedPartAtTheTopShowsItsFrameUntilItIsDeselected)
+{
+    const auto part = addPart("part");
+    EXPECT_FALSE(partVisual(*part).getLocalFrame()->isVisible());
+
+    scene.setVisualSelected(part->getId());
+    drain();
+    EXPECT_TRUE(partVisual(*part).getLocalFrame()->isVisible());
+    EXPECT_EQ(materialOf(*part), "BodySelected");
+
+    scene.clearSelections();
+    drain();
+    EXPECT_FALSE(partVisual(*part).getLocalFrame()->isVisible());
+    EXPECT_EQ(materialOf(*part), "Body");
+}
+
+TEST_F(StationVisuals, SelectedAssemblyShowsItsOwnFrameAndNotThoseOfItsMembers)
+{
+    const auto assembly = addAssembly(2);
+
+    scene.setVisualSelected(assembly->getId());
+    drain();
+
+    EXPECT_EQ(materialOf(memberPart(*assembly, 1)), "BodySelected");
+    EXPECT_FALSE(partVisual(*assembly->getParts()[0]).getLocalFrame()->isVisible());
+    bool frameShown = false;
+    for (Visual* child : Scene::GetVisual(assembly->getId())->getChildren())
+        if (child->getType() == VisualType::Frame)
+            frameShown = child->isVisible();
+    EXPECT_TRUE(frameShown);
+}
+
+TEST_F(StationVisuals, PartSelectedInsideAnAssemblyShowsItsFrame)
+{
+    const auto assembly = addAssembly(2);
+
+    scene.setVisualSelected(assembly->getParts()[0]->getId());
+    drain();
+
+    EXPECT_TRUE(partVisual(*assembly->getParts()[0]).getLocalFrame()->isVisible());
+}
+
+TEST_F(StationVisuals, HighlightPassesOverSelectedMembers)
+{
+    const auto assembly = addAssembly(2);
+    scene.setVisualSelected(assembly->getParts()[0]->getId());
+    drain();
+
+    Scene::GetVisual(assembly->getId())->setHighlighted();
+
+    EXPECT_EQ(materialOf(memberPart(*assembly, 0)), "BodySelected");
+    EXPECT_EQ(materialOf(memberPart(*assembly, 1)), "BodyHighlighted");
+}
+
+TEST_F(StationVisuals, AttachedPartDoesNotTakeTheLooksOfItsCarrier)
+{
+    const auto arm = addArm("kuka");
+    const auto tool = test::makeTool();
+    Layout::inst().addTool(tool);
+    scene.addMechanism(tool.get(), true);
+    scene.addAttachment(tool->getId(), arm->getLinks()[1]->getId(), {});
+    const auto part = addPart("carried");
+    scene.addAttachment(part->getId(), arm->getLinks()[1]->getId(), {});
+    drain();
+
+    Scene::GetVisual(arm->getId())->setSelected();
+
+    EXPECT_EQ(materialOf(memberPart(*arm->getLinks()[1], 0)), "KUKASelected");
+    EXPECT_EQ(materialOf(memberPart(*tool->getLinks()[0], 0)), "Body");
+    EXPECT_EQ(materialOf(*part), "Body");
+}
+
+TEST_F(StationVisuals, SelectedMechanismShowsItsBaseFrame)
+{
+    const auto arm = addArm("kuka");
+    const auto& visual = dynamic_cast<MechanismVisual&>(*Scene::GetVisual(arm->getId()));
+    EXPECT_FALSE(visual.getBaseFrame()->isVisible());
+
+    scene.setVisualSelected(arm->getId());
+    drain();
+    EXPECT_TRUE(visual.getBaseFrame()->isVisible());
+
+    scene.clearSelections();
+    drain();
+    EXPECT_FALSE(visual.getBaseFrame()->isVisible());
+}
+
+TEST_F(StationVisuals, PlainChildrenOfAMechanismAreBareVisuals)
+{
+    const auto device = test::makeDevice();
+    const auto child = std::make_shared<sdf::SdfNode>(sdf::ModelType::Unknown, test::newId(), "plain");
+    child->setPose(rob::Posed(rob::Posd(1, 2, 3)));
+    device->addPlainChild(child);
+    scene.addMechanism(device.get(), true);
+    drain();
+
+    const Visual* visual = Scene::GetVisual(child->getId());
+    EXPECT_EQ(visual->getType(), VisualType::None);
+    EXPECT_EQ(visual->getPosition(), rob::Posf(1, 2, 3));
+    EXPECT_EQ(visual->getParent(), Scene::GetVisual(device->getId()));
+}
+
+TEST_F(StationVisuals, MechanismWithoutChildrenHasBareLinks)
+{
+    const auto tool = test::makeTool();
+    scene.addMechanism(tool.get(), false);
+    drain();
+
+    EXPECT_EQ(Scene::GetVisual(tool->getLinks()[0]->getId())->getBodiesNum(), 0u);
+    EXPECT_FALSE(Scene::HasVisual(memberPart(*tool->getLinks()[0], 0).getId()));
+}
+
+TEST_F(StationVisuals, ToolFrameHangsOnTheToolAndCanBePicked)
+{
+    const auto tool = test::makeTool();
+    scene.addMechanism(tool.get(), true);
+    drain();
+
+    Visual* frame = Scene::GetVisual(tool->getFrames()[0]->getId());
+    EXPECT_EQ(frame->getParent(), Scene::GetVisual(tool->getId()));
+    EXPECT_EQ(frame->getPosition(), rob::Posf(50, 0, 0));
+    EXPECT_THAT(frame->getName(), testing::StartsWith("Tool Frame"));
+    EXPECT_TRUE(selection::VisualSelection::Get()->hasVisual(frame));
+}
+
+class Programs : public StationVisuals {
+protected:
+    Programs()
+    {
+        Layout::inst().addPart(owner);
+        scene.addPart(owner.get());
+        workObject->setOwnerId(owner->getId());
+        workObject->setPose(rob::Posed(rob::Posd(1, 2, 3)));
+        workObject->getObjectFrame()->setPose(rob::Posed(rob::Posd(10, 0, 0)));
+        toolData->setOwnerId(owner->getId());
+        toolData->setPose(rob::Posed(rob::Posd(0, 0, 50)));
+        program->addDataItem(workObject);
+        program->addDataItem(toolData);
+        Layout::inst().addTask(program);
+        drain();
+    }
+    WObjVisual& group() const { return dynamic_cast<WObjVisual&>(*Scene::GetVisual(workObject->getId())); }
+
+    std::shared_ptr<layout::Part> owner = test::makePart("owner", {100, 0, 0});
+    std::shared_ptr<task::WObjDataItem> workObject = std::make_shared<task::WObjDataItem>(test::newId(), "wobj");
+    std::shared_ptr<task::ToolDataItem> toolData = std::make_shared<task::ToolDataItem>(test::newId(), "tcp");
+    std::shared_ptr<task::Task> program = std::make_shared<task::Task>(test::newId(), "task");
+};
+
+TEST_F(Programs, WorkObjectIsAUserFrameWithAnObjectFrameOnIt)
+{
+    scene.addWObj(workObject.get());
+    drain();
+
+    EXPECT_EQ(group().getParent(), Scene::GetVisual(owner->getId()));
+    EXPECT_EQ(group().getPosition(), rob::Posf(1, 2, 3));
+    EXPECT_TRUE(group().isAnchored());
+    EXPECT_THAT(group().getName(), testing::StartsWith("__WOBJ_" + std::to_string(workObject->getId())));
+    EXPECT_EQ(group().getUserFrame()->getParent(), &group());
+    EXPECT_EQ(group().getUserFrame()->getType(), VisualType::UserFrame);
+    EXPECT_EQ(group().getObjectFrame()->getParent(), group().getUserFrame());
+    EXPECT_EQ(group().getObjectFrame()->getType(), VisualType::ObjectFrame);
+    EXPECT_EQ(group().getObjectFrame()->getPosition(), rob::Posf(10, 0, 0));
+    EXPECT_EQ(Scene::GetVisual(workObject->getObjectFrame()->getId()), group().getObjectFrame());
+    EXPECT_FALSE(Scene::HasVisual(group().getUserFrame()->getId())) << "the user frame is not registered";
+    EXPECT_TRUE(selection::VisualSelection::Get()->hasVisual(group().getUserFrame()));
+    EXPECT_TRUE(selection::VisualSelection::Get()->hasVisual(group().getObjectFrame()));
+}
+
+TEST_F(Programs, UserFrameThatIsNotFixedKeepsThePlaceOfItsOwner)
+{
+    workObject->setFixedUFrame(false);
+    scene.addWObj(workObject.get());
+    drain();
+
+    EXPECT_EQ(group().getPosition(), rob::Posf(0, 0, 0));
+}
+
+TEST_F(Programs, UpdatedWorkObjectFollowsTheModel)
+{
+    scene.addWObj(workObject.get());
+    const auto other = addPart("other");
+    workObject->setOwnerId(other->getId());
+    workObject->setPose(rob::Posed(rob::Posd(4, 5, 6)));
+    workObject->getObjectFrame()->setPose(rob::Posed(rob::Posd(0, 20, 0)));
+
+    scene.updateWObj(workObject->getId());
+    drain();
+
+    EXPECT_EQ(group().getParent(), Scene::GetVisual(other->getId()));
+    EXPECT_EQ(group().getPosition(), rob::Posf(4, 5, 6));
+    EXPECT_EQ(group().getObjectFrame()->getPosition(), rob::Posf(0, 20, 0));
+}
+
+TEST_F(Programs, UpdatedWorkObjectOfTheStationHangsOnTheWorld)
+{
+    scene.addWObj(workObject.get());
+    workObject->setOwnerId(0);
+
+    scene.updateWObj(workObject->getId());
+    drain();
+
+    EXPECT_EQ(group().getParent(), world);
+}
+
+TEST_F(Programs, UpdatedWorkObjectOfAnUnknownOwnerFails)
+{
+    scene.addWObj(workObject.get());
+    workObject->setOwnerId(4711);
+
+    scene.updateWObj(workObject->getId());
+
+    EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::out_of_range>(StrEq(unknownKey)));
+}
+
+TEST_F(Programs, LooksOfAWorkObjectAreThoseOfItsFrames)
+{
+    scene.addWObj(workObject.get());
+    scene.setVisualSelected(workObject->getId());
+
+    drain();
+
+    EXPECT_TRUE(Scene::GetStateManager()->hasLayer(&group(), VisualStateLayer::Selected));
+}
+
+TEST_F(Programs, HidingTheOwnerLeavesTheWorkObject)
+{
+    scene.addWObj(workObject.get());
+    drain();
+
+    Scene::GetVisual(owner->getId())->setVisible(false, true);
+
+    EXPECT_TRUE(group().isVisible());
+}
+
+TEST_F(Programs, WorkObjectsAreShownAndHiddenWithTheirFrames)
+{
+    scene.addWObj(workObject.get());
+    scene.setWObjVisualVisible(false);
+    drain();
+
+    EXPECT_FALSE(group().isVisible());
+    EXPECT_FALSE(group().getObjectFrame()->isVisible());
+}
+
+TEST_F(Programs, SizeOfWorkObjectsReachesBothFrames)
+{
+    scene.addWObj(workObject.get());
+    scene.setFrameSize(33, VisualType::WObj);
+    drain();
+
+    EXPECT_EQ(SceneCore::Get()->settings.wobjFrameSize, 33);
+    SceneCore::Get()->settings.wobjFrameSize = test::testSettings().wobjFrameSize;
+}
+
+TEST_F(Programs, ToolDataIsAFrameOnItsOwner)
+{
+    scene.addToolData(toolData->getId());
+    drain();
+
+    Visual* tcp = Scene::GetVisual(toolData->getId());
+    EXPECT_EQ(tcp->getType(), VisualType::Tcp);
+    EXPECT_EQ(tcp->getParent(), Scene::GetVisual(owner->getId()));
+    EXPECT_EQ(tcp->getPosition(), rob::Posf(0, 0, 50));
+    EXPECT_TRUE(selection::VisualSelection::Get()->hasVisual(tcp));
+
+    toolData->setPose(rob::Posed(rob::Posd(0, 0, 70)));
+    scene.updateToolData(toolData->getId());
+    drain();
+    EXPECT_EQ(Scene::GetVisual(toolData->getId())->getPosition(), rob::Posf(0, 0, 70));
+}
+
+TEST_F(Programs, ToolDataOfAnUnknownOwnerFails)
+{
+    toolData->setOwnerId(4711);
+    scene.addToolData(toolData->getId());
+
+    EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::out_of_range>(StrEq(unknownKey)));
+}
+
+TEST_F(Programs, UpdatingToolDataWithoutVisualFails)
+{
+    scene.updateToolData(toolData->getId());
+
+    EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::out_of_range>(StrEq(unknownKey)));
+}
+
+TEST_F(Programs, TaskBringsItsWorkObjectsAndToolData)
+{
+    scene.buildTask(program->getId());
+    scene.buildTask(4711); // no task
+
+    EXPECT_TRUE(Scene::HasVisual(workObject->getId()));
+    EXPECT_TRUE(Scene::HasVisual(toolData->getId()));
+}
+
+TEST_F(Programs, SelectedTaskSelectsWhatItHoldsAndItsRobot)
+{
+    const auto arm = addArm("kuka");
+    program->setManipulatorId(arm->getId());
+    scene.buildTask(program->getId());
+
+    scene.setVisualSelected(program->getId());
+    drain();
+
+    EXPECT_THAT(scene.getSelectedVisuals(), testing::ElementsAre(toolData->getId(), workObject->getId(), arm->getId()));
+}
+
+TEST_F(Programs, SelectedOperationSelectsItsMembers)
+{
+    const auto operation = std::make_shared<task::Operation>(test::newId(), "operation");
+    operation->addMember(owner->getId());
+    Layout::inst().addOperation(operation);
+
+    scene.setVisualSelected(operation->getId());
+    drain();
+
+    EXPECT_THAT(scene.getSelectedVisuals(), testing::ElementsAre(owner->getId()));
+}
+
+class TcpTrace : public test::RenderTest {
+protected:
+    static const Ogre::ManualObject& traceOf(const Visual& visual)
+    {
+        return dynamic_cast<Ogre::ManualObject&>(*visual.getSceneNode()->getAttachedObject(0));
+    }
+};
+
+TEST_F(TcpTrace, LineShowsFromTheSecondPointOn)
+{
+    auto* trace = new TcpTraceVisual(world);
+    const test::View view{{0, -200, 0}, {0, 0, 0}, {0, 0, 1}};
+    trace->addColorPoint({-50, 0, 0}, {1, 0, 0});
+    const test::Picture empty = render(view);
+
+    trace->addColorPoint({50, 0, 0}, {1, 0, 0});
+    const test::Picture line = render(view);
+
+    EXPECT_EQ(test::largestDifference(empty, render({{0, 200, 50000}, {0, 200, 60000}, {0, 1, 0}})), 0);
+    EXPECT_GT(test::largestDifference(empty, line), 60);
+    EXPECT_EQ(traceOf(*trace).getRenderQueueGroup(), 70);
+}
+
+TEST_F(TcpTrace, ClearedItStartsAgain)
+{
+    auto* trace = new TcpTraceVisual(world);
+    trace->addColorPoint({-50, 0, 0}, {1, 0, 0});
+    trace->addColorPoint({50, 0, 0}, {1, 0, 0});
+
+    trace->clear();
+    EXPECT_TRUE(traceOf(*trace).getSections().empty());
+
+    trace->addColorPoint({-50, 0, 0}, {0, 1, 0});
+    trace->addColorPoint({50, 0, 0}, {0, 1, 0});
+    EXPECT_FALSE(traceOf(*trace).getSections().empty());
+}
+
+TEST_F(TcpTrace, TwoTracesHaveNamesOfTheirOwn)
+{
+    const auto* first = new TcpTraceVisual(world);
+    const auto* second = new TcpTraceVisual(world);
+
+    EXPECT_NE(traceOf(*first).getName(), traceOf(*second).getName());
+}
+
+TEST_F(TcpTrace, OneThatWasHandedOverIsDeletedByAPost)
+{
+    scene.clearTcpTrace();
+    EXPECT_NO_THROW(drain()) << "none was";
+    scene.setTcpTrace(new TcpTraceVisual(world));
+
+    scene.clearTcpTrace();
+    drain();
+    scene.clearTcpTrace();
+
+    EXPECT_NO_THROW(drain());
+}
+
+} // namespace
+} // namespace vrk::visual

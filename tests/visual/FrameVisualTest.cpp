@@ -1,0 +1,212 @@
+#include "visual/FrameVisual.h"
+
+#include "platform/sdf/SdfObject.h"
+#include "scene/core/SceneCore.h"
+#include "selection/VisualSelection.h"
+#include "support/SceneFixture.h"
+#include "visual/Edges.h"
+
+namespace vrk::visual {
+namespace {
+
+using test::uploaded;
+using testing::ElementsAre;
+using testing::StartsWith;
+
+class FrameVisualTest : public test::SceneFixture {
+protected:
+    selection::VisualSelection& picking = *selection::VisualSelection::Get();
+};
+
+const DynamicLines& axis(const FrameVisual& frame, unsigned index)
+{
+    return *frame.getLines().at(index);
+}
+
+/// Where the points of the x axis lie on it.
+std::vector<float> alongX(const FrameVisual& frame)
+{
+    std::vector<float> places;
+    for (const rob::Posf& point : uploaded(axis(frame, 0)))
+        places.push_back(point.x);
+    return places;
+}
+
+std::vector<std::string> materialsOf(const FrameVisual& frame)
+{
+    std::vector<std::string> names;
+    for (const auto& line : frame.getLines())
+        names.push_back(line->getMaterial()->getName());
+    return names;
+}
+
+TEST_F(FrameVisualTest, AxesAreThreeLinesFromTheOrigin)
+{
+    const FrameVisual frame(world, 25.5f);
+
+    EXPECT_EQ(frame.getType(), VisualType::Frame);
+    ASSERT_EQ(frame.getLines().size(), 3u);
+    EXPECT_THAT(uploaded(axis(frame, 0)), ElementsAre(rob::Posf(0, 0, 0), rob::Posf(25.5f, 0, 0)));
+    EXPECT_THAT(uploaded(axis(frame, 1)), ElementsAre(rob::Posf(0, 0, 0), rob::Posf(0, 25.5f, 0)));
+    EXPECT_THAT(uploaded(axis(frame, 2)), ElementsAre(rob::Posf(0, 0, 0), rob::Posf(0, 0, 25.5f)));
+    EXPECT_EQ(axis(frame, 0).getRenderOpType(), RenderOpType::Lines);
+    EXPECT_THAT(materialsOf(frame), ElementsAre("RedFrameLine", "GreenFrameLine", "BlueFrameLine"));
+}
+
+struct SizeCase {
+    const char* name;
+    VisualType asked;
+    VisualType given;
+    float size;
+};
+class FrameVisualSize : public FrameVisualTest, public testing::WithParamInterface<SizeCase> {};
+
+TEST_P(FrameVisualSize, IsTheScenesForTheType)
+{
+    const FrameVisual solid(world, 500, "sized", GetParam().asked);
+    const FrameVisual dashed(world, "sized", GetParam().asked, 1);
+
+    EXPECT_EQ(solid.getType(), GetParam().given);
+    EXPECT_EQ(dashed.getType(), GetParam().given);
+    EXPECT_THAT(alongX(solid), ElementsAre(0, GetParam().size));
+    EXPECT_THAT(alongX(dashed), ElementsAre(0, GetParam().size)) << "one dash is a solid line";
+}
+
+// A type without a size has axes of two equal points.
+INSTANTIATE_TEST_SUITE_P(Table, FrameVisualSize,
+                         testing::Values(SizeCase{"None", VisualType::None, VisualType::Frame, 100},
+                                         SizeCase{"Plain", VisualType::Frame, VisualType::Frame, 100},
+                                         SizeCase{"Tool", VisualType::Tcp, VisualType::Tcp, 70},
+                                         SizeCase{"RobotTarget", VisualType::Robtarget, VisualType::Robtarget, 50},
+                                         SizeCase{"JointTarget", VisualType::JointTarget, VisualType::JointTarget, 60},
+                                         SizeCase{"UserFrame", VisualType::UserFrame, VisualType::UserFrame, 80},
+                                         SizeCase{"ObjectFrame", VisualType::ObjectFrame, VisualType::ObjectFrame, 80},
+                                         SizeCase{"WorkObject", VisualType::WObj, VisualType::WObj, 0},
+                                         SizeCase{"Unknown", static_cast<VisualType>(99), static_cast<VisualType>(99),
+                                                  0}),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(FrameVisualTest, DashesEndAtWholeUnits)
+{
+    const FrameVisual frame(world, "dashed", VisualType::Frame, 3);
+
+    // A gap of 14.59 units and a dash of 23.61, cut down at each end.
+    EXPECT_THAT(alongX(frame), ElementsAre(0, 23, 37, 60, 74, 100));
+    EXPECT_THAT(uploaded(axis(frame, 2)).at(3), rob::Posf(0, 0, 60));
+}
+
+TEST_F(FrameVisualTest, NoDashesMeanOne)
+{
+    const FrameVisual frame(world, "dashed", VisualType::Frame, 0);
+
+    EXPECT_THAT(alongX(frame), ElementsAre(0, 100));
+}
+
+TEST_F(FrameVisualTest, NameMayBeLeftToTheFrame)
+{
+    const FrameVisual named(world, 7, "Local Frame", VisualType::Frame);
+    const FrameVisual nameless(world, 0, "", VisualType::Frame);
+
+    EXPECT_THAT(named.getName(), StartsWith("Local Frame"));
+    EXPECT_EQ(named.getId(), 7u);
+    EXPECT_THAT(nameless.getName(), StartsWith("__FRAME_0__"));
+    EXPECT_EQ(nameless.getId(), 0u);
+}
+
+TEST_F(FrameVisualTest, TwoFramesOfOneNameStandSideBySide)
+{
+    const FrameVisual first(world, 7, "Local Frame", VisualType::Frame);
+    const FrameVisual second(world, 7, "Local Frame", VisualType::Frame);
+
+    EXPECT_NE(first.getName(), second.getName());
+    EXPECT_THAT(second.getName(), StartsWith("Local Frame"));
+}
+
+TEST_F(FrameVisualTest, LastLookWins)
+{
+    FrameVisual frame(world, 10.0f);
+
+    frame.setSelected();
+    EXPECT_THAT(materialsOf(frame),
+                ElementsAre("RedFrameLineSelected", "GreenFrameLineSelected", "BlueFrameLineSelected"));
+    frame.setHighlighted();
+    EXPECT_THAT(materialsOf(frame), ElementsAre("WhiteFrameLine", "WhiteFrameLine", "WhiteFrameLine"));
+    frame.clearHighlightOrSelect();
+    EXPECT_THAT(materialsOf(frame), ElementsAre("RedFrameLine", "GreenFrameLine", "BlueFrameLine"));
+}
+
+TEST_F(FrameVisualTest, MaterialsOfTheParentLeaveTheAxesTheirColours)
+{
+    auto* part = new Visual(world);
+    auto* frame = new FrameVisual(part, 10.0f);
+
+    part->setMaterial("Body", "BodySelected", "BodyHighlighted");
+
+    EXPECT_THAT(materialsOf(*frame), ElementsAre("RedFrameLine", "GreenFrameLine", "BlueFrameLine"));
+}
+
+TEST_F(FrameVisualTest, SizeMovesTheEndOfEachAxis)
+{
+    FrameVisual frame(world, 10.0f);
+
+    frame.setFrameSize(40);
+
+    EXPECT_EQ(uploaded(axis(frame, 0)).at(1), rob::Posf(40, 0, 0));
+    EXPECT_EQ(uploaded(axis(frame, 1)).at(1), rob::Posf(0, 40, 0));
+    EXPECT_EQ(uploaded(axis(frame, 2)).at(1), rob::Posf(0, 0, 40));
+}
+
+TEST_F(FrameVisualTest, SizeOfADashedFrameMovesTheEndOfTheFirstDashOnly)
+{
+    FrameVisual frame(world, "dashed", VisualType::Frame, 3);
+
+    frame.setFrameSize(200);
+
+    EXPECT_THAT(alongX(frame), ElementsAre(0, 200, 37, 60, 74, 100));
+}
+
+TEST_F(FrameVisualTest, PreviewFrameIsHiddenSelectedAndKnownToNobody)
+{
+    FrameVisual* frame = FrameVisual::Build(world, 5);
+
+    EXPECT_THAT(frame->getName(), StartsWith("frame"));
+    EXPECT_FALSE(frame->isVisible());
+    EXPECT_EQ(materialsOf(*frame).front(), "RedFrameLineSelected");
+    EXPECT_EQ(alongX(*frame).size(), 10u);
+    EXPECT_FALSE(Scene::HasVisual(frame->getId()));
+    EXPECT_FALSE(picking.hasVisual(frame));
+}
+
+TEST_F(FrameVisualTest, FrameOfAModelObjectIsRegisteredAndSelectable)
+{
+    sdf::SdfNode node(sdf::ModelType::Frame, 81, "fixture");
+    node.setPose({{1, 2, 3}, rob::Rotationd(0.5, 0.5, 0.5, 0.5)});
+
+    FrameVisual::Build(world, &node);
+
+    Visual* frame = Scene::GetVisual(81);
+    EXPECT_EQ(frame->getType(), VisualType::Frame);
+    EXPECT_EQ(frame->getName(), "fixture_81");
+    EXPECT_EQ(frame->getPose(), rob::Posef({1, 2, 3}, rob::Rotationf(0.5f, 0.5f, 0.5f, 0.5f)));
+    EXPECT_TRUE(picking.hasVisual(frame));
+    EXPECT_TRUE(picking.isDetectable(frame));
+}
+
+TEST_F(FrameVisualTest, MissingMaterialFailsAndLeavesNothingBehind)
+{
+    Ogre::MaterialManager& materials = Ogre::MaterialManager::getSingleton();
+    const Ogre::MaterialPtr blue = materials.getByName("BlueFrameLine");
+    const Ogre::MaterialPtr kept = blue->clone("kept blue");
+    materials.remove(blue->getName(), blue->getGroup());
+    const std::size_t children = test::childrenOf(*world).size();
+
+    EXPECT_THROW(FrameVisual(world, 10.0f), Ogre::ItemIdentityException);
+    EXPECT_EQ(test::childrenOf(*world).size(), children);
+
+    kept->clone("BlueFrameLine");
+    materials.remove(kept->getName(), kept->getGroup());
+    EXPECT_NO_THROW(FrameVisual(world, 10.0f));
+}
+
+} // namespace
+} // namespace vrk::visual
