@@ -12,6 +12,7 @@
 namespace vrk::station {
 namespace {
 
+constexpr std::size_t deepestLevel = 256;
 constexpr double rotationTolerance = 1e-3; // of the length; hand-written files have few digits
 
 /// Follows the parser, so that a failure can tell where it was.
@@ -24,6 +25,8 @@ public:
         switch (event) {
         case Json::parse_event_t::object_start:
         case Json::parse_event_t::array_start:
+            if (levels.size() == deepestLevel)
+                throw StationFileError(file, path(), fmt::format("expected no more than {} levels", deepestLevel));
             levels.push_back({event == Json::parse_event_t::array_start, 0, {}, {}});
             break;
         case Json::parse_event_t::key:

@@ -9,6 +9,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <map>
 #include <mutex>
 #include <string_view>
@@ -124,7 +125,8 @@ urdf::ModelInterfaceSharedPtr parseUrdfText(const std::string& text, const std::
     TiXmlDocument document;
     document.Parse(text.c_str());
     if (document.Error())
-        throw ImportError(file, fmt::format("line {}: {}", document.ErrorRow(), oneLine(document.ErrorDesc())));
+        throw ImportError(file,
+                          fmt::format("line {}: {}", std::max(1, document.ErrorRow()), oneLine(document.ErrorDesc())));
     const TiXmlElement* const robot = document.FirstChildElement("robot");
     if (robot == nullptr)
         throw ImportError(file, "not a robot description");

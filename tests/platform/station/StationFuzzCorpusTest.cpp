@@ -1,0 +1,71 @@
+#include "support/TempFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <random>
+#include <string>
+#include <vector>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+namespace {
+
+std::vector<std::string> seeds()
+{
+    const std::string head = R"({"format":"vrk-station","version":1)";
+    const std::string document = vrk::test::TempFolder::Read(std::filesystem::path(VRK_DOCS_DIR) / "station-format.md");
+    const std::size_t begin = document.find("```json\n") + 8;
+    return {"",
+            "null",
+            head + "}",
+            document.substr(begin, document.find("```", begin) - begin),
+            head +
+                R"(,"groups":[{"id":1,"name":"a","type":53,"members":[2]},{"id":2,"name":"b","type":54,"members":[]}],
+                      "operations":[{"id":3,"name":"o","members":[1]}],"hidden":[1,2]})",
+            head + R"(,"assemblies":[{"id":1,"name":"a","pose":[0,0,0,1,0,0,0],"members":[
+                      {"type":"assembly","id":2,"name":"b","pose":[0,0,0,1,0,0,0],"members":[
+                      {"type":"part","id":3,"name":"p","pose":[1,2,3,0,1,0,0],"bodies":[]}]}]}],
+                      "attachments":[{"child":3,"parent":2,"pose":[0,0,0,1,0,0,0]}]})",
+            head + R"(,"tasks":[{"id":1,"name":"t","data":[{"type":"work_object","id":2,"name":"w","owner":"station",
+                      "pose":[0,0,0,1,0,0,0],"fixed":false,"object_frame":{"id":4,"name":"","pose":[0,0,0,1,0,0,0]}}]}],
+                      "components":[{"id":5,"name":"c","kind":"component","components":[]}]})"};
+}
+
+void feed(const std::string& input)
+{
+    LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(input.data()), input.size());
+}
+
+TEST(StationFuzzCorpus, EachSeedIsAStationOrAnOwnFailure) // the target itself aborts where it is not
+{
+    for (const std::string& seed : seeds())
+        feed(seed);
+}
+
+TEST(StationFuzzCorpus, DamagedSeedsAreStationsOrOwnFailures)
+{
+    const std::vector<std::string> corpus = seeds();
+    const std::vector<std::string> words{"0", "-1", "1e999", "null", "[]",      "{}", "\"station\"",
+                                         "1", "2",  "3",     ",",    "\"id\":", "["};
+    std::mt19937 random(5);
+    for (int i = 0; i < 20000; ++i) {
+        std::string text = corpus[random() % corpus.size()];
+        for (unsigned edits = 1 + random() % 4; edits > 0 && !text.empty(); --edits) {
+            const std::size_t at = random() % text.size();
+            switch (random() % 3) {
+            case 0:
+                text[at] = static_cast<char>(random());
+                break;
+            case 1:
+                text.erase(at, random() % 12);
+                break;
+            default:
+                text.replace(at, 1, words[random() % words.size()]);
+            }
+        }
+        feed(text);
+    }
+}
+
+} // namespace

@@ -1,0 +1,278 @@
+#include "platform/station/StationFile.h"
+
+#include "../StepFiles.h"
+#include "CacheFolder.h"
+
+#include "platform/layout/Body.h"
+#include "platform/layout/Part.h"
+#include "platform/layout/PointCloud.h"
+#include "platform/sdf/SdfManager.h"
+#include "platform/station/ImportCloud.h"
+
+#include <BRepPrimAPI_MakeBox.hxx>
+#include <BRepPrimAPI_MakeCylinder.hxx>
+#include <BRepTools.hxx>
+#include <BRep_Builder.hxx>
+#include <TopoDS_Compound.hxx>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace vrk::station {
+namespace {
+
+using layout::Body;
+using layout::Layout;
+using layout::Part;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StrEq;
+using testing::ThrowsMessage;
+
+class StationGeometry : public testing::Test {
+protected:
+    ~StationGeometry() override { Layout::inst().clear(); }
+
+    static std::shared_ptr<Body> addBody(const std::string& uri, const std::string& type,
+                                         const TopoDS_Shape& shape = {})
+    {
+        const auto part = std::make_shared<Part>(sdf::SdfManager::inst().generateId(), "part");
+        const auto body = part->addBody("body");
+        body->setGeometry(uri, type);
+        body->setShape(shape);
+        Layout::inst().addPart(part);
+        return body;
+    }
+    std::string save(const std::string& name = "cell.station.json")
+    {
+        SaveStationFile(folder / name);
+        return test::TempFolder::Read(folder / name);
+    }
+    std::shared_ptr<Body> loadBody(const std::string& name = "cell.station.json")
+    {
+        LoadStationFile(folder / name);
+        return Layout::inst().parts.at(0)->getBodies().at(0);
+    }
+    static std::string binaryStl() { return std::string(80, ' ') + std::string("\1\0\0\0", 4) + std::string(50, '\0'); }
+
+    test::TempFolder folder;
+    test::CacheFolder cache;
+};
+
+TEST_F(StationGeometry, FilesInTheStationsFolderAreNamedRelatively)
+{
+    addBody(folder.write("parts/a.stl", binaryStl()).string(), "stl");
+
+    EXPECT_THAT(save(), HasSubstr("\"uri\": \"parts/a.stl\""));
+    EXPECT_EQ(loadBody()->getGeometryUri(), (folder / "parts/a.stl").string());
+}
+
+TEST_F(StationGeometry, FilesBesideTheStationsFolderAreNamedRelatively)
+{
+    addBody(folder.write("parts/a.stl", binaryStl()).string(), "stl");
+    std::filesystem::create_directories(folder / "cells");
+
+    EXPECT_THAT(save("cells/cell.station.json"), HasSubstr("\"uri\": \"../parts/a.stl\""));
+    EXPECT_EQ(loadBody("cells/cell.station.json")->getGeometryUri(), (folder / "parts/a.stl").string());
+}
+
+TEST_F(StationGeometry, StationMovesWithItsFolder)
+{
+    addBody(folder.write("one/parts/a.stl", binaryStl()).string(), "stl");
+    save("one/cell.station.json");
+
+    std::filesystem::rename(folder / "one", folder / "two");
+
+    EXPECT_EQ(loadBody("two/cell.station.json")->getGeometryUri(), (folder / "two/parts/a.stl").string());
+}
+
+TEST_F(StationGeometry, UriWithASchemeStaysAsItIs)
+{
+    addBody("resource://meshes/a.stl", "stl");
+
+    EXPECT_THAT(save(), HasSubstr("\"uri\": \"resource://meshes/a.stl\""));
+    EXPECT_EQ(loadBody()->getGeometryUri(), "resource://meshes/a.stl");
+}
+
+TEST_F(StationGeometry, MissingMeshIsNotSaved)
+{
+    addBody("/no/such/a.stl", "stl");
+
+    EXPECT_THAT([&] { save(); },
+                ThrowsMessage<StationFileError>((folder / "cell.station.json").string() +
+                                                ": /parts/0/bodies/0/geometry/uri: expected a file that is there, not "
+                                                "'/no/such/a.stl'"));
+    EXPECT_FALSE(std::filesystem::exists(folder / "cell.station.json"));
+}
+
+TEST_F(StationGeometry, DamagedMeshIsRefusedWithItsCause)
+{
+    const std::filesystem::path mesh = folder.write("a.stl", binaryStl());
+    addBody(mesh.string(), "stl");
+    save();
+    folder.write("a.stl", "no mesh");
+
+    EXPECT_THAT([&] { loadBody(); }, ThrowsMessage<StationFileError>(
+                                         (folder / "cell.station.json").string() +
+                                         ": /parts/0/bodies/0/geometry/uri: expected geometry that can be read: " +
+                                         mesh.string() + ": neither a binary nor an ascii STL file"));
+}
+
+TEST_F(StationGeometry, ShapeOfAStepFileIsFoundByItsName)
+{
+    test::StepDocument document;
+    document.addProduct(BRepPrimAPI_MakeBox(10, 20, 30).Shape(), "box");
+    document.addProduct(BRepPrimAPI_MakeCylinder(5, 8).Shape(), "wheel");
+    document.write(folder / "parts.step");
+    for (const auto& part : ImportFile(folder / "parts.step"))
+        Layout::inst().addPart(part);
+
+    const std::string text = save();
+    EXPECT_THAT(text, HasSubstr("\"uri\": \"parts.step#wheel\""));
+    loadBody();
+
+    ASSERT_EQ(Layout::inst().parts.size(), 2u);
+    EXPECT_EQ(Layout::inst().parts[0]->getBodies()[0]->getFaceMap().Extent(), 6);
+    EXPECT_EQ(Layout::inst().parts[1]->getBodies()[0]->getFaceMap().Extent(), 3);
+    EXPECT_EQ(save("again.station.json"), text);
+}
+
+TEST_F(StationGeometry, ShapeOfAnotherNameIsRefused)
+{
+    BRepTools::Write(BRepPrimAPI_MakeBox(1, 2, 3).Shape(), (folder / "box.brep").c_str());
+    addBody((folder / "box.brep").string() + "#7", "brep");
+    save();
+
+    EXPECT_THAT([&] { loadBody(); },
+                ThrowsMessage<StationFileError>((folder / "cell.station.json").string() +
+                                                ": /parts/0/bodies/0/geometry/uri: expected the name of a shape in its "
+                                                "file, not 'box.brep#7'"));
+}
+
+TEST_F(StationGeometry, BodiesOfOneGeometryShareItsShape)
+{
+    BRepTools::Write(BRepPrimAPI_MakeBox(1, 2, 3).Shape(), (folder / "box.brep").c_str());
+    addBody((folder / "box.brep").string() + "#1", "brep");
+    addBody((folder / "box.brep").string() + "#1", "brep");
+    save();
+
+    loadBody();
+
+    const auto& parts = Layout::inst().parts;
+    ASSERT_EQ(parts.size(), 2u);
+    EXPECT_TRUE(parts[0]->getBodies()[0]->getShape().IsSame(parts[1]->getBodies()[0]->getShape()));
+}
+
+TEST_F(StationGeometry, ShapeMadeInMemoryIsWrittenBesideTheStation)
+{
+    const TopoDS_Shape box = BRepPrimAPI_MakeBox(10, 20, 30).Shape();
+    addBody("demo#box 1", "brep", box);
+    addBody("demo#box 1", "brep", box);
+
+    const std::string text = save();
+    EXPECT_THAT(text, HasSubstr("\"uri\": \"cell.files/box_1-"));
+    const auto files = std::filesystem::directory_iterator(folder / "cell.files");
+    EXPECT_EQ(std::distance(begin(files), end(files)), 1);
+    const auto body = loadBody();
+
+    EXPECT_EQ(body->getFaceMap().Extent(), 6);
+    EXPECT_EQ(save("cell.station.json"), text);
+}
+
+TEST_F(StationGeometry, ShapeOfSeveralSolidsComesBackAsOne)
+{
+    TopoDS_Compound both;
+    const BRep_Builder builder;
+    builder.MakeCompound(both);
+    builder.Add(both, BRepPrimAPI_MakeBox(10, 20, 30).Shape());
+    builder.Add(both, BRepPrimAPI_MakeCylinder(5, 8).Shape());
+    addBody("demo#both", "brep", both);
+    save();
+
+    const auto body = loadBody();
+
+    EXPECT_EQ(body->getShape().ShapeType(), TopAbs_COMPOUND);
+    EXPECT_EQ(body->getFaceMap().Extent(), 9);
+}
+
+TEST_F(StationGeometry, ChangedShapeGetsAnotherFile)
+{
+    addBody("demo#box", "brep", BRepPrimAPI_MakeBox(10, 20, 30).Shape());
+    const std::string before = save();
+    Layout::inst().clear();
+    addBody("demo#box", "brep", BRepPrimAPI_MakeBox(10, 20, 31).Shape());
+
+    const std::string after = save();
+
+    EXPECT_NE(before.find("box-"), std::string::npos);
+    EXPECT_NE(before.substr(before.find("box-"), 20), after.substr(after.find("box-"), 20));
+}
+
+TEST_F(StationGeometry, MeshInTheCacheIsCopiedBesideTheStation)
+{
+    const auto parts = ImportFile(folder.write("part.Stl", binaryStl())); // kept in the cache under another ending
+    Layout::inst().addPart(parts[0]);
+    const std::string cached = parts[0]->getBodies()[0]->getGeometryUri();
+    ASSERT_THAT(cached, HasSubstr(cache.path().string()));
+
+    const std::string text = save();
+    EXPECT_THAT(text, HasSubstr("\"uri\": \"cell.files/part-"));
+    std::filesystem::remove_all(cache.path());
+    const auto body = loadBody();
+
+    EXPECT_EQ(body->getGeometryUri(), (folder / "cell.files" / std::filesystem::path(cached).filename()).string());
+    EXPECT_EQ(test::TempFolder::Read(body->getGeometryUri()).size(), 134u);
+    EXPECT_EQ(save("cell.station.json"), text);
+}
+
+TEST_F(StationGeometry, PointCloudIsReadFromItsFile)
+{
+    const std::filesystem::path file = folder.write("scan.xyz", "1 2 3 0 0 1\n4 5 6 0 1 0\n");
+    const auto cloud = ImportPointCloud(file);
+    cloud->setPose(rob::Posed(rob::Posd(7, 7, 7)));
+    Layout::inst().addPointCloud(cloud);
+    const std::string text = save();
+    EXPECT_THAT(text, HasSubstr("\"uri\": \"scan.xyz\""));
+
+    LoadStationFile(folder / "cell.station.json");
+
+    ASSERT_EQ(Layout::inst().pointclouds.size(), 1u);
+    const layout::PointCloud& loaded = *Layout::inst().pointclouds[0];
+    EXPECT_EQ(loaded.getId(), cloud->getId());
+    EXPECT_EQ(loaded.getPoints(), cloud->getPoints());
+    EXPECT_EQ(loaded.getNormals().size(), 2u);
+    EXPECT_EQ(loaded.getPose(), cloud->getPose());
+    EXPECT_EQ(save("again.station.json"), text);
+}
+
+TEST_F(StationGeometry, MissingPointCloudIsRefused)
+{
+    const std::filesystem::path file = folder.write("scan.xyz", "1 2 3\n");
+    Layout::inst().addPointCloud(ImportPointCloud(file));
+    save();
+    std::filesystem::remove(file);
+
+    EXPECT_THAT([&] { LoadStationFile(folder / "cell.station.json"); },
+                ThrowsMessage<StationFileError>((folder / "cell.station.json").string() +
+                                                ": /pointclouds/0/geometry/uri: expected a file that is there, not "
+                                                "'scan.xyz'"));
+}
+
+TEST_F(StationGeometry, BrepFileAsAWholeIsOneShape)
+{
+    TopoDS_Compound both;
+    const BRep_Builder builder;
+    builder.MakeCompound(both);
+    builder.Add(both, BRepPrimAPI_MakeBox(1, 2, 3).Shape());
+    builder.Add(both, BRepPrimAPI_MakeBox(1, 2, 3).Shape());
+    BRepTools::Write(both, (folder / "both.brep").c_str());
+
+    EXPECT_EQ(ImportShape((folder / "both.brep").string()).ShapeType(), TopAbs_COMPOUND);
+    EXPECT_EQ(ImportShape((folder / "both.brep").string() + "#2").ShapeType(), TopAbs_SOLID);
+    const std::filesystem::path mesh = folder.write("a.stl", binaryStl());
+    EXPECT_THAT([&] { ImportShape(mesh.string()); },
+                ThrowsMessage<ImportError>(mesh.string() + ": only a BREP file is meant as a whole"));
+}
+
+} // namespace
+} // namespace vrk::station
