@@ -99,7 +99,7 @@ std::shared_ptr<Part> single(const std::string& name, const Posed& pose, const T
 /// A pair of gears on their shafts in a case whose front is left away.
 std::shared_ptr<Part> gearUnit(std::vector<HiddenFace>& hidden)
 {
-    constexpr double module = 4, caseHeight = 8, gap = 0.5; // two faces in one place would flicker
+    constexpr double module = 4, caseHeight = 8, gap = 1.6; // the edges of what is nearer shine through
     constexpr int largeTeeth = 26, smallTeeth = 17;
     constexpr double largeX = -42, axisHeight = 76;
     constexpr double smallX = largeX + module * (largeTeeth + smallTeeth) / 2;

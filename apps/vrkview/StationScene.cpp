@@ -5,7 +5,10 @@
 #include "platform/layout/Body.h"
 #include "platform/layout/Layout.h"
 #include "platform/layout/Part.h"
+#include "platform/layout/PointCloud.h"
+#include "platform/sdf/SdfManager.h"
 #include "scene/Scene.h"
+#include "visual/FrameVisual.h"
 #include "visual/MeshVisual.h"
 #include "visual/SolidVisual.h"
 
@@ -13,6 +16,7 @@
 
 #include <fmt/format.h>
 
+#include <mutex>
 #include <stdexcept>
 
 namespace vrkview {
@@ -20,6 +24,7 @@ namespace {
 
 using vrk::layout::Body;
 using vrk::layout::Part;
+using vrk::visual::FrameVisual;
 using vrk::visual::MeshVisual;
 using vrk::visual::Scene;
 using vrk::visual::SolidVisual;
@@ -52,6 +57,14 @@ void buildPart(Part& part)
     }
 }
 
+/// The layout has no list of frames; the object table keeps them.
+void addToModel(const std::shared_ptr<sdf::SdfNode>& frame)
+{
+    sdf::SdfManager& model = sdf::SdfManager::inst();
+    const std::unique_lock lock(model.mutex());
+    model.add(frame);
+}
+
 } // namespace
 
 void showStation(const Station& station)
@@ -61,10 +74,17 @@ void showStation(const Station& station)
         vrk::layout::Layout::inst().addPart(part);
         scene.addRenderTask([part] { buildPart(*part); }, 0);
     }
-    for (const HiddenFace hidden : station.hiddenFaces)
-        scene.addRenderTask(
-            [hidden] { dynamic_cast<SolidVisual&>(*Scene::GetVisual(hidden.body)).setFaceVisible(hidden.face, false); },
-            0);
+    for (const std::shared_ptr<vrk::layout::PointCloud>& cloud : station.clouds) {
+        vrk::layout::Layout::inst().addPointCloud(cloud);
+        scene.addPointCloud(cloud.get());
+    }
+    for (const std::shared_ptr<sdf::SdfNode>& frame : station.frames) {
+        addToModel(frame);
+        scene.addRenderTask([frame] { FrameVisual::Build(Scene::GetWorldVisual(), frame.get()); }, 0);
+    }
+    for (const unsigned curve : station.arrowedCurves)
+        for (const bool forward : {false, true})
+            scene.addCurveArrow(curve, forward);
 }
 
 } // namespace vrkview
