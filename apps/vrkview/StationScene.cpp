@@ -8,11 +8,16 @@
 #include "platform/layout/PointCloud.h"
 #include "platform/sdf/SdfManager.h"
 #include "scene/Scene.h"
+#include "visual/CurveVisual.h"
 #include "visual/FrameVisual.h"
 #include "visual/MeshVisual.h"
+#include "visual/PointVisual.h"
 #include "visual/SolidVisual.h"
 
+#include <BRep_Tool.hxx>
 #include <Standard_Failure.hxx>
+#include <TopoDS.hxx>
+#include <TopoDS_Vertex.hxx>
 
 #include <fmt/format.h>
 
@@ -24,8 +29,10 @@ namespace {
 
 using vrk::layout::Body;
 using vrk::layout::Part;
+using vrk::visual::CurveVisual;
 using vrk::visual::FrameVisual;
 using vrk::visual::MeshVisual;
+using vrk::visual::PointVisual;
 using vrk::visual::Scene;
 using vrk::visual::SolidVisual;
 using vrk::visual::Visual;
@@ -37,8 +44,21 @@ void buildBody(Visual* parent, Body& body)
         return;
     }
     body.ensureShapeLoaded();
-    const TopoDS_Shape shape = body.getShape(); // the visual hands it back to the body
-    SolidVisual::Build(parent, &body, shape);
+    const TopoDS_Shape shape = body.getShape(); // a solid's visual hands it back to the body
+    switch (shape.ShapeType()) {
+    case TopAbs_WIRE:
+    case TopAbs_EDGE:
+        CurveVisual::Build(parent, &body, shape);
+        break;
+    case TopAbs_VERTEX: {
+        const gp_Pnt point = BRep_Tool::Pnt(TopoDS::Vertex(shape));
+        PointVisual::Build(parent, &body, vrk::rob::Posf(vrk::rob::Posd(point.X(), point.Y(), point.Z())));
+        break;
+    }
+    default:
+        SolidVisual::Build(parent, &body, shape);
+        break;
+    }
 }
 
 /// A body whose geometry cannot be drawn ends the start; the text says which one it is.
