@@ -5,17 +5,37 @@
 
 #include <Ogre.h>
 
+#include <algorithm>
+
 namespace vrkview {
 namespace {
 
+using vrk::VisualType;
 using vrk::rob::Posf;
 using vrk::visual::Visual;
 
+/// Of a solid the faces or the edges may be hidden, each by itself.
+bool isSeen(const Visual& visual)
+{
+    const auto isSeenWireFrame = [](const Visual* child) {
+        return child->getType() == VisualType::WireFrame && child->isVisible();
+    };
+    switch (visual.getType()) {
+    case VisualType::Mesh:
+    case VisualType::Curve:
+    case VisualType::Point:
+    case VisualType::PointCloud:
+        return visual.isVisible();
+    case VisualType::Solid:
+        return visual.isVisible() || std::ranges::any_of(visual.getChildren(), isSeenWireFrame);
+    default:
+        return false;
+    }
+}
+
 void addCorners(const Visual& visual, std::vector<Posf>& corners)
 {
-    if (!visual.isVisible())
-        return;
-    if (visual.getType() == vrk::VisualType::Solid || visual.getType() == vrk::VisualType::Mesh) {
+    if (isSeen(visual)) {
         const Ogre::AxisAlignedBox& box = visual.getSceneNode()->_getWorldAABB();
         if (box.isFinite())
             for (const Ogre::Vector3& corner : box.getAllCorners())
@@ -33,7 +53,20 @@ std::vector<Posf> bodyCorners()
     world.getSceneNode()->_update(true, false); // the boxes are else those of the last frame
     std::vector<Posf> corners;
     addCorners(world, corners);
+    // A single point has no size, but there must be a way back from it to look at it.
+    if (!corners.empty() && std::ranges::all_of(corners, [&](const Posf& p) { return p == corners.front(); })) {
+        const Posf middle = corners.front();
+        for (std::size_t i = 0; i < corners.size(); ++i)
+            corners[i] = middle + Posf(i & 1 ? 1.0f : -1.0f, i & 2 ? 1.0f : -1.0f, i & 4 ? 1.0f : -1.0f);
+    }
     return corners;
+}
+
+vrk::visual::Box bodyBox()
+{
+    vrk::visual::Box box;
+    box.addPoints(bodyCorners());
+    return box;
 }
 
 } // namespace vrkview

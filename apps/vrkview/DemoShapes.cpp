@@ -56,6 +56,17 @@ TopoDS_Shape fused(const TopoDS_Shape& a, const TopoDS_Shape& b)
     return BRepAlgoAPI_Fuse(a, b).Shape();
 }
 
+TopoDS_Edge spline(const std::vector<gp_Pnt>& points, const gp_Vec& start, const gp_Vec& end)
+{
+    const Handle(TColgp_HArray1OfPnt) through = new TColgp_HArray1OfPnt(1, static_cast<int>(points.size()));
+    for (std::size_t i = 0; i < points.size(); ++i)
+        through->SetValue(static_cast<int>(i) + 1, points[i]);
+    GeomAPI_Interpolate interpolate(through, false, 1e-6);
+    interpolate.Load(start, end); // only their directions count
+    interpolate.Perform();
+    return BRepBuilderAPI_MakeEdge(interpolate.Curve()).Edge();
+}
+
 std::vector<TopoDS_Shape> holesOnCircle(int count, double circle, double radius, double height)
 {
     std::vector<TopoDS_Shape> holes;
@@ -189,6 +200,16 @@ TopoDS_Shape bracket()
     const gp_Vec across(0, 12, 0);
     const TopoDS_Shape rib = BRepPrimAPI_MakePrism(BRepBuilderAPI_MakeFace(outline.Wire()).Face(), across).Shape();
     return fused(shape, rib);
+}
+
+TopoDS_Shape toolPath()
+{
+    // The tangent where one edge ends is that with which the next begins.
+    BRepBuilderAPI_MakeWire wire;
+    wire.Add(spline({{-185, -75, 150}, {-150, -150, 95}, {-70, -185, 48}}, {0, -1, -0.2}, {1, -0.1, -0.3}));
+    wire.Add(spline({{-70, -185, 48}, {60, -192, 36}}, {1, -0.1, -0.3}, {1, 0, 0}));
+    wire.Add(spline({{60, -192, 36}, {150, -186, 52}, {250, -150, 90}, {262, -70, 140}}, {1, 0, 0}, {-0.4, 1, 0.6}));
+    return wire.Wire();
 }
 
 TopoDS_Shape flange()

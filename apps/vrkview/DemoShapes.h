@@ -29,6 +29,9 @@ TopoDS_Shape shaft(double radius, double length);
 /// A spur gear with a hub about the y axis, in the middle at the origin.
 TopoDS_Shape spurGear(int teeth, double module, double width, double bore);
 
+/// A smooth path over the station, from above the flange past the bracket and around the baluster: a wire of three edges.
+TopoDS_Shape toolPath();
+
 using FaceTest = std::function<bool(const TopoDS_Face&)>;
 
 // Tests on faces

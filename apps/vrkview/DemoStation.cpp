@@ -1,9 +1,11 @@
 #include "DemoStation.h"
 
+#include "DemoScan.h"
 #include "DemoShapes.h"
 
 #include "platform/layout/Body.h"
 #include "platform/layout/Part.h"
+#include "platform/layout/PointCloud.h"
 #include "platform/sdf/SdfManager.h"
 #include "platform/station/Import.h"
 #include "scene/math/Vec.h"
@@ -28,6 +30,7 @@ using vrk::rob::Posed;
 using vrk::rob::Rotationd;
 
 constexpr double pi = std::numbers::pi;
+constexpr double plateBottom = -25;
 
 namespace color {
 constexpr const char* plate = "#5A646E";
@@ -99,7 +102,7 @@ std::shared_ptr<Part> single(const std::string& name, const Posed& pose, const T
 /// A pair of gears on their shafts in a case whose front is left away.
 std::shared_ptr<Part> gearUnit(std::vector<HiddenFace>& hidden)
 {
-    constexpr double module = 4, caseHeight = 8, gap = 0.5; // two faces in one place would flicker
+    constexpr double module = 4, caseHeight = 8, head = 1.5;
     constexpr int largeTeeth = 26, smallTeeth = 17;
     constexpr double largeX = -42, axisHeight = 76;
     constexpr double smallX = largeX + module * (largeTeeth + smallTeeth) / 2;
@@ -110,7 +113,7 @@ std::shared_ptr<Part> gearUnit(std::vector<HiddenFace>& hidden)
 
     for (const Posd& place : {Posd(-85, -38, -caseHeight), Posd(85, -38, -caseHeight), Posd(-85, 38, -caseHeight),
                               Posd(85, 38, -caseHeight)})
-        addBody(*part, "Foot", demo::foot(12, caseHeight - gap), color::tapped)->setPose(Posed(place));
+        addBody(*part, "Foot", demo::foot(12, caseHeight + head), color::tapped)->setPose(Posed(place));
 
     // The pinion has an odd number of teeth, so that a gap of it stands before the wheel's tooth.
     const Posed largeAxis(Posd(largeX, 0, axisHeight)), smallAxis(Posd(smallX, 0, axisHeight));
@@ -194,6 +197,13 @@ std::shared_ptr<Part> printedVase(const std::filesystem::path& folder, const Pos
     return part;
 }
 
+std::shared_ptr<sdf::SdfNode> frame(const std::string& name, const Posed& pose)
+{
+    auto node = std::make_shared<sdf::SdfNode>(sdf::ModelType::Frame, sdf::SdfManager::inst().generateId(), name);
+    node->setPose(pose);
+    return node;
+}
+
 } // namespace
 
 DemoStation::DemoStation()
@@ -210,15 +220,22 @@ DemoStation::DemoStation()
                 {isPlaneAt(2, 12), color::machined},
                 {isPlaneAt(0, 108), color::machined},
                 {isPlaneAt(0, 96), color::machined}}),
-        single("Flange", at(-185, -75, 0), flange(), color::aluminium,
+        single("Flange", at(-185, -75, 0, 120), flange(), color::aluminium,
                {{isCylinder(6.4, 6.6), color::orange}, {isCylinder(25.9, 26.1), color::orange}}),
         single("Bracket", at(-15, -80, 0), bracket(), color::sage,
                {{isCylinder(5.9, 6.1), color::machined},
                 {isCylinder(9.9, 10.1), color::machined},
                 {isCylinder(23.9, 24.1), color::orange},
                 {isPlaneAt(2, 8), color::machined}}),
-        single("Turned baluster", at(185, -115, 0), turnedPart(), color::brass, {}),
+        single("Turned baluster", at(185, -115, 0, 135), turnedPart(), color::brass, {}),
         printedVase(folder.getPath(), at(205, 55, 0)),
+        single("Tool path", at(0, 0, 0), toolPath(), color::steelBlue, {}),
+    };
+    station.arrowedCurves = {station.parts.back()->getBodies().front()->getId()};
+    station.clouds = {scanOfBracket(at(-190, -330, plateBottom))};
+    station.frames = {
+        frame("Bearing bore", {Posd(-75 + 16, -80, 86), Rotationd(pi / 2, vrk::rob::Dird(0, 1, 0))}),
+        frame("Scan", at(-225, -450, plateBottom)),
     };
 }
 

@@ -2,7 +2,9 @@
 
 #include "ImportProgress.h"
 
+#include "platform/layout/PointCloud.h"
 #include "platform/station/Import.h"
+#include "platform/station/ImportCloud.h"
 
 #include <algorithm>
 #include <iterator>
@@ -16,6 +18,19 @@ std::string titleOf(const std::vector<std::filesystem::path>& files)
     return files.size() == 1 ? first : first + " and " + std::to_string(files.size() - 1) + " more";
 }
 
+/// A surveyed cloud lies far from the origin, where single precision has no room for its details: clouds by themselves
+/// are shown around the first one's own origin.
+void bringNear(const std::vector<std::shared_ptr<vrk::layout::PointCloud>>& clouds)
+{
+    const vrk::rob::Posd origin = clouds.front()->getPose().position;
+    for (const std::shared_ptr<vrk::layout::PointCloud>& cloud : clouds) {
+        vrk::rob::Posed pose = cloud->getPose();
+        pose.position =
+            vrk::rob::Posd(pose.position.x - origin.x, pose.position.y - origin.y, pose.position.z - origin.z);
+        cloud->setPose(pose);
+    }
+}
+
 } // namespace
 
 Station importFiles(const std::vector<std::filesystem::path>& files)
@@ -24,10 +39,14 @@ Station importFiles(const std::vector<std::filesystem::path>& files)
     station.title = titleOf(files);
     for (const std::filesystem::path& file : files) {
         ImportProgress progress(file.filename().string());
-        auto parts = vrk::station::ImportFile(
-            file, [&progress](std::string_view step, double fraction) { progress.report(step, fraction); });
-        std::ranges::move(parts, std::back_inserter(station.parts));
+        const auto report = [&progress](std::string_view step, double fraction) { progress.report(step, fraction); };
+        if (vrk::station::isPointCloudFile(file))
+            station.clouds.push_back(vrk::station::ImportPointCloud(file, report));
+        else
+            std::ranges::move(vrk::station::ImportFile(file, report), std::back_inserter(station.parts));
     }
+    if (station.parts.empty() && !station.clouds.empty())
+        bringNear(station.clouds);
     return station;
 }
 

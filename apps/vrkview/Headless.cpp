@@ -5,6 +5,7 @@
 #include "StationList.h"
 
 #include "scene/Scene.h"
+#include "view/AxesCross.h"
 #include "view/Camera.h"
 #include "view/OffscreenTarget.h"
 
@@ -14,6 +15,7 @@
 
 #include <Ogre.h>
 
+#include <algorithm>
 #include <iostream>
 #include <stdexcept>
 
@@ -32,6 +34,14 @@ std::filesystem::path fileFor(const Options& options, const View& view)
         return options.picture;
     const std::string name = fmt::format("{}-{}", options.picture.stem().string(), view.name);
     return options.picture.parent_path() / (name + options.picture.extension().string());
+}
+
+/// The cross of axes has its size in pixels; in a picture it has the part of it that it has in a window.
+void suitCross(const OffscreenTarget& target)
+{
+    constexpr float usualRows = 1000;
+    const auto side = static_cast<float>(std::min(target.getWidth(), target.getHeight()));
+    Camera::Get()->axesCross().setScale(side / usualRows);
 }
 
 QImage draw(const OffscreenTarget& target, const View& view)
@@ -56,6 +66,7 @@ void takePictures(const Options& options)
                                  static_cast<unsigned>(scale * size.height()), samples);
     Camera::Get()->setRenderTarget(target.renderTarget());
     suitCameraToScene();
+    suitCross(target);
     for (const View* view : options.views) {
         QImage picture = draw(target, *view);
         if (scale > 1)

@@ -50,10 +50,21 @@ void readViews(const std::string& names, Options& options)
     }
 }
 
+const Display* readDisplay(const std::string& name)
+{
+    if (const Display* display = findDisplay(name))
+        return display;
+    throw CLI::ValidationError("--display", fmt::format("'{}' is none of {}", name, displayNames()));
+}
+
 const char* const footer = "Keys in the window:\n"
                            "  F          everything in view, the direction kept\n"
                            "  1 to 6     from the front, back, left, right, top, bottom\n"
                            "  0 or I     from the front, above and to the right\n"
+                           "  F5 to F8   shaded, shaded with edges, edges, wire\n"
+                           "  G          shows or hides the grid\n"
+                           "  N          lays the grid across the next axis: z, x, y\n"
+                           "  + and -    longer and shorter frames\n"
                            "  F1         this list\n"
                            "  Ctrl+Q     leave\n"
                            "\n"
@@ -63,13 +74,17 @@ const char* const footer = "Keys in the window:\n"
 
 std::optional<int> parseOptions(int argc, const char* const* argv, Options& options)
 {
-    CLI::App app("Shows CAD and mesh files: STEP, BREP and STL. Without a file it shows a demo station.", "vrkview");
+    CLI::App app(
+        "Shows CAD and mesh files (STEP, BREP, STL) and point clouds (PLY, PCD, XYZ). Without a file it shows a "
+        "demo station.",
+        "vrkview");
     app.footer(footer);
     app.set_version_flag("-V,--version", "vrkview " VRK_VERSION);
     app.add_option("files", options.files, "Files to show together")->type_name("FILE");
 
     std::string size;
     std::string views = "iso";
+    std::string display = "shaded-edges";
     bool list = false;
     CLI::Option* shot =
         app.add_option("--shot", options.picture, "Draw a picture into this PNG file instead of opening a window")
@@ -82,6 +97,10 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
                        viewNames()))
         ->type_name("NAME")
         ->needs(shot);
+    app.add_option(
+           "--display", display,
+           fmt::format("What is drawn of the bodies, in the window and in pictures: {} [{}]", displayNames(), display))
+        ->type_name("NAME");
     app.add_flag("--list", list, "Print what the files hold as JSON instead of opening a window")->excludes(shot);
     app.add_flag("--gpu", options.onPresentDisplay,
                  "Draw pictures on the present display, and so with its graphics card, instead of a private one");
@@ -94,6 +113,7 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
         if (!size.empty())
             readSize(size, options);
         readViews(views, options);
+        options.display = readDisplay(display);
     } catch (const CLI::ParseError& stop) {
         if (stop.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success))
             return app.exit(stop); // help or version

@@ -7,7 +7,6 @@
 #include "scene/Scene.h"
 #include "scene/core/SceneSettings.h"
 #include "selection/VisualSelection.h"
-#include "selection/geometry/Box.h"
 #include "view/Camera.h"
 
 #include <Ogre.h>
@@ -84,8 +83,7 @@ void startLibrary()
 
 void suitCameraToScene()
 {
-    vrk::visual::Box box;
-    box.addPoints(bodyCorners());
+    const vrk::visual::Box box = bodyBox();
     const float radius = box.isValid() ? std::max(smallestRadius, (box.max - box.min).length() / 2) : smallestRadius;
     Camera::Get()->setHFOV(lens);
     Camera::Get()->setClipDist(radius * nearestLook, radius * farthestLook);

@@ -10,7 +10,8 @@ bool displayAnswers();
 /// @throws std::runtime_error "<zip>: <cause>"; a failure inside OGRE's start ends the process.
 void startLibrary();
 
-/// Clip distances and a lens that suit the size of what the scene holds now. Render thread.
+/// Clip distances and a lens that suit the size of what the scene holds now: what is nearer than a hundredth of its
+/// radius, or farther than a hundred times it, is not drawn. Render thread.
 void suitCameraToScene();
 
 } // namespace vrkview

@@ -4,9 +4,13 @@
 #include <string>
 #include <vector>
 
+namespace sdf {
+class SdfNode;
+}
 namespace vrk::layout {
 class Part;
-}
+class PointCloud;
+} // namespace vrk::layout
 
 namespace vrkview {
 
@@ -15,11 +19,14 @@ struct HiddenFace {
     unsigned face; // from 1
 };
 
-/// What is to be shown: parts that are complete but do not stand in the model yet.
+/// What is to be shown: things that are complete but do not stand in the model yet.
 struct Station {
     std::string title;
     std::vector<std::shared_ptr<vrk::layout::Part>> parts;
+    std::vector<std::shared_ptr<vrk::layout::PointCloud>> clouds;
+    std::vector<std::shared_ptr<sdf::SdfNode>> frames;
     std::vector<HiddenFace> hiddenFaces;
+    std::vector<unsigned> arrowedCurves; // ids of bodies that are wires or edges; an arrow at either end
 };
 
 } // namespace vrkview

@@ -1,5 +1,6 @@
 #include "StationList.h"
 
+#include "Contents.h"
 #include "Station.h"
 
 #include "platform/sdf/SdfManager.h"
@@ -18,6 +19,7 @@ using Json = nlohmann::ordered_json;
 using vrk::VisualType;
 using vrk::visual::Visual;
 
+/// Null for what is no thing of the station but belongs to one, such as the edges of a body, or to the scene.
 const char* typeName(VisualType type)
 {
     switch (type) {
@@ -27,33 +29,53 @@ const char* typeName(VisualType type)
         return "solid";
     case VisualType::Mesh:
         return "mesh";
+    case VisualType::Curve:
+        return "curve";
+    case VisualType::Point:
+        return "point";
+    case VisualType::PointCloud:
+        return "cloud";
+    case VisualType::Frame:
+        return "frame";
     default:
-        return "other";
+        return nullptr;
     }
 }
 
-/// The model's name; that of the scene's node where the model does not know the visual.
+/// The model's name of a thing that it knows.
 std::string nameOf(const Visual& visual)
 {
-    sdf::SdfManager& model = sdf::SdfManager::inst();
-    const std::shared_lock lock(model.mutex());
-    const sdf::SdfObject* object = model.find(visual.getId());
-    return object ? object->getName() : visual.getName();
+    return sdf::SdfManager::inst().find(visual.getId())->getName();
 }
 
 Json counts(Visual& visual)
 {
-    return {
-        {"bodies", visual.getBodiesNum()}, {"faces", visual.getFacesNum()}, {"triangles", visual.getTrianglesNum()}};
+    const Contents contents = contentsOf(visual);
+    return {{"bodies", contents.bodies},
+            {"faces", contents.faces},
+            {"triangles", contents.triangles},
+            {"curves", contents.curves},
+            {"points", contents.points}};
+}
+
+Json treeOf(Visual& visual);
+
+/// Of those children that are things of the station: the frame at the origin is the scene's own.
+Json treesBelow(const Visual& visual)
+{
+    Json trees = Json::array();
+    const sdf::SdfManager& model = sdf::SdfManager::inst();
+    for (Visual* child : visual.getChildren())
+        if (typeName(child->getType()) && model.find(child->getId()))
+            trees.push_back(treeOf(*child));
+    return trees;
 }
 
 Json treeOf(Visual& visual)
 {
     Json entry = {{"id", visual.getId()}, {"type", typeName(visual.getType())}, {"name", nameOf(visual)}};
     entry.update(counts(visual));
-    Json children = Json::array();
-    for (Visual* child : visual.getChildren())
-        children.push_back(treeOf(*child));
+    Json children = treesBelow(visual);
     if (!children.empty())
         entry["children"] = std::move(children);
     return entry;
@@ -63,12 +85,11 @@ Json treeOf(Visual& visual)
 
 std::string listStation(const Station& station)
 {
+    const std::shared_lock lock(sdf::SdfManager::inst().mutex());
     Visual& world = *vrk::visual::Scene::GetWorldVisual();
     Json list = {{"station", station.title}};
     list.update(counts(world));
-    list["tree"] = Json::array();
-    for (Visual* child : world.getChildren())
-        list["tree"].push_back(treeOf(*child));
+    list["tree"] = treesBelow(world);
     // Names come from files and may be in any encoding.
     return list.dump(2, ' ', false, Json::error_handler_t::replace);
 }

@@ -5,14 +5,23 @@
 #include "platform/layout/Body.h"
 #include "platform/layout/Layout.h"
 #include "platform/layout/Part.h"
+#include "platform/layout/PointCloud.h"
+#include "platform/sdf/SdfManager.h"
 #include "scene/Scene.h"
+#include "visual/CurveVisual.h"
+#include "visual/FrameVisual.h"
 #include "visual/MeshVisual.h"
+#include "visual/PointVisual.h"
 #include "visual/SolidVisual.h"
 
+#include <BRep_Tool.hxx>
 #include <Standard_Failure.hxx>
+#include <TopoDS.hxx>
+#include <TopoDS_Vertex.hxx>
 
 #include <fmt/format.h>
 
+#include <mutex>
 #include <stdexcept>
 
 namespace vrkview {
@@ -20,7 +29,10 @@ namespace {
 
 using vrk::layout::Body;
 using vrk::layout::Part;
+using vrk::visual::CurveVisual;
+using vrk::visual::FrameVisual;
 using vrk::visual::MeshVisual;
+using vrk::visual::PointVisual;
 using vrk::visual::Scene;
 using vrk::visual::SolidVisual;
 using vrk::visual::Visual;
@@ -32,8 +44,21 @@ void buildBody(Visual* parent, Body& body)
         return;
     }
     body.ensureShapeLoaded();
-    const TopoDS_Shape shape = body.getShape(); // the visual hands it back to the body
-    SolidVisual::Build(parent, &body, shape);
+    const TopoDS_Shape shape = body.getShape(); // a solid's visual hands it back to the body
+    switch (shape.ShapeType()) {
+    case TopAbs_WIRE:
+    case TopAbs_EDGE:
+        CurveVisual::Build(parent, &body, shape);
+        break;
+    case TopAbs_VERTEX: {
+        const gp_Pnt point = BRep_Tool::Pnt(TopoDS::Vertex(shape));
+        PointVisual::Build(parent, &body, vrk::rob::Posf(vrk::rob::Posd(point.X(), point.Y(), point.Z())));
+        break;
+    }
+    default:
+        SolidVisual::Build(parent, &body, shape);
+        break;
+    }
 }
 
 /// A body whose geometry cannot be drawn ends the start; the text says which one it is.
@@ -52,6 +77,14 @@ void buildPart(Part& part)
     }
 }
 
+/// The layout has no list of frames; the object table keeps them.
+void addToModel(const std::shared_ptr<sdf::SdfNode>& frame)
+{
+    sdf::SdfManager& model = sdf::SdfManager::inst();
+    const std::unique_lock lock(model.mutex());
+    model.add(frame);
+}
+
 } // namespace
 
 void showStation(const Station& station)
@@ -61,10 +94,17 @@ void showStation(const Station& station)
         vrk::layout::Layout::inst().addPart(part);
         scene.addRenderTask([part] { buildPart(*part); }, 0);
     }
-    for (const HiddenFace hidden : station.hiddenFaces)
-        scene.addRenderTask(
-            [hidden] { dynamic_cast<SolidVisual&>(*Scene::GetVisual(hidden.body)).setFaceVisible(hidden.face, false); },
-            0);
+    for (const std::shared_ptr<vrk::layout::PointCloud>& cloud : station.clouds) {
+        vrk::layout::Layout::inst().addPointCloud(cloud);
+        scene.addPointCloud(cloud.get());
+    }
+    for (const std::shared_ptr<sdf::SdfNode>& frame : station.frames) {
+        addToModel(frame);
+        scene.addRenderTask([frame] { FrameVisual::Build(Scene::GetWorldVisual(), frame.get()); }, 0);
+    }
+    for (const unsigned curve : station.arrowedCurves)
+        for (const bool forward : {false, true})
+            scene.addCurveArrow(curve, forward);
 }
 
 } // namespace vrkview

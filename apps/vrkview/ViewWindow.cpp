@@ -1,13 +1,16 @@
 #include "ViewWindow.h"
 
+#include "Contents.h"
+#include "Display.h"
 #include "StartUp.h"
-#include "Station.h"
+#include "Surroundings.h"
 #include "ViewWidget.h"
 #include "Views.h"
 
 #include "platform/broker/SignalBroker.h"
 #include "scene/Scene.h"
-#include "visual/Visual.h"
+#include "view/AxesCross.h"
+#include "view/Camera.h"
 
 #include <QKeyEvent>
 #include <QLocale>
@@ -17,6 +20,8 @@
 namespace vrkview {
 namespace {
 
+using vrk::visual::Camera;
+
 constexpr QSize startSize(1280, 840);
 
 const char* const keysText = "<table cellspacing='6'>"
@@ -25,6 +30,11 @@ const char* const keysText = "<table cellspacing='6'>"
                              "<tr><td><b>1</b> &nbsp; <b>2</b></td><td>Front, back</td></tr>"
                              "<tr><td><b>3</b> &nbsp; <b>4</b></td><td>Left, right</td></tr>"
                              "<tr><td><b>5</b> &nbsp; <b>6</b></td><td>Top, bottom</td></tr>"
+                             "<tr><td><b>F5</b> &nbsp; <b>F6</b></td><td>Shaded, shaded with edges</td></tr>"
+                             "<tr><td><b>F7</b> &nbsp; <b>F8</b></td><td>Edges, wire</td></tr>"
+                             "<tr><td><b>G</b></td><td>Grid shown or hidden</td></tr>"
+                             "<tr><td><b>N</b></td><td>Grid across the next axis: z, x, y</td></tr>"
+                             "<tr><td><b>+</b> &nbsp; <b>-</b></td><td>Longer, shorter frames</td></tr>"
                              "<tr><td><b>F1</b></td><td>This list</td></tr>"
                              "<tr><td><b>Ctrl+Q</b></td><td>Leave</td></tr>"
                              "</table>";
@@ -34,19 +44,27 @@ QString counted(std::uint64_t number, const char* one, const char* many)
     return QLocale(QLocale::English).toString(static_cast<qulonglong>(number)) + " " + (number == 1 ? one : many);
 }
 
-QString contentsOf(const Station& station)
+QString describe(const Station& station)
 {
-    vrk::visual::Visual& world = *vrk::visual::Scene::GetWorldVisual();
-    return QString::fromStdString(station.title) + "   " +
-           QStringList{counted(world.getBodiesNum(), "body", "bodies"), counted(world.getFacesNum(), "face", "faces"),
-                       counted(world.getTrianglesNum(), "triangle", "triangles")}
-               .join(", ");
+    const Contents contents = contentsOf(*vrk::visual::Scene::GetWorldVisual());
+    QStringList counts;
+    if (!station.parts.empty())
+        counts << counted(contents.bodies, "body", "bodies") << counted(contents.faces, "face", "faces")
+               << counted(contents.triangles, "triangle", "triangles");
+    if (contents.curves > 0)
+        counts << counted(contents.curves, "curve", "curves");
+    if (!station.clouds.empty())
+        counts << counted(station.clouds.size(), "cloud", "clouds");
+    if (contents.points > 0)
+        counts << counted(contents.points, "point", "points");
+    return QString::fromStdString(station.title) + "   " + counts.join(", ");
 }
 
 } // namespace
 
 ViewWindow::ViewWindow(const Station& station)
-    : view(new ViewWidget(this)), contents(new QLabel(contentsOf(station))), frameTime(new QLabel)
+    : view(new ViewWidget(this)), contents(new QLabel(describe(station))), frameTime(new QLabel),
+      hiddenFaces(station.hiddenFaces)
 {
     setWindowTitle(QString::fromStdString(station.title) + " - vrkview");
     setCentralWidget(view);
@@ -57,7 +75,8 @@ ViewWindow::ViewWindow(const Station& station)
     frameTime->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     frameTime->setMinimumWidth(fontMetrics().horizontalAdvance("10,000.0 ms"));
     frameTicked = vrk::broker::SignalBroker::onFrameTicked([this](double ms) { showFrameTime(ms); });
-    connect(view, &ViewWidget::ready, this, [] {
+    connect(view, &ViewWidget::ready, this, [this] {
+        Camera::Get()->axesCross().setScale(static_cast<float>(devicePixelRatioF()));
         suitCameraToScene();
         lookAlong(*findView("iso"));
     });
@@ -80,8 +99,33 @@ void ViewWindow::keyPressEvent(QKeyEvent* event)
         fitAll();
     else if (key == Qt::Key_F1)
         showKeys();
-    else
+    else if (!changeLook(key))
         QMainWindow::keyPressEvent(event);
+}
+
+bool ViewWindow::changeLook(int key)
+{
+    if (const Display* chosen = findDisplay(key - Qt::Key_F1 + 1)) {
+        showAs(*chosen, hiddenFaces);
+        return true;
+    }
+    switch (key) {
+    case Qt::Key_G:
+        showGrid(!isGridShown());
+        return true;
+    case Qt::Key_N:
+        turnGrid();
+        return true;
+    case Qt::Key_Plus:
+    case Qt::Key_Equal: // where plus is, without shift
+        changeFrameSize(1);
+        return true;
+    case Qt::Key_Minus:
+        changeFrameSize(-1);
+        return true;
+    default:
+        return false;
+    }
 }
 
 void ViewWindow::showKeys()

@@ -1,13 +1,16 @@
 #pragma once
 
+#include "Station.h"
+
 #include <boost/signals2/connection.hpp>
 
 #include <QLabel>
 #include <QMainWindow>
 
+#include <vector>
+
 namespace vrkview {
 
-struct Station;
 class ViewWidget;
 
 /// The viewer's window: the view, and below it a line with what is shown and how long the last frame took.
@@ -27,12 +30,15 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
+    /// Whether the key is one that changes what is drawn.
+    bool changeLook(int key);
     void showKeys();
     void showFrameTime(double milliseconds);
 
     ViewWidget* view; // Qt's, as are the labels
     QLabel* contents;
     QLabel* frameTime;
+    std::vector<HiddenFace> hiddenFaces;
     boost::signals2::scoped_connection frameTicked;
 };
 

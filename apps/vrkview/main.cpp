@@ -6,6 +6,7 @@
 #include "Resources.h"
 #include "StartUp.h"
 #include "StationScene.h"
+#include "Surroundings.h"
 #include "ViewWindow.h"
 
 #include "platform/common/ResourcePath.h"
@@ -54,21 +55,24 @@ std::unique_ptr<PrivateDisplay> chooseDisplay(const Options& options)
     return display;
 }
 
-void build(const Station& station)
+void build(const Station& station, const Display& display)
 {
     startLibrary();
     showStation(station);
+    showAs(display, station.hiddenFaces);
+    vrk::visual::Scene::Get()->processMsgs();
+    suitSurroundings();
     vrk::visual::Scene::Get()->processMsgs();
 }
 
-int openWindow(int argc, char** argv, const Station& station)
+int openWindow(int argc, char** argv, const Station& station, const Display& display)
 {
     // OGRE draws on X11; on a Wayland desktop that is what Xwayland is for.
     qputenv("QT_QPA_PLATFORM", "xcb");
     QApplication application(argc, argv);
     QApplication::setApplicationName("vrkview");
     std::setlocale(LC_NUMERIC, "C"); // Qt took the user's, with which other packages would misread numbers
-    build(station);
+    build(station, display);
     ViewWindow window(station);
     window.show();
     return QApplication::exec();
@@ -85,8 +89,8 @@ int run(int argc, char** argv, const Options& options)
     const Station station = options.files.empty() ? demo.emplace().getStation() : importFiles(options.files);
 
     if (options.task == Options::Task::OpenWindow)
-        return openWindow(argc, argv, station);
-    build(station);
+        return openWindow(argc, argv, station, *options.display);
+    build(station, *options.display);
     quiet.reset();
     if (options.task == Options::Task::TakePicture)
         takePictures(options);

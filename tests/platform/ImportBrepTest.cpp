@@ -5,16 +5,21 @@
 #include "support/TempFolder.h"
 
 #include <BRepBuilderAPI_MakeEdge.hxx>
+#include <BRepBuilderAPI_MakePolygon.hxx>
+#include <BRepBuilderAPI_MakeVertex.hxx>
 #include <BRepPrimAPI_MakeBox.hxx>
 #include <BRepPrimAPI_MakeCylinder.hxx>
 #include <BRepTools.hxx>
 #include <BRep_Builder.hxx>
 #include <BRep_Tool.hxx>
 #include <BinTools.hxx>
+#include <Poly_Polygon3D.hxx>
 #include <Poly_Triangulation.hxx>
 #include <TopExp_Explorer.hxx>
 #include <TopoDS.hxx>
 #include <TopoDS_Compound.hxx>
+#include <gp.hxx>
+#include <gp_Circ.hxx>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -136,6 +141,51 @@ TEST_F(ImportBrepTest, BinaryFormThatIsCutShortIsRefused)
     for (std::size_t length = 60; length < bytes.size() - 10; length += bytes.size() / 20)
         expectRefused(folder.write("short.brep", std::string_view(bytes).substr(0, length)),
                       "the BREP file is cut short or damaged");
+}
+
+TEST_F(ImportBrepTest, LooseWiresEdgesAndVerticesAreBodiesBehindTheSolids)
+{
+    const BRep_Builder builder;
+    TopoDS_Compound inner, all;
+    builder.MakeCompound(inner);
+    builder.Add(inner, BRepBuilderAPI_MakeEdge(gp_Circ(gp::XOY(), 10)).Edge());
+    builder.MakeCompound(all);
+    builder.Add(all, BRepBuilderAPI_MakeVertex(gp_Pnt(1, 2, 3)).Vertex());
+    builder.Add(all, inner);
+    builder.Add(all, BRepBuilderAPI_MakePolygon(gp_Pnt(0, 0, 0), gp_Pnt(5, 0, 0), gp_Pnt(5, 5, 0)).Wire());
+    builder.Add(all, box);
+
+    const auto parts = ImportFile(written(all));
+
+    const auto& bodies = parts[0]->getBodies();
+    ASSERT_EQ(bodies.size(), 4u);
+    EXPECT_EQ(bodies[0]->getShape().ShapeType(), TopAbs_SOLID);
+    EXPECT_EQ(bodies[1]->getShape().ShapeType(), TopAbs_VERTEX);
+    EXPECT_EQ(bodies[2]->getShape().ShapeType(), TopAbs_EDGE);
+    EXPECT_EQ(bodies[3]->getShape().ShapeType(), TopAbs_WIRE);
+    for (const auto& body : bodies)
+        EXPECT_EQ(body->getFileType(), "brep");
+    TopLoc_Location location;
+    const Handle(Poly_Polygon3D) circle = BRep_Tool::Polygon3D(TopoDS::Edge(bodies[2]->getShape()), location);
+    ASSERT_FALSE(circle.IsNull());
+    EXPECT_GT(circle->NbNodes(), 16);
+    for (TopExp_Explorer edge(bodies[3]->getShape(), TopAbs_EDGE); edge.More(); edge.Next())
+        EXPECT_FALSE(BRep_Tool::Polygon3D(TopoDS::Edge(edge.Current()), location).IsNull());
+}
+
+TEST_F(ImportBrepTest, CurveIsFoundAgainByItsUri)
+{
+    const auto parts = ImportFile(written(BRepBuilderAPI_MakeEdge(gp_Pnt(0, 0, 0), gp_Pnt(1, 0, 0)).Edge()));
+
+    EXPECT_EQ(ImportShape(parts[0]->getBodies()[0]->getGeometryUri()).ShapeType(), TopAbs_EDGE);
+}
+
+TEST_F(ImportBrepTest, CompoundOfNothingIsRefused)
+{
+    TopoDS_Compound nothing;
+    BRep_Builder().MakeCompound(nothing);
+
+    expectRefused(written(nothing), "the BREP file holds no geometry");
 }
 
 } // namespace

@@ -8,7 +8,9 @@
 #include "platform/sdf/SdfManager.h"
 #include "support/TempFolder.h"
 
+#include <BRepBuilderAPI_MakeEdge.hxx>
 #include <BRepBuilderAPI_MakeFace.hxx>
+#include <BRepBuilderAPI_MakeVertex.hxx>
 #include <BRepPrimAPI_MakeBox.hxx>
 #include <BRepPrimAPI_MakeCylinder.hxx>
 #include <BRep_Builder.hxx>
@@ -18,9 +20,12 @@
 #include <Poly_Triangulation.hxx>
 #include <TDF_LabelSequence.hxx>
 #include <TopExp.hxx>
+#include <TopExp_Explorer.hxx>
 #include <TopTools_IndexedMapOfShape.hxx>
 #include <TopoDS.hxx>
 #include <TopoDS_Compound.hxx>
+#include <gp.hxx>
+#include <gp_Circ.hxx>
 #include <gp_Pln.hxx>
 
 #include <gmock/gmock.h>
@@ -285,6 +290,36 @@ TEST_F(ImportStepTest, FreeShellIsABody)
     ASSERT_EQ(parts.size(), 1u);
     EXPECT_EQ(parts[0]->getBodies().size(), 1u);
     EXPECT_EQ(parts[0]->getBodies()[0]->getFaceMap().Extent(), 6);
+}
+
+TEST_F(ImportStepTest, CurvesAndPointsAreBodiesAtTheirPlace)
+{
+    const BRep_Builder builder;
+    TopoDS_Compound sketch;
+    builder.MakeCompound(sketch);
+    builder.Add(sketch, BRepBuilderAPI_MakeEdge(gp_Circ(gp::XOY(), 10)).Edge());
+    builder.Add(sketch, BRepBuilderAPI_MakeVertex(gp_Pnt(1, 2, 3)).Vertex());
+    document.addComponent(document.addAssembly("cell"), document.addProduct(sketch, "sketch"), test::moved(100, 0, 0),
+                          "sketch at work");
+
+    imported();
+
+    const auto& bodies = partOf("sketch at work")->getBodies();
+    EXPECT_NEAR(partOf("sketch at work")->getPose().position.x, 100, 1e-9);
+    int circles = 0, points = 0;
+    for (const auto& body : bodies) {
+        EXPECT_EQ(body->getFileType(), "brep");
+        for (TopExp_Explorer edge(body->getShape(), TopAbs_EDGE); edge.More(); edge.Next(), ++circles) {
+            TopLoc_Location location;
+            EXPECT_FALSE(BRep_Tool::Polygon3D(TopoDS::Edge(edge.Current()), location).IsNull());
+        }
+        if (body->getShape().ShapeType() == TopAbs_VERTEX) {
+            ++points;
+            EXPECT_NEAR(BRep_Tool::Pnt(TopoDS::Vertex(body->getShape())).Distance(gp_Pnt(1, 2, 3)), 0, 1e-6);
+        }
+    }
+    EXPECT_EQ(circles, 1);
+    EXPECT_EQ(points, 1);
 }
 
 TEST_F(ImportStepTest, NamesKeepLettersOutsideAscii)

@@ -1,15 +1,22 @@
 #include "platform/station/Import.h"
 
 #include <BRepBndLib.hxx>
+#include <BRepBuilderAPI_MakeEdge.hxx>
 #include <BRepBuilderAPI_MakeFace.hxx>
 #include <BRepMesh_IncrementalMesh.hxx>
 #include <BRepPrimAPI_MakeCylinder.hxx>
 #include <BRepPrimAPI_MakeHalfSpace.hxx>
+#include <BRep_Builder.hxx>
 #include <BRep_Tool.hxx>
+#include <Poly_Polygon3D.hxx>
 #include <Poly_Triangulation.hxx>
+#include <TColgp_Array1OfPnt.hxx>
 #include <TopExp.hxx>
 #include <TopTools_IndexedMapOfShape.hxx>
 #include <TopoDS.hxx>
+#include <gp.hxx>
+#include <gp_Circ.hxx>
+#include <gp_Lin.hxx>
 #include <gp_Pln.hxx>
 
 #include <gtest/gtest.h>
@@ -110,6 +117,61 @@ TEST(MeshShape, ShapeWithoutEndIsLeftAlone)
     meshShape(space);
 
     EXPECT_TRUE(trianglesOf(plane).IsNull());
+}
+
+TEST(MeshShape, EdgeWithoutFaceGetsAPolygonWithinTheDeflection)
+{
+    const double radius = 50;
+    const TopoDS_Edge edge = BRepBuilderAPI_MakeEdge(gp_Circ(gp::XOY(), radius)).Edge();
+    const double deflection = deflectionFor(std::hypot(2 * radius, 2 * radius));
+
+    meshShape(edge);
+
+    TopLoc_Location location;
+    const Handle(Poly_Polygon3D) polygon = BRep_Tool::Polygon3D(edge, location);
+    ASSERT_FALSE(polygon.IsNull());
+    for (int i = 1; i < polygon->NbNodes(); ++i) {
+        const gp_Pnt middle((polygon->Nodes()(i).XYZ() + polygon->Nodes()(i + 1).XYZ()) / 2);
+        EXPECT_LE(radius - middle.Distance(gp::Origin()), 1.1 * deflection);
+    }
+}
+
+TEST(MeshShape, PolygonOfAMovedEdgeLiesOnTheEdge)
+{
+    gp_Trsf away;
+    away.SetTranslation(gp_Vec(100, 0, 0));
+    const TopoDS_Shape moved = BRepBuilderAPI_MakeEdge(gp_Pnt(0, 0, 0), gp_Pnt(10, 0, 0)).Shape().Moved(away);
+
+    meshShape(moved);
+
+    TopLoc_Location location;
+    const Handle(Poly_Polygon3D) polygon = BRep_Tool::Polygon3D(TopoDS::Edge(moved), location);
+    ASSERT_FALSE(polygon.IsNull());
+    EXPECT_NEAR(polygon->Nodes().First().Transformed(location.Transformation()).X(), 100, 1e-9);
+    EXPECT_NEAR(polygon->Nodes().Last().Transformed(location.Transformation()).X(), 110, 1e-9);
+}
+
+TEST(MeshShape, PolygonThatIsThereIsKept)
+{
+    const TopoDS_Edge edge = BRepBuilderAPI_MakeEdge(gp_Circ(gp::XOY(), 50)).Edge();
+    TColgp_Array1OfPnt nodes(1, 2);
+    const Handle(Poly_Polygon3D) own = new Poly_Polygon3D(nodes);
+    BRep_Builder().UpdateEdge(edge, own);
+
+    meshShape(edge);
+
+    TopLoc_Location location;
+    EXPECT_EQ(BRep_Tool::Polygon3D(edge, location), own);
+}
+
+TEST(MeshShape, EdgeWithoutEndStaysWithoutPolygon)
+{
+    const TopoDS_Edge edge = BRepBuilderAPI_MakeEdge(gp_Lin(gp::OX())).Edge();
+
+    meshShape(edge);
+
+    TopLoc_Location location;
+    EXPECT_TRUE(BRep_Tool::Polygon3D(edge, location).IsNull());
 }
 
 } // namespace

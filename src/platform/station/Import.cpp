@@ -4,6 +4,7 @@
 #include "platform/layout/Part.h"
 #include "platform/sdf/SdfManager.h"
 
+#include <BRepAdaptor_Curve.hxx>
 #include <BRepBndLib.hxx>
 #include <BRepMesh_IncrementalMesh.hxx>
 #include <BRepTools.hxx>
@@ -11,16 +12,22 @@
 #include <BRep_Tool.hxx>
 #include <BinTools.hxx>
 #include <Bnd_Box.hxx>
+#include <GCPnts_TangentialDeflection.hxx>
 #include <Message.hxx>
 #include <Message_Messenger.hxx>
+#include <Poly_Polygon3D.hxx>
 #include <Poly_Triangulation.hxx>
+#include <Precision.hxx>
 #include <Standard_Failure.hxx>
 #include <StdPrs_ToolTriangulatedShape.hxx>
+#include <TColgp_Array1OfPnt.hxx>
 #include <TopExp.hxx>
 #include <TopExp_Explorer.hxx>
 #include <TopTools_IndexedMapOfShape.hxx>
 #include <TopoDS.hxx>
 #include <TopoDS_Compound.hxx>
+#include <TopoDS_Edge.hxx>
+#include <TopoDS_Iterator.hxx>
 
 #include <fmt/format.h>
 
@@ -114,6 +121,55 @@ void addNormals(const TopTools_IndexedMapOfShape& faces)
     }
 }
 
+/// Appends the wires, edges and vertices that belong to nothing.
+void addLoose(const TopoDS_Shape& shape, std::vector<TopoDS_Shape>& found)
+{
+    switch (shape.ShapeType()) {
+    case TopAbs_COMPOUND:
+        for (TopoDS_Iterator piece(shape); piece.More(); piece.Next())
+            addLoose(piece.Value(), found);
+        break;
+    case TopAbs_WIRE:
+    case TopAbs_EDGE:
+    case TopAbs_VERTEX:
+        found.push_back(shape);
+        break;
+    default:
+        break;
+    }
+}
+
+/// The polygon of an edge that bounds no face. The mesher gives polygons only to the edges of the faces that it meshes.
+void addPolygon(const TopoDS_Edge& placed, double deflection)
+{
+    const TopoDS_Edge edge = TopoDS::Edge(placed.Located(TopLoc_Location())); // the polygon goes where the curve is
+    TopLoc_Location location;
+    if (BRep_Tool::Degenerated(edge) || !BRep_Tool::IsGeometric(edge) || !BRep_Tool::Polygon3D(edge, location).IsNull())
+        return;
+    const BRepAdaptor_Curve curve(edge);
+    if (Precision::IsInfinite(curve.FirstParameter()) || Precision::IsInfinite(curve.LastParameter()))
+        return;
+    const GCPnts_TangentialDeflection points(curve, angularDeflection, deflection);
+    TColgp_Array1OfPnt nodes(1, points.NbPoints());
+    for (int i = 1; i <= points.NbPoints(); ++i)
+        nodes(i) = points.Value(i);
+    BRep_Builder().UpdateEdge(edge, Handle(Poly_Polygon3D)(new Poly_Polygon3D(nodes)));
+}
+
+void addPolygons(const TopoDS_Shape& shape)
+{
+    TopExp_Explorer edge(shape, TopAbs_EDGE, TopAbs_FACE);
+    if (!edge.More())
+        return;
+    Bnd_Box box;
+    BRepBndLib::Add(shape, box);
+    if (box.IsVoid() || box.IsOpen())
+        return;
+    const double deflection = deflectionFor(box.CornerMin().Distance(box.CornerMax()));
+    for (; edge.More(); edge.Next())
+        addPolygon(TopoDS::Edge(edge.Current()), deflection);
+}
+
 /// Reads the text form or the binary form, which the first bytes tell apart.
 TopoDS_Shape shapeOfBrepFile(const std::filesystem::path& file)
 {
@@ -205,6 +261,7 @@ std::vector<TopoDS_Shape> bodyShapesOf(const TopoDS_Shape& shape)
             builder.Add(loose, face.Current());
         bodies.push_back(loose);
     }
+    addLoose(shape, bodies);
     return bodies;
 }
 
@@ -212,9 +269,9 @@ Parts readBrep(const std::filesystem::path& file, const Progress& progress)
 {
     report(progress, "reading", 0);
     const TopoDS_Shape shape = shapeOfBrepFile(file);
-    std::vector<TopoDS_Shape> shapes = bodyShapesOf(shape);
+    const std::vector<TopoDS_Shape> shapes = bodyShapesOf(shape);
     if (shapes.empty())
-        shapes.push_back(shape); // edges, wires and points have visuals of their own
+        throw ImportError(file, "the BREP file holds no geometry");
 
     const std::string name = file.stem().string();
     auto part = std::make_shared<layout::Part>(sdf::SdfManager::inst().generateId(), name);
@@ -292,6 +349,7 @@ void meshShape(const TopoDS_Shape& shape)
         BRepMesh_IncrementalMesh(bare, deflectionFor(diagonal), false, angularDeflection, true);
     }
     addNormals(faces);
+    addPolygons(shape);
 }
 
 } // namespace vrk::station

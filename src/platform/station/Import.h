@@ -30,7 +30,7 @@ using Progress = std::function<void(std::string_view step, double fraction)>;
 /// Reads a STEP (.step, .stp), BREP (.brep) or STL (.stl) file; the ending may be in any case.
 ///
 /// An assembly becomes one part per occurrence of a product, at its place in the assembly. Names, body colours and face
-/// colours are kept. Shapes without a triangulation are meshed, on all cores; `meshShape` states how finely. The parts
+/// colours are kept. Wires, edges and vertices that belong to no face are bodies as well. Shapes without a triangulation are meshed, on all cores; `meshShape` states how finely. The parts
 /// are complete but not yet in the station: nothing is half-loaded when it fails.
 ///
 /// @throws ImportError
@@ -47,7 +47,8 @@ VRK_EXPORT TopoDS_Shape ImportShape(const std::string& uri);
 VRK_EXPORT double deflectionFor(double diagonal);
 
 /// Gives every face of the shape that has no triangulation one: linear deflection `deflectionFor` its size, angular
-/// deflection 0.35 radians, on all cores. Faces that have one keep it.
+/// deflection 0.35 radians, on all cores. Faces that have one keep it. Edges that bound no face get a polygon by the same
+/// rule.
 VRK_EXPORT void meshShape(const TopoDS_Shape& shape);
 
 } // namespace vrk::station

@@ -97,6 +97,8 @@ void paint(ProductBody& body, const TopoDS_Shape& shape, const ColorText& text)
     }
     TopTools_IndexedMapOfShape faces;
     TopExp::MapShapes(body.shape, TopAbs_FACE, faces);
+    if (faces.IsEmpty())
+        return; // a curve or a point, which is not the one that is painted
     for (int face = 1; face <= faces.Extent(); ++face) {
         if (inside.Contains(faces(face)))
             body.faceColors[static_cast<unsigned>(face)] = text;

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "scene/Scene.h"
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vrkview {
+
+struct HiddenFace;
+
+/// What is drawn of the bodies, by the name that the command line knows it by.
+struct Display {
+    const char* name;
+    int functionKey; // of the key that chooses it in the window, counted from F1
+    vrk::visual::Scene::DisplayMode mode;
+};
+
+std::span<const Display> allDisplays();
+/// Null for an unknown name.
+const Display* findDisplay(std::string_view name);
+/// Null for a function key without a display.
+const Display* findDisplay(int functionKey);
+/// All names, joined by commas.
+std::string displayNames();
+
+/// Posts the change. Bodies that are shown again have all their faces: those in `hidden` are hidden once more.
+void showAs(const Display& display, const std::vector<HiddenFace>& hidden);
+
+} // namespace vrkview
