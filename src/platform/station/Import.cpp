@@ -232,7 +232,7 @@ void checkReadable(const std::filesystem::path& file)
 }
 
 ImportError::ImportError(const std::filesystem::path& file, const std::string& cause)
-    : std::runtime_error(fmt::format("{}: {}", file.string(), cause))
+    : std::runtime_error(fmt::format("{}: {}", file.string(), oneLine(cause.c_str())))
 {
 }
 

@@ -2,6 +2,7 @@
 
 #include "platform/sdf/SdfManager.h"
 #include "platform/station/GeometryCache.h"
+#include "platform/station/ImportFormats.h"
 #include "platform/station/StationText.h"
 #include "platform/station/Uri.h"
 
@@ -25,7 +26,7 @@ std::filesystem::path absolutePath(const std::filesystem::path& file)
 
 StationFileError::StationFileError(const std::filesystem::path& file, const std::string& where,
                                    const std::string& expected)
-    : std::runtime_error(fmt::format("{}: {}: {}", file.string(), where, expected))
+    : std::runtime_error(fmt::format("{}: {}: {}", file.string(), oneLine(where.c_str()), oneLine(expected.c_str())))
 {
 }
 

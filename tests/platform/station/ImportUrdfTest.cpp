@@ -287,6 +287,14 @@ TEST_F(ImportUrdfTest, MissingMeshIsToldOf)
                   "the mesh 'package://none' of the link 'body' is not there");
 }
 
+TEST_F(ImportUrdfTest, FailureIsOneLineWhateverTheNamesAre)
+{
+    expectRefused("<robot name=\"r\"><link name=\"a\"/><link name=\"b\"/>" + jointTo("b\n") + jointTo("b\n") +
+                      "</robot>",
+                  "the link 'b ' hangs on two joints");
+    expectRefused(oneLinkUrdf("<mesh filename=\"a\nb.stl\"/>"), "the mesh 'a b.stl' of the link 'body' is not there");
+}
+
 TEST_F(ImportUrdfTest, DamagedMeshIsToldOf)
 {
     const std::filesystem::path mesh = folder.write("a.stl", "no mesh");

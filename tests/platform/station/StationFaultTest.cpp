@@ -264,6 +264,11 @@ TEST_F(StationTextFault, NumberThatNoDoubleHoldsIsToldWithItsPlace)
     expectRefused(R"({"parts": [{"pose": [0, 1e999]}]})", "/parts/0/pose/1: expected a finite number");
 }
 
+TEST_F(StationTextFault, FailureIsOneLineWhateverTheKeysAre)
+{
+    expectRefused(R"({"format": "vrk-station", "version": 1, "a\nb": 1})", "/a b: expected no such key");
+}
+
 TEST_F(StationTextFault, KeyTwiceIsToldWithItsPlace)
 {
     expectRefused(R"({"parts": [{"id": 1, "id": 2}]})", "/parts/0/id: expected no key twice");
