@@ -31,7 +31,8 @@ void Scene::doAddAttachment(unsigned child, unsigned parent, const rob::PoseTemp
 void Scene::deleteAttachment(unsigned child, unsigned oldParent, unsigned newParent,
                              const rob::PoseTemplate<double>& pose)
 {
-    addRenderTask([this, child, oldParent, newParent, pose] { doDeleteAttachment(child, oldParent, newParent, pose); }, 0);
+    addRenderTask([this, child, oldParent, newParent, pose] { doDeleteAttachment(child, oldParent, newParent, pose); },
+                  0);
 }
 
 // The old parent is named for the caller's sake: the tree knows where the child hangs.

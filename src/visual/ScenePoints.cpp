@@ -6,7 +6,6 @@
 
 namespace vrk::visual {
 
-
 void Scene::selectPointCloud(const std::unordered_map<unsigned, std::vector<std::uint64_t>>& indicesOfClouds)
 {
     // The clouds named here leave the list first: clearing what is selected would empty their points, and the new ones
