@@ -1,7 +1,7 @@
 #include "BodyBoxes.h"
 
 #include "scene/Scene.h"
-#include "visual/Visual.h"
+#include "visual/PointCloudVisual.h"
 
 #include <Ogre.h>
 
@@ -12,7 +12,10 @@ namespace {
 
 using vrk::VisualType;
 using vrk::rob::Posf;
+using vrk::visual::PointCloudVisual;
 using vrk::visual::Visual;
+
+constexpr std::size_t mostPointsOfACloud = 100000; // as many tell where it ends
 
 /// Of a solid the faces or the edges may be hidden, each by itself.
 bool isSeen(const Visual& visual)
@@ -33,9 +36,22 @@ bool isSeen(const Visual& visual)
     }
 }
 
+/// A scan fills its box badly: its corners would leave the picture half empty.
+void addPoints(const PointCloudVisual& cloud, std::vector<Posf>& corners)
+{
+    const vrk::rob::Posef pose = cloud.getWorldPose();
+    const std::vector<Posf>& points = cloud.getPoints();
+    const std::size_t step = points.size() / mostPointsOfACloud + 1;
+    for (std::size_t i = 0; i < points.size(); i += step)
+        if (points[i].isFinite())
+            corners.push_back(pose * points[i]);
+}
+
 void addCorners(const Visual& visual, std::vector<Posf>& corners)
 {
-    if (isSeen(visual)) {
+    if (isSeen(visual) && visual.getType() == VisualType::PointCloud) {
+        addPoints(dynamic_cast<const PointCloudVisual&>(visual), corners);
+    } else if (isSeen(visual)) {
         const Ogre::AxisAlignedBox& box = visual.getSceneNode()->_getWorldAABB();
         if (box.isFinite())
             for (const Ogre::Vector3& corner : box.getAllCorners())
@@ -56,8 +72,8 @@ std::vector<Posf> bodyCorners()
     // A single point has no size, but there must be a way back from it to look at it.
     if (!corners.empty() && std::ranges::all_of(corners, [&](const Posf& p) { return p == corners.front(); })) {
         const Posf middle = corners.front();
-        for (std::size_t i = 0; i < corners.size(); ++i)
-            corners[i] = middle + Posf(i & 1 ? 1.0f : -1.0f, i & 2 ? 1.0f : -1.0f, i & 4 ? 1.0f : -1.0f);
+        for (unsigned i = 0; i < 8; ++i)
+            corners.push_back(middle + Posf(i & 1 ? 1.0f : -1.0f, i & 2 ? 1.0f : -1.0f, i & 4 ? 1.0f : -1.0f));
     }
     return corners;
 }

@@ -9,8 +9,9 @@ namespace vrkview {
 
 // Render thread.
 
-/// The corners of the boxes, along the world's axes, of all bodies, curves, points and clouds that are shown; eight for
-/// each. Grid and frames do not count. Where all lies in one place, those of a cube of two units around it.
+/// Places between which all lies that is shown: the corners of the boxes of bodies, curves and points, along the world's
+/// axes, and of a cloud its points, or some 100,000 of them. Grid and frames do not count. Where all lies in one place,
+/// the corners of a cube of two units around it.
 std::vector<vrk::rob::PosTemplate<float>> bodyCorners();
 /// The box around them; not valid where nothing is shown.
 vrk::visual::Box bodyBox();

@@ -50,11 +50,11 @@ void readViews(const std::string& names, Options& options)
     }
 }
 
-const Display* readDisplay(const std::string& name)
+const DrawMode* readDrawMode(const std::string& name)
 {
-    if (const Display* display = findDisplay(name))
-        return display;
-    throw CLI::ValidationError("--display", fmt::format("'{}' is none of {}", name, displayNames()));
+    if (const DrawMode* mode = findDrawMode(name))
+        return mode;
+    throw CLI::ValidationError("--display", fmt::format("'{}' is none of {}", name, drawModeNames()));
 }
 
 const char* const footer = "Keys in the window:\n"
@@ -99,7 +99,7 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
         ->needs(shot);
     app.add_option(
            "--display", display,
-           fmt::format("What is drawn of the bodies, in the window and in pictures: {} [{}]", displayNames(), display))
+           fmt::format("What is drawn of the bodies, in the window and in pictures: {} [{}]", drawModeNames(), display))
         ->type_name("NAME");
     app.add_flag("--list", list, "Print what the files hold as JSON instead of opening a window")->excludes(shot);
     app.add_flag("--gpu", options.onPresentDisplay,
@@ -113,7 +113,7 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
         if (!size.empty())
             readSize(size, options);
         readViews(views, options);
-        options.display = readDisplay(display);
+        options.drawMode = readDrawMode(display);
     } catch (const CLI::ParseError& stop) {
         if (stop.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success))
             return app.exit(stop); // help or version

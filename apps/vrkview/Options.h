@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Display.h"
+#include "DrawMode.h"
 #include "Views.h"
 
 #include <filesystem>
@@ -19,7 +19,7 @@ struct Options {
     int pictureWidth = 1600;
     int pictureHeight = 1000;
     std::vector<const View*> views;
-    const Display* display = nullptr;
+    const DrawMode* drawMode = nullptr;
     bool onPresentDisplay = false;
     std::filesystem::path resources; // empty: the installed ones
 };

@@ -79,6 +79,7 @@ void changeFrameSize(int steps)
 {
     const double wanted = frameSize * std::pow(frameStep, steps);
     setFrameSize(steps > 0 ? std::max(wanted, frameSize + 1.0) : std::min(wanted, frameSize - 1.0));
+    Scene::Get()->setFrameVisualVisible(true);
 }
 
 } // namespace vrkview

@@ -14,7 +14,7 @@ void showGrid(bool shown);
 /// Lays the grid across the next axis, from z over x and y back to z, and shows it.
 void turnGrid();
 
-/// Makes the axes of all frames longer, for steps above 0, or shorter.
+/// Makes the axes of all frames longer, for steps above 0, or shorter, and shows them.
 void changeFrameSize(int steps);
 
 } // namespace vrkview

@@ -1,7 +1,7 @@
 #include "ViewWindow.h"
 
 #include "Contents.h"
-#include "Display.h"
+#include "DrawMode.h"
 #include "StartUp.h"
 #include "Surroundings.h"
 #include "ViewWidget.h"
@@ -105,7 +105,7 @@ void ViewWindow::keyPressEvent(QKeyEvent* event)
 
 bool ViewWindow::changeLook(int key)
 {
-    if (const Display* chosen = findDisplay(key - Qt::Key_F1 + 1)) {
+    if (const DrawMode* chosen = findDrawMode(key - Qt::Key_F1 + 1)) {
         showAs(*chosen, hiddenFaces);
         return true;
     }

@@ -55,24 +55,24 @@ std::unique_ptr<PrivateDisplay> chooseDisplay(const Options& options)
     return display;
 }
 
-void build(const Station& station, const Display& display)
+void build(const Station& station, const DrawMode& mode)
 {
     startLibrary();
     showStation(station);
-    showAs(display, station.hiddenFaces);
+    showAs(mode, station.hiddenFaces);
     vrk::visual::Scene::Get()->processMsgs();
     suitSurroundings();
     vrk::visual::Scene::Get()->processMsgs();
 }
 
-int openWindow(int argc, char** argv, const Station& station, const Display& display)
+int openWindow(int argc, char** argv, const Station& station, const DrawMode& mode)
 {
     // OGRE draws on X11; on a Wayland desktop that is what Xwayland is for.
     qputenv("QT_QPA_PLATFORM", "xcb");
     QApplication application(argc, argv);
     QApplication::setApplicationName("vrkview");
     std::setlocale(LC_NUMERIC, "C"); // Qt took the user's, with which other packages would misread numbers
-    build(station, display);
+    build(station, mode);
     ViewWindow window(station);
     window.show();
     return QApplication::exec();
@@ -89,8 +89,8 @@ int run(int argc, char** argv, const Options& options)
     const Station station = options.files.empty() ? demo.emplace().getStation() : importFiles(options.files);
 
     if (options.task == Options::Task::OpenWindow)
-        return openWindow(argc, argv, station, *options.display);
-    build(station, *options.display);
+        return openWindow(argc, argv, station, *options.drawMode);
+    build(station, *options.drawMode);
     quiet.reset();
     if (options.task == Options::Task::TakePicture)
         takePictures(options);

@@ -51,6 +51,9 @@ INSTANTIATE_TEST_SUITE_P(
                     WrongLine{"UnknownView",
                               {"--shot", "x.png", "--view", "up"},
                               "--view: 'up' is none of iso, front, back, left, right, top, bottom, all"},
+                    WrongLine{"UnknownDisplay",
+                              {"--display", "x-ray"},
+                              "--display: 'x-ray' is none of shaded, shaded-edges, edges, wire"},
                     WrongLine{"OneNumber",
                               {"--shot", "x.png", "--size", "10"},
                               "--size: '10' is not a size such as 1600x1000, each side from 1 to 8192"},
@@ -145,6 +148,34 @@ TEST_F(ViewerFile, WordInPlaceOfANumberInAsciiStlIsTold)
                     "endfacet\nendsolid s\n");
 
     expectFileRefused(file, "a vertex of the STL file is not three numbers");
+}
+
+TEST_F(ViewerFile, WordInPlaceOfANumberInAnXyzCloudIsToldWithItsLine)
+{
+    expectFileRefused(files.write("word.xyz", "0 0 0\n1 zero 0\n"), "line 2: 'zero' is not a number");
+}
+
+TEST_F(ViewerFile, PlyCloudCutShortIsToldWithItsByte)
+{
+    const std::string header = "ply\nformat binary_little_endian 1.0\nelement vertex 2\nproperty float x\n"
+                               "property float y\nproperty float z\nend_header\n";
+    const std::string file = files.write("cut.ply", header + std::string(12, '\0'));
+
+    expectFileRefused(file, "ends at byte " + std::to_string(header.size() + 12) + " of " +
+                                std::to_string(header.size() + 24));
+}
+
+TEST_F(ViewerFile, PcdCloudCutShortIsToldWithItsLine)
+{
+    const std::string file = files.write("cut.pcd", "VERSION .7\nFIELDS x y z\nSIZE 4 4 4\nTYPE F F F\nCOUNT 1 1 1\n"
+                                                    "WIDTH 2\nHEIGHT 1\nPOINTS 2\nDATA ascii\n0 0 0\n");
+
+    expectFileRefused(file, "line 10: the file ends after 1 of 2 points");
+}
+
+TEST_F(ViewerFile, CloudWithoutAPointIsTold)
+{
+    expectFileRefused(files.write("bare.xyz", "# nothing\n"), "the file holds no point");
 }
 
 TEST_F(ViewerFile, GoodOneBesideABadOneIsNotShownEither)

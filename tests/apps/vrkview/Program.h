@@ -27,6 +27,10 @@ public:
     /// A box of CAD data.
     std::string writeStep(const std::string& name) const;
     std::string writeBrep(const std::string& name) const;
+    /// A circle and a point, without a face.
+    std::string writeCurves(const std::string& name) const;
+    /// A cloud of 441 points, a wavy square of that side around this place.
+    std::string writeCloud(const std::string& name, double side, double x = 0, double y = 0) const;
 
 private:
     TemporaryFolder folder;

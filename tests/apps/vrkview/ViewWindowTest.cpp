@@ -1,10 +1,12 @@
 #include "ViewWindow.h"
 
 #include "DemoStation.h"
+#include "DrawMode.h"
 #include "FakeInput.h"
 #include "PrivateDisplay.h"
 #include "StartUp.h"
 #include "StationScene.h"
+#include "Surroundings.h"
 #include "ViewWidget.h"
 
 #include "platform/broker/SignalBroker.h"
@@ -82,6 +84,9 @@ protected:
         startLibrary();
         showStation(demo.getStation());
         Scene::Get()->processMsgs();
+        showAs(*findDrawMode("shaded-edges"), demo.getStation().hiddenFaces);
+        suitSurroundings();
+        Scene::Get()->processMsgs();
         window = new ViewWindow(demo.getStation());
         ticks =
             new boost::signals2::scoped_connection(vrk::broker::SignalBroker::onFrameTicked([](double) { ++frames; }));
@@ -107,6 +112,7 @@ protected:
         const QPoint corner = view().mapToGlobal(QPoint(0, 0));
         return window->screen()->grabWindow(0, corner.x(), corner.y(), view().width(), view().height()).toImage();
     }
+    static QImage after(const char* key);
     static vrk::rob::DirTemplate<float> viewDirection()
     {
         return Camera::Get()->getWorldRotation() * vrk::rob::DirTemplate<float>(0, 0, -1);
@@ -156,6 +162,7 @@ TEST_F(ViewWindowTest, StatusLineTellsWhatIsShown)
     EXPECT_THAT(text.toStdString(), HasSubstr(" bodies, "));
     EXPECT_THAT(text.toStdString(), HasSubstr(" faces, "));
     EXPECT_THAT(text.toStdString(), HasSubstr(" triangles"));
+    EXPECT_THAT(text.toStdString(), HasSubstr(" 1 cloud, 200,000 points"));
     EXPECT_THAT(text.toStdString(), HasSubstr(" ms"));
 }
 
@@ -181,6 +188,90 @@ TEST_F(ViewWindowTest, FitKeepsTheDirection)
 
     EXPECT_TRUE(waitFor([] { return Camera::Get()->getWorldPosition().length() < 5000; }));
     EXPECT_GT(viewDirection().dot(before), 0.9999f);
+}
+
+/// Types the key and returns what is then seen.
+QImage ViewWindowTest::after(const char* key)
+{
+    typeKey(key);
+    settle(frames);
+    return seen();
+}
+
+/// The share of the pixels that show something.
+double shown(const QImage& picture)
+{
+    long count = 0;
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x)
+            count += isBackground(picture.pixel(x, y)) ? 0 : 1;
+    return static_cast<double>(count) / (static_cast<double>(picture.width()) * picture.height());
+}
+
+TEST_F(ViewWindowTest, FunctionKeysChooseTheDisplayAndBackComesTheSamePicture)
+{
+    const QImage first = after("0");
+
+    const QImage shaded = after("F5");
+    const QImage edges = after("F7");
+    const QImage wire = after("F8");
+    const QImage last = after("F6");
+
+    EXPECT_NE(shaded, first);
+    EXPECT_LT(shown(edges), 0.8 * shown(shaded));
+    EXPECT_NE(wire, edges);
+    EXPECT_NE(wire, shaded);
+    EXPECT_EQ(last, first); // the front of the gear case is left away again, too
+}
+
+TEST_F(ViewWindowTest, FitIsTheSameWhileOnlyEdgesAreShown)
+{
+    typeKey("F7");
+    typeKey("0");
+    settle(frames);
+    const auto withEdges = Camera::Get()->getWorldPosition();
+
+    typeKey("F6");
+    typeKey("0");
+    settle(frames);
+
+    EXPECT_NEAR((Camera::Get()->getWorldPosition() - withEdges).length(), 0, 1e-2);
+}
+
+TEST_F(ViewWindowTest, GridIsShownAndHidden)
+{
+    const QImage without = after("0");
+    EXPECT_FALSE(isGridShown());
+
+    const QImage with = after("g");
+
+    EXPECT_TRUE(isGridShown());
+    EXPECT_NE(with, without);
+    EXPECT_EQ(after("g"), without);
+}
+
+TEST_F(ViewWindowTest, GridTurnsThroughTheThreeAxes)
+{
+    typeKey("0");
+    const QImage alongZ = after("g");
+
+    const QImage alongX = after("n");
+    const QImage alongY = after("n");
+
+    EXPECT_NE(alongX, alongZ);
+    EXPECT_NE(alongY, alongX);
+    EXPECT_EQ(after("n"), alongZ);
+    typeKey("g");
+}
+
+TEST_F(ViewWindowTest, FramesGrowAndShrink)
+{
+    const QImage before = after("0");
+
+    const QImage longer = after("plus");
+
+    EXPECT_NE(longer, before);
+    EXPECT_EQ(after("minus"), before);
 }
 
 TEST_F(ViewWindowTest, MouseOverTheViewReachesTheWidget)
@@ -274,6 +365,7 @@ TEST_F(ViewWindowTest, F1ListsTheKeys)
     EXPECT_TRUE(waitFor([&] { return (box = window->findChild<QMessageBox*>()) && box->isVisible(); }));
     ASSERT_NE(box, nullptr);
     EXPECT_THAT(box->text().toStdString(), HasSubstr("Isometric"));
+    EXPECT_THAT(box->text().toStdString(), HasSubstr("Grid shown or hidden"));
     box->close();
 }
 

@@ -12,21 +12,21 @@ namespace vrkview {
 struct HiddenFace;
 
 /// What is drawn of the bodies, by the name that the command line knows it by.
-struct Display {
+struct DrawMode {
     const char* name;
     int functionKey; // of the key that chooses it in the window, counted from F1
-    vrk::visual::Scene::DisplayMode mode;
+    vrk::visual::Scene::DisplayMode sceneMode;
 };
 
-std::span<const Display> allDisplays();
+std::span<const DrawMode> allDrawModes();
 /// Null for an unknown name.
-const Display* findDisplay(std::string_view name);
-/// Null for a function key without a display.
-const Display* findDisplay(int functionKey);
+const DrawMode* findDrawMode(std::string_view name);
+/// Null for a function key without a mode.
+const DrawMode* findDrawMode(int functionKey);
 /// All names, joined by commas.
-std::string displayNames();
+std::string drawModeNames();
 
 /// Posts the change. Bodies that are shown again have all their faces: those in `hidden` are hidden once more.
-void showAs(const Display& display, const std::vector<HiddenFace>& hidden);
+void showAs(const DrawMode& mode, const std::vector<HiddenFace>& hidden);
 
 } // namespace vrkview
