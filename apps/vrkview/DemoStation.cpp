@@ -3,6 +3,7 @@
 #include "DemoScan.h"
 #include "DemoShapes.h"
 
+#include "platform/layout/Frame.h"
 #include "platform/layout/Body.h"
 #include "platform/layout/Part.h"
 #include "platform/layout/PointCloud.h"
@@ -197,11 +198,9 @@ std::shared_ptr<Part> printedVase(const std::filesystem::path& folder, const Pos
     return part;
 }
 
-std::shared_ptr<sdf::SdfNode> frame(const std::string& name, const Posed& pose)
+std::shared_ptr<vrk::layout::Frame> frame(const std::string& name, const Posed& pose)
 {
-    auto node = std::make_shared<sdf::SdfNode>(sdf::ModelType::Frame, sdf::SdfManager::inst().generateId(), name);
-    node->setPose(pose);
-    return node;
+    return std::make_shared<vrk::layout::Frame>(sdf::SdfManager::inst().generateId(), name, pose);
 }
 
 } // namespace

@@ -5,6 +5,8 @@
 #include "platform/layout/PointCloud.h"
 #include "platform/station/Import.h"
 #include "platform/station/ImportCloud.h"
+#include "platform/station/ImportUrdf.h"
+#include "platform/station/StationFile.h"
 
 #include <algorithm>
 #include <iterator>
@@ -40,12 +42,18 @@ Station importFiles(const std::vector<std::filesystem::path>& files)
     for (const std::filesystem::path& file : files) {
         ImportProgress progress(file.filename().string());
         const auto report = [&progress](std::string_view step, double fraction) { progress.report(step, fraction); };
-        if (vrk::station::isPointCloudFile(file))
+        if (vrk::station::isStationFile(file)) {
+            if (station.whole)
+                throw vrk::station::ImportError(file, "a second station file; one can be opened at a time");
+            station.whole = vrk::station::ReadStationFile(file, report);
+        } else if (vrk::station::isUrdfFile(file))
+            station.mechanisms.push_back(vrk::station::ImportUrdf(file, report));
+        else if (vrk::station::isPointCloudFile(file))
             station.clouds.push_back(vrk::station::ImportPointCloud(file, report));
         else
             std::ranges::move(vrk::station::ImportFile(file, report), std::back_inserter(station.parts));
     }
-    if (station.parts.empty() && !station.clouds.empty())
+    if (station.parts.empty() && station.mechanisms.empty() && !station.whole && !station.clouds.empty())
         bringNear(station.clouds);
     return station;
 }

@@ -75,8 +75,8 @@ const char* const footer = "Keys in the window:\n"
 std::optional<int> parseOptions(int argc, const char* const* argv, Options& options)
 {
     CLI::App app(
-        "Shows CAD and mesh files (STEP, BREP, STL) and point clouds (PLY, PCD, XYZ). Without a file it shows a "
-        "demo station.",
+        "Shows CAD and mesh files (STEP, BREP, STL), robots (URDF), point clouds (PLY, PCD, XYZ) and whole stations "
+        "(.station.json). Any mix of files makes one station; without a file it shows a demo station.",
         "vrkview");
     app.footer(footer);
     app.set_version_flag("-V,--version", "vrkview " VRK_VERSION);
@@ -101,6 +101,14 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
            "--display", display,
            fmt::format("What is drawn of the bodies, in the window and in pictures: {} [{}]", drawModeNames(), display))
         ->type_name("NAME");
+    app.add_option("--joints", options.joints,
+                   "Joint values of the first mechanism that moves, joined by commas: degrees, or millimetres of joints "
+                   "that slide")
+        ->type_name("A,B,...")
+        ->delimiter(',')
+        ->allow_extra_args(false);
+    app.add_option("--save", options.save, "Write what is shown as a station file, NAME.station.json")
+        ->type_name("FILE");
     app.add_flag("--list", list, "Print what the files hold as JSON instead of opening a window")->excludes(shot);
     app.add_flag("--gpu", options.onPresentDisplay,
                  "Draw pictures on the present display, and so with its graphics card, instead of a private one");

@@ -21,6 +21,8 @@ struct Options {
     std::vector<const View*> views;
     const DrawMode* drawMode = nullptr;
     bool onPresentDisplay = false;
+    std::vector<double> joints;      // of the first mechanism that moves: degrees or millimetres
+    std::filesystem::path save;      // where the station is written; empty: nowhere
     std::filesystem::path resources; // empty: the installed ones
 };
 

@@ -1,16 +1,11 @@
 #pragma once
 
+#include "platform/layout/Layout.h"
+
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
-
-namespace sdf {
-class SdfNode;
-}
-namespace vrk::layout {
-class Part;
-class PointCloud;
-} // namespace vrk::layout
 
 namespace vrkview {
 
@@ -22,9 +17,11 @@ struct HiddenFace {
 /// What is to be shown: things that are complete but do not stand in the model yet.
 struct Station {
     std::string title;
+    std::optional<vrk::layout::StationContent> whole; // what a station file holds; the rest joins it
     std::vector<std::shared_ptr<vrk::layout::Part>> parts;
+    std::vector<std::shared_ptr<vrk::layout::Mechanism>> mechanisms;
     std::vector<std::shared_ptr<vrk::layout::PointCloud>> clouds;
-    std::vector<std::shared_ptr<sdf::SdfNode>> frames;
+    std::vector<std::shared_ptr<vrk::layout::Frame>> frames;
     std::vector<HiddenFace> hiddenFaces;
     std::vector<unsigned> arrowedCurves; // ids of bodies that are wires or edges; an arrow at either end
 };

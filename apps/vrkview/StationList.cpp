@@ -23,6 +23,22 @@ using vrk::visual::Visual;
 const char* typeName(VisualType type)
 {
     switch (type) {
+    case VisualType::Manipulator:
+        return "manipulator";
+    case VisualType::Tool:
+        return "tool";
+    case VisualType::Device:
+        return "device";
+    case VisualType::Link:
+        return "link";
+    case VisualType::Assembly:
+        return "assembly";
+    case VisualType::Wrist:
+        return "wrist";
+    case VisualType::WObj:
+        return "work object";
+    case VisualType::Tcp:
+        return "tool data";
     case VisualType::Part:
         return "part";
     case VisualType::Solid:

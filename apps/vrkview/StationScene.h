@@ -1,12 +1,19 @@
 #pragma once
 
+#include <vector>
+
 namespace vrkview {
 
 struct Station;
 
-/// Enters the station in the model and posts the building of its visuals: one for each part, below it one for each body,
-/// and one for each cloud and frame. Faces are not hidden yet, `showAs` does that. Render thread, after start-up; what fails while they are built leaves `Scene::processMsgs`, with the name
-/// of the body.
+/// Enters the station in the model and posts the building of its visuals. Faces are not hidden yet, `showAs` does that.
+/// The visuals of links follow the joints from now on. Render thread, after start-up; what fails while visuals are built
+/// leaves `Scene::processMsgs`.
 void showStation(const Station& station);
+
+/// Moves the joints of the first mechanism that has any: degrees, or millimetres of those that slide. Values are held to
+/// the limits; joints beyond the last value stay.
+/// @throws std::runtime_error where no mechanism has joints that move, or there are more values than joints.
+void moveJoints(const std::vector<double>& values);
 
 } // namespace vrkview

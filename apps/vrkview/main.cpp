@@ -10,6 +10,7 @@
 #include "ViewWindow.h"
 
 #include "platform/common/ResourcePath.h"
+#include "platform/station/StationFile.h"
 #include "scene/Scene.h"
 
 #include <QApplication>
@@ -55,24 +56,29 @@ std::unique_ptr<PrivateDisplay> chooseDisplay(const Options& options)
     return display;
 }
 
-void build(const Station& station, const DrawMode& mode)
+/// @throws std::runtime_error, before anything is shown, if it cannot be saved.
+void build(const Station& station, const Options& options)
 {
     startLibrary();
     showStation(station);
-    showAs(mode, station.hiddenFaces);
+    if (!options.joints.empty())
+        moveJoints(options.joints);
+    if (!options.save.empty())
+        vrk::station::SaveStationFile(options.save);
+    showAs(*options.drawMode, station.hiddenFaces);
     vrk::visual::Scene::Get()->processMsgs();
     suitSurroundings();
     vrk::visual::Scene::Get()->processMsgs();
 }
 
-int openWindow(int argc, char** argv, const Station& station, const DrawMode& mode)
+int openWindow(int argc, char** argv, const Station& station, const Options& options)
 {
     // OGRE draws on X11; on a Wayland desktop that is what Xwayland is for.
     qputenv("QT_QPA_PLATFORM", "xcb");
     QApplication application(argc, argv);
     QApplication::setApplicationName("vrkview");
     std::setlocale(LC_NUMERIC, "C"); // Qt took the user's, with which other packages would misread numbers
-    build(station, mode);
+    build(station, options);
     ViewWindow window(station);
     window.show();
     return QApplication::exec();
@@ -89,8 +95,8 @@ int run(int argc, char** argv, const Options& options)
     const Station station = options.files.empty() ? demo.emplace().getStation() : importFiles(options.files);
 
     if (options.task == Options::Task::OpenWindow)
-        return openWindow(argc, argv, station, *options.drawMode);
-    build(station, *options.drawMode);
+        return openWindow(argc, argv, station, options);
+    build(station, options);
     quiet.reset();
     if (options.task == Options::Task::TakePicture)
         takePictures(options);
