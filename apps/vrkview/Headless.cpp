@@ -3,9 +3,9 @@
 #include "Options.h"
 #include "StartUp.h"
 #include "StationList.h"
+#include "Surroundings.h"
 
 #include "scene/Scene.h"
-#include "view/AxesCross.h"
 #include "view/Camera.h"
 #include "view/OffscreenTarget.h"
 
@@ -41,7 +41,7 @@ void suitCross(const OffscreenTarget& target)
 {
     constexpr float usualRows = 1000;
     const auto side = static_cast<float>(std::min(target.getWidth(), target.getHeight()));
-    Camera::Get()->axesCross().setScale(side / usualRows);
+    enlargeCross(side / usualRows);
 }
 
 QImage draw(const OffscreenTarget& target, const View& view)

@@ -4,7 +4,11 @@
 
 #include "scene/Scene.h"
 #include "scene/core/SceneSettings.h"
+#include "view/AxesCross.h"
+#include "view/Camera.h"
 #include "visual/Visual.h"
+
+#include <Ogre.h>
 
 #include <algorithm>
 #include <cmath>
@@ -73,6 +77,14 @@ void turnGrid()
     gridNormal = (gridNormal + 1) % 3;
     Scene::Get()->setGridNormalDir(gridNormal);
     showGrid(true);
+}
+
+void enlargeCross(float factor)
+{
+    vrk::visual::AxesCross& cross = vrk::visual::Camera::Get()->axesCross();
+    cross.setScale(factor);
+    // The nodes took the factor in place of their size so far.
+    Scene::GetSceneManager()->getSceneNode("GlobalFrame")->setScale(Ogre::Vector3(cross.getScale()));
 }
 
 void changeFrameSize(int steps)

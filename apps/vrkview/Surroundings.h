@@ -14,6 +14,9 @@ void showGrid(bool shown);
 /// Lays the grid across the next axis, from z over x and y back to z, and shows it.
 void turnGrid();
 
+/// Makes the cross of axes in the corner larger by this factor. At once.
+void enlargeCross(float factor);
+
 /// Makes the axes of all frames longer, for steps above 0, or shorter, and shows them.
 void changeFrameSize(int steps);
 

@@ -9,8 +9,6 @@
 
 #include "platform/broker/SignalBroker.h"
 #include "scene/Scene.h"
-#include "view/AxesCross.h"
-#include "view/Camera.h"
 
 #include <QKeyEvent>
 #include <QLocale>
@@ -19,8 +17,6 @@
 
 namespace vrkview {
 namespace {
-
-using vrk::visual::Camera;
 
 constexpr QSize startSize(1280, 840);
 
@@ -76,7 +72,7 @@ ViewWindow::ViewWindow(const Station& station)
     frameTime->setMinimumWidth(fontMetrics().horizontalAdvance("10,000.0 ms"));
     frameTicked = vrk::broker::SignalBroker::onFrameTicked([this](double ms) { showFrameTime(ms); });
     connect(view, &ViewWidget::ready, this, [this] {
-        Camera::Get()->axesCross().setScale(static_cast<float>(devicePixelRatioF()));
+        enlargeCross(static_cast<float>(devicePixelRatioF()));
         suitCameraToScene();
         lookAlong(*findView("iso"));
     });

@@ -14,7 +14,7 @@ const vec3 middle = vec3(0.0, 0.0, -800.0); // of the cross, in the world
 const float pixelsPerUnit = 2.6;
 const float depth = -0.985;                 // just behind the near plane
 const float depthPerUnit = 0.0004;
-const float ownPlace = 50.0;                // pixels, of a cross that was not made larger
+const float usualPlace = 75.0;              // pixels, of a cross as a camera has it at first
 
 const float letterLead = 4.0;               // how far letters are drawn ahead of what they may lie over
 
@@ -26,7 +26,7 @@ void main()
     vec2 pixel = place.xy + p.xy * pixelsPerUnit;
     vec2 position = pixel / viewportSize.xy * 2.0 - 1.0;
     viewNormal = normalize(mat3(world) * normal);
-    float near = p.z * ownPlace / place.x; // a large cross takes no more depth than a small one
+    float near = p.z * usualPlace / place.x; // a large cross takes no more depth than a small one
     float ahead = viewNormal.z > 0.9999 ? near + letterLead : near; // letters, and little else, face the viewer
     gl_Position = vec4(position.x, position.y * flipping, depth - ahead * depthPerUnit, 1.0);
 }

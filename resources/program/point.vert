@@ -7,7 +7,7 @@ in vec4 vertex;
 uniform mat4 worldView;
 uniform mat4 projection;
 uniform vec4 viewportSize;
-uniform float size; // pixels
+uniform float size; // pixels of a picture of up to 1080 rows; a finer one has as much larger marks
 
 const float slope = 2.0; // of the steepest face on which a mark is whole: depth to height in the picture
 
@@ -15,10 +15,11 @@ void main()
 {
     vec4 view = worldView * vertex;
     vec4 clip = projection * view;
-    float lift = slope * size / (viewportSize.y * abs(projection[1][1])); // of the distance
+    float pixels = size * max(1.0, viewportSize.y / 1080.0);
+    float lift = slope * pixels / (viewportSize.y * abs(projection[1][1])); // of the distance
     vec4 lifted = projection * vec4(view.xyz * (1.0 - lift), view.w);
     if (clip.w > 0.0 && lifted.w > 0.0)
         clip.z = lifted.z / lifted.w * clip.w;
     gl_Position = clip;
-    gl_PointSize = size;
+    gl_PointSize = pixels;
 }

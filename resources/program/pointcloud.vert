@@ -29,7 +29,8 @@ uniform vec4 viewportSize;
 uniform vec4 diameter; // x: of a point, in model units
 uniform float lift;    // how much nearer than it lies a point is drawn, as a part of the distance
 
-const float smallest = 2.0; // pixels
+// Pixels of a picture of up to 1080 rows; a finer one has as much larger points.
+const float smallest = 2.0;
 const float largest = 8.0;
 
 flat out vec3 pointColour;
@@ -58,7 +59,8 @@ void main()
     vec4 clip = projection * view;
     float perUnit = 0.5 * viewportSize.y * abs(projection[1][1]) / max(clip.w, 1e-6);
     float scale = length(worldView[0].xyz);
-    pointSize = clamp(diameter.x * scale * perUnit, smallest, largest);
+    float fineness = max(1.0, viewportSize.y / 1080.0);
+    pointSize = clamp(diameter.x * scale * perUnit, smallest * fineness, largest * fineness);
     gl_PointSize = pointSize;
     vec4 lifted = projection * vec4(view.xyz * (1.0 - lift), view.w);
     if (clip.w > 0.0 && lifted.w > 0.0)

@@ -41,8 +41,9 @@
 namespace vrk::station {
 namespace {
 
-constexpr double angularDeflection = 0.35; // radians
-constexpr double meshingStart = 0.5;       // the share of an import that comes before the meshing
+constexpr double angularDeflection = 0.35;    // radians
+constexpr double lineAngularDeflection = 0.1; // radians; a thin line shows its corners, a shaded face hides them
+constexpr double meshingStart = 0.5;          // the share of an import that comes before the meshing
 
 /// Keeps Open CASCADE from writing to the console. Its messenger is one for the process.
 class QuietMessenger {
@@ -149,7 +150,7 @@ void addPolygon(const TopoDS_Edge& placed, double deflection)
     const BRepAdaptor_Curve curve(edge);
     if (Precision::IsInfinite(curve.FirstParameter()) || Precision::IsInfinite(curve.LastParameter()))
         return;
-    const GCPnts_TangentialDeflection points(curve, angularDeflection, deflection);
+    const GCPnts_TangentialDeflection points(curve, lineAngularDeflection, deflection);
     TColgp_Array1OfPnt nodes(1, points.NbPoints());
     for (int i = 1; i <= points.NbPoints(); ++i)
         nodes(i) = points.Value(i);

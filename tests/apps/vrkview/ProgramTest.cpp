@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <set>
 #include <vector>
@@ -197,6 +198,32 @@ TEST(ViewerShot, DisplayChoosesWhatIsDrawnOfTheBodies)
     EXPECT_NE(wire, edges);
 }
 
+TEST(ViewerShot, CrossOfAxesTakesTheSamePartOfEveryPicture)
+{
+    const Files files;
+    const std::string plate = files.writeBrep("plate.brep");
+    const auto crossArea = [&](const std::string& size) {
+        const Outcome outcome =
+            runViewer({"--shot", files.path("cross.png"), "--size", size, "--view", "front", plate});
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+        const QImage picture(QString::fromStdString(files.path("cross.png")));
+        QRect area;
+        for (int y = picture.height() * 7 / 10; y < picture.height(); ++y) // below the plate
+            for (int x = 0; x < picture.width(); ++x)
+                if (!isBackground(picture.pixel(x, y)))
+                    area |= QRect(x, y, 1, 1);
+        const auto part = [&](int pixels) { return static_cast<double>(pixels) / picture.height(); };
+        return std::array{part(area.left()), part(area.width()), part(area.height())};
+    };
+
+    const std::array small = crossArea("250x250");
+    const std::array large = crossArea("2200x2200"); // this one is not averaged down from a larger one
+
+    for (std::size_t i = 0; i < small.size(); ++i)
+        EXPECT_NEAR(small[i], large[i], 0.012);
+    EXPECT_GT(large[1], 0.05);
+}
+
 TEST(ViewerShot, CurvesFillThePicture)
 {
     const Files files;
@@ -306,7 +333,7 @@ TEST(ViewerShot, EachDirectionShowsTheSideThatItIsNamedAfter)
         int left = 300, right = -1, upper = 300, lower = -1;
         for (int y = 0; y < picture.height(); ++y)
             for (int x = 0; x < picture.width(); ++x)
-                if (!isBackground(picture.pixel(x, y)) && !(x < 40 && y > 260)) { // there is the cross of axes
+                if (!isBackground(picture.pixel(x, y)) && !(x < 50 && y > 255)) { // there is the cross of axes
                     left = std::min(left, x);
                     right = std::max(right, x);
                     upper = std::min(upper, y);
