@@ -3,8 +3,8 @@
 #include "DemoScan.h"
 #include "DemoShapes.h"
 
-#include "platform/layout/Frame.h"
 #include "platform/layout/Body.h"
+#include "platform/layout/Frame.h"
 #include "platform/layout/Part.h"
 #include "platform/layout/PointCloud.h"
 #include "platform/sdf/SdfManager.h"

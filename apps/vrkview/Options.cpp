@@ -101,9 +101,10 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
            "--display", display,
            fmt::format("What is drawn of the bodies, in the window and in pictures: {} [{}]", drawModeNames(), display))
         ->type_name("NAME");
-    app.add_option("--joints", options.joints,
-                   "Joint values of the first mechanism that moves, joined by commas: degrees, or millimetres of joints "
-                   "that slide")
+    app.add_option(
+           "--joints", options.joints,
+           "Joint values of the first mechanism that moves, joined by commas: degrees, or millimetres of joints "
+           "that slide")
         ->type_name("A,B,...")
         ->delimiter(',')
         ->allow_extra_args(false);

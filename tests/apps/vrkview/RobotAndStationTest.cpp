@@ -1,0 +1,173 @@
+#include "Program.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+
+namespace vrkview::test {
+namespace {
+
+using nlohmann::json;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StrEq;
+
+constexpr int unusable = 2;
+
+// An upright post with an arm that turns on it; lengths in metres.
+const std::string robot = R"(<?xml version="1.0"?>
+<robot name="kuka_post">
+  <link name="base_link"><visual><geometry><box size="0.2 0.2 1"/></geometry></visual></link>
+  <link name="arm"><visual><geometry><box size="0.8 0.1 0.1"/></geometry></visual></link>
+  <joint name="turn" type="revolute">
+    <parent link="base_link"/><child link="arm"/><origin xyz="0 0 0.55"/><axis xyz="0 0 1"/>
+    <limit lower="-1" upper="1" effort="1" velocity="1"/>
+  </joint>
+</robot>
+)";
+
+json listed(const std::vector<std::string>& arguments)
+{
+    std::vector<std::string> all = {"--list"};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    const Outcome outcome = runViewer(all);
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    return json::parse(outcome.out);
+}
+
+std::string pictureOf(const Files& files, const std::string& name, std::vector<std::string> arguments)
+{
+    arguments.insert(arguments.end(), {"--shot", files.path(name), "--size", "160x120", "--view", "top"});
+    EXPECT_EQ(runViewer(arguments).exitCode, 0);
+    return bytesOf(files.path(name));
+}
+
+TEST(ViewerRobot, LinksHangOnTheManipulator)
+{
+    const Files files;
+
+    const json tree = listed({files.write("post.urdf", robot)})["tree"];
+
+    ASSERT_EQ(tree.size(), 2u) << "the robot and its task frame";
+    const json& arm = tree[0]["type"] == "manipulator" ? tree[0] : tree[1];
+    EXPECT_EQ(arm["name"], "kuka_post");
+    EXPECT_EQ(arm["bodies"], 2);
+    EXPECT_EQ(arm["faces"], 12);
+}
+
+TEST(ViewerRobot, JointValuesMoveItAndAreHeldToTheLimits)
+{
+    const Files files;
+    const std::string file = files.write("post.urdf", robot);
+
+    const std::string atRest = pictureOf(files, "rest.png", {file});
+    const std::string turned = pictureOf(files, "turned.png", {"--joints", "40", file});
+    const std::string atLimit = pictureOf(files, "limit.png", {"--joints", "57.29577951308232", file});
+    const std::string beyond = pictureOf(files, "beyond.png", {"--joints", "170", file});
+
+    EXPECT_NE(turned, atRest);
+    EXPECT_NE(turned, atLimit);
+    EXPECT_EQ(beyond, atLimit);
+}
+
+TEST(ViewerRobot, MoreValuesThanJointsAreRefused)
+{
+    const Files files;
+
+    const Outcome outcome = runViewer({"--list", "--joints", "1,2", files.write("post.urdf", robot)});
+
+    EXPECT_EQ(outcome.exitCode, unusable);
+    EXPECT_THAT(outcome.out, IsEmpty());
+    EXPECT_THAT(outcome.err, StrEq("vrkview: --joints: 2 values, but kuka_post has 1 joints\n"));
+}
+
+TEST(ViewerRobot, JointValuesWithoutAnythingThatMovesAreRefused)
+{
+    const Files files;
+
+    const Outcome outcome = runViewer({"--list", "--joints", "1", files.writeBrep("box.brep")});
+
+    EXPECT_EQ(outcome.exitCode, unusable);
+    EXPECT_THAT(outcome.err, StrEq("vrkview: --joints: nothing here has joints that move\n"));
+}
+
+TEST(ViewerRobot, DamagedDescriptionIsRefusedInOneLine)
+{
+    const Files files;
+
+    const Outcome outcome = runViewer({"--list", files.write("bad.urdf", "<robot name=\"x\">")});
+
+    EXPECT_EQ(outcome.exitCode, unusable);
+    EXPECT_THAT(outcome.err, HasSubstr("bad.urdf: "));
+    EXPECT_THAT(outcome.err, EndsWith("\n"));
+    EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1);
+}
+
+TEST(ViewerStation, AnyMixOfFilesIsSavedAndOpensAsTheSame)
+{
+    const Files files;
+    const std::string saved = files.path("cell.station.json");
+
+    const json mix = listed({files.write("post.urdf", robot), files.writeStep("box.step"),
+                             files.writeCloud("scan.xyz", 500), "--save", saved});
+    const json opened = listed({saved, "--save", files.path("again.station.json")});
+
+    EXPECT_EQ(opened["tree"], mix["tree"]);
+    EXPECT_EQ(opened["triangles"], mix["triangles"]);
+    EXPECT_EQ(opened["points"], mix["points"]);
+    EXPECT_EQ(bytesOf(files.path("again.station.json")), bytesOf(saved));
+}
+
+TEST(ViewerStation, FilesJoinAnOpenedStation)
+{
+    const Files files;
+    const std::string saved = files.path("cell.station.json");
+    listed({files.write("post.urdf", robot), "--save", saved});
+
+    const json joined = listed({saved, files.writeStep("box.step")});
+
+    EXPECT_EQ(joined["bodies"], 3);
+}
+
+TEST(ViewerStation, FaultyStationIsRefusedWithThePlaceOfTheFault)
+{
+    const Files files;
+
+    const Outcome outcome = runViewer({"--list", files.write("bad.station.json", R"({"format": 99})")});
+
+    EXPECT_EQ(outcome.exitCode, unusable);
+    EXPECT_THAT(outcome.out, IsEmpty());
+    EXPECT_THAT(outcome.err, HasSubstr("bad.station.json: /"));
+    EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1);
+}
+
+TEST(ViewerStation, SecondStationIsRefused)
+{
+    const Files files;
+    const std::string saved = files.path("cell.station.json");
+    listed({files.write("post.urdf", robot), "--save", saved});
+
+    const Outcome outcome = runViewer({"--list", saved, saved});
+
+    EXPECT_EQ(outcome.exitCode, unusable);
+    EXPECT_THAT(outcome.err, StrEq("vrkview: " + saved + ": a second station file; one can be opened at a time\n"));
+}
+
+TEST(ViewerStation, PlaceThatCannotBeWrittenIsRefused)
+{
+    const Files files;
+    const std::string blocked = files.write("file", "not a folder") + "/cell.station.json";
+
+    const Outcome outcome = runViewer({"--list", files.writeStep("box.step"), "--save", blocked});
+
+    EXPECT_EQ(outcome.exitCode, unusable);
+    EXPECT_THAT(outcome.out, IsEmpty());
+    EXPECT_THAT(outcome.err, HasSubstr(blocked));
+}
+
+} // namespace
+} // namespace vrkview::test
