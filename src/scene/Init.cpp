@@ -33,18 +33,6 @@ struct RootOwner {
 
 RootOwner* owner = nullptr;
 
-void selectRenderer(Ogre::Root& root)
-{
-    installGL3Plus(root);
-    for (Ogre::RenderSystem* system : root.getAvailableRenderers())
-        if (system->getName() == rendererName) {
-            root.setRenderSystem(system);
-            return;
-        }
-    // OGRE itself fails at the next step, which ends the start.
-    std::cout << "Unable to find OpenGL rendering system.\n";
-}
-
 void createRoot(RootOwner& owned)
 {
     const std::string logPath = (std::filesystem::temp_directory_path() / "Ogre.log").string();
@@ -53,7 +41,8 @@ void createRoot(RootOwner& owned)
     owned.logs->createLog(logPath, true, false);
     owned.root = new Ogre::Root("", "", logPath);
     owned.root->createSceneManager(Ogre::DefaultSceneManagerFactory::FACTORY_TYPE_NAME, "VRK_SceneManager");
-    selectRenderer(*owned.root);
+    installGL3Plus(*owned.root);
+    selectRenderer(*owned.root, rendererName);
     owned.root->initialise(false, "OGRE Render Window");
     owned.archiveFactory = std::make_unique<KelvaneResourceArchiveFactory>();
     Ogre::ArchiveManager::getSingleton().addArchiveFactory(owned.archiveFactory.get());
@@ -96,6 +85,16 @@ void loadResources(RootOwner& owned)
 }
 
 } // namespace
+
+void selectRenderer(Ogre::Root& root, const std::string& name)
+{
+    for (Ogre::RenderSystem* system : root.getAvailableRenderers())
+        if (system->getName() == name) {
+            root.setRenderSystem(system);
+            return;
+        }
+    std::cout << "Unable to find OpenGL rendering system.\n";
+}
 
 void reportDriverVersion(const Ogre::DriverVersion& version)
 {

@@ -2,9 +2,11 @@
 
 #include "platform/common/Export.h"
 
+#include <string>
+
 namespace Ogre {
 struct DriverVersion;
-class RenderWindow;
+class Root;
 } // namespace Ogre
 
 namespace vrk::visual {
@@ -21,6 +23,10 @@ VRK_EXPORT void Init(int width, int height, const SceneSettings& settings);
 
 /// To be called once, at the end. What was not created is passed over.
 VRK_EXPORT void ReleaseResources();
+
+/// Makes the render system of exactly this name the one to draw with. Where there is none it says so on standard output and
+/// leaves the root as it is: OGRE itself then fails when it is initialised, which ends the start.
+VRK_EXPORT void selectRenderer(Ogre::Root& root, const std::string& name);
 
 /// Says on standard output that the driver is older than what the library is tried with: major version below 4, or minor
 /// version below 5. Both are asked for, so that a 5.0 says so too.

@@ -131,6 +131,35 @@ TEST(ReleaseResourcesTest, WithNothingToReleaseNothingHappens)
     EXPECT_NO_THROW(ReleaseResources());
 }
 
+TEST_F(StartUp, RendererOfAnotherNameIsNotTaken)
+{
+    Ogre::Root& root = Ogre::Root::getSingleton();
+    Ogre::RenderSystem* before = root.getRenderSystem();
+
+    testing::internal::CaptureStdout();
+    selectRenderer(root, "OpenGL 3+ Rendering");
+
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "Unable to find OpenGL rendering system.\n");
+    EXPECT_EQ(root.getRenderSystem(), before);
+}
+
+TEST(StartUpDeathTest, OgreDoesNotStartWithoutARenderer)
+{
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_EXIT(
+        {
+            Ogre::Root root("", "", "");
+            selectRenderer(root, "no renderer at all");
+            try {
+                root.initialise(false, "no window");
+            } catch (const Ogre::Exception&) {
+                std::abort(); // as the start does with every failure of OGRE
+            }
+            std::exit(0);
+        },
+        testing::KilledBySignal(SIGABRT), "");
+}
+
 TEST(StartUpDeathTest, ARendererThatIsMissingEndsTheProcess)
 {
     // A display that does not exist: the start must say so and end, never go on without a picture.
