@@ -2,13 +2,10 @@
 // given the same points, and against the memcpy of the vertex buffer. Needs a display; xvfb-run gives it one.
 
 #include "bench/support/Rng.h"
+#include "bench/support/Started.h"
 
 #include "platform/layout/PointCloud.h"
 #include "platform/sdf/SdfManager.h"
-#include "scene/Init.h"
-#include "scene/Scene.h"
-#include "scene/core/SceneSettings.h"
-#include "selection/VisualSelection.h"
 #include "visual/PointCloudVisual.h"
 
 #include <Ogre.h>
@@ -22,22 +19,6 @@ namespace {
 using namespace vrk;
 
 constexpr std::size_t pointCount = 10'000'000;
-
-void start()
-{
-    if (visual::Scene::Get())
-        return;
-    visual::SceneSettings settings{};
-    settings.cameraPosition = {2000, -3000, 1500};
-    settings.nearClip = 1;
-    settings.farClip = 100000;
-    settings.zoomStepLimit = 1000;
-    settings.zoomMinDistance = 10;
-    settings.gridNormalDir = 2;
-    settings.handleScale = 1;
-    selection::Init();
-    visual::Init(64, 64, settings);
-}
 
 /// Random in a room of 20 x 20 x 3 thousand units.
 const layout::PointCloud::Points& roomPoints()
@@ -67,7 +48,7 @@ std::size_t floatsOf(bool withNormals)
 /// @param state  range 0: whether there are normals.
 void buildCloudVisual(benchmark::State& state)
 {
-    start();
+    bench::startedScene();
     layout::PointCloud node = makeCloud(state.range(0) != 0);
     auto* cloud = new visual::PointCloudVisual(visual::Scene::GetWorldVisual(), &node);
     for (auto _ : state)
@@ -82,7 +63,7 @@ void buildCloudVisual(benchmark::State& state)
 /// What any use of OGRE's manual object costs.
 void buildManualObject(benchmark::State& state)
 {
-    start();
+    bench::startedScene();
     const bool withNormals = state.range(0) != 0;
     const layout::PointCloud::Points& points = roomPoints();
     Ogre::SceneManager& manager = *visual::Scene::GetSceneManager();
@@ -117,7 +98,7 @@ void copyVertexBuffer(benchmark::State& state)
 /// The same through OGRE: a fresh hardware buffer, written once.
 void uploadVertexBuffer(benchmark::State& state)
 {
-    start();
+    bench::startedScene();
     const std::size_t vertexSize = state.range(0) != 0 ? 24 : 12;
     const std::vector<float> source(floatsOf(state.range(0) != 0), 1.0f);
     for (auto _ : state) {
@@ -130,7 +111,7 @@ void uploadVertexBuffer(benchmark::State& state)
 /// A third of the points is selected: two sections, and a look-up for each point.
 void selectThirdOfCloud(benchmark::State& state)
 {
-    start();
+    bench::startedScene();
     layout::PointCloud node = makeCloud(state.range(0) != 0);
     auto* cloud = new visual::PointCloudVisual(visual::Scene::GetWorldVisual(), &node);
     std::vector<std::uint64_t> third;

@@ -1,14 +1,11 @@
 // Colours in the vertex buffer of a body of 2000 faces and 375,010 vertices: one face against the whole body. Needs a
 // display; xvfb-run gives it one.
 
+#include "bench/support/Started.h"
 #include "bench/support/Workloads.h"
 
 #include "mesh/MeshManager.h"
 #include "platform/geometry/BodyColorTool.h"
-#include "scene/Init.h"
-#include "scene/Scene.h"
-#include "scene/core/SceneSettings.h"
-#include "selection/VisualSelection.h"
 #include "visual/SolidVisual.h"
 
 #include <Ogre.h>
@@ -23,16 +20,7 @@ using visual::MeshManager;
 visual::SolidVisual& startedBody()
 {
     static visual::SolidVisual* body = [] {
-        visual::SceneSettings settings{};
-        settings.cameraPosition = {2000, -3000, 1500};
-        settings.nearClip = 1;
-        settings.farClip = 100000;
-        settings.zoomStepLimit = 1000;
-        settings.zoomMinDistance = 10;
-        settings.gridNormalDir = 2;
-        settings.handleScale = 1;
-        selection::Init();
-        visual::Init(64, 64, settings);
+        bench::startedScene();
         auto* made = new visual::SolidVisual(bench::makeFineCompound(), visual::Scene::GetWorldVisual());
         MeshManager::Get()->loadShape(made, ColorInfo());
         return made;
