@@ -1,4 +1,5 @@
 #include "StlTexts.h"
+#include "support/FuzzCorpus.h"
 
 #include <gtest/gtest.h>
 
@@ -6,10 +7,11 @@
 #include <string>
 #include <vector>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
-
 namespace vrk::visual {
 namespace {
+
+using test::feed;
+using test::mutated;
 
 std::vector<std::string> corpus()
 {
@@ -31,29 +33,6 @@ std::vector<std::string> corpus()
         "facet normal + - . endfacet",
         "facet vertex 1 2 3 vertex 1 2 3 vertex 1 2 3 normal 1 2 3 endfacet facet",
     };
-}
-
-void feed(const std::string& input)
-{
-    LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(input.data()), input.size());
-}
-
-/// One to four edits: a byte changed, a piece removed, a piece of another seed put in.
-std::string mutated(std::string text, const std::vector<std::string>& seeds, std::mt19937& random)
-{
-    for (unsigned edits = 1 + random() % 4; edits-- > 0;) {
-        const std::size_t at = random() % (text.size() + 1);
-        const unsigned kind = random() % 3;
-        if (kind == 0 && at < text.size()) {
-            text[at] = static_cast<char>(random());
-        } else if (kind == 1) {
-            text.erase(at, random() % 20);
-        } else {
-            const std::string& other = seeds[random() % seeds.size()];
-            text.insert(at, other.substr(random() % (other.size() + 1), random() % 60));
-        }
-    }
-    return text;
 }
 
 } // namespace

@@ -1,12 +1,11 @@
 #include "CloudFiles.h"
+#include "support/FuzzCorpus.h"
 
 #include <gtest/gtest.h>
 
 #include <random>
 #include <string>
 #include <vector>
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 namespace vrk::test {
 namespace {
@@ -41,29 +40,6 @@ std::vector<std::string> corpus()
         pcdHeader("binary_compressed", 1, "x y z normal_x normal_y normal_z") + packedData(numbers),
         "FIELDS x h y z\nSIZE 8 2 1 4\nTYPE F U I F\nCOUNT 1 3 1 1\nWIDTH 1\nDATA binary\n" + numbers,
     };
-}
-
-void feed(const std::string& input)
-{
-    LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(input.data()), input.size());
-}
-
-/// One to four edits: a byte changed, a piece removed, a piece of another seed put in.
-std::string mutated(std::string text, const std::vector<std::string>& seeds, std::mt19937& random)
-{
-    for (unsigned edits = 1 + random() % 4; edits-- > 0;) {
-        const std::size_t at = random() % (text.size() + 1);
-        const unsigned kind = random() % 3;
-        if (kind == 0 && at < text.size()) {
-            text[at] = static_cast<char>(random());
-        } else if (kind == 1) {
-            text.erase(at, random() % 20);
-        } else {
-            const std::string& other = seeds[random() % seeds.size()];
-            text.insert(at, other.substr(random() % (other.size() + 1), random() % 60));
-        }
-    }
-    return text;
 }
 
 } // namespace
