@@ -7,7 +7,6 @@
 #include "selection/VisualSelection.h"
 #include "support/SceneFixture.h"
 #include "view/Camera.h"
-#include "visual/PointVisual.h"
 
 #include <Ogre.h>
 
@@ -134,10 +133,10 @@ TEST_F(OrbitViewControllerTest, OrbitTurnsAboutTheCamerasOwnAxes)
 
     const rob::Rotationf turned = before.rotation() * rob::Rotationf(10 * 0.004f, -25 * 0.004f, 0);
     const rob::Posef after = camera.getWorldPose();
-    EXPECT_TRUE(rob::Rotationd(rob::Orientd(after.orientation)).isApprox(rob::Rotationd(rob::Orientd(turned.orient()))));
+    EXPECT_TRUE(
+        rob::Rotationd(rob::Orientd(after.orientation)).isApprox(rob::Rotationd(rob::Orientd(turned.orient()))));
     const rob::Vec3f arm = before.position - rob::Posf(0, 0, 20);
-    EXPECT_TRUE(isNearPoint(after.position,
-                            rob::Posf(0, 0, 20) + turned * (before.rotation().inverse() * arm), 0.01f));
+    EXPECT_TRUE(isNearPoint(after.position, rob::Posf(0, 0, 20) + turned * (before.rotation().inverse() * arm), 0.01f));
 }
 
 TEST_F(OrbitViewControllerTest, DraggingRightMovesTheCameraLeftAndDraggingDownMovesItUp)
@@ -326,16 +325,16 @@ TEST_P(Zoom, EndsAtThisDistance)
     EXPECT_EQ(camera.getWorldRotation(), before);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Table, Zoom,
-    testing::Values(ZoomCase{"NotchIn", 100, 1, 84}, ZoomCase{"NotchOut", 100, -1, 116},
-                    ZoomCase{"OnlyTheSignOfDeltaCounts", 100, 120, 84}, ZoomCase{"NoDeltaIsANotchOut", 100, 0, 116},
-                    ZoomCase{"LargeStepInIsLimited", 20000, 1, 20000 - zoomStepLimit},
-                    ZoomCase{"LargeStepOutIsLimited", 20000, -1, 20000 + zoomStepLimit},
-                    ZoomCase{"InStopsAtTheLeastDistance", 11, 1, zoomMinDistance},
-                    ZoomCase{"InFromNearerGoesBackToTheLeastDistance", 5, 1, zoomMinDistance},
-                    ZoomCase{"OutIsNotHeldByTheLeastDistance", 3, -1, 3.48f}),
-    [](const auto& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(Table, Zoom,
+                         testing::Values(ZoomCase{"NotchIn", 100, 1, 84}, ZoomCase{"NotchOut", 100, -1, 116},
+                                         ZoomCase{"OnlyTheSignOfDeltaCounts", 100, 120, 84},
+                                         ZoomCase{"NoDeltaIsANotchOut", 100, 0, 116},
+                                         ZoomCase{"LargeStepInIsLimited", 20000, 1, 20000 - zoomStepLimit},
+                                         ZoomCase{"LargeStepOutIsLimited", 20000, -1, 20000 + zoomStepLimit},
+                                         ZoomCase{"InStopsAtTheLeastDistance", 11, 1, zoomMinDistance},
+                                         ZoomCase{"InFromNearerGoesBackToTheLeastDistance", 5, 1, zoomMinDistance},
+                                         ZoomCase{"OutIsNotHeldByTheLeastDistance", 3, -1, 3.48f}),
+                         [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(OrbitViewControllerTest, ZoomWithNothingUnderTheMouseGoesToTheGround)
 {

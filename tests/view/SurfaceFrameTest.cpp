@@ -2,19 +2,23 @@
 
 #include "ViewTools.h"
 
-#include "mesh/ProceduralMeshes.h"
+#include "platform/layout/Body.h"
+#include "platform/layout/Layout.h"
+#include "platform/layout/Part.h"
 #include "selection/geometry/Result.h"
 #include "support/SceneFixture.h"
+#include "support/TempFolder.h"
 #include "view/OrbitViewController.h"
 #include "visual/MeshVisual.h"
 #include "visual/PointVisual.h"
 
-#include <BRepBuilderAPI_MakeFace.hxx>
-#include <BRepPrimAPI_MakeCylinder.hxx>
 #include <BRepPrimAPI_MakeSphere.hxx>
 #include <BRep_Builder.hxx>
+#include <BRep_Tool.hxx>
 #include <TopoDS.hxx>
 #include <TopoDS_Face.hxx>
+
+#include <fstream>
 
 namespace vrk::visual {
 namespace {
@@ -148,8 +152,8 @@ TEST_F(SurfaceFrame, FaceOfAnotherSolidLeavesTheWorldsAxes)
 {
     SolidVisual* box = test::addPickedBox(world, {0, 0, 0}, {100, 100, 80});
     Result pick = hitOn(box, {100, 50, 40});
-    pick.face = Scene::GetBodyFaceInWorld(
-        test::addPickedSolid(world, test::meshedBox(1, 2, 3), "another box")->getId(), 2);
+    pick.face =
+        Scene::GetBodyFaceInWorld(test::addPickedSolid(world, test::meshedBox(1, 2, 3), "another box")->getId(), 2);
 
     EXPECT_TRUE(surfaceFrame(pick, out));
 
@@ -158,8 +162,8 @@ TEST_F(SurfaceFrame, FaceOfAnotherSolidLeavesTheWorldsAxes)
 
 TEST_F(SurfaceFrame, FaceOfTrianglesOnlyLeavesTheWorldsAxes)
 {
-    const TopoDS_Face whole = TopoDS::Face(
-        test::addPickedBox(world, {0, 0, 0}, {100, 100, 80})->getFaceMap().FindKey(2));
+    const TopoDS_Face whole =
+        TopoDS::Face(test::addPickedBox(world, {0, 0, 0}, {100, 100, 80})->getFaceMap().FindKey(2));
     TopLoc_Location location;
     TopoDS_Face bare;
     BRep_Builder().MakeFace(bare, BRep_Tool::Triangulation(whole, location));
@@ -197,9 +201,30 @@ TEST_F(PickSurfaceFrame, FaceUnderTheMouseGivesItsFrame)
     EXPECT_TRUE(hasAxes(out.rotation(), {0, 1, 0}, {0, 0, 1}, {1, 0, 0}));
 }
 
+TEST_F(PickSurfaceFrame, MeshUnderTheMouseGivesThePlaceAndTheWorldsAxes)
+{
+    const test::TempFolder folder;
+    const std::string file = (folder.path() / "slope.stl").string();
+    std::ofstream(file) << "solid s\nfacet normal 1 0 0\nouter loop\nvertex 0 -90 0\nvertex 0 90 0\nvertex 0 0 90\n"
+                           "endloop\nendfacet\nendsolid s\n";
+    auto part = std::make_shared<layout::Part>(sdf::SdfManager::inst().generateId(), "part");
+    const auto body = part->addBody("body");
+    body->setGeometry(file, "stl");
+    layout::Layout::inst().addPart(part);
+    MeshVisual::Build(world, body.get());
+    selection::VisualSelection::Get()->update();
+    test::lookAlong(*Camera::Get(), {500, 0, 40}, {-1, 0, 0});
+
+    ASSERT_TRUE(pick());
+
+    EXPECT_TRUE(test::isNearPoint(out.position, {0, 0, 40}, 0.05f));
+    EXPECT_EQ(out.orientation, rob::Orientf());
+}
+
 TEST_F(PickSurfaceFrame, PointUnderTheMouseIsNone)
 {
-    const auto node = std::make_shared<sdf::SdfNode>(sdf::ModelType::Unknown, sdf::SdfManager::inst().generateId(), "point");
+    const auto node =
+        std::make_shared<sdf::SdfNode>(sdf::ModelType::Unknown, sdf::SdfManager::inst().generateId(), "point");
     PointVisual::Build(world, node.get(), {0, 0, 40});
     selection::VisualSelection::Get()->update();
     test::lookAlong(*Camera::Get(), {500, 0, 40}, {-1, 0, 0});

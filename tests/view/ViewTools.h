@@ -10,7 +10,6 @@
 #include "visual/ScanClouds.h"
 #include "visual/SolidVisual.h"
 
-#include <BRepPrimAPI_MakeBox.hxx>
 #include <Ogre.h>
 
 #include <cmath>
@@ -30,8 +29,8 @@ inline void lookAlong(visual::Camera& camera, const rob::Posf& eye, const rob::D
 inline rob::Vec2f pixelOf(const visual::Camera& camera, const rob::Posf& point)
 {
     const Ogre::Camera& lens = *camera.ogreCamera();
-    const Ogre::Vector4 clip =
-        lens.getProjectionMatrix() * (Ogre::Matrix4(lens.getViewMatrix()) * Ogre::Vector4(point.x, point.y, point.z, 1));
+    const Ogre::Vector4 clip = lens.getProjectionMatrix() *
+                               (Ogre::Matrix4(lens.getViewMatrix()) * Ogre::Vector4(point.x, point.y, point.z, 1));
     return {(clip.x / clip.w * 0.5f + 0.5f) * static_cast<float>(camera.viewportWidth()),
             (0.5f - clip.y / clip.w * 0.5f) * static_cast<float>(camera.viewportHeight())};
 }

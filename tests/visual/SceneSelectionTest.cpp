@@ -304,8 +304,7 @@ TEST_F(SceneSelection, UnknownCloudFailsOnTheRenderThreadAfterTheClearing)
 
     scene.selectPointCloud({{4711, {1}}});
 
-    EXPECT_THAT([this] { drain(); },
-                ThrowsMessage<std::out_of_range>(StrEq("invalid unordered_map<K, T> key")));
+    EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::out_of_range>(StrEq("invalid unordered_map<K, T> key")));
     EXPECT_THAT(scene.getSelectedVisuals(), IsEmpty());
 }
 
@@ -351,8 +350,8 @@ INSTANTIATE_TEST_SUITE_P(
                              }},
                     LateCase{"EdgeHighlighted",
                              [](Scene& s, SolidVisual* v) {
-                                 s.highlightEdge(
-                                     v, TopoDS::Edge(TopExp_Explorer(v->getShape(), TopAbs_EDGE).Current()));
+                                 s.highlightEdge(v,
+                                                 TopoDS::Edge(TopExp_Explorer(v->getShape(), TopAbs_EDGE).Current()));
                              }},
                     LateCase{"Highlight",
                              [](Scene& s, SolidVisual* v) {
