@@ -454,6 +454,7 @@ TEST_F(OrbitViewControllerTest, NothingMovesInAViewWithoutArea)
 {
     look({0, -300, 400}, {0, 1, -1});
     camera.ogreCamera()->getViewport()->setDimensions(0, 0, 0, 0); // as in a window that was folded away
+    ASSERT_EQ(camera.viewportWidth(), 0u);
     const rob::Posef before = camera.getWorldPose();
 
     controller.startRotating(10, 10);
