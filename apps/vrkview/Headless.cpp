@@ -44,9 +44,9 @@ void suitCross(const OffscreenTarget& target)
     enlargeCross(side / usualRows);
 }
 
-QImage draw(const OffscreenTarget& target, const View& view)
+/// What the camera sees after the move that was posted.
+QImage draw(const OffscreenTarget& target)
 {
-    lookAlong(view);
     vrk::visual::Scene::Get()->processMsgs();
     Ogre::Root::getSingleton().renderOneFrame();
     const std::vector<std::uint8_t> pixels = target.read();
@@ -67,13 +67,20 @@ void takePictures(const Options& options)
     Camera::Get()->setRenderTarget(target.renderTarget());
     suitCameraToScene();
     suitCross(target);
-    for (const View* view : options.views) {
-        QImage picture = draw(target, *view);
+    const auto take = [&](const std::filesystem::path& file) {
+        QImage picture = draw(target);
         if (scale > 1)
             picture = picture.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-        const std::filesystem::path file = fileFor(options, *view);
         if (!picture.save(QString::fromStdString(file.string()), "PNG"))
             throw std::runtime_error(fmt::format("{}: the picture cannot be written", file.string()));
+    };
+    if (options.views.empty()) {
+        lookAsLeft();
+        take(options.picture);
+    }
+    for (const View* view : options.views) {
+        lookAlong(*view);
+        take(fileFor(options, *view));
     }
     Camera::Get()->setRenderTarget(Ogre::Root::getSingleton().getRenderTarget("ogrewindow"));
 }

@@ -83,7 +83,7 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
     app.add_option("files", options.files, "Files to show together")->type_name("FILE");
 
     std::string size;
-    std::string views = "iso";
+    std::string views;
     std::string display = "shaded-edges";
     bool list = false;
     CLI::Option* shot =
@@ -93,7 +93,7 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
     app.add_option(
            "--view", views,
            fmt::format("Direction of the picture: {}. Several, joined by commas, or 'all', make several pictures "
-                       "with the direction in their names [iso]",
+                       "with the direction in their names [the view that a station was left with, else iso]",
                        viewNames()))
         ->type_name("NAME")
         ->needs(shot);
@@ -121,7 +121,8 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
         app.parse(argc, argv);
         if (!size.empty())
             readSize(size, options);
-        readViews(views, options);
+        if (!views.empty())
+            readViews(views, options);
         options.drawMode = readDrawMode(display);
     } catch (const CLI::ParseError& stop) {
         if (stop.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success))

@@ -18,7 +18,7 @@ struct Options {
     std::filesystem::path picture;
     int pictureWidth = 1600;
     int pictureHeight = 1000;
-    std::vector<const View*> views;
+    std::vector<const View*> views; // none: the one that the station was left with
     const DrawMode* drawMode = nullptr;
     bool onPresentDisplay = false;
     std::vector<double> joints;      // of the first mechanism that moves: degrees or millimetres

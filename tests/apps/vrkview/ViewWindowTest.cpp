@@ -80,14 +80,14 @@ class ViewWindowTest : public testing::Test {
 protected:
     static void SetUpTestSuite()
     {
-        const DemoStation demo;
+        const Station demo = demoStation();
         startLibrary();
-        showStation(demo.getStation());
+        showStation(demo);
         Scene::Get()->processMsgs();
-        showAs(*findDrawMode("shaded-edges"), demo.getStation().hiddenFaces);
+        showAs(*findDrawMode("shaded-edges"), demo.hiddenFaces);
         suitSurroundings();
         Scene::Get()->processMsgs();
-        window = new ViewWindow(demo.getStation());
+        window = new ViewWindow(demo);
         ticks =
             new boost::signals2::scoped_connection(vrk::broker::SignalBroker::onFrameTicked([](double) { ++frames; }));
         window->show();
