@@ -89,7 +89,7 @@ std::string panelStl()
     return stl.text();
 }
 
-TopoDS_Shape post()
+TopoDS_Shape makePost()
 {
     TopoDS_Shape foot = bevelled(box({-70, -70, 0}, {70, 70, 12}), 3, liesAtHeight(12));
     TopoDS_Shape tube = rounded(box({-30, -30, 6}, {30, 30, fenceHeight}), 8, isAlong(up));
@@ -97,12 +97,13 @@ TopoDS_Shape post()
 }
 
 /// As many panels in a row as given, each with the post before it.
-void addRow(Assembly& fence, const std::string& panelFile, int panels, double startX, double startY, double turn)
+void addRow(Assembly& fence, const TopoDS_Shape& post, const std::string& panelFile, int panels, double startX,
+            double startY, double turn)
 {
     const Posed start = at(startX, startY, 0, turn);
     for (int i = 0; i < panels; ++i) {
         const Posed place = start * at(i * panelWidth, 0, 0);
-        fence.addPart(single("Fence post", place, post(), color::safety));
+        fence.addPart(single("Fence post", place, post, color::safety));
         const std::shared_ptr<Part> panel = makePart("Fence panel", place);
         const std::shared_ptr<vrk::layout::Body> body = panel->addBody("Fence panel");
         body->setGeometry(panelFile, "stl");
@@ -119,9 +120,10 @@ std::shared_ptr<Assembly> makeFence()
     const std::string panel =
         vrk::station::GeometryCache::Get("fence_panel", "demo station, fence panel 1", ".stl", panelStl);
     auto fence = std::make_shared<Assembly>(newId(), "Fence");
-    addRow(*fence, panel, panelsLeft, left, behind - panelsLeft * panelWidth, 90);
-    addRow(*fence, panel, panelsBehind, left, behind, 0);
-    fence->addPart(single("Fence post", at(left + panelsBehind * panelWidth, behind, 0), post(), color::safety));
+    const TopoDS_Shape post = makePost();
+    addRow(*fence, post, panel, panelsLeft, left, behind - panelsLeft * panelWidth, 90);
+    addRow(*fence, post, panel, panelsBehind, left, behind, 0);
+    fence->addPart(single("Fence post", at(left + panelsBehind * panelWidth, behind, 0), post, color::safety));
     return fence;
 }
 
@@ -171,7 +173,7 @@ std::shared_ptr<Part> makeCabinet(const Posed& pose)
 
 std::shared_ptr<Part> makeBench(const Posed& pose)
 {
-    constexpr double length = 980, depth = 560, top = 64, tube = 60, inset = 40;
+    constexpr double length = 1080, depth = 640, top = 64, tube = 60, inset = 40;
     const std::shared_ptr<Part> part = makePart("Measuring bench", pose);
     TopoDS_Shape stone = rounded(
         box({-length / 2, -depth / 2, benchHeight - top}, {length / 2, depth / 2, benchHeight}), 12, isAlong(up));

@@ -36,11 +36,6 @@ constexpr double fixtureScale = 0.7, fixtureHeight = 25 * fixtureScale;
 // Where the arm stands ready, degrees: the torch's tip at the middle of the seam.
 constexpr std::array welding = {-12.1, 23.8, 12.0, 5.5, 40.0, 69.9};
 
-TopoDS_Shape largeBracket()
-{
-    return scaled(bracket(), bracketScale);
-}
-
 std::shared_ptr<Part> makeFixture()
 {
     std::shared_ptr<Part> part = makePart("Fixture");
@@ -52,10 +47,10 @@ std::shared_ptr<Part> makeFixture()
     return part;
 }
 
-std::shared_ptr<Part> makeWorkpiece(unsigned& path)
+std::shared_ptr<Part> makeWorkpiece(const TopoDS_Shape& largeBracket, unsigned& path)
 {
     std::shared_ptr<Part> part = makePart("Workpiece");
-    addBody(*part, "Bracket", largeBracket(), color::sage,
+    addBody(*part, "Bracket", largeBracket, color::sage,
             {{isCylinder(11.8, 12.2), color::machined},
              {isCylinder(19.8, 20.2), color::machined},
              {isCylinder(47.8, 48.2), color::machined},
@@ -177,7 +172,8 @@ Station demoStation()
 
     unsigned path = 0;
     const auto fixture = makeFixture();
-    const auto workpiece = makeWorkpiece(path);
+    const TopoDS_Shape largeBracket = scaled(bracket(), bracketScale);
+    const auto workpiece = makeWorkpiece(largeBracket, path);
     station.arrowedCurves = {path};
     const unsigned table = positioner->getLinks().back()->getId();
     cell.attachments = {{torch->getId(), arm->getWrist()->getId(), {}},
@@ -185,21 +181,21 @@ Station demoStation()
                         {workpiece->getId(), fixture->getId(), at(0, 0, 0)}};
     cell.tasks = {makeTask(*arm, torch->getId(), fixture->getId())};
 
-    const Posed bench = at(720, -930, 0), pallet = at(-430, -1040, 0);
-    const Posed scanned = bench * at(-215, 0, benchHeight);
-    const auto measured = single("Bracket as drawn", scanned, largeBracket(), color::sage);
+    const Posed bench = at(770, -920, 0), pallet = at(-430, -1170, 0);
+    const Posed scanned = bench * at(-225, 0, benchHeight + 1.5); // clear of the stone
+    const auto measured = single("Bracket as drawn", scanned, largeBracket, color::sage);
     station.parts = {makePedestal(pedestalHeight),
                      fixture,
                      workpiece,
                      makeCabinet(at(-1180, 120, 0)),
                      makeBench(bench),
-                     gearUnit(bench * at(255, 20, benchHeight), station.hiddenFaces),
+                     gearUnit(bench * at(300, 20, benchHeight), station.hiddenFaces),
                      measured,
                      makePallet(pallet)};
     addGoods(pallet, station.parts);
     cell.visibilities = {measured->getId()};
     station.clouds = {scanOfBracket(scanned, static_cast<float>(bracketScale))};
-    cell.lastViewPointPose = lookingFrom({5150, -5350, 3750}, {255, -175, 480});
+    cell.lastViewPointPose = lookingFrom({5400, -5650, 3950}, {225, -205, 455});
     return station;
 }
 

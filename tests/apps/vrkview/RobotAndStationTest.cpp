@@ -122,6 +122,25 @@ TEST(ViewerStation, AnyMixOfFilesIsSavedAndOpensAsTheSame)
     EXPECT_EQ(bytesOf(files.path("again.station.json")), bytesOf(saved));
 }
 
+TEST(ViewerStation, HiddenPartIsSeenInNoDisplayMode)
+{
+    const Files files;
+    const std::string both = files.path("both.station.json"), alone = files.path("alone.station.json");
+    listed({files.writeBrep("box.brep"), "--save", alone});
+    listed({files.writeBrep("box.brep"), files.writeStep("hidden.step"), "--save", both});
+    json station = json::parse(bytesOf(both));
+    station["parts"][1]["pose"][0] = 15; // half beside the other
+    files.write("both.station.json", station.dump());
+    station["hidden"] = {station["parts"][1]["id"]};
+    const std::string hidden = files.write("hidden.station.json", station.dump());
+
+    for (const char* mode : {"shaded", "shaded-edges", "edges", "wire"})
+        EXPECT_EQ(pictureOf(files, "hidden.png", {hidden, "--display", mode}),
+                  pictureOf(files, "alone.png", {alone, "--display", mode}))
+            << mode;
+    EXPECT_NE(pictureOf(files, "both.png", {both}), pictureOf(files, "alone.png", {alone}));
+}
+
 TEST(ViewerStation, FilesJoinAnOpenedStation)
 {
     const Files files;
