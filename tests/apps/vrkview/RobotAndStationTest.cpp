@@ -74,6 +74,28 @@ TEST(ViewerRobot, JointValuesMoveItAndAreHeldToTheLimits)
     EXPECT_EQ(beyond, atLimit);
 }
 
+/// The robot under a name, all of it in a colour.
+std::string colored(const std::string& name, const std::string& rgba)
+{
+    std::string text = robot;
+    text.replace(text.find("kuka_post"), 9, name);
+    const std::string end = "</geometry></visual>";
+    for (std::size_t at = text.find(end); at != std::string::npos; at = text.find(end, at + end.size()))
+        text.insert(at + 11, "<material name=\"paint\"><color rgba=\"" + rgba + "\"/></material>");
+    return text;
+}
+
+TEST(ViewerRobot, ArmOfNoKnownMakerHasTheColoursOfItsBodies)
+{
+    const Files files;
+    const auto picture = [&files](const std::string& name, const std::string& rgba) {
+        return pictureOf(files, "arm.png", {files.write("arm.urdf", colored(name, rgba))});
+    };
+
+    EXPECT_NE(picture("plain_post", "1 0 0 1"), picture("plain_post", "0 0 1 1"));
+    EXPECT_EQ(picture("kuka_post", "1 0 0 1"), picture("kuka_post", "0 0 1 1")); // its maker's
+}
+
 TEST(ViewerRobot, MoreValuesThanJointsAreRefused)
 {
     const Files files;
