@@ -10,13 +10,12 @@ namespace vrkview {
 
 struct Options;
 struct Station;
-struct View;
 
-/// The main camera looks at the station as in a picture of the size that was asked for, until this ends; nothing is drawn.
+/// The main camera looks at the station as in the first picture that would be taken, until this ends; nothing is drawn.
 /// Render thread.
 class PictureView {
 public:
-    PictureView(const Options& options, const View& view);
+    explicit PictureView(const Options& options);
     ~PictureView();
     PictureView(const PictureView&) = delete;
     PictureView& operator=(const PictureView&) = delete;

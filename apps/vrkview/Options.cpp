@@ -97,7 +97,7 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
 
     std::string size;
     std::string grid;
-    std::string views = "iso";
+    std::string views;
     std::string display = "shaded-edges";
     bool list = false;
     CLI::Option* shot =
@@ -122,7 +122,7 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
     app.add_option(
            "--view", views,
            fmt::format("Direction of the picture: {}. Several, joined by commas, or 'all', make several pictures "
-                       "with the direction in their names [iso]",
+                       "with the direction in their names [the view that a station was left with, else iso]",
                        viewNames()))
         ->type_name("NAME");
     app.add_option(
@@ -154,12 +154,13 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
             readSize(size, "--size", options.pictureWidth, options.pictureHeight);
         if (!grid.empty())
             readSize(grid, "--pick-grid", options.gridColumns, options.gridRows);
-        readViews(views, options);
+        if (!views.empty())
+            readViews(views, options);
         const bool isPicking = *pick || *pickGrid;
         for (const char* ofPicture : {"--size", "--view"})
             if (app.count(ofPicture) > 0 && !*shot && !isPicking)
                 throw CLI::RequiresError(ofPicture, "--shot, --pick or --pick-grid");
-        if (isPicking && options.views.size() != 1)
+        if (isPicking && options.views.size() > 1)
             throw CLI::ValidationError("--view", "picking takes one direction");
         checkPicks(options);
         options.drawMode = readDrawMode(display);

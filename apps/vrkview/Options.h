@@ -18,8 +18,8 @@ struct Options {
     std::filesystem::path picture;
     int pictureWidth = 1600;
     int pictureHeight = 1000;
-    std::vector<const View*> views;
-    std::vector<float> picks; // x, y of each pixel of the picture
+    std::vector<const View*> views; // none: the one that the station was left with
+    std::vector<float> picks;       // x, y of each pixel of the picture
     int gridColumns = 0;
     int gridRows = 0;
     std::filesystem::path pickPicture; // empty: none

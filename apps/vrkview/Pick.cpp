@@ -181,7 +181,7 @@ Json describe(const Result& result)
 
 void printPicks(const Options& options)
 {
-    const PictureView view(options, *options.views.front());
+    const PictureView view(options);
     Json list = Json::array();
     for (std::size_t i = 0; i + 1 < options.picks.size(); i += 2) {
         const float x = options.picks[i], y = options.picks[i + 1];
@@ -197,7 +197,7 @@ void printPicks(const Options& options)
 
 void printPickGrid(const Options& options)
 {
-    const PictureView view(options, *options.views.front());
+    const PictureView view(options);
     PickGrid grid(options.gridColumns, options.gridRows);
     grid.pick(options.pictureWidth, options.pictureHeight);
     if (!options.pickPicture.empty()) {

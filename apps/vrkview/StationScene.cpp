@@ -2,12 +2,14 @@
 
 #include "Station.h"
 
+#include "platform/layout/Body.h"
 #include "platform/layout/Frame.h"
 #include "platform/layout/Layout.h"
 #include "platform/layout/Mechanism.h"
 #include "platform/layout/Part.h"
 #include "platform/layout/PointCloud.h"
 #include "scene/Scene.h"
+#include "visual/Visual.h"
 
 #include <fmt/format.h>
 
@@ -17,12 +19,14 @@
 namespace vrkview {
 namespace {
 
+using vrk::VisualType;
 using vrk::layout::Joint;
 using vrk::layout::JointType;
 using vrk::layout::Layout;
 using vrk::layout::LinkPose;
 using vrk::layout::Mechanism;
 using vrk::visual::Scene;
+using vrk::visual::Visual;
 
 void followJoints()
 {
@@ -31,6 +35,24 @@ void followJoints()
         for (const LinkPose& link : poses)
             Scene::Get()->setVisualPose(link.id, vrk::rob::Posef(link.pose));
     });
+}
+
+/// The library gives an arm of no known maker one plain colour; here it has those of its bodies. Render thread.
+void showOwnColors(const sdf::SdfObject& object)
+{
+    for (const std::shared_ptr<sdf::SdfObject>& piece : object.getPieces())
+        showOwnColors(*piece);
+    const auto* body = dynamic_cast<const vrk::layout::Body*>(&object);
+    if (!body || !Scene::HasVisual(body->getId()))
+        return;
+    Visual& visual = *Scene::GetVisual(body->getId());
+    if (visual.getType() != VisualType::Solid && visual.getType() != VisualType::Mesh)
+        return;
+    const std::string base = body->getMaterialName();
+    visual.setMaterial(base, base + "Selected", base + "Highlighted");
+    for (Visual* child : visual.getChildren())
+        if (child->getType() == VisualType::WireFrame)
+            child->setMaterial("WireFrame", "BodyCurveSelected", "BodyCurveHighlighted");
 }
 
 Mechanism* firstThatMoves()
@@ -64,6 +86,9 @@ void showStation(const Station& station)
     for (const auto& frame : station.frames)
         layout.addFrame(frame);
     Scene::LoadStation();
+    for (const auto& arm : layout.manipulators)
+        if (arm->getVendor().empty())
+            Scene::Get()->addRenderTask([arm] { showOwnColors(*arm); }, 0);
     for (const unsigned curve : station.arrowedCurves)
         for (const bool forward : {false, true})
             Scene::Get()->addCurveArrow(curve, forward);

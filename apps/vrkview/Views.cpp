@@ -2,6 +2,7 @@
 
 #include "BodyBoxes.h"
 
+#include "platform/layout/Layout.h"
 #include "scene/Scene.h"
 #include "view/Camera.h"
 
@@ -105,6 +106,15 @@ std::string viewNames()
     for (const View& view : views)
         names += (names.empty() ? "" : ", ") + std::string(view.name);
     return names;
+}
+
+void lookAsLeft()
+{
+    const vrk::rob::Posed& left = vrk::layout::Layout::inst().lastViewPointPose;
+    if (left == vrk::rob::Posed())
+        lookAlong(views.front());
+    else
+        Scene::Get()->setCameraPose(Posef(left));
 }
 
 void lookAlong(const View& view)

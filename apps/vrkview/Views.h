@@ -24,7 +24,10 @@ const View* findView(int key);
 /// All names, joined by commas.
 std::string viewNames();
 
-// Both post a move of the camera of a started library that has a render target. Render thread.
+// Each posts a move of the camera of a started library that has a render target. Render thread.
+
+/// The view that the station was left with; where it has none, everything from the first of the directions.
+void lookAsLeft();
 
 /// Everything in view along the direction of `view`.
 void lookAlong(const View& view);

@@ -92,8 +92,7 @@ int run(int argc, char** argv, const Options& options)
         vrk::common::SetResourcePath(options.resources);
     checkResources();
     const std::unique_ptr<PrivateDisplay> display = chooseDisplay(options);
-    std::optional<DemoStation> demo;
-    const Station station = options.files.empty() ? demo.emplace().getStation() : importFiles(options.files);
+    const Station station = options.files.empty() ? demoStation() : importFiles(options.files);
 
     if (options.task == Options::Task::OpenWindow)
         return openWindow(argc, argv, station, options);
