@@ -20,6 +20,7 @@ struct Options {
     int pictureHeight = 1000;
     std::vector<const View*> views;
     const DrawMode* drawMode = nullptr;
+    bool isDrawModeGiven = false; // rather than the usual one
     bool onPresentDisplay = false;
     std::vector<double> joints;      // of the first mechanism that moves: degrees or millimetres
     std::filesystem::path save;      // where the station is written; empty: nowhere

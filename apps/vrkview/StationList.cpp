@@ -1,6 +1,7 @@
 #include "StationList.h"
 
 #include "Contents.h"
+#include "Kinds.h"
 #include "Station.h"
 
 #include "platform/sdf/SdfManager.h"
@@ -16,47 +17,7 @@ namespace vrkview {
 namespace {
 
 using Json = nlohmann::ordered_json;
-using vrk::VisualType;
 using vrk::visual::Visual;
-
-/// Null for what is no thing of the station but belongs to one, such as the edges of a body, or to the scene.
-const char* typeName(VisualType type)
-{
-    switch (type) {
-    case VisualType::Manipulator:
-        return "manipulator";
-    case VisualType::Tool:
-        return "tool";
-    case VisualType::Device:
-        return "device";
-    case VisualType::Link:
-        return "link";
-    case VisualType::Assembly:
-        return "assembly";
-    case VisualType::Wrist:
-        return "wrist";
-    case VisualType::WObj:
-        return "work object";
-    case VisualType::Tcp:
-        return "tool data";
-    case VisualType::Part:
-        return "part";
-    case VisualType::Solid:
-        return "solid";
-    case VisualType::Mesh:
-        return "mesh";
-    case VisualType::Curve:
-        return "curve";
-    case VisualType::Point:
-        return "point";
-    case VisualType::PointCloud:
-        return "cloud";
-    case VisualType::Frame:
-        return "frame";
-    default:
-        return nullptr;
-    }
-}
 
 /// The model's name of a thing that it knows.
 std::string nameOf(const Visual& visual)
@@ -82,14 +43,14 @@ Json treesBelow(const Visual& visual)
     Json trees = Json::array();
     const sdf::SdfManager& model = sdf::SdfManager::inst();
     for (Visual* child : visual.getChildren())
-        if (typeName(child->getType()) && model.find(child->getId()))
+        if (kindName(child->getType()) && model.find(child->getId()))
             trees.push_back(treeOf(*child));
     return trees;
 }
 
 Json treeOf(Visual& visual)
 {
-    Json entry = {{"id", visual.getId()}, {"type", typeName(visual.getType())}, {"name", nameOf(visual)}};
+    Json entry = {{"id", visual.getId()}, {"type", kindName(visual.getType())}, {"name", nameOf(visual)}};
     entry.update(counts(visual));
     Json children = treesBelow(visual);
     if (!children.empty())

@@ -1,0 +1,45 @@
+#include "Kinds.h"
+
+namespace vrkview {
+
+using vrk::VisualType;
+
+const char* kindName(VisualType type)
+{
+    switch (type) {
+    case VisualType::Manipulator:
+        return "manipulator";
+    case VisualType::Tool:
+        return "tool";
+    case VisualType::Device:
+        return "device";
+    case VisualType::Link:
+        return "link";
+    case VisualType::Assembly:
+        return "assembly";
+    case VisualType::Wrist:
+        return "wrist";
+    case VisualType::WObj:
+        return "work object";
+    case VisualType::Tcp:
+        return "tool data";
+    case VisualType::Part:
+        return "part";
+    case VisualType::Solid:
+        return "solid";
+    case VisualType::Mesh:
+        return "mesh";
+    case VisualType::Curve:
+        return "curve";
+    case VisualType::Point:
+        return "point";
+    case VisualType::PointCloud:
+        return "cloud";
+    case VisualType::Frame:
+        return "frame";
+    default:
+        return nullptr;
+    }
+}
+
+} // namespace vrkview
