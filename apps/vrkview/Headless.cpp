@@ -44,6 +44,11 @@ void suitCross(const OffscreenTarget& target)
     enlargeCross(side / usualRows);
 }
 
+void showWindowAgain()
+{
+    Camera::Get()->setRenderTarget(Ogre::Root::getSingleton().getRenderTarget("ogrewindow"));
+}
+
 QImage draw(const OffscreenTarget& target, const View& view)
 {
     lookAlong(view);
@@ -75,7 +80,22 @@ void takePictures(const Options& options)
         if (!picture.save(QString::fromStdString(file.string()), "PNG"))
             throw std::runtime_error(fmt::format("{}: the picture cannot be written", file.string()));
     }
-    Camera::Get()->setRenderTarget(Ogre::Root::getSingleton().getRenderTarget("ogrewindow"));
+    showWindowAgain();
+}
+
+PictureView::PictureView(const Options& options, const View& view)
+    : target(std::make_unique<OffscreenTarget>(static_cast<unsigned>(options.pictureWidth),
+                                               static_cast<unsigned>(options.pictureHeight), 0u))
+{
+    Camera::Get()->setRenderTarget(target->renderTarget());
+    suitCameraToScene();
+    lookAlong(view);
+    vrk::visual::Scene::Get()->processMsgs();
+}
+
+PictureView::~PictureView()
+{
+    showWindowAgain();
 }
 
 void printList(const Station& station)

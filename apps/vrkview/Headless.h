@@ -1,9 +1,29 @@
 #pragma once
 
+#include <memory>
+
+namespace vrk::visual {
+class OffscreenTarget;
+}
+
 namespace vrkview {
 
 struct Options;
 struct Station;
+struct View;
+
+/// The main camera looks at the station as in a picture of the size that was asked for, until this ends; nothing is drawn.
+/// Render thread.
+class PictureView {
+public:
+    PictureView(const Options& options, const View& view);
+    ~PictureView();
+    PictureView(const PictureView&) = delete;
+    PictureView& operator=(const PictureView&) = delete;
+
+private:
+    std::unique_ptr<vrk::visual::OffscreenTarget> target;
+};
 
 // Both need a started library with the station built. Render thread.
 

@@ -11,7 +11,7 @@ namespace vrkview {
 
 /// What the command line asks for.
 struct Options {
-    enum class Task { OpenWindow, TakePicture, ListTree };
+    enum class Task { OpenWindow, TakePicture, ListTree, Pick, PickGrid };
 
     Task task = Task::OpenWindow;
     std::vector<std::filesystem::path> files; // none: the demo station
@@ -19,6 +19,10 @@ struct Options {
     int pictureWidth = 1600;
     int pictureHeight = 1000;
     std::vector<const View*> views;
+    std::vector<float> picks; // x, y of each pixel of the picture
+    int gridColumns = 0;
+    int gridRows = 0;
+    std::filesystem::path pickPicture; // empty: none
     const DrawMode* drawMode = nullptr;
     bool isDrawModeGiven = false; // rather than the usual one
     bool onPresentDisplay = false;

@@ -1,7 +1,7 @@
 #include "Properties.h"
 
 #include "Contents.h"
-#include "Kinds.h"
+#include "ObjectNames.h"
 #include "PoseText.h"
 #include "StationTree.h"
 
@@ -98,7 +98,7 @@ Properties ofOne(Visual& visual, const StationTree& tree)
     properties.title = row == StationTree::none
                            ? QString::fromStdString(visual.getName())
                            : QString::fromStdString(tree.getRows()[static_cast<std::size_t>(row)].name);
-    const char* kind = kindName(visual.getType());
+    const char* kind = typeName(visual.getType());
     QString name = kind ? kind : "object";
     name[0] = name[0].toUpper();
     properties.subtitle = QString("%1 · id %2").arg(name).arg(visual.getId());

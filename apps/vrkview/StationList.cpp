@@ -1,7 +1,7 @@
 #include "StationList.h"
 
 #include "Contents.h"
-#include "Kinds.h"
+#include "ObjectNames.h"
 #include "Station.h"
 
 #include "platform/sdf/SdfManager.h"
@@ -18,12 +18,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 using vrk::visual::Visual;
-
-/// The model's name of a thing that it knows.
-std::string nameOf(const Visual& visual)
-{
-    return sdf::SdfManager::inst().find(visual.getId())->getName();
-}
 
 Json counts(Visual& visual)
 {
@@ -43,14 +37,14 @@ Json treesBelow(const Visual& visual)
     Json trees = Json::array();
     const sdf::SdfManager& model = sdf::SdfManager::inst();
     for (Visual* child : visual.getChildren())
-        if (kindName(child->getType()) && model.find(child->getId()))
+        if (typeName(child->getType()) && model.find(child->getId()))
             trees.push_back(treeOf(*child));
     return trees;
 }
 
 Json treeOf(Visual& visual)
 {
-    Json entry = {{"id", visual.getId()}, {"type", kindName(visual.getType())}, {"name", nameOf(visual)}};
+    Json entry = {{"id", visual.getId()}, {"type", typeName(visual.getType())}, {"name", nameOf(visual)}};
     entry.update(counts(visual));
     Json children = treesBelow(visual);
     if (!children.empty())

@@ -1,6 +1,6 @@
 #include "StationScene.h"
 
-#include "Kinds.h"
+#include "ObjectNames.h"
 #include "Station.h"
 
 #include "platform/layout/Frame.h"
@@ -62,7 +62,7 @@ void removeVisuals()
         sdf::SdfManager& model = sdf::SdfManager::inst();
         const std::shared_lock lock(model.mutex());
         for (const vrk::visual::Visual* visual : Scene::GetWorldVisual()->getChildren())
-            if (kindName(visual->getType()) && model.find(visual->getId()))
+            if (typeName(visual->getType()) && model.find(visual->getId()))
                 ids.push_back(visual->getId());
     }
     for (const unsigned id : ids)

@@ -1,7 +1,7 @@
 #include "StationTreeModel.h"
 
 #include "Glyphs.h"
-#include "Kinds.h"
+#include "ObjectNames.h"
 
 #include <QGuiApplication>
 #include <QPalette>
@@ -78,7 +78,7 @@ QVariant StationTreeModel::data(const QModelIndex& index, int role) const
     case Qt::DecorationRole:
         return kindIcon(row.kind);
     case Qt::ToolTipRole:
-        return tr("%1, %2 %3").arg(QString::fromStdString(row.name).toHtmlEscaped(), kindName(row.kind)).arg(row.id);
+        return tr("%1, %2 %3").arg(QString::fromStdString(row.name).toHtmlEscaped(), typeName(row.kind)).arg(row.id);
     case Qt::ForegroundRole:
         if (howMuch == ViewState::Shown::Not)
             return QGuiApplication::palette().brush(QPalette::Disabled, QPalette::Text);

@@ -2,6 +2,7 @@
 #include "FileStation.h"
 #include "Headless.h"
 #include "Options.h"
+#include "Pick.h"
 #include "PrivateDisplay.h"
 #include "Resources.h"
 #include "Settings.h"
@@ -107,10 +108,19 @@ int run(int argc, char** argv, const Options& options)
         return openWindow(argc, argv, station, options);
     build(station, options, *options.drawMode);
     quiet.reset();
-    if (options.task == Options::Task::TakePicture)
+    switch (options.task) {
+    case Options::Task::TakePicture:
         takePictures(options);
-    else
+        break;
+    case Options::Task::Pick:
+        printPicks(options);
+        break;
+    case Options::Task::PickGrid:
+        printPickGrid(options);
+        break;
+    default:
         printList(station);
+    }
     return 0;
 }
 

@@ -2,11 +2,20 @@
 
 #include "platform/broker/SignalBroker.h"
 #include "platform/common/Checks.h"
+#include "selection/CurveObject.h"
+#include "selection/LineObject.h"
+#include "selection/MeshObject.h"
+#include "selection/PointCloudObject.h"
+#include "selection/PointObject.h"
+#include "selection/ShapeObject.h"
+#include "selection/geometry/BVHBuilder.h"
 #include "visual/CurveVisual.h"
 #include "visual/LineVisual.h"
 #include "visual/PointCloudVisual.h"
 #include "visual/PointVisual.h"
 #include "visual/SolidVisual.h"
+
+#include <algorithm>
 
 namespace vrk::selection {
 namespace {
@@ -31,54 +40,72 @@ void Init()
 
 void Finish() {}
 
+VisualSelection::VisualSelection() = default;
+VisualSelection::~VisualSelection() = default;
+
 VisualSelection* VisualSelection::Get()
 {
     return instance;
 }
 
-void VisualSelection::enter(visual::Visual* visual, bool detectable, bool priority)
+void VisualSelection::enter(SelectableObject* object, bool detectable)
 {
-    if (objects.try_emplace(visual, Registered{.detectable = detectable, .priority = priority}).second)
-        dirty.exchange(true);
+    object->detectable = detectable;
+    containers[object->kind == SelectableObject::ObjectKind::PointCloud ? clouds : 0].primitives.push_back(object);
+    objects.emplace(object->visual, object);
+    dirty.exchange(true);
 }
 
-void VisualSelection::addShape(const TopoDS_Shape&, visual::SolidVisual* visual, bool detectable)
+void VisualSelection::addShape(const TopoDS_Shape& shape, visual::SolidVisual* visual, bool detectable)
 {
-    enter(visual, detectable, false);
+    if (!hasVisual(visual))
+        enter(new ShapeObject(shape, visual), detectable);
 }
 
-void VisualSelection::addCurveVisual(const TopoDS_Shape&, visual::CurveVisual* visual, bool detectable)
+void VisualSelection::addCurveVisual(const TopoDS_Shape& shape, visual::CurveVisual* visual, bool detectable)
 {
-    enter(visual, detectable, false);
+    if (!hasVisual(visual))
+        enter(new CurveObject(shape, visual), detectable);
 }
 
 void VisualSelection::addMeshVisual(visual::Visual* visual, bool detectable, bool priority)
 {
     forSubtree(visual, [&](visual::Visual* v) {
-        if (v->getType() == VisualType::Mesh || v->getType() == VisualType::Paint)
-            enter(v, detectable, priority);
+        if ((v->getType() != VisualType::Mesh && v->getType() != VisualType::Paint) || hasVisual(v))
+            return;
+        auto* object = new MeshObject(v);
+        object->priority = priority;
+        enter(object, detectable);
     });
 }
 
 void VisualSelection::addPointVisual(visual::PointVisual* visual, bool detectable)
 {
-    enter(visual, detectable, false);
+    if (!hasVisual(visual))
+        enter(new PointObject(visual), detectable);
 }
 
 void VisualSelection::addPointCloudVisual(visual::PointCloudVisual* visual, bool detectable)
 {
-    enter(visual, detectable, false);
+    if (!hasVisual(visual))
+        enter(new PointCloudObject(visual), detectable);
 }
 
 void VisualSelection::addLineVisual(visual::LineVisual* visual)
 {
-    enter(visual, true, false);
+    if (!hasVisual(visual))
+        enter(new LineObject(visual), true);
 }
 
 void VisualSelection::removeObject(visual::Visual* visual)
 {
+    const auto found = objects.find(visual);
+    SelectableObject* object = found->second;
     dirty.exchange(true);
-    objects.erase(visual);
+    objects.erase(found);
+    const bool isCloud = object->kind == SelectableObject::ObjectKind::PointCloud;
+    std::erase(containers[isCloud ? clouds : 0].primitives, object);
+    delete object;
 }
 
 void VisualSelection::removeCompoundObject(visual::Visual* visual)
@@ -91,18 +118,18 @@ void VisualSelection::removeCompoundObject(visual::Visual* visual)
 
 void VisualSelection::updateShapeFaces(visual::SolidVisual* visual)
 {
-    const bool detectable = isDetectable(visual);
+    const bool detectable = getObject(visual)->detectable;
     removeCompoundObject(visual);
     addShape(visual->getShape(), visual, detectable);
 }
 
 void VisualSelection::setObjectEnabled(visual::Visual* visual, bool enabled)
 {
-    const auto found = objects.find(visual);
-    if (found == objects.end())
+    SelectableObject* object = find(visual);
+    if (!object)
         return;
     dirty.exchange(true);
-    found->second.enabled = enabled;
+    object->enabled = enabled;
 }
 
 void VisualSelection::setCompoundObjectEnabled(visual::Visual* visual, bool enabled)
@@ -113,23 +140,43 @@ void VisualSelection::setCompoundObjectEnabled(visual::Visual* visual, bool enab
 
 void VisualSelection::setDetectable(visual::Visual* visual, bool detectable)
 {
-    const auto found = objects.find(visual);
-    if (found != objects.end())
-        found->second.detectable = detectable;
+    if (SelectableObject* object = find(visual))
+        object->detectable = detectable;
+}
+
+void VisualSelection::setLineEnabled(bool enabled)
+{
+    bool isChanged = false;
+    for (const auto& [visual, object] : objects) {
+        if (object->kind != SelectableObject::ObjectKind::Line)
+            continue;
+        isChanged = isChanged || object->enabled != enabled;
+        object->enabled = enabled;
+        if (enabled)
+            object->update();
+    }
+    if (isChanged)
+        dirty.exchange(true);
 }
 
 void VisualSelection::markDirty(visual::Visual* visual)
 {
     forSubtree(visual, [&](visual::Visual* v) {
-        const auto found = objects.find(v);
-        if (found == objects.end())
+        SelectableObject* object = find(v);
+        if (!object)
             return;
-        found->second.worldDirty = true;
+        object->worldDirty = true;
         dirty.exchange(true);
     });
 }
 
-const VisualSelection::Registered& VisualSelection::registered(visual::Visual* visual) const
+SelectableObject* VisualSelection::find(visual::Visual* visual) const
+{
+    const auto found = objects.find(visual);
+    return found == objects.end() ? nullptr : found->second;
+}
+
+SelectableObject* VisualSelection::getObject(visual::Visual* visual) const
 {
     return common::checkedAt(objects, visual);
 }
@@ -138,27 +185,35 @@ std::vector<visual::Visual*> VisualSelection::registeredVisuals() const
 {
     std::vector<visual::Visual*> found;
     found.reserve(objects.size());
-    for (const auto& [visual, entry] : objects)
+    for (const auto& [visual, object] : objects)
         found.push_back(visual);
     return found;
 }
 
 bool VisualSelection::isEnabled(visual::Visual* visual) const
 {
-    return registered(visual).enabled;
+    return getObject(visual)->enabled;
 }
 
 bool VisualSelection::isDetectable(visual::Visual* visual) const
 {
-    return registered(visual).detectable;
+    return getObject(visual)->detectable;
+}
+
+void VisualSelection::updateWorldBoxes()
+{
+    for (PrimitiveContainer& container : containers)
+        for (BVHPrimitive* object : container.primitives)
+            static_cast<SelectableObject*>(object)->update();
 }
 
 void VisualSelection::update()
 {
     if (!dirty)
         return;
-    for (auto& [visual, entry] : objects)
-        entry.worldDirty = false;
+    updateWorldBoxes();
+    for (PrimitiveContainer& container : containers)
+        container.bvh = BVHBuilder(&container).build();
     dirty.exchange(false);
     broker::SignalBroker::snapResultInvalidated();
 }

@@ -1,12 +1,13 @@
 #pragma once
 
 #include "platform/common/Export.h"
+#include "selection/geometry/PrimitiveContainer.h"
+#include "selection/geometry/Result.h"
 
+#include <array>
 #include <atomic>
 #include <unordered_map>
 #include <vector>
-
-class TopoDS_Shape;
 
 namespace vrk::visual {
 class PointCloudVisual;
@@ -19,19 +20,28 @@ class Visual;
 
 namespace vrk::selection {
 
+class SelectableObject;
+
 /// Creates the picking service. The application calls it before `vrk::visual::Init`: visuals register as they are made.
 VRK_EXPORT void Init();
 /// Does nothing; the service lives until the process ends.
 VRK_EXPORT void Finish();
 
-/// Knows which visuals can be picked, and whether what it knows is up to date.
+/// The one picking service: it knows which visuals can be picked, and answers what lies under a pixel and what a segment or
+/// a triangle touches.
 ///
-/// Any change of registration, of enablement or of a pose makes it dirty; `update` makes it clean again. The library never
-/// calls `update` by itself.
+/// Any change of registration, of enablement or of a pose makes it dirty, and a dirty service answers nothing; `update`
+/// makes it clean again. The library never calls `update` by itself: the application does, before it asks.
 ///
-/// Thread: render thread; the dirty flag may be read from any.
+/// Owner: the process. Thread: render thread. The dirty flag may be read from any, and the queries be asked from another
+/// while it is clear and the render thread is not in `update`.
 class VRK_EXPORT VisualSelection {
 public:
+    VisualSelection();
+    ~VisualSelection();
+    VisualSelection(const VisualSelection&) = delete;
+    VisualSelection& operator=(const VisualSelection&) = delete;
+
     /// Null before `vrk::selection::Init`.
     static VisualSelection* Get();
 
@@ -39,6 +49,7 @@ public:
     void addShape(const TopoDS_Shape& shape, visual::SolidVisual* visual, bool detectable);
     void addCurveVisual(const TopoDS_Shape& shape, visual::CurveVisual* visual, bool detectable);
     /// Registers every mesh or paint visual among this one and its descendants.
+    /// @param priority  a hit wins a pick against all that has no priority, also against what lies in front.
     void addMeshVisual(visual::Visual* visual, bool detectable, bool priority);
     void addPointVisual(visual::PointVisual* visual, bool detectable);
     void addPointCloudVisual(visual::PointCloudVisual* visual, bool detectable);
@@ -48,6 +59,7 @@ public:
     void removeObject(visual::Visual* visual);
     void removeCompoundObject(visual::Visual* visual);
     /// Registers the solid anew, with its detectable flag kept and the other flags back at their defaults.
+    /// @throws std::out_of_range as `getObject` does.
     void updateShapeFaces(visual::SolidVisual* visual);
 
     // State; visuals that are not registered are passed over
@@ -55,36 +67,58 @@ public:
     void disableObject(visual::Visual* visual) { setObjectEnabled(visual, false); }
     void setObjectEnabled(visual::Visual* visual, bool enabled);
     void setCompoundObjectEnabled(visual::Visual* visual, bool enabled);
-    /// Does not make the service dirty.
+    /// Whether `sense` finds it; `select` does either way. Does not make the service dirty.
     void setDetectable(visual::Visual* visual, bool detectable);
+    /// Of all lines at once.
+    void setLineEnabled(bool enabled);
     /// Notes that this visual and its descendants moved.
     void markDirty(visual::Visual* visual);
     bool hasVisual(visual::Visual* visual) const { return objects.contains(visual); }
+    /// @throws std::out_of_range "invalid unordered_map<K, T> key" for one that is not registered.
+    SelectableObject* getObject(visual::Visual* visual) const;
     /// In no order.
     std::vector<visual::Visual*> registeredVisuals() const;
     bool isEnabled(visual::Visual* visual) const;
     bool isDetectable(visual::Visual* visual) const;
     bool isDirty() const { return dirty; }
 
-    /// Brings what it knows up to date and raises `snapResultInvalidated`; does nothing if it is clean.
+    /// Brings what it knows up to date and raises `snapResultInvalidated`; does nothing if it is clean. A failure leaves it
+    /// dirty.
     void update();
+    /// The part of `update` that makes what is new and moves what moved; the service stays dirty.
+    void updateWorldBoxes();
+
+    // Queries. A dirty service answers with a default result.
+
+    /// What lies under a pixel, counted from the top left corner of the main camera's view; clouds are not looked at.
+    ///
+    /// The first hit with priority, else the nearest one. Without a hit, `position` is where the pixel's ray meets the plane
+    /// of the grid, be it behind the camera; the origin where they are parallel.
+    Result select(float x, float y) const;
+    /// The same for a ray of the caller's, in world coordinates and with a direction of unit length.
+    Result select(const visual::Ray& ray) const;
+    /// The nearest cloud point under a pixel, and nothing else.
+    Result selectPointInCloud(float x, float y) const;
+    Result selectPointInCloud(const visual::Ray& ray) const;
+    /// Whether a segment or a triangle, in world coordinates, touches something detectable: the first that is found, not
+    /// the nearest. Only solids and meshes are. Of a dirty service the answer is not valid.
+    /// @throws std::overflow_error "0-length vector cannot be normalized." for a segment of no length.
+    Result sense(const rob::LineTemplate<float>& line) const;
+    /// @throws std::logic_error "Two triangles are on the same plane" as `Math::Intersect` does.
+    Result sense(const rob::TriangleTemplate<float>& triangle) const;
 
     /// In the interface for callers that mark their threads; the discipline is by convention, and both do nothing.
     void MarkRenderThread() {}
     void checkThread() {}
 
 private:
-    struct Registered {
-        bool enabled = true;
-        bool detectable = false;
-        bool priority = false; // wins a pick against everything that is not
-        bool worldDirty = true;
-    };
+    static constexpr unsigned clouds = 1; // the container of the clouds; all else is in 0
 
-    void enter(visual::Visual* visual, bool detectable, bool priority);
-    const Registered& registered(visual::Visual* visual) const;
+    void enter(SelectableObject* object, bool detectable);
+    SelectableObject* find(visual::Visual* visual) const;
 
-    std::unordered_map<visual::Visual*, Registered> objects;
+    std::unordered_map<visual::Visual*, SelectableObject*> objects;
+    std::array<PrimitiveContainer, 2> containers; // own the objects
     std::atomic<bool> dirty{false};
 };
 

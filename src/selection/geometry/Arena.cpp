@@ -34,6 +34,14 @@ Arena::~Arena()
     }
 }
 
+void Arena::absorb(Arena& o) noexcept
+{
+    current->next = o.head;
+    current = o.current;
+    o.head = nullptr;
+    o.current = nullptr;
+}
+
 void* Arena::do_allocate(std::size_t bytes, std::size_t alignment)
 {
     // An offset is aligned only as far as the buffer is.

@@ -20,6 +20,9 @@ public:
     Arena(const Arena&) = delete;
     Arena& operator=(const Arena&) = delete;
 
+    /// Takes the blocks of `o`, which keeps none and serves no more: what lies in them stays where it is.
+    void absorb(Arena& o) noexcept;
+
 private:
     struct Block {
         std::byte* buffer;

@@ -2,10 +2,13 @@
 
 #include "selection/geometry/PrimitiveContainer.h"
 
+#include <algorithm>
 #include <array>
+#include <future>
 #include <limits>
 #include <new>
 #include <stdexcept>
+#include <thread>
 #include <utility>
 
 namespace vrk::selection {
@@ -14,6 +17,20 @@ namespace {
 constexpr unsigned binCount = 8;
 constexpr float minBinWidth = 5.0f; // model units; below it a range is halved in the order it has
 constexpr std::size_t nodeAlignment = 8;
+
+/// The largest range that one thread builds by itself: some for each core, as they are not equally quick.
+unsigned grainOf(unsigned count)
+{
+    constexpr unsigned smallest = 8192;
+    constexpr unsigned rangesPerCore = 4;
+    const unsigned cores = std::max(1u, std::thread::hardware_concurrency());
+    return cores == 1 ? count : std::max(smallest, count / (cores * rangesPerCore));
+}
+
+BVHNode* makeInner(BVHNode* left, BVHNode* right, unsigned axis, Arena& arena)
+{
+    return new (arena.allocate(sizeof(BVHInnerNode), nodeAlignment)) BVHInnerNode(left, right, axis);
+}
 
 struct Bin {
     visual::Box box;
@@ -78,9 +95,27 @@ BVH BVHBuilder::build()
         if (container->primitives[i]->enabled && container->primitives[i]->box.isValid())
             indices.push_back(static_cast<unsigned>(i));
     }
-    if (!indices.empty())
-        bvh.root = buildRange(0, static_cast<unsigned>(indices.size()), *bvh.arena);
+    const auto count = static_cast<unsigned>(indices.size());
+    if (count > 0)
+        bvh.root = buildOnAllCores(0, count, *bvh.arena, grainOf(count));
     return bvh;
+}
+
+/// As buildRange, with ranges above the grain split between this thread and another, which has an arena of its own.
+BVHNode* BVHBuilder::buildOnAllCores(unsigned begin, unsigned end, Arena& arena, unsigned grain)
+{
+    if (end - begin <= grain)
+        return buildRange(begin, end, arena);
+    const auto [axis, middle] = split(begin, end);
+    Arena elsewhere;
+    // Without the means for another thread, the other half is built when it is asked for.
+    std::future<BVHNode*> other = std::async(std::launch::async | std::launch::deferred, [&, middle = middle] {
+        return buildOnAllCores(middle, end, elsewhere, grain);
+    });
+    BVHNode* left = buildOnAllCores(begin, middle, arena, grain);
+    BVHNode* right = other.get();
+    arena.absorb(elsewhere);
+    return makeInner(left, right, axis, arena);
 }
 
 BVHNode* BVHBuilder::buildRange(unsigned begin, unsigned end, Arena& arena)
@@ -90,20 +125,23 @@ BVHNode* BVHBuilder::buildRange(unsigned begin, unsigned end, Arena& arena)
     if (end - begin <= BVHLeaf::capacity)
         return makeLeaf(begin, end, arena);
 
-    const visual::Box centers = boxOfCenters(begin, end);
-    const unsigned axis = centers.maxDim();
-    const float binWidth = centers.getExtent(axis) * (1.0f / binCount);
-    unsigned middle;
-    if (binWidth < minBinWidth) {
-        middle = begin + (end - begin) / 2;
-    } else {
-        const float edge = rob::Vec3Template<float>(centers.min)[axis];
-        middle = partition(begin, end, axis, findSplit(begin, end, axis, edge, binWidth));
-    }
+    const auto [axis, middle] = split(begin, end);
     // Children before their parent: a subtree then lies together in the arena.
     BVHNode* left = buildRange(begin, middle, arena);
     BVHNode* right = buildRange(middle, end, arena);
-    return new (arena.allocate(sizeof(BVHInnerNode), nodeAlignment)) BVHInnerNode(left, right, axis);
+    return makeInner(left, right, axis, arena);
+}
+
+/// Orders the range, if it is wide enough, and tells where its second half begins. Neither half is empty.
+BVHBuilder::Split BVHBuilder::split(unsigned begin, unsigned end)
+{
+    const visual::Box centers = boxOfCenters(begin, end);
+    const unsigned axis = centers.maxDim();
+    const float binWidth = centers.getExtent(axis) * (1.0f / binCount);
+    if (binWidth < minBinWidth)
+        return {axis, begin + (end - begin) / 2};
+    const float edge = rob::Vec3Template<float>(centers.min)[axis];
+    return {axis, partition(begin, end, axis, findSplit(begin, end, axis, edge, binWidth))};
 }
 
 BVHPrimitive& BVHBuilder::primitive(unsigned position) const

@@ -15,6 +15,7 @@ class PrimitiveContainer;
 ///
 /// A range of more than four primitives is split along the longest axis of its centres: by the surface areas of eight
 /// bins, or in the order it has if its centres lie within 40 units of each other. Equal input gives equal hierarchies.
+/// Large ones are built on all cores.
 class VRK_EXPORT BVHBuilder {
 public:
     /// The container must outlive the builder.
@@ -28,6 +29,13 @@ public:
     BVHNode* buildRange(unsigned begin, unsigned end, Arena& arena);
 
 private:
+    struct Split {
+        unsigned axis;
+        unsigned middle;
+    };
+
+    BVHNode* buildOnAllCores(unsigned begin, unsigned end, Arena& arena, unsigned grain);
+    Split split(unsigned begin, unsigned end);
     BVHPrimitive& primitive(unsigned position) const;
     float centerOf(unsigned position, unsigned axis) const { return primitive(position).box.getCenter()[axis]; }
     visual::Box boxOfCenters(unsigned begin, unsigned end) const;

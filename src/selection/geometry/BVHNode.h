@@ -18,7 +18,7 @@ public:
     virtual void collectPrimitives(std::vector<BVHPrimitive*>& out) const = 0;
 
     const unsigned kind;
-    visual::Box box;
+    [[no_unique_address]] visual::Box box; // its padding is used: a fine mesh has millions of nodes
 
 protected:
     explicit BVHNode(Kind kind) : kind(kind) {}

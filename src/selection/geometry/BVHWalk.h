@@ -3,38 +3,42 @@
 #include "selection/geometry/BVHNode.h"
 #include "selection/geometry/BoxTests.h"
 
+#include <algorithm>
+#include <cmath>
 #include <type_traits>
 #include <vector>
 
 namespace vrk::selection {
 
-/// Nodes put aside, last in, first out. As many as an ordinary hierarchy needs lie in place.
-class PendingNodes {
+/// What a walk put aside, last in, first out. As much as an ordinary hierarchy needs lies in place.
+template <typename T>
+class PendingStack {
 public:
-    void push(const BVHNode* node)
+    bool empty() const { return count == 0; }
+    void push(const T& item)
     {
         if (count < inPlace)
-            first[count++] = node;
+            first[count++] = item;
         else
-            rest.push_back(node);
+            rest.push_back(item);
     }
-    /// Null when empty.
-    const BVHNode* pop()
+    /// Not of an empty one.
+    T pop()
     {
         if (!rest.empty()) {
-            const BVHNode* node = rest.back();
+            const T item = rest.back();
             rest.pop_back();
-            return node;
+            return item;
         }
-        return count > 0 ? first[--count] : nullptr;
+        return first[--count];
     }
 
 private:
     static constexpr unsigned inPlace = 64;
 
-    const BVHNode* first[inPlace];
+    T first[inPlace];
     unsigned count = 0;
-    std::vector<const BVHNode*> rest;
+    std::vector<T> rest;
 };
 
 /// Visits every primitive whose box, and whose nodes' boxes, `meets` accepts.
@@ -57,7 +61,8 @@ void walk(const BVHNode* root, const Meets& meets, const LeftFirst& leftFirst, V
     };
     // Both children are tested at their parent: one that is missed is never put aside, and the order stays that of
     // testing each when its turn comes.
-    PendingNodes pending;
+    PendingStack<const BVHNode*> pending;
+    const auto nextPending = [&pending]() -> const BVHNode* { return pending.empty() ? nullptr : pending.pop(); };
     for (const BVHNode* node = root; node != nullptr;) {
         if (node->kind == BVHNode::Leaf) {
             const auto* leaf = static_cast<const BVHLeaf*>(node);
@@ -65,7 +70,7 @@ void walk(const BVHNode* root, const Meets& meets, const LeftFirst& leftFirst, V
                 if (meets(leaf->primitives[i]->box) && !goesOn(leaf->primitives[i]))
                     return;
             }
-            node = pending.pop();
+            node = nextPending();
             continue;
         }
         const auto* inner = static_cast<const BVHInnerNode*>(node);
@@ -76,7 +81,7 @@ void walk(const BVHNode* root, const Meets& meets, const LeftFirst& leftFirst, V
             pending.push(goLeft ? inner->right : inner->left);
             node = goLeft ? inner->left : inner->right;
         } else {
-            node = left ? inner->left : right ? inner->right : pending.pop();
+            node = left ? inner->left : right ? inner->right : nextPending();
         }
     }
 }
@@ -100,6 +105,64 @@ void walkRay(const BVHNode* root, const visual::Ray& ray, Visit&& visit)
     const RayBoxTest test(ray);
     walk(
         root, test, [&test](unsigned axis) { return test.pointsUp(axis); }, visit);
+}
+
+/// How far a walk for the nearest hit must look: beyond this, no box can hold a hit nearer than `limit`.
+///
+/// A hit lies within its primitive's box, which a triangle's leaves a whole unit inside; what is added here is more than
+/// the rounding of the two distances.
+class Reach {
+public:
+    explicit Reach(const visual::Ray& ray)
+        : slack(relative * std::max({std::abs(ray.origin.x), std::abs(ray.origin.y), std::abs(ray.origin.z)}))
+    {
+    }
+    float operator()(float limit) const { return limit + limit * relative + slack; }
+
+private:
+    static constexpr float relative = 1e-5f;
+
+    float slack;
+};
+
+/// As walkRay, in the same order, but for what the ray enters beyond `limit`. The visitor lowers `limit` as it finds hits.
+///
+/// Only for primitives whose hits lie within their boxes: lines are hit from some pixels away, so they are not such.
+template <typename Visit>
+void walkRayWithin(const BVHNode* root, const visual::Ray& ray, const float& limit, Visit&& visit)
+{
+    if (root == nullptr)
+        return;
+    struct Pending {
+        const BVHNode* node;
+        float entry;
+    };
+    const RayBoxTest test(ray);
+    const Reach reach(ray);
+    PendingStack<Pending> pending;
+    Pending next{root, test.entry(root->box)};
+    for (;;) {
+        // Asked once more of what was put aside: the limit may have come nearer meanwhile.
+        if (next.entry <= reach(limit)) {
+            if (next.node->kind == BVHNode::Leaf) {
+                const auto* leaf = static_cast<const BVHLeaf*>(next.node);
+                for (unsigned i = 0; i < leaf->count; ++i)
+                    if (test.entry(leaf->primitives[i]->box) <= reach(limit))
+                        visit(leaf->primitives[i]);
+            } else {
+                const auto* inner = static_cast<const BVHInnerNode*>(next.node);
+                const Pending left{inner->left, test.entry(inner->left->box)};
+                const Pending right{inner->right, test.entry(inner->right->box)};
+                const bool goLeft = test.pointsUp(inner->splitAxis);
+                pending.push(goLeft ? right : left);
+                next = goLeft ? left : right;
+                continue;
+            }
+        }
+        if (pending.empty())
+            return;
+        next = pending.pop();
+    }
 }
 
 template <typename Visit>

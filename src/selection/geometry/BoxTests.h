@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstring>
+#include <limits>
 #include <type_traits>
 
 namespace vrk::selection {
@@ -40,14 +41,17 @@ protected:
         return {(lower(box) - origin) / direction, (upper(box) - origin) / direction};
     }
 
-    /// Cuts [0, length] down to what lies between the near and the far planes; true if something is left.
-    bool leavesSome(const visual::Box& box, Float4 near, Float4 far) const
+    static constexpr float missed = std::numeric_limits<float>::infinity();
+
+    /// Cuts [0, length] down to what lies between the near and the far planes. Where that begins, or `missed` if nothing
+    /// is left.
+    float entry(const visual::Box& box, Float4 near, Float4 far) const
     {
         if (anyParallel) {
             const Float4 a = lower(box), b = upper(box);
             const Int4 outside = parallel & ((origin < (a < b ? a : b)) | (origin > (a < b ? b : a)));
             if ((outside[0] | outside[1] | outside[2]) != 0)
-                return false;
+                return missed;
             near = parallel ? Float4{} : near;
             far = parallel ? Float4{length, length, length, length} : far;
         }
@@ -57,8 +61,9 @@ protected:
             tmin = near[axis] > tmin ? near[axis] : tmin;
             tmax = far[axis] < tmax ? far[axis] : tmax;
         }
-        return !(tmin > tmax);
+        return tmin > tmax ? missed : tmin;
     }
+    bool leavesSome(const visual::Box& box, Float4 near, Float4 far) const { return entry(box, near, far) != missed; }
 
     Float4 origin;
     Float4 direction; // 1 on the parallel axes
@@ -105,6 +110,12 @@ public:
     {
         const auto [t1, t2] = slabs(box);
         return leavesSome(box, positive ? t1 : t2, positive ? t2 : t1);
+    }
+    /// The distance at which the ray enters the box, 0 from inside; infinite where it misses.
+    float entry(const visual::Box& box) const
+    {
+        const auto [t1, t2] = slabs(box);
+        return SlabTest::entry(box, positive ? t1 : t2, positive ? t2 : t1);
     }
     bool pointsUp(unsigned axis) const { return positive[axis] != 0; }
 };

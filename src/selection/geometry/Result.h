@@ -6,6 +6,7 @@
 #include <TopoDS_Shape.hxx>
 
 #include <limits>
+#include <optional>
 
 namespace vrk::visual {
 class Visual;
@@ -46,6 +47,13 @@ struct VRK_EXPORT Result {
     /// Exchanges the shapes, so that the old ones die with `o`; the rest is copied.
     Result& operator=(Result&& o) noexcept;
     ~Result() = default;
+
+    /// The parameter of the hit on the edge of a curve. Empty without such a hit, or where the edge has no nearest point.
+    std::optional<double> getEdgeParam() const;
+    /// The edge of the face that was hit which is nearest to the hit, the first of equally near ones. Empty without a face
+    /// and where the edge is more than 20 pixels away, seen by the main camera, or 25 units if it has no view. Thread:
+    /// render thread, for the camera.
+    std::optional<EdgeRes> getFaceEdge() const;
 };
 
 } // namespace vrk::selection

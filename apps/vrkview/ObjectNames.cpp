@@ -1,10 +1,14 @@
-#include "Kinds.h"
+#include "ObjectNames.h"
+
+#include "platform/sdf/SdfManager.h"
+#include "platform/sdf/SdfObject.h"
+#include "visual/Visual.h"
 
 namespace vrkview {
 
 using vrk::VisualType;
 
-const char* kindName(VisualType type)
+const char* typeName(VisualType type)
 {
     switch (type) {
     case VisualType::Manipulator:
@@ -40,6 +44,12 @@ const char* kindName(VisualType type)
     default:
         return nullptr;
     }
+}
+
+std::string nameOf(const vrk::visual::Visual& visual)
+{
+    const sdf::SdfObject* object = sdf::SdfManager::inst().find(visual.getId());
+    return object ? object->getName() : visual.getName();
 }
 
 } // namespace vrkview

@@ -1,0 +1,105 @@
+#include "selection/MeshObject.h"
+
+#include "selection/SensitiveMesh.h"
+#include "visual/MeshVisual.h"
+
+#include <OgreSceneNode.h>
+
+namespace vrk::selection {
+namespace {
+
+rob::Vec3Template<float> times(const rob::Vec3Template<float>& v, const rob::Vec3Template<float>& scale)
+{
+    return {v.x * scale.x, v.y * scale.y, v.z * scale.z};
+}
+
+rob::Vec3Template<float> divided(const rob::Vec3Template<float>& v, const rob::Vec3Template<float>& scale)
+{
+    return {v.x / scale.x, v.y / scale.y, v.z / scale.z};
+}
+
+rob::Vec3Template<float> scaleOf(const visual::Visual& visual)
+{
+    const Ogre::SceneNode* node = visual.getSceneNode();
+    if (!node)
+        return {1, 1, 1};
+    const Ogre::Vector3& scale = node->_getDerivedScale();
+    return {scale.x, scale.y, scale.z};
+}
+
+} // namespace
+
+MeshObject::MeshObject(visual::Visual* visual) : SelectableObject(ObjectKind::Mesh, visual) {}
+
+void MeshObject::buildPrimitives()
+{
+    auto* drawn = dynamic_cast<visual::MeshVisual*>(visual);
+    if (!drawn || !drawn->getMesh())
+        return;
+    primitives.push_back(new SensitiveMesh(drawn->getMesh(), visual, {}));
+    buildHierarchy();
+}
+
+void MeshObject::update()
+{
+    if (!beginUpdate())
+        return;
+    takePose(visual->getWorldPose());
+    scale = scaleOf(*visual);
+    box = Box();
+    if (bvh.root != nullptr) {
+        for (unsigned i = 0; i < 8; ++i)
+            box.addPoint(toWorld(bvh.root->box.getCorner(i)));
+        box.updateCenter();
+    }
+    worldDirty = false;
+}
+
+rob::PosTemplate<float> MeshObject::toMesh(const rob::PosTemplate<float>& p) const
+{
+    return rob::PosTemplate<float>(divided(rob::Vec3Template<float>(inverseWorldPose * p), scale));
+}
+
+rob::PosTemplate<float> MeshObject::toWorld(const rob::PosTemplate<float>& p) const
+{
+    return worldPose * rob::PosTemplate<float>(times(rob::Vec3Template<float>(p), scale));
+}
+
+void MeshObject::intersectLine(Result& result, const rob::LineTemplate<float>& line) const
+{
+    closestHitLine(result, {toMesh(line.start), toMesh(line.end)});
+    if (!result.hit)
+        return;
+    result.visual = visual;
+    result.position = toWorld(result.position);
+}
+
+void MeshObject::intersectTriangle(Result& result, const rob::TriangleTemplate<float>& triangle) const
+{
+    firstHitTriangle(result, {toMesh(triangle.a), toMesh(triangle.b), toMesh(triangle.c)});
+    if (!result.hit)
+        return;
+    result.visual = visual;
+    result.position = toWorld(result.position);
+}
+
+void MeshObject::intersectRay(Result& result, const visual::Ray& ray) const
+{
+    const visual::Ray moved = ray.transformed(inverseWorldPose);
+    const rob::Vec3Template<float> direction = divided(rob::Vec3Template<float>(moved.direction), scale);
+    const rob::PosTemplate<float> origin(divided(rob::Vec3Template<float>(moved.origin), scale));
+    closestHitRay(result, visual::Ray(origin, rob::normalized(direction)));
+    if (result.hit)
+        result.position = toWorld(result.position);
+}
+
+void MeshObject::forEachInBox(const visual::Box& question, std::function<void(unsigned)> callback) const
+{
+    Box local;
+    for (unsigned i = 0; i < 8; ++i)
+        local.addPoint(toMesh(question.getCorner(i)));
+    local.updateCenter();
+    PrimitiveContainer::forEachInBox(local, std::move(callback));
+}
+
+} // namespace vrk::selection

@@ -1,0 +1,61 @@
+#include "selection/SelectableObject.h"
+
+#include "selection/geometry/BVHBuilder.h"
+#include "visual/Visual.h"
+
+namespace vrk::selection {
+
+void SelectableObject::intersectRayWithin(Result& result, const visual::Ray& ray, float) const
+{
+    intersectRay(result, ray);
+}
+
+bool SelectableObject::beginUpdate()
+{
+    if (!worldDirty)
+        return false;
+    if (built)
+        return true;
+    try {
+        buildPrimitives();
+    } catch (...) {
+        for (BVHPrimitive* primitive : primitives)
+            delete primitive;
+        primitives.clear();
+        throw;
+    }
+    built = true;
+    return true;
+}
+
+void SelectableObject::takePose(const rob::PoseTemplate<float>& pose)
+{
+    worldPose = pose;
+    inverseWorldPose = pose.inverse();
+}
+
+void SelectableObject::updateFromHierarchy()
+{
+    if (!beginUpdate())
+        return;
+    takePose(visual->getWorldPose());
+    box = Box();
+    if (bvh.root != nullptr) // without parts there is no box, and the scene's hierarchy leaves the object out
+        box = bvh.root->box.transformed(worldPose);
+    worldDirty = false;
+}
+
+void SelectableObject::buildHierarchy()
+{
+    bvh = BVHBuilder(this).build();
+}
+
+void SelectableObject::finish(Result& result) const
+{
+    if (!result.hit)
+        return;
+    result.visual = visual;
+    result.position = worldPose * result.position;
+}
+
+} // namespace vrk::selection

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "selection/geometry/BVHPrimitive.h"
+#include "selection/geometry/PrimitiveContainer.h"
+
+#include <string>
+
+namespace vrk::visual {
+class Visual;
+}
+
+namespace vrk::selection {
+
+/// What the scene's hierarchy holds for one visual: its box in the world, and in coordinates of its own the parts of it
+/// that can be hit.
+///
+/// A question from the world is moved into the object's coordinates, and the answer is moved back: so a body that moves
+/// costs a pose and a box, and its triangles stay as they are.
+///
+/// Owner: VisualSelection. The visual is not owned and must outlive it.
+/// Thread: changed on the render thread; the queries read what the latest `update` settled.
+class VRK_EXPORT SelectableObject : public BVHPrimitive, public PrimitiveContainer {
+public:
+    enum class ObjectKind : unsigned { Shape = 0, Curve = 1, Mesh = 2, Line = 3, Point = 4, PointCloud = 5 };
+
+    /// Makes the parts, the first time, and takes the pose of the visual. Nothing while it is not marked as dirty. The
+    /// parts are never made anew: to that end the object is removed and added.
+    virtual void update() = 0;
+    virtual std::string getDescription() const { return {}; }
+
+    /// As `intersectRay`, for one who has a hit at `limit` already: a hit that is not nearer may be left out.
+    virtual void intersectRayWithin(Result& result, const visual::Ray& ray, float limit) const;
+    /// Whether hits lie within the box of the object and are told by their distance in the world, so that an object whose
+    /// box lies beyond a hit need not be asked.
+    virtual bool isHitWithinBox() const { return false; }
+
+    rob::PoseTemplate<float> inverseWorldPose; ///< from the world
+    visual::Visual* const visual;
+    const ObjectKind kind;
+    bool detectable = true; ///< may be found by `VisualSelection::sense`
+    bool worldDirty = true; ///< pose and box wait for the next update
+    bool priority = false;  ///< a hit ends a pick, whatever lies in front of it
+    bool built = false;     ///< the parts are made
+    rob::PoseTemplate<float> worldPose;
+
+protected:
+    SelectableObject(ObjectKind kind, visual::Visual* visual) : visual(visual), kind(kind) {}
+
+    /// The update of an object whose box is that of its hierarchy.
+    void updateFromHierarchy();
+    /// What every update starts with: false if there is nothing to do, else the parts are there.
+    bool beginUpdate();
+    void takePose(const rob::PoseTemplate<float>& pose);
+    /// Appends the parts. A failure leaves none behind.
+    virtual void buildPrimitives() {}
+    void buildHierarchy();
+    /// On a hit: fills the visual and brings the position to the world.
+    void finish(Result& result) const;
+};
+
+} // namespace vrk::selection

@@ -1,0 +1,110 @@
+#include "selection/SensitiveFace.h"
+
+#include "scene/core/OcctCompat.h"
+
+#include <BRep_Tool.hxx>
+#include <TopLoc_Location.hxx>
+#include <TopoDS.hxx>
+
+namespace vrk::selection {
+namespace {
+
+struct Nodes {
+    int first, second, third;
+
+    Nodes(const Poly_Triangulation& triangulation, int index)
+    {
+        triangulation.Triangle(index).Get(first, second, third);
+    }
+};
+
+} // namespace
+
+SensitiveFace::SensitiveFace(const TopoDS_Shape& shape, unsigned faceIndex)
+    : faceIndex(faceIndex), face(TopoDS::Face(shape))
+{
+    TopLoc_Location location;
+    triangulation = BRep_Tool::Triangulation(face, location);
+    if (const TopLoc_Location& own = face.Location(); !own.IsIdentity()) {
+        hasPose = true;
+        takePose(rob::GP_Trsf2Posef(own.Transformation()));
+    }
+    if (triangulation.IsNull())
+        return;
+    buildTriangles();
+    buildHierarchy();
+    if (bvh.root == nullptr)
+        return;
+    box = bvh.root->box;
+    if (hasPose)
+        box.transform(pose);
+}
+
+void SensitiveFace::buildTriangles()
+{
+    const int count = triangulation->NbTriangles();
+    SensitiveIndexedTriangle* const first = makeTriangles(static_cast<std::size_t>(count));
+    SensitiveIndexedTriangle* next = first;
+    for (int index = 1; index <= count; ++index) {
+        const Nodes nodes(*triangulation, index);
+        next->box = Box();
+        bool isFinite = true;
+        for (const int node : {nodes.first, nodes.second, nodes.third}) {
+            const rob::PosTemplate<float> corner = rob::toPosf(triangulation->Node(node));
+            isFinite = isFinite && corner.isFinite();
+            next->box.addPoint(corner);
+        }
+        if (!isFinite)
+            continue;
+        next->index = static_cast<unsigned>(index);
+        next->box.expand(); // so that a flat triangle has a box with an inside
+        next->box.updateCenter();
+        ++next;
+    }
+    keepFirst(static_cast<std::size_t>(next - first));
+}
+
+void SensitiveFace::getTriangle(rob::TriangleTemplate<float>& triangle, const SensitiveIndexedTriangle& primitive) const
+{
+    const Nodes nodes(*triangulation, static_cast<int>(primitive.index));
+    triangle.a = rob::toPosf(triangulation->Node(nodes.third));
+    triangle.b = rob::toPosf(triangulation->Node(nodes.second));
+    triangle.c = rob::toPosf(triangulation->Node(nodes.first));
+}
+
+void SensitiveFace::intersectLine(Result& result, const rob::LineTemplate<float>& line) const
+{
+    result = Result();
+    if (bvh.root == nullptr)
+        return;
+    nearestOfLine(result, hasPose ? line.transformed(inversePose) : line);
+    result.face = face;
+}
+
+void SensitiveFace::intersectTriangle(Result& result, const rob::TriangleTemplate<float>& triangle) const
+{
+    result = Result();
+    if (bvh.root == nullptr)
+        return;
+    anyOfTriangle(result, hasPose ? triangle.transformed(inversePose) : triangle);
+    result.face = face;
+}
+
+void SensitiveFace::intersectRay(Result& result, const visual::Ray& ray) const
+{
+    result = Result();
+    if (bvh.root == nullptr)
+        return;
+    nearestOfRay(result, hasPose ? ray.transformed(inversePose) : ray);
+    result.face = face;
+}
+
+bool SensitiveFace::nearestInShape(RayHit& hit, const visual::Ray& ray, float limit) const
+{
+    if (!nearestOfRay(hit, hasPose ? ray.transformed(inversePose) : ray, limit))
+        return false;
+    hit.point = pose * hit.point;
+    return true;
+}
+
+} // namespace vrk::selection

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "selection/geometry/BVHPrimitive.h"
+#include "selection/geometry/PrimitiveContainer.h"
+
+#include <memory>
+
+namespace vrk::selection {
+
+/// One triangle in a hierarchy. It answers nothing by itself: its set tests it.
+class VRK_EXPORT SensitiveTriangle : public BVHPrimitive {
+public:
+    unsigned reserved = 0; ///< always 0
+};
+
+/// A triangle by its number in what it was taken from, which is asked for the corners: there are millions of these.
+class VRK_EXPORT SensitiveIndexedTriangle : public SensitiveTriangle {
+public:
+    unsigned index = 0; ///< from 1 in a triangulation of a shape, from 0 in a mesh
+};
+
+/// Triangles that are tested together, and a hierarchy over them.
+///
+/// Units: those of the triangles. What the queries are given and tell is in set coordinates, before `pose`, but for the
+/// positions, which have gone through it.
+/// Thread: built by one; the queries only read.
+class VRK_EXPORT SensitiveTriangleSet : public PrimitiveContainer {
+public:
+    /// Where a ray meets a triangle.
+    struct RayHit {
+        float distance;
+        rob::PosTemplate<float> point; // in set coordinates
+    };
+
+    ~SensitiveTriangleSet() override;
+    /// The corners from the last to the first.
+    virtual void getTriangle(rob::TriangleTemplate<float>& triangle,
+                             const SensitiveIndexedTriangle& primitive) const = 0;
+
+    /// The hit nearest to the start of the line, by `Math::Intersect`.
+    void nearestOfLine(Result& result, const rob::LineTemplate<float>& line) const;
+    /// Whether some triangle has a point in common with this one; a hit says nothing else.
+    void anyOfTriangle(Result& result, const rob::TriangleTemplate<float>& triangle) const;
+    /// The hit nearest to the origin of the ray.
+    void nearestOfRay(Result& result, const visual::Ray& ray) const;
+    /// The same for callers that build their answer themselves. `hit` is written only when there is one nearer than
+    /// `limit`, and then the result is true.
+    bool nearestOfRay(RayHit& hit, const visual::Ray& ray, float limit) const;
+
+    bool hasPose = false;
+    rob::PoseTemplate<float> pose; ///< from set coordinates to those of the object
+    rob::PoseTemplate<float> inversePose;
+
+protected:
+    /// Makes `count` triangles side by side and enters them; `box` and index are the caller's to fill.
+    SensitiveIndexedTriangle* makeTriangles(std::size_t count);
+    /// Drops the triangles from `count` on, which were made but are not wanted.
+    void keepFirst(std::size_t count);
+    void buildHierarchy();
+    void takePose(const rob::PoseTemplate<float>& newPose);
+
+private:
+    std::unique_ptr<SensitiveIndexedTriangle[]> triangles; // owns what the container would delete one by one
+};
+
+} // namespace vrk::selection

@@ -1,0 +1,79 @@
+#include "selection/ShapeObject.h"
+
+#include "selection/SensitiveFace.h"
+#include "selection/geometry/BVHWalk.h"
+#include "visual/SolidVisual.h"
+
+#include <BRep_Tool.hxx>
+#include <TopLoc_Location.hxx>
+#include <TopoDS.hxx>
+
+namespace vrk::selection {
+
+ShapeObject::ShapeObject(const TopoDS_Shape& shape, visual::SolidVisual* visual)
+    : SelectableObject(ObjectKind::Shape, visual), solid(visual), shape(shape)
+{
+}
+
+void ShapeObject::buildPrimitives()
+{
+    const layout::FaceMap& faces = solid->getFaceMap();
+    TopLoc_Location location;
+    for (int i = 1; i <= faces.Size(); ++i) {
+        const auto index = static_cast<unsigned>(i);
+        if (solid->isFaceVisible(index) && !BRep_Tool::Triangulation(TopoDS::Face(faces(i)), location).IsNull())
+            primitives.push_back(new SensitiveFace(faces(i), index));
+    }
+    buildHierarchy();
+}
+
+void ShapeObject::intersectLine(Result& result, const rob::LineTemplate<float>& line) const
+{
+    closestHitLine(result, line.transformed(inverseWorldPose));
+    finish(result);
+}
+
+void ShapeObject::intersectTriangle(Result& result, const rob::TriangleTemplate<float>& triangle) const
+{
+    firstHitTriangle(result, triangle.transformed(inverseWorldPose));
+    if (result.hit)
+        result.visual = visual;
+}
+
+void ShapeObject::intersectRay(Result& result, const visual::Ray& ray) const
+{
+    intersectRayWithin(result, ray, Result().distance);
+}
+
+/// What `closestHitRay` answers, without a whole result for each face that is met.
+void ShapeObject::intersectRayWithin(Result& result, const visual::Ray& ray, float limit) const
+{
+    result = Result();
+    const visual::Ray local = ray.transformed(inverseWorldPose);
+    const SensitiveFace* nearest = nullptr;
+    SensitiveFace::RayHit hit;
+    walkRayWithin(bvh.root, local, limit, [&](const BVHPrimitive* primitive) {
+        const auto* face = static_cast<const SensitiveFace*>(primitive);
+        if (!face->nearestInShape(hit, local, limit))
+            return;
+        limit = hit.distance;
+        nearest = face;
+    });
+    if (!nearest)
+        return;
+    result.hit = true;
+    result.distance = hit.distance;
+    result.face = nearest->getFace();
+    result.shape = shape;
+    result.visual = visual;
+    result.localPosition = hit.point;
+    result.position = worldPose * hit.point;
+    result.pose = worldPose;
+}
+
+std::string ShapeObject::getDescription() const
+{
+    return visual->getName();
+}
+
+} // namespace vrk::selection

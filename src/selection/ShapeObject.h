@@ -1,0 +1,35 @@
+#pragma once
+
+#include "selection/SelectableObject.h"
+
+#include <TopoDS_Shape.hxx>
+
+namespace vrk::visual {
+class SolidVisual;
+}
+
+namespace vrk::selection {
+
+/// A solid, by those of its faces that are shown and have triangles.
+class VRK_EXPORT ShapeObject final : public SelectableObject {
+public:
+    ShapeObject(const TopoDS_Shape& shape, visual::SolidVisual* visual);
+
+    void intersectLine(Result& result, const rob::LineTemplate<float>& line) const override;
+    void intersectTriangle(Result& result, const rob::TriangleTemplate<float>& triangle) const override;
+    /// Fills the face, the shape, the pose and the visual.
+    void intersectRay(Result& result, const visual::Ray& ray) const override;
+    void intersectRayWithin(Result& result, const visual::Ray& ray, float limit) const override;
+    bool isHitWithinBox() const override { return true; }
+    void update() override { updateFromHierarchy(); }
+    /// The name of the visual.
+    std::string getDescription() const override;
+
+private:
+    void buildPrimitives() override;
+
+    visual::SolidVisual* solid;
+    TopoDS_Shape shape;
+};
+
+} // namespace vrk::selection
