@@ -37,6 +37,16 @@ void count(Visual& visual, Contents& contents)
 
 } // namespace
 
+Contents& Contents::operator+=(const Contents& more)
+{
+    bodies += more.bodies;
+    faces += more.faces;
+    curves += more.curves;
+    triangles += more.triangles;
+    points += more.points;
+    return *this;
+}
+
 Contents contentsOf(Visual& visual)
 {
     Contents contents;

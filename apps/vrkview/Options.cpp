@@ -72,13 +72,18 @@ const DrawMode* readDrawMode(const std::string& name)
 
 const char* const footer = "Keys in the window:\n"
                            "  F          everything in view, the direction kept\n"
+                           "  Shift+F    what is selected in view\n"
                            "  1 to 6     from the front, back, left, right, top, bottom\n"
                            "  0 or I     from the front, above and to the right\n"
                            "  F5 to F8   shaded, shaded with edges, edges, wire\n"
                            "  G          shows or hides the grid\n"
                            "  N          lays the grid across the next axis: z, x, y\n"
                            "  + and -    longer and shorter frames\n"
-                           "  F1         this list\n"
+                           "  Esc        selects nothing\n"
+                           "  H          hides what is selected; Shift+H shows all\n"
+                           "  Ctrl+O     opens more files\n"
+                           "  F12        a picture of the view\n"
+                           "  F1         the whole list\n"
                            "  Ctrl+Q     leave\n"
                            "\n"
                            "Exit codes: 0 done, 1 wrong command line, 2 a file or the display cannot be used.";
@@ -125,10 +130,11 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
                        "with the direction in their names [the view that a station was left with, else iso]",
                        viewNames()))
         ->type_name("NAME");
-    app.add_option(
-           "--display", display,
-           fmt::format("What is drawn of the bodies, in the window and in pictures: {} [{}]", drawModeNames(), display))
-        ->type_name("NAME");
+    const CLI::Option* displayOption =
+        app.add_option("--display", display,
+                       fmt::format("What is drawn of the bodies, in the window and in pictures: {} [{}]",
+                                   drawModeNames(), display))
+            ->type_name("NAME");
     app.add_option(
            "--joints", options.joints,
            "Joint values of the first mechanism that moves, joined by commas: degrees, or millimetres of joints "
@@ -164,6 +170,7 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
             throw CLI::ValidationError("--view", "picking takes one direction");
         checkPicks(options);
         options.drawMode = readDrawMode(display);
+        options.isDrawModeGiven = displayOption->count() > 0;
     } catch (const CLI::ParseError& stop) {
         if (stop.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success))
             return app.exit(stop); // help or version

@@ -24,6 +24,7 @@ struct Options {
     int gridRows = 0;
     std::filesystem::path pickPicture; // empty: none
     const DrawMode* drawMode = nullptr;
+    bool isDrawModeGiven = false; // rather than the usual one
     bool onPresentDisplay = false;
     std::vector<double> joints;      // of the first mechanism that moves: degrees or millimetres
     std::filesystem::path save;      // where the station is written; empty: nowhere

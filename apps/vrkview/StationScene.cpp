@@ -1,5 +1,6 @@
 #include "StationScene.h"
 
+#include "ObjectNames.h"
 #include "Station.h"
 
 #include "platform/layout/Body.h"
@@ -8,12 +9,14 @@
 #include "platform/layout/Mechanism.h"
 #include "platform/layout/Part.h"
 #include "platform/layout/PointCloud.h"
+#include "platform/sdf/SdfManager.h"
 #include "scene/Scene.h"
 #include "visual/Visual.h"
 
 #include <fmt/format.h>
 
 #include <numbers>
+#include <shared_mutex>
 #include <stdexcept>
 
 namespace vrkview {
@@ -24,7 +27,9 @@ using vrk::layout::Joint;
 using vrk::layout::JointType;
 using vrk::layout::Layout;
 using vrk::layout::LinkPose;
+using vrk::layout::Manipulator;
 using vrk::layout::Mechanism;
+using vrk::layout::StationContent;
 using vrk::visual::Scene;
 using vrk::visual::Visual;
 
@@ -70,6 +75,70 @@ Mechanism* firstThatMoves()
     return nullptr;
 }
 
+/// Takes the visuals of the things of the station out of the scene, and only these: the grid is the scene's own.
+void removeVisuals()
+{
+    std::vector<unsigned> ids;
+    {
+        sdf::SdfManager& model = sdf::SdfManager::inst();
+        const std::shared_lock lock(model.mutex());
+        for (const vrk::visual::Visual* visual : Scene::GetWorldVisual()->getChildren())
+            if (typeName(visual->getType()) && model.find(visual->getId()))
+                ids.push_back(visual->getId());
+    }
+    for (const unsigned id : ids)
+        Scene::Get()->removeVisual(id);
+    Scene::Get()->processMsgs();
+}
+
+void replaceStation(const StationContent& content)
+{
+    removeVisuals();
+    Layout::inst().replace(content);
+    Scene::LoadStation();
+    Scene::Get()->processMsgs();
+}
+
+void addObjects(const Station& station)
+{
+    Layout& layout = Layout::inst();
+    Scene& scene = *Scene::Get();
+    for (const auto& part : station.parts) {
+        layout.addPart(part);
+        scene.addPart(part.get());
+    }
+    for (const auto& mechanism : station.mechanisms) {
+        layout.addMechanism(mechanism);
+        scene.addMechanism(mechanism.get(), true);
+        if (const auto* manipulator = dynamic_cast<const Manipulator*>(mechanism.get()))
+            scene.addFrame(manipulator->getControllerTaskFrame().get());
+    }
+    for (const auto& cloud : station.clouds) {
+        layout.addPointCloud(cloud);
+        scene.addPointCloud(cloud.get());
+    }
+}
+
+void removeObjects(const Station& station)
+{
+    std::vector<unsigned> ids;
+    for (const auto& part : station.parts)
+        ids.push_back(part->getId());
+    for (const auto& mechanism : station.mechanisms) {
+        ids.push_back(mechanism->getId());
+        if (const auto* manipulator = dynamic_cast<const Manipulator*>(mechanism.get()))
+            ids.push_back(manipulator->getControllerTaskFrame()->getId());
+    }
+    for (const auto& cloud : station.clouds)
+        ids.push_back(cloud->getId());
+    for (const unsigned id : ids)
+        if (Scene::HasVisual(id))
+            Scene::Get()->removeVisual(id);
+    Scene::Get()->processMsgs();
+    for (const unsigned id : ids)
+        Layout::inst().remove(id);
+}
+
 } // namespace
 
 void showStation(const Station& station)
@@ -93,6 +162,23 @@ void showStation(const Station& station)
         for (const bool forward : {false, true})
             Scene::Get()->addCurveArrow(curve, forward);
     followJoints();
+}
+
+void addToStation(const Station& station)
+{
+    Scene::Get()->processMsgs(); // what fails of earlier posts is no failure of the station
+    const StationContent before = Layout::inst();
+    try {
+        if (station.whole)
+            replaceStation(*station.whole);
+        addObjects(station);
+        Scene::Get()->processMsgs();
+    } catch (...) {
+        removeObjects(station);
+        if (station.whole)
+            replaceStation(before);
+        throw;
+    }
 }
 
 void moveJoints(const std::vector<double>& values)

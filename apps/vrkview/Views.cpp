@@ -117,16 +117,19 @@ void lookAsLeft()
         Scene::Get()->setCameraPose(Posef(left));
 }
 
-void lookAlong(const View& view)
+Posef poseAlong(const View& view)
 {
-    Scene& scene = *Scene::Get();
-    scene.setCameraPose(closer(scene.getViewPoseForDir(view.dir, view.up)));
+    return closer(Scene::Get()->getViewPoseForDir(view.dir, view.up));
 }
 
-void fitAll()
+Posef poseForAll()
 {
-    Scene& scene = *Scene::Get();
-    scene.setCameraPose(closer(scene.getViewAllPose()));
+    return closer(Scene::Get()->getViewAllPose());
+}
+
+void lookAlong(const View& view)
+{
+    Scene::Get()->setCameraPose(poseAlong(view));
 }
 
 } // namespace vrkview
