@@ -87,6 +87,18 @@ TEST_F(Select, FirstOfEquallyNearObjectsStays)
     EXPECT_EQ(along(5, 10).visual, first);
 }
 
+TEST_F(Select, FirstOfEquallyNearMeshesAndPointsStays)
+{
+    visual::MeshVisual* mesh = addMesh(wall(40));
+    addMesh(wall(40));
+    visual::PointVisual* point = addPoint({100, 0, 0});
+    addPoint({100, 0, 0});
+    service.update();
+
+    EXPECT_EQ(along(5, 10).visual, mesh);
+    EXPECT_EQ(along(100, 0).visual, point);
+}
+
 TEST_F(Select, PriorityWinsFromBehindABody)
 {
     visual::SolidVisual* body = addBox(100, {0, 0, 0});
