@@ -1,0 +1,19 @@
+#!/bin/sh
+# Makes the pictures of the documents anew, all by the viewer itself: docs/make-pictures.sh [PROGRAM]
+# They are small on purpose: none over 150 kB.
+set -eu
+cd "$(dirname "$0")/.."
+viewer=${1:-build/release/bin/vrkview}
+pictures=docs/pictures
+mkdir -p $pictures
+
+"$viewer" --size 520x325 --shot $pictures/cell.png
+"$viewer" --size 880x550 --view front --shot $pictures/cell-front.png
+"$viewer" --size 500x313 --display edges --shot $pictures/cell-edges.png
+"$viewer" --size 1000x625 --pick-grid 1000x625 --pick-picture $pictures/cell-picks.png > /dev/null
+
+largest=$(find $pictures -name '*.png' -size +150000c)
+if [ -n "$largest" ]; then
+    echo "over 150 kB: $largest" >&2
+    exit 1
+fi
