@@ -2,6 +2,7 @@
 
 #include "selection/geometry/BVHPrimitive.h"
 #include "selection/geometry/PrimitiveContainer.h"
+#include "selection/geometry/WideTree.h"
 
 #include <memory>
 
@@ -57,9 +58,15 @@ protected:
     /// Drops the triangles from `count` on, which were made but are not wanted.
     void keepFirst(std::size_t count);
     void buildHierarchy();
+    /// What `getTriangle` gives, of the triangles with these indices.
+    virtual void getTriangles(rob::TriangleTemplate<float>* triangles, const unsigned* indices,
+                              unsigned count) const = 0;
     void takePose(const rob::PoseTemplate<float>& newPose);
 
 private:
+    bool nearestInOrder(RayHit& hit, const visual::Ray& ray, float limit) const;
+
+    WideTree forRays;                                      // over the indices of the triangles
     std::unique_ptr<SensitiveIndexedTriangle[]> triangles; // owns what the container would delete one by one
 };
 

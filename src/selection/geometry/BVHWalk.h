@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <type_traits>
 #include <vector>
 
@@ -117,10 +118,12 @@ public:
         : slack(relative * std::max({std::abs(ray.origin.x), std::abs(ray.origin.y), std::abs(ray.origin.z)}))
     {
     }
-    float operator()(float limit) const { return limit + limit * relative + slack; }
+    /// Never infinite, as what a ray misses is.
+    float operator()(float limit) const { return std::min(limit + limit * relative + slack, largest); }
 
 private:
     static constexpr float relative = 1e-5f;
+    static constexpr float largest = std::numeric_limits<float>::max();
 
     float slack;
 };
