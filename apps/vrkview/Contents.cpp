@@ -9,28 +9,48 @@ using vrk::VisualType;
 using vrk::visual::PointCloudVisual;
 using vrk::visual::Visual;
 
-/// Of what the library has no sums for.
-void countThinThings(const Visual& visual, Contents& contents)
+/// The library's own sums leave out what is attached to something else.
+void count(Visual& visual, Contents& contents)
 {
-    if (visual.getType() == VisualType::Curve)
+    switch (visual.getType()) {
+    case VisualType::Solid:
+    case VisualType::Mesh:
+        contents.bodies += visual.getBodiesNum();
+        contents.faces += visual.getFacesNum();
+        contents.triangles += visual.getTrianglesNum();
+        break;
+    case VisualType::Curve:
         ++contents.curves;
-    else if (visual.getType() == VisualType::Point)
+        return; // its arrows are no bodies
+    case VisualType::Point:
         ++contents.points;
-    else if (visual.getType() == VisualType::PointCloud)
+        break;
+    case VisualType::PointCloud:
         contents.points += dynamic_cast<const PointCloudVisual&>(visual).getPoints().size();
-    for (const Visual* child : visual.getChildren())
-        countThinThings(*child, contents);
+        break;
+    default:
+        break;
+    }
+    for (Visual* child : visual.getChildren())
+        count(*child, contents);
 }
 
 } // namespace
 
+Contents& Contents::operator+=(const Contents& more)
+{
+    bodies += more.bodies;
+    faces += more.faces;
+    curves += more.curves;
+    triangles += more.triangles;
+    points += more.points;
+    return *this;
+}
+
 Contents contentsOf(Visual& visual)
 {
     Contents contents;
-    contents.bodies = visual.getBodiesNum();
-    contents.faces = visual.getFacesNum();
-    contents.triangles = visual.getTrianglesNum();
-    countThinThings(visual, contents);
+    count(visual, contents);
     return contents;
 }
 

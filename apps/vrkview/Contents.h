@@ -15,6 +15,8 @@ struct Contents {
     unsigned curves = 0;
     std::uint64_t triangles = 0;
     std::uint64_t points = 0; // of clouds, and single ones
+
+    Contents& operator+=(const Contents& more);
 };
 
 /// Render thread.

@@ -4,6 +4,7 @@
 
 #include "platform/layout/PointCloud.h"
 #include "platform/sdf/SdfManager.h"
+#include "platform/station/GeometryCache.h"
 #include "platform/station/Import.h"
 
 #include <BRep_Tool.hxx>
@@ -12,12 +13,16 @@
 #include <TopoDS.hxx>
 #include <TopoDS_Face.hxx>
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <filesystem>
 #include <limits>
 #include <numbers>
 #include <random>
+#include <string>
 #include <vector>
 
 namespace vrkview::demo {
@@ -162,9 +167,24 @@ bool isLost(const Posf& point, float chance)
     return point.z < 0.01f && chance > floorKept * (1 - out * out);
 }
 
+/// A binary PLY file.
+std::string plyText(const vrk::layout::PointCloud::Points& points, const vrk::layout::PointCloud::Normals& normals)
+{
+    std::string text = fmt::format("ply\nformat binary_little_endian 1.0\nelement vertex {}\n", points.size());
+    for (const char* property : {"x", "y", "z", "nx", "ny", "nz"})
+        text += fmt::format("property float {}\n", property);
+    text += "end_header\n";
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        const std::array<float, 6> values{points[i].x,  points[i].y,  points[i].z,
+                                          normals[i].x, normals[i].y, normals[i].z};
+        text.append(reinterpret_cast<const char*>(values.data()), sizeof values);
+    }
+    return text;
+}
+
 } // namespace
 
-std::shared_ptr<vrk::layout::PointCloud> scanOfBracket(const vrk::rob::Posed& pose)
+std::shared_ptr<vrk::layout::PointCloud> scanOfBracket(const vrk::rob::Posed& pose, float scale)
 {
     std::vector<Triangle> triangles;
     addFloor(triangles);
@@ -193,8 +213,15 @@ std::shared_ptr<vrk::layout::PointCloud> scanOfBracket(const vrk::rob::Posed& po
         const Dirf normal = vrk::rob::normalized(hits[i].normal);
         normals.emplace_back(normal.x, normal.y, normal.z);
     }
+    for (Posf& point : points)
+        point = Posf(point.x * scale, point.y * scale, point.z * scale);
+    // In the cache, so that a station which is saved takes the file along.
+    const std::filesystem::path file =
+        vrk::station::GeometryCache::Get("scan_of_the_bracket", fmt::format("demo station, scan 1 of scale {}", scale),
+                                         ".ply", [&] { return plyText(points, normals); });
     auto cloud = std::make_shared<vrk::layout::PointCloud>(sdf::SdfManager::inst().generateId(), "Scan of the bracket",
                                                            std::move(points), std::move(normals));
+    cloud->setGeometry(file.string(), "ply");
     cloud->setPose(pose);
     return cloud;
 }

@@ -1,31 +1,19 @@
 #include "DemoShapes.h"
 
-#include <BRepAdaptor_Curve.hxx>
-#include <BRepAdaptor_Surface.hxx>
-#include <BRepAlgoAPI_Cut.hxx>
-#include <BRepAlgoAPI_Fuse.hxx>
 #include <BRepBuilderAPI_MakeEdge.hxx>
 #include <BRepBuilderAPI_MakeFace.hxx>
 #include <BRepBuilderAPI_MakePolygon.hxx>
 #include <BRepBuilderAPI_MakeWire.hxx>
-#include <BRepFilletAPI_MakeChamfer.hxx>
-#include <BRepFilletAPI_MakeFillet.hxx>
-#include <BRepPrimAPI_MakeBox.hxx>
-#include <BRepPrimAPI_MakeCylinder.hxx>
 #include <BRepPrimAPI_MakePrism.hxx>
 #include <BRepPrimAPI_MakeRevol.hxx>
+#include <GC_MakeArcOfCircle.hxx>
 #include <GeomAPI_Interpolate.hxx>
 #include <Geom_BSplineCurve.hxx>
 #include <TColgp_HArray1OfPnt.hxx>
-#include <TopExp.hxx>
-#include <TopTools_IndexedMapOfShape.hxx>
-#include <TopTools_ListOfShape.hxx>
 #include <TopoDS.hxx>
 #include <TopoDS_Edge.hxx>
 #include <TopoDS_Face.hxx>
-#include <gp_Ax2.hxx>
-#include <gp_Cylinder.hxx>
-#include <gp_Pln.hxx>
+#include <gp_Circ.hxx>
 
 #include <cmath>
 #include <numbers>
@@ -35,26 +23,6 @@ namespace vrkview::demo {
 namespace {
 
 constexpr double pi = std::numbers::pi;
-
-struct RadiusHeight {
-    double radius;
-    double height;
-};
-
-TopoDS_Shape box(const gp_Pnt& from, const gp_Pnt& to)
-{
-    return BRepPrimAPI_MakeBox(from, to).Shape();
-}
-
-TopoDS_Shape cylinder(const gp_Pnt& foot, const gp_Dir& axis, double radius, double height)
-{
-    return BRepPrimAPI_MakeCylinder(gp_Ax2(foot, axis), radius, height).Shape();
-}
-
-TopoDS_Shape fused(const TopoDS_Shape& a, const TopoDS_Shape& b)
-{
-    return BRepAlgoAPI_Fuse(a, b).Shape();
-}
 
 TopoDS_Edge spline(const std::vector<gp_Pnt>& points, const gp_Vec& start, const gp_Vec& end)
 {
@@ -78,79 +46,9 @@ std::vector<TopoDS_Shape> holesOnCircle(int count, double circle, double radius,
     return holes;
 }
 
-/// All tools in one step: each step looks at every face again.
-TopoDS_Shape without(const TopoDS_Shape& shape, const std::vector<TopoDS_Shape>& tools)
-{
-    TopTools_ListOfShape shapes;
-    shapes.Append(shape);
-    TopTools_ListOfShape cutters;
-    for (const TopoDS_Shape& tool : tools)
-        cutters.Append(tool);
-    BRepAlgoAPI_Cut cut;
-    cut.SetArguments(shapes);
-    cut.SetTools(cutters);
-    cut.Build();
-    return cut.Shape();
-}
-
-using EdgeTest = std::function<bool(const gp_Pnt& middle, const gp_Vec& direction)>;
-
-std::vector<TopoDS_Edge> edgesOf(const TopoDS_Shape& shape, const EdgeTest& wanted)
-{
-    TopTools_IndexedMapOfShape edges;
-    TopExp::MapShapes(shape, TopAbs_EDGE, edges);
-    std::vector<TopoDS_Edge> found;
-    for (int i = 1; i <= edges.Extent(); ++i) {
-        const TopoDS_Edge& edge = TopoDS::Edge(edges(i));
-        const BRepAdaptor_Curve curve(edge);
-        gp_Pnt middle;
-        gp_Vec direction;
-        curve.D1((curve.FirstParameter() + curve.LastParameter()) / 2, middle, direction);
-        if (wanted(middle, direction.Normalized()))
-            found.push_back(edge);
-    }
-    return found;
-}
-
-TopoDS_Shape rounded(const TopoDS_Shape& shape, double radius, const EdgeTest& wanted)
-{
-    BRepFilletAPI_MakeFillet fillet(shape);
-    for (const TopoDS_Edge& edge : edgesOf(shape, wanted))
-        fillet.Add(radius, edge);
-    return fillet.Shape();
-}
-
-TopoDS_Shape bevelled(const TopoDS_Shape& shape, double width, const EdgeTest& wanted)
-{
-    BRepFilletAPI_MakeChamfer chamfer(shape);
-    for (const TopoDS_Edge& edge : edgesOf(shape, wanted))
-        chamfer.Add(width, edge);
-    return chamfer.Shape();
-}
-
 bool near(double a, double b)
 {
     return std::abs(a - b) < 1e-3;
-}
-
-EdgeTest isAlong(const gp_Dir& axis)
-{
-    return [axis](const gp_Pnt&, const gp_Vec& direction) { return near(std::abs(direction.Dot(gp_Vec(axis))), 1); };
-}
-
-EdgeTest liesAtHeight(double z)
-{
-    return [z](const gp_Pnt& middle, const gp_Vec& direction) { return near(middle.Z(), z) && near(direction.Z(), 0); };
-}
-
-/// A solid of revolution about z from a closed outline.
-TopoDS_Shape turned(const std::vector<RadiusHeight>& outline)
-{
-    BRepBuilderAPI_MakePolygon polygon;
-    for (const RadiusHeight& point : outline)
-        polygon.Add(gp_Pnt(point.radius, 0, point.height));
-    polygon.Close();
-    return BRepPrimAPI_MakeRevol(BRepBuilderAPI_MakeFace(polygon.Wire()).Face(), gp::OZ()).Shape();
 }
 
 } // namespace
@@ -202,13 +100,22 @@ TopoDS_Shape bracket()
     return fused(shape, rib);
 }
 
-TopoDS_Shape toolPath()
+TopoDS_Shape weldPath()
 {
-    // The tangent where one edge ends is that with which the next begins.
+    // Along the foot, around its rounded corner and back along the end, with a smooth way in and out. The tangent where
+    // one edge ends is that with which the next begins.
+    constexpr double side = -45, end = 60, corner = 18, height = 1.5;
     BRepBuilderAPI_MakeWire wire;
-    wire.Add(spline({{-185, -75, 150}, {-150, -150, 95}, {-70, -185, 48}}, {0, -1, -0.2}, {1, -0.1, -0.3}));
-    wire.Add(spline({{-70, -185, 48}, {60, -192, 36}}, {1, -0.1, -0.3}, {1, 0, 0}));
-    wire.Add(spline({{60, -192, 36}, {150, -186, 52}, {250, -150, 90}, {262, -70, 140}}, {1, 0, 0}, {-0.4, 1, 0.6}));
+    wire.Add(spline({{-75, -95, 70}, {-62, -60, 22}, {-45, side, height}}, {0.1, 1, -1}, {1, 0, 0}));
+    wire.Add(BRepBuilderAPI_MakeEdge(gp_Pnt(-45, side, height), gp_Pnt(end - corner, side, height)).Edge());
+    const double middle = corner * (1 - std::numbers::sqrt2 / 2);
+    wire.Add(BRepBuilderAPI_MakeEdge(GC_MakeArcOfCircle(gp_Pnt(end - corner, side, height),
+                                                        gp_Pnt(end - middle, side + middle, height),
+                                                        gp_Pnt(end, side + corner, height))
+                                         .Value())
+                 .Edge());
+    wire.Add(BRepBuilderAPI_MakeEdge(gp_Pnt(end, side + corner, height), gp_Pnt(end, 20, height)).Edge());
+    wire.Add(spline({{end, 20, height}, {75, 42, 22}, {105, 50, 70}}, {0, 1, 0}, {1, 0.1, 1}));
     return wire.Wire();
 }
 
@@ -224,36 +131,6 @@ TopoDS_Shape flange()
         return near(middle.Z(), disc) && near(std::hypot(middle.X(), middle.Y()), outer) && near(direction.Z(), 0);
     });
     return without(shape, holesOnCircle(6, 56, 6.5, disc));
-}
-
-TopoDS_Shape turnedPart()
-{
-    // The soft part of the outline runs smoothly through these; the foot and the top are plain cylinders.
-    const std::vector<RadiusHeight> soft = {{26, 16}, {19, 26},  {15, 42},  {24, 64},
-                                            {33, 84}, {27, 106}, {13, 126}, {11, 138}};
-    Handle(TColgp_HArray1OfPnt) points = new TColgp_HArray1OfPnt(1, static_cast<int>(soft.size()));
-    for (std::size_t i = 0; i < soft.size(); ++i)
-        points->SetValue(static_cast<int>(i) + 1, gp_Pnt(soft[i].radius, 0, soft[i].height));
-    GeomAPI_Interpolate interpolation(points, false, 1e-6);
-    interpolation.Perform();
-
-    BRepBuilderAPI_MakeWire outline;
-    const auto line = [&outline](const RadiusHeight& from, const RadiusHeight& to) {
-        outline.Add(
-            BRepBuilderAPI_MakeEdge(gp_Pnt(from.radius, 0, from.height), gp_Pnt(to.radius, 0, to.height)).Edge());
-    };
-    line({0, 0}, {38, 0});
-    line({38, 0}, {38, 8});
-    line({38, 8}, {34, 12});
-    line({34, 12}, {34, 16});
-    line({34, 16}, {26, 16});
-    outline.Add(BRepBuilderAPI_MakeEdge(interpolation.Curve()).Edge());
-    line({11, 138}, {18, 138});
-    line({18, 138}, {18, 146});
-    line({18, 146}, {15, 150});
-    line({15, 150}, {0, 150});
-    line({0, 150}, {0, 0});
-    return BRepPrimAPI_MakeRevol(BRepBuilderAPI_MakeFace(outline.Wire()).Face(), gp::OZ()).Shape();
 }
 
 TopoDS_Shape pipeBend()
@@ -300,37 +177,6 @@ TopoDS_Shape shaft(double radius, double length)
     return bevelled(rod, 1.5, [&](const gp_Pnt& middle, const gp_Vec& direction) {
         return near(std::abs(middle.Y()), length / 2) && near(direction.Y(), 0);
     });
-}
-
-FaceTest isCylinder(double minRadius, double maxRadius)
-{
-    return [=](const TopoDS_Face& face) {
-        const BRepAdaptor_Surface surface(face);
-        return surface.GetType() == GeomAbs_Cylinder && surface.Cylinder().Radius() >= minRadius &&
-               surface.Cylinder().Radius() <= maxRadius;
-    };
-}
-
-FaceTest isPlaneFacing(int axis, int sign)
-{
-    return [=](const TopoDS_Face& face) {
-        const BRepAdaptor_Surface surface(face);
-        if (surface.GetType() != GeomAbs_Plane)
-            return false;
-        const gp_Dir normal = surface.Plane().Axis().Direction();
-        const bool isReversed = (face.Orientation() == TopAbs_REVERSED) != !surface.Plane().Direct();
-        return near(normal.Coord(axis + 1) * (isReversed ? -1 : 1), sign);
-    };
-}
-
-FaceTest isPlaneAt(int axis, double place)
-{
-    return [=](const TopoDS_Face& face) {
-        const BRepAdaptor_Surface surface(face);
-        return surface.GetType() == GeomAbs_Plane &&
-               near(std::abs(surface.Plane().Axis().Direction().Coord(axis + 1)), 1) &&
-               near(surface.Plane().Location().Coord(axis + 1), place);
-    };
 }
 
 } // namespace vrkview::demo

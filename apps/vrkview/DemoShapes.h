@@ -1,12 +1,8 @@
 #pragma once
 
-#include <TopoDS_Shape.hxx>
+#include "DemoSolids.h"
 
-#include <functional>
-
-class TopoDS_Face;
-
-/// The CAD bodies of the demo station, made with Open CASCADE. Millimetres; each stands on z = 0, its middle at x = y = 0
+/// The workpieces of the demo station, made with Open CASCADE. Millimetres; each stands on z = 0, its middle at x = y = 0
 /// unless it says otherwise. None is triangulated.
 namespace vrkview::demo {
 
@@ -16,8 +12,6 @@ TopoDS_Shape fixturePlate();
 TopoDS_Shape bracket();
 /// A welding-neck flange with six bolt holes.
 TopoDS_Shape flange();
-/// A turned baluster of soft curves.
-TopoDS_Shape turnedPart();
 /// A pipe bend with a flange at either end; it leaves to +x.
 TopoDS_Shape pipeBend();
 /// A sheet-metal case with rounded edges, closed on all sides; its front is the plane at y = -55.
@@ -29,16 +23,7 @@ TopoDS_Shape shaft(double radius, double length);
 /// A spur gear with a hub about the y axis, in the middle at the origin.
 TopoDS_Shape spurGear(int teeth, double module, double width, double bore);
 
-/// A smooth path over the station, from above the flange past the bracket and around the baluster: a wire of three edges.
-TopoDS_Shape toolPath();
-
-using FaceTest = std::function<bool(const TopoDS_Face&)>;
-
-// Tests on faces
-FaceTest isCylinder(double minRadius, double maxRadius);
-/// A plane whose outward normal is this axis: 0 for x, 1 for y, 2 for z; `sign` is 1 or -1.
-FaceTest isPlaneFacing(int axis, int sign);
-/// A plane at right angles to an axis, at that place along it.
-FaceTest isPlaneAt(int axis, double place);
+/// The way of a torch along the foot of the bracket, down to it and away again: a wire of five edges that meet smoothly.
+TopoDS_Shape weldPath();
 
 } // namespace vrkview::demo

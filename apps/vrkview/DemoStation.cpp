@@ -1,241 +1,202 @@
 #include "DemoStation.h"
 
+#include "DemoArm.h"
+#include "DemoFurniture.h"
+#include "DemoParts.h"
+#include "DemoPositioner.h"
 #include "DemoScan.h"
 #include "DemoShapes.h"
 
+#include "platform/layout/Assembly.h"
 #include "platform/layout/Body.h"
 #include "platform/layout/Frame.h"
+#include "platform/layout/Mechanism.h"
 #include "platform/layout/Part.h"
 #include "platform/layout/PointCloud.h"
-#include "platform/sdf/SdfManager.h"
-#include "platform/station/Import.h"
-#include "scene/math/Vec.h"
-
-#include <TopoDS.hxx>
-#include <TopoDS_Face.hxx>
+#include "platform/task/DataItem.h"
+#include "platform/task/Task.h"
 
 #include <array>
-#include <cmath>
-#include <cstdint>
-#include <fstream>
-#include <numbers>
-#include <stdexcept>
+#include <span>
 
 namespace vrkview {
 namespace {
 
+using namespace demo;
 using vrk::layout::Body;
 using vrk::layout::Part;
 using vrk::rob::Posd;
 using vrk::rob::Posed;
 using vrk::rob::Rotationd;
 
-constexpr double pi = std::numbers::pi;
-constexpr double plateBottom = -25;
+constexpr double pedestalHeight = 250;
+constexpr double bracketScale = 2; // of the one that is welded, and of its scan
+constexpr double fixtureScale = 0.7, fixtureHeight = 25 * fixtureScale;
 
-namespace color {
-constexpr const char* plate = "#5A646E";
-constexpr const char* tapped = "#2F363D";
-constexpr const char* aluminium = "#C3C9CE";
-constexpr const char* machined = "#E3E6E8";
-constexpr const char* steelBlue = "#5C83A8";
-constexpr const char* sage = "#7FA38D";
-constexpr const char* brass = "#C8A45C";
-constexpr const char* orange = "#D98A4A";
-constexpr const char* casing = "#D9DAD6";
-constexpr const char* steel = "#9AA3AB";
-constexpr const char* brightBrass = "#D6B672";
-constexpr const char* brightSteel = "#B4BCC3";
-constexpr const char* clay = "#C56F52";
-} // namespace color
+// Where the arm stands ready, degrees: the torch's tip at the middle of the seam.
+constexpr std::array welding = {-12.1, 23.8, 12.0, 5.5, 40.0, 69.9};
 
-struct Paint {
-    demo::FaceTest faces;
-    const char* color;
-};
-
-std::shared_ptr<Part> makePart(const std::string& name, const Posed& pose)
+std::shared_ptr<Part> makeFixture()
 {
-    auto part = std::make_shared<Part>(sdf::SdfManager::inst().generateId(), name);
-    part->setPose(pose);
+    std::shared_ptr<Part> part = makePart("Fixture");
+    addBody(*part, "Fixture plate", scaled(fixturePlate(), fixtureScale), color::slate,
+            {{isCylinder(3.4, 3.6), color::dark}, {isPlaneAt(2, -18 * fixtureScale), color::dark}});
+    // Stops at the back of the bracket, and a clamp on its foot.
+    addBody(*part, "Stop", rounded(box({-142, -60, 0}, {-121, 60, 46}), 6, isAlong(gp::DY())), color::brass);
+    addBody(*part, "Side stop", rounded(box({-70, 91, 0}, {40, 112, 46}), 6, isAlong(gp::DX())), color::brass);
     return part;
 }
 
-/// A body of the part. Later paints go over earlier ones. Bodies of one name share their triangles.
-std::shared_ptr<Body> addBody(Part& part, const std::string& name, const TopoDS_Shape& shape, const char* bodyColor,
-                              const std::vector<Paint>& paints = {})
+std::shared_ptr<Part> makeWorkpiece(const TopoDS_Shape& largeBracket, unsigned& path)
 {
-    vrk::station::meshShape(shape);
-    const std::shared_ptr<Body> body = part.addBody(name);
-    body->setGeometry("demo#" + name, "brep");
-    body->setShape(shape);
-    body->setColor(bodyColor);
-    const vrk::layout::FaceMap& faces = body->getFaceMap();
-    for (int face = 1; face <= faces.Extent(); ++face)
-        for (const Paint& paint : paints)
-            if (paint.faces(TopoDS::Face(faces(face))))
-                body->setFaceColor(static_cast<unsigned>(face), paint.color);
-    return body;
-}
-
-unsigned faceOf(const Body& body, const demo::FaceTest& wanted)
-{
-    const vrk::layout::FaceMap& faces = body.getFaceMap();
-    for (int face = 1; face <= faces.Extent(); ++face)
-        if (wanted(TopoDS::Face(faces(face))))
-            return static_cast<unsigned>(face);
-    throw std::runtime_error("the demo station's body " + body.getName() + " has no such face");
-}
-
-Posed at(double x, double y, double z, double turnDegrees = 0)
-{
-    return {Posd(x, y, z), Rotationd(turnDegrees * pi / 180, vrk::rob::Dird(0, 0, 1))};
-}
-
-std::shared_ptr<Part> single(const std::string& name, const Posed& pose, const TopoDS_Shape& shape,
-                             const char* bodyColor, const std::vector<Paint>& paints)
-{
-    std::shared_ptr<Part> part = makePart(name, pose);
-    addBody(*part, name, shape, bodyColor, paints);
+    std::shared_ptr<Part> part = makePart("Workpiece");
+    addBody(*part, "Bracket", largeBracket, color::sage,
+            {{isCylinder(11.8, 12.2), color::machined},
+             {isCylinder(19.8, 20.2), color::machined},
+             {isCylinder(47.8, 48.2), color::machined},
+             {isPlaneAt(2, 16), color::machined}});
+    path = addBody(*part, "Weld seam", scaled(weldPath(), bracketScale), color::steelBlue)->getId();
     return part;
 }
 
 /// A pair of gears on their shafts in a case whose front is left away.
-std::shared_ptr<Part> gearUnit(std::vector<HiddenFace>& hidden)
+std::shared_ptr<Part> gearUnit(const Posed& pose, std::vector<HiddenFace>& hidden)
 {
     constexpr double module = 4, caseHeight = 8, head = 1.5;
     constexpr int largeTeeth = 26, smallTeeth = 17;
-    constexpr double largeX = -42, axisHeight = 76;
+    constexpr double largeX = -42, axisHeight = 76 + caseHeight;
     constexpr double smallX = largeX + module * (largeTeeth + smallTeeth) / 2;
+    constexpr double scale = 1.6;
+    const auto place = [](double x, double y, double z) { return at(scale * x, scale * y, scale * z); };
 
-    std::shared_ptr<Part> part = makePart("Gear unit", at(-140, 95, caseHeight));
-    const auto body = addBody(*part, "Case", demo::gearCase(), color::casing);
-    hidden.push_back({body->getId(), faceOf(*body, demo::isPlaneAt(1, -55))});
+    std::shared_ptr<Part> part = makePart("Gear unit", pose);
+    const auto body = addBody(*part, "Case", scaled(gearCase(), scale), color::casing);
+    body->setPose(place(0, 0, caseHeight));
+    hidden.push_back({body->getId(), faceOf(*body, isPlaneAt(1, -55 * scale))});
 
-    for (const Posd& place : {Posd(-85, -38, -caseHeight), Posd(85, -38, -caseHeight), Posd(-85, 38, -caseHeight),
-                              Posd(85, 38, -caseHeight)})
-        addBody(*part, "Foot", demo::foot(12, caseHeight + head), color::tapped)->setPose(Posed(place));
+    const TopoDS_Shape caseFoot = scaled(foot(12, caseHeight + head), scale);
+    for (const double x : {-85.0, 85.0})
+        for (const double y : {-38.0, 38.0})
+            addBody(*part, "Foot", caseFoot, color::dark)->setPose(place(x, y, 0));
 
     // The pinion has an odd number of teeth, so that a gap of it stands before the wheel's tooth.
-    const Posed largeAxis(Posd(largeX, 0, axisHeight)), smallAxis(Posd(smallX, 0, axisHeight));
-    const demo::FaceTest front = demo::isPlaneFacing(1, -1);
-    addBody(*part, "Wheel", demo::spurGear(largeTeeth, module, 34, 12), color::brass, {{front, color::brightBrass}})
+    const Posed largeAxis = place(largeX, 0, axisHeight), smallAxis = place(smallX, 0, axisHeight);
+    const FaceTest front = isPlaneFacing(1, -1);
+    addBody(*part, "Wheel", scaled(spurGear(largeTeeth, module, 34, 12), scale), color::brass,
+            {{front, color::brightBrass}})
         ->setPose(largeAxis);
-    addBody(*part, "Pinion", demo::spurGear(smallTeeth, module, 34, 10), color::steel, {{front, color::brightSteel}})
+    addBody(*part, "Pinion", scaled(spurGear(smallTeeth, module, 34, 10), scale), color::steel,
+            {{front, color::brightSteel}})
         ->setPose(smallAxis);
-    addBody(*part, "Wheel shaft", demo::shaft(12, 106), color::steel)->setPose(largeAxis);
-    addBody(*part, "Pinion shaft", demo::shaft(10, 106), color::steelBlue)->setPose(smallAxis);
+    addBody(*part, "Wheel shaft", scaled(shaft(12, 106), scale), color::steel)->setPose(largeAxis);
+    addBody(*part, "Pinion shaft", scaled(shaft(10, 106), scale), color::steelBlue)->setPose(smallAxis);
     return part;
 }
 
-// The vase: a twisted outline of soft lobes, as a printer makes it.
-
-constexpr int lobes = 9, aroundCount = 216, upCount = 96;
-constexpr double vaseHeight = 145, vaseTwist = 1.3; // radians over the height
-
-std::array<float, 3> vasePoint(int around, int up)
+/// Parts in rows on the pallet.
+void addGoods(const Posed& pallet, std::vector<std::shared_ptr<Part>>& parts)
 {
-    const double t = static_cast<double>(up) / upCount;
-    const double angle = 2 * pi * around / aroundCount;
-    const double belly = 37 + 11 * std::sin(2 * pi * (0.02 + 0.87 * t)) - 3 * t;
-    const double radius = belly * (1 + 0.06 * std::cos(lobes * angle));
-    const double turned = angle + vaseTwist * t;
-    return {static_cast<float>(radius * std::cos(turned)), static_cast<float>(radius * std::sin(turned)),
-            static_cast<float>(vaseHeight * t)};
-}
-
-struct Triangle {
-    std::array<float, 3> a, b, c;
-};
-
-std::vector<Triangle> vaseTriangles()
-{
-    std::vector<Triangle> triangles;
-    for (int around = 0; around < aroundCount; ++around) {
-        const int next = (around + 1) % aroundCount;
-        triangles.push_back({{0, 0, 0}, vasePoint(next, 0), vasePoint(around, 0)});
-        for (int up = 0; up < upCount; ++up) {
-            triangles.push_back({vasePoint(around, up), vasePoint(next, up), vasePoint(next, up + 1)});
-            triangles.push_back({vasePoint(around, up), vasePoint(next, up + 1), vasePoint(around, up + 1)});
-        }
+    constexpr double scale = 1.6;
+    const TopoDS_Shape bend = scaled(pipeBend(), scale), disc = scaled(flange(), scale);
+    const double faces[] = {0, 12 * scale, 108 * scale, 96 * scale};
+    for (int column = 0; column < 4; ++column) {
+        const double x = -435 + 290.0 * column;
+        parts.push_back(single("Pipe bend", pallet * at(x - 40, 240, palletHeight), bend, color::steelBlue,
+                               {{isPlaneAt(2, faces[0]), color::machined},
+                                {isCylinder(4.9 * scale, 5.1 * scale), color::machined},
+                                {isPlaneAt(2, faces[1]), color::machined},
+                                {isPlaneAt(0, faces[2]), color::machined},
+                                {isPlaneAt(0, faces[3]), color::machined}}));
+        for (const double y : {-250.0, -5.0})
+            parts.push_back(single("Welding-neck flange", pallet * at(x, y, palletHeight), disc, color::silver,
+                                   {{isCylinder(6.4 * scale, 6.6 * scale), color::dark},
+                                    {isCylinder(25.9 * scale, 26.1 * scale), color::machined}}));
     }
-    return triangles;
 }
 
-std::array<float, 3> normalOf(const Triangle& t)
+/// What the arm's program is written in: the torch's tip, the fixture, and where the arm stands ready.
+std::shared_ptr<vrk::task::Task> makeTask(const vrk::layout::Manipulator& arm, unsigned torch, unsigned fixture)
 {
-    using vrk::rob::Posf;
-    const Posf a(t.a[0], t.a[1], t.a[2]), b(t.b[0], t.b[1], t.b[2]), c(t.c[0], t.c[1], t.c[2]);
-    const vrk::rob::Dirf normal = vrk::rob::normalized((b - a).cross(c - a));
-    return {normal.x, normal.y, normal.z};
+    auto task = std::make_shared<vrk::task::Task>(newId(), "Welding");
+    task->setOwnerId(arm.getId());
+    task->setManipulatorId(arm.getId());
+    auto tip = std::make_shared<vrk::task::ToolDataItem>(newId(), "torch");
+    tip->setOwnerId(torch);
+    tip->setPose(torchTip());
+    task->addDataItem(tip);
+    auto corner = std::make_shared<vrk::task::WObjDataItem>(newId(), "fixture");
+    corner->setOwnerId(fixture);
+    corner->setPose(at(-275 * fixtureScale, -175 * fixtureScale, 0));
+    task->addDataItem(corner);
+    auto ready = std::make_shared<vrk::task::JointTargetDataItem>(newId(), "ready");
+    ready->jointValues = arm.getJointValues();
+    task->addDataItem(ready);
+    return task;
 }
 
-/// Binary STL.
-void writeStl(const std::filesystem::path& file, const std::vector<Triangle>& triangles)
+void setJoints(vrk::layout::Mechanism& mechanism, std::span<const double> degrees)
 {
-    std::ofstream stream(file, std::ios::binary);
-    const std::array<char, 80> header{};
-    const auto count = static_cast<std::uint32_t>(triangles.size());
-    const std::uint16_t attribute = 0;
-    stream.write(header.data(), header.size());
-    stream.write(reinterpret_cast<const char*>(&count), sizeof count);
-    for (const Triangle& triangle : triangles) {
-        for (const std::array<float, 3>& triple : {normalOf(triangle), triangle.a, triangle.b, triangle.c})
-            stream.write(reinterpret_cast<const char*>(triple.data()), sizeof triple);
-        stream.write(reinterpret_cast<const char*>(&attribute), sizeof attribute);
-    }
-    if (!stream.flush())
-        throw std::runtime_error(file.string() + ": the demo station's STL file cannot be written");
+    std::vector<double> values;
+    for (const double value : degrees)
+        values.push_back(radians(value));
+    mechanism.setJointValues(values);
 }
 
-std::shared_ptr<Part> printedVase(const std::filesystem::path& folder, const Posed& pose)
+Posed lookingFrom(const Posd& eye, const Posd& target)
 {
-    const std::filesystem::path file = folder / "Printed vase.stl";
-    writeStl(file, vaseTriangles());
-    const std::shared_ptr<Part> part = vrk::station::ImportFile(file).front();
-    part->setPose(pose);
-    part->getBodies().front()->setColor(color::clay);
-    return part;
-}
-
-std::shared_ptr<vrk::layout::Frame> frame(const std::string& name, const Posed& pose)
-{
-    return std::make_shared<vrk::layout::Frame>(sdf::SdfManager::inst().generateId(), name, pose);
+    const vrk::rob::Dird z = vrk::rob::normalized(eye - target);
+    const vrk::rob::Dird x = vrk::rob::normalized(vrk::rob::Dird(0, 0, 1).cross(z));
+    return {eye, Rotationd::FromAxes(x, vrk::rob::Dird(z.cross(x)), z)};
 }
 
 } // namespace
 
-DemoStation::DemoStation()
+Station demoStation()
 {
-    using namespace demo;
+    Station station;
     station.title = "Demo station";
-    station.parts = {
-        single("Fixture plate", at(0, 0, 0), fixturePlate(), color::plate,
-               {{isCylinder(4.9, 5.1), color::tapped}, {isPlaneAt(2, -18), color::tapped}}),
-        gearUnit(station.hiddenFaces),
-        single("Pipe bend", at(70, 100, 0, -90), pipeBend(), color::steelBlue,
-               {{isPlaneAt(2, 0), color::machined},
-                {isCylinder(4.9, 5.1), color::machined},
-                {isPlaneAt(2, 12), color::machined},
-                {isPlaneAt(0, 108), color::machined},
-                {isPlaneAt(0, 96), color::machined}}),
-        single("Flange", at(-185, -75, 0, 120), flange(), color::aluminium,
-               {{isCylinder(6.4, 6.6), color::orange}, {isCylinder(25.9, 26.1), color::orange}}),
-        single("Bracket", at(-15, -80, 0), bracket(), color::sage,
-               {{isCylinder(5.9, 6.1), color::machined},
-                {isCylinder(9.9, 10.1), color::machined},
-                {isCylinder(23.9, 24.1), color::orange},
-                {isPlaneAt(2, 8), color::machined}}),
-        single("Turned baluster", at(185, -115, 0, 135), turnedPart(), color::brass, {}),
-        printedVase(folder.getPath(), at(205, 55, 0)),
-        single("Tool path", at(0, 0, 0), toolPath(), color::steelBlue, {}),
-    };
-    station.arrowedCurves = {station.parts.back()->getBodies().front()->getId()};
-    station.clouds = {scanOfBracket(at(-190, -330, plateBottom))};
-    station.frames = {
-        frame("Bearing bore", {Posd(-75 + 16, -80, 86), Rotationd(pi / 2, vrk::rob::Dird(0, 1, 0))}),
-        frame("Scan", at(-225, -450, plateBottom)),
-    };
+    vrk::layout::StationContent& cell = station.whole.emplace();
+
+    const auto arm = makeArm(at(0, 0, pedestalHeight));
+    setJoints(*arm, welding);
+    const auto torch = makeTorch();
+    const auto positioner = makePositioner(at(1050, 0, 0));
+    const auto fence = makeFence();
+    cell.manipulators = {arm};
+    cell.tools = {torch};
+    cell.devices = {positioner};
+    cell.assemblies = {fence};
+    for (const std::shared_ptr<sdf::SdfObject>& object : cell.objects())
+        if (object->isStandalone())
+            cell.listMembers(*object);
+
+    unsigned path = 0;
+    const auto fixture = makeFixture();
+    const TopoDS_Shape largeBracket = scaled(bracket(), bracketScale);
+    const auto workpiece = makeWorkpiece(largeBracket, path);
+    station.arrowedCurves = {path};
+    const unsigned table = positioner->getLinks().back()->getId();
+    cell.attachments = {{torch->getId(), arm->getWrist()->getId(), {}},
+                        {fixture->getId(), table, at(0, 0, fixtureHeight)},
+                        {workpiece->getId(), fixture->getId(), at(0, 0, 0)}};
+    cell.tasks = {makeTask(*arm, torch->getId(), fixture->getId())};
+
+    const Posed bench = at(770, -920, 0), pallet = at(-430, -1170, 0);
+    const Posed scanned = bench * at(-225, 0, benchHeight + 1.5); // clear of the stone
+    const auto measured = single("Bracket as drawn", scanned, largeBracket, color::sage);
+    station.parts = {makePedestal(pedestalHeight),
+                     fixture,
+                     workpiece,
+                     makeCabinet(at(-1180, 120, 0)),
+                     makeBench(bench),
+                     gearUnit(bench * at(300, 20, benchHeight), station.hiddenFaces),
+                     measured,
+                     makePallet(pallet)};
+    addGoods(pallet, station.parts);
+    cell.visibilities = {measured->getId()};
+    station.clouds = {scanOfBracket(scanned, static_cast<float>(bracketScale))};
+    cell.lastViewPointPose = lookingFrom({5400, -5650, 3950}, {225, -205, 455});
+    return station;
 }
 
 } // namespace vrkview

@@ -1,24 +1,14 @@
 #pragma once
 
 #include "Station.h"
-#include "TemporaryFolder.h"
 
 namespace vrkview {
 
-/// The station that is shown when no file is named: machined parts on a fixture plate, a gear case whose front face is
-/// hidden, and a printed vase that comes as an STL file.
+/// The station that is shown when no file is named: a cell in which an arm welds a bracket that a positioner holds, with
+/// its fence, its controller, a pallet of parts, and a bench with the scan of a bracket and a gear unit.
 ///
-/// Owner: keep it until the visuals are built; with it goes the folder of the STL file. Thread: any one thread.
-class DemoStation {
-public:
-    /// @throws std::runtime_error if the STL file cannot be written.
-    DemoStation();
-
-    const Station& getStation() const { return station; }
-
-private:
-    TemporaryFolder folder;
-    Station station;
-};
+/// The fence and the scan lie in the geometry cache. Thread: any one thread.
+/// @throws std::runtime_error if they cannot be written there.
+Station demoStation();
 
 } // namespace vrkview

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <optional>
 
 namespace vrkview {
 namespace {
@@ -20,28 +21,16 @@ std::string titleOf(const std::vector<std::filesystem::path>& files)
     return files.size() == 1 ? first : first + " and " + std::to_string(files.size() - 1) + " more";
 }
 
-/// A surveyed cloud lies far from the origin, where single precision has no room for its details: clouds by themselves
-/// are shown around the first one's own origin.
-void bringNear(const std::vector<std::shared_ptr<vrk::layout::PointCloud>>& clouds)
-{
-    const vrk::rob::Posd origin = clouds.front()->getPose().position;
-    for (const std::shared_ptr<vrk::layout::PointCloud>& cloud : clouds) {
-        vrk::rob::Posed pose = cloud->getPose();
-        pose.position =
-            vrk::rob::Posd(pose.position.x - origin.x, pose.position.y - origin.y, pose.position.z - origin.z);
-        cloud->setPose(pose);
-    }
-}
-
 } // namespace
 
-Station importFiles(const std::vector<std::filesystem::path>& files)
+Station importFiles(const std::vector<std::filesystem::path>& files, const ImportReport& tell)
 {
     Station station;
     station.title = titleOf(files);
     for (const std::filesystem::path& file : files) {
-        ImportProgress progress(file.filename().string());
-        const auto report = [&progress](std::string_view step, double fraction) { progress.report(step, fraction); };
+        const auto report = [&tell, name = file.filename().string()](std::string_view step, double fraction) {
+            tell(name, step, fraction);
+        };
         if (vrk::station::isStationFile(file)) {
             if (station.whole)
                 throw vrk::station::ImportError(file, "a second station file; one can be opened at a time");
@@ -53,9 +42,33 @@ Station importFiles(const std::vector<std::filesystem::path>& files)
         else
             std::ranges::move(vrk::station::ImportFile(file, report), std::back_inserter(station.parts));
     }
-    if (station.parts.empty() && station.mechanisms.empty() && !station.whole && !station.clouds.empty())
-        bringNear(station.clouds);
     return station;
+}
+
+Station importFiles(const std::vector<std::filesystem::path>& files)
+{
+    std::optional<ImportProgress> progress;
+    std::string present;
+    Station station = importFiles(files, [&](const std::string& file, std::string_view step, double fraction) {
+        if (!progress || file != present)
+            progress.emplace(present = file);
+        progress->report(step, fraction);
+    });
+    bringCloudsNear(station);
+    return station;
+}
+
+void bringCloudsNear(Station& station)
+{
+    if (!station.parts.empty() || !station.mechanisms.empty() || station.whole || station.clouds.empty())
+        return;
+    const vrk::rob::Posd origin = station.clouds.front()->getPose().position;
+    for (const std::shared_ptr<vrk::layout::PointCloud>& cloud : station.clouds) {
+        vrk::rob::Posed pose = cloud->getPose();
+        pose.position =
+            vrk::rob::Posd(pose.position.x - origin.x, pose.position.y - origin.y, pose.position.z - origin.z);
+        cloud->setPose(pose);
+    }
 }
 
 } // namespace vrkview

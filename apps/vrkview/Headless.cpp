@@ -44,9 +44,14 @@ void suitCross(const OffscreenTarget& target)
     enlargeCross(side / usualRows);
 }
 
-QImage draw(const OffscreenTarget& target, const View& view)
+void showWindowAgain()
 {
-    lookAlong(view);
+    Camera::Get()->setRenderTarget(Ogre::Root::getSingleton().getRenderTarget("ogrewindow"));
+}
+
+/// What the camera sees after the move that was posted.
+QImage draw(const OffscreenTarget& target)
+{
     vrk::visual::Scene::Get()->processMsgs();
     Ogre::Root::getSingleton().renderOneFrame();
     const std::vector<std::uint8_t> pixels = target.read();
@@ -67,15 +72,40 @@ void takePictures(const Options& options)
     Camera::Get()->setRenderTarget(target.renderTarget());
     suitCameraToScene();
     suitCross(target);
-    for (const View* view : options.views) {
-        QImage picture = draw(target, *view);
+    const auto take = [&](const std::filesystem::path& file) {
+        QImage picture = draw(target);
         if (scale > 1)
             picture = picture.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-        const std::filesystem::path file = fileFor(options, *view);
         if (!picture.save(QString::fromStdString(file.string()), "PNG"))
             throw std::runtime_error(fmt::format("{}: the picture cannot be written", file.string()));
+    };
+    if (options.views.empty()) {
+        lookAsLeft();
+        take(options.picture);
     }
-    Camera::Get()->setRenderTarget(Ogre::Root::getSingleton().getRenderTarget("ogrewindow"));
+    for (const View* view : options.views) {
+        lookAlong(*view);
+        take(fileFor(options, *view));
+    }
+    showWindowAgain();
+}
+
+PictureView::PictureView(const Options& options)
+    : target(std::make_unique<OffscreenTarget>(static_cast<unsigned>(options.pictureWidth),
+                                               static_cast<unsigned>(options.pictureHeight), 0u))
+{
+    Camera::Get()->setRenderTarget(target->renderTarget());
+    suitCameraToScene();
+    if (options.views.empty())
+        lookAsLeft();
+    else
+        lookAlong(*options.views.front());
+    vrk::visual::Scene::Get()->processMsgs();
+}
+
+PictureView::~PictureView()
+{
+    showWindowAgain();
 }
 
 void printList(const Station& station)

@@ -1,9 +1,28 @@
 #pragma once
 
+#include <memory>
+
+namespace vrk::visual {
+class OffscreenTarget;
+}
+
 namespace vrkview {
 
 struct Options;
 struct Station;
+
+/// The main camera looks at the station as in the first picture that would be taken, until this ends; nothing is drawn.
+/// Render thread.
+class PictureView {
+public:
+    explicit PictureView(const Options& options);
+    ~PictureView();
+    PictureView(const PictureView&) = delete;
+    PictureView& operator=(const PictureView&) = delete;
+
+private:
+    std::unique_ptr<vrk::visual::OffscreenTarget> target;
+};
 
 // Both need a started library with the station built. Render thread.
 

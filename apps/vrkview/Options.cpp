@@ -22,16 +22,29 @@ int takeSide(std::string_view& text)
     return error == std::errc() && side >= 1 && side <= maxPictureSide ? side : 0;
 }
 
-void readSize(const std::string& given, Options& options)
+/// @param option  whose value `given` is.
+void readSize(const std::string& given, const char* option, int& width, int& height)
 {
     std::string_view text = given;
-    options.pictureWidth = takeSide(text);
+    width = takeSide(text);
     const bool isSeparated = text.starts_with('x');
     text.remove_prefix(isSeparated ? 1 : 0);
-    options.pictureHeight = takeSide(text);
-    if (!isSeparated || !text.empty() || options.pictureWidth == 0 || options.pictureHeight == 0)
-        throw CLI::ValidationError("--size", fmt::format("'{}' is not a size such as 1600x1000, each side from 1 to {}",
-                                                         given, maxPictureSide));
+    height = takeSide(text);
+    if (!isSeparated || !text.empty() || width == 0 || height == 0)
+        throw CLI::ValidationError(
+            option, fmt::format("'{}' is not a size such as 1600x1000, each side from 1 to {}", given, maxPictureSide));
+}
+
+void checkPicks(const Options& options)
+{
+    if (options.picks.size() % 2 != 0)
+        throw CLI::ValidationError("--pick", "a pixel is two numbers, x and y");
+    for (std::size_t i = 0; i < options.picks.size(); ++i) {
+        const int side = i % 2 == 0 ? options.pictureWidth : options.pictureHeight;
+        if (!(options.picks[i] >= 0 && options.picks[i] <= static_cast<float>(side)))
+            throw CLI::ValidationError("--pick", fmt::format("{} lies outside the picture of {}x{}", options.picks[i],
+                                                             options.pictureWidth, options.pictureHeight));
+    }
 }
 
 /// @param names  joined by commas.
@@ -59,13 +72,18 @@ const DrawMode* readDrawMode(const std::string& name)
 
 const char* const footer = "Keys in the window:\n"
                            "  F          everything in view, the direction kept\n"
+                           "  Shift+F    what is selected in view\n"
                            "  1 to 6     from the front, back, left, right, top, bottom\n"
                            "  0 or I     from the front, above and to the right\n"
                            "  F5 to F8   shaded, shaded with edges, edges, wire\n"
                            "  G          shows or hides the grid\n"
                            "  N          lays the grid across the next axis: z, x, y\n"
                            "  + and -    longer and shorter frames\n"
-                           "  F1         this list\n"
+                           "  Esc        selects nothing\n"
+                           "  H          hides what is selected; Shift+H shows all\n"
+                           "  Ctrl+O     opens more files\n"
+                           "  F12        a picture of the view\n"
+                           "  F1         the whole list\n"
                            "  Ctrl+Q     leave\n"
                            "\n"
                            "Exit codes: 0 done, 1 wrong command line, 2 a file or the display cannot be used.";
@@ -83,24 +101,40 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
     app.add_option("files", options.files, "Files to show together")->type_name("FILE");
 
     std::string size;
-    std::string views = "iso";
+    std::string grid;
+    std::string views;
     std::string display = "shaded-edges";
     bool list = false;
     CLI::Option* shot =
         app.add_option("--shot", options.picture, "Draw a picture into this PNG file instead of opening a window")
             ->type_name("PNG");
-    app.add_option("--size", size, "Size of the picture in pixels [1600x1000]")->type_name("WxH")->needs(shot);
+    app.add_option("--size", size, "Size of the picture in pixels [1600x1000]")->type_name("WxH");
+    CLI::Option* pick = app.add_option("--pick", options.picks,
+                                       "Print what lies under these pixels of the picture, which is not drawn, as JSON")
+                            ->type_name("X,Y,...")
+                            ->delimiter(',')
+                            ->allow_extra_args(false)
+                            ->excludes(shot);
+    CLI::Option* pickGrid = app.add_option("--pick-grid", grid,
+                                           "Pick so many pixels across and down, and print what was found and how fast")
+                                ->type_name("NxM")
+                                ->excludes(shot)
+                                ->excludes(pick);
+    app.add_option("--pick-picture", options.pickPicture,
+                   "Write what --pick-grid found into this PNG file, each object in a colour of its own")
+        ->type_name("PNG")
+        ->needs(pickGrid);
     app.add_option(
            "--view", views,
            fmt::format("Direction of the picture: {}. Several, joined by commas, or 'all', make several pictures "
-                       "with the direction in their names [iso]",
+                       "with the direction in their names [the view that a station was left with, else iso]",
                        viewNames()))
-        ->type_name("NAME")
-        ->needs(shot);
-    app.add_option(
-           "--display", display,
-           fmt::format("What is drawn of the bodies, in the window and in pictures: {} [{}]", drawModeNames(), display))
         ->type_name("NAME");
+    const CLI::Option* displayOption =
+        app.add_option("--display", display,
+                       fmt::format("What is drawn of the bodies, in the window and in pictures: {} [{}]",
+                                   drawModeNames(), display))
+            ->type_name("NAME");
     app.add_option(
            "--joints", options.joints,
            "Joint values of the first mechanism that moves, joined by commas: degrees, or millimetres of joints "
@@ -110,7 +144,10 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
         ->allow_extra_args(false);
     app.add_option("--save", options.save, "Write what is shown as a station file, NAME.station.json")
         ->type_name("FILE");
-    app.add_flag("--list", list, "Print what the files hold as JSON instead of opening a window")->excludes(shot);
+    app.add_flag("--list", list, "Print what the files hold as JSON instead of opening a window")
+        ->excludes(shot)
+        ->excludes(pick)
+        ->excludes(pickGrid);
     app.add_flag("--gpu", options.onPresentDisplay,
                  "Draw pictures on the present display, and so with its graphics card, instead of a private one");
     app.add_option("--resources", options.resources, "The zip with materials and programs")
@@ -120,9 +157,20 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
     try {
         app.parse(argc, argv);
         if (!size.empty())
-            readSize(size, options);
-        readViews(views, options);
+            readSize(size, "--size", options.pictureWidth, options.pictureHeight);
+        if (!grid.empty())
+            readSize(grid, "--pick-grid", options.gridColumns, options.gridRows);
+        if (!views.empty())
+            readViews(views, options);
+        const bool isPicking = *pick || *pickGrid;
+        for (const char* ofPicture : {"--size", "--view"})
+            if (app.count(ofPicture) > 0 && !*shot && !isPicking)
+                throw CLI::RequiresError(ofPicture, "--shot, --pick or --pick-grid");
+        if (isPicking && options.views.size() > 1)
+            throw CLI::ValidationError("--view", "picking takes one direction");
+        checkPicks(options);
         options.drawMode = readDrawMode(display);
+        options.isDrawModeGiven = displayOption->count() > 0;
     } catch (const CLI::ParseError& stop) {
         if (stop.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success))
             return app.exit(stop); // help or version
@@ -133,6 +181,10 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
         options.task = Options::Task::ListTree;
     else if (*shot)
         options.task = Options::Task::TakePicture;
+    else if (*pick)
+        options.task = Options::Task::Pick;
+    else if (*pickGrid)
+        options.task = Options::Task::PickGrid;
     return std::nullopt;
 }
 

@@ -11,15 +11,20 @@ namespace vrkview {
 
 /// What the command line asks for.
 struct Options {
-    enum class Task { OpenWindow, TakePicture, ListTree };
+    enum class Task { OpenWindow, TakePicture, ListTree, Pick, PickGrid };
 
     Task task = Task::OpenWindow;
     std::vector<std::filesystem::path> files; // none: the demo station
     std::filesystem::path picture;
     int pictureWidth = 1600;
     int pictureHeight = 1000;
-    std::vector<const View*> views;
+    std::vector<const View*> views; // none: the one that the station was left with
+    std::vector<float> picks;       // x, y of each pixel of the picture
+    int gridColumns = 0;
+    int gridRows = 0;
+    std::filesystem::path pickPicture; // empty: none
     const DrawMode* drawMode = nullptr;
+    bool isDrawModeGiven = false; // rather than the usual one
     bool onPresentDisplay = false;
     std::vector<double> joints;      // of the first mechanism that moves: degrees or millimetres
     std::filesystem::path save;      // where the station is written; empty: nowhere

@@ -1,6 +1,7 @@
 #include "StationList.h"
 
 #include "Contents.h"
+#include "ObjectNames.h"
 #include "Station.h"
 
 #include "platform/sdf/SdfManager.h"
@@ -16,53 +17,7 @@ namespace vrkview {
 namespace {
 
 using Json = nlohmann::ordered_json;
-using vrk::VisualType;
 using vrk::visual::Visual;
-
-/// Null for what is no thing of the station but belongs to one, such as the edges of a body, or to the scene.
-const char* typeName(VisualType type)
-{
-    switch (type) {
-    case VisualType::Manipulator:
-        return "manipulator";
-    case VisualType::Tool:
-        return "tool";
-    case VisualType::Device:
-        return "device";
-    case VisualType::Link:
-        return "link";
-    case VisualType::Assembly:
-        return "assembly";
-    case VisualType::Wrist:
-        return "wrist";
-    case VisualType::WObj:
-        return "work object";
-    case VisualType::Tcp:
-        return "tool data";
-    case VisualType::Part:
-        return "part";
-    case VisualType::Solid:
-        return "solid";
-    case VisualType::Mesh:
-        return "mesh";
-    case VisualType::Curve:
-        return "curve";
-    case VisualType::Point:
-        return "point";
-    case VisualType::PointCloud:
-        return "cloud";
-    case VisualType::Frame:
-        return "frame";
-    default:
-        return nullptr;
-    }
-}
-
-/// The model's name of a thing that it knows.
-std::string nameOf(const Visual& visual)
-{
-    return sdf::SdfManager::inst().find(visual.getId())->getName();
-}
 
 Json counts(Visual& visual)
 {

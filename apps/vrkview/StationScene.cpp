@@ -1,28 +1,37 @@
 #include "StationScene.h"
 
+#include "ObjectNames.h"
 #include "Station.h"
 
+#include "platform/layout/Body.h"
 #include "platform/layout/Frame.h"
 #include "platform/layout/Layout.h"
 #include "platform/layout/Mechanism.h"
 #include "platform/layout/Part.h"
 #include "platform/layout/PointCloud.h"
+#include "platform/sdf/SdfManager.h"
 #include "scene/Scene.h"
+#include "visual/Visual.h"
 
 #include <fmt/format.h>
 
 #include <numbers>
+#include <shared_mutex>
 #include <stdexcept>
 
 namespace vrkview {
 namespace {
 
+using vrk::VisualType;
 using vrk::layout::Joint;
 using vrk::layout::JointType;
 using vrk::layout::Layout;
 using vrk::layout::LinkPose;
+using vrk::layout::Manipulator;
 using vrk::layout::Mechanism;
+using vrk::layout::StationContent;
 using vrk::visual::Scene;
+using vrk::visual::Visual;
 
 void followJoints()
 {
@@ -31,6 +40,24 @@ void followJoints()
         for (const LinkPose& link : poses)
             Scene::Get()->setVisualPose(link.id, vrk::rob::Posef(link.pose));
     });
+}
+
+/// The library gives an arm of no known maker one plain colour; here it has those of its bodies. Render thread.
+void showOwnColors(const sdf::SdfObject& object)
+{
+    for (const std::shared_ptr<sdf::SdfObject>& piece : object.getPieces())
+        showOwnColors(*piece);
+    const auto* body = dynamic_cast<const vrk::layout::Body*>(&object);
+    if (!body || !Scene::HasVisual(body->getId()))
+        return;
+    Visual& visual = *Scene::GetVisual(body->getId());
+    if (visual.getType() != VisualType::Solid && visual.getType() != VisualType::Mesh)
+        return;
+    const std::string base = body->getMaterialName();
+    visual.setMaterial(base, base + "Selected", base + "Highlighted");
+    for (Visual* child : visual.getChildren())
+        if (child->getType() == VisualType::WireFrame)
+            child->setMaterial("WireFrame", "BodyCurveSelected", "BodyCurveHighlighted");
 }
 
 Mechanism* firstThatMoves()
@@ -46,6 +73,70 @@ Mechanism* firstThatMoves()
         if (tool->jointValueCount() > 0)
             return tool.get();
     return nullptr;
+}
+
+/// Takes the visuals of the things of the station out of the scene, and only these: the grid is the scene's own.
+void removeVisuals()
+{
+    std::vector<unsigned> ids;
+    {
+        sdf::SdfManager& model = sdf::SdfManager::inst();
+        const std::shared_lock lock(model.mutex());
+        for (const vrk::visual::Visual* visual : Scene::GetWorldVisual()->getChildren())
+            if (typeName(visual->getType()) && model.find(visual->getId()))
+                ids.push_back(visual->getId());
+    }
+    for (const unsigned id : ids)
+        Scene::Get()->removeVisual(id);
+    Scene::Get()->processMsgs();
+}
+
+void replaceStation(const StationContent& content)
+{
+    removeVisuals();
+    Layout::inst().replace(content);
+    Scene::LoadStation();
+    Scene::Get()->processMsgs();
+}
+
+void addObjects(const Station& station)
+{
+    Layout& layout = Layout::inst();
+    Scene& scene = *Scene::Get();
+    for (const auto& part : station.parts) {
+        layout.addPart(part);
+        scene.addPart(part.get());
+    }
+    for (const auto& mechanism : station.mechanisms) {
+        layout.addMechanism(mechanism);
+        scene.addMechanism(mechanism.get(), true);
+        if (const auto* manipulator = dynamic_cast<const Manipulator*>(mechanism.get()))
+            scene.addFrame(manipulator->getControllerTaskFrame().get());
+    }
+    for (const auto& cloud : station.clouds) {
+        layout.addPointCloud(cloud);
+        scene.addPointCloud(cloud.get());
+    }
+}
+
+void removeObjects(const Station& station)
+{
+    std::vector<unsigned> ids;
+    for (const auto& part : station.parts)
+        ids.push_back(part->getId());
+    for (const auto& mechanism : station.mechanisms) {
+        ids.push_back(mechanism->getId());
+        if (const auto* manipulator = dynamic_cast<const Manipulator*>(mechanism.get()))
+            ids.push_back(manipulator->getControllerTaskFrame()->getId());
+    }
+    for (const auto& cloud : station.clouds)
+        ids.push_back(cloud->getId());
+    for (const unsigned id : ids)
+        if (Scene::HasVisual(id))
+            Scene::Get()->removeVisual(id);
+    Scene::Get()->processMsgs();
+    for (const unsigned id : ids)
+        Layout::inst().remove(id);
 }
 
 } // namespace
@@ -64,10 +155,30 @@ void showStation(const Station& station)
     for (const auto& frame : station.frames)
         layout.addFrame(frame);
     Scene::LoadStation();
+    for (const auto& arm : layout.manipulators)
+        if (arm->getVendor().empty())
+            Scene::Get()->addRenderTask([arm] { showOwnColors(*arm); }, 0);
     for (const unsigned curve : station.arrowedCurves)
         for (const bool forward : {false, true})
             Scene::Get()->addCurveArrow(curve, forward);
     followJoints();
+}
+
+void addToStation(const Station& station)
+{
+    Scene::Get()->processMsgs(); // what fails of earlier posts is no failure of the station
+    const StationContent before = Layout::inst();
+    try {
+        if (station.whole)
+            replaceStation(*station.whole);
+        addObjects(station);
+        Scene::Get()->processMsgs();
+    } catch (...) {
+        removeObjects(station);
+        if (station.whole)
+            replaceStation(before);
+        throw;
+    }
 }
 
 void moveJoints(const std::vector<double>& values)

@@ -11,6 +11,11 @@ struct Station;
 /// leaves `Scene::processMsgs`.
 void showStation(const Station& station);
 
+/// Adds what the files brought to the station that is shown, or, where there is a station file among them, puts that in its
+/// place. All or nothing: what cannot be built is taken out again. Render thread.
+/// @throws std::exception as `Scene::processMsgs`; the station is as before then.
+void addToStation(const Station& station);
+
 /// Moves the joints of the first mechanism that has any: degrees, or millimetres of those that slide. Values are held to
 /// the limits; joints beyond the last value stay.
 /// @throws std::runtime_error where no mechanism has joints that move, or there are more values than joints.

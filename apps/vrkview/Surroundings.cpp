@@ -20,7 +20,7 @@ using vrk::VisualType;
 using vrk::visual::Scene;
 using vrk::visual::Visual;
 
-constexpr float framePart = 0.17f; // of the station's radius
+constexpr float framePart = 0.08f; // of the station's radius
 constexpr double frameStep = 1.25;
 constexpr double longestFrame = 100000; // model units
 

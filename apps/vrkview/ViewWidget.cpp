@@ -1,10 +1,15 @@
 #include "ViewWidget.h"
 
+#include "Surroundings.h"
+
 #include "platform/broker/SignalBroker.h"
 #include "scene/Scene.h"
 #include "view/Camera.h"
+#include "view/OffscreenTarget.h"
 
+#include <QMouseEvent>
 #include <QScreen>
+#include <QWheelEvent>
 #include <QWindow>
 
 #include <Ogre.h>
@@ -31,6 +36,7 @@ ViewWidget::ViewWidget(QWidget* parent) : QWidget(parent)
     setAttribute(Qt::WA_OpaquePaintEvent);
     setMinimumSize(160, 120);
     setMouseTracking(true);
+    setFocusPolicy(Qt::StrongFocus); // a click takes the keys from the docks
 
     const QSize pixels = toDevice(size());
     const Ogre::NameValuePairList parameters = {
@@ -83,6 +89,37 @@ void ViewWidget::resizeEvent(QResizeEvent*)
     fitToWidget();
 }
 
+void ViewWidget::mousePressEvent(QMouseEvent* event)
+{
+    emit mousePressed(toDevice(event->position()), event->button(), event->modifiers());
+}
+
+void ViewWidget::mouseReleaseEvent(QMouseEvent* event)
+{
+    emit mouseReleased(toDevice(event->position()), event->button(), event->modifiers());
+}
+
+void ViewWidget::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    emit mouseDoubleClicked(toDevice(event->position()), event->button(), event->modifiers());
+}
+
+void ViewWidget::mouseMoveEvent(QMouseEvent* event)
+{
+    emit mouseMoved(toDevice(event->position()), event->buttons(), event->modifiers());
+}
+
+void ViewWidget::leaveEvent(QEvent*)
+{
+    emit mouseLeft();
+}
+
+void ViewWidget::wheelEvent(QWheelEvent* event)
+{
+    constexpr double unitsOfANotch = 120;
+    emit wheelTurned(toDevice(event->position()), event->angleDelta().y() / unitsOfANotch, event->modifiers());
+}
+
 void ViewWidget::fitToWidget()
 {
     native->resize(toDevice(size()));
@@ -102,6 +139,26 @@ bool ViewWidget::hasItsSize()
     return agrees();
 }
 
+QImage ViewWidget::takePicture(const QSize& pixels)
+{
+    // Twice the size and then averaged: the samples smooth only the edges of triangles, not the highlights within.
+    constexpr int scale = 2;
+    constexpr unsigned samples = 4;
+    Camera& camera = *Camera::Get();
+    const vrk::visual::OffscreenTarget target(static_cast<unsigned>(scale * pixels.width()),
+                                              static_cast<unsigned>(scale * pixels.height()), samples);
+    camera.setRenderTarget(target.renderTarget());
+    enlargeCross(scale); // its size is in pixels
+    Ogre::Root::getSingleton().renderOneFrame();
+    const std::vector<std::uint8_t> bytes = target.read();
+    camera.setRenderTarget(window);
+    enlargeCross(1.0f / scale);
+    requestFrame();
+    const QSize drawn = pixels * scale;
+    return QImage(bytes.data(), drawn.width(), drawn.height(), 3 * drawn.width(), QImage::Format_RGB888)
+        .scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+}
+
 void ViewWidget::drawFrame()
 {
     // First, so that a request during the frame, for what it may have missed, makes another one.
@@ -114,6 +171,7 @@ void ViewWidget::drawFrame()
         isDraining = true;
         vrk::visual::Scene::Get()->processMsgs();
         isDraining = false;
+        emit drained();
         if (isDrawable)
             Ogre::Root::getSingleton().renderOneFrame();
     } catch (const std::exception& failure) {

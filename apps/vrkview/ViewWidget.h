@@ -4,6 +4,7 @@
 
 #include <boost/signals2/connection.hpp>
 
+#include <QImage>
 #include <QWidget>
 
 #include <atomic>
@@ -35,9 +36,23 @@ public:
 
     /// Draws in the next turn of the event loop. Any thread.
     void requestFrame();
+    /// What the view shows, drawn anew with this many pixels and smoothed edges. At once.
+    QImage takePicture(const QSize& pixels);
     QPaintEngine* paintEngine() const override { return nullptr; }
 
 signals:
+    // The mouse, in device pixels from the view's top left corner. Whoever navigates or picks listens here.
+    void mousePressed(const QPointF& place, Qt::MouseButton button, Qt::KeyboardModifiers modifiers);
+    void mouseReleased(const QPointF& place, Qt::MouseButton button, Qt::KeyboardModifiers modifiers);
+    void mouseDoubleClicked(const QPointF& place, Qt::MouseButton button, Qt::KeyboardModifiers modifiers);
+    /// @param buttons  those that are held down; none while the mouse hovers.
+    void mouseMoved(const QPointF& place, Qt::MouseButtons buttons, Qt::KeyboardModifiers modifiers);
+    void mouseLeft();
+    /// @param notches  of the wheel, above 0 away from the user; parts of one from fine wheels and touchpads.
+    void wheelTurned(const QPointF& place, double notches, Qt::KeyboardModifiers modifiers);
+
+    /// The scene has worked off what was posted, whether or not a frame was drawn then.
+    void drained();
     /// The view has its size on the screen, which fitting needs. Once, ahead of the first frame.
     void ready();
     /// What the scene was asked to do has failed; the picture is as before.
@@ -46,6 +61,12 @@ signals:
 protected:
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
 
 private:
     void drawFrame();

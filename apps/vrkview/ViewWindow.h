@@ -1,44 +1,92 @@
 #pragma once
 
+#include "CameraFlight.h"
+#include "Settings.h"
 #include "Station.h"
+#include "StationFiles.h"
+#include "ViewState.h"
 
 #include <boost/signals2/connection.hpp>
 
 #include <QLabel>
 #include <QMainWindow>
-
-#include <vector>
+#include <QTimer>
 
 namespace vrkview {
 
+class JointDock;
+class MessageBar;
+class PropertyDock;
+class TreeDock;
+class ViewActions;
 class ViewWidget;
 
-/// The viewer's window: the view, and below it a line with what is shown and how long the last frame took.
+/// The viewer's window: the view, the docks and menus around it, and below it a line with what is shown and how long the
+/// last frame took. Files that are dropped on it are opened.
 ///
 /// Thread: the application's, which is the render thread.
 class ViewWindow : public QMainWindow {
     Q_OBJECT
 
 public:
-    /// Needs a started library with the station built.
-    explicit ViewWindow(const Station& station);
+    /// Needs a started library with the station built and shown in this mode.
+    ViewWindow(const Station& station, const DrawMode& mode);
     ~ViewWindow() override;
 
     ViewWidget& getView() const { return *view; }
+    ViewState& getState() { return state; }
+    Settings& getSettings() { return settings; }
+    CameraFlight& getFlight() { return flight; }
+    StationFiles& getFiles() { return files; }
+    TreeDock& getTreeDock() const { return *tree; }
+    JointDock& getJointDock() const { return *joints; }
+    PropertyDock& getPropertyDock() const { return *properties; }
+    MessageBar& getMessageBar() const { return *messages; }
 
 protected:
-    void keyPressEvent(QKeyEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
 private:
-    /// Whether the key is one that changes what is drawn.
-    bool changeLook(int key);
-    void showKeys();
-    void showFrameTime(double milliseconds);
+    void buildCentre();
+    void buildDocks();
+    void buildStatusLine();
+    void buildMenus();
+    void buildFileMenu();
+    void buildPreferences();
+    void connectView();
+    void connectFiles();
+    void fillRecentMenu();
+    QAction* addCommand(QMenu& menu, const QString& text, const QKeySequence& key, void (ViewWindow::*run)());
+    void restoreLayout();
 
-    ViewWidget* view; // Qt's, as are the labels
+    void startView();
+    void followScene();
+    void showContents();
+    void showFrameTime(double milliseconds);
+    void askForFiles();
+    void askWhereToSave();
+    void askForScreenshot();
+    void showKeys();
+    void showAbout();
+
+    Settings settings;
+    ViewState state;
+    CameraFlight flight;
+    StationFiles files;
+    bool hadJoints = false; // when the station last changed
+    QTimer propertiesTimer; // while things move they are read some times a second
+    // Qt's, as children of this
+    ViewWidget* view;
+    MessageBar* messages;
+    TreeDock* tree;
+    JointDock* joints;
+    PropertyDock* properties;
+    ViewActions* actions;
+    QMenu* recent = nullptr;
     QLabel* contents;
     QLabel* frameTime;
-    std::vector<HiddenFace> hiddenFaces;
     boost::signals2::scoped_connection frameTicked;
 };
 

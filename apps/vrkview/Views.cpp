@@ -2,6 +2,7 @@
 
 #include "BodyBoxes.h"
 
+#include "platform/layout/Layout.h"
 #include "scene/Scene.h"
 #include "view/Camera.h"
 
@@ -107,16 +108,28 @@ std::string viewNames()
     return names;
 }
 
-void lookAlong(const View& view)
+void lookAsLeft()
 {
-    Scene& scene = *Scene::Get();
-    scene.setCameraPose(closer(scene.getViewPoseForDir(view.dir, view.up)));
+    const vrk::rob::Posed& left = vrk::layout::Layout::inst().lastViewPointPose;
+    if (left == vrk::rob::Posed())
+        lookAlong(views.front());
+    else
+        Scene::Get()->setCameraPose(Posef(left));
 }
 
-void fitAll()
+Posef poseAlong(const View& view)
 {
-    Scene& scene = *Scene::Get();
-    scene.setCameraPose(closer(scene.getViewAllPose()));
+    return closer(Scene::Get()->getViewPoseForDir(view.dir, view.up));
+}
+
+Posef poseForAll()
+{
+    return closer(Scene::Get()->getViewAllPose());
+}
+
+void lookAlong(const View& view)
+{
+    Scene::Get()->setCameraPose(poseAlong(view));
 }
 
 } // namespace vrkview

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "scene/math/Vec.h"
+#include "scene/math/Pose.h"
 
 #include <span>
 #include <string>
@@ -24,11 +24,15 @@ const View* findView(int key);
 /// All names, joined by commas.
 std::string viewNames();
 
-// Both post a move of the camera of a started library that has a render target. Render thread.
+// All need the camera of a started library that has a render target. Render thread.
 
-/// Everything in view along the direction of `view`.
+/// Where everything is in view along the direction of `view`.
+vrk::rob::Posef poseAlong(const View& view);
+/// Where everything is in view, the direction kept.
+vrk::rob::Posef poseForAll();
+/// Posts the move to `poseAlong`.
 void lookAlong(const View& view);
-/// Everything in view, the direction kept.
-void fitAll();
+/// Posts the move to the view that the station was left with; where it has none, to the first of the directions.
+void lookAsLeft();
 
 } // namespace vrkview

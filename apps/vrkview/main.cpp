@@ -2,8 +2,10 @@
 #include "FileStation.h"
 #include "Headless.h"
 #include "Options.h"
+#include "Pick.h"
 #include "PrivateDisplay.h"
 #include "Resources.h"
+#include "Settings.h"
 #include "StartUp.h"
 #include "StationScene.h"
 #include "Surroundings.h"
@@ -57,7 +59,7 @@ std::unique_ptr<PrivateDisplay> chooseDisplay(const Options& options)
 }
 
 /// @throws std::runtime_error, before anything is shown, if it cannot be saved.
-void build(const Station& station, const Options& options)
+void build(const Station& station, const Options& options, const DrawMode& mode)
 {
     startLibrary();
     showStation(station);
@@ -65,10 +67,17 @@ void build(const Station& station, const Options& options)
         moveJoints(options.joints);
     if (!options.save.empty())
         vrk::station::SaveStationFile(options.save);
-    showAs(*options.drawMode, station.hiddenFaces);
+    showAs(mode, station.hiddenFaces);
     vrk::visual::Scene::Get()->processMsgs();
     suitSurroundings();
     vrk::visual::Scene::Get()->processMsgs();
+}
+
+/// The one that the command line asks for, else the one of the last run.
+const DrawMode& chooseDrawMode(const Options& options)
+{
+    const DrawMode* last = findDrawMode(Settings().drawMode().toStdString());
+    return options.isDrawModeGiven || !last ? *options.drawMode : *last;
 }
 
 int openWindow(int argc, char** argv, const Station& station, const Options& options)
@@ -78,8 +87,9 @@ int openWindow(int argc, char** argv, const Station& station, const Options& opt
     QApplication application(argc, argv);
     QApplication::setApplicationName("vrkview");
     std::setlocale(LC_NUMERIC, "C"); // Qt took the user's, with which other packages would misread numbers
-    build(station, options);
-    ViewWindow window(station);
+    const DrawMode& mode = chooseDrawMode(options);
+    build(station, options, mode);
+    ViewWindow window(station, mode);
     window.show();
     return QApplication::exec();
 }
@@ -91,17 +101,25 @@ int run(int argc, char** argv, const Options& options)
         vrk::common::SetResourcePath(options.resources);
     checkResources();
     const std::unique_ptr<PrivateDisplay> display = chooseDisplay(options);
-    std::optional<DemoStation> demo;
-    const Station station = options.files.empty() ? demo.emplace().getStation() : importFiles(options.files);
+    const Station station = options.files.empty() ? demoStation() : importFiles(options.files);
 
     if (options.task == Options::Task::OpenWindow)
         return openWindow(argc, argv, station, options);
-    build(station, options);
+    build(station, options, *options.drawMode);
     quiet.reset();
-    if (options.task == Options::Task::TakePicture)
+    switch (options.task) {
+    case Options::Task::TakePicture:
         takePictures(options);
-    else
+        break;
+    case Options::Task::Pick:
+        printPicks(options);
+        break;
+    case Options::Task::PickGrid:
+        printPickGrid(options);
+        break;
+    default:
         printList(station);
+    }
     return 0;
 }
 

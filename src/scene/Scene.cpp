@@ -8,6 +8,7 @@
 #include "scene/core/SceneCore.h"
 #include "station/TcpTraceVisual.h"
 #include "view/Camera.h"
+#include "view/OrbitPivotVisual.h"
 #include "visual/FrameVisual.h"
 #include "visual/HighlightedEdge.h"
 
@@ -67,6 +68,25 @@ std::string Scene::GetName()
 void Scene::addRenderTask(std::function<void()>&& task, std::uint64_t key)
 {
     core->queue.post(std::move(task), key);
+}
+
+/// Posts work on a visual, which is passed over if the visual has died by then: what is selected and highlighted comes
+/// from the mouse, and may well meet an earlier removal in the queue. Of a visual that stands in no registry nobody knows;
+/// its owner keeps it alive.
+void Scene::addVisualTask(const Visual* visual, std::function<void()> task)
+{
+    const unsigned id = visual->getId();
+    const auto isRegistered = [this, visual, id] { return HasVisual(id) && GetVisual(id) == visual; };
+    if (!isRegistered()) {
+        addRenderTask(std::move(task), 0);
+        return;
+    }
+    addRenderTask(
+        [isRegistered, task = std::move(task)] {
+            if (isRegistered())
+                task();
+        },
+        0);
 }
 
 void Scene::addLoadTask(std::function<void()> task)
@@ -165,6 +185,8 @@ void Scene::forgetVisual(const Visual* visual)
     };
     if (static_cast<const Visual*>(tcpTrace) == visual)
         tcpTrace = nullptr;
+    if (static_cast<const Visual*>(orbitPivot) == visual)
+        orbitPivot = nullptr;
     if (highlightedVisual == visual)
         highlightedVisual = nullptr;
     if (isOfVisual(highlightedFace))

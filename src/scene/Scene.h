@@ -37,6 +37,7 @@ class DepthClearListener;
 class Grid;
 class SceneCore;
 struct HighlightedEdge;
+class OrbitPivotVisual;
 class SolidVisual;
 class TcpTraceVisual;
 class Visual;
@@ -269,6 +270,9 @@ public:
     rob::PoseTemplate<float> getViewCenterPose();
     /// The visual filling the view, the view direction kept; the present pose where there is nothing to see of it.
     rob::PoseTemplate<float> getVisualFocusPose(unsigned id);
+    /// Posted. Shows or hides the mark of a pivot, and moves it there in either case. What the camera orbits about is
+    /// not its matter: see `Camera::setOrbitPivot`.
+    void setOrbitPivotVisible(bool visible, const rob::PoseTemplate<float>& pose);
 
     // Picking state: faces. Posted, but for the records of which faces they are, which change at once: call these from
     // one thread.
@@ -314,6 +318,7 @@ private:
 
     explicit Scene(const std::string& name);
 
+    void addVisualTask(const Visual* visual, std::function<void()> task);
     void doRemoveVisual(unsigned id);
     void doLoadStation();
     void loadMechanisms();
@@ -341,6 +346,7 @@ private:
     void doSelectVisual(unsigned id);
     void doClearSelectedVisuals();
     void doSelectPointCloud(const std::unordered_map<unsigned, std::vector<std::uint64_t>>& indicesOfClouds);
+    void doSetOrbitPivotVisible(bool visible, const rob::PoseTemplate<float>& pose);
     void doSetGridNormalDir(int dir);
     void doSetDisplayMode(DisplayMode mode);
     void doSetVisible(const std::function<bool(const Visual&)>& test, bool visible);
@@ -359,6 +365,7 @@ private:
     std::deque<std::function<void()>> loadTasks;
     TcpTraceVisual* tcpTrace = nullptr;
     Visual* copiedVisual = nullptr;
+    OrbitPivotVisual* orbitPivot = nullptr; // made when it is first shown
     Visual* highlightedVisual = nullptr;
     std::vector<unsigned> selectedVisuals;
     FaceOfSolid highlightedFace{};

@@ -1,8 +1,10 @@
 #include "selection/PointCloudObject.h"
 
 #include "selection/SensitivePoints.h"
+#include "selection/geometry/BVHWalk.h"
 #include "visual/PointCloudVisual.h"
 
+#include <limits>
 #include <utility>
 
 namespace vrk::selection {
@@ -58,7 +60,18 @@ void PointCloudObject::splitPoints(std::vector<unsigned>&& indices, const Corner
 
 void PointCloudObject::intersectRay(Result& result, const visual::Ray& ray) const
 {
-    closestHitRay(result, ray.transformed(inverseWorldPose));
+    intersectRayWithin(result, ray, std::numeric_limits<float>::infinity());
+}
+
+/// What `closestHitRay` answers; groups that lie farther away than the best point are not looked into.
+void PointCloudObject::intersectRayWithin(Result& result, const visual::Ray& ray, float limit) const
+{
+    result = Result();
+    const visual::Ray local = ray.transformed(inverseWorldPose);
+    walkRay(bvh.root, local, [&](const BVHPrimitive* group) {
+        if (static_cast<const SensitivePoints*>(group)->nearestWithin(result, local, limit))
+            limit = result.distance;
+    });
     if (result.hit)
         result.position = worldPose * result.position;
 }

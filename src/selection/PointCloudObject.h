@@ -17,6 +17,7 @@ public:
 
     /// Fills the visual and the number of the point.
     void intersectRay(Result& result, const visual::Ray& ray) const override;
+    void intersectRayWithin(Result& result, const visual::Ray& ray, float limit) const override;
     void update() override { updateFromHierarchy(); }
 
 private:

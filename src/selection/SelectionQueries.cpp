@@ -21,7 +21,9 @@ const SelectableObject& asObject(const BVHPrimitive* primitive)
 rob::PosTemplate<float> groundPoint(const visual::Ray& ray)
 {
     constexpr float parallel = 1.1920929e-7f;
-    const int dir = visual::SceneCore::Get()->settings.gridNormalDir;
+    // A caller's ray may be asked about before there is a scene.
+    const visual::SceneCore* scene = visual::SceneCore::Get();
+    const int dir = scene ? scene->settings.gridNormalDir : 2;
     const unsigned axis = dir >= 0 && dir < 3 ? static_cast<unsigned>(dir) : 2;
     const rob::Vec3Template<float> direction(ray.direction), origin(ray.origin);
     if (std::abs(direction[axis]) < parallel)

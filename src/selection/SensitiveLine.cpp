@@ -41,7 +41,9 @@ Closest closestPoints(const Vec& section, const Vec& e, const Vec& toOrigin)
     const float p = toOrigin.dot(e), f = toOrigin.dot(section);
     const float det = c * a - b * b;
     const auto atOrigin = [f, c] { return std::clamp(f / c, 0.0f, 1.0f); };
-    if (det < tiny) { // parallel
+    if (det < tiny) {
+        // Parallel. The point on the ray is the nearest one only beside the start: such a line is seen end on, as a dot,
+        // and gives way to what lies around it.
         const float s = atOrigin();
         return {s, a >= tiny ? std::max(0.0f, (s * b + p) / a) : 0.0f};
     }

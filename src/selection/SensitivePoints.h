@@ -22,6 +22,9 @@ public:
     /// Of the points within reach the one nearest to the origin of the ray, not the one nearest to the ray. Fills the
     /// visual and the point's number.
     void intersectRay(Result& result, const visual::Ray& ray) const override;
+    /// As intersectRay, for one who has a hit at `limit` already: leaves `result` alone and returns false unless there is
+    /// a nearer one.
+    bool nearestWithin(Result& result, const visual::Ray& ray, float limit) const;
 
     const std::vector<unsigned>& getIndices() const { return indices; }
 

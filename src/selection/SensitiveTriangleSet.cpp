@@ -106,6 +106,16 @@ void SensitiveTriangleSet::buildHierarchy()
     forRays.build(bvh.root, [](const BVHPrimitive* primitive) { return asTriangle(primitive).index; });
 }
 
+void SensitiveTriangleSet::getTriangles(rob::TriangleTemplate<float>* triangles, const unsigned* indices,
+                                        unsigned count) const
+{
+    SensitiveIndexedTriangle triangle;
+    for (unsigned i = 0; i < count; ++i) {
+        triangle.index = indices[i];
+        getTriangle(triangles[i], triangle);
+    }
+}
+
 void SensitiveTriangleSet::takePose(const rob::PoseTemplate<float>& newPose)
 {
     pose = newPose;

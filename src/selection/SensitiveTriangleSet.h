@@ -53,14 +53,14 @@ public:
     rob::PoseTemplate<float> inversePose;
 
 protected:
-    /// Makes `count` triangles side by side and enters them; `box` and index are the caller's to fill.
+    /// Makes `count` triangles side by side and enters them. Index and box are the caller's to fill, the box with that of
+    /// the corners, a unit larger on each side.
     SensitiveIndexedTriangle* makeTriangles(std::size_t count);
     /// Drops the triangles from `count` on, which were made but are not wanted.
     void keepFirst(std::size_t count);
     void buildHierarchy();
-    /// What `getTriangle` gives, of the triangles with these indices.
-    virtual void getTriangles(rob::TriangleTemplate<float>* triangles, const unsigned* indices,
-                              unsigned count) const = 0;
+    /// What `getTriangle` gives, of the triangles with these indices: for a set that is quicker at several of them.
+    virtual void getTriangles(rob::TriangleTemplate<float>* triangles, const unsigned* indices, unsigned count) const;
     void takePose(const rob::PoseTemplate<float>& newPose);
 
 private:

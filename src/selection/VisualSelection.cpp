@@ -15,6 +15,8 @@
 #include "visual/PointVisual.h"
 #include "visual/SolidVisual.h"
 
+#include <OgreSceneNode.h>
+
 #include <algorithm>
 
 namespace vrk::selection {
@@ -162,6 +164,8 @@ void VisualSelection::setLineEnabled(bool enabled)
 void VisualSelection::markDirty(visual::Visual* visual)
 {
     forSubtree(visual, [&](visual::Visual* v) {
+        // OGRE tells the children of a node with the next frame only, and their poses in the world are asked for before.
+        v->getSceneNode()->needUpdate();
         SelectableObject* object = find(v);
         if (!object)
             return;

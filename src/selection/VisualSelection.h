@@ -71,7 +71,7 @@ public:
     void setDetectable(visual::Visual* visual, bool detectable);
     /// Of all lines at once.
     void setLineEnabled(bool enabled);
-    /// Notes that this visual and its descendants moved.
+    /// Notes that this visual and its descendants moved: from now on their poses in the world are read anew.
     void markDirty(visual::Visual* visual);
     bool hasVisual(visual::Visual* visual) const { return objects.contains(visual); }
     /// @throws std::out_of_range "invalid unordered_map<K, T> key" for one that is not registered.

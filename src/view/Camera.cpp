@@ -5,6 +5,7 @@
 #include "scene/core/SceneCore.h"
 #include "selection/geometry/Plane.h"
 #include "view/AxesCross.h"
+#include "view/OrbitViewController.h"
 
 #include <Ogre.h>
 
@@ -60,6 +61,7 @@ Camera::Camera(const std::string& givenName, Scene* scene) : scene(scene)
     sceneNode->setInheritScale(false);
     camera->setAutoAspectRatio(false);
     setClipDist(core.settings.nearClip, core.settings.farClip);
+    viewController = std::make_unique<OrbitViewController>(this, "OrbitViewController");
     cross = std::make_unique<AxesCross>(*this);
     cross->setScale(axesCrossScale);
     if (!main)
@@ -227,6 +229,41 @@ void Camera::setWorldRotation(const rob::RotationTemplate<float>& rotation)
     sceneNode->_setDerivedOrientation(toOgre(rotation));
     sceneNode->needUpdate();
     broker::SignalBroker::cameraMoved();
+}
+
+void Camera::navigate(std::function<void(OrbitViewController&)> gesture)
+{
+    SceneCore::Get()->queue.post([this, gesture = std::move(gesture)] { gesture(*viewController); }, 0);
+}
+
+void Camera::rotateScene(float dx, float dy)
+{
+    navigate([=](OrbitViewController& controller) { controller.rotateScene(dx, dy); });
+}
+
+void Camera::startRotating(float x, float y)
+{
+    navigate([=](OrbitViewController& controller) { controller.startRotating(x, y); });
+}
+
+void Camera::translateScene(float x, float y, float dx, float dy)
+{
+    navigate([=](OrbitViewController& controller) { controller.translateScene(x, y, dx, dy); });
+}
+
+void Camera::zoom(float x, float y, float ignored, float delta)
+{
+    navigate([=](OrbitViewController& controller) { controller.zoom(x, y, ignored, delta); });
+}
+
+void Camera::setOrbitPivot(const rob::PoseTemplate<float>& pose)
+{
+    navigate([pose](OrbitViewController& controller) { controller.setOrbitPivot(pose); });
+}
+
+void Camera::clearOrbitPivot()
+{
+    navigate([](OrbitViewController& controller) { controller.clearOrbitPivot(); });
 }
 
 } // namespace vrk::visual

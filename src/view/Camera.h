@@ -4,6 +4,7 @@
 #include "scene/math/Pose.h"
 #include "selection/geometry/Ray.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -18,6 +19,7 @@ namespace vrk::visual {
 
 struct Plane;
 class AxesCross;
+class OrbitViewController;
 class Scene;
 
 /// A camera on a node of its own, and the one source for the question of what lies under a pixel: all rays and all sizes
@@ -44,6 +46,8 @@ public:
     Ogre::Camera* ogreCamera() const { return camera; }
     /// The cross in the corner of this camera's view.
     AxesCross& axesCross() const { return *cross; }
+    /// What the navigation below moves the camera with.
+    OrbitViewController* getViewController() const { return viewController.get(); }
     unsigned getRenderRate() const { return renderRate; }
 
     // Kept for the application; they do not move the camera
@@ -91,9 +95,19 @@ public:
     void setWorldPosition(const rob::PosTemplate<float>& position);
     void setWorldRotation(const rob::RotationTemplate<float>& rotation);
 
+    // Navigation. Any thread: each posts the operation of the same name of the view controller, and a failure there
+    // leaves `processMsgs`.
+    void rotateScene(float dx, float dy);
+    void startRotating(float x, float y);
+    void translateScene(float x, float y, float dx, float dy);
+    void zoom(float x, float y, float ignored, float delta);
+    void setOrbitPivot(const rob::PoseTemplate<float>& pose);
+    void clearOrbitPivot();
+
 private:
     static float LimitFOV(float angle);
     void removeViewport();
+    void navigate(std::function<void(OrbitViewController&)> gesture);
 
     std::string name;
     Ogre::SceneNode* sceneNode = nullptr;
@@ -105,6 +119,7 @@ private:
     float hfov = 1.0471976f;
     rob::PosTemplate<float> targetPos;
     rob::PosTemplate<float> fromPos;
+    std::unique_ptr<OrbitViewController> viewController;
     std::unique_ptr<AxesCross> cross;
 };
 

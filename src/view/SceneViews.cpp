@@ -3,6 +3,7 @@
 #include "scene/core/OgreCompat.h"
 #include "scene/core/SceneCore.h"
 #include "view/Camera.h"
+#include "view/OrbitPivotVisual.h"
 #include "visual/Visual.h"
 
 #include <Ogre.h>
@@ -153,6 +154,23 @@ rob::PoseTemplate<float> Scene::getVisualFocusPose(unsigned id)
     if (!box.isFinite())
         return camera.getWorldPose();
     return {fitPosition(box, viewDirection(), k), camera.getWorldRotation()};
+}
+
+void Scene::setOrbitPivotVisible(bool visible, const rob::PoseTemplate<float>& pose)
+{
+    addRenderTask([this, visible, pose] { doSetOrbitPivotVisible(visible, pose); }, 0);
+}
+
+void Scene::doSetOrbitPivotVisible(bool visible, const rob::PoseTemplate<float>& pose)
+{
+    if (visible && !orbitPivot) {
+        orbitPivot = new OrbitPivotVisual(core->worldVisual);
+        orbitPivot->setVisible(false, true);
+    }
+    if (!orbitPivot)
+        return;
+    orbitPivot->setWorldPose(pose);
+    orbitPivot->setVisible(visible, true);
 }
 
 } // namespace vrk::visual

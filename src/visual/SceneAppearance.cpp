@@ -53,7 +53,7 @@ void Scene::setVisualHighlighted(Visual* visual)
     if (isSelected(visual))
         return; // it shows that it is selected
     highlightedVisual = visual;
-    addRenderTask([visual] { showLayer(visual, VisualStateLayer::Highlighted, true); }, 0);
+    addVisualTask(visual, [visual] { showLayer(visual, VisualStateLayer::Highlighted, true); });
 }
 
 void Scene::setVisualHighlighted(unsigned id)
@@ -65,7 +65,7 @@ void Scene::clearHighlightedBody()
 {
     Visual* visual = std::exchange(highlightedVisual, nullptr);
     if (visual)
-        addRenderTask([visual] { showLayer(visual, VisualStateLayer::Highlighted, false); }, 0);
+        addVisualTask(visual, [visual] { showLayer(visual, VisualStateLayer::Highlighted, false); });
 }
 
 void Scene::clearHighlightedVisual()

@@ -100,7 +100,7 @@ void Scene::highlightEdge(Visual* visual, const TopoDS_Edge& edge)
     clearHighlightedEdge();
     highlightedEdge->visual = visual;
     highlightedEdge->edge = edge;
-    addRenderTask([this, visual, edge] { doHighlightEdge(visual, edge); }, 0);
+    addVisualTask(visual, [this, visual, edge] { doHighlightEdge(visual, edge); });
 }
 
 void Scene::doHighlightEdge(Visual* visual, const TopoDS_Edge& edge)

@@ -46,14 +46,14 @@ void Scene::highlightFace(SolidVisual* visual, unsigned face)
     if (faceIsSelected(visual, face))
         return; // its selection colour stays
     highlightedFace = {visual, face};
-    addRenderTask([visual, face] { visual->highLightFace(face); }, 0);
+    addVisualTask(visual, [visual, face] { visual->highLightFace(face); });
 }
 
 void Scene::clearHighlightedFace()
 {
     const auto [visual, face] = std::exchange(highlightedFace, {});
     if (visual)
-        addRenderTask([visual = visual, face = face] { visual->clearHighLightFace(face); }, 0);
+        addVisualTask(visual, [visual = visual, face = face] { visual->clearHighLightFace(face); });
 }
 
 void Scene::selectBaseFace(unsigned id, unsigned face)
@@ -76,7 +76,7 @@ void Scene::selectFace(unsigned id, unsigned face, const char* color)
         return; // a face keeps the first of the two marks
     clearHighlightedVisual();
     selectedFaces.emplace_back(solid, face);
-    addRenderTask([solid, face, color] { solid->setFaceColor(face, std::string(color)); }, 0);
+    addVisualTask(solid, [solid, face, color] { solid->setFaceColor(face, std::string(color)); });
 }
 
 void Scene::clearSelectedFace(unsigned id, unsigned face)
@@ -87,13 +87,13 @@ void Scene::clearSelectedFace(unsigned id, unsigned face)
         return;
     auto* solid = static_cast<SolidVisual*>(visual);
     if (std::erase(selectedFaces, FaceOfSolid(solid, face)) > 0)
-        addRenderTask([solid, face] { solid->clearSelectedFace(face); }, 0);
+        addVisualTask(solid, [solid, face] { solid->clearSelectedFace(face); });
 }
 
 void Scene::clearSelectedFaces()
 {
     for (const auto& [visual, face] : std::exchange(selectedFaces, {}))
-        addRenderTask([visual = visual, face = face] { visual->clearSelectedFace(face); }, 0);
+        addVisualTask(visual, [visual = visual, face = face] { visual->clearSelectedFace(face); });
 }
 
 const TopoDS_Face& Scene::GetBodyFace(unsigned id, unsigned face)

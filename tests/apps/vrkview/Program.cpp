@@ -35,9 +35,9 @@ std::string quoted(const std::string& text)
 
 Outcome runViewer(const std::vector<std::string>& arguments, const std::string& environment)
 {
-    const TemporaryFolder folder;
-    const std::string out = (folder.getPath() / "out").string();
-    const std::string err = (folder.getPath() / "err").string();
+    const vrk::test::TempFolder folder;
+    const std::string out = (folder / "out").string();
+    const std::string err = (folder / "err").string();
     std::string command = fmt::format("env -u DISPLAY -u WAYLAND_DISPLAY {} {}", environment, quoted(VRKVIEW_PROGRAM));
     for (const std::string& argument : arguments)
         command.append(" ").append(quoted(argument));

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "TemporaryFolder.h"
+#include "support/TempFolder.h"
 
 #include <filesystem>
 #include <string>
@@ -21,7 +21,7 @@ Outcome runViewer(const std::vector<std::string>& arguments, const std::string& 
 /// A folder with files made for one test.
 class Files {
 public:
-    std::string path(const std::string& name) const { return (folder.getPath() / name).string(); }
+    std::string path(const std::string& name) const { return (folder / name).string(); }
     /// Writes these bytes and returns the path.
     std::string write(const std::string& name, const std::string& bytes) const;
     /// A box of CAD data.
@@ -33,7 +33,7 @@ public:
     std::string writeCloud(const std::string& name, double side, double x = 0, double y = 0) const;
 
 private:
-    TemporaryFolder folder;
+    vrk::test::TempFolder folder;
 };
 
 std::string bytesOf(const std::filesystem::path& file);

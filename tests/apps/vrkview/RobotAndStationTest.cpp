@@ -74,6 +74,28 @@ TEST(ViewerRobot, JointValuesMoveItAndAreHeldToTheLimits)
     EXPECT_EQ(beyond, atLimit);
 }
 
+/// The robot under a name, all of it in a colour.
+std::string colored(const std::string& name, const std::string& rgba)
+{
+    std::string text = robot;
+    text.replace(text.find("kuka_post"), 9, name);
+    const std::string end = "</geometry></visual>";
+    for (std::size_t at = text.find(end); at != std::string::npos; at = text.find(end, at + end.size()))
+        text.insert(at + 11, "<material name=\"paint\"><color rgba=\"" + rgba + "\"/></material>");
+    return text;
+}
+
+TEST(ViewerRobot, ArmOfNoKnownMakerHasTheColoursOfItsBodies)
+{
+    const Files files;
+    const auto picture = [&files](const std::string& name, const std::string& rgba) {
+        return pictureOf(files, "arm.png", {files.write("arm.urdf", colored(name, rgba))});
+    };
+
+    EXPECT_NE(picture("plain_post", "1 0 0 1"), picture("plain_post", "0 0 1 1"));
+    EXPECT_EQ(picture("kuka_post", "1 0 0 1"), picture("kuka_post", "0 0 1 1")); // its maker's
+}
+
 TEST(ViewerRobot, MoreValuesThanJointsAreRefused)
 {
     const Files files;
@@ -120,6 +142,25 @@ TEST(ViewerStation, AnyMixOfFilesIsSavedAndOpensAsTheSame)
     EXPECT_EQ(opened["triangles"], mix["triangles"]);
     EXPECT_EQ(opened["points"], mix["points"]);
     EXPECT_EQ(bytesOf(files.path("again.station.json")), bytesOf(saved));
+}
+
+TEST(ViewerStation, HiddenPartIsSeenInNoDisplayMode)
+{
+    const Files files;
+    const std::string both = files.path("both.station.json"), alone = files.path("alone.station.json");
+    listed({files.writeBrep("box.brep"), "--save", alone});
+    listed({files.writeBrep("box.brep"), files.writeStep("hidden.step"), "--save", both});
+    json station = json::parse(bytesOf(both));
+    station["parts"][1]["pose"][0] = 15; // half beside the other
+    files.write("both.station.json", station.dump());
+    station["hidden"] = {station["parts"][1]["id"]};
+    const std::string hidden = files.write("hidden.station.json", station.dump());
+
+    for (const char* mode : {"shaded", "shaded-edges", "edges", "wire"})
+        EXPECT_EQ(pictureOf(files, "hidden.png", {hidden, "--display", mode}),
+                  pictureOf(files, "alone.png", {alone, "--display", mode}))
+            << mode;
+    EXPECT_NE(pictureOf(files, "both.png", {both}), pictureOf(files, "alone.png", {alone}));
 }
 
 TEST(ViewerStation, FilesJoinAnOpenedStation)

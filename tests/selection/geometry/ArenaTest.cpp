@@ -135,5 +135,54 @@ TEST(Arena, WhatMallocCannotServeIsRefused)
     EXPECT_NE(take(arena, 8), nullptr);
 }
 
+TEST(Arena, AbsorbedPiecesStayWhereTheyAreAndLiveOn)
+{
+    Arena arena;
+    std::memcpy(take(arena, 4), "abc", 4);
+    char* absorbed = nullptr;
+    {
+        Arena other;
+        absorbed = take(other, 4);
+        std::memcpy(absorbed, "xyz", 4);
+        take(other, 5000); // a block more
+        arena.absorb(other);
+    }
+
+    EXPECT_STREQ(absorbed, "xyz");
+    EXPECT_EQ(sizeInFrontOf(absorbed), 4u);
+}
+
+TEST(Arena, AfterAbsorbingPiecesFollowInTheBlocksThatCame)
+{
+    Arena arena, other;
+    take(arena, 4000);
+    char* absorbed = take(other, 16);
+
+    arena.absorb(other);
+
+    EXPECT_EQ(take(arena, 16) - absorbed, 24);
+    char* next = take(arena, 4000); // does not fit any more
+    std::memset(next, 1, 4000);
+    EXPECT_EQ(sizeInFrontOf(absorbed), 16u);
+}
+
+TEST(Arena, AbsorbsOneThatAbsorbedAnother)
+{
+    Arena arena;
+    char* piece = nullptr;
+    {
+        Arena second;
+        {
+            Arena third;
+            piece = take(third, 4);
+            std::memcpy(piece, "abc", 4);
+            second.absorb(third);
+        }
+        arena.absorb(second);
+    }
+
+    EXPECT_STREQ(piece, "abc");
+}
+
 } // namespace
 } // namespace vrk::selection

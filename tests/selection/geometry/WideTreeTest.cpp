@@ -1,6 +1,7 @@
 #include "selection/geometry/WideTree.h"
 
 #include "Geometry.h"
+#include "selection/PlainTriangles.h"
 
 #include "mesh/Mesh.h"
 #include "selection/SensitiveMesh.h"
@@ -9,55 +10,22 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <numeric>
+#include <optional>
 
 namespace vrk::selection {
 namespace {
 
 using rob::Posf;
-using rob::Trianglef;
 using rob::Vec3f;
-using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// The ray test as it is told, for one triangle: the corners come from the last to the first.
-bool meets(const Ray& ray, const Trianglef& triangle, float limit, SensitiveTriangleSet::RayHit& hit)
-{
-    const Vec3f d(ray.direction);
-    const float x = std::abs(d.x), y = std::abs(d.y), z = std::abs(d.z);
-    const unsigned kz = x > y ? (x > z ? 0 : 2) : (y > z ? 1 : 2);
-    const unsigned kx = (kz + 1) % 3, ky = (kz + 2) % 3;
-    const float sx = -d[kx] / d[kz], sy = -d[ky] / d[kz], sz = 1 / d[kz];
-    const Vec3f a = triangle.c - ray.origin, b = triangle.b - ray.origin, c = triangle.a - ray.origin;
-    const float ax = a[kx] + a[kz] * sx, ay = a[ky] + a[kz] * sy;
-    const float bx = b[kx] + b[kz] * sx, by = b[ky] + b[kz] * sy;
-    const float cx = c[kx] + c[kz] * sx, cy = c[ky] + c[kz] * sy;
-    const float u = cy * bx - cx * by, v = by * ax - bx * ay, w = cx * ay - cy * ax;
-    if (!((u > 0 && v > 0 && w > 0) || (u < 0 && v < 0 && w < 0)))
-        return false;
-    const float det = u + v + w;
-    const float t = w / det * b[kz] * sz + u / det * a[kz] * sz + v / det * c[kz] * sz;
-    if (!(t > 0 && t < limit))
-        return false;
-    hit.distance = t;
-    hit.point = triangle.b * (w / det) + triangle.c * (u / det) + triangle.a * (v / det);
-    return true;
-}
-
-/// Every candidate of the query, in its order.
-bool nearestOfCandidates(const SensitiveMesh& mesh, const Ray& ray, SensitiveTriangleSet::RayHit& hit)
+/// Every candidate of the query is tested, in its order.
+std::optional<PlainHit> nearestOfCandidates(const SensitiveMesh& mesh, const Ray& ray)
 {
     std::vector<BVHPrimitive*> candidates;
     mesh.queryRay(ray, candidates);
-    float limit = largest;
-    Trianglef triangle;
-    for (const BVHPrimitive* candidate : candidates) {
-        mesh.getTriangle(triangle, *static_cast<const SensitiveIndexedTriangle*>(candidate));
-        if (meets(ray, triangle, limit, hit))
-            limit = hit.distance;
-    }
-    return limit < largest;
+    return nearestByLoop(mesh, ray, candidates);
 }
 
 /// Triangles side by side and far apart, thin ones and points, some of them twice and some with a corner that is no number.
@@ -129,16 +97,16 @@ TEST_P(WideTreeAnswers, AreThoseOfAllCandidatesInTheirOrder)
         const SensitiveMesh set(&mesh, nullptr, rob::Posef());
         for (unsigned i = 0; i < 40; ++i) {
             const Ray ray = rayAt(dice, mesh, place.distance);
-            SensitiveTriangleSet::RayHit expected{}, found{};
+            const std::optional<PlainHit> expected = nearestOfCandidates(set, ray);
+            SensitiveTriangleSet::RayHit found{};
 
-            const bool isHit = set.SensitiveTriangleSet::nearestOfRay(found, ray, largest);
+            ASSERT_EQ(set.nearestOfRay(found, ray, largest), expected.has_value());
 
-            ASSERT_EQ(isHit, nearestOfCandidates(set, ray, expected));
-            ++(isHit ? hits : misses);
-            if (!isHit)
+            ++(expected ? hits : misses);
+            if (!expected)
                 continue;
-            EXPECT_EQ(found.distance, expected.distance);
-            EXPECT_EQ(found.point, expected.point);
+            EXPECT_EQ(found.distance, expected->distance);
+            EXPECT_EQ(found.point, expected->point);
         }
     }
     EXPECT_GT(hits, 500u);
@@ -169,13 +137,14 @@ TEST(WideTree, FirstOfTheOrderWinsAmongEquallyNearTriangles)
     for (const float z : {100.0f, -100.0f}) {
         for (unsigned i = 0; i < 100; ++i) {
             const Ray ray({dice.number(-5, 5), dice.number(-5, 5), z}, {0, 0, z > 0 ? -1.0f : 1.0f});
-            SensitiveTriangleSet::RayHit expected{}, found{};
+            const std::optional<PlainHit> expected = nearestOfCandidates(set, ray);
+            SensitiveTriangleSet::RayHit found{};
 
-            ASSERT_TRUE(set.SensitiveTriangleSet::nearestOfRay(found, ray, largest));
+            ASSERT_TRUE(set.nearestOfRay(found, ray, largest));
 
-            ASSERT_TRUE(nearestOfCandidates(set, ray, expected));
-            EXPECT_EQ(found.distance, expected.distance);
-            EXPECT_EQ(found.point, expected.point);
+            ASSERT_TRUE(expected);
+            EXPECT_EQ(found.distance, expected->distance);
+            EXPECT_EQ(found.point, expected->point);
         }
     }
 }
@@ -189,9 +158,9 @@ TEST(WideTree, HitAtTheLimitIsNotNearer)
     const Ray ray({0, 0, 8}, {0, 0, -1});
     SensitiveTriangleSet::RayHit hit{-1, {}};
 
-    EXPECT_FALSE(set.SensitiveTriangleSet::nearestOfRay(hit, ray, 8));
+    EXPECT_FALSE(set.nearestOfRay(hit, ray, 8));
     EXPECT_EQ(hit.distance, -1);
-    EXPECT_TRUE(set.SensitiveTriangleSet::nearestOfRay(hit, ray, 8.001f));
+    EXPECT_TRUE(set.nearestOfRay(hit, ray, 8.001f));
     EXPECT_EQ(hit.distance, 8);
 }
 

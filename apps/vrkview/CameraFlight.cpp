@@ -1,0 +1,65 @@
+#include "CameraFlight.h"
+
+#include "BodyBoxes.h"
+
+#include "view/Camera.h"
+
+#include <algorithm>
+
+namespace vrkview {
+namespace {
+
+using vrk::rob::Posef;
+using vrk::rob::Posf;
+using vrk::visual::Camera;
+
+constexpr int stepInterval = 8;        // milliseconds; a frame that takes longer leaves steps out
+constexpr float leastDistance = 1e-3f; // model units
+
+/// How far ahead of the camera the middle of what is shown lies.
+float distanceTo(const Posf& middle, const Posef& camera)
+{
+    const Posf seen = camera.inverse() * middle;
+    return std::max(leastDistance, -seen.z);
+}
+
+} // namespace
+
+CameraFlight::CameraFlight(QObject* parent) : QObject(parent)
+{
+    timer.setTimerType(Qt::PreciseTimer);
+    timer.setInterval(stepInterval);
+    connect(&timer, &QTimer::timeout, this, &CameraFlight::step);
+}
+
+void CameraFlight::flyTo(const Posef& pose)
+{
+    const vrk::visual::Box box = bodyBox();
+    const Posf middle = box.isValid() ? box.min + (box.max - box.min) / 2.0f : Posf(0, 0, 0);
+    Camera& camera = *Camera::Get();
+    lastPose = camera.getWorldPose();
+    way.emplace(lastPose, distanceTo(middle, lastPose), pose, distanceTo(middle, pose));
+    clock.start();
+    timer.start();
+}
+
+void CameraFlight::stop()
+{
+    timer.stop();
+}
+
+void CameraFlight::step()
+{
+    Camera& camera = *Camera::Get();
+    if (camera.getWorldPose() != lastPose) {
+        stop(); // somebody else has the camera now
+        return;
+    }
+    const float time = static_cast<float>(clock.elapsed()) / duration;
+    camera.setWorldPose(way->at(time));
+    lastPose = camera.getWorldPose();
+    if (time >= 1)
+        stop();
+}
+
+} // namespace vrkview

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "visual/VisualType.h"
+
+#include <QIcon>
+
+namespace vrkview {
+
+enum class Glyph {
+    EyeOpen,
+    EyeHalf,
+    EyeClosed,
+    Open,
+    Save,
+    Screenshot,
+    Fit,
+    Focus,
+    Isometric,
+    Front,
+    Back,
+    Left,
+    Right,
+    Top,
+    Bottom,
+    Shaded,
+    ShadedWithEdges,
+    Edges,
+    Wire,
+    Grid,
+    Warning,
+    Close,
+    Reset,
+};
+
+/// Icons drawn by code in the colours of the palette, at every size and number of pixels. Application thread.
+QIcon glyph(Glyph which);
+QIcon kindIcon(vrk::VisualType kind);
+
+} // namespace vrkview

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "visual/VisualType.h"
+
+#include <QString>
+
+#include <span>
+#include <vector>
+
+namespace vrkview {
+
+class StationTree;
+
+/// What is told of things of the station, ready to be read.
+struct Properties {
+    struct Line {
+        QString name;
+        QString value;      // empty for a heading
+        QString secondName; // of another value in the same line; often empty
+        QString secondValue;
+        bool operator==(const Line&) const = default;
+    };
+
+    vrk::VisualType kind = vrk::VisualType::None; // of one thing
+    QString title;
+    QString subtitle;
+    std::vector<Line> lines;
+    bool canBePainted = false; // holds bodies that take a colour
+
+    bool operator==(const Properties&) const = default;
+};
+
+/// Of one thing its kind, id, place, counts and file; of several, or of the whole station where there are no ids, the
+/// counts. Ids without a visual are passed over. Takes the model's lock shared. Render thread.
+Properties propertiesOf(std::span<const unsigned> ids, const StationTree& tree);
+
+} // namespace vrkview

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <QDockWidget>
+
+#include <unordered_set>
+
+class QItemSelection;
+class QLineEdit;
+class QSortFilterProxyModel;
+
+namespace vrkview {
+
+class StationTreeModel;
+class TreeView;
+class ViewState;
+
+/// The dock with the station's tree: what is selected in it is selected in the view, and the other way round.
+class TreeDock : public QDockWidget {
+    Q_OBJECT
+
+public:
+    /// @param state  outlives this.
+    explicit TreeDock(ViewState& state, QWidget* parent = nullptr);
+
+    TreeView& getTreeView() const { return *tree; }
+    QLineEdit& getFilter() const { return *filter; }
+    StationTreeModel& getModel() const { return *model; }
+
+signals:
+    /// The user wants to look at this visual.
+    void focusRequested(unsigned id);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void buildTree();
+    void takeSelection();
+    void showSelection();
+    void applyFilter(const QString& text);
+    void keepExpanded();
+    void toggleEye(const QModelIndex& index);
+    unsigned idOf(const QModelIndex& index) const;
+
+    ViewState& state;
+    QLineEdit* filter;
+    TreeView* tree;
+    StationTreeModel* model;
+    QSortFilterProxyModel* filtered;
+    std::unordered_set<unsigned> expanded; // what is open, over a filter and another station
+    bool isShowing = false;                // the selection comes from the view
+};
+
+} // namespace vrkview

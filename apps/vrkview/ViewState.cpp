@@ -1,0 +1,219 @@
+#include "ViewState.h"
+
+#include "DrawMode.h"
+
+#include "platform/layout/Layout.h"
+#include "platform/sdf/SdfManager.h"
+#include "scene/Scene.h"
+
+#include <algorithm>
+#include <mutex>
+
+namespace vrkview {
+namespace {
+
+using vrk::layout::Layout;
+using vrk::visual::Scene;
+
+} // namespace
+
+ViewState::ViewState(const DrawMode& mode, std::vector<HiddenFace> hiddenFaces)
+    : drawMode(&mode), hiddenFaces(std::move(hiddenFaces)), tree(StationTree::OfScene())
+{
+    readHidden();
+}
+
+ViewState::~ViewState() = default;
+
+// Selection
+
+bool ViewState::isSelected(unsigned id) const
+{
+    return std::ranges::find(selected, id) != selected.end();
+}
+
+void ViewState::selectVisuals(std::vector<unsigned> ids)
+{
+    if (ids == selected)
+        return;
+    selected = std::move(ids);
+    Scene& scene = *Scene::Get();
+    scene.setVisualsSelected(selected);
+    // The outline costs a pass over the picture, so that it goes with the last thing that it is drawn around.
+    scene.addRenderTask([&scene, any = !selected.empty()] { scene.setBorderHighlightEnabled(any); }, 0);
+    emit selectionChanged();
+}
+
+void ViewState::toggle(unsigned id)
+{
+    std::vector<unsigned> wanted = selected;
+    if (std::erase(wanted, id) == 0)
+        wanted.push_back(id);
+    selectVisuals(std::move(wanted));
+}
+
+void ViewState::followScene()
+{
+    const std::vector<unsigned>& inScene = Scene::Get()->getSelectedVisuals();
+    if (inScene == selected)
+        return;
+    selected = inScene;
+    emit selectionChanged();
+}
+
+// Visibility
+
+ViewState::Shown ViewState::shownOf(unsigned id) const
+{
+    if (hidden.contains(id))
+        return Shown::Not;
+    const int row = tree.find(id);
+    return row != StationTree::none && hiddenBelow[static_cast<std::size_t>(row)] > 0 ? Shown::Partly : Shown::Whole;
+}
+
+void ViewState::setVisible(const std::vector<unsigned>& ids, bool visible)
+{
+    for (const unsigned id : ids)
+        if (const int row = tree.find(id); row != StationTree::none) {
+            mark(row, visible);
+            Scene::Get()->setVisualVisible(id, visible);
+        }
+    sum();
+    if (visible)
+        drawAnew();
+    tellModel();
+    emit visibilityChanged();
+}
+
+void ViewState::hideSelected()
+{
+    const std::vector<unsigned> ids = selected;
+    clear();
+    setVisible(ids, false);
+}
+
+void ViewState::showAll()
+{
+    std::vector<unsigned> ids;
+    for (const StationTree::Row& row : tree.getRows())
+        if (row.parent == StationTree::none || !row.followsParent || hidden.contains(row.id))
+            ids.push_back(row.id);
+    setVisible(ids, true);
+}
+
+void ViewState::mark(int row, bool visible)
+{
+    const std::vector<StationTree::Row>& rows = tree.getRows();
+    const StationTree::Row& top = rows[static_cast<std::size_t>(row)];
+    for (int i = row; i < top.end;) {
+        const StationTree::Row& below = rows[static_cast<std::size_t>(i)];
+        if (i != row && !below.followsParent) {
+            i = below.end;
+            continue;
+        }
+        if (visible)
+            hidden.erase(below.id);
+        else
+            hidden.insert(below.id);
+        ++i;
+    }
+    // With one thing shown in it nothing is wholly hidden.
+    if (visible)
+        for (int above = top.parent; above != StationTree::none; above = rows[static_cast<std::size_t>(above)].parent)
+            hidden.erase(rows[static_cast<std::size_t>(above)].id);
+}
+
+void ViewState::sum()
+{
+    const std::vector<StationTree::Row>& rows = tree.getRows();
+    hiddenBelow.assign(rows.size(), 0);
+    for (std::size_t i = rows.size(); i-- > 0;)
+        if (rows[i].parent != StationTree::none)
+            hiddenBelow[static_cast<std::size_t>(rows[i].parent)] +=
+                hiddenBelow[i] + (hidden.contains(rows[i].id) ? 1 : 0);
+}
+
+std::vector<unsigned> ViewState::topmostHidden() const
+{
+    const std::vector<StationTree::Row>& rows = tree.getRows();
+    std::vector<unsigned> ids;
+    for (const StationTree::Row& row : rows) {
+        const bool goesWithParent = row.followsParent && row.parent != StationTree::none &&
+                                    hidden.contains(rows[static_cast<std::size_t>(row.parent)].id);
+        if (hidden.contains(row.id) && !goesWithParent)
+            ids.push_back(row.id);
+    }
+    return ids;
+}
+
+void ViewState::readHidden()
+{
+    hidden.clear();
+    std::vector<unsigned> ids;
+    {
+        const std::shared_lock lock(sdf::SdfManager::inst().mutex());
+        ids = Layout::inst().visibilities;
+    }
+    for (const unsigned id : ids)
+        if (const int row = tree.find(id); row != StationTree::none)
+            mark(row, false);
+    sum();
+}
+
+void ViewState::tellModel() const
+{
+    const std::vector<unsigned> ids = topmostHidden();
+    const std::unique_lock lock(sdf::SdfManager::inst().mutex());
+    std::vector<unsigned>& noted = Layout::inst().visibilities;
+    std::erase_if(noted, [this](unsigned id) { return tree.find(id) != StationTree::none; }); // others stay: groups
+    noted.insert(noted.end(), ids.begin(), ids.end());
+}
+
+void ViewState::drawAnew() const
+{
+    // The mode says of faces and edges by themselves whether they are shown, also of what is hidden.
+    showAs(*drawMode, hiddenFaces);
+    for (const unsigned id : topmostHidden())
+        Scene::Get()->setVisualVisible(id, false);
+}
+
+// Drawing and station
+
+void ViewState::setDrawMode(const DrawMode& mode)
+{
+    drawMode = &mode;
+    drawAnew();
+    emit drawModeChanged();
+}
+
+void ViewState::stationHasChanged(std::span<const HiddenFace> moreHiddenFaces)
+{
+    hiddenFaces.insert(hiddenFaces.end(), moreHiddenFaces.begin(), moreHiddenFaces.end());
+    tree = StationTree::OfScene();
+    forgetWhatIsGone();
+    sum();
+    drawAnew(); // what is new has faces and edges
+    emit stationChanged();
+}
+
+void ViewState::stationWasReplaced(std::vector<HiddenFace> itsHiddenFaces)
+{
+    hiddenFaces = std::move(itsHiddenFaces);
+    tree = StationTree::OfScene();
+    readHidden();
+    forgetWhatIsGone();
+    drawAnew();
+    emit stationChanged();
+}
+
+void ViewState::forgetWhatIsGone()
+{
+    const auto isGone = [this](unsigned id) { return tree.find(id) == StationTree::none; };
+    std::erase_if(hidden, isGone);
+    std::erase_if(hiddenFaces, [&](const HiddenFace& face) { return isGone(face.body); });
+    std::vector<unsigned> left = selected;
+    std::erase_if(left, isGone);
+    selectVisuals(std::move(left));
+}
+
+} // namespace vrkview

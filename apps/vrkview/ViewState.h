@@ -1,0 +1,87 @@
+#pragma once
+
+#include "Station.h"
+#include "StationTree.h"
+
+#include <QObject>
+
+#include <span>
+#include <unordered_set>
+#include <vector>
+
+namespace vrkview {
+
+struct DrawMode;
+
+/// What the user has made of the view: what is selected, what is hidden and how bodies are drawn. Docks, menus and the
+/// mouse change these here, and listen here for what another of them changed; each change goes on to the scene.
+///
+/// Thread: the application's, which is the render thread.
+class ViewState : public QObject {
+    Q_OBJECT
+
+public:
+    enum class Shown { Whole, Partly, Not };
+
+    /// Starts with what the model says is hidden. The scene must have been given this mode already.
+    ViewState(const DrawMode& mode, std::vector<HiddenFace> hiddenFaces);
+    ~ViewState() override;
+
+    // Selection, in the order in which it was made
+
+    const std::vector<unsigned>& getSelected() const { return selected; }
+    bool isSelected(unsigned id) const;
+    /// These, and nothing else.
+    void selectVisuals(std::vector<unsigned> ids);
+    /// Adds the visual to the selection or takes it out.
+    void toggle(unsigned id);
+    void clear() { selectVisuals({}); }
+    /// Takes over what the scene itself did to its selection. Call it after the scene has worked off its posts.
+    void followScene();
+
+    // Visibility of things of the station, with what is below them
+
+    Shown shownOf(unsigned id) const;
+    bool isAnyHidden() const { return !hidden.empty(); }
+    void setVisible(const std::vector<unsigned>& ids, bool visible);
+    void hideSelected();
+    /// Everything that is hidden, also inside of what is shown.
+    void showAll();
+
+    // How bodies are drawn
+
+    const DrawMode& getDrawMode() const { return *drawMode; }
+    void setDrawMode(const DrawMode& mode);
+
+    // The station
+
+    const StationTree& getTree() const { return tree; }
+    /// Call it when things were added to the scene, or are gone from it.
+    void stationHasChanged(std::span<const HiddenFace> moreHiddenFaces = {});
+    /// Call it when another station took the place of the one before.
+    void stationWasReplaced(std::vector<HiddenFace> itsHiddenFaces);
+
+signals:
+    void selectionChanged();
+    void visibilityChanged();
+    void drawModeChanged();
+    void stationChanged();
+
+private:
+    void readHidden();
+    void mark(int row, bool visible);
+    void sum();
+    std::vector<unsigned> topmostHidden() const;
+    void tellModel() const;
+    void drawAnew() const;
+    void forgetWhatIsGone();
+
+    const DrawMode* drawMode;
+    std::vector<HiddenFace> hiddenFaces;
+    StationTree tree;
+    std::vector<unsigned> selected;
+    std::unordered_set<unsigned> hidden;
+    std::vector<int> hiddenBelow; // for each row, how many below it are hidden
+};
+
+} // namespace vrkview

@@ -1,0 +1,251 @@
+#include "FakeInput.h"
+#include "JointDock.h"
+#include "JointRow.h"
+#include "MessageBar.h"
+#include "TreeDock.h"
+#include "WindowFixture.h"
+
+#include "support/TempFolder.h"
+
+#include "platform/layout/Layout.h"
+#include "platform/layout/Mechanism.h"
+#include "platform/layout/Part.h"
+#include "platform/layout/PointCloud.h"
+#include "platform/sdf/SdfManager.h"
+#include "scene/Scene.h"
+#include "view/Camera.h"
+#include "visual/Visual.h"
+
+#include <gmock/gmock.h>
+
+#include <QApplication>
+#include <QDoubleSpinBox>
+#include <QDropEvent>
+#include <QElapsedTimer>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QPushButton>
+#include <QSlider>
+
+#include <fstream>
+
+namespace vrkview::test {
+namespace {
+
+using testing::HasSubstr;
+using vrk::layout::Layout;
+using vrk::visual::Camera;
+using vrk::visual::Scene;
+
+constexpr const char* crane = R"(<robot name="Crane">
+  <link name="base"><visual><geometry><box size="0.12 0.12 0.04"/></geometry></visual></link>
+  <link name="column"><visual><origin xyz="0 0 0.1"/><geometry><box size="0.04 0.04 0.2"/></geometry></visual></link>
+  <link name="slide"><visual><origin xyz="0.06 0 0"/><geometry><box size="0.16 0.03 0.03"/></geometry></visual></link>
+  <joint name="turn" type="revolute"><parent link="base"/><child link="column"/><axis xyz="0 0 1"/>
+    <limit lower="-1.5" upper="1.5" effort="1" velocity="1"/></joint>
+  <joint name="lift" type="prismatic"><parent link="column"/><child link="slide"/><origin xyz="0 0 0.05"/><axis xyz="0 0 1"/>
+    <limit lower="0" upper="0.12" effort="1" velocity="1"/></joint>
+</robot>)";
+
+class OpeningTest : public WindowFixture {
+protected:
+    static StationFiles& files() { return window().getFiles(); }
+    QString write(const char* name, const std::string& bytes) const
+    {
+        std::ofstream(folder.path() / name) << bytes;
+        return QString::fromStdString((folder.path() / name).string());
+    }
+    static void openAndWait(const QStringList& paths)
+    {
+        files().open(paths);
+        ASSERT_TRUE(waitFor([] { return !files().getOpening().isRunning(); }));
+        settle();
+    }
+    static std::size_t rowCount() { return window().getState().getTree().getRows().size(); }
+
+    vrk::test::TempFolder folder;
+};
+
+TEST_F(OpeningTest, FileThatCannotBeReadIsToldAndTheStationStays)
+{
+    const std::size_t rows = rowCount();
+    const QString path = write("broken.stl", "solid x facet normal 0 0 zero");
+
+    openAndWait({path});
+
+    EXPECT_TRUE(window().getMessageBar().isVisible());
+    EXPECT_THAT(window().getMessageBar().getText().toStdString(), HasSubstr("broken.stl"));
+    EXPECT_THAT(window().getMessageBar().getText().toStdString(), HasSubstr("Nothing was added."));
+    EXPECT_EQ(rowCount(), rows);
+    EXPECT_TRUE(window().getSettings().recentFiles().isEmpty());
+    shoot("message");
+    window().getMessageBar().hide();
+}
+
+TEST_F(OpeningTest, MissingFileIsTold)
+{
+    openAndWait({"/no/such/file.step"});
+
+    EXPECT_THAT(window().getMessageBar().getText().toStdString(), HasSubstr("file.step"));
+    window().getMessageBar().hide();
+}
+
+TEST_F(OpeningTest, DroppedRobotJoinsTheStationAndItsJointsFollowTheSliders)
+{
+    const std::size_t rows = rowCount();
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(write("crane.urdf", crane))});
+    QDragEnterEvent enter(QPoint(300, 300), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QDropEvent drop(QPointF(300, 300), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&window(), &enter);
+    EXPECT_TRUE(enter.isAccepted());
+    QApplication::sendEvent(&window(), &drop);
+    ASSERT_TRUE(waitFor([rows] { return rowCount() > rows; }));
+    settle();
+    const auto& robot = Layout::inst().manipulators.front();
+    const unsigned slide = robot->getLinks()[2]->getId();
+    const float height = Scene::GetVisual(slide)->getWorldPosition().z;
+    const std::vector<JointRow*> lines = window().getJointDock().getRows();
+    ASSERT_EQ(lines.size(), 2u);
+
+    lines[0]->getBox().setValue(45);
+    lines[1]->getSlider().setValue(lines[1]->getSlider().maximum());
+    settle();
+
+    EXPECT_NEAR(robot->getJointValues()[0], 0.785398, 1e-5);
+    EXPECT_NEAR(robot->getJointValues()[1], 120, 1e-5);
+    EXPECT_NEAR(Scene::GetVisual(slide)->getWorldPosition().z - height, 120, 1e-3);
+    EXPECT_EQ(lines[0]->getBox().maximum(), 85.94); // the limit, in degrees
+    EXPECT_THAT(window().getSettings().recentFiles().front().toStdString(), HasSubstr("crane.urdf"));
+    shoot("joints");
+
+    robot->setJointValues(std::vector{0.0, 30.0}); // from elsewhere
+    EXPECT_TRUE(waitFor([&] { return lines[1]->getValue() == 30 && lines[0]->getValue() == 0; }));
+}
+
+TEST_F(OpeningTest, WhatIsGivenUpAddsNothing)
+{
+    const std::size_t rows = rowCount();
+    bool wasCancelled = false;
+    const auto connection =
+        QObject::connect(&files().getOpening(), &FileOpening::cancelled, [&wasCancelled] { wasCancelled = true; });
+    QPushButton& button = *window().findChild<QPushButton*>("cancel");
+
+    files().open({write("crane.urdf", crane)});
+    EXPECT_TRUE(button.isVisible());
+    button.click();
+
+    EXPECT_TRUE(waitFor([] { return !files().getOpening().isRunning(); }));
+    EXPECT_TRUE(wasCancelled);
+    EXPECT_FALSE(button.isVisible());
+    EXPECT_EQ(rowCount(), rows);
+    QObject::disconnect(connection);
+}
+
+TEST_F(OpeningTest, StationThatCannotBeSavedIsTold)
+{
+    files().save("/no/such/folder/cell");
+
+    EXPECT_THAT(window().getMessageBar().getText().toStdString(), HasSubstr("/no/such/folder/cell.station.json"));
+    EXPECT_THAT(window().getMessageBar().getText().toStdString(), HasSubstr("was not saved"));
+    window().getMessageBar().hide();
+}
+
+TEST_F(OpeningTest, ScreenshotShowsWhatTheViewShows)
+{
+    after("0");
+    const QSize size = view().toDevice(view().size());
+
+    const QImage picture = view().takePicture(size);
+
+    EXPECT_EQ(picture.size(), size);
+    settle();
+    const QImage screen = seen();
+    double difference = 0;
+    for (int y = 0; y < size.height(); y += 4)
+        for (int x = 0; x < size.width(); x += 4)
+            difference += std::abs(qGray(picture.pixel(x, y)) - qGray(screen.pixel(x, y)));
+    EXPECT_LT(difference / (size.width() / 4.0 * size.height() / 4.0), 4.0);
+}
+
+TEST_F(OpeningTest, NewMoveTakesOverFromTheOneBeforeAndInputEndsIt)
+{
+    after("0");
+    typeKey("1");
+    ASSERT_TRUE(waitFor([] { return window().getFlight().isFlying(); }));
+    typeKey("5");
+    settle();
+    const auto down = Camera::Get()->getWorldRotation() * vrk::rob::DirTemplate<float>(0, 0, -1);
+    EXPECT_LT(down.z, -0.999f);
+
+    typeKey("1");
+    ASSERT_TRUE(waitFor([] { return window().getFlight().isFlying(); }));
+    clickLeft();
+    EXPECT_TRUE(waitFor([] { return !window().getFlight().isFlying(); }));
+
+    typeKey("3");
+    ASSERT_TRUE(waitFor([] { return window().getFlight().isFlying(); }));
+    Camera::Get()->setWorldPosition({5000, 0, 0}); // somebody else
+    settle();
+    EXPECT_EQ(Camera::Get()->getWorldPosition().x, 5000);
+    after("0");
+}
+
+TEST_F(OpeningTest, SavedStationTakesThePlaceOfThePresentOneAndIsTheSame)
+{
+    // Points that were made by code have no file to refer to.
+    const unsigned cloud = Layout::inst().pointclouds.front()->getId();
+    Scene::Get()->removeVisual(cloud);
+    Scene::Get()->processMsgs();
+    Layout::inst().removePointCloud(cloud);
+    window().getState().stationHasChanged();
+    const std::size_t rows = rowCount();
+    const unsigned hidden = Layout::inst().parts.front()->getId();
+    window().getState().setVisible({hidden}, false);
+    const QString path = QString::fromStdString((folder.path() / "cell.station.json").string());
+    files().save(path);
+    ASSERT_FALSE(window().getMessageBar().isVisible()) << window().getMessageBar().getText().toStdString();
+
+    openAndWait({path});
+
+    EXPECT_EQ(rowCount(), rows);
+    EXPECT_EQ(window().getState().shownOf(hidden), ViewState::Shown::Not);
+    EXPECT_FALSE(window().getMessageBar().isVisible()) << window().getMessageBar().getText().toStdString();
+    EXPECT_THAT(window().windowTitle().toStdString(), HasSubstr("cell.station.json"));
+    shoot("reopened");
+}
+
+TEST_F(OpeningTest, StationOfTenThousandThingsStaysQuick)
+{
+    for (int i = 0; i < 10000; ++i) {
+        const auto part =
+            std::make_shared<vrk::layout::Part>(sdf::SdfManager::inst().generateId(), "Bolt " + std::to_string(i));
+        Layout::inst().addPart(part);
+        Scene::Get()->addPart(part.get());
+    }
+    Scene::Get()->processMsgs();
+    settle();
+    ViewState& state = window().getState();
+    const auto took = [](const char* what, const std::function<void()>& work) {
+        QElapsedTimer timer;
+        timer.start();
+        work();
+        QApplication::processEvents();
+        EXPECT_LT(timer.elapsed(), 4000) << what; // a loaded machine; what is quadratic takes minutes
+        RecordProperty(what, static_cast<int>(timer.elapsed()));
+    };
+
+    took("entered", [&] { state.stationHasChanged(); });
+    took("filtered", [] { window().getTreeDock().getFilter().setText("bolt 99"); });
+    took("unfiltered", [] { window().getTreeDock().getFilter().clear(); });
+    std::vector<unsigned> all;
+    for (const StationTree::Row& row : state.getTree().getRows())
+        all.push_back(row.id);
+    took("selected", [&] { state.selectVisuals(all); });
+    took("hidden", [&] { state.setVisible(all, false); });
+    took("shown", [&] { state.showAll(); });
+    took("cleared", [&] { state.clear(); });
+}
+
+} // namespace
+} // namespace vrkview::test

@@ -1,0 +1,82 @@
+#include "Settings.h"
+
+#include "support/TempFolder.h"
+
+#include <gtest/gtest.h>
+
+namespace vrkview::test {
+namespace {
+
+class SettingsTest : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, QString::fromStdString(folder.path().string()));
+    }
+    vrk::test::TempFolder folder;
+};
+
+TEST_F(SettingsTest, BeforeTheFirstChoiceThereAreOnlyDefaults)
+{
+    const Settings settings;
+
+    EXPECT_TRUE(settings.recentFiles().isEmpty());
+    EXPECT_TRUE(settings.drawMode().isEmpty());
+    EXPECT_TRUE(settings.windowState().isEmpty());
+    EXPECT_TRUE(settings.isGridShown(true));
+    EXPECT_FALSE(settings.isGridShown(false));
+    EXPECT_EQ(settings.mouseStyle(), Settings::MouseStyle::OrbitWithMiddle);
+}
+
+TEST_F(SettingsTest, ChoicesAreThereInTheNextRun)
+{
+    {
+        Settings settings;
+        settings.setDrawMode("wire");
+        settings.setGridShown(true);
+        settings.setMouseStyle(Settings::MouseStyle::OrbitWithLeft);
+        settings.setWindow("geometry", "state");
+    }
+
+    const Settings next;
+
+    EXPECT_EQ(next.drawMode(), "wire");
+    EXPECT_TRUE(next.isGridShown(false));
+    EXPECT_EQ(next.mouseStyle(), Settings::MouseStyle::OrbitWithLeft);
+    EXPECT_EQ(next.windowGeometry(), "geometry");
+    EXPECT_EQ(next.windowState(), "state");
+}
+
+TEST_F(SettingsTest, FileThatIsOpenedAgainComesFirstAndStandsOnce)
+{
+    Settings settings;
+    for (const char* file : {"/a.step", "/b.step", "/a.step"})
+        settings.addRecentFile(file);
+
+    EXPECT_EQ(settings.recentFiles(), QStringList({"/a.step", "/b.step"}));
+}
+
+TEST_F(SettingsTest, OldestFilesAreForgotten)
+{
+    Settings settings;
+    for (int i = 0; i <= Settings::mostRecentFiles; ++i)
+        settings.addRecentFile(QString("/%1.step").arg(i));
+
+    EXPECT_EQ(settings.recentFiles().size(), Settings::mostRecentFiles);
+    EXPECT_EQ(settings.recentFiles().back(), "/1.step");
+}
+
+TEST_F(SettingsTest, MouseStyleIsToldWhenItIsAnother)
+{
+    Settings settings;
+    int told = 0;
+    QObject::connect(&settings, &Settings::mouseStyleChanged, [&told] { ++told; });
+
+    settings.setMouseStyle(Settings::MouseStyle::OrbitWithMiddle);
+    settings.setMouseStyle(Settings::MouseStyle::OrbitWithLeft);
+
+    EXPECT_EQ(told, 1);
+}
+
+} // namespace
+} // namespace vrkview::test

@@ -1,0 +1,598 @@
+#include "selection/SelectableObject.h"
+
+#include "SelectionFixture.h"
+
+#include "selection/CurveObject.h"
+#include "selection/LineObject.h"
+#include "selection/MeshObject.h"
+#include "selection/PointCloudObject.h"
+#include "selection/PointObject.h"
+#include "selection/SensitiveEdge.h"
+#include "selection/SensitiveFace.h"
+#include "selection/SensitiveLine.h"
+#include "selection/SensitivePoints.h"
+#include "selection/ShapeObject.h"
+#include "visual/EdgeVisual.h"
+#include "visual/FrameVisual.h"
+
+#include <BRepBuilderAPI_MakeEdge.hxx>
+#include <BRepBuilderAPI_MakeFace.hxx>
+#include <Ogre.h>
+#include <TopoDS.hxx>
+#include <gp_Pln.hxx>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <mutex>
+
+/// The six kinds of objects, each by itself, and the primitives that need a visual.
+namespace vrk::selection {
+namespace {
+
+using rob::Posf;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+const float nan = std::numeric_limits<float>::quiet_NaN();
+
+class SelectableObjectTest : public SelectionFixture {
+protected:
+    static Result rayHit(const BVHPrimitive& object, const Ray& ray)
+    {
+        Result result;
+        result.hit = true;
+        object.intersectRay(result, ray);
+        return result;
+    }
+    static const Ray atMiddle;
+};
+
+const Ray SelectableObjectTest::atMiddle({5, -1000, 10}, {0, 1, 0});
+
+void expectNear(const Posf& a, const Posf& b, float tolerance = 1e-3f)
+{
+    EXPECT_NEAR((a - b).length(), 0, tolerance) << a.x << ", " << a.y << ", " << a.z;
+}
+
+TEST_F(SelectableObjectTest, StartsDirtyAndUnbuiltWithNothingMade)
+{
+    const ShapeObject object(test::meshedBox(10, 10, 10), addBox(10, {}));
+
+    EXPECT_TRUE(object.worldDirty && object.detectable && object.enabled);
+    EXPECT_FALSE(object.built || object.priority);
+    EXPECT_TRUE(object.primitives.empty());
+    EXPECT_FALSE(object.box.isValid());
+    EXPECT_EQ(object.worldPose, rob::Posef());
+    EXPECT_EQ(object.inverseWorldPose, rob::Posef());
+}
+
+TEST_F(SelectableObjectTest, UpdateOfACleanObjectReadsNothing)
+{
+    visual::SolidVisual* box = addBox(10, {});
+    ShapeObject object(box->getShape(), box);
+    object.update();
+    const Box before = object.box;
+
+    box->setPosition(100, 0, 0);
+    object.update(); // not marked: it belongs to nobody
+
+    EXPECT_EQ(object.box.min, before.min);
+    object.worldDirty = true;
+    object.update();
+    EXPECT_EQ(object.box.min, Posf(99, -1, -1));
+    EXPECT_FALSE(object.worldDirty);
+}
+
+TEST_F(SelectableObjectTest, PoseAndItsInverseAreTaken)
+{
+    visual::SolidVisual* box = addBox(10, {});
+    box->setPose({{100, 20, 3}, rob::Rotationf(0.5f, rob::Dirf(0, 0, 1))});
+    ShapeObject object(box->getShape(), box);
+
+    object.update();
+
+    expectNear(object.worldPose * Posf(1, 2, 3), box->getWorldPose() * Posf(1, 2, 3));
+    expectNear(object.inverseWorldPose * (object.worldPose * Posf(1, 2, 3)), {1, 2, 3});
+}
+
+TEST_F(SelectableObjectTest, ShapeHasAPartForEachFaceThatIsShown)
+{
+    visual::SolidVisual* box = addBox(10, {});
+    box->setFaceVisible(2, false);
+    box->setFaceVisible(5, false);
+    ShapeObject object(box->getShape(), box);
+
+    object.update();
+
+    std::vector<unsigned> faces;
+    for (const BVHPrimitive* face : object.primitives)
+        faces.push_back(static_cast<const SensitiveFace*>(face)->getFaceIndex());
+    EXPECT_THAT(faces, ElementsAre(1, 3, 4, 6));
+    EXPECT_EQ(object.getDescription(), box->getName());
+    EXPECT_TRUE(object.isHitWithinBox());
+}
+
+TEST_F(SelectableObjectTest, FacesWithoutTrianglesAreNoParts)
+{
+    TopoDS_Shape bare = BRepBuilderAPI_MakeFace(gp_Pln(), 0, 10, 0, 10).Shape();
+    auto* visual = new visual::SolidVisual(bare, world); // not drawn
+    ShapeObject object(bare, visual);
+
+    object.update();
+
+    EXPECT_TRUE(object.primitives.empty());
+    EXPECT_TRUE(object.built);
+    EXPECT_FALSE(rayHit(object, atMiddle).hit);
+}
+
+TEST_F(SelectableObjectTest, SolidWhoseFacesAreAllHiddenStaysOutOfTheHierarchy)
+{
+    visual::SolidVisual* box = addBox(100, {});
+    for (unsigned face = 1; face <= 5; ++face)
+        box->setFaceVisible(face, false);
+    EXPECT_THROW(box->setFaceVisible(6, false), visual::NoTriangleMesh);
+    visual::SolidVisual* behind = addBox(100, {0, 300, 0});
+    service.update();
+
+    const SelectableObject& object = this->object(box);
+    EXPECT_TRUE(object.primitives.empty());
+    EXPECT_EQ(object.bvh.root, nullptr);
+    EXPECT_FALSE(object.box.isValid());
+    EXPECT_EQ(along(5, 10).visual, behind);
+    box->setPosition(0, 0, 50); // moving it is no failure either
+    service.update();
+    EXPECT_FALSE(object.box.isValid());
+    EXPECT_FALSE(service.sense(rob::Linef({5, -100, 10}, {5, 100, 10})).hit);
+    EXPECT_FALSE(rayHit(object, atMiddle).hit);
+}
+
+TEST_F(SelectableObjectTest, ShapeAnswersInTheWorld)
+{
+    visual::SolidVisual* box = addBox(100, {});
+    box->setPose({{0, 0, 0}, rob::Rotationf(3.14159265f, rob::Dirf(0, 0, 1))}); // from the origin to -100, -100
+    service.update();
+    const SelectableObject& object = this->object(box);
+
+    const Result ray = rayHit(object, Ray({-20, -1000, 30}, {0, 1, 0}));
+    ASSERT_TRUE(ray.hit);
+    EXPECT_EQ(ray.visual, box);
+    expectNear(ray.position, {-20, -100, 30}, 0.01f);
+    expectNear(ray.localPosition, {20, 100, 30}, 0.01f);
+    EXPECT_NEAR(ray.distance, 900, 0.01);
+    Result line;
+    object.intersectLine(line, {{-20, -200, 30}, {-20, -50, 30}});
+    ASSERT_TRUE(line.hit);
+    EXPECT_EQ(line.visual, box);
+    expectNear(line.position, {-20, -100, 30}, 0.01f);
+    EXPECT_NEAR(line.distance, 100.0 / 150, 1e-4);
+    Result triangle;
+    object.intersectTriangle(triangle, {{-20, -200, 30}, {-20, -50, 30}, {-21, -50, 30}});
+    EXPECT_TRUE(triangle.hit);
+    EXPECT_EQ(triangle.visual, box);
+}
+
+TEST_F(SelectableObjectTest, MissesAnswerTheDefault)
+{
+    visual::SolidVisual* box = addBox(100, {});
+    visual::CurveVisual* curve = addCurve({0, 0, 0}, {10, 0, 0});
+    visual::MeshVisual* mesh = addMesh(wall(10));
+    visual::LineVisual* line = addLine({{0, 0, 0}, {10, 0, 0}});
+    visual::PointVisual* point = addPoint({0, 0, 0});
+    visual::PointCloudVisual* cloud = addCloud({{0, 0, 0}});
+    service.update();
+    for (visual::Visual* visual : std::initializer_list<visual::Visual*>{box, curve, mesh, line, point, cloud}) {
+        const Result result = rayHit(object(visual), Ray({5000, 5000, 5000}, {0, 1, 0}));
+
+        EXPECT_FALSE(result.hit);
+        EXPECT_EQ(result.visual, nullptr);
+        EXPECT_EQ(result.distance, Result().distance);
+    }
+}
+
+TEST_F(SelectableObjectTest, OnlyShapesAreDescribed)
+{
+    service.update();
+    EXPECT_EQ(CurveObject({}, addCurve({0, 0, 0}, {10, 0, 0})).getDescription(), "");
+    EXPECT_EQ(MeshObject(addMesh(wall(10))).getDescription(), "");
+    EXPECT_EQ(LineObject(addLine({})).getDescription(), "");
+    EXPECT_EQ(PointObject(addPoint({})).getDescription(), "");
+    EXPECT_EQ(PointCloudObject(addCloud({{0, 0, 0}})).getDescription(), "");
+}
+
+TEST_F(SelectableObjectTest, CurveHasAPartForEachOfItsEdges)
+{
+    const TopoDS_Edge first = test::straightEdge({0, 0, 0}, {100, 0, 0});
+    const TopoDS_Edge second = test::straightEdge({100, 0, 0}, {100, 0, 100});
+    auto* curve = new visual::CurveVisual("two", TopoDS_Shape(), world);
+    for (const TopoDS_Edge& edge : {first, second})
+        visual::EdgeVisual::Build(curve, "e", edge, {"BodyCurve", "BodyCurveHighlighted", "BodyCurveSelected"},
+                                  visual::EdgeOrigin::Curve);
+    makeMesh(wall(5), curve); // no edge
+    CurveObject object({}, curve);
+
+    object.update();
+
+    ASSERT_EQ(object.primitives.size(), 2u);
+    EXPECT_TRUE(rayHit(object, Ray({50, -1000, 2}, {0, 1, 0})).edge.IsSame(first));
+    EXPECT_TRUE(rayHit(object, Ray({98, -1000, 50}, {0, 1, 0})).edge.IsSame(second));
+}
+
+TEST_F(SelectableObjectTest, EdgeHasNoSectionBetweenPointsThatAreOne)
+{
+    const TopoDS_Edge edge =
+        test::withPolygon(BRepBuilderAPI_MakeEdge(gp_Pnt(0, 0, 0), gp_Pnt(100, 0, 0)).Edge(),
+                          {{0, 0, 0}, {0, 0, 0}, {5e-7, 0, 0}, {50, 0, 0}, {50, 0, 0}, {100, 0, 0}, {100, 0, 0}});
+    visual::CurveVisual* curve = addCurve(edge);
+    service.update();
+
+    const auto& part = dynamic_cast<const SensitiveEdge&>(*object(curve).primitives.front());
+    ASSERT_EQ(part.primitives.size(), 2u);
+    const auto& first = static_cast<const SensitiveLine&>(*part.primitives[0]);
+    const auto& second = static_cast<const SensitiveLine&>(*part.primitives[1]);
+    EXPECT_EQ(first.getStart(), Posf(0, 0, 0));
+    EXPECT_EQ(first.getEnd(), Posf(50, 0, 0));
+    EXPECT_EQ(second.getStart(), Posf(50, 0, 0));
+    EXPECT_EQ(second.getEnd(), Posf(100, 0, 0));
+}
+
+TEST_F(SelectableObjectTest, EdgeOfOnePointOverAndOverHasNoPartsAndNoBox)
+{
+    visual::CurveVisual* curve = addCurve(test::withPolygon(
+        BRepBuilderAPI_MakeEdge(gp_Pnt(0, 0, 0), gp_Pnt(100, 0, 0)).Edge(), {{7, 0, 0}, {7, 0, 0}, {7, 0, 0}}));
+    service.update();
+
+    EXPECT_FALSE(object(curve).box.isValid());
+    EXPECT_FALSE(along(7, 0).hit);
+}
+
+TEST_F(SelectableObjectTest, ScaledMeshIsAskedInItsOwnSize)
+{
+    visual::MeshVisual* mesh = addMesh(wall(10));
+    mesh->setScale(2, 2, 2);
+    mesh->setPosition(0, 100, 0);
+    service.update();
+    const auto& object = dynamic_cast<const MeshObject&>(this->object(mesh));
+
+    EXPECT_EQ(object.getScale(), rob::Vec3f(2, 2, 2));
+    EXPECT_FALSE(object.isHitWithinBox());
+    EXPECT_EQ(object.box.min, Posf(-20, 100, -20)); // the box of a mesh has no unit more
+    EXPECT_EQ(object.box.max, Posf(20, 100, 20));
+    const Result ray = along(15, 3);
+    ASSERT_TRUE(ray.hit);
+    EXPECT_EQ(ray.visual, mesh);
+    expectNear(ray.position, {15, 100, 3});
+    EXPECT_NEAR(ray.distance, 550, 1e-3); // half of what it is in the world
+    EXPECT_FALSE(along(21, 3).hit);
+    const Result line = service.sense(rob::Linef({15, 0, 3}, {15, 400, 3}));
+    EXPECT_EQ(line.visual, mesh);
+    EXPECT_NEAR(line.distance, 0.25, 1e-5);
+    expectNear(line.position, {15, 100, 3});
+    EXPECT_TRUE(service.sense(rob::Trianglef({15, 0, 3}, {15, 400, 3}, {16, 400, 3})).hit);
+    EXPECT_FALSE(service.sense(rob::Trianglef({25, 0, 3}, {25, 400, 3}, {26, 400, 3})).hit);
+}
+
+TEST_F(SelectableObjectTest, MeshCanBeStretchedAlongOneAxis)
+{
+    visual::MeshVisual* mesh = addMesh(wall(10));
+    mesh->setScale(4, 1, 1);
+    service.markDirty(mesh);
+    service.update();
+
+    const Result result = service.select(Ray({-465, -1000, 3}, rob::normalized(rob::Vec3f(0.5f, 1, 0))));
+
+    ASSERT_TRUE(result.hit);
+    expectNear(result.position, {35, 0, 3}, 0.01f);
+    EXPECT_NEAR(result.distance, std::hypot(500.0 / 4, 1000), 0.01);
+}
+
+TEST_F(SelectableObjectTest, MeshOfItsOwnSizeIsHitWithinItsBox)
+{
+    visual::MeshVisual* mesh = addMesh(wall(10));
+    service.update();
+
+    EXPECT_TRUE(dynamic_cast<const MeshObject&>(object(mesh)).isHitWithinBox());
+}
+
+TEST_F(SelectableObjectTest, TrianglesOfAScaledMeshAreFoundInABoxOfTheWorld)
+{
+    visual::MeshVisual* mesh = addMesh({{{0, 0, 0}, {1, 0, 0}, {0, 0, 1}}, {{50, 0, 0}, {51, 0, 0}, {50, 0, 1}}});
+    mesh->setScale(2, 2, 2);
+    mesh->setPosition(1000, 0, 0);
+    service.update();
+    std::mutex mutex;
+    std::vector<unsigned> found;
+    const auto collect = [&](unsigned triangle) {
+        const std::lock_guard lock(mutex);
+        found.push_back(triangle);
+    };
+
+    const BVHPrimitive& asked = object(mesh);
+    asked.forEachInBox(Box(1099, -1, -1, 1105, 1, 1), collect);
+    EXPECT_THAT(found, ElementsAre(1));
+    found.clear();
+    asked.forEachInBox(Box(1049, -1, -1, 1055, 1, 1), collect);
+    EXPECT_THAT(found, IsEmpty());
+    // No other kind has triangles to tell of.
+    visual::SolidVisual* box = addBox(100, {});
+    service.update();
+    static_cast<const BVHPrimitive&>(object(box)).forEachInBox(Box(-99, -99, -99, 99, 99, 99), collect);
+    EXPECT_THAT(found, IsEmpty());
+}
+
+TEST_F(SelectableObjectTest, MeshVisualWithoutAMeshHasNoParts)
+{
+    auto* visual = new visual::MeshVisual("empty", world);
+    visual->setType(VisualType::Mesh);
+    service.addMeshVisual(visual, true, false);
+    MeshObject ofNoMeshVisual(world);
+    service.update();
+    ofNoMeshVisual.update();
+
+    EXPECT_TRUE(object(visual).primitives.empty());
+    EXPECT_FALSE(object(visual).box.isValid());
+    EXPECT_TRUE(ofNoMeshVisual.primitives.empty());
+}
+
+TEST_F(SelectableObjectTest, SectionsOfALineFollowItsKind)
+{
+    using visual::RenderOpType;
+    auto* visual = new visual::LineVisual(world);
+    const auto section = [&](RenderOpType type, unsigned points) {
+        visual::DynamicLines* line = visual->createDynamicLine(type);
+        for (unsigned i = 0; i < points; ++i)
+            line->addPoint(10.0f * static_cast<float>(i), static_cast<float>(type), 0);
+    };
+    section(RenderOpType::Lines, 5);     // the last one has no partner
+    section(RenderOpType::LineStrip, 4); // three
+    section(RenderOpType::Points, 6);    // none
+    section(RenderOpType::Lines, 1);
+    section(RenderOpType::LineStrip, 1);
+    section(RenderOpType::LineStrip, 0);
+    LineObject object(visual);
+
+    object.update();
+
+    std::vector<std::pair<float, float>> ends;
+    for (const BVHPrimitive* part : object.primitives) {
+        const auto& line = static_cast<const SensitiveLine&>(*part);
+        ends.emplace_back(line.getStart().x, line.getEnd().x);
+    }
+    EXPECT_THAT(
+        ends, ElementsAre(std::pair(0, 10), std::pair(20, 30), std::pair(0, 10), std::pair(10, 20), std::pair(20, 30)));
+}
+
+TEST_F(SelectableObjectTest, LineWithoutSectionsAndWhatIsNoLineHaveNoParts)
+{
+    LineObject empty(new visual::LineVisual(world));
+    LineObject other(addBox(10, {}));
+
+    empty.update();
+    other.update();
+
+    EXPECT_TRUE(empty.primitives.empty() && other.primitives.empty());
+    EXPECT_FALSE(empty.box.isValid() || other.box.isValid());
+    EXPECT_FALSE(rayHit(empty, atMiddle).hit);
+}
+
+TEST_F(SelectableObjectTest, AxesOfAFrameAreItsParts)
+{
+    auto* frame = new visual::FrameVisual(world, 50.0f);
+    frame->setPosition(0, 0, 200);
+    service.addLineVisual(frame);
+    service.update();
+
+    EXPECT_EQ(object(frame).primitives.size(), 3u);
+    const Result result = along(30, 202);
+    EXPECT_EQ(result.visual, frame);
+    expectNear(result.position, {30, 0, 200}, 0.01f);
+}
+
+TEST_F(SelectableObjectTest, LineKeepsTheSectionsItWasBuiltFrom)
+{
+    visual::LineVisual* line = addLine({{0, 0, 0}, {10, 0, 0}});
+    service.update();
+
+    line->getLines().front()->addPoint(500, 0, 0);
+    service.markDirty(line);
+    service.update();
+
+    EXPECT_FALSE(along(300, 0).hit);
+    service.removeObject(line);
+    service.addLineVisual(line);
+    service.update();
+    EXPECT_TRUE(along(300, 0).hit);
+}
+
+TEST_F(SelectableObjectTest, BoxOfAPointIsTenUnitsWide)
+{
+    visual::PointVisual* point = addPoint({10, 20, 30});
+    service.update();
+
+    EXPECT_EQ(object(point).box.min, Posf(5, 15, 25));
+    EXPECT_EQ(object(point).box.max, Posf(15, 25, 35));
+    EXPECT_TRUE(object(point).primitives.empty());
+    EXPECT_EQ(object(point).bvh.root, nullptr);
+}
+
+TEST_F(SelectableObjectTest, MovedPointHasItsBoxRefreshed)
+{
+    visual::PointVisual* point = addPoint({10, 20, 30});
+    service.update();
+
+    point->setPosition(100, 0, 0);
+    EXPECT_TRUE(service.isDirty());
+    service.update();
+
+    // The position of the node counts twice: once in the middle of the box, once in the pose that moves it.
+    EXPECT_EQ(object(point).box.min, Posf(205, 15, 25));
+    expectNear(object(point).worldPose.position, {110, 20, 30});
+}
+
+TEST_F(SelectableObjectTest, PickOfAPointReadsWhereItIsNow)
+{
+    visual::PointVisual* point = addPoint({10, 0, 30});
+    service.update();
+    const Box before = object(point).box;
+
+    point->getSceneNode()->setPosition(0, 0, 3); // nobody is told
+
+    EXPECT_FALSE(along(10, 30).hit);
+    EXPECT_EQ(along(10, 33).visual, point);
+    expectNear(along(10, 33).position, {10, 0, 33});
+    EXPECT_EQ(object(point).box.min, before.min);
+}
+
+TEST_F(SelectableObjectTest, PointIsHitAlsoBehindTheOriginOfTheRay)
+{
+    addPoint({10, 0, 30});
+    service.update();
+
+    // Its box, of five units each way, reaches the ray; the line through both is what is measured from.
+    EXPECT_FLOAT_EQ(along(10, 30, 4).distance, 4);
+    EXPECT_FALSE(along(10, 30, 6).hit);
+}
+
+layout::PointCloud::Points gridOfPoints(unsigned count)
+{
+    layout::PointCloud::Points points;
+    for (unsigned i = 0; i < count; ++i)
+        points.emplace_back(static_cast<float>(i % 40) * 7, static_cast<float>(i / 40 % 40) * 7,
+                            static_cast<float>(i / 1600) * 7);
+    return points;
+}
+
+/// The sizes of a cloud's groups. Each point must be in one of them, and each box be a unit wider than its points.
+std::vector<std::size_t> groupSizes(const SelectableObject& object, const layout::PointCloud::Points& points)
+{
+    std::vector<std::size_t> sizes;
+    std::vector<unsigned> all;
+    for (const BVHPrimitive* part : object.primitives) {
+        const auto& group = static_cast<const SensitivePoints&>(*part);
+        sizes.push_back(group.getIndices().size());
+        all.insert(all.end(), group.getIndices().begin(), group.getIndices().end());
+        Box box;
+        for (const unsigned index : group.getIndices())
+            box.addPoint(points[index]);
+        box.expand();
+        EXPECT_EQ(group.box.min, box.min);
+        EXPECT_EQ(group.box.max, box.max);
+    }
+    std::sort(all.begin(), all.end());
+    std::vector<unsigned> expected;
+    for (unsigned i = 0; i < points.size(); ++i)
+        if (points[i].isFinite())
+            expected.push_back(i);
+    EXPECT_EQ(all, expected);
+    return sizes;
+}
+
+TEST_F(SelectableObjectTest, CloudOfAThousandPointsIsOneGroupAndOneMoreIsSeveral)
+{
+    const auto thousand = gridOfPoints(1000), oneMore = gridOfPoints(1001);
+    visual::PointCloudVisual* small = addCloud(thousand);
+    visual::PointCloudVisual* large = addCloud(oneMore);
+    service.update();
+
+    EXPECT_THAT(groupSizes(object(small), thousand), ElementsAre(1000));
+    EXPECT_GE(groupSizes(object(large), oneMore).size(), 2u);
+}
+
+TEST_F(SelectableObjectTest, GroupsOfALargeCloudHaveUpToAThousandPoints)
+{
+    const auto points = gridOfPoints(20000);
+    visual::PointCloudVisual* cloud = addCloud(points);
+    service.update();
+
+    for (const std::size_t size : groupSizes(object(cloud), points))
+        EXPECT_LE(size, 1000u);
+}
+
+TEST_F(SelectableObjectTest, LowerHalfOfTheLongestAxisComesFirst)
+{
+    layout::PointCloud::Points points;
+    for (unsigned i = 0; i < 1200; ++i)
+        points.emplace_back(0.0f, i % 2 ? 100.0f : 0.0f, static_cast<float>(i % 7));
+    visual::PointCloudVisual* cloud = addCloud(points);
+    service.update();
+
+    ASSERT_THAT(groupSizes(object(cloud), points), ElementsAre(600, 600));
+    const auto& lower = static_cast<const SensitivePoints&>(*object(cloud).primitives[0]);
+    EXPECT_EQ(lower.getIndices().front(), 0u);
+    EXPECT_EQ(points[lower.getIndices().back()].y, 0);
+}
+
+TEST_F(SelectableObjectTest, CoincidentPointsStayInOneGroupHoweverMany)
+{
+    layout::PointCloud::Points points(5000, Posf(3, 4, 5));
+    const auto alone = points;
+    visual::PointCloudVisual* all = addCloud(alone);
+    points.emplace_back(1000.0f, 0.0f, 0.0f);
+    visual::PointCloudVisual* withOutlier = addCloud(points);
+    service.update();
+
+    EXPECT_THAT(groupSizes(object(all), alone), ElementsAre(5000));
+    EXPECT_EQ(groupSizes(object(withOutlier), points).size(), 2u);
+    EXPECT_EQ(service.selectPointInCloud(Ray({3, -100, 5}, {0, 1, 0})).pointIndex, 0);
+}
+
+TEST_F(SelectableObjectTest, PointsThatAreNotFiniteAreInNoGroup)
+{
+    const float infinite = std::numeric_limits<float>::infinity();
+    auto points = gridOfPoints(1500);
+    points[3].x = nan;
+    points[700].y = infinite;
+    points[1400] = {-infinite, nan, 0};
+    visual::PointCloudVisual* cloud = addCloud(points);
+    service.update();
+
+    groupSizes(object(cloud), points);
+    EXPECT_TRUE(object(cloud).box.isValid());
+    EXPECT_LT(object(cloud).box.max.y, 1000);
+    EXPECT_EQ(service.selectPointInCloud(Ray({points[5].x, -100, 0}, {0, 1, 0})).pointIndex, 5);
+}
+
+TEST_F(SelectableObjectTest, NearerOfTwoPointsOnTheRayWinsThoughTheOtherIsCloserToIt)
+{
+    visual::PointCloudVisual* cloud = addCloud({{0, 50, 0}, {2.5f, 0, 0}, {-5, 0, 0}, {0, -10, 40}});
+    service.update();
+    const SensitivePoints group(cloud, {0, 1});
+
+    const Result result = rayHit(group, Ray({0, -100, 0}, {0, 1, 0}));
+
+    EXPECT_EQ(result.pointIndex, 1);
+    EXPECT_EQ(result.position, Posf(2.5f, 0, 0));
+    EXPECT_EQ(result.localPosition, result.position);
+    EXPECT_EQ(result.visual, cloud);
+}
+
+TEST_F(SelectableObjectTest, FirstOfEquallyFarPointsStays)
+{
+    visual::PointCloudVisual* cloud = addCloud({{1, 0, 0}, {-1, 0, 0}});
+
+    EXPECT_EQ(rayHit(SensitivePoints(cloud, {0, 1}), Ray({0, -100, 0}, {0, 1, 0})).pointIndex, 0);
+    EXPECT_EQ(rayHit(SensitivePoints(cloud, {1, 0}), Ray({0, -100, 0}, {0, 1, 0})).pointIndex, 1);
+}
+
+TEST_F(SelectableObjectTest, GroupWithoutPointsHasNoBoxAndAnswersNothing)
+{
+    visual::PointCloudVisual* cloud = addCloud({{1, 0, 0}});
+    const SensitivePoints group(cloud, {});
+
+    EXPECT_FALSE(group.box.isValid());
+    EXPECT_FALSE(rayHit(group, atMiddle).hit);
+}
+
+TEST_F(SelectableObjectTest, RayOfNoDirectionIsRefusedByPoints)
+{
+    visual::PointCloudVisual* cloud = addCloud({{1, 0, 0}});
+
+    EXPECT_THAT(
+        [&] {
+            rayHit(SensitivePoints(cloud, {0}), Ray({0, 0, 0}, {0, 0, 0}));
+        },
+        testing::ThrowsMessage<std::overflow_error>(testing::StrEq("0-length vector cannot be normalized.")));
+}
+
+} // namespace
+} // namespace vrk::selection

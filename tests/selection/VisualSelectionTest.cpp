@@ -1,0 +1,497 @@
+#include "selection/VisualSelection.h"
+
+#include "SelectionFixture.h"
+
+#include "platform/broker/SignalBroker.h"
+#include "selection/geometry/Math.h"
+
+#include <BRep_Builder.hxx>
+#include <BRep_Tool.hxx>
+#include <Poly_Triangulation.hxx>
+#include <Standard_OutOfRange.hxx>
+#include <TopExp_Explorer.hxx>
+#include <TopoDS.hxx>
+
+/// Registration, state and update of the service.
+namespace vrk::selection {
+namespace {
+
+using rob::Posf;
+using testing::IsEmpty;
+using testing::StrEq;
+using testing::ThrowsMessage;
+using testing::UnorderedElementsAre;
+using visual::SolidVisual;
+using visual::Visual;
+using Kind = SelectableObject::ObjectKind;
+
+class VisualSelectionTest : public SelectionFixture {
+protected:
+    void makeClean()
+    {
+        service.update();
+        ASSERT_FALSE(service.isDirty());
+    }
+    Visual* unknown() { return new Visual(world); }
+};
+
+const auto unknownKey = [] { return StrEq("invalid unordered_map<K, T> key"); };
+
+TEST_F(VisualSelectionTest, EachKindIsEnteredAsItselfAndMakesTheServiceDirty)
+{
+    const auto entered = [&](Visual* visual, Kind kind) {
+        EXPECT_TRUE(service.hasVisual(visual));
+        EXPECT_TRUE(service.isDirty());
+        EXPECT_EQ(object(visual).kind, kind);
+        EXPECT_EQ(object(visual).visual, visual);
+        EXPECT_TRUE(object(visual).enabled);
+        EXPECT_TRUE(object(visual).worldDirty);
+        EXPECT_FALSE(object(visual).built);
+        EXPECT_FALSE(object(visual).priority);
+        makeClean();
+    };
+    entered(addBox(10, {}), Kind::Shape);
+    entered(addCurve({0, 0, 0}, {10, 0, 0}), Kind::Curve);
+    entered(addMesh(wall(10)), Kind::Mesh);
+    entered(addLine({{0, 0, 0}, {1, 0, 0}}), Kind::Line);
+    entered(addPoint({1, 2, 3}), Kind::Point);
+    entered(addCloud({{0, 0, 0}, {1, 1, 1}}), Kind::PointCloud);
+}
+
+TEST_F(VisualSelectionTest, DetectableIsWhatItWasEnteredWith)
+{
+    SolidVisual* yes = addBox(10, {}, true);
+    SolidVisual* no = addBox(10, {}, false);
+
+    EXPECT_TRUE(service.isDetectable(yes));
+    EXPECT_FALSE(service.isDetectable(no));
+    EXPECT_TRUE(service.isDetectable(addLine({{0, 0, 0}, {1, 0, 0}})));
+}
+
+TEST_F(VisualSelectionTest, EnteringAgainChangesNothing)
+{
+    SolidVisual* box = addBox(10, {}, true);
+    Visual* mesh = addMesh(wall(10), true, false);
+    visual::LineVisual* line = addLine({{0, 0, 0}, {1, 0, 0}});
+    visual::PointVisual* point = addPoint({1, 2, 3});
+    visual::PointCloudVisual* cloud = addCloud({{0, 0, 0}, {1, 1, 1}});
+    visual::CurveVisual* curve = addCurve({0, 0, 0}, {10, 0, 0});
+    makeClean();
+    const SelectableObject* before = &object(box);
+
+    service.addShape(box->getShape(), box, false);
+    service.addMeshVisual(mesh, false, true);
+    service.addLineVisual(line);
+    service.addPointVisual(point, false);
+    service.addPointCloudVisual(cloud, true);
+    service.addCurveVisual(curve->getShape(), curve, true);
+
+    EXPECT_FALSE(service.isDirty());
+    EXPECT_EQ(&object(box), before);
+    EXPECT_TRUE(service.isDetectable(box));
+    EXPECT_TRUE(service.isDetectable(mesh));
+    EXPECT_FALSE(object(mesh).priority);
+}
+
+TEST_F(VisualSelectionTest, MeshesOfASubtreeAreEnteredAndNothingElse)
+{
+    auto* group = new Visual(world);
+    Visual* first = makeMesh(wall(10), group);
+    auto* inner = new Visual(group);
+    Visual* second = makeMesh(wall(10), inner);
+    second->setType(VisualType::Paint);
+
+    service.addMeshVisual(group, false, true);
+
+    EXPECT_THAT(service.registeredVisuals(), UnorderedElementsAre(first, second));
+    EXPECT_TRUE(object(first).priority && object(second).priority);
+    EXPECT_FALSE(object(first).detectable || object(second).detectable);
+}
+
+TEST_F(VisualSelectionTest, RemovedObjectIsForgottenAndNoLongerFound)
+{
+    SolidVisual* box = addBox(10, {});
+    makeClean();
+    ASSERT_TRUE(along(1, 2).hit);
+
+    service.removeObject(box);
+
+    EXPECT_FALSE(service.hasVisual(box));
+    EXPECT_TRUE(service.isDirty());
+    makeClean();
+    EXPECT_FALSE(along(1, 2).hit);
+}
+
+TEST_F(VisualSelectionTest, ObjectOfAVisualWithoutTypeCanBeRemovedToo)
+{
+    SolidVisual* box = addBox(10, {});
+    box->setType(VisualType::None);
+    makeClean();
+
+    service.removeObject(box);
+    makeClean();
+
+    EXPECT_FALSE(along(1, 2).hit);
+    box->setType(VisualType::Solid);
+}
+
+TEST_F(VisualSelectionTest, RemovedCloudLeavesTheClouds)
+{
+    visual::PointCloudVisual* cloud = addCloud({{0, 0, 0}, {1, 1, 1}});
+    makeClean();
+    const Ray ray({0, -100, 0}, {0, 1, 0});
+    ASSERT_TRUE(service.selectPointInCloud(ray).hit);
+
+    service.removeObject(cloud);
+    makeClean();
+
+    EXPECT_FALSE(service.selectPointInCloud(ray).hit);
+}
+
+TEST_F(VisualSelectionTest, RemovingACompoundTakesASolidAndAllBelowItInOneCall)
+{
+    SolidVisual* parent = addBox(10, {});
+    SolidVisual* child = addBox(10, {50, 0, 0});
+    SolidVisual* other = addBox(10, {90, 0, 0});
+    child->attachTo(parent);
+    Visual* grandchild = makeMesh(wall(5), child);
+    service.addMeshVisual(grandchild, true, false);
+
+    service.removeCompoundObject(parent);
+
+    EXPECT_THAT(service.registeredVisuals(), UnorderedElementsAre(other));
+}
+
+TEST_F(VisualSelectionTest, RemovingACompoundThatIsNotEnteredChangesNothing)
+{
+    makeClean();
+
+    service.removeCompoundObject(unknown());
+
+    EXPECT_FALSE(service.isDirty());
+}
+
+TEST_F(VisualSelectionTest, DeletedVisualLeavesTheService)
+{
+    SolidVisual* box = addBox(10, {});
+    makeClean();
+
+    scene.deleteVisual(box);
+
+    EXPECT_THAT(service.registeredVisuals(), IsEmpty());
+    EXPECT_TRUE(service.isDirty());
+    makeClean();
+    EXPECT_FALSE(along(1, 2).hit);
+}
+
+TEST_F(VisualSelectionTest, DisabledObjectStaysEnteredAndIsGoneFromPicksAfterTheUpdate)
+{
+    SolidVisual* box = addBox(10, {});
+    makeClean();
+
+    service.disableObject(box);
+
+    EXPECT_TRUE(service.hasVisual(box));
+    EXPECT_FALSE(service.isEnabled(box));
+    EXPECT_TRUE(service.isDirty());
+    makeClean();
+    EXPECT_FALSE(along(1, 2).hit);
+    service.enableObject(box);
+    EXPECT_TRUE(service.isDirty());
+    makeClean();
+    EXPECT_TRUE(along(1, 2).hit);
+}
+
+TEST_F(VisualSelectionTest, EnablingIsNotedEvenWhereItChangesNothing)
+{
+    SolidVisual* box = addBox(10, {});
+    makeClean();
+
+    service.setObjectEnabled(box, true);
+
+    EXPECT_TRUE(service.isDirty());
+}
+
+TEST_F(VisualSelectionTest, CompoundIsEnabledWithAllBelowIt)
+{
+    SolidVisual* parent = addBox(10, {});
+    SolidVisual* child = addBox(10, {50, 0, 0});
+    child->attachTo(parent);
+    makeClean();
+
+    service.setCompoundObjectEnabled(parent, false);
+
+    EXPECT_FALSE(service.isEnabled(parent) || service.isEnabled(child));
+    EXPECT_TRUE(service.isDirty());
+    service.setCompoundObjectEnabled(parent, true);
+    EXPECT_TRUE(service.isEnabled(parent) && service.isEnabled(child));
+}
+
+TEST_F(VisualSelectionTest, UnknownVisualIsPassedOver)
+{
+    makeClean();
+    Visual* stranger = unknown();
+
+    service.enableObject(stranger);
+    service.disableObject(stranger);
+    service.setObjectEnabled(stranger, false);
+    service.setDetectable(stranger, false);
+    service.markDirty(stranger);
+    EXPECT_FALSE(service.isDirty());
+    service.setCompoundObjectEnabled(stranger, false); // says so before it looks
+    EXPECT_TRUE(service.isDirty());
+    EXPECT_FALSE(service.hasVisual(stranger));
+    EXPECT_FALSE(service.hasVisual(nullptr));
+}
+
+TEST_F(VisualSelectionTest, AskingAboutAnUnknownVisualIsRefused)
+{
+    SolidVisual* stranger = visual::SolidVisual::Build(world, test::meshedBox(1, 1, 1), "Body");
+
+    EXPECT_THAT([&] { service.getObject(stranger); }, ThrowsMessage<std::out_of_range>(unknownKey()));
+    EXPECT_THAT([&] { service.isEnabled(stranger); }, ThrowsMessage<std::out_of_range>(unknownKey()));
+    EXPECT_THAT([&] { service.isDetectable(stranger); }, ThrowsMessage<std::out_of_range>(unknownKey()));
+    EXPECT_THAT([&] { service.updateShapeFaces(stranger); }, ThrowsMessage<std::out_of_range>(unknownKey()));
+    EXPECT_FALSE(service.hasVisual(stranger));
+}
+
+TEST_F(VisualSelectionTest, HiddenFaceIsNoLongerPickedOnceTheFacesAreUpdated)
+{
+    SolidVisual* box = addBox(10, {});
+    makeClean();
+    const TopoDS_Face front = TopoDS::Face(along(1, 2).face);
+    service.getObject(box)->priority = true;
+    service.disableObject(box);
+
+    box->setFaceVisible(box->getFaceIndex(front), false);
+    service.updateShapeFaces(box);
+    makeClean();
+
+    const Result behind = along(1, 2);
+    ASSERT_TRUE(behind.hit);
+    EXPECT_FALSE(behind.face.IsSame(front));
+    EXPECT_FLOAT_EQ(behind.distance, 1005); // the back of the box
+    EXPECT_TRUE(service.isDetectable(box));
+    EXPECT_FALSE(object(box).priority); // the other two start again
+    EXPECT_TRUE(service.isEnabled(box));
+}
+
+TEST_F(VisualSelectionTest, UpdatedFacesKeepThatTheSolidIsNotDetectable)
+{
+    SolidVisual* box = addBox(10, {}, false);
+
+    service.updateShapeFaces(box);
+
+    EXPECT_FALSE(service.isDetectable(box));
+    EXPECT_TRUE(service.isDirty());
+}
+
+TEST_F(VisualSelectionTest, LinesAreSwitchedTogetherAndNothingElse)
+{
+    visual::LineVisual* first = addLine({{0, 0, 0}, {10, 0, 0}});
+    visual::LineVisual* second = addLine({{0, 0, 20}, {10, 0, 20}});
+    SolidVisual* box = addBox(10, {});
+    makeClean();
+
+    service.setLineEnabled(false);
+
+    EXPECT_FALSE(service.isEnabled(first) || service.isEnabled(second));
+    EXPECT_TRUE(service.isEnabled(box));
+    EXPECT_TRUE(service.isDirty());
+}
+
+TEST_F(VisualSelectionTest, SwitchingLinesIsDirtyOnlyWhereSomethingChanges)
+{
+    addLine({{0, 0, 0}, {10, 0, 0}});
+    makeClean();
+
+    service.setLineEnabled(true);
+    EXPECT_FALSE(service.isDirty());
+    service.setLineEnabled(false);
+    makeClean();
+    service.setLineEnabled(false);
+    EXPECT_FALSE(service.isDirty());
+    service.setLineEnabled(true);
+    EXPECT_TRUE(service.isDirty());
+}
+
+TEST_F(VisualSelectionTest, EnabledLineIsBroughtUpToDateAtOnceAndADisabledOneIsNot)
+{
+    visual::LineVisual* line = addLine({{0, 0, 0}, {10, 0, 0}});
+
+    service.setLineEnabled(false);
+    EXPECT_FALSE(object(line).built);
+    EXPECT_TRUE(object(line).worldDirty);
+    service.setLineEnabled(true);
+    EXPECT_TRUE(object(line).built);
+    EXPECT_FALSE(object(line).worldDirty);
+    EXPECT_TRUE(service.isDirty());
+}
+
+TEST_F(VisualSelectionTest, WithoutLinesSwitchingThemChangesNothing)
+{
+    addBox(10, {});
+    makeClean();
+
+    service.setLineEnabled(false);
+
+    EXPECT_FALSE(service.isDirty());
+}
+
+TEST_F(VisualSelectionTest, MarkingReachesAllDescendants)
+{
+    SolidVisual* parent = addBox(10, {});
+    auto* group = new Visual(parent);
+    SolidVisual* child = addBox(10, {50, 0, 0});
+    SolidVisual* other = addBox(10, {90, 0, 0});
+    child->attachTo(group);
+    makeClean();
+
+    service.markDirty(parent);
+
+    EXPECT_TRUE(object(parent).worldDirty && object(child).worldDirty);
+    EXPECT_FALSE(object(other).worldDirty);
+    EXPECT_TRUE(service.isDirty());
+}
+
+TEST_F(VisualSelectionTest, MarkingASubtreeWithoutObjectsIsNothing)
+{
+    makeClean();
+
+    service.markDirty(new Visual(new Visual(world)));
+
+    EXPECT_FALSE(service.isDirty());
+}
+
+TEST_F(VisualSelectionTest, MovedParentMovesThePickOfItsChild)
+{
+    auto* group = new Visual(world);
+    SolidVisual* child = addBox(10, {});
+    child->attachTo(group);
+    makeClean();
+    ASSERT_TRUE(along(1, 2).hit);
+
+    group->setPosition(300, 0, 0);
+    makeClean();
+
+    EXPECT_FALSE(along(1, 2).hit);
+    EXPECT_EQ(along(301, 2).visual, child);
+}
+
+TEST_F(VisualSelectionTest, MovingKeepsThePartsThatWereBuilt)
+{
+    SolidVisual* box = addBox(10, {});
+    makeClean();
+    const BVHPrimitive* face = object(box).primitives.front();
+
+    box->setPosition(500, 0, 0);
+    makeClean();
+
+    EXPECT_EQ(object(box).primitives.front(), face);
+    EXPECT_EQ(object(box).box.min, Posf(499, -1, -1)); // a unit wider
+}
+
+TEST_F(VisualSelectionTest, UpdateBuildsWhatIsNewAndRaisesTheSignalOnce)
+{
+    int raised = 0;
+    const boost::signals2::scoped_connection connection =
+        broker::SignalBroker::onSnapResultInvalidated([&] { ++raised; });
+    SolidVisual* box = addBox(10, {});
+
+    service.update();
+    EXPECT_EQ(raised, 1);
+    EXPECT_TRUE(object(box).built);
+    EXPECT_FALSE(object(box).worldDirty);
+    service.update(); // clean: nothing
+    EXPECT_EQ(raised, 1);
+    box->setPosition(20, 0, 0);
+    box->setPosition(30, 0, 0);
+    service.update();
+    EXPECT_EQ(raised, 2);
+}
+
+TEST_F(VisualSelectionTest, SignalIsRaisedWhenQueriesAnswerAlready)
+{
+    bool answered = false;
+    addBox(10, {});
+    const boost::signals2::scoped_connection connection =
+        broker::SignalBroker::onSnapResultInvalidated([&] { answered = along(1, 2).hit; });
+
+    service.update();
+
+    EXPECT_TRUE(answered);
+}
+
+TEST_F(VisualSelectionTest, WorldBoxesCanBeUpdatedByThemselves)
+{
+    int raised = 0;
+    const boost::signals2::scoped_connection connection =
+        broker::SignalBroker::onSnapResultInvalidated([&] { ++raised; });
+    SolidVisual* box = addBox(10, {100, 0, 0});
+    visual::PointCloudVisual* cloud = addCloud({{0, 0, 0}, {4, 4, 4}});
+
+    service.updateWorldBoxes();
+
+    EXPECT_EQ(object(box).box.min, Posf(94, -6, -6));
+    EXPECT_EQ(object(box).box.max, Posf(106, 6, 6));
+    EXPECT_EQ(object(cloud).box.max, Posf(5, 5, 5));
+    EXPECT_TRUE(service.isDirty()); // the hierarchies are old
+    EXPECT_EQ(raised, 0);
+}
+
+/// A box with a triangle whose third node does not exist.
+TopoDS_Shape malformed(Handle(Poly_Triangulation) & broken)
+{
+    const TopoDS_Shape shape = test::meshedBox(10, 10, 10);
+    TopLoc_Location location;
+    broken = BRep_Tool::Triangulation(TopoDS::Face(TopExp_Explorer(shape, TopAbs_FACE).Current()), location);
+    broken->SetTriangle(1, Poly_Triangle(1, 2, 999));
+    return shape;
+}
+
+TEST_F(VisualSelectionTest, FailureInABuildLeavesTheServiceDirtyAndALaterUpdateWorks)
+{
+    int raised = 0;
+    const boost::signals2::scoped_connection connection =
+        broker::SignalBroker::onSnapResultInvalidated([&] { ++raised; });
+    SolidVisual* good = addBox(10, {100, 0, 0});
+    Handle(Poly_Triangulation) broken;
+    const TopoDS_Shape shape = malformed(broken);
+    auto* bad = new SolidVisual(shape, world); // not drawn
+    service.addShape(shape, bad, true);
+    visual::LineVisual* last = addLine({{0, 0, 50}, {10, 0, 50}});
+
+    EXPECT_THROW(service.update(), Standard_OutOfRange);
+    EXPECT_TRUE(service.isDirty());
+    EXPECT_EQ(raised, 0);
+    EXPECT_FALSE(object(bad).built);
+    EXPECT_TRUE(object(bad).primitives.empty());
+    EXPECT_FALSE(along(101, 2).hit); // queries are refused
+    EXPECT_THROW(service.update(), Standard_OutOfRange);
+
+    broken->SetTriangle(1, Poly_Triangle(1, 2, 3));
+    service.update();
+    EXPECT_FALSE(service.isDirty());
+    EXPECT_EQ(raised, 1);
+    EXPECT_EQ(along(101, 2).visual, good);
+    EXPECT_EQ(along(4, 3).visual, bad);
+    EXPECT_TRUE(object(last).built);
+}
+
+TEST_F(VisualSelectionTest, FailingObjectCanBeRemoved)
+{
+    SolidVisual* good = addBox(10, {100, 0, 0});
+    Handle(Poly_Triangulation) broken;
+    const TopoDS_Shape shape = malformed(broken);
+    auto* bad = new SolidVisual(shape, world);
+    service.addShape(shape, bad, true);
+    EXPECT_THROW(service.update(), Standard_OutOfRange);
+
+    service.removeObject(bad);
+    service.update();
+
+    EXPECT_EQ(along(101, 2).visual, good);
+}
+
+} // namespace
+} // namespace vrk::selection
