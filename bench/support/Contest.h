@@ -1,12 +1,13 @@
 #pragma once
 
+#include <benchmark/benchmark.h>
+
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
 #include <map>
 #include <string>
 #include <vector>
-
-#include <benchmark/benchmark.h>
 
 namespace vrk::bench {
 
@@ -43,14 +44,13 @@ public:
     }
     double of(const std::string& name, double share = 0.5) const { return quantile(samples.at(name), share); }
 
-    /// A counter for each contender, and for each but `reference` how many times the reference's it is.
+    /// A counter for each contender, and one for how many times the reference's time ours is.
     void report(benchmark::State& state, const std::string& unit, const std::string& reference,
                 double share = 0.5) const
     {
         for (const auto& [name, unused] : samples)
             state.counters[name + " " + unit] = of(name, share);
-        state.counters["ours/" + reference + (unit.empty() ? "" : " " + unit)] =
-            of("ours", share) / of(reference, share);
+        state.counters["ours/" + reference + " " + unit] = of("ours", share) / of(reference, share);
     }
 
 private:

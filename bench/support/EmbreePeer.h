@@ -28,7 +28,7 @@ public:
     /// @param threads  those that build it. One device for each number lives until the end.
     explicit EmbreeScene(unsigned threads);
 
-    /// The arrays are used where they are, and the first vertices must be readable for four bytes past their end.
+    /// The arrays are used where they are, and the vertices must be readable for four bytes past their end.
     void addTriangles(std::span<const rob::Posf> vertices, std::span<const unsigned> indices);
     /// @param toWorld  12 numbers, column by column.
     void addInstance(const EmbreeScene& scene, const float* toWorld);
