@@ -79,9 +79,9 @@ void ViewState::setVisible(const std::vector<unsigned>& ids, bool visible)
             Scene::Get()->setVisualVisible(id, visible);
         }
     sum();
+    tellModel();
     if (visible)
         drawAnew();
-    tellModel();
     emit visibilityChanged();
 }
 
@@ -171,10 +171,7 @@ void ViewState::tellModel() const
 
 void ViewState::drawAnew() const
 {
-    // The mode says of faces and edges by themselves whether they are shown, also of what is hidden.
-    showAs(*drawMode, hiddenFaces);
-    for (const unsigned id : topmostHidden())
-        Scene::Get()->setVisualVisible(id, false);
+    showAs(*drawMode, hiddenFaces); // but for what the model says is hidden
 }
 
 // Drawing and station

@@ -188,9 +188,9 @@ TopoDS_Shape bracket(Rng& r)
     const TopoDS_Shape body = filleted(BRepPrimAPI_MakePrism(profile, gp_Vec(0, 0, h)).Shape(), 0.3 * w, isVertical);
     TopTools_ListOfShape holes;
     for (int k = 0; k < 4; ++k) {
-        const double along = k % 2 == 0 ? 0.4 : 0.75, z = k < 2 ? 0.3 * h : 0.7 * h;
-        holes.Append(cylinder(gp_Pnt(a * along, -1, z), gp::DY(), 0.06 * h, w + 2));
-        holes.Append(cylinder(gp_Pnt(-1, b * along, z), gp::DX(), 0.06 * h, w + 2));
+        const double z = h * (k + 1) / 5;
+        holes.Append(cylinder(gp_Pnt(0.65 * a, -1, z), gp::DY(), 0.06 * h, w + 2));
+        holes.Append(cylinder(gp_Pnt(-1, 0.65 * b, z), gp::DX(), 0.06 * h, w + 2));
     }
     return combined<BRepAlgoAPI_Cut>(body, holes);
 }

@@ -66,10 +66,17 @@ void SensitiveFace::buildTriangles()
 
 void SensitiveFace::getTriangle(rob::TriangleTemplate<float>& triangle, const SensitiveIndexedTriangle& primitive) const
 {
-    const Nodes nodes(*triangulation, static_cast<int>(primitive.index));
-    triangle.a = rob::toPosf(triangulation->Node(nodes.third));
-    triangle.b = rob::toPosf(triangulation->Node(nodes.second));
-    triangle.c = rob::toPosf(triangulation->Node(nodes.first));
+    getTriangles(&triangle, &primitive.index, 1);
+}
+
+void SensitiveFace::getTriangles(rob::TriangleTemplate<float>* triangles, const unsigned* indices, unsigned count) const
+{
+    for (unsigned i = 0; i < count; ++i) {
+        const Nodes nodes(*triangulation, static_cast<int>(indices[i]));
+        triangles[i].a = rob::toPosf(triangulation->Node(nodes.third));
+        triangles[i].b = rob::toPosf(triangulation->Node(nodes.second));
+        triangles[i].c = rob::toPosf(triangulation->Node(nodes.first));
+    }
 }
 
 void SensitiveFace::intersectLine(Result& result, const rob::LineTemplate<float>& line) const

@@ -29,6 +29,9 @@ public:
     unsigned getFaceIndex() const { return faceIndex; }
     const TopoDS_Face& getFace() const { return face; }
 
+protected:
+    void getTriangles(rob::TriangleTemplate<float>* triangles, const unsigned* indices, unsigned count) const override;
+
 private:
     void buildTriangles();
 

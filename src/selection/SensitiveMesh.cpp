@@ -33,10 +33,18 @@ rob::PosTemplate<float> SensitiveMesh::corner(std::size_t at) const
 
 void SensitiveMesh::getTriangle(rob::TriangleTemplate<float>& triangle, const SensitiveIndexedTriangle& primitive) const
 {
-    const std::size_t first = 3 * static_cast<std::size_t>(primitive.index);
-    triangle.a = corner(first + 2);
-    triangle.b = corner(first + 1);
-    triangle.c = corner(first);
+    getTriangles(&triangle, &primitive.index, 1);
+}
+
+void SensitiveMesh::getTriangles(rob::TriangleTemplate<float>* triangles, const unsigned* indices, unsigned count) const
+{
+    const rob::PosTemplate<float>* const vertices = mesh->vertices.data();
+    for (unsigned i = 0; i < count; ++i) {
+        const unsigned* const corners = mesh->indices.data() + 3 * static_cast<std::size_t>(indices[i]);
+        triangles[i].a = vertices[corners[2]];
+        triangles[i].b = vertices[corners[1]];
+        triangles[i].c = vertices[corners[0]];
+    }
 }
 
 // The set's queries have mapped the position through the pose already, and here it goes through once more. It does no

@@ -27,6 +27,9 @@ public:
     void forEachInBox(const visual::Box& box, std::function<void(unsigned)> callback) const override;
     void getTriangle(rob::TriangleTemplate<float>& triangle, const SensitiveIndexedTriangle& primitive) const override;
 
+protected:
+    void getTriangles(rob::TriangleTemplate<float>* triangles, const unsigned* indices, unsigned count) const override;
+
 private:
     rob::PosTemplate<float> corner(std::size_t at) const;
 

@@ -27,7 +27,7 @@ public:
     }
 
     /// @param corners  as `getTriangle` gives them.
-    /// @param limit    what a hit must be nearer than.
+    /// @param limit    what a hit must not be farther than.
     bool meets(const rob::TriangleTemplate<float>& corners, float limit, SensitiveTriangleSet::RayHit& hit) const
     {
         const rob::Vec3Template<float> a = corners.c - origin, b = corners.b - origin, c = corners.a - origin;
@@ -43,7 +43,7 @@ public:
         const float det = u + v + w;
         const float ofA = u / det, ofC = v / det, ofB = w / det;
         const float t = ofB * b[kz] * sz + ofA * a[kz] * sz + ofC * c[kz] * sz;
-        if (!(t > 0 && t < limit))
+        if (!(t > 0 && t <= limit))
             return false;
         hit.distance = t;
         hit.point = corners.b * ofB + corners.c * ofA + corners.a * ofC;
@@ -63,6 +63,16 @@ private:
     unsigned kx, ky, kz;
     float sx, sy, sz;
 };
+
+/// The box that a triangle has in its set.
+visual::Box boxOf(const rob::TriangleTemplate<float>& triangle)
+{
+    visual::Box box;
+    for (const rob::PosTemplate<float>& corner : {triangle.a, triangle.b, triangle.c})
+        box.addPoint(corner);
+    box.expand();
+    return box;
+}
 
 const SensitiveIndexedTriangle& asTriangle(const BVHPrimitive* primitive)
 {
@@ -93,6 +103,17 @@ void SensitiveTriangleSet::keepFirst(std::size_t count)
 void SensitiveTriangleSet::buildHierarchy()
 {
     bvh = BVHBuilder(this).build();
+    forRays.build(bvh.root, [](const BVHPrimitive* primitive) { return asTriangle(primitive).index; });
+}
+
+void SensitiveTriangleSet::getTriangles(rob::TriangleTemplate<float>* triangles, const unsigned* indices,
+                                        unsigned count) const
+{
+    SensitiveIndexedTriangle triangle;
+    for (unsigned i = 0; i < count; ++i) {
+        triangle.index = indices[i];
+        getTriangle(triangles[i], triangle);
+    }
 }
 
 void SensitiveTriangleSet::takePose(const rob::PoseTemplate<float>& newPose)
@@ -141,15 +162,46 @@ void SensitiveTriangleSet::nearestOfRay(Result& result, const visual::Ray& ray) 
     result.position = result.localPosition;
 }
 
+/// The answer does not depend on the order in which the triangles are tested, but among equally near ones: these are
+/// tested again, in the order of the hierarchy.
 bool SensitiveTriangleSet::nearestOfRay(RayHit& hit, const visual::Ray& ray, float limit) const
+{
+    const ShearedRay sheared(ray);
+    const RayBoxTest boxTest(ray);
+    const float before = limit;
+    bool isTied = false;
+    rob::TriangleTemplate<float> triangles[BVHLeaf::capacity];
+    RayHit found;
+    forRays.walk(ray, limit, [&](const unsigned* indices, unsigned count) {
+        getTriangles(triangles, indices, count);
+        for (unsigned i = 0; i < count; ++i) {
+            // No triangle is hit whose own box is missed, as it can be where a unit is less than the rounding.
+            if (!sheared.meets(triangles[i], limit, found) || !boxTest(boxOf(triangles[i])))
+                continue;
+            isTied = found.distance == limit;
+            if (!isTied) {
+                hit = found;
+                limit = found.distance;
+            }
+        }
+    });
+    if (!(limit < before))
+        return false;
+    return !isTied || nearestInOrder(hit, ray, before);
+}
+
+bool SensitiveTriangleSet::nearestInOrder(RayHit& hit, const visual::Ray& ray, float limit) const
 {
     const ShearedRay sheared(ray);
     const float before = limit;
     rob::TriangleTemplate<float> triangle;
+    RayHit found;
     walkRayWithin(bvh.root, ray, limit, [&](const BVHPrimitive* primitive) {
         getTriangle(triangle, asTriangle(primitive));
-        if (sheared.meets(triangle, limit, hit))
-            limit = hit.distance;
+        if (!sheared.meets(triangle, limit, found) || found.distance == limit)
+            return;
+        hit = found;
+        limit = found.distance;
     });
     return limit < before;
 }

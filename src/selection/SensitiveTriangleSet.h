@@ -2,6 +2,7 @@
 
 #include "selection/geometry/BVHPrimitive.h"
 #include "selection/geometry/PrimitiveContainer.h"
+#include "selection/geometry/WideTree.h"
 
 #include <memory>
 
@@ -52,14 +53,20 @@ public:
     rob::PoseTemplate<float> inversePose;
 
 protected:
-    /// Makes `count` triangles side by side and enters them; `box` and index are the caller's to fill.
+    /// Makes `count` triangles side by side and enters them. Index and box are the caller's to fill, the box with that of
+    /// the corners, a unit larger on each side.
     SensitiveIndexedTriangle* makeTriangles(std::size_t count);
     /// Drops the triangles from `count` on, which were made but are not wanted.
     void keepFirst(std::size_t count);
     void buildHierarchy();
+    /// What `getTriangle` gives, of the triangles with these indices: for a set that is quicker at several of them.
+    virtual void getTriangles(rob::TriangleTemplate<float>* triangles, const unsigned* indices, unsigned count) const;
     void takePose(const rob::PoseTemplate<float>& newPose);
 
 private:
+    bool nearestInOrder(RayHit& hit, const visual::Ray& ray, float limit) const;
+
+    WideTree forRays;                                      // over the indices of the triangles
     std::unique_ptr<SensitiveIndexedTriangle[]> triangles; // owns what the container would delete one by one
 };
 

@@ -3,7 +3,7 @@
 namespace vrk::selection {
 
 BVHInnerNode::BVHInnerNode(BVHNode* left, BVHNode* right, unsigned splitAxis)
-    : BVHNode(Inner), left(left), right(right), splitAxis(splitAxis)
+    : BVHNode(Inner), splitAxis(splitAxis), left(left), right(right)
 {
     box.addBox(left->box);
     box.addBox(right->box);

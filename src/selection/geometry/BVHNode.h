@@ -18,7 +18,7 @@ public:
     virtual void collectPrimitives(std::vector<BVHPrimitive*>& out) const = 0;
 
     const unsigned kind;
-    [[no_unique_address]] visual::Box box; // its padding is used: a fine mesh has millions of nodes
+    [[no_unique_address]] visual::Box box; // its padding is used, also by the next field: there are millions
 
 protected:
     explicit BVHNode(Kind kind) : kind(kind) {}
@@ -31,9 +31,9 @@ public:
     BVHInnerNode(BVHNode* left, BVHNode* right, unsigned splitAxis);
     void collectPrimitives(std::vector<BVHPrimitive*>& out) const override;
 
+    unsigned splitAxis; ///< 0 x, 1 y, 2 z: the children's order along it is likely, not certain
     BVHNode* left;
     BVHNode* right;
-    unsigned splitAxis; ///< 0 x, 1 y, 2 z: the children's order along it is likely, not certain
 };
 
 /// A node with up to four primitives.
@@ -50,11 +50,11 @@ public:
         box.addBox(primitive->box);
     }
 
-    BVHPrimitive* primitives[capacity] = {};
     unsigned count = 0;
+    BVHPrimitive* primitives[capacity] = {};
 };
 
-static_assert(sizeof(BVHInnerNode) <= 96 && sizeof(BVHLeaf) <= 96);
+static_assert(sizeof(BVHInnerNode) <= 72 && sizeof(BVHLeaf) <= 88);
 
 } // namespace vrk::selection
 

@@ -193,6 +193,8 @@ TEST_F(DocksTest, ClickOnTheEyeHidesAndSelectsNothing)
     const QModelIndex eye = rows().index(0, StationTreeModel::Eye);
     const unsigned id = eye.data(StationTreeModel::IdRole).toUInt();
     QWidget& area = *tree().getTreeView().viewport();
+    tree().getTreeView().scrollTo(eye);
+    settle();
     const QPoint place = area.mapToGlobal(tree().getTreeView().visualRect(eye).center());
 
     moveMouse(place.x(), place.y());
@@ -251,10 +253,10 @@ TEST_F(DocksTest, PropertiesOfSeveralThingsAreTheirSums)
 {
     const std::vector<unsigned> parts = topmost(VisualType::Part);
 
-    state().selectVisuals({parts[0], parts[2]});
+    state().selectVisuals({parts[0], parts[2]}); // the pedestal and the bench, of two bodies each
 
     EXPECT_EQ(window().getPropertyDock().getShown().title, "2 things selected");
-    EXPECT_THAT(window().getPropertyDock().getShown().lines, Contains(Properties::Line{"Bodies", "2", {}, {}}));
+    EXPECT_THAT(window().getPropertyDock().getShown().lines, Contains(Properties::Line{"Bodies", "4", {}, {}}));
 }
 
 TEST_F(DocksTest, PaintedPartIsSeenAndResetBringsTheModelsColoursBack)

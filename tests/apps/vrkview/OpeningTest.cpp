@@ -93,6 +93,7 @@ TEST_F(OpeningTest, MissingFileIsTold)
 TEST_F(OpeningTest, DroppedRobotJoinsTheStationAndItsJointsFollowTheSliders)
 {
     const std::size_t rows = rowCount();
+    const std::size_t before = window().getJointDock().getRows().size();
     QMimeData data;
     data.setUrls({QUrl::fromLocalFile(write("crane.urdf", crane))});
     QDragEnterEvent enter(QPoint(300, 300), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
@@ -102,11 +103,14 @@ TEST_F(OpeningTest, DroppedRobotJoinsTheStationAndItsJointsFollowTheSliders)
     QApplication::sendEvent(&window(), &drop);
     ASSERT_TRUE(waitFor([rows] { return rowCount() > rows; }));
     settle();
-    const auto& robot = Layout::inst().manipulators.front();
+    const auto& robot = Layout::inst().manipulators.back();
     const unsigned slide = robot->getLinks()[2]->getId();
     const float height = Scene::GetVisual(slide)->getWorldPosition().z;
-    const std::vector<JointRow*> lines = window().getJointDock().getRows();
-    ASSERT_EQ(lines.size(), 2u);
+    const std::vector<JointRow*> all = window().getJointDock().getRows();
+    ASSERT_EQ(all.size(), before + 2);
+    // The rows of the arm come first, those of the devices last.
+    const std::size_t first = Layout::inst().manipulators.front()->getJointValues().size();
+    const std::vector<JointRow*> lines = {all[first], all[first + 1]};
 
     lines[0]->getBox().setValue(45);
     lines[1]->getSlider().setValue(lines[1]->getSlider().maximum());
@@ -144,9 +148,11 @@ TEST_F(OpeningTest, WhatIsGivenUpAddsNothing)
 
 TEST_F(OpeningTest, StationThatCannotBeSavedIsTold)
 {
-    files().save("/no/such/folder/cell");
+    const QString noFolder = write("file", "");
 
-    EXPECT_THAT(window().getMessageBar().getText().toStdString(), HasSubstr("/no/such/folder/cell.station.json"));
+    files().save(noFolder + "/cell");
+
+    EXPECT_THAT(window().getMessageBar().getText().toStdString(), HasSubstr("file/cell.station.json"));
     EXPECT_THAT(window().getMessageBar().getText().toStdString(), HasSubstr("was not saved"));
     window().getMessageBar().hide();
 }
