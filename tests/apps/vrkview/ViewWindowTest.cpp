@@ -307,6 +307,8 @@ TEST_F(ViewWindowTest, F1ListsTheKeys)
     EXPECT_THAT(box->text().toStdString(), HasSubstr("Isometric"));
     EXPECT_THAT(box->text().toStdString(), HasSubstr("<b>G</b></td><td>Grid</td>"));
     EXPECT_THAT(box->text().toStdString(), HasSubstr("<b>0</b> or <b>I</b>"));
+    EXPECT_THAT(box->text().toStdString(), HasSubstr("<b>Middle drag</b></td><td>orbits"));
+    EXPECT_THAT(box->text().toStdString(), HasSubstr("<b>Alt+Shift+click</b>"));
     shoot("keys");
     box->close();
 }
