@@ -135,6 +135,7 @@ void ViewWindow::buildStatusLine()
     line.addPermanentWidget(new ProgressStrip(files.getOpening()));
     line.addPermanentWidget(frameTime);
     contents->setContentsMargins(6, 0, 0, 0);
+    underMouse->setContentsMargins(24, 0, 0, 0);
     underMouse->setTextFormat(Qt::PlainText);                                // names come from files
     underMouse->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // a long one must not widen the window
     frameTime->setAlignment(Qt::AlignRight | Qt::AlignVCenter);

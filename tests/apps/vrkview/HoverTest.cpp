@@ -81,9 +81,12 @@ TEST_F(HoverTest, StatusLineNamesThePointOfACloud)
 
 TEST_F(HoverTest, ThingUnderTheMouseIsHighlightedAndNoLongerWhenTheMouseLeaves)
 {
+    const QPoint place = placeOf("Controller");
+    moveTo(place);
+    leaveViewFully();
     const QImage before = seen();
 
-    moveTo(placeOf("Controller"));
+    moveTo(place);
     settle();
     const QImage during = seen();
     shoot("hover-thing");

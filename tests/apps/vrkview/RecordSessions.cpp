@@ -1,17 +1,17 @@
+#include "DemoSolids.h"
 #include "FakeInput.h"
 #include "JointDock.h"
 #include "JointRow.h"
 #include "MouseFixture.h"
 #include "Recorder.h"
 
-#include "support/TempFolder.h"
-
 #include <gmock/gmock.h>
 
+#include <BRepTools.hxx>
 #include <QDoubleSpinBox>
 
 #include <filesystem>
-#include <fstream>
+#include <memory>
 
 namespace vrkview::test {
 namespace {
@@ -88,7 +88,7 @@ TEST_F(RecordSessions, SelectFacesAndHide)
     {
         const HeldKey alt("Alt_L");
         clickAt(placeOf("Pedestal"));
-        clickAt(placeOf("Bench"));
+        clickAt(placeOf("Measuring bench"));
         const HeldKey shift("Shift_L");
         clickAt(placeOf("Gear unit"));
     }
@@ -100,6 +100,7 @@ TEST_F(RecordSessions, SelectFacesAndHide)
 
 TEST_F(RecordSessions, LoadAttachJoints)
 {
+    BRepTools::Write(demo::box({500, 700, 0}, {900, 1100, 300}), (folder() / "block.brep").c_str());
     record("load-attach-joints");
 
     window().getFiles().open({QString::fromStdString((folder() / "block.brep").string())});
@@ -112,7 +113,7 @@ TEST_F(RecordSessions, LoadAttachJoints)
     joints[6]->getBox().setValue(30);
     settle();
     clickAt(placeOf("Workpiece"));
-    moveTo(placeOf("Torch"));
+    moveTo(placeOf("Welding torch"));
     key("1");
     moveTo(placeOf("block"));
 
