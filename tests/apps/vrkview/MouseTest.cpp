@@ -361,7 +361,7 @@ int pixelsLike(const QImage& picture, const QColor& color)
 
 TEST_F(MouseTest, BaseAndSideFaceHaveTheirColours)
 {
-    const QPoint base = placeOf("Controller"), side = placeOf("Pedestal");
+    const QPoint base = placeOf("Controller"), side = placeOf("Measuring bench");
     leaveView();
     settle();
     const QImage before = seen();
