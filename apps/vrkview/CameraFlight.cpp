@@ -34,6 +34,7 @@ CameraFlight::CameraFlight(QObject* parent) : QObject(parent)
 
 void CameraFlight::flyTo(const Posef& pose)
 {
+    stop();
     const vrk::visual::Box box = bodyBox();
     const Posf middle = box.isValid() ? box.min + (box.max - box.min) / 2.0f : Posf(0, 0, 0);
     Camera& camera = *Camera::Get();
@@ -45,21 +46,34 @@ void CameraFlight::flyTo(const Posef& pose)
 
 void CameraFlight::stop()
 {
+    if (!isFlying())
+        return;
     timer.stop();
+    emit interrupted(Camera::Get()->getWorldPose());
+}
+
+void CameraFlight::finish()
+{
+    if (isFlying())
+        moveTo(1);
 }
 
 void CameraFlight::step()
 {
-    Camera& camera = *Camera::Get();
-    if (camera.getWorldPose() != lastPose) {
-        stop(); // somebody else has the camera now
+    if (Camera::Get()->getWorldPose() != lastPose) {
+        timer.stop(); // somebody else has the camera now
         return;
     }
-    const float time = static_cast<float>(clock.elapsed()) / duration;
+    moveTo(static_cast<float>(clock.elapsed()) / duration);
+}
+
+void CameraFlight::moveTo(float time)
+{
+    Camera& camera = *Camera::Get();
     camera.setWorldPose(way->at(time));
     lastPose = camera.getWorldPose();
     if (time >= 1)
-        stop();
+        timer.stop();
 }
 
 } // namespace vrkview

@@ -26,10 +26,17 @@ public:
     void flyTo(const vrk::rob::Posef& pose);
     /// The camera stays where it is.
     void stop();
+    /// The camera is where it was to get to, at once; nothing while it does not fly.
+    void finish();
     bool isFlying() const { return timer.isActive(); }
+
+signals:
+    /// Another flight begins, or `stop` was called, while the camera was still on its way: it has got to here.
+    void interrupted(const vrk::rob::Posef& pose);
 
 private:
     void step();
+    void moveTo(float time);
 
     QTimer timer;
     QElapsedTimer clock;

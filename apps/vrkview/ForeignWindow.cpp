@@ -16,11 +16,11 @@ xcb_connection_t* connection()
 
 } // namespace
 
-ForeignWindow::ForeignWindow(unsigned long handle, std::function<void()> exposed)
-    : handle(handle), exposed(std::move(exposed))
+ForeignWindow::ForeignWindow(unsigned long handle, std::function<void()> exposed, std::function<void()> left)
+    : handle(handle), exposed(std::move(exposed)), left(std::move(left))
 {
     // Each client of the display has its own choice of events, so OGRE's stays as it is.
-    const std::uint32_t events[] = {XCB_EVENT_MASK_EXPOSURE};
+    const std::uint32_t events[] = {XCB_EVENT_MASK_EXPOSURE | XCB_EVENT_MASK_LEAVE_WINDOW};
     xcb_change_window_attributes(connection(), static_cast<xcb_window_t>(handle), XCB_CW_EVENT_MASK, events);
     xcb_flush(connection());
     qGuiApp->installNativeEventFilter(this);
@@ -46,9 +46,14 @@ bool ForeignWindow::nativeEventFilter(const QByteArray& eventType, void* message
         return false;
     const auto* event = static_cast<const xcb_generic_event_t*>(message);
     constexpr std::uint8_t typeMask = 0x7f; // the other bit says that a client sent it
-    if ((event->response_type & typeMask) == XCB_EXPOSE &&
-        reinterpret_cast<const xcb_expose_event_t*>(event)->window == handle)
+    const std::uint8_t type = event->response_type & typeMask;
+    if (type == XCB_EXPOSE && reinterpret_cast<const xcb_expose_event_t*>(event)->window == handle)
         exposed();
+    if (type == XCB_LEAVE_NOTIFY) {
+        const auto& leave = *reinterpret_cast<const xcb_leave_notify_event_t*>(event);
+        if (leave.event == handle && leave.mode == XCB_NOTIFY_MODE_NORMAL) // no grab by a button or a menu
+            left();
+    }
     return false;
 }
 

@@ -63,6 +63,8 @@ vrk::VisualType kindOf(const Mechanism& mechanism)
     }
 }
 
+} // namespace
+
 std::vector<std::shared_ptr<Mechanism>> allMechanisms()
 {
     const Layout& layout = Layout::inst();
@@ -73,8 +75,6 @@ std::vector<std::shared_ptr<Mechanism>> allMechanisms()
     all.insert(all.end(), layout.tools.begin(), layout.tools.end());
     return all;
 }
-
-} // namespace
 
 JointDock::JointDock(ViewState& state, QWidget* parent) : QDockWidget(tr("Joints"), parent), state(state)
 {

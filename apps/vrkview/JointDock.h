@@ -19,6 +19,9 @@ namespace vrkview {
 class JointRow;
 class ViewState;
 
+/// All mechanisms of the model, in its order. Takes its lock shared.
+std::vector<std::shared_ptr<vrk::layout::Mechanism>> allMechanisms();
+
 /// The dock with a slider and a number for each joint that moves, of every mechanism of the station. It follows joints that
 /// are moved elsewhere, from any thread.
 class JointDock : public QDockWidget {

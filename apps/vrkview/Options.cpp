@@ -86,7 +86,16 @@ const char* const footer = "Keys in the window:\n"
                            "  F1         the whole list\n"
                            "  Ctrl+Q     leave\n"
                            "\n"
-                           "Exit codes: 0 done, 1 wrong command line, 2 a file or the display cannot be used.";
+                           "Mouse in the window:\n"
+                           "  middle drag     orbits about what is under the mouse; left drag in empty space, too\n"
+                           "  Shift+middle    moves the view\n"
+                           "  wheel           zooms to what is under the mouse\n"
+                           "  double click    flies to what is under the mouse\n"
+                           "  click           selects a part or robot; Ctrl+click adds it or takes it out\n"
+                           "  Alt+click       selects a face as base, Alt+Shift+click as side\n"
+                           "\n"
+                           "Exit codes: 0 done, 1 wrong command line, 2 a file or the display cannot be used,\n"
+                           "3 a recording plays differently.";
 
 } // namespace
 
@@ -124,6 +133,22 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
                    "Write what --pick-grid found into this PNG file, each object in a colour of its own")
         ->type_name("PNG")
         ->needs(pickGrid);
+    CLI::Option* record = app.add_option("--record", options.recording,
+                                         "Write what is done in the window, and what it picks, into this file")
+                              ->type_name("FILE")
+                              ->excludes(shot)
+                              ->excludes(pick)
+                              ->excludes(pickGrid);
+    CLI::Option* play = app.add_option("--play", options.session,
+                                       "Do what this recording tells and compare what is picked; no window is seen")
+                            ->type_name("FILE")
+                            ->excludes(shot)
+                            ->excludes(pick)
+                            ->excludes(pickGrid)
+                            ->excludes(record);
+    app.add_option("--play-picture", options.playPicture, "Write what the view shows after --play into this PNG file")
+        ->type_name("PNG")
+        ->needs(play);
     app.add_option(
            "--view", views,
            fmt::format("Direction of the picture: {}. Several, joined by commas, or 'all', make several pictures "
@@ -147,7 +172,9 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
     app.add_flag("--list", list, "Print what the files hold as JSON instead of opening a window")
         ->excludes(shot)
         ->excludes(pick)
-        ->excludes(pickGrid);
+        ->excludes(pickGrid)
+        ->excludes(record)
+        ->excludes(play);
     app.add_flag("--gpu", options.onPresentDisplay,
                  "Draw pictures on the present display, and so with its graphics card, instead of a private one");
     app.add_option("--resources", options.resources, "The zip with materials and programs")
@@ -179,6 +206,8 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
     }
     if (list)
         options.task = Options::Task::ListTree;
+    else if (*play)
+        options.task = Options::Task::PlaySession;
     else if (*shot)
         options.task = Options::Task::TakePicture;
     else if (*pick)

@@ -11,7 +11,7 @@ namespace vrkview {
 
 /// What the command line asks for.
 struct Options {
-    enum class Task { OpenWindow, TakePicture, ListTree, Pick, PickGrid };
+    enum class Task { OpenWindow, PlaySession, TakePicture, ListTree, Pick, PickGrid };
 
     Task task = Task::OpenWindow;
     std::vector<std::filesystem::path> files; // none: the demo station
@@ -23,6 +23,9 @@ struct Options {
     int gridColumns = 0;
     int gridRows = 0;
     std::filesystem::path pickPicture; // empty: none
+    std::filesystem::path recording;   // made of what is done in the window; empty: none
+    std::filesystem::path session;     // to be played
+    std::filesystem::path playPicture; // of the view after that; empty: none
     const DrawMode* drawMode = nullptr;
     bool isDrawModeGiven = false; // rather than the usual one
     bool onPresentDisplay = false;

@@ -193,7 +193,7 @@ void ViewActions::follow()
 void ViewActions::followState()
 {
     const bool any = !state.getSelected().empty();
-    clear->setEnabled(any);
+    clear->setEnabled(state.isAnySelected());
     hide->setEnabled(any);
     focus->setEnabled(any);
     show->setEnabled(state.isAnyHidden());

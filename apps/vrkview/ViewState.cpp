@@ -5,6 +5,7 @@
 #include "platform/layout/Layout.h"
 #include "platform/sdf/SdfManager.h"
 #include "scene/Scene.h"
+#include "visual/Visual.h"
 
 #include <algorithm>
 #include <mutex>
@@ -34,9 +35,10 @@ bool ViewState::isSelected(unsigned id) const
 
 void ViewState::selectVisuals(std::vector<unsigned> ids)
 {
-    if (ids == selected)
+    if (ids == selected && selectedFaces.empty())
         return;
     selected = std::move(ids);
+    selectedFaces.clear(); // as the scene does
     Scene& scene = *Scene::Get();
     scene.setVisualsSelected(selected);
     // The outline costs a pass over the picture, so that it goes with the last thing that it is drawn around.
@@ -58,6 +60,28 @@ void ViewState::followScene()
     if (inScene == selected)
         return;
     selected = inScene;
+    emit selectionChanged();
+}
+
+bool ViewState::isFaceSelected(unsigned body, unsigned face) const
+{
+    return std::ranges::find(selectedFaces, std::pair(body, face)) != selectedFaces.end();
+}
+
+void ViewState::toggleFace(unsigned body, unsigned face, FaceUse use)
+{
+    if (!Scene::HasVisual(body) || Scene::GetVisual(body)->getType() != vrk::VisualType::Solid)
+        return;
+    Scene& scene = *Scene::Get();
+    if (std::erase(selectedFaces, std::pair(body, face)) > 0) {
+        scene.clearSelectedFace(body, face);
+    } else {
+        selectedFaces.emplace_back(body, face);
+        if (use == FaceUse::Base)
+            scene.selectBaseFace(body, face);
+        else
+            scene.selectSideFace(body, face);
+    }
     emit selectionChanged();
 }
 
@@ -208,9 +232,11 @@ void ViewState::forgetWhatIsGone()
     const auto isGone = [this](unsigned id) { return tree.find(id) == StationTree::none; };
     std::erase_if(hidden, isGone);
     std::erase_if(hiddenFaces, [&](const HiddenFace& face) { return isGone(face.body); });
+    std::erase_if(selectedFaces, [&](const auto& face) { return isGone(face.first); });
     std::vector<unsigned> left = selected;
     std::erase_if(left, isGone);
-    selectVisuals(std::move(left));
+    if (left != selected)
+        selectVisuals(std::move(left));
 }
 
 } // namespace vrkview

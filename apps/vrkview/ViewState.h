@@ -7,6 +7,7 @@
 
 #include <span>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace vrkview {
@@ -22,6 +23,8 @@ class ViewState : public QObject {
 
 public:
     enum class Shown { Whole, Partly, Not };
+    /// What a face is marked for.
+    enum class FaceUse { Base, Side };
 
     /// Starts with what the model says is hidden. The scene must have been given this mode already.
     ViewState(const DrawMode& mode, std::vector<HiddenFace> hiddenFaces);
@@ -35,9 +38,19 @@ public:
     void selectVisuals(std::vector<unsigned> ids);
     /// Adds the visual to the selection or takes it out.
     void toggle(unsigned id);
+    /// Nothing selected, faces included.
     void clear() { selectVisuals({}); }
+    bool isAnySelected() const { return !selected.empty() || !selectedFaces.empty(); }
     /// Takes over what the scene itself did to its selection. Call it after the scene has worked off its posts.
     void followScene();
+
+    // Faces of solids, beside the selection of whole things; a new one of those ends that of faces
+
+    /// @param face  from 1.
+    bool isFaceSelected(unsigned body, unsigned face) const;
+    /// Selects the face in the colour of this use or, if it is selected, in whichever use, takes it out. Nothing for what
+    /// is no solid.
+    void toggleFace(unsigned body, unsigned face, FaceUse use);
 
     // Visibility of things of the station, with what is below them
 
@@ -80,6 +93,7 @@ private:
     std::vector<HiddenFace> hiddenFaces;
     StationTree tree;
     std::vector<unsigned> selected;
+    std::vector<std::pair<unsigned, unsigned>> selectedFaces; // body and face
     std::unordered_set<unsigned> hidden;
     std::vector<int> hiddenBelow; // for each row, how many below it are hidden
 };

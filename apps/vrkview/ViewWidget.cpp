@@ -8,6 +8,7 @@
 #include "view/OffscreenTarget.h"
 
 #include <QMouseEvent>
+#include <QScopedValueRollback>
 #include <QScreen>
 #include <QWheelEvent>
 #include <QWindow>
@@ -46,7 +47,8 @@ ViewWidget::ViewWidget(QWidget* parent) : QWidget(parent)
     Camera::Get()->setRenderTarget(window);
     unsigned long handle = 0;
     window->getCustomAttribute("WINDOW", &handle);
-    native = std::make_unique<ForeignWindow>(handle, [this] { requestFrame(); });
+    native = std::make_unique<ForeignWindow>(
+        handle, [this] { requestFrame(); }, [this] { leave(); });
     connect(windowHandle(), &QWindow::screenChanged, this, &ViewWidget::fitToWidget); // its pixels may be others
     sceneChanged = SignalBroker::onUpdateScene([this] { requestFrame(); });
     cameraMoved = SignalBroker::onCameraMoved([this] {
@@ -106,12 +108,19 @@ void ViewWidget::mouseDoubleClickEvent(QMouseEvent* event)
 
 void ViewWidget::mouseMoveEvent(QMouseEvent* event)
 {
+    isMouseInside = true;
     emit mouseMoved(toDevice(event->position()), event->buttons(), event->modifiers());
 }
 
 void ViewWidget::leaveEvent(QEvent*)
 {
-    emit mouseLeft();
+    leave();
+}
+
+void ViewWidget::leave()
+{
+    if (std::exchange(isMouseInside, false)) // Qt and the display may both tell
+        emit mouseLeft();
 }
 
 void ViewWidget::wheelEvent(QWheelEvent* event)
@@ -159,25 +168,36 @@ QImage ViewWidget::takePicture(const QSize& pixels)
         .scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
 }
 
+void ViewWidget::attempt(const std::function<void()>& work)
+{
+    try {
+        work();
+    } catch (const std::exception& failure) {
+        emit failed(QString::fromUtf8(failure.what())); // it must not pass through Qt's event loop
+    }
+}
+
+void ViewWidget::drain()
+{
+    const QScopedValueRollback draining(isDraining, true);
+    attempt([this] {
+        vrk::visual::Scene::Get()->processMsgs();
+        isDraining = false;
+        emit drained();
+    });
+}
+
 void ViewWidget::drawFrame()
 {
     // First, so that a request during the frame, for what it may have missed, makes another one.
     isRequested = false;
     // OGRE takes no size while the window is not on the screen; that it got there is told by an exposure.
     const bool isDrawable = isVisible() && hasItsSize();
-    try {
-        if (isDrawable && !std::exchange(wasDrawable, true))
-            emit ready();
-        isDraining = true;
-        vrk::visual::Scene::Get()->processMsgs();
-        isDraining = false;
-        emit drained();
-        if (isDrawable)
-            Ogre::Root::getSingleton().renderOneFrame();
-    } catch (const std::exception& failure) {
-        isDraining = false;
-        emit failed(QString::fromUtf8(failure.what())); // it must not pass through Qt's event loop
-    }
+    if (isDrawable && !std::exchange(wasDrawable, true))
+        attempt([this] { emit ready(); });
+    drain();
+    if (isDrawable)
+        attempt([] { Ogre::Root::getSingleton().renderOneFrame(); });
 }
 
 } // namespace vrkview

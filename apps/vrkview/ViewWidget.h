@@ -8,6 +8,7 @@
 #include <QWidget>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 
 namespace Ogre {
@@ -36,6 +37,11 @@ public:
 
     /// Draws in the next turn of the event loop. Any thread.
     void requestFrame();
+    /// Whether `ready` was told.
+    bool isReady() const { return wasDrawable; }
+    bool isFrameRequested() const { return isRequested; }
+    /// Has the scene work off what was posted, at once: whoever asks it what is where gets the answer of now. Render thread.
+    void drain();
     /// What the view shows, drawn anew with this many pixels and smoothed edges. At once.
     QImage takePicture(const QSize& pixels);
     QPaintEngine* paintEngine() const override { return nullptr; }
@@ -69,7 +75,10 @@ protected:
     void wheelEvent(QWheelEvent* event) override;
 
 private:
+    void leave();
     void drawFrame();
+    /// Tells of a failure instead of passing it on.
+    void attempt(const std::function<void()>& work);
     void fitToWidget();
     bool hasItsSize();
 
@@ -77,6 +86,7 @@ private:
     std::unique_ptr<ForeignWindow> native; // the same one, as the display sees it
     std::atomic<bool> isRequested = false;
     bool wasDrawable = false;
+    bool isMouseInside = false;
     bool isDraining = false; // the scene works off what was posted
     boost::signals2::scoped_connection sceneChanged;
     boost::signals2::scoped_connection cameraMoved;

@@ -6,6 +6,7 @@
 #include "JointDock.h"
 #include "KeysHelp.h"
 #include "MessageBar.h"
+#include "Mouse.h"
 #include "ProgressStrip.h"
 #include "PropertyDock.h"
 #include "StartUp.h"
@@ -82,7 +83,8 @@ ViewWindow::ViewWindow(const Station& station, const DrawMode& mode)
     : state(mode, station.hiddenFaces), files(state, settings, QString::fromStdString(station.title)),
       view(new ViewWidget(this)), messages(new MessageBar), tree(new TreeDock(state, this)),
       joints(new JointDock(state, this)), properties(new PropertyDock(state, this)),
-      actions(new ViewActions(*this, state, flight, settings)), contents(new QLabel), frameTime(new QLabel)
+      actions(new ViewActions(*this, state, flight, settings)), mouse(new Mouse(*view, state, settings, flight, this)),
+      contents(new QLabel), underMouse(new QLabel), frameTime(new QLabel)
 {
     setAcceptDrops(true);
     setDockOptions(AnimatedDocks | AllowTabbedDocks | AllowNestedDocks);
@@ -129,9 +131,13 @@ void ViewWindow::buildStatusLine()
     QStatusBar& line = *statusBar();
     line.setSizeGripEnabled(false);
     line.addWidget(contents);
+    line.addWidget(underMouse, 1);
     line.addPermanentWidget(new ProgressStrip(files.getOpening()));
     line.addPermanentWidget(frameTime);
     contents->setContentsMargins(6, 0, 0, 0);
+    underMouse->setContentsMargins(24, 0, 0, 0);
+    underMouse->setTextFormat(Qt::PlainText);                                // names come from files
+    underMouse->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // a long one must not widen the window
     frameTime->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     frameTime->setContentsMargins(0, 0, 8, 0);
     frameTime->setToolTip(tr("How long the last frame took"));
@@ -207,7 +213,7 @@ void ViewWindow::buildMenus()
     actions->fillSelectMenu(*menuBar()->addMenu(tr("&Select")));
     buildPreferences();
     QMenu& help = *menuBar()->addMenu(tr("&Help"));
-    addCommand(help, tr("&Keys"), QKeySequence(Qt::Key_F1), &ViewWindow::showKeys);
+    addCommand(help, tr("&Keys and mouse"), QKeySequence(Qt::Key_F1), &ViewWindow::showKeys);
     addCommand(help, tr("&About vrkview"), {}, &ViewWindow::showAbout);
     actions->fillTreeMenu(tree->getTreeView());
 }
@@ -218,8 +224,8 @@ void ViewWindow::connectView()
     connect(view, &ViewWidget::ready, this, &ViewWindow::startView);
     connect(view, &ViewWidget::drained, this, &ViewWindow::followScene);
     connect(view, &ViewWidget::failed, messages, &MessageBar::tell);
-    connect(view, &ViewWidget::mousePressed, &flight, &CameraFlight::stop);
-    connect(view, &ViewWidget::wheelTurned, &flight, &CameraFlight::stop);
+    connect(mouse, &Mouse::focusRequested, actions, &ViewActions::focusOn);
+    connect(&mouse->getHover(), &Hover::textChanged, underMouse, &QLabel::setText);
     connect(&state, &ViewState::stationChanged, this, &ViewWindow::showContents);
     propertiesTimer.setSingleShot(true);
     propertiesTimer.setInterval(propertiesInterval);
@@ -348,7 +354,8 @@ void ViewWindow::askForScreenshot()
 
 void ViewWindow::showKeys()
 {
-    auto* box = new QMessageBox(QMessageBox::NoIcon, tr("Keys"), keysHelp(*menuBar()), QMessageBox::Close, this);
+    auto* box = new QMessageBox(QMessageBox::NoIcon, tr("Keys and mouse"),
+                                keysAndMouseHelp(*menuBar(), settings.mouseStyle()), QMessageBox::Close, this);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->open();
 }

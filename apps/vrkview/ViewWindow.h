@@ -16,6 +16,7 @@ namespace vrkview {
 
 class JointDock;
 class MessageBar;
+class Mouse;
 class PropertyDock;
 class TreeDock;
 class ViewActions;
@@ -35,9 +36,11 @@ public:
 
     ViewWidget& getView() const { return *view; }
     ViewState& getState() { return state; }
+    const ViewState& getState() const { return state; }
     Settings& getSettings() { return settings; }
     CameraFlight& getFlight() { return flight; }
     StationFiles& getFiles() { return files; }
+    Mouse& getMouse() const { return *mouse; }
     TreeDock& getTreeDock() const { return *tree; }
     JointDock& getJointDock() const { return *joints; }
     PropertyDock& getPropertyDock() const { return *properties; }
@@ -84,8 +87,10 @@ private:
     JointDock* joints;
     PropertyDock* properties;
     ViewActions* actions;
+    Mouse* mouse;
     QMenu* recent = nullptr;
     QLabel* contents;
+    QLabel* underMouse;
     QLabel* frameTime;
     boost::signals2::scoped_connection frameTicked;
 };

@@ -3,12 +3,16 @@
 #include "Headless.h"
 #include "Options.h"
 #include "Pick.h"
+#include "Player.h"
 #include "PrivateDisplay.h"
+#include "Recorder.h"
 #include "Resources.h"
+#include "Session.h"
 #include "Settings.h"
 #include "StartUp.h"
 #include "StationScene.h"
 #include "Surroundings.h"
+#include "ViewWidget.h"
 #include "ViewWindow.h"
 
 #include "platform/common/ResourcePath.h"
@@ -16,6 +20,8 @@
 #include "scene/Scene.h"
 
 #include <QApplication>
+#include <QSettings>
+#include <QTemporaryDir>
 
 #include <Standard_Failure.hxx>
 
@@ -29,7 +35,8 @@
 namespace vrkview {
 namespace {
 
-constexpr int unusable = 2; // a file, the resources or the display
+constexpr int unusable = 2;         // a file, the resources or the display
+constexpr int playsDifferently = 3; // a recording
 
 /// Sends what the library tells on standard output to standard error: the former is for what was asked for.
 class QuietOutput {
@@ -90,8 +97,32 @@ int openWindow(int argc, char** argv, const Station& station, const Options& opt
     const DrawMode& mode = chooseDrawMode(options);
     build(station, options, mode);
     ViewWindow window(station, mode);
+    std::optional<Recorder> recorder;
+    if (!options.recording.empty())
+        recorder.emplace(window, options.recording);
     window.show();
     return QApplication::exec();
+}
+
+void playSession(int argc, char** argv, const Station& station, const Options& options)
+{
+    const Session session = readSession(options.session);
+    const QTemporaryDir settings; // the user's own would make other windows on other machines
+    QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settings.path());
+    qputenv("QT_QPA_PLATFORM", "xcb");
+    const QApplication application(argc, argv);
+    std::setlocale(LC_NUMERIC, "C");
+    build(station, options, *findDrawMode(session.head.display));
+    ViewWindow window(station, *findDrawMode(session.head.display));
+    window.show();
+    Player(window, session).play();
+    if (options.playPicture.empty())
+        return;
+    const ViewWidget& view = window.getView();
+    if (!window.getView()
+             .takePicture(view.toDevice(view.size()))
+             .save(QString::fromStdString(options.playPicture), "PNG"))
+        throw std::runtime_error(options.playPicture.string() + ": the picture cannot be written");
 }
 
 int run(int argc, char** argv, const Options& options)
@@ -105,6 +136,10 @@ int run(int argc, char** argv, const Options& options)
 
     if (options.task == Options::Task::OpenWindow)
         return openWindow(argc, argv, station, options);
+    if (options.task == Options::Task::PlaySession) {
+        playSession(argc, argv, station, options);
+        return 0;
+    }
     build(station, options, *options.drawMode);
     quiet.reset();
     switch (options.task) {
@@ -140,6 +175,9 @@ int main(int argc, char** argv)
         return *done;
     try {
         return vrkview::run(argc, argv, options);
+    } catch (const vrkview::SessionDifference& difference) {
+        std::cerr << "vrkview: " << difference.what() << std::endl;
+        return vrkview::playsDifferently;
     } catch (const Standard_Failure& failure) {
         return vrkview::fail(failure.GetMessageString());
     } catch (const std::exception& failure) {

@@ -22,6 +22,18 @@ void typeKey(const char* name)
     XSync(display(), False);
 }
 
+HeldKey::HeldKey(const char* name) : code(XKeysymToKeycode(display(), XStringToKeysym(name)))
+{
+    XTestFakeKeyEvent(display(), code, True, CurrentTime);
+    XSync(display(), False);
+}
+
+HeldKey::~HeldKey()
+{
+    XTestFakeKeyEvent(display(), code, False, CurrentTime);
+    XSync(display(), False);
+}
+
 void moveMouse(int x, int y)
 {
     XTestFakeMotionEvent(display(), 0, x, y, CurrentTime);
@@ -30,8 +42,19 @@ void moveMouse(int x, int y)
 
 void clickLeft()
 {
-    XTestFakeButtonEvent(display(), 1, True, CurrentTime);
-    XTestFakeButtonEvent(display(), 1, False, CurrentTime);
+    pressButton(1);
+    releaseButton(1);
+}
+
+void pressButton(unsigned button)
+{
+    XTestFakeButtonEvent(display(), button, True, CurrentTime);
+    XSync(display(), False);
+}
+
+void releaseButton(unsigned button)
+{
+    XTestFakeButtonEvent(display(), button, False, CurrentTime);
     XSync(display(), False);
 }
 

@@ -6,8 +6,22 @@ namespace vrkview::test {
 
 /// @param name  as X11 calls the key, such as "5" or "F1".
 void typeKey(const char* name);
+/// Holds a key down until this ends.
+class HeldKey {
+public:
+    explicit HeldKey(const char* name);
+    ~HeldKey();
+    HeldKey(const HeldKey&) = delete;
+    HeldKey& operator=(const HeldKey&) = delete;
+
+private:
+    unsigned code;
+};
 /// Device pixels of the screen.
 void moveMouse(int x, int y);
 void clickLeft();
+/// X11's numbers: 1 left, 2 middle, 3 right, 4 and 5 a notch of the wheel away from the user and back.
+void pressButton(unsigned button);
+void releaseButton(unsigned button);
 
 } // namespace vrkview::test

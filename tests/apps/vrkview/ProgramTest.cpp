@@ -73,7 +73,8 @@ TEST(ViewerProgram, HelpNamesTheOptionsAndTheKeys)
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_THAT(outcome.out, AllOf(HasSubstr("--shot"), HasSubstr("--list"), HasSubstr("--view"), HasSubstr("Keys"),
                                    HasSubstr("F5 to F8"), HasSubstr("shaded, shaded-edges, edges, wire"),
-                                   HasSubstr("front, back, left, right, top, bottom")));
+                                   HasSubstr("front, back, left, right, top, bottom"), HasSubstr("--record"),
+                                   HasSubstr("--play-picture"), HasSubstr("Alt+click")));
     EXPECT_THAT(outcome.err, IsEmpty());
 }
 

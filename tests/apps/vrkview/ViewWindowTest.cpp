@@ -309,6 +309,9 @@ TEST_F(ViewWindowTest, F1ListsTheKeys)
     EXPECT_THAT(box->text().toStdString(), HasSubstr("Isometric"));
     EXPECT_THAT(box->text().toStdString(), HasSubstr("<b>G</b></td><td>Grid</td>"));
     EXPECT_THAT(box->text().toStdString(), HasSubstr("<b>0</b> or <b>I</b>"));
+    EXPECT_THAT(box->text().toStdString(), HasSubstr("<b>Middle drag</b></td><td>orbits"));
+    EXPECT_THAT(box->text().toStdString(), HasSubstr("<b>Alt+Shift+click</b>"));
+    settle();
     shoot("keys");
     box->close();
 }

@@ -1,0 +1,61 @@
+#include "Hover.h"
+
+#include "Picked.h"
+#include "ViewState.h"
+
+#include "scene/Scene.h"
+#include "selection/geometry/Result.h"
+#include "visual/SolidVisual.h"
+
+namespace vrkview {
+
+using vrk::selection::Result;
+using vrk::visual::Scene;
+using vrk::visual::SolidVisual;
+
+Hover::Hover(const ViewState& state, QObject* parent) : QObject(parent), state(state)
+{
+    connect(&state, &ViewState::stationChanged, this, &Hover::clear);
+}
+
+void Hover::show(const Result& result, Of what)
+{
+    const unsigned thing = thingOf(state.getTree(), result);
+    if (thing == 0) {
+        clear();
+        return;
+    }
+    Scene& scene = *Scene::Get();
+    const unsigned face = what == Of::Face ? faceOf(result) : 0;
+    if (face != 0)
+        scene.highlightFace(static_cast<SolidVisual*>(result.visual), face);
+    else if (what == Of::Thing && Scene::HasVisual(thing))
+        scene.setVisualHighlighted(thing);
+    else
+        scene.clearHighlightedVisual();
+    hit = result.visual->getId();
+    setText(describeForUser(state.getTree(), result));
+}
+
+void Hover::clear()
+{
+    hit = 0;
+    Scene::Get()->clearHighlightedVisual();
+    setText({});
+}
+
+void Hover::followScene()
+{
+    if (hit != 0 && !Scene::HasVisual(hit))
+        clear();
+}
+
+void Hover::setText(const QString& wanted)
+{
+    if (text == wanted)
+        return;
+    text = wanted;
+    emit textChanged(text);
+}
+
+} // namespace vrkview

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+
+namespace vrk::selection {
+struct Result;
+}
+
+namespace vrkview {
+
+class ViewState;
+
+/// Shows what a click would take: its highlight in the view, and its name for whoever displays that.
+///
+/// Thread: the application's, which is the render thread.
+class Hover : public QObject {
+    Q_OBJECT
+
+public:
+    enum class Of { Thing, Face };
+
+    /// @param state  outlives this.
+    explicit Hover(const ViewState& state, QObject* parent = nullptr);
+
+    /// Highlights the thing that was hit or, if it is of a solid, the face.
+    void show(const vrk::selection::Result& result, Of what);
+    void clear();
+    /// Ends what it shows of things that are gone. Call it after the scene has worked off its posts.
+    void followScene();
+    /// Empty while there is nothing under the mouse.
+    const QString& getText() const { return text; }
+
+signals:
+    void textChanged(const QString& text);
+
+private:
+    void setText(const QString& wanted);
+
+    const ViewState& state;
+    unsigned hit = 0; // the visual under the mouse
+    QString text;
+};
+
+} // namespace vrkview

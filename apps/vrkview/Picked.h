@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QString>
+
+namespace vrk::selection {
+struct Result;
+}
+
+namespace vrkview {
+
+class StationTree;
+
+// Of what lies under the mouse. All take a result without a hit, too. Render thread.
+
+/// The thing that a click takes: the part, robot, tool or device that a body, link, curve or point belongs to; other things,
+/// such as clouds and frames, by themselves. 0 where nothing was hit that the tree shows.
+unsigned thingOf(const StationTree& tree, const vrk::selection::Result& result);
+/// The face of a solid, from 1; 0 for anything else.
+unsigned faceOf(const vrk::selection::Result& result);
+/// For the user: the thing, what of it was hit, and the number of the face or point. Empty where nothing is to be told.
+QString describeForUser(const StationTree& tree, const vrk::selection::Result& result);
+
+} // namespace vrkview

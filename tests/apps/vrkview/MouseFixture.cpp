@@ -1,0 +1,162 @@
+#include "MouseFixture.h"
+
+#include "FakeInput.h"
+#include "Pick.h"
+#include "Picked.h"
+#include "Views.h"
+
+#include "view/Camera.h"
+
+#include <QApplication>
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <vector>
+
+namespace vrkview::test {
+namespace {
+
+constexpr int gridStep = 8; // pixels
+constexpr int dragSteps = 8;
+
+std::array<int, 6> handled{}; // events of each kind
+QPointF lastMove{-1, -1};
+
+int& count(InputEvent::Kind kind)
+{
+    return handled[static_cast<std::size_t>(kind)];
+}
+
+/// Does something with the mouse of the display and waits for the window to deal with it.
+void expect(InputEvent::Kind kind, const std::function<void()>& act)
+{
+    const int before = count(kind);
+    act();
+    EXPECT_TRUE(waitFor([&] { return count(kind) > before; }));
+}
+
+void watch(const Mouse& mouse)
+{
+    static bool isWatching = false;
+    if (std::exchange(isWatching, true))
+        return;
+    QObject::connect(&mouse, &Mouse::handling, [](const InputEvent& event) {
+        ++count(event.kind);
+        if (event.kind == InputEvent::Kind::Move)
+            lastMove = event.place;
+    });
+}
+
+unsigned thingAt(const ViewState& state, const QPoint& place)
+{
+    return thingOf(state.getTree(), pickAt(static_cast<float>(place.x()), static_cast<float>(place.y())).result);
+}
+
+} // namespace
+
+void MouseFixture::SetUp()
+{
+    WindowFixture::SetUp();
+    watch(mouse());
+    state().clear();
+    state().showAll();
+    lookAsLeft();
+    settle();
+}
+
+void MouseFixture::TearDown()
+{
+    for (const unsigned button : {1u, 2u, 3u})
+        releaseButton(button);
+    window().getSettings().setMouseStyle(Settings::MouseStyle::OrbitWithMiddle);
+    window().getFlight().finish();
+    state().clear();
+    state().showAll();
+    settle();
+}
+
+unsigned MouseFixture::thing(const std::string& name)
+{
+    const auto& rows = state().getTree().getRows();
+    const auto found = std::ranges::find(rows, name, &StationTree::Row::name);
+    return found == rows.end() ? 0 : found->id;
+}
+
+QPoint MouseFixture::placeOf(const std::string& name)
+{
+    const unsigned wanted = thing(name);
+    std::vector<QPoint> places;
+    QPoint sum;
+    for (int y = gridStep; y < view().height(); y += gridStep)
+        for (int x = gridStep; x < view().width(); x += gridStep)
+            if (thingAt(state(), {x, y}) == wanted) {
+                places.emplace_back(x, y);
+                sum += places.back();
+            }
+    EXPECT_FALSE(places.empty()) << name << " is not to be seen";
+    if (places.empty())
+        return {};
+    const QPoint middle = sum / static_cast<int>(places.size());
+    return *std::ranges::min_element(places, {}, [&](const QPoint& p) { return (p - middle).manhattanLength(); });
+}
+
+QPoint MouseFixture::emptyPlace()
+{
+    const QPoint corner(30, 30);
+    EXPECT_FALSE(pickAt(30, 30).result.hit);
+    return corner;
+}
+
+vrk::rob::Posef MouseFixture::camera()
+{
+    return vrk::visual::Camera::Get()->getWorldPose();
+}
+
+void MouseFixture::moveTo(const QPoint& place)
+{
+    const QPoint onScreen = view().mapToGlobal(place);
+    if (lastMove == QPointF(place)) // a display tells of moves only
+        moveMouse(onScreen.x() + 1, onScreen.y());
+    moveMouse(onScreen.x(), onScreen.y());
+    EXPECT_TRUE(waitFor([&] { return lastMove == QPointF(place); }));
+}
+
+void MouseFixture::clickAt(const QPoint& place, unsigned button)
+{
+    moveTo(place);
+    expect(InputEvent::Kind::Press, [button] { pressButton(button); });
+    expect(InputEvent::Kind::Release, [button] { releaseButton(button); });
+    waitFor([] { return !view().isFrameRequested(); });
+}
+
+void MouseFixture::drag(unsigned button, const QPoint& from, const QPoint& to)
+{
+    moveTo(from);
+    expect(InputEvent::Kind::Press, [button] { pressButton(button); });
+    for (int i = 1; i <= dragSteps; ++i)
+        moveTo(from + (to - from) * i / dragSteps);
+    expect(InputEvent::Kind::Release, [button] { releaseButton(button); });
+    waitFor([] { return !view().isFrameRequested(); });
+}
+
+void MouseFixture::turnWheel(const QPoint& place, int notches)
+{
+    moveTo(place);
+    const unsigned button = notches > 0 ? 4 : 5;
+    for (int i = 0; i < std::abs(notches); ++i)
+        expect(InputEvent::Kind::Wheel, [button] {
+            pressButton(button);
+            releaseButton(button);
+        });
+    waitFor([] { return !view().isFrameRequested(); });
+}
+
+void MouseFixture::leaveView()
+{
+    // To the status line: the docks beside show tool tips, which would lie over the view.
+    const QPoint outside = view().mapToGlobal(QPoint(view().width() / 2, view().height() + 8));
+    expect(InputEvent::Kind::Leave, [&] { moveMouse(outside.x(), outside.y()); });
+}
+
+} // namespace vrkview::test

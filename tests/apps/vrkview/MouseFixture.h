@@ -1,0 +1,35 @@
+#pragma once
+
+#include "Mouse.h"
+#include "WindowFixture.h"
+
+#include "scene/math/Pose.h"
+
+namespace vrkview::test {
+
+/// The shared window in the view from its start, with nothing selected, and the mouse of the display over it.
+class MouseFixture : public WindowFixture {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    static Mouse& mouse() { return window().getMouse(); }
+    static ViewState& state() { return window().getState(); }
+    /// The topmost thing of the station of this name.
+    static unsigned thing(const std::string& name);
+    /// A pixel of the view, from its top left corner, under which a click would take this thing; its middle most likely.
+    static QPoint placeOf(const std::string& name);
+    /// One with nothing under it.
+    static QPoint emptyPlace();
+    static vrk::rob::Posef camera();
+
+    /// Moves the mouse there and has the window take notice.
+    static void moveTo(const QPoint& place);
+    static void clickAt(const QPoint& place, unsigned button = 1);
+    /// In steps, and releases the button.
+    static void drag(unsigned button, const QPoint& from, const QPoint& to);
+    static void turnWheel(const QPoint& place, int notches);
+    static void leaveView();
+};
+
+} // namespace vrkview::test

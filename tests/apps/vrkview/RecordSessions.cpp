@@ -1,0 +1,124 @@
+#include "DemoSolids.h"
+#include "FakeInput.h"
+#include "JointDock.h"
+#include "JointRow.h"
+#include "MouseFixture.h"
+#include "Recorder.h"
+
+#include <gmock/gmock.h>
+
+#include <BRepTools.hxx>
+#include <QDoubleSpinBox>
+
+#include <filesystem>
+#include <memory>
+
+namespace vrkview::test {
+namespace {
+
+/// Makes the recordings that PlayedSessions plays, each with the hand of a user on a window of its own process:
+/// VRK_RENEW_SESSIONS=1 viewer_window_tests --gtest_filter=RecordSessions.<one of them>
+class RecordSessions : public MouseFixture {
+protected:
+    void SetUp() override
+    {
+        if (!qEnvironmentVariableIsSet("VRK_RENEW_SESSIONS"))
+            GTEST_SKIP() << "the recordings stay as they are";
+        WindowFixture::SetUpTestSuite();
+        window().resize(1100, 760);
+        MouseFixture::SetUp();
+        leaveView();
+        settle();
+    }
+    void TearDown() override
+    {
+        if (recorder)
+            MouseFixture::TearDown();
+    }
+    static std::filesystem::path folder() { return VRK_SESSIONS; }
+    void record(const char* name)
+    {
+        recorder = std::make_unique<Recorder>(window(), folder() / (std::string(name) + ".jsonl"));
+        settle();
+    }
+    void finish()
+    {
+        leaveView();
+        settle();
+        shoot("recorded");
+        recorder.reset();
+    }
+    static void key(const char* name)
+    {
+        typeKey(name);
+        settle();
+    }
+
+    std::unique_ptr<Recorder> recorder;
+};
+
+TEST_F(RecordSessions, OrbitAndPick)
+{
+    record("orbit-and-pick");
+
+    const QPoint pedestal = placeOf("Pedestal");
+    drag(2, pedestal, pedestal + QPoint(120, 40));
+    drag(1, emptyPlace(), emptyPlace() + QPoint(-20, 30));
+    turnWheel(placeOf("Gear unit"), 3);
+    {
+        const HeldKey shift("Shift_L");
+        drag(2, {300, 300}, {360, 270});
+    }
+    clickAt(placeOf("Gear unit"));
+    {
+        const HeldKey control("Control_L");
+        clickAt(placeOf("Pedestal"));
+    }
+    moveTo(placeOf("Workpiece"));
+
+    finish();
+}
+
+TEST_F(RecordSessions, SelectFacesAndHide)
+{
+    record("select-faces-and-hide");
+
+    clickAt(placeOf("Controller"));
+    key("h");
+    {
+        const HeldKey alt("Alt_L");
+        clickAt(placeOf("Pedestal"));
+        clickAt(placeOf("Measuring bench"));
+        const HeldKey shift("Shift_L");
+        clickAt(placeOf("Gear unit"));
+    }
+    key("g");
+    key("F5");
+
+    finish();
+}
+
+TEST_F(RecordSessions, LoadAttachJoints)
+{
+    BRepTools::Write(demo::box({500, 700, 0}, {900, 1100, 300}), (folder() / "block.brep").c_str());
+    record("load-attach-joints");
+
+    window().getFiles().open({QString::fromStdString((folder() / "block.brep").string())});
+    EXPECT_TRUE(waitFor([] { return !window().getFiles().getOpening().isRunning(); }));
+    settle();
+    // The torch, which is attached to the wrist, and the workpiece, attached to the table, go with the joints.
+    const std::vector<JointRow*> joints = window().getJointDock().getRows();
+    joints[0]->getBox().setValue(35);
+    joints[2]->getBox().setValue(-10);
+    joints[6]->getBox().setValue(30);
+    settle();
+    clickAt(placeOf("Workpiece"));
+    moveTo(placeOf("Welding torch"));
+    key("1");
+    moveTo(placeOf("block"));
+
+    finish();
+}
+
+} // namespace
+} // namespace vrkview::test
