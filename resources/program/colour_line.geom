@@ -10,6 +10,9 @@ layout(lines) in;
 layout(triangle_strip, max_vertices = 4) out;
 
 in vec4 endColour[];
+#ifdef FROM_TRIANGLES
+in float endReach[];
+#endif
 
 uniform vec4 viewportSize; // pixels
 uniform float lineWidth;   // pixels on a picture of up to 1080 rows; more on a higher one, so that it is seen there too
@@ -22,6 +25,11 @@ flat out vec2 radii;          // pixels: of the line, and of the line with its h
 
 void main()
 {
+#ifdef FROM_TRIANGLES
+    // An axis that is shrunk away, as no frame's size makes it: not even a dot with its halo.
+    if (max(endReach[0], endReach[1]) < 0.05)
+        return;
+#endif
     vec4 a = gl_in[0].gl_Position;
     vec4 b = gl_in[1].gl_Position;
     vec4 colourA = endColour[0];

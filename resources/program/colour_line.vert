@@ -12,11 +12,15 @@ in vec4 uv2;
 uniform mat4 transform;
 
 out vec4 endColour;
+#ifdef INSTANCED
+out float endReach; // from the place of the instance, in model units
+#endif
 
 void main()
 {
 #ifdef INSTANCED
     gl_Position = transform * vec4(dot(uv0, vertex), dot(uv1, vertex), dot(uv2, vertex), 1.0);
+    endReach = length(vec3(dot(uv0.xyz, vertex.xyz), dot(uv1.xyz, vertex.xyz), dot(uv2.xyz, vertex.xyz)));
 #else
     gl_Position = transform * vertex;
 #endif

@@ -181,12 +181,16 @@ public:
     // Frames; posted
 
     /// How long the axes of all frames of a kind are. Without a frame of that kind in the scene nothing happens, else the
-    /// next frames are built in that size too; the size of tool frames counts for plain ones in that.
+    /// next frames are built in that size too; in that the size of tool frames counts for plain ones, and that of joint
+    /// targets for robot targets.
     void setFrameSize(unsigned size, VisualType type);
     void setFrameVisualVisible(bool visible);
     void setTcpVisualVisible(bool visible);
     /// Robot targets; joint targets stay as they are.
     void setTargetVisualVisible(bool visible);
+    /// Whether targets are drawn, and picked, by their z axis alone. The setting changes at once; the targets that are
+    /// there follow by a post, unless targets are switched off.
+    void setDrawTargetZAxisOnly(bool zAxisOnly);
     /// Work objects, with the frames in them.
     void setWObjVisualVisible(bool visible);
     void addTaskFrame(unsigned id, const rob::PoseTemplate<double>& pose);

@@ -10,6 +10,10 @@ LineObject::LineObject(visual::Visual* visual) : SelectableObject(ObjectKind::Li
 
 void LineObject::buildPrimitives()
 {
+    if (appendFrameAxes()) {
+        buildHierarchy();
+        return;
+    }
     const auto* lines = dynamic_cast<const visual::LineVisual*>(visual);
     if (!lines)
         return;

@@ -4,10 +4,11 @@
 
 namespace vrk::selection {
 
-/// Line sections, as they are when the object is first brought up to date. Only rays find them.
+/// Line sections, or the axes of a target's frame, as they are when the object is first brought up to date. Only rays find
+/// them.
 class VRK_EXPORT LineObject final : public SelectableObject {
 public:
-    /// A visual that is no line visual gives an object without parts.
+    /// A visual that is neither a line visual nor the frame of a target gives an object without parts.
     explicit LineObject(visual::Visual* visual);
 
     /// Fills the visual.
@@ -16,6 +17,7 @@ public:
 
 private:
     void buildPrimitives() override;
+    bool appendFrameAxes(); // false if the visual is not the frame of a target
 };
 
 } // namespace vrk::selection

@@ -13,6 +13,7 @@ namespace vrk::visual {
 class PointCloudVisual;
 class PointVisual;
 class CurveVisual;
+class InstanceFrameVisual;
 class LineVisual;
 class SolidVisual;
 class Visual;
@@ -55,6 +56,8 @@ public:
     void addPointCloudVisual(visual::PointCloudVisual* visual, bool detectable);
     /// Detectable.
     void addLineVisual(visual::LineVisual* visual);
+    /// Detectable.
+    void addFrameVisual(visual::InstanceFrameVisual* visual);
     /// The visual must be registered.
     void removeObject(visual::Visual* visual);
     void removeCompoundObject(visual::Visual* visual);

@@ -59,6 +59,11 @@ void addLineVisual(LineVisual* visual)
     tell([&](auto& service) { service.addLineVisual(visual); });
 }
 
+void addFrameVisual(InstanceFrameVisual* visual)
+{
+    tell([&](auto& service) { service.addFrameVisual(visual); });
+}
+
 void removeCompoundObject(Visual* visual)
 {
     tell([&](auto& service) { service.removeCompoundObject(visual); });

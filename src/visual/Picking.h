@@ -7,6 +7,7 @@ namespace vrk::visual {
 class PointCloudVisual;
 class PointVisual;
 class CurveVisual;
+class InstanceFrameVisual;
 class LineVisual;
 class SolidVisual;
 class Visual;
@@ -27,6 +28,7 @@ void addPointCloudVisual(PointCloudVisual* visual, bool detectable);
 /// Forgets this visual, if it is known, but not its descendants.
 void removeObject(Visual* visual);
 void addLineVisual(LineVisual* visual);
+void addFrameVisual(InstanceFrameVisual* visual);
 /// Forgets this visual and its descendants.
 void removeCompoundObject(Visual* visual);
 void setObjectEnabled(Visual* visual, bool enabled);

@@ -2,6 +2,7 @@
 
 #include "scene/core/SceneCore.h"
 #include "station/WObjVisual.h"
+#include "task/InstanceFrameVisual.h"
 #include "visual/FrameVisual.h"
 
 namespace vrk::visual {
@@ -25,13 +26,20 @@ void Scene::setFrameSize(unsigned size, VisualType type)
 void Scene::doSetFramesSize(unsigned size, VisualType type)
 {
     // The size is kept only where there is a frame to give it to. That of tool frames is kept for plain ones: tool frames
-    // that are built later have their own size still.
+    // that are built later have their own size still, and that of joint targets for robot targets likewise.
     switch (type) {
     case VisualType::Frame:
     case VisualType::Tcp:
         forType(*core, type, [&](Visual& visual) {
             core->settings.worldFrameSize = static_cast<std::int32_t>(size);
             dynamic_cast<FrameVisual&>(visual).setFrameSize(size);
+        });
+        break;
+    case VisualType::Robtarget:
+    case VisualType::JointTarget:
+        forType(*core, type, [&](Visual& visual) {
+            core->settings.targetFrameSize = static_cast<std::int32_t>(size);
+            dynamic_cast<InstanceFrameVisual&>(visual).setFrameSize(size);
         });
         break;
     case VisualType::WObj:

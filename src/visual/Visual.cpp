@@ -221,9 +221,12 @@ void Visual::attachTo(Visual* parent)
     for (const Ogre::Node* above = parent->sceneNode; above; above = above->getParent())
         if (above == sceneNode)
             return; // OGRE would walk such a ring for ever
+    const bool wasInScene = sceneNode->isInSceneGraph();
     if (Ogre::Node* old = sceneNode->getParent())
         old->removeChild(sceneNode);
     parent->sceneNode->addChild(sceneNode);
+    if (sceneNode->isInSceneGraph() != wasInScene)
+        tellSceneEnteredOrLeft();
     picking::markDirty(this);
 }
 
@@ -235,13 +238,23 @@ void Visual::attachVisual(Visual* child)
 void Visual::detach()
 {
     if (Visual* parent = getParent())
-        parent->sceneNode->removeChild(sceneNode);
+        parent->detachVisual(this);
 }
 
 void Visual::detachVisual(Visual* child)
 {
     sceneNode->removeChild(child->sceneNode);
+    child->tellSceneEnteredOrLeft();
 }
+
+void Visual::tellSceneEnteredOrLeft()
+{
+    sceneEnteredOrLeft();
+    for (Visual* child : getChildren())
+        child->tellSceneEnteredOrLeft();
+}
+
+void Visual::sceneEnteredOrLeft() {}
 
 void Visual::attachObject(Ogre::MovableObject* object)
 {

@@ -170,6 +170,9 @@ public:
 protected:
     /// Gives the material to every object on this node; a name that OGRE does not know changes nothing.
     virtual void useMaterial(const std::string& name);
+    /// Called when this visual, or one above it, was hung into the tree of the scene or taken out of it. For what OGRE
+    /// draws wherever its node hangs.
+    virtual void sceneEnteredOrLeft();
     /// Turns this visual, which was just made, into a copy of `source`: its id and its local pose, and copies of its
     /// children.
     void becomeCopyOf(Visual& source);
@@ -188,6 +191,7 @@ protected:
 private:
     Visual(unsigned id, Ogre::SceneNode* node, bool ofRoot);
     void bind();
+    void tellSceneEnteredOrLeft();
     template <typename Number>
     Number sumOfChildren(Number (Visual::*count)());
 };

@@ -2,6 +2,7 @@
 
 #include "SelectionFixture.h"
 
+#include "scene/core/SceneCore.h"
 #include "selection/CurveObject.h"
 #include "selection/LineObject.h"
 #include "selection/MeshObject.h"
@@ -12,6 +13,7 @@
 #include "selection/SensitiveLine.h"
 #include "selection/SensitivePoints.h"
 #include "selection/ShapeObject.h"
+#include "task/RobtargetVisual.h"
 #include "visual/EdgeVisual.h"
 #include "visual/FrameVisual.h"
 
@@ -386,6 +388,78 @@ TEST_F(SelectableObjectTest, AxesOfAFrameAreItsParts)
     const Result result = along(30, 202);
     EXPECT_EQ(result.visual, frame);
     expectNear(result.position, {30, 0, 200}, 0.01f);
+}
+
+TEST_F(SelectableObjectTest, AxesOfATargetAreItsPartsInOrder)
+{
+    auto* target = new visual::RobtargetVisual(world, 901);
+    target->setFrameSize(40);
+    target->setPosition(0, 0, 200);
+    service.addFrameVisual(target);
+    service.update();
+
+    std::vector<Posf> ends;
+    for (const BVHPrimitive* part : object(target).primitives) {
+        const auto& line = static_cast<const SensitiveLine&>(*part);
+        EXPECT_EQ(line.getStart(), Posf());
+        ends.push_back(line.getEnd());
+    }
+    EXPECT_THAT(ends, ElementsAre(Posf(40, 0, 0), Posf(0, 40, 0), Posf(0, 0, 40)));
+    const Result result = along(30, 202);
+    EXPECT_EQ(result.visual, target);
+    expectNear(result.position, {30, 0, 200}, 0.01f);
+    EXPECT_TRUE(along(0, 235).hit);
+    EXPECT_FALSE(along(60, 200).hit);
+}
+
+TEST_F(SelectableObjectTest, TargetDrawnByItsZAxisIsPickedByItAlone)
+{
+    auto* target = new visual::RobtargetVisual(world, 901);
+    visual::SceneCore::Get()->visuals.enter(target);
+    service.addFrameVisual(target);
+    service.update();
+    ASSERT_TRUE(along(40, 0).hit);
+
+    scene.setDrawTargetZAxisOnly(true);
+    drain();
+    service.update();
+
+    EXPECT_EQ(object(target).primitives.size(), 1u);
+    EXPECT_FALSE(along(40, 0).hit);
+    const Result result = along(0, 40);
+    EXPECT_EQ(result.visual, target);
+    expectNear(result.position, {0, 0, 40}, 0.01f);
+
+    scene.setDrawTargetZAxisOnly(false);
+    drain();
+    service.update();
+    EXPECT_TRUE(along(40, 0).hit);
+}
+
+TEST_F(SelectableObjectTest, TargetOfNoSizeHasNoParts)
+{
+    auto* target = new visual::RobtargetVisual(world, 901);
+    target->setFrameSize(0);
+    service.addFrameVisual(target);
+
+    service.update();
+
+    EXPECT_TRUE(object(target).primitives.empty());
+    EXPECT_FALSE(object(target).box.isValid());
+    EXPECT_FALSE(along(0, 0).hit);
+}
+
+TEST_F(SelectableObjectTest, PickOfATargetFollowsItsSize)
+{
+    auto* target = new visual::RobtargetVisual(world, 901);
+    service.addFrameVisual(target);
+    service.update();
+    EXPECT_FALSE(along(90, 0).hit);
+
+    target->setFrameSize(100);
+    service.update();
+
+    EXPECT_EQ(along(90, 0).visual, target);
 }
 
 TEST_F(SelectableObjectTest, LineKeepsTheSectionsItWasBuiltFrom)

@@ -4,6 +4,7 @@
 
 #include "platform/broker/SignalBroker.h"
 #include "selection/geometry/Math.h"
+#include "task/RobtargetVisual.h"
 
 #include <BRep_Builder.hxx>
 #include <BRep_Tool.hxx>
@@ -54,6 +55,10 @@ TEST_F(VisualSelectionTest, EachKindIsEnteredAsItselfAndMakesTheServiceDirty)
     entered(addCurve({0, 0, 0}, {10, 0, 0}), Kind::Curve);
     entered(addMesh(wall(10)), Kind::Mesh);
     entered(addLine({{0, 0, 0}, {1, 0, 0}}), Kind::Line);
+    auto* target = new visual::RobtargetVisual(world, 901);
+    service.addFrameVisual(target);
+    EXPECT_TRUE(service.isDetectable(target));
+    entered(target, Kind::Line);
     entered(addPoint({1, 2, 3}), Kind::Point);
     entered(addCloud({{0, 0, 0}, {1, 1, 1}}), Kind::PointCloud);
 }
@@ -73,6 +78,8 @@ TEST_F(VisualSelectionTest, EnteringAgainChangesNothing)
     SolidVisual* box = addBox(10, {}, true);
     Visual* mesh = addMesh(wall(10), true, false);
     visual::LineVisual* line = addLine({{0, 0, 0}, {1, 0, 0}});
+    auto* target = new visual::RobtargetVisual(world, 901);
+    service.addFrameVisual(target);
     visual::PointVisual* point = addPoint({1, 2, 3});
     visual::PointCloudVisual* cloud = addCloud({{0, 0, 0}, {1, 1, 1}});
     visual::CurveVisual* curve = addCurve({0, 0, 0}, {10, 0, 0});
@@ -82,6 +89,7 @@ TEST_F(VisualSelectionTest, EnteringAgainChangesNothing)
     service.addShape(box->getShape(), box, false);
     service.addMeshVisual(mesh, false, true);
     service.addLineVisual(line);
+    service.addFrameVisual(target);
     service.addPointVisual(point, false);
     service.addPointCloudVisual(cloud, true);
     service.addCurveVisual(curve->getShape(), curve, true);
