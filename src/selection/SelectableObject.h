@@ -42,6 +42,7 @@ public:
     bool priority = false;  ///< a hit ends a pick, whatever lies in front of it
     bool built = false;     ///< the parts are made
     rob::PoseTemplate<float> worldPose;
+    std::size_t place = 0; ///< in the service's container
 
 protected:
     SelectableObject(ObjectKind kind, visual::Visual* visual) : visual(visual), kind(kind) {}

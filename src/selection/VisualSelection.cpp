@@ -53,7 +53,9 @@ VisualSelection* VisualSelection::Get()
 void VisualSelection::enter(SelectableObject* object, bool detectable)
 {
     object->detectable = detectable;
-    containers[object->kind == SelectableObject::ObjectKind::PointCloud ? clouds : 0].primitives.push_back(object);
+    std::vector<BVHPrimitive*>& all = containerOf(*object).primitives;
+    object->place = all.size();
+    all.push_back(object);
     objects.emplace(object->visual, object);
     dirty.exchange(true);
 }
@@ -105,9 +107,22 @@ void VisualSelection::removeObject(visual::Visual* visual)
     SelectableObject* object = found->second;
     dirty.exchange(true);
     objects.erase(found);
-    const bool isCloud = object->kind == SelectableObject::ObjectKind::PointCloud;
-    std::erase(containers[isCloud ? clouds : 0].primitives, object);
+    containerOf(*object).primitives[object->place] = nullptr; // closed up with all other gaps before anything is asked
     delete object;
+}
+
+PrimitiveContainer& VisualSelection::containerOf(const SelectableObject& object)
+{
+    return containers[object.kind == SelectableObject::ObjectKind::PointCloud ? clouds : 0];
+}
+
+void VisualSelection::closeGaps()
+{
+    for (PrimitiveContainer& container : containers) {
+        std::erase(container.primitives, nullptr);
+        for (std::size_t i = 0; i < container.primitives.size(); ++i)
+            static_cast<SelectableObject*>(container.primitives[i])->place = i;
+    }
 }
 
 void VisualSelection::removeCompoundObject(visual::Visual* visual)
@@ -206,6 +221,7 @@ bool VisualSelection::isDetectable(visual::Visual* visual) const
 
 void VisualSelection::updateWorldBoxes()
 {
+    closeGaps();
     for (PrimitiveContainer& container : containers)
         for (BVHPrimitive* object : container.primitives)
             static_cast<SelectableObject*>(object)->update();

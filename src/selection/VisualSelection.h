@@ -118,6 +118,9 @@ private:
     static constexpr unsigned clouds = 1; // the container of the clouds; all else is in 0
 
     void enter(SelectableObject* object, bool detectable);
+    PrimitiveContainer& containerOf(const SelectableObject& object);
+    /// Removal leaves gaps, so that the removal of many does not move the others each time.
+    void closeGaps();
     SelectableObject* find(visual::Visual* visual) const;
 
     std::unordered_map<visual::Visual*, SelectableObject*> objects;
