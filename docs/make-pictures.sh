@@ -1,6 +1,7 @@
 #!/bin/sh
 # Makes the pictures of the documents anew, all by the viewer itself: docs/make-pictures.sh [PROGRAM]
-# They are small on purpose: none over 150 kB.
+# They are small on purpose: none over 150 kB. That of the window is a screenshot which the window tests leave when
+# VRK_SHOTS names a folder, cut to the window and brought down to 160 colours.
 set -eu
 cd "$(dirname "$0")/.."
 viewer=${1:-build/release/bin/vrkview}

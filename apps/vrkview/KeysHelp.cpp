@@ -29,7 +29,8 @@ void appendRows(const QMenu& menu, const QString& group, QString& rows)
         if (const QMenu* below = action->menu())
             appendRows(*below, withoutMarks(below->title()) + ": ", rows);
         else if (!action->shortcuts().isEmpty())
-            rows += QString("<tr><td align='right'>%1</td><td>%2%3</td></tr>")
+            rows += QString("<tr><td align='right' style='white-space:nowrap'>%1</td><td "
+                            "style='white-space:nowrap'>%2%3</td></tr>")
                         .arg(keysOf(*action), group, withoutMarks(action->text()));
 }
 
@@ -64,7 +65,9 @@ QString mouseHelp(Settings::MouseStyle style)
 {
     QString rows;
     const auto add = [&rows](const QString& gesture, const QString& effect) {
-        rows += QString("<tr><td align='right'><b>%1</b></td><td>%2</td></tr>").arg(gesture, effect);
+        rows += QString("<tr><td align='right' style='white-space:nowrap'><b>%1</b></td><td "
+                        "style='white-space:nowrap'>%2</td></tr>")
+                    .arg(gesture, effect);
     };
     rows += heading(tr("Navigating"));
     const QString orbit = tr("orbits about what is under the mouse");

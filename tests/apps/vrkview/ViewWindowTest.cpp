@@ -307,9 +307,9 @@ TEST_F(ViewWindowTest, F1ListsTheKeys)
     EXPECT_TRUE(waitFor([&] { return (box = window().findChild<QMessageBox*>()) && box->isVisible(); }));
     ASSERT_NE(box, nullptr);
     EXPECT_THAT(box->text().toStdString(), HasSubstr("Isometric"));
-    EXPECT_THAT(box->text().toStdString(), HasSubstr("<b>G</b></td><td>Grid</td>"));
+    EXPECT_THAT(box->text().toStdString(), HasSubstr("<b>G</b></td><td style='white-space:nowrap'>Grid</td>"));
     EXPECT_THAT(box->text().toStdString(), HasSubstr("<b>0</b> or <b>I</b>"));
-    EXPECT_THAT(box->text().toStdString(), HasSubstr("<b>Middle drag</b></td><td>orbits"));
+    EXPECT_THAT(box->text().toStdString(), HasSubstr("<b>Middle drag</b></td><td style='white-space:nowrap'>orbits"));
     EXPECT_THAT(box->text().toStdString(), HasSubstr("<b>Alt+Shift+click</b>"));
     settle();
     shoot("keys");
