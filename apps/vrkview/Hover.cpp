@@ -7,6 +7,9 @@
 #include "selection/geometry/Result.h"
 #include "visual/SolidVisual.h"
 
+#include <TopoDS.hxx>
+#include <TopoDS_Edge.hxx>
+
 namespace vrkview {
 
 using vrk::selection::Result;
@@ -26,15 +29,29 @@ void Hover::show(const Result& result, Of what)
         return;
     }
     Scene& scene = *Scene::Get();
+    QString words = describeForUser(state.getTree(), result);
     const unsigned face = what == Of::Face ? faceOf(result) : 0;
     if (face != 0)
-        scene.highlightFace(static_cast<SolidVisual*>(result.visual), face);
+        words += showFace(result, face);
     else if (what == Of::Thing && Scene::HasVisual(thing))
         scene.setVisualHighlighted(thing);
     else
         scene.clearHighlightedVisual();
     hit = result.visual->getId();
-    setText(describeForUser(state.getTree(), result));
+    setText(words);
+}
+
+QString Hover::showFace(const Result& result, unsigned face)
+{
+    Scene& scene = *Scene::Get();
+    scene.highlightFace(static_cast<SolidVisual*>(result.visual), face);
+    const auto edge = result.getFaceEdge();
+    if (!edge) {
+        scene.clearHighlightedEdge();
+        return {};
+    }
+    scene.highlightEdge(result.visual, TopoDS::Edge(edge->edge));
+    return QStringLiteral(", edge %1").arg(edge->index);
 }
 
 void Hover::clear()

@@ -23,7 +23,7 @@ public:
     /// @param state  outlives this.
     explicit Hover(const ViewState& state, QObject* parent = nullptr);
 
-    /// Highlights the thing that was hit or, if it is of a solid, the face.
+    /// Highlights the thing that was hit or, if it is of a solid, the face and its edge that is near by.
     void show(const vrk::selection::Result& result, Of what);
     void clear();
     /// Ends what it shows of things that are gone. Call it after the scene has worked off its posts.
@@ -35,6 +35,8 @@ signals:
     void textChanged(const QString& text);
 
 private:
+    /// @return what the edge adds to the text.
+    QString showFace(const vrk::selection::Result& result, unsigned face);
     void setText(const QString& wanted);
 
     const ViewState& state;

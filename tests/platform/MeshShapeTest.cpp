@@ -6,12 +6,15 @@
 #include <BRepMesh_IncrementalMesh.hxx>
 #include <BRepPrimAPI_MakeCylinder.hxx>
 #include <BRepPrimAPI_MakeHalfSpace.hxx>
+#include <BRepPrimAPI_MakeSphere.hxx>
 #include <BRep_Builder.hxx>
 #include <BRep_Tool.hxx>
 #include <Poly_Polygon3D.hxx>
+#include <Poly_PolygonOnTriangulation.hxx>
 #include <Poly_Triangulation.hxx>
 #include <TColgp_Array1OfPnt.hxx>
 #include <TopExp.hxx>
+#include <TopExp_Explorer.hxx>
 #include <TopTools_IndexedMapOfShape.hxx>
 #include <TopoDS.hxx>
 #include <gp.hxx>
@@ -149,6 +152,51 @@ TEST(MeshShape, PolygonOfAMovedEdgeLiesOnTheEdge)
     ASSERT_FALSE(polygon.IsNull());
     EXPECT_NEAR(polygon->Nodes().First().Transformed(location.Transformation()).X(), 100, 1e-9);
     EXPECT_NEAR(polygon->Nodes().Last().Transformed(location.Transformation()).X(), 110, 1e-9);
+}
+
+TEST(MeshShape, EdgesOfABodyGetThePointsOfItsTriangles)
+{
+    gp_Trsf away;
+    away.SetTranslation(gp_Vec(100, 0, 0));
+    const TopoDS_Shape pin = BRepPrimAPI_MakeCylinder(20, 50).Shape().Moved(away);
+
+    meshShape(pin);
+
+    TopTools_IndexedMapOfShape edges;
+    TopExp::MapShapes(pin, TopAbs_EDGE, edges);
+    ASSERT_EQ(edges.Extent(), 3);
+    for (int i = 1; i <= edges.Extent(); ++i) {
+        const TopoDS_Edge edge = TopoDS::Edge(edges(i));
+        TopLoc_Location location, ofTriangles;
+        const Handle(Poly_Polygon3D) polygon = BRep_Tool::Polygon3D(edge, location);
+        ASSERT_FALSE(polygon.IsNull());
+        Handle(Poly_PolygonOnTriangulation) onTriangles;
+        Handle(Poly_Triangulation) triangles;
+        BRep_Tool::PolygonOnTriangulation(edge, onTriangles, triangles, ofTriangles);
+        ASSERT_EQ(polygon->NbNodes(), onTriangles->NbNodes());
+        for (int node = 1; node <= polygon->NbNodes(); ++node) {
+            const gp_Pnt drawn = polygon->Nodes()(node).Transformed(location.Transformation());
+            const gp_Pnt corner = triangles->Node(onTriangles->Node(node)).Transformed(ofTriangles.Transformation());
+            EXPECT_NEAR(drawn.Distance(corner), 0, 1e-9);
+            EXPECT_GE(drawn.X(), 80 - 1e-9);
+        }
+    }
+}
+
+TEST(MeshShape, EdgeWithoutLengthStaysWithoutPolygon)
+{
+    const TopoDS_Shape ball = BRepPrimAPI_MakeSphere(20).Shape();
+
+    meshShape(ball);
+
+    int poles = 0;
+    for (TopExp_Explorer edge(ball, TopAbs_EDGE); edge.More(); edge.Next()) {
+        TopLoc_Location location;
+        const bool isPole = BRep_Tool::Degenerated(TopoDS::Edge(edge.Current()));
+        poles += isPole ? 1 : 0;
+        EXPECT_EQ(BRep_Tool::Polygon3D(TopoDS::Edge(edge.Current()), location).IsNull(), isPole);
+    }
+    EXPECT_EQ(poles, 2);
 }
 
 TEST(MeshShape, PolygonThatIsThereIsKept)

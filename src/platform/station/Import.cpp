@@ -16,6 +16,7 @@
 #include <Message.hxx>
 #include <Message_Messenger.hxx>
 #include <Poly_Polygon3D.hxx>
+#include <Poly_PolygonOnTriangulation.hxx>
 #include <Poly_Triangulation.hxx>
 #include <Precision.hxx>
 #include <Standard_Failure.hxx>
@@ -37,6 +38,7 @@
 #include <fstream>
 #include <mutex>
 #include <new>
+#include <vector>
 
 namespace vrk::station {
 namespace {
@@ -140,35 +142,58 @@ void addLoose(const TopoDS_Shape& shape, std::vector<TopoDS_Shape>& found)
     }
 }
 
-/// The polygon of an edge that bounds no face. The mesher gives polygons only to the edges of the faces that it meshes.
+/// The points of an edge that lies where its curve is, within `deflection`: those that the triangles of a face already
+/// have, so that a drawn edge lies on its face; of the curve where the edge bounds no face. Empty where it has no end.
+std::vector<gp_Pnt> pointsOn(const TopoDS_Edge& edge, double deflection)
+{
+    std::vector<gp_Pnt> points;
+    TopLoc_Location location;
+    Handle(Poly_PolygonOnTriangulation) onTriangles;
+    Handle(Poly_Triangulation) triangles;
+    BRep_Tool::PolygonOnTriangulation(edge, onTriangles, triangles, location);
+    if (!onTriangles.IsNull() && !triangles.IsNull()) {
+        for (int i = 1; i <= onTriangles->NbNodes(); ++i)
+            points.push_back(triangles->Node(onTriangles->Node(i)).Transformed(location.Transformation()));
+        return points;
+    }
+    if (!BRep_Tool::IsGeometric(edge))
+        return points;
+    const BRepAdaptor_Curve curve(edge);
+    if (Precision::IsInfinite(curve.FirstParameter()) || Precision::IsInfinite(curve.LastParameter()))
+        return points;
+    const GCPnts_TangentialDeflection onCurve(curve, lineAngularDeflection, deflection);
+    for (int i = 1; i <= onCurve.NbPoints(); ++i)
+        points.push_back(onCurve.Value(i));
+    return points;
+}
+
+/// Gives an edge the polygon by which it is drawn. The mesher leaves edges with indices into the triangles of their faces.
 void addPolygon(const TopoDS_Edge& placed, double deflection)
 {
     const TopoDS_Edge edge = TopoDS::Edge(placed.Located(TopLoc_Location())); // the polygon goes where the curve is
     TopLoc_Location location;
-    if (BRep_Tool::Degenerated(edge) || !BRep_Tool::IsGeometric(edge) || !BRep_Tool::Polygon3D(edge, location).IsNull())
+    if (BRep_Tool::Degenerated(edge) || !BRep_Tool::Polygon3D(edge, location).IsNull())
         return;
-    const BRepAdaptor_Curve curve(edge);
-    if (Precision::IsInfinite(curve.FirstParameter()) || Precision::IsInfinite(curve.LastParameter()))
+    const std::vector<gp_Pnt> points = pointsOn(edge, deflection);
+    if (points.size() < 2)
         return;
-    const GCPnts_TangentialDeflection points(curve, lineAngularDeflection, deflection);
-    TColgp_Array1OfPnt nodes(1, points.NbPoints());
-    for (int i = 1; i <= points.NbPoints(); ++i)
-        nodes(i) = points.Value(i);
+    const TColgp_Array1OfPnt nodes(points.front(), 1, static_cast<int>(points.size()));
     BRep_Builder().UpdateEdge(edge, Handle(Poly_Polygon3D)(new Poly_Polygon3D(nodes)));
 }
 
 void addPolygons(const TopoDS_Shape& shape)
 {
-    TopExp_Explorer edge(shape, TopAbs_EDGE, TopAbs_FACE);
-    if (!edge.More())
+    TopTools_IndexedMapOfShape edges;
+    TopExp::MapShapes(shape, TopAbs_EDGE, edges);
+    if (edges.IsEmpty())
         return;
     Bnd_Box box;
     BRepBndLib::Add(shape, box);
     if (box.IsVoid() || box.IsOpen())
         return;
     const double deflection = deflectionFor(box.CornerMin().Distance(box.CornerMax()));
-    for (; edge.More(); edge.Next())
-        addPolygon(TopoDS::Edge(edge.Current()), deflection);
+    for (int i = 1; i <= edges.Extent(); ++i)
+        addPolygon(TopoDS::Edge(edges(i)), deflection);
 }
 
 /// Reads the text form or the binary form, which the first bytes tell apart.

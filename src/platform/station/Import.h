@@ -47,8 +47,9 @@ VRK_EXPORT TopoDS_Shape ImportShape(const std::string& uri);
 VRK_EXPORT double deflectionFor(double diagonal);
 
 /// Gives every face of the shape that has no triangulation one: linear deflection `deflectionFor` its size, angular
-/// deflection 0.35 radians, on all cores. Faces that have one keep it. Edges that bound no face get a polygon with
-/// the same linear deflection and an angular one of 0.1 radians.
+/// deflection 0.35 radians, on all cores. Faces that have one keep it. Every edge without a polygon gets one to be drawn by:
+/// the points that it has in the triangles of a face; where it bounds none, points with the same linear deflection and an
+/// angular one of 0.1 radians.
 VRK_EXPORT void meshShape(const TopoDS_Shape& shape);
 
 } // namespace vrk::station

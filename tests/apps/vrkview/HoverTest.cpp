@@ -3,6 +3,8 @@
 
 #include "DemoParts.h"
 #include "DemoSolids.h"
+#include "Pick.h"
+#include "Picked.h"
 #include "Station.h"
 #include "StationScene.h"
 
@@ -50,6 +52,20 @@ protected:
         for (const QLabel* label : window().statusBar()->findChildren<QLabel*>())
             all += label->text() + "|";
         return all.toStdString();
+    }
+    /// Two places on one face, one far from its edges and one near to one of them.
+    static std::pair<QPoint, QPoint> placesOnAFace()
+    {
+        const int step = 5;
+        for (int y = step; y < view().height(); y += step)
+            for (int x = 2 * step; x < view().width(); x += step) {
+                const auto left = pickAt(x - step, y).result, here = pickAt(x, y).result;
+                if (here.visual == left.visual && faceOf(here) != 0 && faceOf(here) == faceOf(left) &&
+                    here.getFaceEdge() && !left.getFaceEdge())
+                    return {{x - step, y}, {x, y}};
+            }
+        ADD_FAILURE() << "all faces are narrow";
+        return {};
     }
     /// How often something was picked while this was done.
     static int picksDuring(const std::function<void()>& act)
@@ -112,6 +128,29 @@ TEST_F(HoverTest, WithAltTheFaceIsHighlightedAndNotTheRest)
     shoot("hover-face");
 
     EXPECT_NE(face, thing);
+}
+
+TEST_F(HoverTest, WithAltTheEdgeNearTheMouseIsHighlightedAndNamed)
+{
+    const auto [inside, atEdge] = placesOnAFace();
+    const HeldKey alt("Alt_L");
+    moveTo(inside);
+    settle();
+    const std::string faceText = text();
+    const QImage face = seen();
+    EXPECT_THAT(faceText, MatchesRegex(".*, face [0-9]+"));
+
+    moveTo(atEdge);
+    settle();
+    shoot("hover-edge");
+
+    EXPECT_THAT(text(), MatchesRegex(faceText + ", edge [0-9]+"));
+    EXPECT_NE(seen(), face);
+
+    moveTo(inside);
+    settle();
+    EXPECT_EQ(text(), faceText);
+    EXPECT_EQ(seen(), face);
 }
 
 TEST_F(HoverTest, EmptySpaceShowsNothing)
