@@ -28,7 +28,7 @@ public:
     ~FileOpening() override;
 
     void open(Files files);
-    /// Takes effect at the end of the present step of the import. What waits is given up as well.
+    /// Takes effect at the next report of the import, which in long steps comes some times a second. What waits is given up as well.
     void cancel();
     bool isRunning() const { return worker.joinable(); }
 

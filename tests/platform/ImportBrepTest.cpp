@@ -9,6 +9,7 @@
 #include <BRepBuilderAPI_MakeVertex.hxx>
 #include <BRepPrimAPI_MakeBox.hxx>
 #include <BRepPrimAPI_MakeCylinder.hxx>
+#include <BRepPrimAPI_MakeSphere.hxx>
 #include <BRepTools.hxx>
 #include <BRep_Builder.hxx>
 #include <BRep_Tool.hxx>
@@ -25,6 +26,8 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <set>
+#include <thread>
 
 namespace vrk::station {
 namespace {
@@ -62,6 +65,34 @@ TEST_F(ImportBrepTest, SolidBecomesAPartWithOneMeshedBody)
     ASSERT_EQ(body->getFaceMap().Extent(), 6);
     TopLoc_Location location;
     EXPECT_FALSE(BRep_Tool::Triangulation(TopoDS::Face(body->getFaceMap()(1)), location).IsNull());
+}
+
+TEST_F(ImportBrepTest, LongStepTellsItsProgressAndIsGivenUpByWhatTheReportThrows)
+{
+    TopoDS_Compound balls; // their loose faces are one body, which takes many times the interval of the reports
+    const BRep_Builder builder;
+    builder.MakeCompound(balls);
+    for (int i = 0; i < 400; ++i)
+        builder.Add(balls, TopExp_Explorer(BRepPrimAPI_MakeSphere(gp_Pnt(i, 0, 0), 50).Shape(), TopAbs_FACE).Current());
+    const std::filesystem::path file = written(balls);
+    struct GivenUp {};
+    std::set<double> fractions;
+    const std::thread::id importer = std::this_thread::get_id();
+
+    const auto giveUp = [&](std::string_view step, double fraction) {
+        EXPECT_EQ(std::this_thread::get_id(), importer) << "the mesher is at work on several threads";
+        if (step != "meshing 1 of 1")
+            return;
+        fractions.insert(fraction);
+        if (fractions.size() == 3)
+            throw GivenUp();
+    };
+
+    EXPECT_THROW(ImportFile(file, giveUp), GivenUp);
+    EXPECT_GE(*fractions.begin(), 0.5);
+    EXPECT_LT(*fractions.rbegin(), 1);
+    EXPECT_EQ(fractions.size(), 3u) << "told after it was given up";
+    EXPECT_EQ(ImportFile(file).front()->getBodies().size(), 1u) << "the next import is none the worse";
 }
 
 TEST_F(ImportBrepTest, EachSolidOfACompoundIsABody)

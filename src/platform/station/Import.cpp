@@ -3,6 +3,7 @@
 #include "platform/layout/Body.h"
 #include "platform/layout/Part.h"
 #include "platform/sdf/SdfManager.h"
+#include "platform/station/OcctProgress.h"
 
 #include <BRepAdaptor_Curve.hxx>
 #include <BRepBndLib.hxx>
@@ -45,7 +46,6 @@ namespace {
 
 constexpr double angularDeflection = 0.35;    // radians
 constexpr double lineAngularDeflection = 0.1; // radians; a thin line shows its corners, a shaded face hides them
-constexpr double meshingStart = 0.5;          // the share of an import that comes before the meshing
 
 /// Keeps Open CASCADE from writing to the console. Its messenger is one for the process.
 class QuietMessenger {
@@ -98,17 +98,6 @@ std::vector<TopoDS_Shape> distinctShapes(const Parts& parts)
         }
     }
     return shapes;
-}
-
-void meshParts(const Parts& parts, const Progress& progress)
-{
-    const std::vector<TopoDS_Shape> shapes = distinctShapes(parts);
-    for (std::size_t i = 0; i < shapes.size(); ++i) {
-        const double done = static_cast<double>(i) / static_cast<double>(shapes.size());
-        report(progress, fmt::format("meshing {} of {}", i + 1, shapes.size()),
-               meshingStart + (1 - meshingStart) * done);
-        meshShape(shapes[i]);
-    }
 }
 
 /// Computes the normals that are missing, so that nobody writes into a triangulation later. It takes a hundredth of the
@@ -196,8 +185,57 @@ void addPolygons(const TopoDS_Shape& shape)
         addPolygon(TopoDS::Edge(edges(i)), deflection);
 }
 
+/// As `meshShape`; a break leaves a part of it undone.
+void mesh(const TopoDS_Shape& shape, const Message_ProgressRange& range)
+{
+    TopTools_IndexedMapOfShape faces;
+    TopExp::MapShapes(shape, TopAbs_FACE, faces);
+    // Only the faces without triangles go to the mesher, which would otherwise make coarse ones anew.
+    TopoDS_Compound bare;
+    const BRep_Builder builder;
+    builder.MakeCompound(bare);
+    bool anyBare = false;
+    for (int i = 1; i <= faces.Extent(); ++i) {
+        TopLoc_Location location;
+        if (BRep_Tool::Triangulation(TopoDS::Face(faces(i)), location).IsNull()) {
+            builder.Add(bare, faces(i));
+            anyBare = true;
+        }
+    }
+
+    if (anyBare) {
+        Bnd_Box box;
+        BRepBndLib::Add(shape, box);
+        // A shape without end, such as a half space, has no triangles; the mesher would not come back from it.
+        if (box.IsVoid() || box.IsOpen())
+            return;
+        const double diagonal = box.CornerMin().Distance(box.CornerMax());
+        IMeshTools_Parameters fineness;
+        fineness.Deflection = deflectionFor(diagonal);
+        fineness.Angle = angularDeflection;
+        fineness.InParallel = true;
+        BRepMesh_IncrementalMesh(bare, fineness, range);
+    }
+    addNormals(faces);
+    addPolygons(shape);
+}
+
+void meshParts(const Parts& parts, const Progress& progress)
+{
+    const std::vector<TopoDS_Shape> shapes = distinctShapes(parts);
+    const double share = (1 - meshingStart) / static_cast<double>(std::max<std::size_t>(1, shapes.size()));
+    for (std::size_t i = 0; i < shapes.size(); ++i) {
+        const std::string step = fmt::format("meshing {} of {}", i + 1, shapes.size());
+        const double from = meshingStart + share * static_cast<double>(i);
+        report(progress, step, from);
+        const Handle(OcctProgress) meshing = new OcctProgress(progress, step, from, from + share);
+        mesh(shapes[i], meshing->Start());
+        meshing->rethrow();
+    }
+}
+
 /// Reads the text form or the binary form, which the first bytes tell apart.
-TopoDS_Shape shapeOfBrepFile(const std::filesystem::path& file)
+TopoDS_Shape shapeOfBrepFile(const std::filesystem::path& file, const Message_ProgressRange& range = {})
 {
     std::array<char, 64> head{};
     std::ifstream(file, std::ios::binary).read(head.data(), head.size() - 1);
@@ -213,9 +251,9 @@ TopoDS_Shape shapeOfBrepFile(const std::filesystem::path& file)
         // Past the end of a file that is cut short Open CASCADE would read on for ever.
         stream.exceptions(std::ios::failbit | std::ios::badbit);
         if (isBinary)
-            BinTools::Read(shape, stream);
+            BinTools::Read(shape, stream, range);
         else
-            BRepTools::Read(shape, stream, BRep_Builder());
+            BRepTools::Read(shape, stream, BRep_Builder(), range);
     } catch (const std::ios_base::failure&) {
         shape.Nullify();
     } catch (const std::bad_alloc&) { // a damaged number of something
@@ -226,6 +264,20 @@ TopoDS_Shape shapeOfBrepFile(const std::filesystem::path& file)
     if (shape.IsNull())
         throw ImportError(file, "the BREP file is cut short or damaged");
     return shape;
+}
+
+/// As `shapeOfBrepFile`, told as the first half of an import.
+TopoDS_Shape readShape(const std::filesystem::path& file, const Progress& progress)
+{
+    const Handle(OcctProgress) reading = new OcctProgress(progress, "reading", 0, meshingStart);
+    try {
+        const TopoDS_Shape shape = shapeOfBrepFile(file, reading->Start());
+        reading->rethrow();
+        return shape;
+    } catch (const ImportError&) {
+        reading->rethrow(); // a file that was given up is no damaged one
+        throw;
+    }
 }
 
 /// Keeps more than one body, or what is none, together.
@@ -294,7 +346,7 @@ std::vector<TopoDS_Shape> bodyShapesOf(const TopoDS_Shape& shape)
 Parts readBrep(const std::filesystem::path& file, const Progress& progress)
 {
     report(progress, "reading", 0);
-    const TopoDS_Shape shape = shapeOfBrepFile(file);
+    const TopoDS_Shape shape = readShape(file, progress);
     const std::vector<TopoDS_Shape> shapes = bodyShapesOf(shape);
     if (shapes.empty())
         throw ImportError(file, "the BREP file holds no geometry");
@@ -350,32 +402,7 @@ double deflectionFor(double diagonal)
 
 void meshShape(const TopoDS_Shape& shape)
 {
-    TopTools_IndexedMapOfShape faces;
-    TopExp::MapShapes(shape, TopAbs_FACE, faces);
-    // Only the faces without triangles go to the mesher, which would otherwise make coarse ones anew.
-    TopoDS_Compound bare;
-    const BRep_Builder builder;
-    builder.MakeCompound(bare);
-    bool anyBare = false;
-    for (int i = 1; i <= faces.Extent(); ++i) {
-        TopLoc_Location location;
-        if (BRep_Tool::Triangulation(TopoDS::Face(faces(i)), location).IsNull()) {
-            builder.Add(bare, faces(i));
-            anyBare = true;
-        }
-    }
-
-    if (anyBare) {
-        Bnd_Box box;
-        BRepBndLib::Add(shape, box);
-        // A shape without end, such as a half space, has no triangles; the mesher would not come back from it.
-        if (box.IsVoid() || box.IsOpen())
-            return;
-        const double diagonal = box.CornerMin().Distance(box.CornerMax());
-        BRepMesh_IncrementalMesh(bare, deflectionFor(diagonal), false, angularDeflection, true);
-    }
-    addNormals(faces);
-    addPolygons(shape);
+    mesh(shape, {});
 }
 
 } // namespace vrk::station

@@ -24,7 +24,8 @@ public:
     ImportError(const std::filesystem::path& file, const std::string& cause);
 };
 
-/// Called between steps of an import: what is being done, and how much of it, from 0 to 1. On the importing thread.
+/// Called between the steps of an import, and within those that take long: what is being done, and how much of the whole is
+/// done, from 0 to 1. On the importing thread. What it throws ends the import, and passes out of it.
 using Progress = std::function<void(std::string_view step, double fraction)>;
 
 /// Reads a STEP (.step, .stp), BREP (.brep) or STL (.stl) file; the ending may be in any case.

@@ -9,6 +9,8 @@ namespace vrk::station {
 
 using Parts = std::vector<std::shared_ptr<layout::Part>>;
 
+constexpr double meshingStart = 0.5; ///< the share of an import that comes before the meshing
+
 /// The parts of one file each; `file` is absolute, is there and is not empty. Shapes come as the file has them, without
 /// triangulation where it has none.
 Parts readStep(const std::filesystem::path& file, const Progress& progress);

@@ -5,6 +5,7 @@
 #include "platform/layout/Body.h"
 #include "platform/layout/Part.h"
 #include "platform/sdf/SdfManager.h"
+#include "platform/station/OcctProgress.h"
 
 #include <Interface_InterfaceModel.hxx>
 #include <Quantity_Color.hxx>
@@ -346,7 +347,10 @@ Parts readStep(const std::filesystem::path& file, const Progress& progress)
 
     report(progress, "transferring", readShare);
     Document document;
-    if (!reader.Transfer(document.document))
+    const Handle(OcctProgress) transfer = new OcctProgress(progress, "transferring", readShare, meshingStart);
+    const bool isTransferred = reader.Transfer(document.document, transfer->Start());
+    transfer->rethrow();
+    if (!isTransferred)
         throw ImportError(file, "the STEP file holds no geometry");
     Parts parts = DocumentReader(file, document.document).read();
     if (parts.empty())

@@ -1,0 +1,38 @@
+#include "platform/station/OcctProgress.h"
+
+#include "platform/station/ImportFormats.h"
+
+#include <utility>
+
+namespace vrk::station {
+namespace {
+
+constexpr std::chrono::milliseconds reportInterval{50}; // a cancel takes effect about as soon
+
+} // namespace
+
+OcctProgress::OcctProgress(const Progress& progress, std::string step, double from, double to)
+    : progress(progress), step(std::move(step)), from(from), to(to)
+{
+}
+
+void OcctProgress::rethrow() const
+{
+    if (thrown)
+        std::rethrow_exception(thrown);
+}
+
+void OcctProgress::Show(const Message_ProgressScope&, Standard_Boolean)
+{
+    if (isBroken || std::this_thread::get_id() != importer || Clock::now() - lastReport < reportInterval)
+        return;
+    try {
+        report(progress, step, from + (to - from) * GetPosition());
+    } catch (...) {
+        thrown = std::current_exception();
+        isBroken = true;
+    }
+    lastReport = Clock::now();
+}
+
+} // namespace vrk::station
