@@ -22,7 +22,7 @@ constexpr const char* program = "Xvfb";
 constexpr int startLimit = 20000; // milliseconds
 
 /// In the child: becomes Xvfb, which writes the number of its display to `numberFd`.
-[[noreturn]] void becomeServer(int numberFd, pid_t parent)
+[[noreturn]] void becomeServer(int numberFd, const std::string& screen, pid_t parent)
 {
     prctl(PR_SET_PDEATHSIG, SIGTERM);
     if (getppid() != parent) // it died before the line above
@@ -31,7 +31,7 @@ constexpr int startLimit = 20000; // milliseconds
     for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
         dup2(nowhere, fd);
     const std::string number = std::to_string(numberFd);
-    execlp(program, program, "-displayfd", number.c_str(), "-screen", "0", "1280x1024x24", "-nolisten", "tcp",
+    execlp(program, program, "-displayfd", number.c_str(), "-screen", "0", screen.c_str(), "-nolisten", "tcp",
            "-noreset", static_cast<char*>(nullptr));
     _exit(127);
 }
@@ -75,8 +75,9 @@ bool PrivateDisplay::IsAvailable()
     return false;
 }
 
-PrivateDisplay::PrivateDisplay()
+PrivateDisplay::PrivateDisplay(int width, int height)
 {
+    const std::string screen = std::to_string(width) + "x" + std::to_string(height) + "x24";
     std::array<int, 2> ends{};
     if (pipe(ends.data()) != 0)
         throw std::runtime_error("no pipe to Xvfb can be made");
@@ -84,7 +85,7 @@ PrivateDisplay::PrivateDisplay()
     server = fork();
     if (server == 0) {
         close(ends[0]);
-        becomeServer(ends[1], self);
+        becomeServer(ends[1], screen, self);
     }
     close(ends[1]);
     const std::string number = server > 0 ? readNumber(ends[0]) : std::string();

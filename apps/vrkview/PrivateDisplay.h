@@ -13,9 +13,9 @@ public:
     /// Whether Xvfb is on the PATH.
     static bool IsAvailable();
 
-    /// Returns when the display answers.
+    /// Returns when the display answers. Width and height of its screen are in pixels.
     /// @throws std::runtime_error if Xvfb does not start.
-    PrivateDisplay();
+    explicit PrivateDisplay(int width = 1280, int height = 1024);
     ~PrivateDisplay();
     PrivateDisplay(const PrivateDisplay&) = delete;
     PrivateDisplay& operator=(const PrivateDisplay&) = delete;

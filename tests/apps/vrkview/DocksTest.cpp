@@ -195,9 +195,8 @@ TEST_F(DocksTest, ClickOnTheEyeHidesAndSelectsNothing)
     QWidget& area = *tree().getTreeView().viewport();
     tree().getTreeView().scrollTo(eye);
     settle();
-    const QPoint place = area.mapToGlobal(tree().getTreeView().visualRect(eye).center());
 
-    moveMouse(place.x(), place.y());
+    moveMouse(area, tree().getTreeView().visualRect(eye).center());
     clickLeft();
 
     EXPECT_TRUE(waitFor([id] { return state().shownOf(id) == ViewState::Shown::Not; }));

@@ -1,5 +1,7 @@
 #include "FakeInput.h"
 
+#include <QWidget>
+
 #include <X11/Xlib.h>
 #include <X11/extensions/XTest.h>
 
@@ -34,9 +36,10 @@ HeldKey::~HeldKey()
     XSync(display(), False);
 }
 
-void moveMouse(int x, int y)
+void moveMouse(const QWidget& over, const QPoint& place, int aside)
 {
-    XTestFakeMotionEvent(display(), 0, x, y, CurrentTime);
+    const QPointF device = QPointF(over.mapToGlobal(place)) * over.devicePixelRatioF();
+    XTestFakeMotionEvent(display(), 0, qRound(device.x()) + aside, qRound(device.y()), CurrentTime);
     XSync(display(), False);
 }
 

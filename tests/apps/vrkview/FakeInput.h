@@ -1,5 +1,8 @@
 #pragma once
 
+class QPoint;
+class QWidget;
+
 namespace vrkview::test {
 
 // Input as if from the keyboard and the mouse of the present display: it goes the whole way through the display server.
@@ -17,8 +20,8 @@ public:
 private:
     unsigned code;
 };
-/// Device pixels of the screen.
-void moveMouse(int x, int y);
+/// To a place on a widget, in logical pixels from its top left corner; `aside` device pixels to the right of it.
+void moveMouse(const QWidget& over, const QPoint& place, int aside = 0);
 void clickLeft();
 /// X11's numbers: 1 left, 2 middle, 3 right, 4 and 5 a notch of the wheel away from the user and back.
 void pressButton(unsigned button);

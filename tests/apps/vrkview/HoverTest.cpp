@@ -3,7 +3,6 @@
 
 #include "DemoParts.h"
 #include "DemoSolids.h"
-#include "Pick.h"
 #include "Picked.h"
 #include "Station.h"
 #include "StationScene.h"
@@ -59,7 +58,7 @@ protected:
         const int step = 5;
         for (int y = step; y < view().height(); y += step)
             for (int x = 2 * step; x < view().width(); x += step) {
-                const auto left = pickAt(x - step, y).result, here = pickAt(x, y).result;
+                const auto left = resultAt({x - step, y}), here = resultAt({x, y});
                 if (here.visual == left.visual && faceOf(here) != 0 && faceOf(here) == faceOf(left) &&
                     here.getFaceEdge() && !left.getFaceEdge())
                     return {{x - step, y}, {x, y}};

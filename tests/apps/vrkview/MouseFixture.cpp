@@ -17,7 +17,7 @@
 namespace vrkview::test {
 namespace {
 
-constexpr int gridStep = 8; // pixels
+constexpr int gridStep = 8; // logical pixels
 constexpr int dragSteps = 8;
 
 std::array<int, 6> handled{}; // events of each kind
@@ -46,11 +46,6 @@ void watch(const Mouse& mouse)
         if (event.kind == InputEvent::Kind::Move)
             lastMove = event.place;
     });
-}
-
-unsigned thingAt(const ViewState& state, const QPoint& place)
-{
-    return thingOf(state.getTree(), pickAt(static_cast<float>(place.x()), static_cast<float>(place.y())).result);
 }
 
 } // namespace
@@ -90,7 +85,7 @@ QPoint MouseFixture::placeOf(const std::string& name)
     QPoint sum;
     for (int y = gridStep; y < view().height(); y += gridStep)
         for (int x = gridStep; x < view().width(); x += gridStep)
-            if (thingAt(state(), {x, y}) == wanted) {
+            if (thingOf(state().getTree(), resultAt({x, y})) == wanted) {
                 places.emplace_back(x, y);
                 sum += places.back();
             }
@@ -104,8 +99,19 @@ QPoint MouseFixture::placeOf(const std::string& name)
 QPoint MouseFixture::emptyPlace()
 {
     const QPoint corner(30, 30);
-    EXPECT_FALSE(pickAt(30, 30).result.hit);
+    EXPECT_FALSE(resultAt(corner).hit);
     return corner;
+}
+
+QPointF MouseFixture::inPixels(const QPoint& place)
+{
+    return QPointF(place) * view().devicePixelRatioF();
+}
+
+vrk::selection::Result MouseFixture::resultAt(const QPoint& place)
+{
+    const QPointF pixel = inPixels(place);
+    return pickAt(static_cast<float>(pixel.x()), static_cast<float>(pixel.y())).result;
 }
 
 vrk::rob::Posef MouseFixture::camera()
@@ -115,11 +121,13 @@ vrk::rob::Posef MouseFixture::camera()
 
 void MouseFixture::moveTo(const QPoint& place)
 {
-    const QPoint onScreen = view().mapToGlobal(place);
-    if (lastMove == QPointF(place)) // a display tells of moves only
-        moveMouse(onScreen.x() + 1, onScreen.y());
-    moveMouse(onScreen.x(), onScreen.y());
-    EXPECT_TRUE(waitFor([&] { return lastMove == QPointF(place); }));
+    const auto isThere = [wanted = inPixels(place)] { // but for what the screen rounds
+        return std::abs(lastMove.x() - wanted.x()) < 1 && std::abs(lastMove.y() - wanted.y()) < 1;
+    };
+    if (isThere()) // a display tells of moves only
+        moveMouse(view(), place, 1);
+    moveMouse(view(), place);
+    EXPECT_TRUE(waitFor(isThere));
 }
 
 void MouseFixture::clickAt(const QPoint& place, unsigned button)
@@ -155,8 +163,8 @@ void MouseFixture::turnWheel(const QPoint& place, int notches)
 void MouseFixture::leaveView()
 {
     // To the status line: the docks beside show tool tips, which would lie over the view.
-    const QPoint outside = view().mapToGlobal(QPoint(view().width() / 2, view().height() + 8));
-    expect(InputEvent::Kind::Leave, [&] { moveMouse(outside.x(), outside.y()); });
+    const QPoint outside(view().width() / 2, view().height() + 8);
+    expect(InputEvent::Kind::Leave, [&] { moveMouse(view(), outside); });
 }
 
 } // namespace vrkview::test

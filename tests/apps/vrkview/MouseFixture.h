@@ -4,6 +4,7 @@
 #include "WindowFixture.h"
 
 #include "scene/math/Pose.h"
+#include "selection/geometry/Result.h"
 
 namespace vrkview::test {
 
@@ -17,10 +18,15 @@ protected:
     static ViewState& state() { return window().getState(); }
     /// The topmost thing of the station of this name.
     static unsigned thing(const std::string& name);
-    /// A pixel of the view, from its top left corner, under which a click would take this thing; its middle most likely.
+    // Places are in logical pixels from the view's top left corner.
+
+    /// Where a click would take this thing; its middle most likely.
     static QPoint placeOf(const std::string& name);
     /// One with nothing under it.
     static QPoint emptyPlace();
+    static QPointF inPixels(const QPoint& place);
+    /// What a pick of the library finds there.
+    static vrk::selection::Result resultAt(const QPoint& place);
     static vrk::rob::Posef camera();
 
     /// Moves the mouse there and has the window take notice.

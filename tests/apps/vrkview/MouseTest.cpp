@@ -2,7 +2,6 @@
 #include "MouseFixture.h"
 #include "Picked.h"
 
-#include "Pick.h"
 #include "scene/Scene.h"
 #include "view/Camera.h"
 #include "view/OrbitViewController.h"
@@ -33,14 +32,11 @@ float distance(const Posf& a, const Posf& b)
 
 class MouseTest : public MouseFixture {
 protected:
-    static Posf underMouse(const QPoint& place)
-    {
-        return pickAt(static_cast<float>(place.x()), static_cast<float>(place.y())).result.position;
-    }
+    static Posf underMouse(const QPoint& place) { return resultAt(place).position; }
     /// The face under the place, with its body.
     static std::pair<unsigned, unsigned> faceAt(const QPoint& place)
     {
-        const auto result = pickAt(static_cast<float>(place.x()), static_cast<float>(place.y())).result;
+        const auto result = resultAt(place);
         return {result.visual->getId(), faceOf(result)};
     }
     static bool isSelectedFace(const std::pair<unsigned, unsigned>& face)

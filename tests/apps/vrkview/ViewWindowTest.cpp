@@ -210,9 +210,8 @@ TEST_F(ViewWindowTest, MouseOverTheViewReachesTheWidget)
 {
     PressWatch watch;
     view().installEventFilter(&watch);
-    const QPoint place = view().mapToGlobal(QPoint(120, 90));
 
-    moveMouse(place.x(), place.y());
+    moveMouse(view(), QPoint(120, 90));
     clickLeft();
 
     EXPECT_TRUE(waitFor([&] { return watch.place == QPointF(120, 90); }));
@@ -231,8 +230,8 @@ TEST_F(ViewWindowTest, AfterAResizeTheWholeViewIsDrawn)
     EXPECT_EQ(Camera::Get()->viewportWidth(), static_cast<unsigned>(view().toDevice(view().size()).width()));
     EXPECT_EQ(Camera::Get()->viewportHeight(), static_cast<unsigned>(view().toDevice(view().size()).height()));
     const QRect area = shownArea(picture);
-    EXPECT_GT(area.width(), view().width() * 7 / 10);
-    EXPECT_NEAR(area.center().x(), view().width() / 2, 15);
+    EXPECT_GT(area.width(), picture.width() * 7 / 10);
+    EXPECT_NEAR(area.center().x(), picture.width() / 2, 15);
     window().resize(before);
     typeKey("g");
 }

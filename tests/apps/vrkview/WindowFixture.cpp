@@ -82,8 +82,7 @@ void WindowFixture::SetUp()
     window().activateWindow(); // there is no window manager that would
     ASSERT_TRUE(waitFor([] { return window().isActiveWindow(); }));
     view().setFocus();
-    const QRect area(view().mapToGlobal(QPoint(0, 0)), view().size());
-    moveMouse(area.center().x(), area.center().y());
+    moveMouse(view(), view().rect().center());
 }
 
 ViewWindow& WindowFixture::window()
