@@ -7,6 +7,7 @@
 #include "visual/PointCloudVisual.h"
 #include "visual/ScanClouds.h"
 #include "visual/SolidVisual.h"
+#include "visual/VisualStateManager.h"
 
 #include <TopExp_Explorer.hxx>
 #include <TopoDS.hxx>
@@ -268,6 +269,24 @@ TEST_F(SceneSelection, CloudSelectedAgainStandsOnceAndLeavesTheListAtOnce)
 
     EXPECT_THAT(scene.getSelectedVisuals(), ElementsAre(cloud->getId()));
     EXPECT_THAT(cloud->getSelectedIndices(), ElementsAre(3));
+}
+
+TEST_F(SceneSelection, CloudThatWasSelectedAsAWholeKeepsThatLayerUntilAllIsCleared)
+{
+    PointCloudVisual* cloud = addCloud();
+    scene.setVisualSelected(cloud);
+    drain();
+    const VisualStateManager& states = *Scene::GetStateManager();
+
+    scene.selectPointCloud({{cloud->getId(), {3}}});
+    drain();
+    EXPECT_THAT(cloud->getSelectedIndices(), ElementsAre(3));
+    EXPECT_TRUE(states.hasLayer(cloud, VisualStateLayer::Selected));
+
+    scene.clearSelections();
+    drain();
+    EXPECT_THAT(cloud->getSelectedIndices(), IsEmpty());
+    EXPECT_FALSE(states.hasLayer(cloud, VisualStateLayer::Selected));
 }
 
 TEST_F(SceneSelection, CloudSelectedTwiceInOneBatchStandsOnce)

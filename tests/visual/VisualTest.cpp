@@ -14,7 +14,7 @@ namespace vrk::visual {
 namespace {
 
 using testing::ElementsAre;
-using testing::HasSubstr;
+using testing::StartsWith;
 using testing::UnorderedElementsAre;
 
 std::vector<Visual*> childrenOf(const Visual& visual)
@@ -421,7 +421,7 @@ TEST_F(VisualTest, CopyBearsTheIdAndPoseAndHangsOnTheWorld)
     EXPECT_EQ(copy->getId(), part->getId());
     EXPECT_EQ(copy->getType(), VisualType::Part);
     EXPECT_EQ(copy->getPose(), part->getPose());
-    EXPECT_THAT(copy->getName(), HasSubstr("_Copied_"));
+    EXPECT_THAT(copy->getName(), StartsWith(part->getName() + "_Copied_"));
     EXPECT_TRUE(copy->isCopied());
     ASSERT_EQ(childrenOf(*copy).size(), 1u);
     EXPECT_EQ(childrenOf(*copy).front()->getId(), inner->getId());
