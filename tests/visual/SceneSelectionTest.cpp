@@ -349,6 +349,7 @@ TEST_P(LateSelection, OfAVisualThatIsRemovedFirstIsPassedOver)
 
     EXPECT_NO_THROW(drain());
     EXPECT_FALSE(Scene::HasVisual(id));
+    EXPECT_THAT(Scene::GetStateManager()->visualsWithLayers(), IsEmpty());
     EXPECT_EQ(postsOf([&] { // nothing points to the dead
                   scene.clearSelectedFaces();
                   scene.clearHighlightedVisual();
@@ -379,6 +380,14 @@ INSTANTIATE_TEST_SUITE_P(
                              }},
                     LateCase{"HighlightCleared", [](Scene& s, SolidVisual*) { s.clearHighlightedBody(); }},
                     LateCase{"Selection", [](Scene& s, SolidVisual* v) { s.setVisualSelected(v); }},
+                    LateCase{"Collision", [](Scene& s, SolidVisual* v) { s.setCollision(v->getId(), true); }},
+                    LateCase{"Emphasis",
+                             [](Scene& s, SolidVisual* v) {
+                                 s.setVisualCollisionEmphasizeState(v->getId(), Scene::VisualCollisionState::GroupA);
+                             }},
+                    LateCase{"Material", [](Scene& s, SolidVisual* v) { s.bodyVisualUseMaterial(v->getId(), "ABB"); }},
+                    LateCase{"MaterialCleared",
+                             [](Scene& s, SolidVisual* v) { s.bodyVisualUseDefaultMaterial(v->getId()); }},
                     LateCase{"AllCleared", [](Scene& s, SolidVisual*) { s.clearSelections(); }}),
     [](const auto& info) { return std::string(info.param.name); });
 
