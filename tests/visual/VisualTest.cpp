@@ -6,6 +6,7 @@
 #include "selection/VisualSelection.h"
 #include "support/SceneFixture.h"
 #include "visual/MeshVisual.h"
+#include "visual/RenderGroups.h"
 #include "visual/SolidVisual.h"
 
 #include <Ogre.h>
@@ -41,6 +42,15 @@ protected:
         return visual;
     }
 };
+
+TEST(RenderGroups, AreNumberedInDrawingOrder)
+{
+    EXPECT_EQ(renderGroup::normal, 50);
+    EXPECT_EQ(renderGroup::selected, 51);
+    EXPECT_EQ(renderGroup::lines, 60);
+    EXPECT_EQ(renderGroup::trace, 70);
+    EXPECT_EQ(renderGroup::handles, 80);
+}
 
 TEST_F(VisualTest, RootStandsOnTheRootNode)
 {
