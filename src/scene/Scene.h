@@ -161,7 +161,7 @@ public:
     void deleteCopiedVisual();
     bool isCopiedVisualVisible() const;
 
-    // Pose; posted. Unknown ids are passed over, but for the orientations.
+    // Pose; posted. Unknown ids are passed over, but for the orientations and the local origin.
 
     void setVisualPose(unsigned id, const rob::PoseTemplate<float>& pose);
     void setVisualWorldPose(unsigned id, const rob::PoseTemplate<float>& pose);
@@ -322,6 +322,7 @@ private:
 
     explicit Scene(const std::string& name);
 
+    static std::function<bool()> whetherStillThere(const Visual* visual);
     void addVisualTask(const Visual* visual, std::function<void()> task);
     void doRemoveVisual(unsigned id);
     void doLoadStation();

@@ -1,6 +1,6 @@
 #include "selection/SensitiveFace.h"
 
-#include "scene/core/OcctCompat.h"
+#include "scene/math/Trsf.h"
 
 #include <BRep_Tool.hxx>
 #include <TopLoc_Location.hxx>

@@ -64,7 +64,11 @@ void Scene::LoadStation()
 {
     Scene* scene = Get();
     scene->addRenderTask([scene] { scene->doLoadStation(); }, 0);
-    const std::vector<unsigned> hidden = layout::Layout::inst().visibilities;
+    std::vector<unsigned> hidden;
+    {
+        const std::shared_lock lock(sdf::SdfManager::inst().mutex());
+        hidden = layout::Layout::inst().visibilities;
+    }
     for (const unsigned id : hidden)
         scene->setVisualVisible(id, false);
 }

@@ -1,6 +1,7 @@
 #include "station/TcpTraceVisual.h"
 
 #include "scene/core/OgreCompat.h"
+#include "visual/RenderGroups.h"
 
 #include <Ogre.h>
 
@@ -8,7 +9,6 @@ namespace vrk::visual {
 namespace {
 
 constexpr std::size_t expectedPoints = 10800; // three minutes at sixty points a second
-constexpr std::uint8_t traceGroup = 70;       // over lines, under handles
 
 } // namespace
 
@@ -21,7 +21,7 @@ TcpTraceVisual::TcpTraceVisual(Visual* parent) : Visual(parent)
     trace->begin("VertexColor", Ogre::RenderOperation::OT_LINE_STRIP,
                  Ogre::ResourceGroupManager::DEFAULT_RESOURCE_GROUP_NAME);
     trace->end();
-    trace->setRenderQueueGroup(traceGroup);
+    trace->setRenderQueueGroup(renderGroup::trace);
     attachObject(trace);
 }
 

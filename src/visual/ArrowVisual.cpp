@@ -1,6 +1,6 @@
 #include "visual/ArrowVisual.h"
 
-#include "scene/core/OcctCompat.h"
+#include "scene/math/Trsf.h"
 
 #include <BRepAdaptor_Curve.hxx>
 #include <TopoDS_Edge.hxx>

@@ -1,7 +1,7 @@
 #include "visual/EdgeVisual.h"
 
 #include "platform/sdf/SdfManager.h"
-#include "scene/core/OcctCompat.h"
+#include "scene/math/Trsf.h"
 #include "visual/ArrowVisual.h"
 #include "visual/DynamicLines.h"
 

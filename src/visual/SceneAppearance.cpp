@@ -104,14 +104,14 @@ void Scene::bodyVisualUseMaterial(unsigned id, const std::string& material)
 {
     Visual* visual = GetVisual(id);
     if (isFacetVisual(*visual))
-        addRenderTask([visual, material] { showLayer(visual, VisualStateLayer::Material, true, material); }, 0);
+        addVisualTask(visual, [visual, material] { showLayer(visual, VisualStateLayer::Material, true, material); });
 }
 
 void Scene::bodyVisualUseDefaultMaterial(unsigned id)
 {
     Visual* visual = GetVisual(id);
     if (isFacetVisual(*visual))
-        addRenderTask([visual] { showLayer(visual, VisualStateLayer::Material, false); }, 0);
+        addVisualTask(visual, [visual] { showLayer(visual, VisualStateLayer::Material, false); });
 }
 
 void Scene::setCollision(unsigned id, bool on)
@@ -127,10 +127,15 @@ void Scene::setCollisionHighlights(const std::vector<unsigned>& ids, bool on)
             collectDrawnBodies(*GetVisual(id), bodies);
     if (bodies.empty())
         return;
+    // A body may be removed by what was posted before.
+    std::vector<std::function<bool()>> areThere;
+    for (const Visual* body : bodies)
+        areThere.push_back(whetherStillThere(body));
     addRenderTask(
-        [bodies = std::move(bodies), on] {
-            for (Visual* body : bodies)
-                showLayer(body, VisualStateLayer::CollisionContact, on);
+        [bodies = std::move(bodies), areThere = std::move(areThere), on] {
+            for (std::size_t i = 0; i < bodies.size(); ++i)
+                if (areThere[i]())
+                    showLayer(bodies[i], VisualStateLayer::CollisionContact, on);
         },
         0);
 }
@@ -144,14 +149,13 @@ void Scene::setVisualCollisionEmphasizeState(unsigned id, VisualCollisionState s
 {
     if (!HasVisual(id))
         return;
-    addRenderTask(
-        [visual = GetVisual(id), state] {
-            VisualStateManager& states = *SceneCore::Get()->states;
-            states.setLayer(visual, VisualStateLayer::EmphasizeGroupA, state == VisualCollisionState::GroupA, {});
-            states.setLayer(visual, VisualStateLayer::EmphasizeGroupB, state == VisualCollisionState::GroupB, {});
-            states.refresh(visual);
-        },
-        0);
+    Visual* visual = GetVisual(id);
+    addVisualTask(visual, [visual, state] {
+        VisualStateManager& states = *SceneCore::Get()->states;
+        states.setLayer(visual, VisualStateLayer::EmphasizeGroupA, state == VisualCollisionState::GroupA, {});
+        states.setLayer(visual, VisualStateLayer::EmphasizeGroupB, state == VisualCollisionState::GroupB, {});
+        states.refresh(visual);
+    });
 }
 
 void Scene::clearVisualCollisionEmphasizeState(unsigned id)

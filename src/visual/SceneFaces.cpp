@@ -1,7 +1,7 @@
 #include "scene/Scene.h"
 
 #include "platform/sdf/SdfObject.h"
-#include "scene/core/OcctCompat.h"
+#include "scene/math/Trsf.h"
 #include "visual/SolidVisual.h"
 
 #include <TopLoc_Location.hxx>

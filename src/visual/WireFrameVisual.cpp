@@ -1,6 +1,6 @@
 #include "visual/WireFrameVisual.h"
 
-#include "scene/core/OcctCompat.h"
+#include "scene/math/Trsf.h"
 
 #include <BRep_Tool.hxx>
 #include <Poly_Polygon3D.hxx>

@@ -53,6 +53,16 @@ TEST(Vec, SumsAndScalesComponentByComponent)
     EXPECT_EQ(Vec2f(1, 2) + Vec2f(3, 4) * 2 - Vec2f(1, 0), Vec2f(6, 10));
 }
 
+TEST(Vec, SumAndDifferenceOfDirectionsAreFreeVectors)
+{
+    const auto sum = Dirf(1, 0, 0) + Dirf(0, 1, 0);
+    const auto difference = Dirf(1, 0, 0) - Dirf(0, 1, 0);
+
+    static_assert(std::is_same_v<decltype(sum), const Vec3f> && std::is_same_v<decltype(difference), const Vec3f>);
+    EXPECT_EQ(sum, Vec3f(1, 1, 0));
+    EXPECT_EQ(difference, Vec3f(1, -1, 0));
+}
+
 TEST(Vec, DifferenceOfPointsIsAFreeVector)
 {
     const auto difference = Posd(3, 2, 1) - Posd(1, 1, 1);

@@ -140,6 +140,15 @@ TEST_F(SdfContainerTest, RemovedChildIsGone)
     EXPECT_THAT(container.getObjChildren(), ElementsAre(12));
 }
 
+TEST(ModelType, NumbersThatApplicationsKnowAreFixed)
+{
+    const std::pair<ModelType, unsigned> fixed[] = {
+        {ModelType::Assembly, 2}, {ModelType::Part, 4},        {ModelType::Manipulator, 9}, {ModelType::Tool, 10},
+        {ModelType::Device, 11},  {ModelType::GroupFirst, 53}, {ModelType::GroupLast, 57}};
+    for (const auto& [type, number] : fixed)
+        EXPECT_EQ(static_cast<unsigned>(type), number);
+}
+
 TEST(ModelType, GroupsAreTheFiveKindsFrom53To57)
 {
     EXPECT_FALSE(isGroup(ModelType(52)));

@@ -70,19 +70,56 @@ TEST_F(SceneTest, RemovedVisualTakesItsChildrenAlong)
     EXPECT_FALSE(Scene::HasVisual(childId));
 }
 
-TEST_F(SceneTest, RemovingAnUnknownVisualFailsOnTheRenderThread)
-{
-    scene.removeVisual(4711);
+struct UnknownIdCase {
+    const char* name;
+    void (*call)(Scene& scene, unsigned id, Visual* known);
+    bool fails;
+};
 
-    EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::out_of_range>(StrEq(unknownKey)));
+class PostedOnAnUnknownId : public SceneTest, public testing::WithParamInterface<UnknownIdCase> {};
+
+TEST_P(PostedOnAnUnknownId, FailsOnTheRenderThreadOrIsPassedOver)
+{
+    Visual* known = addVisual();
+    const CountedUpdates updates;
+
+    EXPECT_NO_THROW(GetParam().call(scene, 4711, known));
+    EXPECT_EQ(updates.count, 1) << "one task";
+
+    if (GetParam().fails)
+        EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::out_of_range>(StrEq(unknownKey)));
+    else
+        EXPECT_NO_THROW(drain());
+    EXPECT_FALSE(Scene::HasVisual(4711)) << "nothing was entered for it";
+    EXPECT_EQ(known->getParent(), world);
 }
 
-TEST_F(SceneTest, ResettingTheColourOfAnUnknownVisualFailsOnTheRenderThread)
-{
-    scene.resetColor(4711u);
-
-    EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::out_of_range>(StrEq(unknownKey)));
-}
+INSTANTIATE_TEST_SUITE_P(
+    Table, PostedOnAnUnknownId,
+    testing::Values(
+        UnknownIdCase{"Removal", [](Scene& s, unsigned id, Visual*) { s.removeVisual(id); }, true},
+        UnknownIdCase{"RemovalOfATemporaryOne", [](Scene& s, unsigned id, Visual*) { s.removeTempVisual(id); }, true},
+        UnknownIdCase{"Colour", [](Scene& s, unsigned id, Visual*) { s.setVisualColor(id, 1, 0, 0); }, true},
+        UnknownIdCase{"ColourOfTheModel", [](Scene& s, unsigned id, Visual*) { s.resetColor(id); }, true},
+        UnknownIdCase{"Attaching", [](Scene& s, unsigned id, Visual* known) { s.attachVisual(id, known); }, true},
+        UnknownIdCase{"Attachment", [](Scene& s, unsigned id, Visual* v) { s.addAttachment(v->getId(), id, {}); },
+                      true},
+        UnknownIdCase{"Detachment", [](Scene& s, unsigned id, Visual* v) { s.deleteAttachment(v->getId(), 0, id, {}); },
+                      true},
+        UnknownIdCase{"NewParent", [](Scene& s, unsigned id, Visual* v) { s.reparentVisual(v->getId(), id); }, true},
+        UnknownIdCase{"NewParentOfNone", [](Scene& s, unsigned id, Visual* v) { s.reparentVisual(id, v->getId()); },
+                      true},
+        UnknownIdCase{"Move", [](Scene& s, unsigned id, Visual* v) { s.moveVisualToParent(v->getId(), id, {}); }, true},
+        UnknownIdCase{"Copy", [](Scene& s, unsigned id, Visual*) { s.showCopiedVisual(id, {}); }, true},
+        UnknownIdCase{"Pose", [](Scene& s, unsigned id, Visual*) { s.setVisualPose(id, {}); }, false},
+        UnknownIdCase{"WorldPose", [](Scene& s, unsigned id, Visual*) { s.setVisualWorldPose(id, {}); }, false},
+        UnknownIdCase{"Orientations", [](Scene& s, unsigned id, Visual*) { s.setVisualsOrientations({id}, {{}}); },
+                      true},
+        UnknownIdCase{"LocalOrigin", [](Scene& s, unsigned id, Visual*) { s.setLocalOrigin(id, {}, {}); }, true},
+        UnknownIdCase{"WorkObject", [](Scene& s, unsigned id, Visual*) { s.updateWObj(id); }, true},
+        UnknownIdCase{"ToolData", [](Scene& s, unsigned id, Visual*) { s.addToolData(id); }, false},
+        UnknownIdCase{"ToolDataAnew", [](Scene& s, unsigned id, Visual*) { s.updateToolData(id); }, true}),
+    [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(SceneTest, TemporaryVisualIsKnownAtOnceAndRemovedByAPost)
 {
@@ -96,13 +133,6 @@ TEST_F(SceneTest, TemporaryVisualIsKnownAtOnceAndRemovedByAPost)
 
     EXPECT_THAT(std::vector<Visual*>(world->getChildren().begin(), world->getChildren().end()),
                 testing::UnorderedElementsAre(gridVisual(), worldFrame));
-}
-
-TEST_F(SceneTest, RemovingAnUnknownTemporaryVisualFailsOnTheRenderThread)
-{
-    scene.removeTempVisual(4711);
-
-    EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::out_of_range>(StrEq(unknownKey)));
 }
 
 TEST_F(SceneTest, YoungerVisualOfAnIdStaysRegisteredWhenTheOlderOneDies)

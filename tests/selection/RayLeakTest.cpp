@@ -1,7 +1,7 @@
 #include "PlainTriangles.h"
 #include "geometry/Geometry.h"
 
-#include "scene/core/OcctCompat.h"
+#include "scene/math/Trsf.h"
 #include "selection/SensitiveFace.h"
 #include "selection/geometry/BVHBuilder.h"
 #include "selection/geometry/ParallelFor.h"

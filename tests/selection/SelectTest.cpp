@@ -221,6 +221,19 @@ TEST_F(Select, BodyThatIsHiddenWithoutBeingDisabledIsStillHit)
     EXPECT_EQ(along(5, 10).visual, box);
 }
 
+TEST_F(Select, BodyHiddenByTheDisplayModeIsStillHit)
+{
+    visual::SolidVisual* box = addBox(100, {0, 0, 0});
+    scene.setDisplayMode(visual::Scene::DisplayMode::Edges);
+    drain();
+    service.update();
+
+    EXPECT_FALSE(box->isVisible());
+    EXPECT_EQ(along(5, 10).visual, box);
+    scene.setDisplayMode(visual::Scene::DisplayMode::Shaded);
+    drain();
+}
+
 TEST_F(Select, BodyHiddenThroughTheSceneIsNotHit)
 {
     const TopoDS_Shape shape = test::meshedBox(100, 100, 100);

@@ -1,10 +1,12 @@
 #include "platform/broker/SignalBroker.h"
 #include "platform/layout/Group.h"
+#include "platform/layout/PointCloud.h"
 #include "platform/sdf/SdfManager.h"
 #include "platform/smart/SmartComponent.h"
 #include "platform/smart/StationLogic.h"
 #include "station/support/TestStation.h"
 #include "view/Camera.h"
+#include "visual/FrameVisual.h"
 #include "visual/SolidVisual.h"
 
 #include <BRepBuilderAPI_MakeVertex.hxx>
@@ -35,46 +37,89 @@ TEST_F(LoadStation, EmptyStationLoadsNothing)
     EXPECT_NO_THROW(load());
 }
 
-TEST_F(LoadStation, EveryKindOfObjectHasItsVisual)
+/// One object of every kind.
+class WholeStation : public LoadStation {
+protected:
+    WholeStation()
+    {
+        toolData->setOwnerId(tool->getId());
+        program->addDataItem(workObject);
+        program->addDataItem(toolData);
+        Layout& station = Layout::inst();
+        station.addTask(program);
+        station.addPointCloud(cloud);
+        station.addManipulator(arm);
+        station.addAssembly(assembly);
+        station.addPart(part);
+        station.addTool(tool);
+        station.addDevice(device);
+        station.addFrame(frame);
+    }
+    void expectAll() const
+    {
+        const std::pair<unsigned, VisualType> expected[] = {
+            {arm->getId(), VisualType::Manipulator},
+            {arm->getLinks()[0]->getId(), VisualType::Link},
+            {arm->getWrist()->getId(), VisualType::Wrist},
+            {arm->getControllerTaskFrame()->getId(), VisualType::Frame},
+            {assembly->getId(), VisualType::Assembly},
+            {assembly->getParts()[1]->getId(), VisualType::Part},
+            {part->getId(), VisualType::Part},
+            {part->getBodies()[0]->getId(), VisualType::Solid},
+            {cloud->getId(), VisualType::PointCloud},
+            {tool->getId(), VisualType::Tool},
+            {tool->getFrames()[0]->getId(), VisualType::Frame},
+            {device->getId(), VisualType::Device},
+            {device->getFrames()[0]->getId(), VisualType::Frame},
+            {frame->getId(), VisualType::Frame},
+            {workObject->getId(), VisualType::WObj},
+            {workObject->getObjectFrame()->getId(), VisualType::ObjectFrame},
+            {toolData->getId(), VisualType::Tcp},
+        };
+        for (const auto& [id, type] : expected) {
+            ASSERT_NE(visualOfId(id), nullptr) << "id " << id;
+            EXPECT_EQ(visualOfId(id)->getType(), type) << "id " << id;
+        }
+        EXPECT_EQ(visualOfId(device->getFrames()[0]->getId())->getParent(), visualOfId(device->getLinks()[0]->getId()));
+        EXPECT_EQ(visualOfId(arm->getWrist()->getId())->getParent(), visualOfId(arm->getLinks()[1]->getId()));
+        EXPECT_EQ(visualOfId(assembly->getParts()[0]->getId())->getParent(), visualOfId(assembly->getId()));
+        EXPECT_EQ(visualOfId(toolData->getId())->getParent(), visualOfId(tool->getId()));
+    }
+
+    std::shared_ptr<layout::Manipulator> arm = test::makeArm();
+    std::shared_ptr<layout::Assembly> assembly = test::makeAssembly("assembly", 2);
+    std::shared_ptr<layout::Part> part = test::makePart("part");
+    std::shared_ptr<layout::PointCloud> cloud =
+        std::make_shared<layout::PointCloud>(test::newId(), "cloud", layout::PointCloud::Points{{1, 2, 3}});
+    std::shared_ptr<layout::Tool> tool = test::makeTool();
+    std::shared_ptr<layout::Device> device = test::makeDevice();
+    std::shared_ptr<layout::Frame> frame = std::make_shared<layout::Frame>(test::newId(), "frame");
+    std::shared_ptr<task::WObjDataItem> workObject = std::make_shared<task::WObjDataItem>(test::newId(), "wobj");
+    std::shared_ptr<task::ToolDataItem> toolData = std::make_shared<task::ToolDataItem>(test::newId(), "tcp");
+    std::shared_ptr<task::Task> program = std::make_shared<task::Task>(test::newId(), "task");
+};
+
+TEST_F(WholeStation, EveryKindOfObjectHasItsVisual)
 {
-    const auto arm = test::makeArm();
-    const auto assembly = test::makeAssembly("assembly", 2);
-    const auto part = test::makePart("part");
-    const auto tool = test::makeTool();
-    const auto device = test::makeDevice();
-    const auto frame = std::make_shared<layout::Frame>(test::newId(), "frame");
-    Layout& station = Layout::inst();
-    station.addManipulator(arm);
-    station.addAssembly(assembly);
-    station.addPart(part);
-    station.addTool(tool);
-    station.addDevice(device);
-    station.addFrame(frame);
+    load();
+
+    expectAll();
+}
+
+TEST_F(WholeStation, LoadedASecondTimeStandsBesideTheFirstAndOutlivesIt)
+{
+    load();
+    std::vector<Visual*> first(world->getChildren().begin(), world->getChildren().end());
+    std::erase(first, worldFrame);
+    std::erase(first, gridVisual());
+    const Visual* firstPart = visualOfId(part->getId());
 
     load();
 
-    const std::pair<unsigned, VisualType> expected[] = {
-        {arm->getId(), VisualType::Manipulator},
-        {arm->getLinks()[0]->getId(), VisualType::Link},
-        {arm->getWrist()->getId(), VisualType::Wrist},
-        {arm->getControllerTaskFrame()->getId(), VisualType::Frame},
-        {assembly->getId(), VisualType::Assembly},
-        {assembly->getParts()[1]->getId(), VisualType::Part},
-        {part->getId(), VisualType::Part},
-        {part->getBodies()[0]->getId(), VisualType::Solid},
-        {tool->getId(), VisualType::Tool},
-        {tool->getFrames()[0]->getId(), VisualType::Frame},
-        {device->getId(), VisualType::Device},
-        {device->getFrames()[0]->getId(), VisualType::Frame},
-        {frame->getId(), VisualType::Frame},
-    };
-    for (const auto& [id, type] : expected) {
-        ASSERT_NE(visualOfId(id), nullptr) << "id " << id;
-        EXPECT_EQ(visualOfId(id)->getType(), type) << "id " << id;
-    }
-    EXPECT_EQ(visualOfId(device->getFrames()[0]->getId())->getParent(), visualOfId(device->getLinks()[0]->getId()));
-    EXPECT_EQ(visualOfId(arm->getWrist()->getId())->getParent(), visualOfId(arm->getLinks()[1]->getId()));
-    EXPECT_EQ(visualOfId(assembly->getParts()[0]->getId())->getParent(), visualOfId(assembly->getId()));
+    EXPECT_NE(visualOfId(part->getId()), firstPart) << "the younger one is found";
+    for (Visual* visual : first)
+        scene.deleteVisual(visual);
+    expectAll();
 }
 
 TEST_F(LoadStation, PartOfTheStationItselfHangsOnTheWorld)
@@ -100,6 +145,22 @@ TEST_F(LoadStation, PartThatIsNotStandaloneIsBuiltByItsOwner)
     EXPECT_EQ(visualOfId(member)->getParent(), visualOfId(assembly->getId()));
     EXPECT_EQ(std::distance(world->getChildren().begin(), world->getChildren().end()), 3)
         << "grid, frame of the world and the assembly: the part was not built a second time";
+}
+
+TEST_F(LoadStation, AssemblyInsideAnotherIsBuiltWithItInOneBatch)
+{
+    const auto outer = test::makeAssembly("outer", 1);
+    const auto inner = test::makeAssembly("inner", 2);
+    outer->addAssembly(inner);
+    Layout::inst().addAssembly(outer);
+    scene.addAssembly(outer.get());
+
+    drain();
+
+    ASSERT_NE(visualOfId(inner->getId()), nullptr);
+    EXPECT_EQ(visualOfId(inner->getId())->getType(), VisualType::Assembly);
+    EXPECT_EQ(visualOfId(inner->getId())->getParent(), visualOfId(outer->getId()));
+    EXPECT_EQ(visualOfId(outer->getId())->getBodiesNum(), 3u);
 }
 
 TEST_F(LoadStation, OwnerWithoutVisualMeansTheWorld)
@@ -266,6 +327,27 @@ TEST_F(LoadStation, FrameWithoutOwnerHangsOnTheWorld)
 
     EXPECT_EQ(visualOfId(frame.getId())->getParent(), world);
     EXPECT_EQ(visualOfId(frame.getId())->getPosition(), rob::Posf(1, 2, 3));
+}
+
+TEST_F(LoadStation, FrameOfTheStationItselfHangsOnTheWorld)
+{
+    layout::Frame frame(test::newId(), "frame");
+    frame.setParentId(smartcomp::StationLogic::inst()->getId());
+    scene.addFrame(&frame);
+
+    drain();
+
+    EXPECT_EQ(visualOfId(frame.getId())->getParent(), world);
+}
+
+TEST_F(LoadStation, DeviceFrameOfAnUnknownOwnerFails)
+{
+    const auto device = test::makeDevice();
+    device->getFrames()[0]->setParentId(4711);
+    scene.addMechanism(device.get(), true);
+
+    EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::out_of_range>(StrEq(unknownKey)));
+    EXPECT_FALSE(Scene::HasVisual(device->getFrames()[0]->getId()));
 }
 
 /// A component that marks its place with a bare visual.

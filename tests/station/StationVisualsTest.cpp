@@ -1,4 +1,5 @@
 #include "mesh/MeshManager.h"
+#include "platform/smart/StationLogic.h"
 #include "scene/core/SceneCore.h"
 #include "selection/VisualSelection.h"
 #include "station/CompoundVisual.h"
@@ -7,6 +8,7 @@
 #include "station/TcpTraceVisual.h"
 #include "station/WObjVisual.h"
 #include "station/support/TestStation.h"
+#include "visual/DynamicLines.h"
 #include "visual/FrameVisual.h"
 #include "visual/SolidVisual.h"
 #include "visual/VisualStateManager.h"
@@ -288,13 +290,19 @@ TEST_F(Programs, UpdatedWorkObjectFollowsTheModel)
 
 TEST_F(Programs, UpdatedWorkObjectOfTheStationHangsOnTheWorld)
 {
-    scene.addWObj(workObject.get());
-    workObject->setOwnerId(0);
+    for (const unsigned station : {0u, smartcomp::StationLogic::inst()->getId()}) {
+        scene.addWObj(workObject.get());
+        drain();
+        ASSERT_NE(group().getParent(), world);
+        workObject->setOwnerId(station);
 
-    scene.updateWObj(workObject->getId());
-    drain();
+        scene.updateWObj(workObject->getId());
+        drain();
 
-    EXPECT_EQ(group().getParent(), world);
+        EXPECT_EQ(group().getParent(), world) << "owner " << station;
+        scene.removeVisual(workObject->getId());
+        workObject->setOwnerId(owner->getId());
+    }
 }
 
 TEST_F(Programs, UpdatedWorkObjectOfAnUnknownOwnerFails)
@@ -309,12 +317,27 @@ TEST_F(Programs, UpdatedWorkObjectOfAnUnknownOwnerFails)
 
 TEST_F(Programs, LooksOfAWorkObjectAreThoseOfItsFrames)
 {
+    const auto materialsOfX = [this] {
+        std::vector<std::string> names;
+        for (const FrameVisual* frame : {group().getUserFrame(), group().getObjectFrame()})
+            names.push_back(frame->getLines().front()->getMaterial()->getName());
+        return names;
+    };
     scene.addWObj(workObject.get());
-    scene.setVisualSelected(workObject->getId());
-
     drain();
 
+    scene.setVisualHighlighted(workObject->getId());
+    drain();
+    EXPECT_THAT(materialsOfX(), testing::Each(StrEq("WhiteFrameLine")));
+
+    scene.setVisualSelected(workObject->getId());
+    drain();
     EXPECT_TRUE(Scene::GetStateManager()->hasLayer(&group(), VisualStateLayer::Selected));
+    EXPECT_THAT(materialsOfX(), testing::Each(StrEq("RedFrameLineSelected")));
+
+    scene.clearSelections();
+    drain();
+    EXPECT_THAT(materialsOfX(), testing::Each(StrEq("RedFrameLine")));
 }
 
 TEST_F(Programs, HidingTheOwnerLeavesTheWorkObject)
@@ -334,6 +357,7 @@ TEST_F(Programs, WorkObjectsAreShownAndHiddenWithTheirFrames)
     drain();
 
     EXPECT_FALSE(group().isVisible());
+    EXPECT_FALSE(group().getUserFrame()->isVisible());
     EXPECT_FALSE(group().getObjectFrame()->isVisible());
 }
 
@@ -343,6 +367,8 @@ TEST_F(Programs, SizeOfWorkObjectsReachesBothFrames)
     scene.setFrameSize(33, VisualType::WObj);
     drain();
 
+    for (const FrameVisual* frame : {group().getUserFrame(), group().getObjectFrame()})
+        EXPECT_EQ(frame->getLines().front()->getPoints().at(1), rob::Posf(33, 0, 0));
     EXPECT_EQ(SceneCore::Get()->settings.wobjFrameSize, 33);
     SceneCore::Get()->settings.wobjFrameSize = test::testSettings().wobjFrameSize;
 }
@@ -366,10 +392,14 @@ TEST_F(Programs, ToolDataIsAFrameOnItsOwner)
 
 TEST_F(Programs, ToolDataOfAnUnknownOwnerFails)
 {
-    toolData->setOwnerId(4711);
-    scene.addToolData(toolData->getId());
+    // The world is no tool either.
+    for (const unsigned unknown : {4711u, 0u, smartcomp::StationLogic::inst()->getId()}) {
+        toolData->setOwnerId(unknown);
+        scene.addToolData(toolData->getId());
 
-    EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::out_of_range>(StrEq(unknownKey)));
+        EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::out_of_range>(StrEq(unknownKey))) << "owner " << unknown;
+        EXPECT_FALSE(Scene::HasVisual(toolData->getId()));
+    }
 }
 
 TEST_F(Programs, UpdatingToolDataWithoutVisualFails)

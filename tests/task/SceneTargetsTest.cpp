@@ -209,7 +209,15 @@ TEST_F(SceneTargets, TargetsByThemselvesDoNotTellThatTheViewChanged)
 {
     int told = 0;
     const boost::signals2::scoped_connection connection = broker::SignalBroker::onUpdateScene([&] { ++told; });
-    addTarget();
+    const auto node = std::make_shared<sdf::SdfNode>(sdf::ModelType::Unknown, 803, "target");
+    sdf::SdfManager::inst().add(node);
+    task::JointTargetDataItem item(804, "home");
+    RobtargetVisual* target = RobtargetVisual::Build(world, node->getId());
+    JointTargetVisual::Build(world, &item);
+    target->setSelected();
+    target->setHighlighted();
+    target->setFrameSize(5);
+    scene.deleteVisual(target);
 
     drain();
 

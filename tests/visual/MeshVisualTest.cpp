@@ -137,6 +137,7 @@ TEST_F(MeshVisualTest, CopyIsSeeThroughAndLeavesTheMesh)
 
     EXPECT_TRUE(copy->isCopied());
     EXPECT_EQ(copy->getId(), visual->getId());
+    EXPECT_THAT(copy->getName(), testing::StartsWith(visual->getName()));
     EXPECT_EQ(copy->getMesh(), visual->getMesh());
     copy->setSelected();
     EXPECT_EQ(copy->getEntity()->getSubEntity(0)->getMaterialName(), "TransBody");

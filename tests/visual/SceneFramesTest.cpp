@@ -132,6 +132,22 @@ TEST_P(SceneFramesVisible, ReachesItsTypeAlone)
     EXPECT_TRUE(child->isVisible());
 }
 
+/// Hiding a kind is a matter of the picture alone, unlike hiding a visual by its id.
+TEST_P(SceneFramesVisible, LeavesPickingAsItIs)
+{
+    auto* frame = new FrameVisual(world, 601, "", VisualType::Frame);
+    frame->setType(GetParam().type);
+    SceneCore::Get()->visuals.enter(frame);
+    selection::VisualSelection& service = *selection::VisualSelection::Get();
+    service.addLineVisual(frame);
+
+    (scene.*GetParam().set)(false);
+    drain();
+
+    EXPECT_FALSE(frame->isVisible());
+    EXPECT_TRUE(service.isEnabled(frame));
+}
+
 // Joint targets have a type of their own and stay as they are.
 INSTANTIATE_TEST_SUITE_P(
     Table, SceneFramesVisible,

@@ -7,6 +7,7 @@
 #include "visual/PointCloudVisual.h"
 #include "visual/ScanClouds.h"
 #include "visual/SolidVisual.h"
+#include "visual/VisualStateManager.h"
 
 #include <TopExp_Explorer.hxx>
 #include <TopoDS.hxx>
@@ -270,6 +271,24 @@ TEST_F(SceneSelection, CloudSelectedAgainStandsOnceAndLeavesTheListAtOnce)
     EXPECT_THAT(cloud->getSelectedIndices(), ElementsAre(3));
 }
 
+TEST_F(SceneSelection, CloudThatWasSelectedAsAWholeKeepsThatLayerUntilAllIsCleared)
+{
+    PointCloudVisual* cloud = addCloud();
+    scene.setVisualSelected(cloud);
+    drain();
+    const VisualStateManager& states = *Scene::GetStateManager();
+
+    scene.selectPointCloud({{cloud->getId(), {3}}});
+    drain();
+    EXPECT_THAT(cloud->getSelectedIndices(), ElementsAre(3));
+    EXPECT_TRUE(states.hasLayer(cloud, VisualStateLayer::Selected));
+
+    scene.clearSelections();
+    drain();
+    EXPECT_THAT(cloud->getSelectedIndices(), IsEmpty());
+    EXPECT_FALSE(states.hasLayer(cloud, VisualStateLayer::Selected));
+}
+
 TEST_F(SceneSelection, CloudSelectedTwiceInOneBatchStandsOnce)
 {
     PointCloudVisual* cloud = addCloud();
@@ -330,6 +349,7 @@ TEST_P(LateSelection, OfAVisualThatIsRemovedFirstIsPassedOver)
 
     EXPECT_NO_THROW(drain());
     EXPECT_FALSE(Scene::HasVisual(id));
+    EXPECT_THAT(Scene::GetStateManager()->visualsWithLayers(), IsEmpty());
     EXPECT_EQ(postsOf([&] { // nothing points to the dead
                   scene.clearSelectedFaces();
                   scene.clearHighlightedVisual();
@@ -360,6 +380,14 @@ INSTANTIATE_TEST_SUITE_P(
                              }},
                     LateCase{"HighlightCleared", [](Scene& s, SolidVisual*) { s.clearHighlightedBody(); }},
                     LateCase{"Selection", [](Scene& s, SolidVisual* v) { s.setVisualSelected(v); }},
+                    LateCase{"Collision", [](Scene& s, SolidVisual* v) { s.setCollision(v->getId(), true); }},
+                    LateCase{"Emphasis",
+                             [](Scene& s, SolidVisual* v) {
+                                 s.setVisualCollisionEmphasizeState(v->getId(), Scene::VisualCollisionState::GroupA);
+                             }},
+                    LateCase{"Material", [](Scene& s, SolidVisual* v) { s.bodyVisualUseMaterial(v->getId(), "ABB"); }},
+                    LateCase{"MaterialCleared",
+                             [](Scene& s, SolidVisual* v) { s.bodyVisualUseDefaultMaterial(v->getId()); }},
                     LateCase{"AllCleared", [](Scene& s, SolidVisual*) { s.clearSelections(); }}),
     [](const auto& info) { return std::string(info.param.name); });
 

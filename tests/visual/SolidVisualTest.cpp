@@ -353,6 +353,7 @@ TEST_F(SolidVisualTest, CopySharesTheMeshAndLeavesItAlone)
 
     EXPECT_TRUE(copy->isCopied());
     EXPECT_EQ(copy->getId(), solid->getId());
+    EXPECT_THAT(copy->getName(), testing::StartsWith(solid->getName()));
     EXPECT_EQ(copy->getMeshName(), "copied");
     EXPECT_EQ(copy->getPose(), solid->getPose());
     EXPECT_EQ(copy->getTrianglesNum(), 12u);

@@ -6,6 +6,7 @@
 #include "selection/VisualSelection.h"
 #include "support/SceneFixture.h"
 #include "visual/MeshVisual.h"
+#include "visual/RenderGroups.h"
 #include "visual/SolidVisual.h"
 
 #include <Ogre.h>
@@ -14,7 +15,7 @@ namespace vrk::visual {
 namespace {
 
 using testing::ElementsAre;
-using testing::HasSubstr;
+using testing::StartsWith;
 using testing::UnorderedElementsAre;
 
 std::vector<Visual*> childrenOf(const Visual& visual)
@@ -41,6 +42,15 @@ protected:
         return visual;
     }
 };
+
+TEST(RenderGroups, AreNumberedInDrawingOrder)
+{
+    EXPECT_EQ(renderGroup::normal, 50);
+    EXPECT_EQ(renderGroup::selected, 51);
+    EXPECT_EQ(renderGroup::lines, 60);
+    EXPECT_EQ(renderGroup::trace, 70);
+    EXPECT_EQ(renderGroup::handles, 80);
+}
 
 TEST_F(VisualTest, RootStandsOnTheRootNode)
 {
@@ -421,7 +431,7 @@ TEST_F(VisualTest, CopyBearsTheIdAndPoseAndHangsOnTheWorld)
     EXPECT_EQ(copy->getId(), part->getId());
     EXPECT_EQ(copy->getType(), VisualType::Part);
     EXPECT_EQ(copy->getPose(), part->getPose());
-    EXPECT_THAT(copy->getName(), HasSubstr("_Copied_"));
+    EXPECT_THAT(copy->getName(), StartsWith(part->getName() + "_Copied_"));
     EXPECT_TRUE(copy->isCopied());
     ASSERT_EQ(childrenOf(*copy).size(), 1u);
     EXPECT_EQ(childrenOf(*copy).front()->getId(), inner->getId());
