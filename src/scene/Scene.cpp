@@ -70,9 +70,9 @@ void Scene::addRenderTask(std::function<void()>&& task, std::uint64_t key)
     core->queue.post(std::move(task), key);
 }
 
-/// Posts work on a visual, which is passed over if the visual has died by then: what is selected and highlighted comes
-/// from the mouse, and may well meet an earlier removal in the queue. Of a visual that stands in no registry nobody knows;
-/// its owner keeps it alive.
+/// Posts work on a visual, which is passed over if the visual has died by then: what is asked of it, by the mouse for one,
+/// may well meet an earlier removal in the queue. Of a visual that stands in no registry nobody knows; its owner keeps it
+/// alive.
 void Scene::addVisualTask(const Visual* visual, std::function<void()> task)
 {
     const unsigned id = visual->getId();

@@ -6,6 +6,9 @@
 
 #include <Ogre.h>
 
+#include <algorithm>
+#include <utility>
+
 namespace vrk::visual {
 namespace {
 
@@ -34,6 +37,15 @@ void collectDrawnBodies(Visual& visual, std::vector<Visual*>& bodies)
         bodies.push_back(&visual);
     for (Visual* child : visual.getChildren())
         collectDrawnBodies(*child, bodies);
+}
+
+std::vector<Visual*> drawnBodiesOf(const std::vector<unsigned>& ids)
+{
+    std::vector<Visual*> bodies;
+    for (const unsigned id : ids)
+        if (Scene::HasVisual(id))
+            collectDrawnBodies(*Scene::GetVisual(id), bodies);
+    return bodies;
 }
 
 void showLayer(Visual* visual, VisualStateLayer layer, bool on, const std::string& material = {})
@@ -92,7 +104,7 @@ void Scene::resetColor(unsigned id)
 
 void Scene::resetColor(Visual* visual)
 {
-    addRenderTask([this, visual] { doResetColor(visual); }, 0);
+    addVisualTask(visual, [this, visual] { doResetColor(visual); });
 }
 
 void Scene::doResetColor(Visual* visual)
@@ -104,14 +116,14 @@ void Scene::bodyVisualUseMaterial(unsigned id, const std::string& material)
 {
     Visual* visual = GetVisual(id);
     if (isFacetVisual(*visual))
-        addRenderTask([visual, material] { showLayer(visual, VisualStateLayer::Material, true, material); }, 0);
+        addVisualTask(visual, [visual, material] { showLayer(visual, VisualStateLayer::Material, true, material); });
 }
 
 void Scene::bodyVisualUseDefaultMaterial(unsigned id)
 {
     Visual* visual = GetVisual(id);
     if (isFacetVisual(*visual))
-        addRenderTask([visual] { showLayer(visual, VisualStateLayer::Material, false); }, 0);
+        addVisualTask(visual, [visual] { showLayer(visual, VisualStateLayer::Material, false); });
 }
 
 void Scene::setCollision(unsigned id, bool on)
@@ -121,16 +133,20 @@ void Scene::setCollision(unsigned id, bool on)
 
 void Scene::setCollisionHighlights(const std::vector<unsigned>& ids, bool on)
 {
-    std::vector<Visual*> bodies;
-    for (const unsigned id : ids)
-        if (HasVisual(id))
-            collectDrawnBodies(*GetVisual(id), bodies);
+    std::vector<std::pair<unsigned, Visual*>> bodies; // by id: one that dies ahead of the task is not to be touched
+    for (Visual* body : drawnBodiesOf(ids))
+        bodies.emplace_back(body->getId(), body);
     if (bodies.empty())
         return;
     addRenderTask(
-        [bodies = std::move(bodies), on] {
-            for (Visual* body : bodies)
-                showLayer(body, VisualStateLayer::CollisionContact, on);
+        [ids, bodies = std::move(bodies), on] {
+            const std::vector<Visual*> there = drawnBodiesOf(ids);
+            for (const auto& [id, body] : bodies) {
+                const bool isRegistered = HasVisual(id) && GetVisual(id) == body;
+                // An arrow stands in no registry, but it has not left the visual that it was found under.
+                if (isRegistered || std::find(there.begin(), there.end(), body) != there.end())
+                    showLayer(body, VisualStateLayer::CollisionContact, on);
+            }
         },
         0);
 }
@@ -144,14 +160,13 @@ void Scene::setVisualCollisionEmphasizeState(unsigned id, VisualCollisionState s
 {
     if (!HasVisual(id))
         return;
-    addRenderTask(
-        [visual = GetVisual(id), state] {
-            VisualStateManager& states = *SceneCore::Get()->states;
-            states.setLayer(visual, VisualStateLayer::EmphasizeGroupA, state == VisualCollisionState::GroupA, {});
-            states.setLayer(visual, VisualStateLayer::EmphasizeGroupB, state == VisualCollisionState::GroupB, {});
-            states.refresh(visual);
-        },
-        0);
+    Visual* visual = GetVisual(id);
+    addVisualTask(visual, [visual, state] {
+        VisualStateManager& states = *SceneCore::Get()->states;
+        states.setLayer(visual, VisualStateLayer::EmphasizeGroupA, state == VisualCollisionState::GroupA, {});
+        states.setLayer(visual, VisualStateLayer::EmphasizeGroupB, state == VisualCollisionState::GroupB, {});
+        states.refresh(visual);
+    });
 }
 
 void Scene::clearVisualCollisionEmphasizeState(unsigned id)

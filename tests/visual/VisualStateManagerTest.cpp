@@ -7,6 +7,7 @@
 #include "platform/sdf/SdfObject.h"
 #include "scene/core/SceneCore.h"
 #include "support/SceneFixture.h"
+#include "visual/MeshVisual.h"
 #include "visual/SolidVisual.h"
 
 #include <Ogre.h>
@@ -398,6 +399,72 @@ TEST_F(Layers, EmphasisMovesBetweenTheGroups)
     drain();
     EXPECT_EQ(materialOf(*solid), "Body");
     EXPECT_NO_THROW(scene.setVisualCollisionEmphasizeState(4711, Scene::VisualCollisionState::GroupA));
+}
+
+// Visuals that are removed ahead of what was asked of them
+
+struct LateLookCase {
+    const char* name;
+    void (*ask)(Scene& scene, SolidVisual* solid);
+};
+
+class LateLook : public Layers, public testing::WithParamInterface<LateLookCase> {};
+
+TEST_P(LateLook, OfAVisualThatIsRemovedFirstIsPassedOver)
+{
+    SolidVisual* solid = addBody();
+    SolidVisual* other = addBody();
+
+    scene.removeVisual(solid->getId());
+    GetParam().ask(scene, solid);
+    scene.setCollision(other->getId(), true);
+
+    EXPECT_NO_THROW(drain());
+    EXPECT_THAT(states.visualsWithLayers(), ElementsAre(other));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, LateLook,
+    testing::Values(
+        LateLookCase{"Material",
+                     [](Scene& s, SolidVisual* v) { s.bodyVisualUseMaterial(v->getId(), "CollisionContact"); }},
+        LateLookCase{"DefaultMaterial", [](Scene& s, SolidVisual* v) { s.bodyVisualUseDefaultMaterial(v->getId()); }},
+        LateLookCase{"Collision", [](Scene& s, SolidVisual* v) { s.setCollision(v->getId(), true); }},
+        LateLookCase{"Emphasis",
+                     [](Scene& s, SolidVisual* v) {
+                         s.setVisualCollisionEmphasizeState(v->getId(), Scene::VisualCollisionState::GroupA);
+                     }},
+        LateLookCase{"Colour", [](Scene& s, SolidVisual* v) { s.resetColor(v); }}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(Layers, CollisionReachesWhatLeftTheVisualAfterItWasAskedFor)
+{
+    Visual* assembly = addVisual(VisualType::Assembly);
+    SolidVisual* solid = addBody(assembly);
+
+    scene.reparentVisual(solid->getId(), 0);
+    scene.setCollision(assembly->getId(), true);
+    drain();
+
+    EXPECT_EQ(materialOf(*solid), "CollisionContact");
+}
+
+TEST_F(Layers, CollisionReachesABodyThatIsNotRegisteredAndPassesOverOneThatWentWithItsOwner)
+{
+    Visual* owner = addVisual(VisualType::Part);
+    MeshVisual* arrow = MeshVisual::BuildArrow(owner, {}, {0, 0, 1});
+    const auto drawnIn = [](const MeshVisual& visual) {
+        return visual.getEntity()->getSubEntity(0)->getMaterialName();
+    };
+
+    scene.setCollision(owner->getId(), true);
+    drain();
+    EXPECT_EQ(drawnIn(*arrow), "CollisionContact");
+
+    scene.removeVisual(owner->getId());
+    scene.setCollision(owner->getId(), true);
+    EXPECT_NO_THROW(drain());
+    EXPECT_THAT(states.visualsWithLayers(), IsEmpty());
 }
 
 } // namespace
