@@ -187,6 +187,8 @@ void Scene::forgetVisual(const Visual* visual)
         tcpTrace = nullptr;
     if (static_cast<const Visual*>(orbitPivot) == visual)
         orbitPivot = nullptr;
+    if (copiedVisual == visual)
+        copiedVisual = nullptr;
     if (highlightedVisual == visual)
         highlightedVisual = nullptr;
     if (isOfVisual(highlightedFace))
