@@ -343,6 +343,22 @@ TEST_F(Programs, LooksOfAWorkObjectAreThoseOfItsFrames)
     EXPECT_TRUE(Scene::GetStateManager()->hasLayer(&group(), VisualStateLayer::Selected));
 }
 
+TEST_F(Programs, WorkObjectDoesWithoutAnObjectFrameThatWasRemoved)
+{
+    scene.addWObj(workObject.get());
+    scene.removeVisual(workObject->getObjectFrame()->getId());
+    drain();
+
+    scene.updateWObj(workObject->getId());
+    scene.setFrameSize(33, VisualType::WObj);
+    scene.setVisualHighlighted(workObject->getId());
+    scene.setVisualSelected(workObject->getId());
+    scene.clearSelections();
+
+    EXPECT_NO_THROW(drain());
+    EXPECT_EQ(group().getObjectFrame(), nullptr);
+}
+
 TEST_F(Programs, HidingTheOwnerLeavesTheWorkObject)
 {
     scene.addWObj(workObject.get());
