@@ -16,7 +16,6 @@ namespace vrk::visual {
 
 class VisualStateManager;
 
-/// What everything below the scene needs of it: the queue, the registry, the settings and OGRE's scene manager.
 /// What everything below the scene needs of it: the queue, the registry, the settings, OGRE's scene manager and
 /// its managers of instances.
 ///
