@@ -9,6 +9,7 @@
 #include "support/SceneFixture.h"
 #include "visual/MeshVisual.h"
 #include "visual/SolidVisual.h"
+#include "visual/VisualMark.h"
 
 #include <Ogre.h>
 
@@ -465,6 +466,52 @@ TEST_F(Layers, CollisionReachesABodyThatIsNotRegisteredAndPassesOverOneThatWentW
     scene.setCollision(owner->getId(), true);
     EXPECT_NO_THROW(drain());
     EXPECT_THAT(states.visualsWithLayers(), IsEmpty());
+}
+
+// Marks of the application's own
+
+TEST_F(Layers, MarkShowsByAPostWhileItLives)
+{
+    SolidVisual* solid = addBody();
+    {
+        const SelectedVisual selected(solid);
+        const HighlightedVisual highlighted(solid);
+        EXPECT_FALSE(states.hasEntry(solid));
+        drain();
+        EXPECT_EQ(materialOf(*solid), "BodySelected");
+        EXPECT_TRUE(states.hasLayer(solid, VisualStateLayer::Highlighted));
+    }
+    EXPECT_EQ(materialOf(*solid), "BodySelected");
+
+    drain();
+
+    EXPECT_EQ(materialOf(*solid), "Body");
+    EXPECT_FALSE(states.hasEntry(solid));
+    EXPECT_THAT(scene.getSelectedVisuals(), IsEmpty());
+}
+
+TEST_F(Layers, MarkOnAVisualThatDiesFirstIsPassedOver)
+{
+    SolidVisual* solid = addBody();
+    {
+        const HighlightedVisual highlighted(solid);
+        scene.removeVisual(solid->getId());
+        drain();
+        EXPECT_THAT(states.visualsWithLayers(), IsEmpty());
+    }
+
+    EXPECT_NO_THROW(drain());
+    EXPECT_THAT(states.visualsWithLayers(), IsEmpty());
+}
+
+TEST_F(Layers, VisualThatIsNotRegisteredCanBeMarked)
+{
+    MeshVisual* arrow = MeshVisual::BuildArrow(world, {}, {0, 0, 1});
+    const SelectedVisual selected(arrow);
+
+    drain();
+
+    EXPECT_TRUE(states.hasLayer(arrow, VisualStateLayer::Selected));
 }
 
 } // namespace
