@@ -70,24 +70,20 @@ void Scene::addRenderTask(std::function<void()>&& task, std::uint64_t key)
     core->queue.post(std::move(task), key);
 }
 
-/// Whether the visual will still be there when a task runs that is posted now. Of a visual that stands in no registry
-/// nobody knows; its owner keeps it alive.
-std::function<bool()> Scene::whetherStillThere(const Visual* visual)
-{
-    const unsigned id = visual->getId();
-    auto isRegistered = [visual, id] { return HasVisual(id) && GetVisual(id) == visual; };
-    if (isRegistered())
-        return isRegistered;
-    return [] { return true; };
-}
-
-/// Posts work on a visual, which is passed over if the visual has died by then: what is selected and highlighted comes
-/// from the mouse, and may well meet an earlier removal in the queue.
+/// Posts work on a visual, which is passed over if the visual has died by then: what is asked of it, by the mouse for one,
+/// may well meet an earlier removal in the queue. Of a visual that stands in no registry nobody knows; its owner keeps it
+/// alive.
 void Scene::addVisualTask(const Visual* visual, std::function<void()> task)
 {
+    const unsigned id = visual->getId();
+    const auto isRegistered = [visual, id] { return HasVisual(id) && GetVisual(id) == visual; };
+    if (!isRegistered()) {
+        addRenderTask(std::move(task), 0);
+        return;
+    }
     addRenderTask(
-        [isThere = whetherStillThere(visual), task = std::move(task)] {
-            if (isThere())
+        [isRegistered, task = std::move(task)] {
+            if (isRegistered())
                 task();
         },
         0);
@@ -191,6 +187,8 @@ void Scene::forgetVisual(const Visual* visual)
         tcpTrace = nullptr;
     if (static_cast<const Visual*>(orbitPivot) == visual)
         orbitPivot = nullptr;
+    if (copiedVisual == visual)
+        copiedVisual = nullptr;
     if (highlightedVisual == visual)
         highlightedVisual = nullptr;
     if (isOfVisual(highlightedFace))

@@ -322,7 +322,6 @@ private:
 
     explicit Scene(const std::string& name);
 
-    static std::function<bool()> whetherStillThere(const Visual* visual);
     void addVisualTask(const Visual* visual, std::function<void()> task);
     void doRemoveVisual(unsigned id);
     void doLoadStation();

@@ -27,6 +27,7 @@ LinkVisual* LinkVisual::Build(sdf::SdfNode* node, Visual* parent, bool withChild
         const std::shared_lock lock(sdf::SdfManager::inst().mutex());
         children = dynamic_cast<sdf::SdfContainer&>(*node).getChildren();
     }
+    // Each hangs where its own parent id says, which is this link in a sound model.
     for (sdf::SdfObject* child : children) {
         auto* childNode = dynamic_cast<sdf::SdfNode*>(child);
         if (child->getModelType() == sdf::ModelType::Part)

@@ -46,13 +46,13 @@ void Scene::doDeleteAttachment(unsigned child, unsigned, unsigned newParent, con
 
 void Scene::attachVisual(unsigned parent, Visual* child)
 {
-    addRenderTask([parent, child] { GetVisual(parent)->attachVisual(child); }, 0);
+    addVisualTask(child, [parent, child] { GetVisual(parent)->attachVisual(child); });
 }
 
 void Scene::detachVisual(Visual* visual)
 {
     // Nothing leaves the tree: what is detached hangs on the world.
-    addRenderTask([visual] { GetWorldVisual()->attachVisual(visual); }, 0);
+    addVisualTask(visual, [visual] { GetWorldVisual()->attachVisual(visual); });
 }
 
 void Scene::reparentVisual(unsigned child, unsigned parent)

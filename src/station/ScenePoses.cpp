@@ -29,7 +29,7 @@ void Scene::setVisualWorldPose(unsigned id, const rob::PoseTemplate<float>& pose
 
 void Scene::setVisualWorldPose(Visual* visual, const rob::PoseTemplate<float>& pose)
 {
-    addRenderTask([visual, pose] { visual->setWorldPose(pose); }, 0);
+    addVisualTask(visual, [visual, pose] { visual->setWorldPose(pose); });
 }
 
 void Scene::setVisualsOrientations(std::vector<unsigned> ids, std::vector<rob::OrientTemplate<double>> orientations)

@@ -28,7 +28,8 @@ WObjVisual::WObjVisual(Visual* parent, task::WObjDataItem& item)
     SceneCore::Get()->visuals.enter(this);
     const std::string label = std::to_string(item.getId());
     userFrame = new FrameVisual(this, sdf::SdfManager::GenerateTransientId(), "uframe" + label, VisualType::UserFrame);
-    objectFrame = new FrameVisual(userFrame, item.getObjectFrame()->getId(), "oframe" + label, VisualType::ObjectFrame);
+    auto* objectFrame =
+        new FrameVisual(userFrame, item.getObjectFrame()->getId(), "oframe" + label, VisualType::ObjectFrame);
     SceneCore::Get()->visuals.enter(objectFrame);
     if (item.hasFixedUFrame())
         setPose(rob::PoseTemplate<float>(item.getPose()));
@@ -39,12 +40,30 @@ void WObjVisual::Build(Visual* parent, sdf::SdfNode* node)
 {
     const auto* visual = new WObjVisual(parent, dynamic_cast<task::WObjDataItem&>(*node));
     picking::addLineVisual(visual->userFrame);
-    picking::addLineVisual(visual->objectFrame);
+    picking::addLineVisual(visual->getObjectFrame());
+}
+
+// Looked up each time: it is registered, and so whoever knows its id can remove it.
+FrameVisual* WObjVisual::getObjectFrame() const
+{
+    for (Visual* child : userFrame->getChildren())
+        if (child->getType() == VisualType::ObjectFrame)
+            return static_cast<FrameVisual*>(child);
+    return nullptr;
+}
+
+template <typename Call>
+void WObjVisual::forFrames(const Call& call)
+{
+    call(*userFrame);
+    if (FrameVisual* objectFrame = getObjectFrame())
+        call(*objectFrame);
 }
 
 void WObjVisual::placeObjectFrame()
 {
-    objectFrame->setPose(rob::PoseTemplate<float>(item->getObjectFrame()->getPose()));
+    if (FrameVisual* objectFrame = getObjectFrame())
+        objectFrame->setPose(rob::PoseTemplate<float>(item->getObjectFrame()->getPose()));
 }
 
 void WObjVisual::update()
@@ -52,26 +71,22 @@ void WObjVisual::update()
     attachTo(ownerVisual(*item));
     setPose(rob::PoseTemplate<float>(item->getPose()));
     placeObjectFrame();
-    picking::markDirty(userFrame);
-    picking::markDirty(objectFrame);
+    forFrames([](Visual& frame) { picking::markDirty(&frame); });
 }
 
 void WObjVisual::resetAppearance()
 {
-    userFrame->resetAppearance();
-    objectFrame->resetAppearance();
+    forFrames([](Visual& frame) { frame.resetAppearance(); });
 }
 
 void WObjVisual::setSelected()
 {
-    userFrame->setSelected();
-    objectFrame->setSelected();
+    forFrames([](Visual& frame) { frame.setSelected(); });
 }
 
 void WObjVisual::setHighlighted()
 {
-    userFrame->setHighlighted();
-    objectFrame->setHighlighted();
+    forFrames([](Visual& frame) { frame.setHighlighted(); });
 }
 
 } // namespace vrk::visual

@@ -27,15 +27,17 @@ public:
     void setHighlighted() override;
 
     FrameVisual* getUserFrame() const { return userFrame; }
-    FrameVisual* getObjectFrame() const { return objectFrame; }
+    /// Null once it was removed by its own id.
+    FrameVisual* getObjectFrame() const;
 
 private:
     WObjVisual(Visual* parent, task::WObjDataItem& item);
     void placeObjectFrame();
+    template <typename Call>
+    void forFrames(const Call& call);
 
     task::WObjDataItem* item;
-    FrameVisual* userFrame = nullptr;   // a child
-    FrameVisual* objectFrame = nullptr; // a child of the user frame
+    FrameVisual* userFrame = nullptr; // a child; the object frame is a child of it
 };
 
 } // namespace vrk::visual

@@ -28,7 +28,8 @@ struct Start {
     Ogre::Vector3 position;
 };
 
-/// Settings are told for a scene with z up; the other axes turn the starting place with them.
+/// Settings are told for a scene with z up; the other axes turn the starting place with them, and what is no axis counts
+/// as z.
 Start startFor(int gridNormalDir, const rob::PosTemplate<float>& from)
 {
     switch (gridNormalDir) {

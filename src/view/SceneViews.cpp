@@ -33,6 +33,7 @@ Ogre::AxisAlignedBox sceneBox()
 {
     updateBoxes();
     Ogre::AxisAlignedBox box;
+    // The box of a node takes in all that hangs below, the hidden as well: only the visual itself is asked.
     for (const auto& [id, visual] : SceneCore::Get()->visuals.all())
         if (visual->isVisible() && (visual->getType() == VisualType::Solid || visual->getType() == VisualType::Mesh))
             box.merge(visual->getSceneNode()->_getWorldAABB());

@@ -124,7 +124,7 @@ void MeshVisual::setBodyColor(const rob::ColorTemplate<float>& color, float alph
 
 const std::string& MeshVisual::getMeshName() const
 {
-    return mesh->name;
+    return mesh ? mesh->name : meshName; // of a file that could not be read there is but the name
 }
 
 void MeshVisual::setColor(const rob::ColorTemplate<float>& color, float alpha)

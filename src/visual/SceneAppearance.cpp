@@ -6,6 +6,9 @@
 
 #include <Ogre.h>
 
+#include <algorithm>
+#include <utility>
+
 namespace vrk::visual {
 namespace {
 
@@ -34,6 +37,15 @@ void collectDrawnBodies(Visual& visual, std::vector<Visual*>& bodies)
         bodies.push_back(&visual);
     for (Visual* child : visual.getChildren())
         collectDrawnBodies(*child, bodies);
+}
+
+std::vector<Visual*> drawnBodiesOf(const std::vector<unsigned>& ids)
+{
+    std::vector<Visual*> bodies;
+    for (const unsigned id : ids)
+        if (Scene::HasVisual(id))
+            collectDrawnBodies(*Scene::GetVisual(id), bodies);
+    return bodies;
 }
 
 void showLayer(Visual* visual, VisualStateLayer layer, bool on, const std::string& material = {})
@@ -92,7 +104,7 @@ void Scene::resetColor(unsigned id)
 
 void Scene::resetColor(Visual* visual)
 {
-    addRenderTask([this, visual] { doResetColor(visual); }, 0);
+    addVisualTask(visual, [this, visual] { doResetColor(visual); });
 }
 
 void Scene::doResetColor(Visual* visual)
@@ -121,21 +133,20 @@ void Scene::setCollision(unsigned id, bool on)
 
 void Scene::setCollisionHighlights(const std::vector<unsigned>& ids, bool on)
 {
-    std::vector<Visual*> bodies;
-    for (const unsigned id : ids)
-        if (HasVisual(id))
-            collectDrawnBodies(*GetVisual(id), bodies);
+    std::vector<std::pair<unsigned, Visual*>> bodies; // by id: one that dies ahead of the task is not to be touched
+    for (Visual* body : drawnBodiesOf(ids))
+        bodies.emplace_back(body->getId(), body);
     if (bodies.empty())
         return;
-    // A body may be removed by what was posted before.
-    std::vector<std::function<bool()>> areThere;
-    for (const Visual* body : bodies)
-        areThere.push_back(whetherStillThere(body));
     addRenderTask(
-        [bodies = std::move(bodies), areThere = std::move(areThere), on] {
-            for (std::size_t i = 0; i < bodies.size(); ++i)
-                if (areThere[i]())
-                    showLayer(bodies[i], VisualStateLayer::CollisionContact, on);
+        [ids, bodies = std::move(bodies), on] {
+            const std::vector<Visual*> there = drawnBodiesOf(ids);
+            for (const auto& [id, body] : bodies) {
+                const bool isRegistered = HasVisual(id) && GetVisual(id) == body;
+                // An arrow stands in no registry, but it has not left the visual that it was found under.
+                if (isRegistered || std::find(there.begin(), there.end(), body) != there.end())
+                    showLayer(body, VisualStateLayer::CollisionContact, on);
+            }
         },
         0);
 }

@@ -47,7 +47,8 @@ void Scene::doSetFramesSize(unsigned size, VisualType type)
             core->settings.wobjFrameSize = static_cast<std::int32_t>(size);
             const auto& workObject = dynamic_cast<WObjVisual&>(visual);
             workObject.getUserFrame()->setFrameSize(size);
-            workObject.getObjectFrame()->setFrameSize(size);
+            if (FrameVisual* objectFrame = workObject.getObjectFrame())
+                objectFrame->setFrameSize(size);
         });
         break;
     default:

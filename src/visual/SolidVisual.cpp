@@ -231,6 +231,7 @@ void SolidVisual::updateMesh()
     entity->setVisible(visible);
     if (group != 0)
         entity->setRenderQueueGroup(group);
+    // A selected solid looks normal until its layers are refreshed next, though it stays within the outline.
     resetAppearance();
 }
 

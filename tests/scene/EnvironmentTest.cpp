@@ -369,6 +369,28 @@ TEST_F(EnvironmentBorder, IsSwitchedOffAndOnAgain)
     EXPECT_TRUE(outline()->getEnabled());
 }
 
+TEST_F(EnvironmentBorder, SelectionSwitchesItOnAndNoneSwitchesItOff)
+{
+    auto* visual = new Visual(world);
+    SceneCore::Get()->visuals.enter(visual);
+
+    scene.setVisualsSelected({visual->getId()});
+    drain();
+    EXPECT_FALSE(hasChain()) << "several visuals leave it as it is";
+    scene.setVisualSelected(visual);
+    drain();
+    ASSERT_TRUE(hasChain());
+    EXPECT_TRUE(outline()->getEnabled());
+
+    scene.clearSelections();
+    drain();
+    EXPECT_TRUE(outline()->getEnabled());
+    scene.setVisualsSelected({visual->getId()});
+    scene.removeVisual(visual->getId());
+    drain();
+    EXPECT_TRUE(outline()->getEnabled());
+}
+
 TEST_F(EnvironmentBorder, NothingHappensWithoutAViewport)
 {
     Ogre::Viewport* before = viewport();

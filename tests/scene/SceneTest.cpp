@@ -135,6 +135,34 @@ TEST_F(SceneTest, TemporaryVisualIsKnownAtOnceAndRemovedByAPost)
                 testing::UnorderedElementsAre(gridVisual(), worldFrame));
 }
 
+TEST_F(SceneTest, RemovedTemporaryVisualCanNoLongerBePicked)
+{
+    selection::VisualSelection& picking = *selection::VisualSelection::Get();
+    const TopoDS_Shape shape = test::meshedBox(10, 10, 10);
+    auto* solid = new SolidVisual(shape, world);
+    picking.addShape(shape, solid, true);
+    scene.addTempVisual(solid);
+
+    scene.removeTempVisual(solid->getId());
+    drain();
+
+    EXPECT_FALSE(picking.hasVisual(solid));
+    EXPECT_NO_THROW(picking.update());
+}
+
+TEST_F(SceneTest, TemporaryVisualThatDiedWithItsParentIsForgotten)
+{
+    auto* parent = new Visual(world);
+    auto* visual = new Visual(parent);
+    const unsigned id = visual->getId();
+    scene.addTempVisual(visual);
+
+    scene.deleteVisual(parent);
+    scene.removeTempVisual(id);
+
+    EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::out_of_range>(StrEq(unknownKey)));
+}
+
 TEST_F(SceneTest, YoungerVisualOfAnIdStaysRegisteredWhenTheOlderOneDies)
 {
     auto* older = new Visual(77, world);
@@ -207,10 +235,15 @@ TEST_F(SceneTest, GroupIsHiddenThroughItsMembers)
     body->setParentId(owner);
     sdf::SdfManager::inst().add(group);
 
+    bool isModelFree = true; // a thread must not take the lock twice
+    const boost::signals2::scoped_connection posts =
+        broker::SignalBroker::onUpdateScene([&] { isModelFree = isModelFree && test::isModelFree(); });
+
     scene.setVisualVisible(500, false);
     drain();
 
     EXPECT_FALSE(Scene::GetVisual(body->getId())->isVisible());
+    EXPECT_TRUE(isModelFree) << "the members are visited without the lock";
 }
 
 TEST_F(SceneTest, PostsFromManyThreadsAllRun)

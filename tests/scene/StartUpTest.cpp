@@ -1,6 +1,8 @@
 #include "platform/broker/SignalBroker.h"
 #include "scene/Init.h"
 #include "scene/core/UpAxis.h"
+#include "selection/ViewPixels.h"
+#include "selection/VisualSelection.h"
 #include "support/SceneFixture.h"
 #include "view/Camera.h"
 
@@ -102,6 +104,20 @@ TEST_F(StartUp, MainCameraIsTheFirstOneThatTheSceneMade)
 
     EXPECT_EQ(second->getName(), "Daltrimo Scene::second");
     EXPECT_EQ(Camera::Get()->getName(), "Daltrimo Scene::camera0");
+}
+
+TEST_F(StartUp, NothingLiesUnderAPixelBeforeTheRenderTarget)
+{
+    ASSERT_FALSE(Camera::Get()->isRenderTargetValid()) << "no test of this program sets one";
+    const selection::VisualSelection& picking = *selection::VisualSelection::Get();
+    selection::VisualSelection::Get()->update();
+
+    for (const selection::Result& result : {picking.select(10, 10), picking.selectPointInCloud(10, 10)}) {
+        EXPECT_TRUE(result.valid);
+        EXPECT_FALSE(result.hit);
+        EXPECT_EQ(result.position, rob::Posf());
+    }
+    EXPECT_FALSE(selection::worldUnitsPerPixel(1000).has_value());
 }
 
 TEST_F(StartUp, EachFrameTicksOnce)

@@ -192,6 +192,70 @@ TEST_F(SelectableObjectTest, MissesAnswerTheDefault)
     }
 }
 
+void expectEqual(const Result& a, const Result& b)
+{
+    EXPECT_EQ(a.valid, b.valid);
+    EXPECT_EQ(a.hit, b.hit);
+    EXPECT_EQ(a.distance, b.distance);
+    EXPECT_TRUE(a.edge.IsEqual(b.edge));
+    EXPECT_TRUE(a.face.IsEqual(b.face));
+    EXPECT_TRUE(a.shape.IsEqual(b.shape));
+    EXPECT_EQ(a.visual, b.visual);
+    EXPECT_EQ(a.position, b.position);
+    EXPECT_EQ(a.localPosition, b.localPosition);
+    EXPECT_EQ(a.pose, b.pose);
+    EXPECT_EQ(a.pointIndex, b.pointIndex);
+}
+
+/// Asks into a fresh result and into one that holds the answer to something else.
+template <typename Question>
+bool isHitWhateverWasHeld(void (BVHPrimitive::*ask)(Result&, const Question&) const, const BVHPrimitive& asked,
+                          const Question& question)
+{
+    Result fresh;
+    (asked.*ask)(fresh, question);
+    Result used;
+    used.valid = false;
+    used.hit = true;
+    used.distance = 0;
+    used.edge = used.face = used.shape = test::meshedBox(1, 1, 1);
+    used.visual = visual::Scene::GetWorldVisual();
+    used.position = used.localPosition = {7, 8, 9};
+    used.pose = rob::Posef(Posf(1, 2, 3));
+    used.pointIndex = 5;
+    (asked.*ask)(used, question);
+    expectEqual(used, fresh);
+    return fresh.hit;
+}
+
+TEST_F(SelectableObjectTest, AnswerHoldsNothingOfWhatTheResultHeldBefore)
+{
+    const std::vector<visual::Visual*> visuals{addBox(100, {}),      addCurve({-40, 0, 10}, {40, 0, 10}),
+                                               addMesh(wall(40)),    addLine({{-40, 0, 10}, {40, 0, 10}}),
+                                               addPoint({5, 0, 10}), addCloud({{5, 0, 10}, {500, 0, 10}})};
+    service.update();
+    int byRay = 0, byLine = 0, byTriangle = 0;
+    const auto ask = [&](const BVHPrimitive& asked) {
+        for (const float x : {5.0f, 5000.0f}) {
+            byRay += isHitWhateverWasHeld(&BVHPrimitive::intersectRay, asked, Ray({x, -1000, 10}, {0, 1, 0}));
+            byLine += isHitWhateverWasHeld(&BVHPrimitive::intersectLine, asked, {{x, -500, 10}, {x, 500, 10}});
+            byTriangle += isHitWhateverWasHeld(&BVHPrimitive::intersectTriangle, asked,
+                                               {{x, -500, 10}, {x, 500, 10}, {x + 1, 500, 10}});
+        }
+    };
+
+    for (visual::Visual* visual : visuals) {
+        ask(object(visual));
+        for (const BVHPrimitive* part : object(visual).primitives)
+            ask(*part);
+    }
+
+    // Each object and one of its parts; a point has none, and two faces of the box lie across the way.
+    EXPECT_EQ(byRay, 6 + 6);
+    EXPECT_EQ(byLine, 2 + 3);
+    EXPECT_EQ(byTriangle, 2 + 3);
+}
+
 TEST_F(SelectableObjectTest, OnlyShapesAreDescribed)
 {
     service.update();

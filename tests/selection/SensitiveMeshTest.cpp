@@ -157,6 +157,20 @@ TEST(SensitiveMesh, EachTriangleWhoseBoxMeetsTheBoxIsCalledBackOnce)
     EXPECT_EQ(inBox(sensitive, Box(-1e6f, -1, -1, 1e6f, 1, 1)), all);
 }
 
+TEST(SensitiveMesh, OneCallbackServesAllTriangles)
+{
+    visual::Mesh mesh = meshOf(row(500));
+    const SensitiveMesh sensitive(&mesh, someVisual, {});
+    const CopiedCallback counted;
+    const std::function<void(unsigned)> callback = counted;
+    const int before = counted.copies();
+
+    sensitive.forEachInBox(Box(-1e6f, -1, -1, 1e6f, 1, 1), callback);
+
+    EXPECT_EQ(counted.calls(), 500);
+    EXPECT_EQ(counted.copies(), before + 1) << "that of the argument";
+}
+
 TEST(SensitiveMesh, EmptyMeshHasNoBoxAndAnswersNothing)
 {
     visual::Mesh mesh("empty");

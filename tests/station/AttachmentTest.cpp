@@ -138,6 +138,18 @@ TEST_F(Attachments, VisualsAreAttachedAndDetachedByPointer)
     expectUnknown();
 }
 
+TEST_F(Attachments, VisualThatIsRemovedFirstIsPassedOver)
+{
+    scene.removeVisual(carried->getId());
+    scene.attachVisual(carrier->getId(), carriedVisual);
+    scene.detachVisual(carriedVisual);
+
+    EXPECT_NO_THROW(drain());
+    EXPECT_EQ(carrierVisual->getBodiesNum(), 1u);
+    const std::vector<Visual*> left(world->getChildren().begin(), world->getChildren().end());
+    EXPECT_THAT(left, testing::Not(testing::Contains(carriedVisual)));
+}
+
 TEST_F(Attachments, RemovedCarrierTakesWhatItCarriesAlong)
 {
     scene.addAttachment(carried->getId(), carrier->getId(), pose);

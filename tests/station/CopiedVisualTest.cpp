@@ -107,6 +107,21 @@ TEST_F(CopiedVisual, DeletedItLeavesTheSourceWhole)
     EXPECT_EQ(Scene::GetVisual(first->getId())->getTrianglesNum(), 12u);
 }
 
+TEST_F(CopiedVisual, OneThatDiedIsMadeAnew)
+{
+    scene.showCopiedVisual(first->getId(), {});
+    drain();
+
+    scene.deleteVisual(copy());
+    EXPECT_FALSE(scene.isCopiedVisualVisible());
+    EXPECT_TRUE(Scene::HasVisual(first->getId())) << "the source, whose id it bore, stays registered";
+
+    scene.showCopiedVisual(first->getId(), {});
+    drain();
+    EXPECT_TRUE(scene.isCopiedVisualVisible());
+    EXPECT_NE(copy(), nullptr);
+}
+
 TEST_F(CopiedVisual, KindThatIsNotCopiedFails)
 {
     const auto device = test::makeDevice();

@@ -174,6 +174,32 @@ TEST_F(LoadStation, OwnerWithoutVisualMeansTheWorld)
     EXPECT_EQ(visualOfId(part->getId())->getParent(), world);
 }
 
+TEST_F(LoadStation, WhatStandsByItselfHangsOnItsOwnerOrOnTheWorldWhereThatHasNoVisual)
+{
+    const auto owner = test::makePart("owner");
+    Layout& station = Layout::inst();
+    station.addPart(owner);
+    std::vector<std::shared_ptr<sdf::SdfObject>> owned, strangers;
+    for (auto* list : {&owned, &strangers}) {
+        const auto tool = test::makeTool();
+        const auto device = test::makeDevice();
+        const auto frame = std::make_shared<layout::Frame>(test::newId(), "frame");
+        *list = {tool, device, frame};
+        for (const auto& object : *list)
+            object->setParentId(list == &owned ? owner->getId() : 4711);
+        station.addTool(tool);
+        station.addDevice(device);
+        station.addFrame(frame);
+    }
+
+    load();
+
+    for (const auto& object : owned)
+        EXPECT_EQ(visualOfId(object->getId())->getParent(), visualOfId(owner->getId()));
+    for (const auto& object : strangers)
+        EXPECT_EQ(visualOfId(object->getId())->getParent(), world);
+}
+
 TEST_F(LoadStation, SavedViewIsRestored)
 {
     Camera::Get()->setWorldPose({});

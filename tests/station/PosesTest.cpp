@@ -40,6 +40,15 @@ TEST_F(StationPoses, UnknownIdsArePassedOver)
     EXPECT_NO_THROW(drain());
 }
 
+TEST_F(StationPoses, VisualThatIsRemovedFirstIsPassedOver)
+{
+    scene.removeVisual(part->getId());
+    scene.setVisualWorldPose(visual, rob::Posef(rob::Posf(1, 2, 3)));
+
+    EXPECT_NO_THROW(drain());
+    EXPECT_FALSE(Scene::HasVisual(part->getId()));
+}
+
 TEST_F(StationPoses, WorldPoseUndoesTheParents)
 {
     scene.setVisualWorldPose(part->getBodies()[0]->getId(), rob::Posef(rob::Posf(1, 2, 3)));

@@ -126,6 +126,32 @@ TEST_F(StationVisuals, SelectedAssemblyShowsItsOwnFrameAndNotThoseOfItsMembers)
     EXPECT_TRUE(frameShown);
 }
 
+TEST_F(StationVisuals, MemberHangsWhereItsOwnParentIdSays)
+{
+    const auto other = addPart("other");
+    const auto assembly = test::makeAssembly("assembly", 0);
+    const auto arm = test::makeArm();
+    const std::pair<unsigned, Visual*> expected[] = {{other->getId(), Scene::GetVisual(other->getId())}, {0, world}};
+    std::vector<std::pair<std::shared_ptr<layout::Part>, Visual*>> strangers;
+    for (sdf::SdfContainer* owner : std::initializer_list<sdf::SdfContainer*>{assembly.get(), arm->getLinks()[0].get()})
+        for (const auto& [parentId, parent] : expected) {
+            const auto part = test::makePart("stranger");
+            part->setParentId(parentId);
+            Layout::inst().addPart(part);
+            owner->addForeignChild(*part);
+            strangers.emplace_back(part, parent);
+        }
+    Layout::inst().addAssembly(assembly);
+    Layout::inst().addManipulator(arm);
+
+    scene.addAssembly(assembly.get());
+    scene.addMechanism(arm.get(), true);
+    drain();
+
+    for (const auto& [part, parent] : strangers)
+        EXPECT_EQ(Scene::GetVisual(part->getId())->getParent(), parent);
+}
+
 TEST_F(StationVisuals, PartSelectedInsideAnAssemblyShowsItsFrame)
 {
     const auto assembly = addAssembly(2);
@@ -340,6 +366,22 @@ TEST_F(Programs, LooksOfAWorkObjectAreThoseOfItsFrames)
     EXPECT_THAT(materialsOfX(), testing::Each(StrEq("RedFrameLine")));
 }
 
+TEST_F(Programs, WorkObjectDoesWithoutAnObjectFrameThatWasRemoved)
+{
+    scene.addWObj(workObject.get());
+    scene.removeVisual(workObject->getObjectFrame()->getId());
+    drain();
+
+    scene.updateWObj(workObject->getId());
+    scene.setFrameSize(33, VisualType::WObj);
+    scene.setVisualHighlighted(workObject->getId());
+    scene.setVisualSelected(workObject->getId());
+    scene.clearSelections();
+
+    EXPECT_NO_THROW(drain());
+    EXPECT_EQ(group().getObjectFrame(), nullptr);
+}
+
 TEST_F(Programs, HidingTheOwnerLeavesTheWorkObject)
 {
     scene.addWObj(workObject.get());
@@ -442,6 +484,28 @@ TEST_F(Programs, SelectedOperationSelectsItsMembers)
     EXPECT_THAT(scene.getSelectedVisuals(), testing::ElementsAre(owner->getId()));
 }
 
+/// Notes, when it is to look selected, whether the model was free.
+class LooksAtTheModel : public Visual {
+public:
+    LooksAtTheModel(unsigned id, Visual* parent) : Visual(id, parent) { SceneCore::Get()->visuals.enter(this); }
+    void setSelected() override { seen.push_back(test::isModelFree()); }
+
+    std::vector<bool> seen;
+};
+
+TEST_F(Programs, ModelIsNotLockedWhileWhatAnObjectStandsForIsSelected)
+{
+    const auto operation = std::make_shared<task::Operation>(test::newId(), "operation");
+    operation->addMember(program->getId()); // which has no visual either
+    Layout::inst().addOperation(operation);
+    auto* visual = new LooksAtTheModel(toolData->getId(), world);
+
+    scene.setVisualSelected(operation->getId());
+    drain();
+
+    EXPECT_THAT(visual->seen, testing::ElementsAre(true)) << "a thread must not take the lock twice";
+}
+
 class TcpTrace : public test::RenderTest {
 protected:
     static const Ogre::ManualObject& traceOf(const Visual& visual)
@@ -485,6 +549,20 @@ TEST_F(TcpTrace, TwoTracesHaveNamesOfTheirOwn)
     const auto* second = new TcpTraceVisual(world);
 
     EXPECT_NE(traceOf(*first).getName(), traceOf(*second).getName());
+}
+
+TEST_F(TcpTrace, OneThatDiedWithItsParentIsForgotten)
+{
+    auto* parent = new Visual(world);
+    scene.setTcpTrace(new TcpTraceVisual(parent));
+    scene.deleteVisual(parent);
+    auto* next = new TcpTraceVisual(world); // very likely in its place
+
+    scene.clearTcpTrace();
+    drain();
+
+    const std::vector<Visual*> left(world->getChildren().begin(), world->getChildren().end());
+    EXPECT_THAT(left, testing::Contains(next));
 }
 
 TEST_F(TcpTrace, OneThatWasHandedOverIsDeletedByAPost)

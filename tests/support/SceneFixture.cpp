@@ -15,6 +15,9 @@
 #include <BRepPrimAPI_MakeBox.hxx>
 #include <Ogre.h>
 
+#include <mutex>
+#include <thread>
+
 namespace vrk::test {
 namespace {
 
@@ -162,6 +165,16 @@ Pixel RenderTest::pixelAt(const Picture& picture, const rob::PosTemplate<float>&
     const float x = (clip.x / clip.w * 0.5f + 0.5f) * static_cast<float>(picture.width);
     const float y = (0.5f - clip.y / clip.w * 0.5f) * static_cast<float>(picture.height);
     return picture.at(static_cast<unsigned>(x), static_cast<unsigned>(y));
+}
+
+bool isModelFree()
+{
+    bool isFree = false;
+    std::jthread([&isFree] {
+        const std::unique_lock lock(sdf::SdfManager::inst().mutex(), std::try_to_lock);
+        isFree = lock.owns_lock();
+    }).join();
+    return isFree;
 }
 
 TopoDS_Shape meshed(const TopoDS_Shape& shape)

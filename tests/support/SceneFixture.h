@@ -73,6 +73,9 @@ private:
     std::unique_ptr<class OffscreenHolder> holder;
 };
 
+/// Whether nobody holds the lock of the model, the calling thread included.
+bool isModelFree();
+
 /// A box from the origin with ready triangulation.
 TopoDS_Shape meshedBox(double dx, double dy, double dz);
 /// The shape, every face of it given triangles.

@@ -75,6 +75,15 @@ TEST_F(ViewPoses, BodiesAreFittedWithoutAFrameInBetween)
     expectAt(pose, 200, 50, 50 + fitDistance(radius));
 }
 
+TEST_F(ViewPoses, HiddenBodyBelowAVisibleOneStillCounts)
+{
+    SolidVisual* visible = addBox(100, {0, 0, 0});
+    addBox(100, {300, 0, 0}, visible)->setVisible(false, true);
+
+    const float radius = std::sqrt(200.0f * 200 + 50 * 50 + 50 * 50);
+    expectAt(scene.getViewAllPose(), 200, 50, 50 + fitDistance(radius));
+}
+
 TEST_F(ViewPoses, SmallSceneKeepsARadiusOfTen)
 {
     addBox(2, {-1, -1, -1});
@@ -163,6 +172,14 @@ TEST_F(ViewPoses, SmallThingsAreLeftAtTwiceTheDistance)
     const rob::Posef pose = scene.getVisualFocusPose(frame->getId());
 
     expectAt(pose, 50, 50, 50 + fitDistance(50 * sqrt3, 0.5f));
+}
+
+TEST_F(ViewPoses, HiddenBodyIsBroughtIntoViewAllTheSame)
+{
+    SolidVisual* hidden = addBox(100, {1000, 0, 0});
+    hidden->setVisible(false, true);
+
+    expectAt(scene.getVisualFocusPose(hidden->getId()), 1050, 50, 50 + fitDistance(50 * sqrt3));
 }
 
 TEST_F(ViewPoses, FocusOnNothingVisibleIsThePresentPose)

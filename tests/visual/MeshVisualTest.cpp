@@ -79,7 +79,23 @@ TEST_F(MeshVisualTest, WithoutMeshItCountsNothing)
     EXPECT_EQ(visual->getFacesNum(), 0u);
     EXPECT_EQ(visual->getTrianglesNum(), 0u);
     EXPECT_EQ(visual->getMesh(), nullptr);
+    EXPECT_EQ(visual->getMeshName(), "");
     EXPECT_NO_THROW(visual->setColor({1, 1, 1}, 1));
+}
+
+TEST_F(MeshVisualTest, VisualOfAFileThatCannotBeReadStaysUnderItsNameWithoutMesh)
+{
+    const std::string absent = (folder.path() / "absent.stl").string();
+    EXPECT_THROW(buildStl(absent), std::runtime_error);
+
+    const std::vector<Visual*> left(world->getChildren().begin(), world->getChildren().end());
+    const auto found = std::find_if(left.begin(), left.end(),
+                                    [](const Visual* visual) { return visual->getType() == VisualType::Mesh; });
+    ASSERT_NE(found, left.end());
+    const auto& visual = static_cast<MeshVisual&>(**found);
+    EXPECT_EQ(visual.getMesh(), nullptr);
+    EXPECT_EQ(visual.getMeshName(), absent);
+    EXPECT_FALSE(selection::VisualSelection::Get()->hasVisual(*found));
 }
 
 TEST_F(MeshVisualTest, GlobalMeshIsFoundByNameAndSurvives)

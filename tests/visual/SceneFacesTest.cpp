@@ -149,9 +149,13 @@ TEST_F(SceneFaces, DyingSolidLeavesTheRecords)
     drain();
 
     scene.deleteVisual(solid);
+    EXPECT_FALSE(scene.faceIsSelected(solid, 1));
+    int posts = 0;
+    const boost::signals2::scoped_connection connection = broker::SignalBroker::onUpdateScene([&posts] { ++posts; });
     scene.clearHighlightedFace();
     scene.clearSelectedFaces();
 
+    EXPECT_EQ(posts, 0) << "there is no face left to give its colour back to";
     EXPECT_NO_THROW(drain());
 }
 

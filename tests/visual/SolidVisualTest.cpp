@@ -366,6 +366,47 @@ TEST_F(SolidVisualTest, CopySharesTheMeshAndLeavesItAlone)
     EXPECT_TRUE(hasMesh("copied"));
 }
 
+TEST_F(SolidVisualTest, CopiesAreBuiltUnderIdsOfTheirOwn)
+{
+    SolidVisual* solid = buildBody("copied-twice");
+    const auto ownNumber = [label = solid->getName()](const Visual& copy) {
+        EXPECT_TRUE(copy.getName().starts_with(label)) << copy.getName();
+        return copy.getName().substr(label.size());
+    };
+
+    auto* first = static_cast<SolidVisual*>(solid->copy(world).value());
+    auto* second = static_cast<SolidVisual*>(solid->copy(world).value());
+
+    EXPECT_EQ(first->getEntity()->getName(), ownNumber(*first) + "copied-twice");
+    EXPECT_EQ(second->getEntity()->getName(), ownNumber(*second) + "copied-twice");
+    EXPECT_NE(ownNumber(*first), ownNumber(*second));
+    EXPECT_EQ(first->getId(), second->getId()) << "that of the solid, in the end";
+    EXPECT_EQ(Scene::GetVisual(solid->getId()), solid) << "they stand in no registry";
+    delete first;
+    delete second;
+}
+
+TEST_F(SolidVisualTest, CopyIsShownWithTheChildrenThatCanBeCopied)
+{
+    SolidVisual* solid = buildBody("copied-with-children");
+    auto* frame = new Visual(solid);
+    frame->setType(VisualType::Frame);
+    frame->setPosition(4, 5, 6);
+    (new Visual(solid))->setType(VisualType::Point);
+    solid->setVisible(false, false);
+
+    auto* copy = static_cast<SolidVisual*>(solid->copy(world).value());
+
+    EXPECT_TRUE(copy->isVisible());
+    EXPECT_TRUE(copy->getEntity()->getVisible());
+    const std::vector<Visual*> children(copy->getChildren().begin(), copy->getChildren().end());
+    ASSERT_EQ(children.size(), 1u);
+    EXPECT_EQ(children[0]->getId(), frame->getId());
+    EXPECT_EQ(children[0]->getPosition(), rob::Posf(4, 5, 6));
+    copy->clearCopiedChildren();
+    delete copy;
+}
+
 TEST_F(SolidVisualTest, CopyOfASolidWithoutEntityHasNone)
 {
     SolidVisual* solid = SolidVisual::Build(world, TopoDS_Shape(), "Body");

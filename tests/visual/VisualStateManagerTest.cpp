@@ -7,7 +7,9 @@
 #include "platform/sdf/SdfObject.h"
 #include "scene/core/SceneCore.h"
 #include "support/SceneFixture.h"
+#include "visual/MeshVisual.h"
 #include "visual/SolidVisual.h"
+#include "visual/VisualMark.h"
 
 #include <Ogre.h>
 
@@ -398,6 +400,118 @@ TEST_F(Layers, EmphasisMovesBetweenTheGroups)
     drain();
     EXPECT_EQ(materialOf(*solid), "Body");
     EXPECT_NO_THROW(scene.setVisualCollisionEmphasizeState(4711, Scene::VisualCollisionState::GroupA));
+}
+
+// Visuals that are removed ahead of what was asked of them
+
+struct LateLookCase {
+    const char* name;
+    void (*ask)(Scene& scene, SolidVisual* solid);
+};
+
+class LateLook : public Layers, public testing::WithParamInterface<LateLookCase> {};
+
+TEST_P(LateLook, OfAVisualThatIsRemovedFirstIsPassedOver)
+{
+    SolidVisual* solid = addBody();
+    SolidVisual* other = addBody();
+
+    scene.removeVisual(solid->getId());
+    GetParam().ask(scene, solid);
+    scene.setCollision(other->getId(), true);
+
+    EXPECT_NO_THROW(drain());
+    EXPECT_THAT(states.visualsWithLayers(), ElementsAre(other));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, LateLook,
+    testing::Values(
+        LateLookCase{"Material",
+                     [](Scene& s, SolidVisual* v) { s.bodyVisualUseMaterial(v->getId(), "CollisionContact"); }},
+        LateLookCase{"DefaultMaterial", [](Scene& s, SolidVisual* v) { s.bodyVisualUseDefaultMaterial(v->getId()); }},
+        LateLookCase{"Collision", [](Scene& s, SolidVisual* v) { s.setCollision(v->getId(), true); }},
+        LateLookCase{"Emphasis",
+                     [](Scene& s, SolidVisual* v) {
+                         s.setVisualCollisionEmphasizeState(v->getId(), Scene::VisualCollisionState::GroupA);
+                     }},
+        LateLookCase{"Colour", [](Scene& s, SolidVisual* v) { s.resetColor(v); }}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(Layers, CollisionReachesWhatLeftTheVisualAfterItWasAskedFor)
+{
+    Visual* assembly = addVisual(VisualType::Assembly);
+    SolidVisual* solid = addBody(assembly);
+
+    scene.reparentVisual(solid->getId(), 0);
+    scene.setCollision(assembly->getId(), true);
+    drain();
+
+    EXPECT_EQ(materialOf(*solid), "CollisionContact");
+}
+
+TEST_F(Layers, CollisionReachesABodyThatIsNotRegisteredAndPassesOverOneThatWentWithItsOwner)
+{
+    Visual* owner = addVisual(VisualType::Part);
+    MeshVisual* arrow = MeshVisual::BuildArrow(owner, {}, {0, 0, 1});
+    const auto drawnIn = [](const MeshVisual& visual) {
+        return visual.getEntity()->getSubEntity(0)->getMaterialName();
+    };
+
+    scene.setCollision(owner->getId(), true);
+    drain();
+    EXPECT_EQ(drawnIn(*arrow), "CollisionContact");
+
+    scene.removeVisual(owner->getId());
+    scene.setCollision(owner->getId(), true);
+    EXPECT_NO_THROW(drain());
+    EXPECT_THAT(states.visualsWithLayers(), IsEmpty());
+}
+
+// Marks of the application's own
+
+TEST_F(Layers, MarkShowsByAPostWhileItLives)
+{
+    SolidVisual* solid = addBody();
+    {
+        const SelectedVisual selected(solid);
+        const HighlightedVisual highlighted(solid);
+        EXPECT_FALSE(states.hasEntry(solid));
+        drain();
+        EXPECT_EQ(materialOf(*solid), "BodySelected");
+        EXPECT_TRUE(states.hasLayer(solid, VisualStateLayer::Highlighted));
+    }
+    EXPECT_EQ(materialOf(*solid), "BodySelected");
+
+    drain();
+
+    EXPECT_EQ(materialOf(*solid), "Body");
+    EXPECT_FALSE(states.hasEntry(solid));
+    EXPECT_THAT(scene.getSelectedVisuals(), IsEmpty());
+}
+
+TEST_F(Layers, MarkOnAVisualThatDiesFirstIsPassedOver)
+{
+    SolidVisual* solid = addBody();
+    {
+        const HighlightedVisual highlighted(solid);
+        scene.removeVisual(solid->getId());
+        drain();
+        EXPECT_THAT(states.visualsWithLayers(), IsEmpty());
+    }
+
+    EXPECT_NO_THROW(drain());
+    EXPECT_THAT(states.visualsWithLayers(), IsEmpty());
+}
+
+TEST_F(Layers, VisualThatIsNotRegisteredCanBeMarked)
+{
+    MeshVisual* arrow = MeshVisual::BuildArrow(world, {}, {0, 0, 1});
+    const SelectedVisual selected(arrow);
+
+    drain();
+
+    EXPECT_TRUE(states.hasLayer(arrow, VisualStateLayer::Selected));
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "visual/WireFrameVisual.h"
 
+#include "selection/VisualSelection.h"
 #include "support/SceneFixture.h"
 #include "visual/Edges.h"
 #include "visual/SolidVisual.h"
@@ -36,11 +37,12 @@ TEST_F(WireFrame, BoxIsTwelveSegmentsInOneList)
 
 TEST_F(WireFrame, StandsInNoRegistry)
 {
-    const WireFrameVisual* visual = WireFrameVisual::Build(world, test::meshedBox(1, 1, 1));
+    WireFrameVisual* visual = WireFrameVisual::Build(world, test::meshedBox(1, 1, 1));
 
     EXPECT_EQ(visual->getType(), VisualType::WireFrame);
     EXPECT_EQ(visual->getName(), "WireFrame" + std::to_string(visual->getId()));
     EXPECT_FALSE(Scene::HasVisual(visual->getId()));
+    EXPECT_FALSE(selection::VisualSelection::Get()->hasVisual(visual)) << "nor can it be picked";
 }
 
 TEST_F(WireFrame, LooksAreThoseOfEdges)

@@ -4,7 +4,9 @@
 #include "selection/geometry/Box.h"
 #include "selection/geometry/PrimitiveContainer.h"
 
+#include <atomic>
 #include <limits>
+#include <memory>
 #include <ostream>
 #include <random>
 #include <vector>
@@ -87,6 +89,24 @@ private:
         result.distance = distance;
         result.pointIndex = static_cast<int>(number);
     }
+};
+
+/// A callback that knows how often it was copied and called, by all its copies together and on any thread.
+class CopiedCallback {
+public:
+    CopiedCallback() = default;
+    CopiedCallback(const CopiedCallback& o) : counts(o.counts) { ++counts->copies; }
+    CopiedCallback& operator=(const CopiedCallback&) = delete;
+    void operator()(unsigned) const { ++counts->calls; }
+    int copies() const { return counts->copies; }
+    int calls() const { return counts->calls; }
+
+private:
+    struct Counts {
+        std::atomic<int> copies{0};
+        std::atomic<int> calls{0};
+    };
+    std::shared_ptr<Counts> counts = std::make_shared<Counts>();
 };
 
 /// Adds a primitive numbered by its place.

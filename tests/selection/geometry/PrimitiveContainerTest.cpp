@@ -414,5 +414,19 @@ TEST(PrimitiveContainer, ForEachInBoxReachesTheCandidatesInTheOrderOfTheBoxQuery
     }
 }
 
+TEST(PrimitiveContainer, EachCandidateHasOneCopyOfTheCallback)
+{
+    PrimitiveContainer container;
+    addRow(container);
+    const CopiedCallback counted;
+    const std::function<void(unsigned)> callback = counted;
+    const int before = counted.copies();
+
+    container.forEachInBox(Box(-1, -1, -1, 501, 1, 1), callback);
+
+    EXPECT_EQ(counted.calls(), 6);
+    EXPECT_EQ(counted.copies(), before + 1 + 6) << "that of the argument, and one each";
+}
+
 } // namespace
 } // namespace vrk::selection

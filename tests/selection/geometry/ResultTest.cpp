@@ -2,6 +2,10 @@
 
 #include "Geometry.h"
 
+#include "selection/geometry/BVHBuilder.h"
+#include "selection/geometry/Cone.h"
+#include "selection/geometry/Plane.h"
+
 #include <BRep_Builder.hxx>
 #include <TopoDS_Compound.hxx>
 #include <gtest/gtest.h>
@@ -104,10 +108,24 @@ TEST(Result, MoveConstructionLeavesNullShapesBehind)
     EXPECT_EQ(holders(shape), 2);
 }
 
-TEST(Result, IsTheSameTypeInBothNamespaces)
+template <typename OfVisual, typename OfSelection>
+constexpr bool isOneType = std::is_same_v<OfVisual, OfSelection>;
+
+TEST(Namespaces, BothNameTheSameTypes)
 {
-    EXPECT_TRUE((std::is_same_v<visual::Result, selection::Result>));
-    EXPECT_TRUE((std::is_same_v<visual::Box, selection::Box>));
+    EXPECT_TRUE((isOneType<visual::Result, selection::Result>));
+    EXPECT_TRUE((isOneType<visual::Box, selection::Box>));
+    EXPECT_TRUE((isOneType<visual::Ray, selection::Ray>));
+    EXPECT_TRUE((isOneType<visual::Plane, selection::Plane>));
+    EXPECT_TRUE((isOneType<visual::Cone, selection::Cone>));
+    EXPECT_TRUE((isOneType<visual::Arena, selection::Arena>));
+    EXPECT_TRUE((isOneType<visual::BVH, selection::BVH>));
+    EXPECT_TRUE((isOneType<visual::BVHNode, selection::BVHNode>));
+    EXPECT_TRUE((isOneType<visual::BVHInnerNode, selection::BVHInnerNode>));
+    EXPECT_TRUE((isOneType<visual::BVHLeaf, selection::BVHLeaf>));
+    EXPECT_TRUE((isOneType<visual::BVHPrimitive, selection::BVHPrimitive>));
+    EXPECT_TRUE((isOneType<visual::BVHBuilder, selection::BVHBuilder>));
+    EXPECT_TRUE((isOneType<visual::PrimitiveContainer, selection::PrimitiveContainer>));
 }
 
 } // namespace
