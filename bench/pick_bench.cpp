@@ -8,7 +8,7 @@
 #include "bench/support/PickWork.h"
 #include "bench/support/Started.h"
 
-#include "scene/core/OcctCompat.h"
+#include "scene/math/Trsf.h"
 #include "selection/SelectableObject.h"
 #include "selection/VisualSelection.h"
 #include "visual/SolidVisual.h"

@@ -2,7 +2,7 @@
 
 #include "bench/support/Rng.h"
 
-#include "scene/core/OcctCompat.h"
+#include "scene/math/Trsf.h"
 
 #include <BRepMesh_IncrementalMesh.hxx>
 #include <BRep_Tool.hxx>
