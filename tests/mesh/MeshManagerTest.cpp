@@ -3,8 +3,10 @@
 #include "StlTexts.h"
 #include "support/SceneFixture.h"
 
+#include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <memory>
 #include <unistd.h>
 #include <utility>
@@ -166,6 +168,26 @@ TEST_F(MeshManagerTest, BoundsAreThoseOfTheVerticesWithoutPadding)
     add(triangle("t", 2));
 
     EXPECT_EQ(ogreMesh("t")->getBounds(), Ogre::AxisAlignedBox(0, 0, 0, 2, 2, 1));
+}
+
+TEST_F(MeshManagerTest, VerticesThatOgreCannotHaveInABoxAreNotInItsBounds)
+{
+    std::unique_ptr<Mesh> mesh = triangle("t", 2);
+    const float infinite = std::numeric_limits<float>::infinity();
+    const float largest = std::numeric_limits<float>::max();
+    mesh->vertices.insert(mesh->vertices.end(),
+                          {{5, infinite, 5}, {-infinite, 5, 5}, {5, 5, largest}, {5, 5, std::nanf("")}});
+    add(std::move(mesh));
+
+    EXPECT_EQ(ogreMesh("t")->getBounds(), Ogre::AxisAlignedBox(0, 0, 0, 2, 2, 1));
+    EXPECT_EQ(vertexDataOf("t").vertexCount, 7u) << "they are there all the same";
+}
+
+TEST_F(MeshManagerTest, MeshFarOutHasItsBounds)
+{
+    add(triangle("t", 1e15f));
+
+    EXPECT_EQ(ogreMesh("t")->getBounds(), Ogre::AxisAlignedBox(0, 0, 0, 1e15f, 1e15f, 1));
 }
 
 TEST_F(MeshManagerTest, EmptyMeshUploadsWithNothingToDrawAndNoBounds)

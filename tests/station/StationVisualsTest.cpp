@@ -13,6 +13,8 @@
 
 #include <Ogre.h>
 
+#include <cmath>
+
 namespace vrk::visual {
 namespace {
 
@@ -433,6 +435,17 @@ TEST_F(TcpTrace, LineShowsFromTheSecondPointOn)
     EXPECT_EQ(test::largestDifference(empty, render({{0, 200, 50000}, {0, 200, 60000}, {0, 1, 0}})), 0);
     EXPECT_GT(test::largestDifference(empty, line), 60);
     EXPECT_EQ(traceOf(*trace).getRenderQueueGroup(), 70);
+}
+
+TEST_F(TcpTrace, PlaceThatIsNoNumberIsLeftOut)
+{
+    auto* trace = new TcpTraceVisual(world);
+    for (const double x : {std::nan(""), -50.0, std::nan(""), 50.0, HUGE_VAL})
+        trace->addColorPoint({x, 0, 0}, {1, 0, 0});
+
+    ASSERT_EQ(traceOf(*trace).getSections().size(), 1u);
+    EXPECT_EQ(traceOf(*trace).getSections()[0]->getRenderOperation()->vertexData->vertexCount, 2u);
+    EXPECT_EQ(traceOf(*trace).getBoundingBox(), Ogre::AxisAlignedBox(-50, 0, 0, 50, 0, 0));
 }
 
 TEST_F(TcpTrace, ClearedItStartsAgain)
