@@ -108,6 +108,13 @@ TEST_F(CurveVisualTest, ShapeThatIsNoWireFails)
     EXPECT_FALSE(picking.hasVisual(Scene::GetVisual(body->getId())));
 }
 
+TEST_F(CurveVisualTest, NoShapeAtAllIsACurveWithoutEdges)
+{
+    const CurveVisual* curve = build(TopoDS_Shape());
+
+    EXPECT_TRUE(childrenOf(*curve).empty());
+}
+
 TEST_F(CurveVisualTest, BareEdgeIsNamedAfterItsParentAndNotRegistered)
 {
     auto* parent = new Visual("Owner", world);
