@@ -251,7 +251,7 @@ TEST_F(Programs, WorkObjectIsAUserFrameWithAnObjectFrameOnIt)
     EXPECT_EQ(group().getParent(), Scene::GetVisual(owner->getId()));
     EXPECT_EQ(group().getPosition(), rob::Posf(1, 2, 3));
     EXPECT_TRUE(group().isAnchored());
-    EXPECT_THAT(group().getName(), testing::StartsWith("__WOBJ_" + std::to_string(workObject->getId())));
+    EXPECT_THAT(group().getName(), testing::MatchesRegex("__WOBJ_" + std::to_string(workObject->getId()) + "[0-9]+"));
     EXPECT_EQ(group().getUserFrame()->getParent(), &group());
     EXPECT_EQ(group().getUserFrame()->getType(), VisualType::UserFrame);
     EXPECT_EQ(group().getObjectFrame()->getParent(), group().getUserFrame());
