@@ -4,6 +4,7 @@
 #include "platform/smart/SmartComponent.h"
 #include "platform/smart/StationLogic.h"
 #include "station/support/TestStation.h"
+#include "support/TempFolder.h"
 #include "view/Camera.h"
 #include "visual/SolidVisual.h"
 
@@ -194,6 +195,24 @@ TEST_F(LoadStation, UnknownFileTypeIsRefused)
     Layout::inst().addPart(part);
 
     EXPECT_THAT([this] { load(); }, ThrowsMessage<std::runtime_error>(StrEq("File format is not brep or stl")));
+}
+
+TEST_F(LoadStation, FailureOfAnStlFilePassesOut)
+{
+    const test::TempFolder folder;
+    const std::string absent = (folder / "absent.stl").string();
+    const std::string broken = folder.write("broken.stl", "no facet").string();
+    const auto part = test::makePart("part");
+
+    part->getBodies()[0]->setGeometry("part.obj", "stl");
+    scene.addPart(part.get());
+    EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::runtime_error>(StrEq("Not stl file")));
+    part->getBodies()[0]->setGeometry(absent, "stl");
+    scene.addPart(part.get());
+    EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::runtime_error>(StrEq(absent)));
+    part->getBodies()[0]->setGeometry(broken, "stl");
+    scene.addPart(part.get());
+    EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::runtime_error>(StrEq("Bad STL File")));
 }
 
 TEST_F(LoadStation, BodyOfAWireIsACurveAndOfAVertexAPoint)

@@ -219,6 +219,24 @@ TEST_F(StationVisuals, ToolFrameHangsOnTheToolAndCanBePicked)
     EXPECT_TRUE(selection::VisualSelection::Get()->hasVisual(frame));
 }
 
+TEST_F(StationVisuals, FrameOfADeviceOnAnUnknownVisualFails)
+{
+    const auto device = test::makeDevice();
+    device->getFrames()[0]->setParentId(4711);
+    scene.addMechanism(device.get(), true);
+
+    EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::out_of_range>(StrEq(unknownKey)));
+}
+
+TEST_F(StationVisuals, WristOnAnUnknownVisualFails)
+{
+    const auto arm = test::makeArm();
+    arm->getWrist()->setParentId(4711);
+    scene.addMechanism(arm.get(), true);
+
+    EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::out_of_range>(StrEq(unknownKey)));
+}
+
 class Programs : public StationVisuals {
 protected:
     Programs()
@@ -304,6 +322,13 @@ TEST_F(Programs, UpdatedWorkObjectOfAnUnknownOwnerFails)
     scene.addWObj(workObject.get());
     workObject->setOwnerId(4711);
 
+    scene.updateWObj(workObject->getId());
+
+    EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::out_of_range>(StrEq(unknownKey)));
+}
+
+TEST_F(Programs, UpdatingAWorkObjectWithoutVisualFails)
+{
     scene.updateWObj(workObject->getId());
 
     EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::out_of_range>(StrEq(unknownKey)));
