@@ -2,6 +2,7 @@
 #include "OgreMeshes.h"
 #include "StlTexts.h"
 #include "support/SceneFixture.h"
+#include "support/ThrowsExactly.h"
 
 #include <cmath>
 #include <filesystem>
@@ -22,8 +23,6 @@ using test::vertexDataOf;
 using test::verticesOf;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::StrEq;
-using testing::ThrowsMessage;
 
 const bool wasNullBeforeStartUp = MeshManager::Get() == nullptr;
 
@@ -316,7 +315,7 @@ TEST_F(LoadStl, OtherEndingsAreRefusedEvenOfARegisteredMesh)
     add(triangle("t", 2));
 
     for (const char* path : {"t", "part.obj", "part.Stl", "part.stl ", ""})
-        EXPECT_THAT([&] { manager.loadStl(path); }, ThrowsMessage<std::runtime_error>(StrEq("Not stl file"))) << path;
+        EXPECT_THAT([&] { manager.loadStl(path); }, test::throwsExactly<std::runtime_error>("Not stl file")) << path;
 }
 
 TEST_F(LoadStl, FailureRegistersNothing)
@@ -324,8 +323,8 @@ TEST_F(LoadStl, FailureRegistersNothing)
     const std::string broken = write("broken.stl", "facet normal 0 0 up");
     const std::string absent = (folder / "absent.stl").string();
 
-    EXPECT_THAT([&] { manager.loadStl(broken); }, ThrowsMessage<std::runtime_error>(StrEq("Error in reading normal")));
-    EXPECT_THAT([&] { manager.loadStl(absent); }, ThrowsMessage<std::runtime_error>(StrEq(absent)));
+    EXPECT_THAT([&] { manager.loadStl(broken); }, test::throwsExactly<std::runtime_error>("Error in reading normal"));
+    EXPECT_THAT([&] { manager.loadStl(absent); }, test::throwsExactly<std::runtime_error>(absent));
 
     EXPECT_FALSE(manager.hasMesh(broken));
     EXPECT_EQ(ogreMesh(broken), nullptr);

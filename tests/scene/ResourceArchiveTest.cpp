@@ -3,6 +3,7 @@
 #include "platform/common/ResourcePath.h"
 #include "platform/common/ZipManager.h"
 #include "support/TempFolder.h"
+#include "support/ThrowsExactly.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -17,7 +18,6 @@ namespace vrk::visual {
 namespace {
 
 using testing::IsEmpty;
-using testing::StrEq;
 using testing::ThrowsMessage;
 using testing::UnorderedElementsAre;
 
@@ -141,7 +141,7 @@ TEST_F(ResourceArchiveTest, EntryWhoseInformationCannotBeReadIsAFailure)
     file.write("\xFF\x7F", 2);
     file.close();
 
-    const auto failure = ThrowsMessage<std::runtime_error>(StrEq("Get current file info failed"));
+    const auto failure = test::throwsExactly<std::runtime_error>("Get current file info failed");
     EXPECT_THAT([this] { materials.find("*"); }, failure);
     EXPECT_THAT([this] { materials.findFileInfo("*"); }, failure);
 }

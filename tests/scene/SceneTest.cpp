@@ -5,6 +5,7 @@
 #include "scene/core/SceneCore.h"
 #include "selection/VisualSelection.h"
 #include "support/SceneFixture.h"
+#include "support/ThrowsExactly.h"
 #include "visual/FrameVisual.h"
 #include "visual/SolidVisual.h"
 
@@ -16,8 +17,6 @@ namespace vrk::visual {
 namespace {
 
 using testing::ElementsAre;
-using testing::StrEq;
-using testing::ThrowsMessage;
 
 constexpr const char* unknownKey = "invalid unordered_map<K, T> key";
 
@@ -46,7 +45,7 @@ struct CountedUpdates {
 TEST_F(SceneTest, VisualOfIdZeroDoesNotExist)
 {
     EXPECT_FALSE(Scene::HasVisual(0));
-    EXPECT_THAT([] { Scene::GetVisual(0); }, ThrowsMessage<std::out_of_range>(StrEq(unknownKey)));
+    EXPECT_THAT([] { Scene::GetVisual(0); }, test::throwsExactly<std::out_of_range>(unknownKey));
 }
 
 TEST_F(SceneTest, NameIsThatOfTheOneScene)
@@ -74,14 +73,14 @@ TEST_F(SceneTest, RemovingAnUnknownVisualFailsOnTheRenderThread)
 {
     scene.removeVisual(4711);
 
-    EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::out_of_range>(StrEq(unknownKey)));
+    EXPECT_THAT([this] { drain(); }, test::throwsExactly<std::out_of_range>(unknownKey));
 }
 
 TEST_F(SceneTest, ResettingTheColourOfAnUnknownVisualFailsOnTheRenderThread)
 {
     scene.resetColor(4711u);
 
-    EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::out_of_range>(StrEq(unknownKey)));
+    EXPECT_THAT([this] { drain(); }, test::throwsExactly<std::out_of_range>(unknownKey));
 }
 
 TEST_F(SceneTest, TemporaryVisualIsKnownAtOnceAndRemovedByAPost)
@@ -102,7 +101,7 @@ TEST_F(SceneTest, RemovingAnUnknownTemporaryVisualFailsOnTheRenderThread)
 {
     scene.removeTempVisual(4711);
 
-    EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::out_of_range>(StrEq(unknownKey)));
+    EXPECT_THAT([this] { drain(); }, test::throwsExactly<std::out_of_range>(unknownKey));
 }
 
 TEST_F(SceneTest, YoungerVisualOfAnIdStaysRegisteredWhenTheOlderOneDies)

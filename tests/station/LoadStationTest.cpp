@@ -5,6 +5,7 @@
 #include "platform/smart/StationLogic.h"
 #include "station/support/TestStation.h"
 #include "support/TempFolder.h"
+#include "support/ThrowsExactly.h"
 #include "view/Camera.h"
 #include "visual/SolidVisual.h"
 
@@ -16,8 +17,6 @@ namespace vrk::visual {
 namespace {
 
 using layout::Layout;
-using testing::StrEq;
-using testing::ThrowsMessage;
 
 constexpr const char* unknownKey = "invalid unordered_map<K, T> key";
 
@@ -194,7 +193,7 @@ TEST_F(LoadStation, UnknownFileTypeIsRefused)
     part->getBodies()[0]->setGeometry("box", "obj");
     Layout::inst().addPart(part);
 
-    EXPECT_THAT([this] { load(); }, ThrowsMessage<std::runtime_error>(StrEq("File format is not brep or stl")));
+    EXPECT_THAT([this] { load(); }, test::throwsExactly<std::runtime_error>("File format is not brep or stl"));
 }
 
 TEST_F(LoadStation, FailureOfAnStlFilePassesOut)
@@ -206,13 +205,13 @@ TEST_F(LoadStation, FailureOfAnStlFilePassesOut)
 
     part->getBodies()[0]->setGeometry("part.obj", "stl");
     scene.addPart(part.get());
-    EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::runtime_error>(StrEq("Not stl file")));
+    EXPECT_THAT([this] { drain(); }, test::throwsExactly<std::runtime_error>("Not stl file"));
     part->getBodies()[0]->setGeometry(absent, "stl");
     scene.addPart(part.get());
-    EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::runtime_error>(StrEq(absent)));
+    EXPECT_THAT([this] { drain(); }, test::throwsExactly<std::runtime_error>(absent));
     part->getBodies()[0]->setGeometry(broken, "stl");
     scene.addPart(part.get());
-    EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::runtime_error>(StrEq("Bad STL File")));
+    EXPECT_THAT([this] { drain(); }, test::throwsExactly<std::runtime_error>("Bad STL File"));
 }
 
 TEST_F(LoadStation, BodyOfAWireIsACurveAndOfAVertexAPoint)
@@ -273,7 +272,7 @@ TEST_F(LoadStation, FrameOfAnUnknownOwnerFails)
     frame.setParentId(4711);
     scene.addFrame(&frame);
 
-    EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::out_of_range>(StrEq(unknownKey)));
+    EXPECT_THAT([this] { drain(); }, test::throwsExactly<std::out_of_range>(unknownKey));
 }
 
 TEST_F(LoadStation, FrameWithoutOwnerHangsOnTheWorld)
