@@ -1,5 +1,6 @@
 #include "platform/station/StationJson.h"
 
+#include "platform/common/Checks.h"
 #include "platform/sdf/SdfManager.h"
 #include "platform/station/StationFile.h"
 
@@ -14,7 +15,6 @@ namespace {
 
 constexpr std::size_t deepestLevel = 256;
 constexpr double rotationTolerance = 1e-3; // of the length; hand-written files have few digits
-constexpr double farthest = 1e12; // model units; what the scene computes from places must stay in the range of floats
 
 /// Follows the parser, so that a failure can tell where it was.
 class ParseTrace {
@@ -196,7 +196,7 @@ rob::Posed JsonPlace::asPose() const
     const double length = std::sqrt(n[3] * n[3] + n[4] * n[4] + n[5] * n[5] + n[6] * n[6]);
     if (!(std::abs(length - 1) <= rotationTolerance))
         fail("a rotation of length 1 in the last four numbers");
-    if (!(std::abs(n[0]) <= farthest && std::abs(n[1]) <= farthest && std::abs(n[2]) <= farthest))
+    if (std::max({std::abs(n[0]), std::abs(n[1]), std::abs(n[2])}) > common::farthestPlace)
         fail("a place of up to 1e12 on each axis");
     return {rob::Posd(n[0], n[1], n[2]), rob::Orientd(n[3], n[4], n[5], n[6])};
 }
