@@ -41,9 +41,10 @@ void addPoints(const PointCloudVisual& cloud, std::vector<Posf>& corners)
 {
     const vrk::rob::Posef pose = cloud.getWorldPose();
     const std::vector<Posf>& points = cloud.getPoints();
+    const vrk::visual::Box drawn = cloud.getBoundingBox(); // not all are
     const std::size_t step = points.size() / mostPointsOfACloud + 1;
     for (std::size_t i = 0; i < points.size(); i += step)
-        if (points[i].isFinite())
+        if (drawn.isPointInside(points[i].x, points[i].y, points[i].z))
             corners.push_back(pose * points[i]);
 }
 

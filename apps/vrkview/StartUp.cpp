@@ -11,7 +11,7 @@
 
 #include <Ogre.h>
 
-#include <X11/Xlib.h>
+#include <X11/Xlib.h> // behind our headers: it makes macros of words that they use
 
 #include <algorithm>
 

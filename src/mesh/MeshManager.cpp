@@ -96,6 +96,19 @@ void uploadIndices(Ogre::IndexData& data, const std::vector<unsigned>& indices)
     std::memcpy(lock.pData, indices.data(), indices.size() * sizeof(unsigned));
 }
 
+/// What OGRE is told of the mesh's extent: a file may hold coordinates that it cannot have in a box.
+Ogre::AxisAlignedBox drawnBounds(Mesh& mesh)
+{
+    const Box& bounds = mesh.getBounds();
+    if (fitsBox(bounds.min) && fitsBox(bounds.max))
+        return toOgre(bounds);
+    Box drawn;
+    for (const rob::Posf& vertex : mesh.vertices)
+        if (fitsBox(vertex))
+            drawn.addPoint(vertex);
+    return toOgre(drawn);
+}
+
 std::unique_ptr<MeshManager> instance;
 
 Mesh* find(const std::unordered_map<std::string, Mesh*>& map, const std::string& name)
@@ -194,7 +207,7 @@ void MeshManager::loadToGpu(Mesh* mesh)
     subMesh->vertexData = OGRE_NEW Ogre::VertexData();
     uploadVertices(*subMesh->vertexData, *mesh);
     uploadIndices(*subMesh->indexData, mesh->indices);
-    ogreMesh->_setBounds(toOgre(mesh->getBounds()), false);
+    ogreMesh->_setBounds(drawnBounds(*mesh), false);
     ogreMesh->load();
 }
 

@@ -51,7 +51,10 @@ void TcpTraceVisual::update()
     else
         trace->beginUpdate(0);
     for (const Point& point : points) {
-        trace->position(toOgre(rob::PosTemplate<float>(point.position)));
+        const rob::PosTemplate<float> position(point.position);
+        if (!fitsBox(position))
+            continue;
+        trace->position(toOgre(position));
         trace->colour(point.color.r, point.color.g, point.color.b, 1.0f);
     }
     trace->end();

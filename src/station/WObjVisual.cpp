@@ -21,8 +21,9 @@ Visual* ownerVisual(const task::WObjDataItem& item)
 } // namespace
 
 WObjVisual::WObjVisual(Visual* parent, task::WObjDataItem& item)
-    : Visual(item.getId(), "__WOBJ_" + std::to_string(item.getId()), parent), item(&item)
+    : Visual("__WOBJ_" + std::to_string(item.getId()), parent), item(&item)
 {
+    id = item.getId();
     type = VisualType::WObj;
     anchored = true;
     SceneCore::Get()->visuals.enter(this);

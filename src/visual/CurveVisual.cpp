@@ -43,7 +43,8 @@ void CurveVisual::Build(Visual* parent, sdf::SdfNode* node, const TopoDS_Shape& 
     const std::shared_ptr<sdf::Element> element = node->getElement();
     const std::string uri = sdf::textAt(*element, "geometry/uri");
     const std::shared_ptr<sdf::Element> owner = element->getParent();
-    if (shape.ShapeType() == TopAbs_EDGE)
+    // Without a shape it is a wire of no edges: what is not there has no type to ask for.
+    if (!shape.IsNull() && shape.ShapeType() == TopAbs_EDGE)
         visual->addEdge(uri, TopoDS::Edge(shape));
     else
         for (BRepTools_WireExplorer walk(TopoDS::Wire(shape)); walk.More(); walk.Next())

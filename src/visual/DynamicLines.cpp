@@ -51,10 +51,10 @@ void DynamicLines::fillVertexBuffer()
         std::memcpy(lock.pData, points.data(), points.size() * sizeof(points.front()));
     }
     Box exact;
-    Box drawn; // OGRE takes no box with a corner that is no number
+    Box drawn;
     for (const rob::PosTemplate<float>& point : points) {
         exact.addPoint(point);
-        if (point.isFinite())
+        if (fitsBox(point))
             drawn.addPoint(point);
     }
     mBox.merge(toOgre(drawn));

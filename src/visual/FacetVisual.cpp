@@ -6,6 +6,12 @@
 #include <Ogre.h>
 
 namespace vrk::visual {
+namespace {
+
+constexpr std::size_t colorParameter = 0; // the materials' shaders read the colour here
+const Ogre::Vector4 plainColor(0.72f, 0.74f, 0.76f, 1.0f);
+
+} // namespace
 
 void FacetVisual::setSelected()
 {
@@ -31,6 +37,9 @@ Ogre::Entity* FacetVisual::makeEntity(const std::string& entityName, const std::
     Ogre::Entity* entity =
         manager.createEntity(freeObjectName(manager, entityName, Ogre::EntityFactory::FACTORY_TYPE_NAME), meshName,
                              Ogre::ResourceGroupManager::AUTODETECT_RESOURCE_GROUP_NAME);
+    // Without a colour of its own it would be drawn in that of whatever came before it, or in black.
+    for (Ogre::SubEntity* part : entity->getSubEntities())
+        part->setCustomParameter(colorParameter, plainColor);
     attachObject(entity);
     return entity;
 }

@@ -33,7 +33,7 @@ float diameterOf(const std::vector<rob::PosTemplate<float>>& points)
 {
     Box box;
     for (const rob::PosTemplate<float>& point : points)
-        if (point.isFinite())
+        if (fitsBox(point))
             box.addPoint(point);
     if (!box.isValid())
         return 0;
@@ -53,7 +53,7 @@ public:
     void add(std::size_t index)
     {
         const rob::PosTemplate<float>& point = points[index];
-        if (!point.isFinite())
+        if (!fitsBox(point))
             return;
         object.position(point.x, point.y, point.z);
         if (normals) {

@@ -17,7 +17,7 @@ namespace vrk::visual {
 /// be selected, and the others hidden.
 ///
 /// The points stay the station's: the cloud's node must outlive the visual, or be removed after it. A point that is not
-/// finite is not drawn.
+/// finite, or farther out than any station reaches, is not drawn.
 ///
 /// A change of selection costs a rebuild of all that is drawn. Any change of the visual's own look, its highlight for
 /// one, empties the selection of points.

@@ -33,7 +33,8 @@ Ogre::ManualObject* makePoints(Visual& visual, const std::string& material,
     object->estimateVertexCount(points.size());
     object->begin(material, Ogre::RenderOperation::OT_POINT_LIST, group);
     for (const rob::PosTemplate<float>& point : points)
-        object->position(point.x, point.y, point.z);
+        if (fitsBox(point))
+            object->position(point.x, point.y, point.z);
     object->end();
     return object;
 }

@@ -1,5 +1,6 @@
 #include "scene/math/Vec.h"
 #include "scene/math/Color.h"
+#include "support/ThrowsExactly.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -9,9 +10,6 @@
 
 namespace vrk::rob {
 namespace {
-
-using testing::StrEq;
-using testing::ThrowsMessage;
 
 TEST(Vec, DefaultIsZero)
 {
@@ -118,7 +116,7 @@ TEST(Normalized, LengthAtTheLimitOrBelowIsRefused)
 {
     const auto refuses = [](const Vec3d& v) {
         EXPECT_THAT([&] { normalized(v); },
-                    ThrowsMessage<std::overflow_error>(StrEq("0-length vector cannot be normalized.")));
+                    test::throwsExactly<std::overflow_error>("0-length vector cannot be normalized."));
     };
     refuses({0, 0, 0});
     refuses({0, 1e-7, 0});

@@ -106,7 +106,9 @@ TEST_F(LoadShape, ShapeWithoutTrianglesIsRefusedAndItsUserStaysCounted)
     SolidVisual* solid = solidOf(boxWithoutTriangles());
     const std::string name = solid->getCurrentMeshName();
 
-    EXPECT_THROW(manager.loadShape(solid, {}), NoTriangleMesh);
+    EXPECT_THAT([&] { manager.loadShape(solid, {}); },
+                testing::ThrowsMessage<NoTriangleMesh>(testing::StrEq(std::exception().what())))
+        << "it has no text of its own";
 
     EXPECT_EQ(ogreMesh(name), nullptr);
     manager.removeOgreMesh(name); // takes the count back; there is no mesh to remove

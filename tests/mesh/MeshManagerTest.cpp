@@ -2,9 +2,12 @@
 #include "OgreMeshes.h"
 #include "StlTexts.h"
 #include "support/SceneFixture.h"
+#include "support/ThrowsExactly.h"
 
+#include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <memory>
 #include <unistd.h>
 #include <utility>
@@ -20,8 +23,6 @@ using test::vertexDataOf;
 using test::verticesOf;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::StrEq;
-using testing::ThrowsMessage;
 
 const bool wasNullBeforeStartUp = MeshManager::Get() == nullptr;
 
@@ -168,6 +169,26 @@ TEST_F(MeshManagerTest, BoundsAreThoseOfTheVerticesWithoutPadding)
     EXPECT_EQ(ogreMesh("t")->getBounds(), Ogre::AxisAlignedBox(0, 0, 0, 2, 2, 1));
 }
 
+TEST_F(MeshManagerTest, VerticesThatOgreCannotHaveInABoxAreNotInItsBounds)
+{
+    std::unique_ptr<Mesh> mesh = triangle("t", 2);
+    const float infinite = std::numeric_limits<float>::infinity();
+    const float largest = std::numeric_limits<float>::max();
+    mesh->vertices.insert(mesh->vertices.end(),
+                          {{5, infinite, 5}, {-infinite, 5, 5}, {5, 5, largest}, {5, 5, std::nanf("")}});
+    add(std::move(mesh));
+
+    EXPECT_EQ(ogreMesh("t")->getBounds(), Ogre::AxisAlignedBox(0, 0, 0, 2, 2, 1));
+    EXPECT_EQ(vertexDataOf("t").vertexCount, 7u) << "they are there all the same";
+}
+
+TEST_F(MeshManagerTest, MeshFarOutHasItsBounds)
+{
+    add(triangle("t", 1e15f));
+
+    EXPECT_EQ(ogreMesh("t")->getBounds(), Ogre::AxisAlignedBox(0, 0, 0, 1e15f, 1e15f, 1));
+}
+
 TEST_F(MeshManagerTest, EmptyMeshUploadsWithNothingToDrawAndNoBounds)
 {
     add(std::make_unique<Mesh>("empty"));
@@ -294,7 +315,7 @@ TEST_F(LoadStl, OtherEndingsAreRefusedEvenOfARegisteredMesh)
     add(triangle("t", 2));
 
     for (const char* path : {"t", "part.obj", "part.Stl", "part.stl ", ""})
-        EXPECT_THAT([&] { manager.loadStl(path); }, ThrowsMessage<std::runtime_error>(StrEq("Not stl file"))) << path;
+        EXPECT_THAT([&] { manager.loadStl(path); }, test::throwsExactly<std::runtime_error>("Not stl file")) << path;
 }
 
 TEST_F(LoadStl, FailureRegistersNothing)
@@ -302,8 +323,8 @@ TEST_F(LoadStl, FailureRegistersNothing)
     const std::string broken = write("broken.stl", "facet normal 0 0 up");
     const std::string absent = (folder / "absent.stl").string();
 
-    EXPECT_THAT([&] { manager.loadStl(broken); }, ThrowsMessage<std::runtime_error>(StrEq("Error in reading normal")));
-    EXPECT_THAT([&] { manager.loadStl(absent); }, ThrowsMessage<std::runtime_error>(StrEq(absent)));
+    EXPECT_THAT([&] { manager.loadStl(broken); }, test::throwsExactly<std::runtime_error>("Error in reading normal"));
+    EXPECT_THAT([&] { manager.loadStl(absent); }, test::throwsExactly<std::runtime_error>(absent));
 
     EXPECT_FALSE(manager.hasMesh(broken));
     EXPECT_EQ(ogreMesh(broken), nullptr);

@@ -1,5 +1,7 @@
 #include "mesh/ProceduralMeshes.h"
 
+#include "support/ThrowsExactly.h"
+
 #include <gmock/gmock.h>
 
 #include <cmath>
@@ -13,8 +15,6 @@ using rob::Rotationf;
 using rob::Vec3f;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::StrEq;
-using testing::ThrowsMessage;
 
 constexpr float pi = std::numbers::pi_v<float>;
 const char* const zeroLengthText = "0-length vector cannot be normalized.";
@@ -127,7 +127,7 @@ TEST(Cylinder, CapsAreFansAroundTheirCentre)
 
 TEST(Cylinder, NoRadiusIsRefused)
 {
-    EXPECT_THAT([] { makeCylinder("c", 0, 10, 1, 16); }, ThrowsMessage<std::overflow_error>(StrEq(zeroLengthText)));
+    EXPECT_THAT([] { makeCylinder("c", 0, 10, 1, 16); }, test::throwsExactly<std::overflow_error>(zeroLengthText));
 }
 
 TEST(RingScheme, RunsOverAllColumnsAndKeepsTheSeamTriangles)
@@ -159,7 +159,7 @@ TEST(Sphere, HasItsPolesOnTheYAxis)
 
 TEST(Sphere, NoRadiusIsRefused)
 {
-    EXPECT_THAT([] { makeSphere("s", 0, 16, 16); }, ThrowsMessage<std::overflow_error>(StrEq(zeroLengthText)));
+    EXPECT_THAT([] { makeSphere("s", 0, 16, 16); }, test::throwsExactly<std::overflow_error>(zeroLengthText));
 }
 
 TEST(TorusSector, StartsOnTheXAxisAndSweepsTowardsY)
@@ -187,7 +187,7 @@ TEST(TorusSector, FewerThanThreeStacksOrSlicesCountAsThree)
 TEST(TorusSector, TubeOfNoRadiusIsRefused)
 {
     EXPECT_THAT([] { makeTorusSector("t", pi, 10, 0, 8, 8); },
-                ThrowsMessage<std::overflow_error>(StrEq(zeroLengthText)));
+                test::throwsExactly<std::overflow_error>(zeroLengthText));
 }
 
 TEST(Torus, IsTheSectorOfAFullTurn)
@@ -245,7 +245,7 @@ TEST(FlatMesh, IndexPastThePointsIsRefused)
         [] {
             makeFlatMesh("flat", {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {0, 1, 3});
         },
-        ThrowsMessage<std::out_of_range>(StrEq("invalid vector subscript")));
+        test::throwsExactly<std::out_of_range>("invalid vector subscript"));
 }
 
 TEST(FlatMesh, TriangleWithoutAllItsIndicesIsRefused)
@@ -254,7 +254,7 @@ TEST(FlatMesh, TriangleWithoutAllItsIndicesIsRefused)
         [] {
             makeFlatMesh("flat", {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {0, 1, 2, 0});
         },
-        ThrowsMessage<std::out_of_range>(StrEq("invalid vector subscript")));
+        test::throwsExactly<std::out_of_range>("invalid vector subscript"));
 }
 
 namespace {

@@ -1,5 +1,6 @@
 #include "mesh/ShapeTriangles.h"
 #include "platform/common/Logger.h"
+#include "support/ThrowsExactly.h"
 
 #include <BRepBuilderAPI_MakeVertex.hxx>
 #include <BRepMesh_IncrementalMesh.hxx>
@@ -33,8 +34,6 @@ using rob::Vec3f;
 using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::StrEq;
-using testing::ThrowsMessage;
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 
@@ -423,11 +422,11 @@ TEST(ShapeMesh, ColourTextThatIsNoNumberIsRefused)
     const layout::FaceMap faces = mapOf({faceOf(square(0))});
 
     EXPECT_THAT([&] { meshOf(faces, all, &body); },
-                ThrowsMessage<std::invalid_argument>(StrEq("invalid stoi argument")));
+                test::throwsExactly<std::invalid_argument>("invalid stoi argument"));
     EXPECT_THAT([&] { meshOf(faces, all, &face); },
-                ThrowsMessage<std::invalid_argument>(StrEq("invalid stoi argument")));
+                test::throwsExactly<std::invalid_argument>("invalid stoi argument"));
     EXPECT_THAT([&] { meshOf(faces, all, &shortText); },
-                ThrowsMessage<std::invalid_argument>(StrEq("invalid stoi argument")));
+                test::throwsExactly<std::invalid_argument>("invalid stoi argument"));
     EXPECT_THROW(meshOf(faces, all, &noText), std::out_of_range);
 }
 

@@ -1,6 +1,7 @@
 #include "mesh/StlReader.h"
 #include "StlTexts.h"
 #include "platform/station/Uri.h"
+#include "support/ThrowsExactly.h"
 
 #include <gmock/gmock.h>
 
@@ -19,7 +20,6 @@ using rob::Posf;
 using rob::Vec3f;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::StrEq;
 using testing::ThrowsMessage;
 
 Mesh parsed(std::string_view text)
@@ -125,7 +125,7 @@ TEST(ParseStl, BinaryFileWithTrailingBytesIsReadAsText)
     std::string file = binaryStl(randomRecords(1));
     file += ' ';
 
-    EXPECT_THAT([&] { parsed(file); }, ThrowsMessage<std::runtime_error>(StrEq("Bad STL File")));
+    EXPECT_THAT([&] { parsed(file); }, test::throwsExactly<std::runtime_error>("Bad STL File"));
 }
 
 TEST(ParseStl, CountThatWrapsAroundIn32BitsIsNotBinary)
@@ -135,7 +135,7 @@ TEST(ParseStl, CountThatWrapsAroundIn32BitsIsNotBinary)
     std::string file = binaryStl(count, {});
     file.append(4, ' ');
 
-    EXPECT_THAT([&] { parsed(file); }, ThrowsMessage<std::runtime_error>(StrEq("Bad STL File")));
+    EXPECT_THAT([&] { parsed(file); }, test::throwsExactly<std::runtime_error>("Bad STL File"));
 }
 
 TEST(ParseStl, AsciiFacetGivesThreeVerticesWithItsNormal)
@@ -180,7 +180,7 @@ class BadStl : public testing::TestWithParam<BadStlCase> {};
 
 TEST_P(BadStl, IsRefused)
 {
-    EXPECT_THAT([] { parsed(GetParam().text); }, ThrowsMessage<std::runtime_error>(StrEq(GetParam().failure)));
+    EXPECT_THAT([] { parsed(GetParam().text); }, test::throwsExactly<std::runtime_error>(GetParam().failure));
 }
 
 const char* const badFile = "Bad STL File";
@@ -261,7 +261,7 @@ TEST(ParseStl, NumbersAgreeWithAStreamOnAnyText)
 
         if (stream.fail())
             EXPECT_THAT([&] { parsed(facet("normal 0 0 1 vertex 0 0 " + text)); },
-                        ThrowsMessage<std::runtime_error>(StrEq(badVertex)));
+                        test::throwsExactly<std::runtime_error>(badVertex));
         else
             EXPECT_EQ(parsed(facetWithVertex("0 0 " + text)).vertices[0], expected);
     }
@@ -296,7 +296,7 @@ TEST_F(ReadStl, FileShorterThanAHeaderIsText)
 {
     const std::string path = write("part.stl", "facet");
 
-    EXPECT_THAT([&] { readStl(path); }, ThrowsMessage<std::runtime_error>(StrEq(badFile)));
+    EXPECT_THAT([&] { readStl(path); }, test::throwsExactly<std::runtime_error>(badFile));
 }
 
 TEST_F(ReadStl, BinaryFileWithTrailingBytesIsReadAsText)
@@ -310,7 +310,7 @@ TEST_F(ReadStl, FileThatCannotBeOpenedIsNamed)
 {
     const std::string path = (folder / "absent.stl").string();
 
-    EXPECT_THAT([&] { readStl(path); }, ThrowsMessage<std::runtime_error>(StrEq(path)));
+    EXPECT_THAT([&] { readStl(path); }, test::throwsExactly<std::runtime_error>(path));
 }
 
 TEST_F(ReadStl, FolderIsNoFile)
@@ -318,7 +318,7 @@ TEST_F(ReadStl, FolderIsNoFile)
     const std::filesystem::path path = folder / "folder.stl";
     std::filesystem::create_directory(path);
 
-    EXPECT_THAT([&] { readStl(path.string()); }, ThrowsMessage<std::runtime_error>(StrEq(path.string())));
+    EXPECT_THAT([&] { readStl(path.string()); }, test::throwsExactly<std::runtime_error>(path.string()));
 }
 
 TEST_F(ReadStl, FileUriIsAFile)
@@ -338,7 +338,7 @@ TEST_F(ReadStl, StationUriIsAFileOfTheStationsFolder)
 
     EXPECT_EQ(readStl("station://part.stl").vertices.size(), 3u);
     EXPECT_THAT([] { readStl("station://absent.stl"); },
-                ThrowsMessage<std::runtime_error>(StrEq((folder / "absent.stl").string())));
+                test::throwsExactly<std::runtime_error>((folder / "absent.stl").string()));
 
     SetStationFolder({});
 }

@@ -1,5 +1,7 @@
 #include "platform/common/Checks.h"
 
+#include "support/ThrowsExactly.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -10,9 +12,7 @@
 namespace vrk::common {
 namespace {
 
-using testing::StrEq;
 using testing::Throws;
-using testing::ThrowsMessage;
 
 TEST(CheckedAt, KnownKeyGivesItsValueToChange)
 {
@@ -27,8 +27,7 @@ TEST(CheckedAt, UnknownKeyIsRefusedAndNotEntered)
 {
     std::unordered_map<unsigned, std::string> map{{7, "seven"}};
 
-    EXPECT_THAT([&] { checkedAt(map, 8u); },
-                ThrowsMessage<std::out_of_range>(StrEq("invalid unordered_map<K, T> key")));
+    EXPECT_THAT([&] { checkedAt(map, 8u); }, test::throwsExactly<std::out_of_range>("invalid unordered_map<K, T> key"));
     EXPECT_EQ(map.size(), 1u);
 }
 
@@ -44,7 +43,7 @@ TEST(CheckedSubscript, PastTheEndIsRefused)
     const std::vector<int> numbers{1, 2, 3};
 
     EXPECT_THAT([&] { checkedSubscript(numbers, 3); },
-                ThrowsMessage<std::out_of_range>(StrEq("invalid vector subscript")));
+                test::throwsExactly<std::out_of_range>("invalid vector subscript"));
 }
 
 struct HexCase {
@@ -71,14 +70,14 @@ class HexByteFailure : public testing::TestWithParam<const char*> {};
 
 TEST_P(HexByteFailure, TextWithoutADigitIsRefused)
 {
-    EXPECT_THAT([] { hexByte(GetParam(), 0); }, ThrowsMessage<std::invalid_argument>(StrEq("invalid stoi argument")));
+    EXPECT_THAT([] { hexByte(GetParam(), 0); }, test::throwsExactly<std::invalid_argument>("invalid stoi argument"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Texts, HexByteFailure, testing::Values("", "G1", "  ", "+", "--", "#F"));
 
 TEST(HexBytePosition, AtTheEndOfTheTextHasNoDigit)
 {
-    EXPECT_THAT([] { hexByte("12", 2); }, ThrowsMessage<std::invalid_argument>(StrEq("invalid stoi argument")));
+    EXPECT_THAT([] { hexByte("12", 2); }, test::throwsExactly<std::invalid_argument>("invalid stoi argument"));
 }
 
 TEST(HexBytePosition, PastTheEndOfTheTextIsOutOfRange)

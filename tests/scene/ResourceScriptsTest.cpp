@@ -59,6 +59,54 @@ TEST_F(ResourceScripts, EveryMaterialHasATechniqueWithPrograms)
     }
 }
 
+TEST_F(ResourceScripts, EveryMaterialThatIsAskedForByItsNameIsThere)
+{
+    std::vector<std::string> names = {"VertexColor",
+                                      "TcpTrace",
+                                      "GlobalFrame",
+                                      "TransBody",
+                                      "CollisionContact",
+                                      "CollisionNearMiss",
+                                      "EmphasizeCollisionGroupA",
+                                      "EmphasizeCollisionGroupB",
+                                      "Axis",
+                                      "UVIndicator",
+                                      "RedFrameLine",
+                                      "GreenFrameLine",
+                                      "BlueFrameLine",
+                                      "WhiteFrameLine",
+                                      "RedFrameLineSelected",
+                                      "GreenFrameLineSelected",
+                                      "BlueFrameLineSelected",
+                                      "PreviewCurve",
+                                      "BodyCurve",
+                                      "BodyCurveHighlighted",
+                                      "BodyCurveSelected",
+                                      "GeneratedEdge",
+                                      "WireFrame",
+                                      "Point",
+                                      "PointSelected",
+                                      "PointHighlighted",
+                                      "PointPreview",
+                                      "PointBase",
+                                      "PointCloud",
+                                      "PointCloudPhong",
+                                      "PointCloudSelected",
+                                      "PointCloudPhongSelected",
+                                      "InstanceRobTarget",
+                                      "InstanceFrame",
+                                      "InstanceRobTargetHighlight",
+                                      "InstanceRobTargetSelected",
+                                      "InstanceArrow"};
+    for (const std::string base : {"Body", "MeshBody", "ABB", "KUKA", "FANUC", "YASKAWA", "Mechanism"})
+        for (const char* state : {"", "Selected", "Highlighted"})
+            names.push_back(base + state);
+
+    // Else OGRE's default takes its place, and nobody is told.
+    for (const std::string& name : names)
+        EXPECT_TRUE(Ogre::MaterialManager::getSingleton().resourceExists(name, "General")) << name;
+}
+
 TEST_F(ResourceScripts, EveryCompositorIsSupported)
 {
     auto& compositors = Ogre::CompositorManager::getSingleton();

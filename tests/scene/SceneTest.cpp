@@ -5,6 +5,7 @@
 #include "scene/core/SceneCore.h"
 #include "selection/VisualSelection.h"
 #include "support/SceneFixture.h"
+#include "support/ThrowsExactly.h"
 #include "visual/FrameVisual.h"
 #include "visual/SolidVisual.h"
 
@@ -16,8 +17,6 @@ namespace vrk::visual {
 namespace {
 
 using testing::ElementsAre;
-using testing::StrEq;
-using testing::ThrowsMessage;
 
 constexpr const char* unknownKey = "invalid unordered_map<K, T> key";
 
@@ -46,7 +45,7 @@ struct CountedUpdates {
 TEST_F(SceneTest, VisualOfIdZeroDoesNotExist)
 {
     EXPECT_FALSE(Scene::HasVisual(0));
-    EXPECT_THAT([] { Scene::GetVisual(0); }, ThrowsMessage<std::out_of_range>(StrEq(unknownKey)));
+    EXPECT_THAT([] { Scene::GetVisual(0); }, test::throwsExactly<std::out_of_range>(unknownKey));
 }
 
 TEST_F(SceneTest, NameIsThatOfTheOneScene)
@@ -87,7 +86,7 @@ TEST_P(PostedOnAnUnknownId, FailsOnTheRenderThreadOrIsPassedOver)
     EXPECT_EQ(updates.count, 1) << "one task";
 
     if (GetParam().fails)
-        EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::out_of_range>(StrEq(unknownKey)));
+        EXPECT_THAT([this] { drain(); }, test::throwsExactly<std::out_of_range>(unknownKey));
     else
         EXPECT_NO_THROW(drain());
     EXPECT_FALSE(Scene::HasVisual(4711)) << "nothing was entered for it";
@@ -160,7 +159,7 @@ TEST_F(SceneTest, TemporaryVisualThatDiedWithItsParentIsForgotten)
     scene.deleteVisual(parent);
     scene.removeTempVisual(id);
 
-    EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::out_of_range>(StrEq(unknownKey)));
+    EXPECT_THAT([this] { drain(); }, test::throwsExactly<std::out_of_range>(unknownKey));
 }
 
 TEST_F(SceneTest, YoungerVisualOfAnIdStaysRegisteredWhenTheOlderOneDies)

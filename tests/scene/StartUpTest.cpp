@@ -8,6 +8,9 @@
 
 #include <Ogre.h>
 
+#include <filesystem>
+#include <iostream>
+
 namespace vrk::visual {
 namespace {
 
@@ -186,6 +189,39 @@ TEST(StartUpDeathTest, ARendererThatIsMissingEndsTheProcess)
             Init(64, 64, test::testSettings());
         },
         testing::KilledBySignal(SIGABRT), "display");
+}
+
+TEST(StartUpDeathTest, AMissingTemporaryFolderFailsAheadOfOgreAndIsTheCallersMatter)
+{
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_EXIT(
+        {
+            setenv("TMPDIR", "/no such folder", 1);
+            try {
+                Init(64, 64, test::testSettings());
+            } catch (const std::filesystem::filesystem_error& failure) {
+                std::cerr << failure.what();
+                std::exit(0);
+            }
+        },
+        testing::ExitedWithCode(0), "filesystem error: temp_directory_path: ");
+}
+
+TEST(StartUpDeathTest, OgreWritesNothingOnStandardOutput)
+{
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_EXIT(
+        {
+            testing::internal::CaptureStdout();
+            Init(64, 64, test::testSettings());
+            Ogre::Root::getSingleton().renderOneFrame();
+            std::string written = testing::internal::GetCapturedStdout();
+            if (written.starts_with("GL_VERSION = ")) // our own notice of an old driver
+                written.erase(0, written.find('\n') + 1);
+            std::cerr << "written: '" << written << "'" << std::endl;
+            std::_Exit(0); // OGRE is never shut down
+        },
+        testing::ExitedWithCode(0), "written: ''");
 }
 
 } // namespace

@@ -119,7 +119,10 @@ TEST_F(Attachments, VisualMovedToAParentKeepsTheGivenWorldPose)
 TEST_F(Attachments, MovingAnUnknownVisualFailsAndLeavesNoEntry)
 {
     scene.moveVisualToParent(4711, 0, {});
+    expectUnknown();
+    EXPECT_FALSE(Scene::HasVisual(4711));
 
+    scene.moveVisualToParent(carried->getId(), 4711, {});
     expectUnknown();
     EXPECT_FALSE(Scene::HasVisual(4711));
 }

@@ -132,5 +132,17 @@ TEST_F(CopiedVisual, KindThatIsNotCopiedFails)
                                          testing::Property(&std::exception::what, StrEq("Bad optional access"))));
 }
 
+TEST_F(CopiedVisual, ThatOfAnUnknownVisualFailsAndDropsTheOneThatWas)
+{
+    scene.showCopiedVisual(first->getId(), {});
+    drain();
+
+    scene.showCopiedVisual(4711, {});
+
+    EXPECT_THAT([this] { drain(); },
+                testing::ThrowsMessage<std::out_of_range>(StrEq("invalid unordered_map<K, T> key")));
+    EXPECT_EQ(copy(), nullptr);
+}
+
 } // namespace
 } // namespace vrk::visual

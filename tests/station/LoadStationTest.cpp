@@ -5,6 +5,8 @@
 #include "platform/smart/SmartComponent.h"
 #include "platform/smart/StationLogic.h"
 #include "station/support/TestStation.h"
+#include "support/TempFolder.h"
+#include "support/ThrowsExactly.h"
 #include "view/Camera.h"
 #include "visual/FrameVisual.h"
 #include "visual/SolidVisual.h"
@@ -17,8 +19,6 @@ namespace vrk::visual {
 namespace {
 
 using layout::Layout;
-using testing::StrEq;
-using testing::ThrowsMessage;
 
 constexpr const char* unknownKey = "invalid unordered_map<K, T> key";
 
@@ -280,7 +280,25 @@ TEST_F(LoadStation, UnknownFileTypeIsRefused)
     part->getBodies()[0]->setGeometry("box", "obj");
     Layout::inst().addPart(part);
 
-    EXPECT_THAT([this] { load(); }, ThrowsMessage<std::runtime_error>(StrEq("File format is not brep or stl")));
+    EXPECT_THAT([this] { load(); }, test::throwsExactly<std::runtime_error>("File format is not brep or stl"));
+}
+
+TEST_F(LoadStation, FailureOfAnStlFilePassesOut)
+{
+    const test::TempFolder folder;
+    const std::string absent = (folder / "absent.stl").string();
+    const std::string broken = folder.write("broken.stl", "no facet").string();
+    const auto part = test::makePart("part");
+
+    part->getBodies()[0]->setGeometry("part.obj", "stl");
+    scene.addPart(part.get());
+    EXPECT_THAT([this] { drain(); }, test::throwsExactly<std::runtime_error>("Not stl file"));
+    part->getBodies()[0]->setGeometry(absent, "stl");
+    scene.addPart(part.get());
+    EXPECT_THAT([this] { drain(); }, test::throwsExactly<std::runtime_error>(absent));
+    part->getBodies()[0]->setGeometry(broken, "stl");
+    scene.addPart(part.get());
+    EXPECT_THAT([this] { drain(); }, test::throwsExactly<std::runtime_error>("Bad STL File"));
 }
 
 TEST_F(LoadStation, BodyOfAWireIsACurveAndOfAVertexAPoint)
@@ -341,7 +359,7 @@ TEST_F(LoadStation, FrameOfAnUnknownOwnerFails)
     frame.setParentId(4711);
     scene.addFrame(&frame);
 
-    EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::out_of_range>(StrEq(unknownKey)));
+    EXPECT_THAT([this] { drain(); }, test::throwsExactly<std::out_of_range>(unknownKey));
 }
 
 TEST_F(LoadStation, FrameWithoutOwnerHangsOnTheWorld)

@@ -15,6 +15,8 @@
 
 #include <Ogre.h>
 
+#include <cmath>
+
 namespace vrk::visual {
 namespace {
 
@@ -245,6 +247,24 @@ TEST_F(StationVisuals, ToolFrameHangsOnTheToolAndCanBePicked)
     EXPECT_TRUE(selection::VisualSelection::Get()->hasVisual(frame));
 }
 
+TEST_F(StationVisuals, FrameOfADeviceOnAnUnknownVisualFails)
+{
+    const auto device = test::makeDevice();
+    device->getFrames()[0]->setParentId(4711);
+    scene.addMechanism(device.get(), true);
+
+    EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::out_of_range>(StrEq(unknownKey)));
+}
+
+TEST_F(StationVisuals, WristOnAnUnknownVisualFails)
+{
+    const auto arm = test::makeArm();
+    arm->getWrist()->setParentId(4711);
+    scene.addMechanism(arm.get(), true);
+
+    EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::out_of_range>(StrEq(unknownKey)));
+}
+
 class Programs : public StationVisuals {
 protected:
     Programs()
@@ -277,7 +297,7 @@ TEST_F(Programs, WorkObjectIsAUserFrameWithAnObjectFrameOnIt)
     EXPECT_EQ(group().getParent(), Scene::GetVisual(owner->getId()));
     EXPECT_EQ(group().getPosition(), rob::Posf(1, 2, 3));
     EXPECT_TRUE(group().isAnchored());
-    EXPECT_THAT(group().getName(), testing::StartsWith("__WOBJ_" + std::to_string(workObject->getId())));
+    EXPECT_THAT(group().getName(), testing::MatchesRegex("__WOBJ_" + std::to_string(workObject->getId()) + "[0-9]+"));
     EXPECT_EQ(group().getUserFrame()->getParent(), &group());
     EXPECT_EQ(group().getUserFrame()->getType(), VisualType::UserFrame);
     EXPECT_EQ(group().getObjectFrame()->getParent(), group().getUserFrame());
@@ -336,6 +356,13 @@ TEST_F(Programs, UpdatedWorkObjectOfAnUnknownOwnerFails)
     scene.addWObj(workObject.get());
     workObject->setOwnerId(4711);
 
+    scene.updateWObj(workObject->getId());
+
+    EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::out_of_range>(StrEq(unknownKey)));
+}
+
+TEST_F(Programs, UpdatingAWorkObjectWithoutVisualFails)
+{
     scene.updateWObj(workObject->getId());
 
     EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::out_of_range>(StrEq(unknownKey)));
@@ -527,6 +554,17 @@ TEST_F(TcpTrace, LineShowsFromTheSecondPointOn)
     EXPECT_EQ(test::largestDifference(empty, render({{0, 200, 50000}, {0, 200, 60000}, {0, 1, 0}})), 0);
     EXPECT_GT(test::largestDifference(empty, line), 60);
     EXPECT_EQ(traceOf(*trace).getRenderQueueGroup(), 70);
+}
+
+TEST_F(TcpTrace, PlaceThatIsNoNumberIsLeftOut)
+{
+    auto* trace = new TcpTraceVisual(world);
+    for (const double x : {std::nan(""), -50.0, std::nan(""), 50.0, HUGE_VAL})
+        trace->addColorPoint({x, 0, 0}, {1, 0, 0});
+
+    ASSERT_EQ(traceOf(*trace).getSections().size(), 1u);
+    EXPECT_EQ(traceOf(*trace).getSections()[0]->getRenderOperation()->vertexData->vertexCount, 2u);
+    EXPECT_EQ(traceOf(*trace).getBoundingBox(), Ogre::AxisAlignedBox(-50, 0, 0, 50, 0, 0));
 }
 
 TEST_F(TcpTrace, ClearedItStartsAgain)

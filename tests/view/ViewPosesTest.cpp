@@ -11,6 +11,9 @@
 namespace vrk::visual {
 namespace {
 
+using testing::StrEq;
+using testing::ThrowsMessage;
+
 class ViewPoses : public test::RenderTest {
 protected:
     ViewPoses() : camera(*Camera::Get())
@@ -193,7 +196,8 @@ TEST_F(ViewPoses, FocusOnNothingVisibleIsThePresentPose)
 
 TEST_F(ViewPoses, FocusOnAnUnknownIdFails)
 {
-    EXPECT_THROW(scene.getVisualFocusPose(4711), std::out_of_range);
+    EXPECT_THAT([this] { scene.getVisualFocusPose(4711); },
+                ThrowsMessage<std::out_of_range>(StrEq("invalid unordered_map<K, T> key")));
 }
 
 } // namespace

@@ -19,8 +19,8 @@ namespace {
 using test::childrenOf;
 using test::uploaded;
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::StartsWith;
+using testing::StrEq;
 
 class CurveVisualTest : public test::SceneFixture {
 protected:
@@ -103,9 +103,16 @@ TEST_F(CurveVisualTest, ShapeThatIsNoWireFails)
     const TopoDS_Shape box = test::meshedBox(1, 1, 1);
     const auto body = test::addModelBody(box, "no-wire");
 
-    EXPECT_THAT(mismatchOf([&] { CurveVisual::Build(world, body.get(), box); }), HasSubstr("TopoDS::Wire"));
+    EXPECT_THAT(mismatchOf([&] { CurveVisual::Build(world, body.get(), box); }), StrEq("TopoDS::Wire"));
     EXPECT_TRUE(Scene::HasVisual(body->getId())) << "it was made before";
     EXPECT_FALSE(picking.hasVisual(Scene::GetVisual(body->getId())));
+}
+
+TEST_F(CurveVisualTest, NoShapeAtAllIsACurveWithoutEdges)
+{
+    const CurveVisual* curve = build(TopoDS_Shape());
+
+    EXPECT_TRUE(childrenOf(*curve).empty());
 }
 
 TEST_F(CurveVisualTest, BareEdgeIsNamedAfterItsParentAndNotRegistered)
@@ -124,7 +131,7 @@ TEST_F(CurveVisualTest, BareEdgeIsNamedAfterItsParentAndNotRegistered)
 
 TEST_F(CurveVisualTest, BareShapeThatIsNoEdgeFails)
 {
-    EXPECT_THAT(mismatchOf([this] { CurveVisual::Build(world, wire()); }), HasSubstr("TopoDS::Edge"));
+    EXPECT_THAT(mismatchOf([this] { CurveVisual::Build(world, wire()); }), StrEq("TopoDS::Edge"));
 }
 
 TEST_F(CurveVisualTest, EdgeWithoutPolygonIsNotDrawn)

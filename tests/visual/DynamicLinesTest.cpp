@@ -223,11 +223,12 @@ TEST_F(DynamicLinesTest, CoordinatesThatAreNoNumberAreDrawnButDoNotReachTheBoxes
     line.addPoint(1, 2, 3);
     line.addPoint(4, nan, 6);
     line.addPoint(infinity, 0, 0);
+    line.addPoint(std::numeric_limits<float>::max(), 0, 0);
     line.addPoint(5, 6, 7);
 
     line.update();
 
-    EXPECT_EQ(vertexDataOf(line).vertexCount, 5u);
+    EXPECT_EQ(vertexDataOf(line).vertexCount, 6u);
     EXPECT_EQ(line.getBoundingBox(), Ogre::AxisAlignedBox(1, 2, 3, 5, 6, 7));
 }
 

@@ -8,6 +8,7 @@
 #include "selection/VisualSelection.h"
 #include "support/SceneFixture.h"
 #include "support/TempFolder.h"
+#include "support/ThrowsExactly.h"
 
 #include <Ogre.h>
 
@@ -15,8 +16,6 @@
 
 namespace vrk::visual {
 namespace {
-
-using testing::StrEq;
 
 class MeshVisualTest : public test::SceneFixture {
 protected:
@@ -126,8 +125,7 @@ TEST_F(MeshVisualTest, NameThatIsNeitherKnownNorStlFails)
 {
     auto* visual = new MeshVisual("unknown", world);
 
-    EXPECT_THAT([&] { visual->attachMesh("no such mesh"); },
-                testing::ThrowsMessage<std::runtime_error>(StrEq("Not stl file")));
+    EXPECT_THAT([&] { visual->attachMesh("no such mesh"); }, test::throwsExactly<std::runtime_error>("Not stl file"));
 }
 
 TEST_F(MeshVisualTest, ColourIsItsOwnEvenWhereTheMeshIsShared)

@@ -315,6 +315,14 @@ TEST_F(PointCloudVisualTest, PointsThatAreNotFiniteAreNotDrawn)
     EXPECT_EQ(cloud->getBoundingBox().max, rob::Posf(4, 5, 6));
 }
 
+TEST_F(PointCloudVisualTest, PointsThatAreFartherOutThanAnyStationAreNotDrawn)
+{
+    const float largest = std::numeric_limits<float>::max();
+    PointCloudVisual* cloud = build({{largest, 0, 0}, {1, 2, 3}, {0, -largest, 0}, {4, 5, 6}, {0, 0, 1e15f}});
+
+    EXPECT_THAT(drawnBy(*cloud, 0), ElementsAre(rob::Posf(1, 2, 3), rob::Posf(4, 5, 6), rob::Posf(0, 0, 1e15f)));
+}
+
 TEST_F(PointCloudVisualTest, CloudOfNoFinitePointDrawsNothing)
 {
     PointCloudVisual* cloud = build({{nan, nan, nan}, {infinite, 0, 0}});

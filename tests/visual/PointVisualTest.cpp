@@ -9,6 +9,8 @@
 
 #include <Ogre.h>
 
+#include <limits>
+
 namespace vrk::visual {
 namespace {
 
@@ -144,6 +146,21 @@ TEST_F(PointVisualTest, SetOfPointsIsOneSectionOfThemAll)
     EXPECT_EQ(object.getSections()[0]->getRenderOperation()->vertexData->vertexCount, 2u);
     EXPECT_EQ(toPos(object.getBoundingBox().getMaximum()), rob::Posf(4, 5, 6));
     EXPECT_EQ(object.getRenderQueueGroup(), 60);
+}
+
+TEST_F(PointVisualTest, PlaceThatIsNoNumberIsNotDrawnAndLeavesTheBoxOfTheRest)
+{
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const float infinite = std::numeric_limits<float>::infinity();
+    auto* group = new Visual(world);
+    PointVisual::Build(group, {nan, 0, 0})->resetAppearance();
+    PointVisual::Build(group, {0, infinite, 0})->setHighlighted();
+    PointVisual::Build(group, {0, 0, std::numeric_limits<float>::max()});
+    new PointsVisual(group, {{1, 2, 3}, {nan, nan, nan}, {4, 5, 6}});
+
+    sceneManager->getRootSceneNode()->_update(true, false);
+
+    EXPECT_EQ(group->getSceneNode()->_getWorldAABB(), Ogre::AxisAlignedBox(1, 2, 3, 4, 5, 6));
 }
 
 TEST_F(PointVisualTest, SetOfPointsTakesAColour)

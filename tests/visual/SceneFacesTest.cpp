@@ -12,7 +12,7 @@
 namespace vrk::visual {
 namespace {
 
-using testing::HasSubstr;
+using testing::StrEq;
 
 const rob::Colorf stored(0x80 / 255.0f, 0x80 / 255.0f, 0x80 / 255.0f);
 const rob::Colorf lit(0x80 / 255.0f + 0.2f, 0x80 / 255.0f + 0.2f, 0x80 / 255.0f + 0.2f);
@@ -170,7 +170,7 @@ TEST_F(SceneFaces, BodyFaceOutOfRangeFails)
         Scene::GetBodyFace(solid->getId(), 7);
         FAIL() << "no failure";
     } catch (const Standard_OutOfRange& failure) {
-        EXPECT_THAT(failure.GetMessageString(), HasSubstr("NCollection_IndexedMap::FindKey"));
+        EXPECT_THAT(failure.GetMessageString(), StrEq("NCollection_IndexedMap::FindKey"));
     }
 }
 

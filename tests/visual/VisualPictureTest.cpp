@@ -139,6 +139,28 @@ TEST_F(VisualPicture, MeshHasTheColourOfItsVisual)
     EXPECT_GT(amber.r, amber.b + 40);
 }
 
+TEST_F(VisualPicture, BodyThatWasGivenNoColourDoesNotTakeThatOfAnother)
+{
+    const TopoDS_Shape cube = test::meshedBox(60, 60, 60);
+    const float places[] = {-150, -50, 50};
+    for (const float x : places)
+        SolidVisual::Build(world, cube, "MeshBody")->setPosition(x, -30, -30);
+    auto* coloured = new MeshVisual("coloured", world);
+    coloured->attachMesh("mfg_arrow");
+    coloured->setMaterial("MeshBody", {}, {});
+    coloured->setColor(std::string("#2060E0"));
+    coloured->setPosition(150, 0, 0);
+    SolidVisual::Build(world, cube, "MeshBody")->setPosition(-30, -30, 100);
+
+    const Picture picture = render({{0, -500, 0}, {0, 0, 0}, {0, 0, 1}});
+
+    const Pixel first = pixelAt(picture, {-120, -30, 0});
+    EXPECT_GT(brightness(first), 200);
+    EXPECT_LT(first.b - first.r, 30) << "a grey";
+    for (const rob::Posf& middle : {rob::Posf(-20, -30, 0), rob::Posf(80, -30, 0), rob::Posf(0, -30, 130)})
+        EXPECT_TRUE(isNear(pixelAt(picture, middle), first));
+}
+
 TEST_F(VisualPicture, UnknownMaterialStillDraws)
 {
     SolidVisual* box = SolidVisual::Build(world, test::meshedBox(200, 200, 200), "No such material");

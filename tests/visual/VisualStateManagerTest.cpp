@@ -18,6 +18,8 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::StrEq;
+using testing::ThrowsMessage;
 
 struct TopCase {
     const char* name;
@@ -305,6 +307,15 @@ TEST_F(Layers, SelectingAnUnknownIdSelectsNothing)
 
     EXPECT_NO_THROW(drain());
     EXPECT_THAT(scene.getSelectedVisuals(), IsEmpty());
+}
+
+TEST_F(Layers, AskingForAnUnknownIdFailsAtOnce)
+{
+    const auto unknownKey = ThrowsMessage<std::out_of_range>(StrEq("invalid unordered_map<K, T> key"));
+
+    EXPECT_THAT([this] { scene.setVisualHighlighted(4711u); }, unknownKey);
+    EXPECT_THAT([this] { scene.bodyVisualUseMaterial(4711, "Body"); }, unknownKey);
+    EXPECT_THAT([this] { scene.bodyVisualUseDefaultMaterial(4711); }, unknownKey);
 }
 
 TEST_F(Layers, ColourReachesABodyAndTheBodiesThatAreDirectChildren)

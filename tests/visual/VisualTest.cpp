@@ -135,6 +135,10 @@ TEST_F(VisualTest, NodeBoundToSomethingElseIsABadCast)
     EXPECT_THROW(childrenOf(*world), std::bad_cast);
 
     foreign->removeChild(loose.getSceneNode());
+    sceneManager->getRootSceneNode()->removeChild(foreign);
+    loose.getSceneNode()->addChild(foreign);
+    EXPECT_THROW(loose.clearChildren(), std::bad_cast);
+    loose.getSceneNode()->removeChild(foreign);
     sceneManager->destroySceneNode(foreign);
 }
 

@@ -9,6 +9,10 @@
 /// Look-ups whose failure texts are part of the interface and read the same on every platform.
 namespace vrk::common {
 
+/// Model units: how far from its parent an object of a file may lie, along each axis. What the scene computes from places
+/// must stay in the range of floats.
+inline constexpr double farthestPlace = 1e12;
+
 /// The value of `key` in a hash map.
 /// @throws std::out_of_range "invalid unordered_map<K, T> key" if it has none.
 template <typename Map>

@@ -1,5 +1,6 @@
 #include "platform/layout/Mechanism.h"
 
+#include "platform/common/Checks.h"
 #include "platform/layout/Frame.h"
 #include "platform/sdf/SdfManager.h"
 
@@ -62,6 +63,8 @@ void checkNumbers(const Joint& joint)
         throw std::invalid_argument("a joint's axis has length 1");
     if (joint.hasLimits() && joint.lower > joint.upper)
         throw std::invalid_argument("the lower limit of a joint lies above the upper one");
+    if (joint.type == JointType::Prismatic && std::max(-joint.lower, joint.upper) > common::farthestPlace)
+        throw std::invalid_argument("a joint slides up to 1e12 either way");
 }
 
 } // namespace

@@ -68,7 +68,7 @@ public:
     /// Appends a joint and places what hangs on it. The value is held to the limits.
     /// @throws std::invalid_argument "a joint connects links of its mechanism", "a link hangs on one joint only",
     ///         "joints must not form a loop", "a joint needs finite numbers", "a joint's axis has length 1",
-    ///         "the lower limit of a joint lies above the upper one".
+    ///         "the lower limit of a joint lies above the upper one", "a joint slides up to 1e12 either way".
     void addJoint(Joint joint);
 
     /// The values of the joints that move, in order: radians, or model units of prismatic ones.

@@ -1,5 +1,6 @@
 #include "platform/station/ImportUrdf.h"
 
+#include "platform/common/Checks.h"
 #include "platform/common/Logger.h"
 #include "platform/geometry/ColorText.h"
 #include "platform/layout/Body.h"
@@ -36,11 +37,16 @@ unsigned newId()
     return sdf::SdfManager::inst().generateId();
 }
 
-rob::Posed poseOf(const urdf::Pose& pose)
+rob::Posed poseOf(const urdf::Pose& pose, const std::filesystem::path& file, const std::string& linkName)
 {
     const urdf::Vector3& p = pose.position;
     const urdf::Rotation& q = pose.rotation;
-    return {rob::Posd(p.x, p.y, p.z) * unitsPerMetre, rob::Rotationd(q.w, q.x, q.y, q.z).normalized()};
+    const rob::Posd place = rob::Posd(p.x, p.y, p.z) * unitsPerMetre;
+    const rob::Rotationd turn = rob::Rotationd(q.w, q.x, q.y, q.z).normalized();
+    const bool isFar = std::max({std::abs(place.x), std::abs(place.y), std::abs(place.z)}) > common::farthestPlace;
+    if (isFar || !place.isFinite() || !std::isfinite(turn.w + turn.x + turn.y + turn.z))
+        throw ImportError(file, fmt::format("something of the link '{}' lies nowhere", linkName));
+    return {place, turn};
 }
 
 std::string smallLetters(std::string text)
@@ -203,7 +209,7 @@ private:
         const std::string plainName =
             link.getParts().empty() ? link.getName() : fmt::format("{}.{}", link.getName(), link.getParts().size() + 1);
         const auto part = std::make_shared<layout::Part>(newId(), name.empty() ? plainName : name);
-        part->setPose(poseOf(origin));
+        part->setPose(poseOf(origin, file, link.getName()));
         for (const CachedShape& shape : shapesOf(geometry, link.getName())) {
             const auto body = part->addBody(part->getName());
             std::string uri = shape.file.string();
@@ -264,7 +270,7 @@ private:
         joint.name = source.name;
         joint.parentLink = linkIds.at(source.parent_link_name);
         joint.childLink = linkIds.at(source.child_link_name);
-        joint.origin = poseOf(source.parent_to_joint_origin_transform);
+        joint.origin = poseOf(source.parent_to_joint_origin_transform, file, source.child_link_name);
         joint.type = typeOf(source);
         if (joint.isMoving()) {
             const rob::Vec3d axis(source.axis);

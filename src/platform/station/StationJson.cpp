@@ -1,5 +1,6 @@
 #include "platform/station/StationJson.h"
 
+#include "platform/common/Checks.h"
 #include "platform/sdf/SdfManager.h"
 #include "platform/station/StationFile.h"
 
@@ -195,6 +196,8 @@ rob::Posed JsonPlace::asPose() const
     const double length = std::sqrt(n[3] * n[3] + n[4] * n[4] + n[5] * n[5] + n[6] * n[6]);
     if (!(std::abs(length - 1) <= rotationTolerance))
         fail("a rotation of length 1 in the last four numbers");
+    if (std::max({std::abs(n[0]), std::abs(n[1]), std::abs(n[2])}) > common::farthestPlace)
+        fail("a place of up to 1e12 on each axis");
     return {rob::Posd(n[0], n[1], n[2]), rob::Orientd(n[3], n[4], n[5], n[6])};
 }
 

@@ -2,6 +2,10 @@
 
 #include <Standard_Handle.hxx>
 
+#ifdef No_Exception
+#error "Open CASCADE's inline checks must stay: they are what refuses a shape or an index that is wrong."
+#endif
+
 class Poly_Triangulation;
 class TopoDS_Face;
 

@@ -9,6 +9,7 @@
 #include <OgreQuaternion.h>
 #include <OgreVector.h>
 
+#include <cmath>
 #include <string>
 
 namespace Ogre {
@@ -47,6 +48,14 @@ inline rob::DirTemplate<float> toDir(const Ogre::Vector3& v)
 inline rob::RotationTemplate<float> toRotation(const Ogre::Quaternion& q)
 {
     return {q.w, q.x, q.y, q.z};
+}
+
+/// Whether OGRE can have this point in a box. It ends the process over a box with a corner that is no number, and it makes
+/// one itself where squares and sums of its coordinates leave the range of floats.
+inline bool fitsBox(const rob::PosTemplate<float>& p)
+{
+    constexpr float reach = 1e18f;
+    return std::abs(p.x) <= reach && std::abs(p.y) <= reach && std::abs(p.z) <= reach;
 }
 
 /// A null box for an empty one: OGRE does not take corners that are the wrong way round.

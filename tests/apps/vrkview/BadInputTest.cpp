@@ -191,6 +191,22 @@ TEST_F(ViewerFile, CloudWithoutAPointIsTold)
     expectFileRefused(files.write("bare.xyz", "# nothing\n"), "the file holds no point");
 }
 
+TEST_F(ViewerFile, PlaceFartherOutThanAnyStationReachesIsLeftOut)
+{
+    const std::string facets = "facet normal 0 0 1 vertex 0 0 0 vertex 1 0 0 vertex 0 1 0 endfacet "
+                               "facet normal 0 0 1 vertex 0 0 0 vertex 3e38 0 0 vertex 0 -3e38 0 endfacet ";
+    const std::string cloud = files.write("far.xyz", "0 0 0\n3e38 0 0\n1 1 1\n0 -3e38 0\n");
+    const std::string body = files.write("far.stl", "solid s " + facets + "endsolid s\n");
+    for (const std::string& file : {cloud, body}) {
+        const std::string picture = files.path("far.png");
+
+        const Outcome outcome = runViewer({"--shot", picture, "--size", "40x30", file});
+
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+        EXPECT_TRUE(std::filesystem::remove(picture)) << file;
+    }
+}
+
 TEST_F(ViewerFile, GoodOneBesideABadOneIsNotShownEither)
 {
     const std::string picture = files.path("both.png");

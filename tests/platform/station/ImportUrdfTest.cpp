@@ -386,6 +386,19 @@ TEST_F(ImportUrdfTest, AxisWithoutADirectionIsRefused)
     expectRefused(text, "the axis of the joint 'turn' has no direction");
 }
 
+TEST_F(ImportUrdfTest, PlaceFartherOutThanAnyRobotReachesIsRefused)
+{
+    const std::string bare =
+        "<link name=\"b\"><visual><origin xyz=\"0 0 1e20\"/><geometry><box size=\"1 1 1\"/></geometry>"
+        "</visual></link>";
+    expectRefused("<robot name=\"r\">" + bare + "</robot>", "something of the link 'b' lies nowhere");
+
+    expectRefused(
+        "<robot name=\"r\"><link name=\"a\"/><link name=\"b\"/><joint name=\"j\" type=\"fixed\"><parent link=\"a\"/>"
+        "<child link=\"b\"/><origin xyz=\"-1e300 0 0\"/></joint></robot>",
+        "something of the link 'b' lies nowhere");
+}
+
 TEST_F(ImportUrdfTest, LimitsTheWrongWayRoundAreRefused)
 {
     std::string text = armUrdf();

@@ -391,6 +391,16 @@ TEST_F(MechanismTest, LimitsTheWrongWayRoundAreRefused)
     expectRefused(bad, "the lower limit of a joint lies above the upper one");
 }
 
+TEST_F(MechanismTest, SlideFartherOutThanAnyStationReachesIsRefused)
+{
+    Joint bad = joint(JointType::Prismatic, addLink(), addLink());
+    bad.lower = -2e12;
+    expectRefused(bad, "a joint slides up to 1e12 either way");
+    bad.lower = 0;
+    bad.upper = 2e12;
+    expectRefused(bad, "a joint slides up to 1e12 either way");
+}
+
 TEST(Tool, FramesLieOnIt)
 {
     Tool tool(newId(), "gripper");

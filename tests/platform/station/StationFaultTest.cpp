@@ -138,6 +138,8 @@ INSTANTIATE_TEST_SUITE_P(
         Fault{"PoseWithoutNumber", "/parts/0/pose/1", "null", "/parts/0/pose/1: expected a finite number"},
         Fault{"PoseOfAnotherLength", "/parts/0/pose/3", "2",
               "/parts/0/pose: expected a rotation of length 1 in the last four numbers"},
+        Fault{"PoseTooFarOut", "/parts/0/pose/1", "-2e12",
+              "/parts/0/pose: expected a place of up to 1e12 on each axis"},
         Fault{"ViewThatIsNoPose", "/view", "[]", "/view: expected 7 numbers"},
         Fault{"UnknownParent", "/parts/0/parent", "999",
               "/parts/0/parent: expected the id of an object of the station, not 999"},

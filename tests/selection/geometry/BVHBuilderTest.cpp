@@ -1,6 +1,7 @@
 #include "selection/geometry/BVHBuilder.h"
 
 #include "Geometry.h"
+#include "support/ThrowsExactly.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,8 +15,6 @@ namespace {
 using rob::Posf;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::StrEq;
-using testing::ThrowsMessage;
 
 const BVHInnerNode& inner(const BVHNode* node)
 {
@@ -250,7 +249,7 @@ TEST(BVHBuilder, EmptyRangeIsRefused)
     Arena arena;
     BVHBuilder builder(&container);
 
-    EXPECT_THAT([&] { builder.buildRange(0, 0, arena); }, ThrowsMessage<std::runtime_error>(StrEq("prim num = 0")));
+    EXPECT_THAT([&] { builder.buildRange(0, 0, arena); }, test::throwsExactly<std::runtime_error>("prim num = 0"));
 }
 
 TEST(BVHBuilder, DirtyCentresAreSettled)

@@ -4,6 +4,7 @@
 #include "MathSteps.h"
 
 #include "selection/geometry/Result.h"
+#include "support/ThrowsExactly.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -21,8 +22,6 @@ using rob::Posf;
 using rob::Trianglef;
 using rob::Vec3d;
 using rob::Vec3f;
-using testing::StrEq;
-using testing::ThrowsMessage;
 
 constexpr const char* zeroLengthText = "0-length vector cannot be normalized.";
 
@@ -91,7 +90,7 @@ TEST(DistancePointLine, EqualPointsAreRefused)
         [] {
             Math::DistancePointLine({1, 2, 3}, Posf(4, 5, 6), Posf(4, 5, 6));
         },
-        ThrowsMessage<std::overflow_error>(StrEq(zeroLengthText)));
+        test::throwsExactly<std::overflow_error>(zeroLengthText));
 }
 
 TEST(DistancePointLine, DirectionMayHaveAnyLengthButZero)
@@ -101,7 +100,7 @@ TEST(DistancePointLine, DirectionMayHaveAnyLengthButZero)
         [] {
             Math::DistancePointLine({1, 2, 3}, {0, 0, 0}, Dirf(0, 0, 0));
         },
-        ThrowsMessage<std::overflow_error>(StrEq(zeroLengthText)));
+        test::throwsExactly<std::overflow_error>(zeroLengthText));
 }
 
 TEST(DistancePointLine, BothFormsAgree)
@@ -133,12 +132,12 @@ TEST(DistancePointPlane, PointsOnOneLineAreRefused)
         [] {
             Math::DistancePointPlane({1, 2, 3}, {0, 0, 0}, {1, 1, 1}, {2, 2, 2});
         },
-        ThrowsMessage<std::overflow_error>(StrEq(zeroLengthText)));
+        test::throwsExactly<std::overflow_error>(zeroLengthText));
     EXPECT_THAT(
         [] {
             Math::SignedDistancePointPlane({1, 2, 3}, {4, 4, 4}, {4, 4, 4}, {4, 4, 4});
         },
-        ThrowsMessage<std::overflow_error>(StrEq(zeroLengthText)));
+        test::throwsExactly<std::overflow_error>(zeroLengthText));
 }
 
 TEST(PointOutsideOfPlane, PlaneItselfIsNotOutside)
@@ -246,7 +245,7 @@ TEST(DistanceToSurface, NormalOfNoLengthIsRefused)
         [] {
             MathSteps::distanceOfPointToSurface({0, 0, 5}, {1, 1, 2}, {0, 0, 0});
         },
-        ThrowsMessage<SurfaceNormalNotAvailable>(StrEq("Surface normal is not available")));
+        test::throwsExactly<SurfaceNormalNotAvailable>("Surface normal is not available"));
 }
 
 TEST(LineMeetsTriangle, HitCarriesTheFractionAndBothPositions)
@@ -343,7 +342,7 @@ TEST(LineMeetsTriangle, LineOfNoLengthIsRefused)
         [] {
             Math::Intersect(Linef({1, 1, 0}, {1, 1, 0}), corner);
         },
-        ThrowsMessage<std::overflow_error>(StrEq(zeroLengthText)));
+        test::throwsExactly<std::overflow_error>(zeroLengthText));
 }
 
 /// The fraction of the line at which it meets the triangle, in double; nothing where that is too close to call.

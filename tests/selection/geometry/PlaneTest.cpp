@@ -1,6 +1,7 @@
 #include "selection/geometry/Plane.h"
 
 #include "Geometry.h"
+#include "support/ThrowsExactly.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,8 +11,6 @@ namespace {
 
 using rob::Dirf;
 using rob::Posf;
-using testing::StrEq;
-using testing::ThrowsMessage;
 
 const Plane ground({0, 0, 1}, 3);
 
@@ -46,12 +45,12 @@ TEST(Plane, PointOnAParallelLineIsRefused)
         [] {
             ground.pointOn({5, 5, 10}, {1, 0, 0});
         },
-        ThrowsMessage<std::logic_error>(StrEq("The line is parallel with the plane")));
+        test::throwsExactly<std::logic_error>("The line is parallel with the plane"));
     EXPECT_THAT(
         [] {
             ground.pointOn({5, 5, 10}, {1, 0, 0.0009f});
         },
-        ThrowsMessage<std::logic_error>(StrEq("The line is parallel with the plane")));
+        test::throwsExactly<std::logic_error>("The line is parallel with the plane"));
 }
 
 TEST(Plane, ComponentOfTheToleranceIsNotParallel)

@@ -1,5 +1,6 @@
 #include "Geometry.h"
 #include "MathSteps.h"
+#include "support/ThrowsExactly.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -15,8 +16,6 @@ using rob::Posd;
 using rob::Posf;
 using rob::Trianglef;
 using rob::Vec3d;
-using testing::StrEq;
-using testing::ThrowsMessage;
 
 const Trianglef flat({0, 0, 0}, {10, 0, 0}, {0, 10, 0});
 
@@ -207,7 +206,7 @@ TEST(TriangleMeetsTriangle, IntervalOfATriangleInThePlaneIsRefused)
         [] {
             MathSteps::computeTrianIntervals({1, 2, 3}, {0, 0, 0});
         },
-        ThrowsMessage<std::logic_error>(StrEq("Two triangles are on the same plane")));
+        test::throwsExactly<std::logic_error>("Two triangles are on the same plane"));
 }
 
 TEST(IntersectionPoint, CornerOfOneInTheOtherComesFirst)
@@ -247,12 +246,12 @@ TEST(IntersectionPoint, TriangleOfNoAreaIsRefused)
         [&] {
             commonPoint(flat, {p, p, p});
         },
-        ThrowsMessage<std::overflow_error>(StrEq("0-length vector cannot be normalized.")));
+        test::throwsExactly<std::overflow_error>("0-length vector cannot be normalized."));
     EXPECT_THAT(
         [&] {
             commonPoint({p, p, p}, flat);
         },
-        ThrowsMessage<std::overflow_error>(StrEq("0-length vector cannot be normalized.")));
+        test::throwsExactly<std::overflow_error>("0-length vector cannot be normalized."));
 }
 
 TEST(IntersectionPoint, LiesOnBothPlanesAndExistsWhereTheTrianglesMeet)
