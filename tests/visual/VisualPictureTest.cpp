@@ -139,6 +139,35 @@ TEST_F(VisualPicture, MeshHasTheColourOfItsVisual)
     EXPECT_GT(amber.r, amber.b + 40);
 }
 
+class BodyStates : public VisualPicture, public testing::WithParamInterface<const char*> {};
+
+TEST_P(BodyStates, AreToldApartInEveryColour)
+{
+    const std::string base = GetParam();
+    const TopoDS_Shape ball = test::meshed(BRepPrimAPI_MakeSphere(40).Shape());
+    float x = -100;
+    for (const char* state : {"", "Selected", "Highlighted"}) {
+        SolidVisual* drawn = SolidVisual::Build(world, ball, base + state);
+        drawn->setBodyColor({0.63f, 0.64f, 0.66f}, 1);
+        drawn->getEntity()->getSubEntity(0)->setCustomParameter(0, Ogre::Vector4(0.63f, 0.64f, 0.66f, 1));
+        drawn->setPosition(x, 0, 0);
+        x += 100;
+    }
+
+    const Picture picture = render({{0, -500, 0}, {0, 0, 0}, {0, 0, 1}});
+
+    const Pixel plain = pixelAt(picture, {-100, -40, 0});
+    const Pixel selected = pixelAt(picture, {0, -40, 0});
+    const Pixel highlighted = pixelAt(picture, {100, -40, 0});
+    EXPECT_GT(difference(plain, selected), 25);
+    EXPECT_GT(difference(plain, highlighted), 25);
+    EXPECT_GT(difference(selected, highlighted), 25);
+}
+
+INSTANTIATE_TEST_SUITE_P(Bases, BodyStates,
+                         testing::Values("Body", "MeshBody", "ABB", "KUKA", "FANUC", "YASKAWA", "Mechanism"),
+                         [](const auto& info) { return std::string(info.param); });
+
 TEST_F(VisualPicture, UnknownMaterialStillDraws)
 {
     SolidVisual* box = SolidVisual::Build(world, test::meshedBox(200, 200, 200), "No such material");
@@ -170,7 +199,7 @@ INSTANTIATE_TEST_SUITE_P(AllNames, BodyMaterials,
                                          "FANUCSelected", "FANUCHighlighted", "YASKAWA", "YASKAWASelected",
                                          "YASKAWAHighlighted", "Mechanism", "MechanismSelected", "MechanismHighlighted",
                                          "CollisionContact", "CollisionNearMiss", "EmphasizeCollisionGroupA",
-                                         "EmphasizeCollisionGroupB"),
+                                         "EmphasizeCollisionGroupB", "HandleHighlight"),
                          [](const auto& info) { return std::string(info.param); });
 
 } // namespace
