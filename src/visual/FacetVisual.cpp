@@ -6,6 +6,14 @@
 #include <Ogre.h>
 
 namespace vrk::visual {
+namespace {
+
+/// Custom parameter 0 of what has been given no colour. It is always set: a material that reads it would else draw with the
+/// colour of whatever was drawn before.
+constexpr std::size_t colorParameter = 0;
+const Ogre::Vector4 defaultColor(0.72f, 0.74f, 0.76f, 1.0f);
+
+} // namespace
 
 void FacetVisual::setSelected()
 {
@@ -31,6 +39,8 @@ Ogre::Entity* FacetVisual::makeEntity(const std::string& entityName, const std::
     Ogre::Entity* entity =
         manager.createEntity(freeObjectName(manager, entityName, Ogre::EntityFactory::FACTORY_TYPE_NAME), meshName,
                              Ogre::ResourceGroupManager::AUTODETECT_RESOURCE_GROUP_NAME);
+    for (Ogre::SubEntity* part : entity->getSubEntities())
+        part->setCustomParameter(colorParameter, defaultColor);
     attachObject(entity);
     return entity;
 }

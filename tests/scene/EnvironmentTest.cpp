@@ -146,6 +146,7 @@ TEST_F(EnvironmentGrid, LinesReachOverAllCells)
     EXPECT_EQ(lines->getBoundingBox(), Ogre::AxisAlignedBox(-10000, -10000, 0, 10000, 10000, 0));
     ASSERT_EQ(lines->getSections().size(), 1u);
     EXPECT_EQ(lines->getSections()[0]->getMaterialName(), "VertexColor");
+    EXPECT_EQ(lines->getRenderQueueGroup(), 50);
     EXPECT_EQ(lines->getSections()[0]->getRenderOperation()->vertexData->vertexCount, 21u * 4u);
 }
 

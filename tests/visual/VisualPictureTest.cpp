@@ -7,6 +7,8 @@
 #include <BRepPrimAPI_MakeSphere.hxx>
 #include <Ogre.h>
 
+#include <cstdlib>
+
 namespace vrk::visual {
 namespace {
 
@@ -137,6 +139,31 @@ TEST_F(VisualPicture, MeshHasTheColourOfItsVisual)
     const Pixel amber = pixelAt(picture, {10, 0, 27});
     EXPECT_GT(blue.b, blue.r + 40);
     EXPECT_GT(amber.r, amber.b + 40);
+}
+
+TEST_F(VisualPicture, BodyWithoutAColourOfItsOwnDoesNotTakeThatOfWhatIsDrawnBeforeIt)
+{
+    for (const float x : {-160.0f, 160.0f}) { // whichever is drawn first
+        auto* arrow = new MeshVisual("arrow", world);
+        arrow->attachMesh("mfg_arrow");
+        arrow->setMaterial("MeshBody", {}, {});
+        arrow->setColor(std::string("#FF0000"));
+        arrow->setPosition(x, 0, 0);
+    }
+    SolidVisual::Build(world, test::meshed(BRepPrimAPI_MakeSphere(100).Shape()), "MeshBody");
+    auto* mesh = new MeshVisual("mesh", world);
+    mesh->attachMesh("PathStartHandle");
+    mesh->setMaterial("MeshBody", {}, {});
+    mesh->setScale(20, 20, 20);
+    mesh->setPosition(0, -100, 160);
+
+    const Picture picture = render({{0, -600, 0}, {0, 0, 0}, {0, 0, 1}});
+
+    for (const rob::Posf& at : {rob::Posf(0, -100, 0), rob::Posf(0, -150, 160)}) {
+        const Pixel pixel = pixelAt(picture, at);
+        EXPECT_LT(std::abs(pixel.r - pixel.b), 20);
+        EXPECT_GT(pixel.b, 120) << "light grey";
+    }
 }
 
 class BodyStates : public VisualPicture, public testing::WithParamInterface<const char*> {};
