@@ -111,6 +111,13 @@ Ogre::AxisAlignedBox drawnBounds(Mesh& mesh)
 
 std::unique_ptr<MeshManager> instance;
 
+/// How many visuals read a mesh, and whether it has been deleted meanwhile and goes with the last of them.
+struct Held {
+    unsigned holders = 0;
+    bool isDeleted = false;
+};
+std::unordered_map<Mesh*, Held> heldMeshes;
+
 Mesh* find(const std::unordered_map<std::string, Mesh*>& map, const std::string& name)
 {
     const auto found = map.find(name);
@@ -163,9 +170,28 @@ bool MeshManager::hasMesh(const std::string& name)
 
 void MeshManager::deleteMesh(Mesh* mesh)
 {
-    const std::unique_ptr<Mesh> owned(mesh);
     meshes.erase(mesh->name);
     removeOgreResource(mesh->name, Ogre::ResourceGroupManager::AUTODETECT_RESOURCE_GROUP_NAME);
+    const auto held = heldMeshes.find(mesh);
+    if (held == heldMeshes.end())
+        delete mesh;
+    else
+        held->second.isDeleted = true;
+}
+
+void MeshManager::holdMesh(Mesh* mesh)
+{
+    ++heldMeshes[mesh].holders;
+}
+
+void MeshManager::releaseMesh(Mesh* mesh)
+{
+    const auto held = heldMeshes.find(mesh);
+    if (--held->second.holders > 0)
+        return;
+    if (held->second.isDeleted)
+        delete mesh;
+    heldMeshes.erase(held);
 }
 
 // Global meshes

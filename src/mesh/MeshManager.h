@@ -53,8 +53,12 @@ public:
     /// Null for an unknown name.
     Mesh* getMesh(const std::string& name);
     bool hasMesh(const std::string& name);
-    /// Forgets the mesh of this name, removes its OGRE mesh and deletes it.
+    /// Forgets the mesh of this name, removes its OGRE mesh and deletes it: at once, or with the last who holds it.
     void deleteMesh(Mesh* mesh);
+    /// Keeps the triangles of a mesh until `releaseMesh`. Of several visuals that draw one mesh the first that dies deletes
+    /// it, and the others are still picked by its triangles.
+    static void holdMesh(Mesh* mesh);
+    static void releaseMesh(Mesh* mesh);
 
     // Global meshes
 

@@ -252,7 +252,8 @@ public:
     // 0 without a grid; the length in model units
     static unsigned GetGridCellCount();
     static unsigned GetGridCellLength();
-    /// Posted. Shows and hides solids and wire frames, which picking is not told of. An unknown value does nothing.
+    /// Posted. Shows and hides solids and wire frames, which picking is not told of; where solids are shown their hidden
+    /// faces come back. An unknown value does nothing.
     void setDisplayMode(DisplayMode mode);
     /// The outline around selected bodies. Nothing happens while the camera has no render target.
     void setBorderHighlightEnabled(bool enable);

@@ -8,8 +8,10 @@
 namespace vrk::visual {
 namespace {
 
-constexpr std::size_t colorParameter = 0; // the materials' shaders read the colour here
-const Ogre::Vector4 plainColor(0.72f, 0.74f, 0.76f, 1.0f);
+/// Custom parameter 0 of what has been given no colour. It is always set: a material that reads it would else draw with the
+/// colour of whatever was drawn before.
+constexpr std::size_t colorParameter = 0;
+const Ogre::Vector4 defaultColor(0.72f, 0.74f, 0.76f, 1.0f);
 
 } // namespace
 
@@ -37,9 +39,8 @@ Ogre::Entity* FacetVisual::makeEntity(const std::string& entityName, const std::
     Ogre::Entity* entity =
         manager.createEntity(freeObjectName(manager, entityName, Ogre::EntityFactory::FACTORY_TYPE_NAME), meshName,
                              Ogre::ResourceGroupManager::AUTODETECT_RESOURCE_GROUP_NAME);
-    // Without a colour of its own it would be drawn in that of whatever came before it, or in black.
     for (Ogre::SubEntity* part : entity->getSubEntities())
-        part->setCustomParameter(colorParameter, plainColor);
+        part->setCustomParameter(colorParameter, defaultColor);
     attachObject(entity);
     return entity;
 }

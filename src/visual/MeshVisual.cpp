@@ -10,6 +10,8 @@
 
 #include <Ogre.h>
 
+#include <utility>
+
 namespace vrk::visual {
 namespace {
 
@@ -34,9 +36,11 @@ MeshVisual::~MeshVisual()
         return;
     detachObject(entity);
     sceneNode->getCreator()->destroyEntity(entity);
+    // The first of those that draw a mesh ends it. What is registered under its name after that is another's.
     MeshManager& manager = *MeshManager::Get();
-    if (!copied && manager.hasMesh(meshName))
+    if (!copied && manager.getMesh(meshName) == mesh)
         manager.deleteMesh(mesh);
+    MeshManager::releaseMesh(mesh);
 }
 
 void MeshVisual::Build(Visual* parent, sdf::SdfNode* node)
@@ -74,10 +78,13 @@ Ogre::Entity* MeshVisual::attachMesh(const std::string& name)
 {
     meshName = name;
     MeshManager& manager = *MeshManager::Get();
-    mesh = manager.getGlobalMesh(name);
-    if (!mesh)
-        mesh = manager.hasMesh(name) ? manager.getMesh(name) : manager.loadStl(name);
+    Mesh* found = manager.getGlobalMesh(name);
+    if (!found)
+        found = manager.hasMesh(name) ? manager.getMesh(name) : manager.loadStl(name);
     entity = makeEntity(std::to_string(id) + name, name);
+    MeshManager::holdMesh(found);
+    if (Mesh* before = std::exchange(mesh, found))
+        MeshManager::releaseMesh(before);
     return entity;
 }
 

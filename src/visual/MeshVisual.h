@@ -39,6 +39,7 @@ public:
     /// The name held in the mesh; call it with a mesh attached.
     const std::string& getMeshName() const override;
 
+    /// Stays until the visual dies, also where another one that draws the mesh has deleted it.
     Mesh* getMesh() const { return mesh; }
     void setColor(const rob::ColorTemplate<float>& color, float alpha);
     /// @param text  as in "#10C279", opaque; the failures of `geometry::ParseColorText` pass out.

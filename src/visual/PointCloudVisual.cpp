@@ -147,7 +147,7 @@ void PointCloudVisual::updateRenderPrimitive()
     else
         object = makeManualObject(*this);
     if (points->empty())
-        return;
+        return; // and not registered: there is nothing to pick
 
     const bool phong = hasNormals();
     pointDiameter = diameterOf(*points);

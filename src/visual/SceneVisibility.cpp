@@ -56,7 +56,8 @@ void Scene::doSetVisualVisible(unsigned id, bool visible)
         return;
     Visual* visual = GetVisual(id);
     visual->setVisible(visible, true);
-    // What cannot be seen cannot be picked.
+    // What cannot be seen cannot be picked. Of a compound this reaches all descendants, also what is attached to it and
+    // stays visible by itself.
     if (isCompound(visual->getType()))
         picking::setCompoundObjectEnabled(visual, visible);
     else

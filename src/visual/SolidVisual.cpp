@@ -226,6 +226,8 @@ void SolidVisual::updateMesh()
         group = entity->getRenderQueueGroup();
         destroyEntity();
     }
+    // Counts a user of the new mesh and gives none back of the old one: a set of faces that was shown once is shown again
+    // without meshing, at the price that its mesh stays.
     MeshManager::Get()->loadShape(this, geometry::BodyColorTool::GetColorInfo(id));
     entity = makeEntity(getName(), getCurrentMeshName());
     entity->setVisible(visible);

@@ -17,7 +17,9 @@
 namespace vrk::visual {
 namespace {
 
-constexpr const char* localFrameName = "Local Frame"; // in the name of the frame that belongs to a part
+// In the name of the frame that belongs to a part. It alone is left out of its owner's showing and hiding: the base frame
+// of a mechanism and the frames of a tool go along with theirs.
+constexpr const char* localFrameName = "Local Frame";
 
 Ogre::SceneNode* nodeUnder(Visual* parent, const std::string& name)
 {

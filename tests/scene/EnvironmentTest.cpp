@@ -1,6 +1,8 @@
 #include "platform/broker/SignalBroker.h"
 #include "platform/common/Logger.h"
+#include "platform/layout/Body.h"
 #include "scene/core/SceneCore.h"
+#include "selection/VisualSelection.h"
 #include "support/SceneFixture.h"
 #include "view/Camera.h"
 #include "visual/SolidVisual.h"
@@ -144,6 +146,7 @@ TEST_F(EnvironmentGrid, LinesReachOverAllCells)
     EXPECT_EQ(lines->getBoundingBox(), Ogre::AxisAlignedBox(-10000, -10000, 0, 10000, 10000, 0));
     ASSERT_EQ(lines->getSections().size(), 1u);
     EXPECT_EQ(lines->getSections()[0]->getMaterialName(), "VertexColor");
+    EXPECT_EQ(lines->getRenderQueueGroup(), 50);
     EXPECT_EQ(lines->getSections()[0]->getRenderOperation()->vertexData->vertexCount, 21u * 4u);
 }
 
@@ -320,6 +323,36 @@ TEST_F(EnvironmentDisplayMode, ReachesWhatLiesBelowAHiddenVisual)
     EXPECT_TRUE(wires->isVisible());
 }
 
+TEST_F(EnvironmentDisplayMode, IsNotToldToPicking)
+{
+    const auto body = test::addModelBody(test::meshedBox(10, 10, 10), "display-mode");
+    SolidVisual::Build(world, body.get(), body->getShape());
+    Visual* drawn = Scene::GetVisual(body->getId());
+
+    show(Scene::DisplayMode::Edges);
+    EXPECT_FALSE(drawn->isVisible());
+    EXPECT_TRUE(selection::VisualSelection::Get()->isEnabled(drawn)) << "a solid of which edges are seen can be picked";
+
+    selection::VisualSelection::Get()->disableObject(drawn);
+    show(Scene::DisplayMode::Shaded);
+    EXPECT_TRUE(drawn->isVisible());
+    EXPECT_FALSE(selection::VisualSelection::Get()->isEnabled(drawn));
+}
+
+TEST_F(EnvironmentDisplayMode, BringsHiddenFacesBackWhereItShowsSolids)
+{
+    const auto body = test::addModelBody(test::meshedBox(10, 10, 10), "display-mode-faces");
+    SolidVisual::Build(world, body.get(), body->getShape());
+    auto* drawn = static_cast<SolidVisual*>(Scene::GetVisual(body->getId()));
+    drawn->setFaceVisible(2, false);
+
+    show(Scene::DisplayMode::Edges);
+    EXPECT_FALSE(drawn->isFaceVisible(2));
+
+    show(Scene::DisplayMode::Shaded);
+    EXPECT_TRUE(drawn->isFaceVisible(2));
+}
+
 // Outline
 
 class EnvironmentBorder : public test::RenderTest {
@@ -356,6 +389,25 @@ TEST_F(EnvironmentBorder, SecondCallMakesNoSecondOne)
 
     EXPECT_EQ(compositors.getCompositorChain(viewport())->getCompositorInstances().size(), 1u);
     EXPECT_THAT(messages.others, IsEmpty());
+}
+
+TEST_F(EnvironmentBorder, SelectingOneVisualSwitchesItOnAndSelectingSeveralDoesNot)
+{
+    const auto body = test::addModelBody(test::meshedBox(10, 10, 10), "border");
+    SolidVisual::Build(world, body.get(), body->getShape());
+
+    scene.setVisualsSelected({body->getId()});
+    drain();
+    EXPECT_FALSE(hasChain());
+
+    scene.setVisualSelected(body->getId());
+    drain();
+    ASSERT_TRUE(hasChain());
+    EXPECT_TRUE(outline()->getEnabled());
+
+    scene.clearSelections();
+    drain();
+    EXPECT_TRUE(outline()->getEnabled()) << "the application switches it off";
 }
 
 TEST_F(EnvironmentBorder, IsSwitchedOffAndOnAgain)

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <stdexcept>
 #include <thread>
 #include <vector>
@@ -118,6 +119,31 @@ TEST_F(RenderTaskQueueTest, EachPostRaisesUpdateScene)
     queue.post(note(2), 5);
 
     EXPECT_EQ(updates.count, 2);
+}
+
+TEST_F(RenderTaskQueueTest, SignalOfAPostIsRaisedWithTheQueueLocked)
+{
+    std::atomic<bool> isFirst{true};
+    std::atomic<bool> hasPosted{false};
+    bool hadPosted = true;
+    std::jthread other;
+    const boost::signals2::scoped_connection connection = broker::SignalBroker::onUpdateScene([&] {
+        if (!isFirst.exchange(false))
+            return; // the signal of the other thread's own post
+        other = std::jthread([&] {
+            queue.post(note(2), 0);
+            hasPosted = true;
+        });
+        std::this_thread::sleep_for(std::chrono::milliseconds(50)); // ample for a post that nothing keeps waiting
+        hadPosted = hasPosted;
+    });
+
+    queue.post(note(1), 0);
+    other.join();
+    queue.run();
+
+    EXPECT_FALSE(hadPosted) << "another thread's post waits until all have heard of this one";
+    EXPECT_THAT(ran, ElementsAre(1, 2));
 }
 
 TEST_F(RenderTaskQueueTest, DirtyInstancesAskForOneMoreFrameOnce)

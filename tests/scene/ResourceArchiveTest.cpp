@@ -55,6 +55,20 @@ TEST_F(ResourceArchiveTest, FindSeesTheFolderAtAnyDepthAndNoOther)
     EXPECT_THAT(*found, UnorderedElementsAre("resource://material/a.material", "resource://material/sub/b.material"));
 }
 
+TEST_F(ResourceArchiveTest, DepthAndFoldersAreNotAskedFor)
+{
+    writeZip(zip, {{"material/a.material", "a"}, {"material/sub/b.material", "b"}});
+
+    for (const bool recursive : {false, true})
+        for (const bool dirs : {false, true}) {
+            EXPECT_THAT(*materials.find("*", recursive, dirs),
+                        UnorderedElementsAre("resource://material/a.material", "resource://material/sub/b.material"));
+            EXPECT_EQ(materials.findFileInfo("*", recursive, dirs)->size(), 2u);
+            EXPECT_EQ(materials.list(recursive, dirs), nullptr);
+            EXPECT_THAT(*materials.listFileInfo(recursive, dirs), IsEmpty());
+        }
+}
+
 TEST_F(ResourceArchiveTest, EntryNamedLikeTheFolderWithoutSlashIsNotSeen)
 {
     writeZip(zip, {{"material", "not a folder"}, {"materials/a.material", "another folder"}});

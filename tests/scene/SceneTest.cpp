@@ -124,10 +124,14 @@ TEST_F(SceneTest, TemporaryVisualIsKnownAtOnceAndRemovedByAPost)
 {
     auto* visual = new Visual(world);
     const unsigned id = visual->getId();
+    const CountedUpdates updates;
     scene.addTempVisual(visual);
+    EXPECT_EQ(updates.count, 0) << "at once, without a post";
     EXPECT_FALSE(Scene::HasVisual(id)) << "it stands in a registry of its own";
 
     scene.removeTempVisual(id);
+    EXPECT_EQ(updates.count, 1);
+    EXPECT_EQ(visual->getParent(), world) << "it is posted";
     drain();
 
     EXPECT_THAT(std::vector<Visual*>(world->getChildren().begin(), world->getChildren().end()),
@@ -222,6 +226,22 @@ TEST_F(SceneTest, HidingAPartDisablesPickingOfItsBodies)
 
     EXPECT_FALSE(solid->isVisible());
     EXPECT_FALSE(selection::VisualSelection::Get()->isEnabled(solid));
+}
+
+TEST_F(SceneTest, HidingAPartDisablesPickingOfWhatIsAttachedToItToo)
+{
+    auto* part = addVisual();
+    const auto body = test::addModelBody(test::meshedBox(10, 10, 10), "attached");
+    sdf::SdfManager::inst().add(std::make_shared<sdf::SdfNode>(sdf::ModelType::Part, part->getId(), "part"));
+    SolidVisual::Build(part, body.get(), body->getShape());
+    Visual* solid = Scene::GetVisual(body->getId());
+    solid->setAttachState(true);
+
+    scene.setVisualVisible(part->getId(), false);
+    drain();
+
+    EXPECT_TRUE(solid->isVisible()) << "what is attached keeps its own visibility";
+    EXPECT_FALSE(selection::VisualSelection::Get()->isEnabled(solid)) << "but not its part in picking";
 }
 
 TEST_F(SceneTest, GroupIsHiddenThroughItsMembers)

@@ -95,6 +95,16 @@ TEST(UpAxis, UnknownDirectionLeavesTheLightsUnturned)
     EXPECT_EQ(upAxisTurn(-1), rob::Rotationf());
 }
 
+TEST(SceneSettings, StartsWithoutPlacesAndClipDistancesOfTheCamera)
+{
+    const SceneSettings settings; // its other fields have no value yet
+
+    EXPECT_EQ(settings.cameraTarget, rob::Posf());
+    EXPECT_EQ(settings.cameraPosition, rob::Posf());
+    EXPECT_EQ(settings.nearClip, 0);
+    EXPECT_EQ(settings.farClip, 0);
+}
+
 TEST_F(StartUp, AmbientLightIsDim)
 {
     EXPECT_EQ(sceneManager->getAmbientLight(), Ogre::ColourValue(0.3f, 0.3f, 0.3f, 1));

@@ -9,6 +9,7 @@
 #include "station/WObjVisual.h"
 #include "station/support/TestStation.h"
 #include "visual/DynamicLines.h"
+#include "visual/Edges.h"
 #include "visual/FrameVisual.h"
 #include "visual/SolidVisual.h"
 #include "visual/VisualStateManager.h"
@@ -80,8 +81,13 @@ TEST_P(Makers, ColourTheWholeArm)
     const auto arm = addArm(GetParam().vendor);
 
     const std::string base = GetParam().material;
-    for (const auto& link : arm->getLinks())
+    for (const auto& link : arm->getLinks()) {
         EXPECT_EQ(materialOf(memberPart(*link, 0)), base);
+        const Visual* solid = Scene::GetVisual(memberPart(*link, 0).getBodies()[0]->getId());
+        const std::vector<Visual*> wires = test::childrenOfType(*solid, VisualType::WireFrame);
+        ASSERT_EQ(wires.size(), 1u);
+        EXPECT_EQ(test::materialOf(*wires.front()), base) << "its edges too";
+    }
     Scene::GetVisual(arm->getId())->setSelected();
     EXPECT_EQ(materialOf(memberPart(*arm->getLinks()[1], 0)), base + "Selected");
     Scene::GetVisual(arm->getId())->setHighlighted();

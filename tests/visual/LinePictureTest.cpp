@@ -336,6 +336,35 @@ INSTANTIATE_TEST_SUITE_P(AllNames, LineMaterials,
                                          "BandVectorHighlight", "JointAxis", "FrameLine"),
                          [](const auto& info) { return std::string(info.param); });
 
+struct BodyColourCase {
+    const char* material;
+    Pixel plain; // the surface without light
+};
+class BodyColoursOnLines : public LinePicture, public testing::WithParamInterface<BodyColourCase> {};
+
+TEST_P(BodyColoursOnLines, NeedNoNormals)
+{
+    std::vector<rob::Posf> points; // a pixel wide, and as near to each other
+    for (float z = -10; z <= 10; z += 0.2f) {
+        points.emplace_back(-100.0f, 0.0f, z);
+        points.emplace_back(100.0f, 0.0f, z);
+    }
+    addLine(RenderOpType::Lines, points, GetParam().material);
+
+    const Picture picture = render({{0, -200, 0}, {0, 0, 0}, {0, 0, 1}});
+
+    for (const float x : {-60.0f, 0.0f, 60.0f})
+        EXPECT_TRUE(isNear(pixelAt(picture, {x, 0, 0}), GetParam().plain, 2)) << x;
+}
+
+// The edges of a robot take the colour of its maker.
+INSTANTIATE_TEST_SUITE_P(Table, BodyColoursOnLines,
+                         testing::Values(BodyColourCase{"ABB", {237, 102, 33}}, BodyColourCase{"KUKA", {245, 112, 13}},
+                                         BodyColourCase{"FANUC", {247, 209, 26}},
+                                         BodyColourCase{"YASKAWA", {51, 107, 184}},
+                                         BodyColourCase{"Mechanism", {158, 168, 179}}),
+                         [](const auto& info) { return std::string(info.param.material); });
+
 TEST_F(LinePicture, TraceHasAColourForEachPoint)
 {
     auto* visual = new Visual(world);

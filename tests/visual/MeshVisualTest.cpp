@@ -121,6 +121,54 @@ TEST_F(MeshVisualTest, RegisteredMeshEndsWithItsVisual)
     EXPECT_FALSE(MeshManager::Get()->hasMesh(file));
 }
 
+TEST_F(MeshVisualTest, FirstThatDiesEndsTheMeshAndTheOthersKeepWhatTheyDraw)
+{
+    const std::string file = writeTriangle("shared-end.stl");
+    MeshVisual* first = buildStl(file);
+    MeshVisual* second = buildStl(file);
+
+    scene.deleteVisual(first);
+    EXPECT_FALSE(MeshManager::Get()->hasMesh(file));
+    // Takes the room of what was freed.
+    const std::vector<Mesh> others(8, Mesh("another mesh"));
+
+    EXPECT_EQ(second->getMeshName(), file);
+    EXPECT_EQ(second->getMesh()->vertices.size(), 3u);
+    EXPECT_EQ(second->getTrianglesNum(), 1u);
+    selection::VisualSelection& picking = *selection::VisualSelection::Get();
+    picking.update();
+    EXPECT_EQ(picking.select(Ray({0.2f, 0.2f, 10}, {0, 0, -1})).visual, second);
+}
+
+TEST_F(MeshVisualTest, LaterMeshOfTheNameIsLeftToThoseWhoDrawIt)
+{
+    const std::string file = writeTriangle("read-again.stl");
+    MeshVisual* first = buildStl(file);
+    MeshVisual* second = buildStl(file);
+    scene.deleteVisual(first);
+    const MeshVisual* third = buildStl(file);
+    ASSERT_NE(third->getMesh(), second->getMesh());
+
+    scene.deleteVisual(second);
+
+    EXPECT_EQ(MeshManager::Get()->getMesh(file), third->getMesh());
+    EXPECT_EQ(third->getMeshName(), file);
+}
+
+TEST_F(MeshVisualTest, CopyOutlivesItsSource)
+{
+    const std::string file = writeTriangle("outlived.stl");
+    MeshVisual* visual = buildStl(file);
+    auto* copy = static_cast<MeshVisual*>(visual->copy(world).value());
+
+    scene.deleteVisual(visual);
+    const std::vector<Mesh> others(8, Mesh("another mesh"));
+
+    EXPECT_EQ(copy->getMeshName(), file);
+    EXPECT_EQ(copy->getTrianglesNum(), 1u);
+    delete copy;
+}
+
 TEST_F(MeshVisualTest, NameThatIsNeitherKnownNorStlFails)
 {
     auto* visual = new MeshVisual("unknown", world);

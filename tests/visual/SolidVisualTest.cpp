@@ -206,6 +206,31 @@ TEST_F(SolidVisualTest, ShowingTheSolidShowsItsHiddenFacesAndRegistersThemAnew)
     EXPECT_TRUE(picking.isEnabled(solid)) << "back at its default";
 }
 
+TEST_F(SolidVisualTest, MeshesOfHiddenFacesStayForTheNextTime)
+{
+    SolidVisual* solid = buildBody("variants");
+    solid->setFaceVisible(2, false);
+    solid->setFaceVisible(2, true);
+    EXPECT_TRUE(hasMesh("variants_2"));
+
+    scene.deleteVisual(solid);
+
+    EXPECT_TRUE(hasMesh("variants_2")) << "a solid gives back its whole mesh alone";
+}
+
+TEST_F(SolidVisualTest, EachReturnToTheWholeMeshCountsAsOneMoreUser)
+{
+    SolidVisual* solid = buildBody("drift");
+    solid->setFaceVisible(2, false);
+    solid->setFaceVisible(2, true); // counted again, and nothing was given back
+
+    scene.deleteVisual(solid);
+
+    EXPECT_TRUE(hasMesh("drift"));
+    MeshManager::Get()->removeOgreMesh("drift");
+    EXPECT_FALSE(hasMesh("drift"));
+}
+
 TEST_F(SolidVisualTest, HidingTheSolidKeepsItsHiddenFaces)
 {
     SolidVisual* solid = buildBody("stays-hidden");
@@ -303,6 +328,7 @@ TEST_F(SolidVisualTest, BodyColourAndItsReset)
 
     solid->setBodyColor({0.25f, 0.5f, 0.75f}, 0.1f);
     expectColor(bufferColor(*solid, 6), 0.25f, 0.5f, 0.75f);
+    EXPECT_EQ(solid->getEntity()->getSubEntity(0)->getMaterialName(), "Body") << "opaque, whatever the alpha";
 
     solid->resetColor();
     expectColor(bufferColor(*solid, 6), 0x80 / 255.0f, 0x80 / 255.0f, 0x80 / 255.0f);

@@ -7,6 +7,8 @@
 #include <BRepPrimAPI_MakeSphere.hxx>
 #include <Ogre.h>
 
+#include <cstdlib>
+
 namespace vrk::visual {
 namespace {
 
@@ -139,27 +141,59 @@ TEST_F(VisualPicture, MeshHasTheColourOfItsVisual)
     EXPECT_GT(amber.r, amber.b + 40);
 }
 
-TEST_F(VisualPicture, BodyThatWasGivenNoColourDoesNotTakeThatOfAnother)
+TEST_F(VisualPicture, BodyWithoutAColourOfItsOwnDoesNotTakeThatOfWhatIsDrawnBeforeIt)
 {
-    const TopoDS_Shape cube = test::meshedBox(60, 60, 60);
-    const float places[] = {-150, -50, 50};
-    for (const float x : places)
-        SolidVisual::Build(world, cube, "MeshBody")->setPosition(x, -30, -30);
-    auto* coloured = new MeshVisual("coloured", world);
-    coloured->attachMesh("mfg_arrow");
-    coloured->setMaterial("MeshBody", {}, {});
-    coloured->setColor(std::string("#2060E0"));
-    coloured->setPosition(150, 0, 0);
-    SolidVisual::Build(world, cube, "MeshBody")->setPosition(-30, -30, 100);
+    for (const float x : {-160.0f, 160.0f}) { // whichever is drawn first
+        auto* arrow = new MeshVisual("arrow", world);
+        arrow->attachMesh("mfg_arrow");
+        arrow->setMaterial("MeshBody", {}, {});
+        arrow->setColor(std::string("#FF0000"));
+        arrow->setPosition(x, 0, 0);
+    }
+    SolidVisual::Build(world, test::meshed(BRepPrimAPI_MakeSphere(100).Shape()), "MeshBody");
+    auto* mesh = new MeshVisual("mesh", world);
+    mesh->attachMesh("PathStartHandle");
+    mesh->setMaterial("MeshBody", {}, {});
+    mesh->setScale(20, 20, 20);
+    mesh->setPosition(0, -100, 160);
+
+    const Picture picture = render({{0, -600, 0}, {0, 0, 0}, {0, 0, 1}});
+
+    for (const rob::Posf& at : {rob::Posf(0, -100, 0), rob::Posf(0, -150, 160)}) {
+        const Pixel pixel = pixelAt(picture, at);
+        EXPECT_LT(std::abs(pixel.r - pixel.b), 20);
+        EXPECT_GT(pixel.b, 120) << "light grey";
+    }
+}
+
+class BodyStates : public VisualPicture, public testing::WithParamInterface<const char*> {};
+
+TEST_P(BodyStates, AreToldApartInEveryColour)
+{
+    const std::string base = GetParam();
+    const TopoDS_Shape ball = test::meshed(BRepPrimAPI_MakeSphere(40).Shape());
+    float x = -100;
+    for (const char* state : {"", "Selected", "Highlighted"}) {
+        SolidVisual* drawn = SolidVisual::Build(world, ball, base + state);
+        drawn->setBodyColor({0.63f, 0.64f, 0.66f}, 1);
+        drawn->getEntity()->getSubEntity(0)->setCustomParameter(0, Ogre::Vector4(0.63f, 0.64f, 0.66f, 1));
+        drawn->setPosition(x, 0, 0);
+        x += 100;
+    }
 
     const Picture picture = render({{0, -500, 0}, {0, 0, 0}, {0, 0, 1}});
 
-    const Pixel first = pixelAt(picture, {-120, -30, 0});
-    EXPECT_GT(brightness(first), 200);
-    EXPECT_LT(first.b - first.r, 30) << "a grey";
-    for (const rob::Posf& middle : {rob::Posf(-20, -30, 0), rob::Posf(80, -30, 0), rob::Posf(0, -30, 130)})
-        EXPECT_TRUE(isNear(pixelAt(picture, middle), first));
+    const Pixel plain = pixelAt(picture, {-100, -40, 0});
+    const Pixel selected = pixelAt(picture, {0, -40, 0});
+    const Pixel highlighted = pixelAt(picture, {100, -40, 0});
+    EXPECT_GT(difference(plain, selected), 25);
+    EXPECT_GT(difference(plain, highlighted), 25);
+    EXPECT_GT(difference(selected, highlighted), 25);
 }
+
+INSTANTIATE_TEST_SUITE_P(Bases, BodyStates,
+                         testing::Values("Body", "MeshBody", "ABB", "KUKA", "FANUC", "YASKAWA", "Mechanism"),
+                         [](const auto& info) { return std::string(info.param); });
 
 TEST_F(VisualPicture, UnknownMaterialStillDraws)
 {
@@ -192,7 +226,7 @@ INSTANTIATE_TEST_SUITE_P(AllNames, BodyMaterials,
                                          "FANUCSelected", "FANUCHighlighted", "YASKAWA", "YASKAWASelected",
                                          "YASKAWAHighlighted", "Mechanism", "MechanismSelected", "MechanismHighlighted",
                                          "CollisionContact", "CollisionNearMiss", "EmphasizeCollisionGroupA",
-                                         "EmphasizeCollisionGroupB"),
+                                         "EmphasizeCollisionGroupB", "HandleHighlight"),
                          [](const auto& info) { return std::string(info.param); });
 
 } // namespace

@@ -216,6 +216,21 @@ TEST_F(VisualTest, HidingAPartLeavesItsLocalFrameAndWhatIsAttached)
     EXPECT_TRUE(tool->isVisible());
 }
 
+TEST_F(VisualTest, HidingAMechanismHidesItsBaseFrameAndItsToolFrames)
+{
+    auto* tool = new Visual(world);
+    auto* base = new Visual("Base Frame", tool);
+    auto* toolFrame = new Visual("Tool Frame", tool);
+
+    tool->setVisible(false, true);
+    EXPECT_FALSE(base->isVisible());
+    EXPECT_FALSE(toolFrame->isVisible());
+
+    tool->setVisible(true, true);
+    EXPECT_TRUE(base->isVisible());
+    EXPECT_TRUE(toolFrame->isVisible());
+}
+
 TEST_F(VisualTest, HidingWithoutRecursionLeavesTheChildren)
 {
     auto* part = new Visual(world);

@@ -14,7 +14,8 @@ namespace vrk::visual {
 /// A folder of the resource zip as OGRE sees it. Its name is the location, as in "resource://material".
 ///
 /// What it finds are full URIs, the zip's sub-folders included; `open` and `exists` take such a URI or a name below the
-/// location. It is read only, and no file stays open between two calls.
+/// location. It is read only, and no file stays open between two calls. `recursive` and `dirs` are ignored everywhere: a
+/// location is all that lies below its folder, and a zip has no folders of its own.
 ///
 /// Owner: OGRE's archive manager. Thread: the one that loads resources.
 class VRK_EXPORT KelvaneResourceArchive : public Ogre::Archive {
