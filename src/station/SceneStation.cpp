@@ -64,6 +64,7 @@ void Scene::LoadStation()
 {
     Scene* scene = Get();
     scene->addRenderTask([scene] { scene->doLoadStation(); }, 0);
+    // Behind the load: an id without a visual would be passed over.
     const std::vector<unsigned> hidden = layout::Layout::inst().visibilities;
     for (const unsigned id : hidden)
         scene->setVisualVisible(id, false);
@@ -118,13 +119,15 @@ void Scene::loadStandalone()
 
 void Scene::drainLoadTasks()
 {
-    // As with posted tasks: one that throws takes the rest along, and the next load starts anew.
-    std::deque<std::function<void()>> batch;
-    batch.swap(loadTasks);
-    while (!batch.empty()) {
-        batch.front()();
-        batch.front() = nullptr;
-        batch.pop_front();
+    try {
+        while (!loadTasks.empty()) { // which also runs what a load task adds
+            loadTasks.front()();
+            loadTasks.front() = nullptr;
+            loadTasks.pop_front();
+        }
+    } catch (...) {
+        loadTasks.clear(); // as with posted tasks: one that throws takes the rest along, and the next load starts anew
+        throw;
     }
 }
 
@@ -188,6 +191,7 @@ void Scene::addWObj(sdf::SdfNode* workObject)
 
 void Scene::addPointCloud(sdf::SdfNode* cloud)
 {
+    // Not on its owner, where a load hangs it: a scan that comes in by itself lies where it was taken, in the world.
     addRenderTask([cloud] { PointCloudVisual::Build(GetWorldVisual(), cloud); }, 0);
 }
 

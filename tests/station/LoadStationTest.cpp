@@ -5,6 +5,7 @@
 #include "platform/smart/StationLogic.h"
 #include "station/support/TestStation.h"
 #include "view/Camera.h"
+#include "visual/ScanClouds.h"
 #include "visual/SolidVisual.h"
 
 #include <BRepBuilderAPI_MakeVertex.hxx>
@@ -130,7 +131,7 @@ TEST_F(LoadStation, SavedViewAtTheOriginIsRestoredIfItIsTurned)
 
     load();
 
-    EXPECT_EQ(Camera::Get()->getWorldPosition(), rob::Posf(0, 0, 0));
+    EXPECT_EQ(Camera::Get()->getWorldPose(), rob::Posef({0, 0, 0}, rob::Rotationf(0.5f, 0.5f, 0.5f, 0.5f)));
 }
 
 TEST_F(LoadStation, WithoutSavedViewTheCameraStays)
@@ -161,6 +162,69 @@ TEST_F(LoadStation, AttachmentsCarryAndHiddenObjectsAreHidden)
     EXPECT_TRUE(visualOfId(carried->getId())->isAttached());
     EXPECT_FALSE(visualOfId(hidden->getId())->isVisible());
     EXPECT_TRUE(visualOfId(carrier->getId())->isVisible());
+}
+
+TEST_F(LoadStation, WhatIsHiddenIsReadAtTheCallAndHiddenBehindTheLoad)
+{
+    const auto hidden = test::makePart("hidden");
+    const auto shown = test::makePart("shown");
+    Layout& station = Layout::inst();
+    station.addPart(hidden);
+    station.addPart(shown);
+    station.setHidden(hidden->getId(), true);
+    bool visibleAtTheEndOfTheLoad = false;
+    scene.addLoadTask([&] { visibleAtTheEndOfTheLoad = visualOfId(hidden->getId())->isVisible(); });
+
+    Scene::LoadStation();
+    station.setHidden(hidden->getId(), false);
+    station.setHidden(shown->getId(), true);
+    drain();
+
+    EXPECT_TRUE(visibleAtTheEndOfTheLoad);
+    EXPECT_FALSE(visualOfId(hidden->getId())->isVisible());
+    EXPECT_TRUE(visualOfId(shown->getId())->isVisible());
+}
+
+TEST_F(LoadStation, LoadedCloudHangsOnItsOwnerAndOneThatIsAddedOnTheWorld)
+{
+    const auto owner = test::makePart("owner", {100, 0, 0});
+    const auto cloud = test::addModelCloud({{0, 0, 0}, {1, 0, 0}});
+    cloud->setParentId(owner->getId());
+    Layout::inst().addPart(owner);
+    load();
+    EXPECT_EQ(visualOfId(cloud->getId())->getParent(), visualOfId(owner->getId()));
+
+    scene.removeVisual(cloud->getId());
+    scene.addPointCloud(cloud.get());
+    drain();
+
+    EXPECT_EQ(visualOfId(cloud->getId())->getParent(), world);
+}
+
+TEST_F(LoadStation, LoadTaskThatIsAddedByALoadTaskRunsInTheSameLoad)
+{
+    std::vector<int> ran;
+    scene.addLoadTask([&] {
+        ran.push_back(1);
+        scene.addLoadTask([&] { ran.push_back(3); });
+    });
+    scene.addLoadTask([&] { ran.push_back(2); });
+
+    load();
+
+    EXPECT_THAT(ran, testing::ElementsAre(1, 2, 3));
+}
+
+TEST_F(LoadStation, LoadTaskThatFailsTakesTheRestAlong)
+{
+    int ran = 0;
+    scene.addLoadTask([] { throw std::runtime_error("load task"); });
+    scene.addLoadTask([&] { ++ran; });
+
+    EXPECT_THAT([this] { load(); }, ThrowsMessage<std::runtime_error>(StrEq("load task")));
+    EXPECT_NO_THROW(load());
+
+    EXPECT_EQ(ran, 0);
 }
 
 TEST_F(LoadStation, LoadTasksRunAtItsVeryEndInTheirOrder)
