@@ -7,6 +7,7 @@
 #include "station/TcpTraceVisual.h"
 #include "station/WObjVisual.h"
 #include "station/support/TestStation.h"
+#include "visual/DynamicLines.h"
 #include "visual/FrameVisual.h"
 #include "visual/SolidVisual.h"
 #include "visual/VisualStateManager.h"
@@ -122,6 +123,18 @@ TEST_F(StationVisuals, SelectedAssemblyShowsItsOwnFrameAndNotThoseOfItsMembers)
         if (child->getType() == VisualType::Frame)
             frameShown = child->isVisible();
     EXPECT_TRUE(frameShown);
+}
+
+TEST_F(StationVisuals, PartSelectedInASelectedAssemblyKeepsItsFrameHidden)
+{
+    const auto assembly = addAssembly(2);
+
+    scene.setVisualsSelected({assembly->getId(), assembly->getParts()[0]->getId()});
+    drain();
+
+    EXPECT_THAT(scene.getSelectedVisuals(), testing::SizeIs(2));
+    EXPECT_EQ(materialOf(memberPart(*assembly, 0)), "BodySelected");
+    EXPECT_FALSE(partVisual(*assembly->getParts()[0]).getLocalFrame()->isVisible());
 }
 
 TEST_F(StationVisuals, PartSelectedInsideAnAssemblyShowsItsFrame)
@@ -310,11 +323,22 @@ TEST_F(Programs, UpdatedWorkObjectOfAnUnknownOwnerFails)
 TEST_F(Programs, LooksOfAWorkObjectAreThoseOfItsFrames)
 {
     scene.addWObj(workObject.get());
-    scene.setVisualSelected(workObject->getId());
-
     drain();
+    const auto bothAre = [this](const char* material) {
+        for (const FrameVisual* frame : {group().getUserFrame(), group().getObjectFrame()})
+            EXPECT_EQ(frame->getLines().front()->getMaterial()->getName(), material);
+    };
+    bothAre("RedFrameLine");
 
-    EXPECT_TRUE(Scene::GetStateManager()->hasLayer(&group(), VisualStateLayer::Selected));
+    scene.setVisualHighlighted(workObject->getId());
+    drain();
+    bothAre("WhiteFrameLine");
+    scene.setVisualSelected(workObject->getId());
+    drain();
+    bothAre("RedFrameLineSelected");
+    scene.clearSelections();
+    drain();
+    bothAre("RedFrameLine");
 }
 
 TEST_F(Programs, HidingTheOwnerLeavesTheWorkObject)
@@ -344,6 +368,8 @@ TEST_F(Programs, SizeOfWorkObjectsReachesBothFrames)
     drain();
 
     EXPECT_EQ(SceneCore::Get()->settings.wobjFrameSize, 33);
+    for (const FrameVisual* frame : {group().getUserFrame(), group().getObjectFrame()})
+        EXPECT_EQ(frame->getLines().front()->getPoints()[1], rob::Posf(33, 0, 0));
     SceneCore::Get()->settings.wobjFrameSize = test::testSettings().wobjFrameSize;
 }
 
@@ -455,6 +481,18 @@ TEST_F(TcpTrace, TwoTracesHaveNamesOfTheirOwn)
     const auto* second = new TcpTraceVisual(world);
 
     EXPECT_NE(traceOf(*first).getName(), traceOf(*second).getName());
+}
+
+TEST_F(TcpTrace, OneThatWasNotHandedOverStaysWhenTheTraceIsCleared)
+{
+    auto* trace = new TcpTraceVisual(world);
+    trace->addColorPoint({-50, 0, 0}, {1, 0, 0});
+
+    scene.clearTcpTrace();
+    drain();
+
+    EXPECT_EQ(trace->getParent(), world);
+    EXPECT_FALSE(traceOf(*trace).getSections().empty());
 }
 
 TEST_F(TcpTrace, OneThatWasHandedOverIsDeletedByAPost)
