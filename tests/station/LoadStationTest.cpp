@@ -78,6 +78,20 @@ TEST_F(LoadStation, EveryKindOfObjectHasItsVisual)
     EXPECT_EQ(visualOfId(assembly->getParts()[0]->getId())->getParent(), visualOfId(assembly->getId()));
 }
 
+TEST_F(LoadStation, ControllersTaskFrameHangsOnTheWorldWhateverItsArmHangsOn)
+{
+    const auto carrier = test::makeArm();
+    const auto arm = test::makeArm();
+    arm->setParentId(carrier->getLinks()[1]->getId());
+    Layout::inst().addManipulator(carrier);
+    Layout::inst().addManipulator(arm);
+
+    load();
+
+    EXPECT_EQ(visualOfId(arm->getId())->getParent(), visualOfId(carrier->getLinks()[1]->getId()));
+    EXPECT_EQ(visualOfId(arm->getControllerTaskFrame()->getId())->getParent(), world);
+}
+
 TEST_F(LoadStation, PartOfTheStationItselfHangsOnTheWorld)
 {
     const auto part = test::makePart("part");

@@ -207,9 +207,41 @@ TEST_F(StationVisuals, PlainChildrenOfAMechanismAreBareVisuals)
     EXPECT_EQ(visual->getParent(), Scene::GetVisual(device->getId()));
 }
 
+TEST_F(StationVisuals, MechanismShowsItsBaseFrameAlsoInsideWhatIsSelected)
+{
+    const auto owner = addPart("owner");
+    const auto tool = test::makeTool();
+    tool->setParentId(owner->getId());
+    scene.addMechanism(tool.get(), true);
+    const auto isFrameShown = [&] {
+        drain();
+        return dynamic_cast<MechanismVisual&>(*Scene::GetVisual(tool->getId())).getBaseFrame()->isVisible();
+    };
+    EXPECT_FALSE(isFrameShown());
+
+    scene.setVisualsSelected({owner->getId(), tool->getId()});
+
+    EXPECT_TRUE(isFrameShown());
+}
+
+TEST_F(StationVisuals, HighlightOfAMechanismDoesNotPassOverWhatIsSelectedOfIt)
+{
+    const auto tool = test::makeTool();
+    scene.addMechanism(tool.get(), true);
+    scene.setVisualSelected(tool->getFrames()[0]->getId());
+    drain();
+    const auto& frame = dynamic_cast<FrameVisual&>(*Scene::GetVisual(tool->getFrames()[0]->getId()));
+    EXPECT_EQ(frame.getLines().front()->getMaterial()->getName(), "RedFrameLineSelected");
+
+    Scene::GetVisual(tool->getId())->setHighlighted();
+
+    EXPECT_EQ(frame.getLines().front()->getMaterial()->getName(), "WhiteFrameLine");
+}
+
 TEST_F(StationVisuals, MechanismWithoutChildrenHasBareLinks)
 {
     const auto tool = test::makeTool();
+    Layout::inst().addTool(tool); // the links' parts are known to the model
     scene.addMechanism(tool.get(), false);
     drain();
 
