@@ -5,10 +5,12 @@
 #include "platform/smart/StationLogic.h"
 #include "station/support/TestStation.h"
 #include "view/Camera.h"
+#include "visual/Edges.h"
 #include "visual/ScanClouds.h"
 #include "visual/SolidVisual.h"
 
 #include <BRepBuilderAPI_MakeVertex.hxx>
+#include <BRepBuilderAPI_MakeWire.hxx>
 #include <BRep_Builder.hxx>
 #include <gp_Pnt.hxx>
 
@@ -279,13 +281,40 @@ TEST_F(LoadStation, UnknownFileTypeIsRefused)
 
 TEST_F(LoadStation, BodyOfAWireIsACurveAndOfAVertexAPoint)
 {
-    const auto part = test::makePart("part");
-    part->getBodies()[0]->setShape(BRepBuilderAPI_MakeVertex(gp_Pnt(1, 2, 3)).Shape());
-    Layout::inst().addPart(part);
+    const TopoDS_Edge edge = test::straightEdge({0, 0, 0}, {10, 0, 0});
+    const std::pair<TopoDS_Shape, VisualType> expected[] = {
+        {BRepBuilderAPI_MakeVertex(gp_Pnt(1, 2, 3)).Shape(), VisualType::Point},
+        {edge, VisualType::Curve},
+        {BRepBuilderAPI_MakeWire(edge).Shape(), VisualType::Curve},
+        {test::meshedBox(1, 2, 3), VisualType::Solid}};
+    for (const auto& [shape, type] : expected) {
+        const auto part = test::makePart("part");
+        part->getBodies()[0]->setShape(shape);
+        scene.addPart(part.get());
+
+        drain();
+
+        Visual* body = visualOfId(part->getBodies()[0]->getId());
+        ASSERT_NE(body, nullptr);
+        EXPECT_EQ(body->getType(), type);
+    }
+}
+
+TEST_F(LoadStation, LoadedFrameHangsOnItsOwnerOrElseOnTheWorld)
+{
+    const auto owner = test::makePart("owner", {100, 0, 0});
+    const auto onOwner = std::make_shared<layout::Frame>(test::newId(), "on the owner");
+    onOwner->setParentId(owner->getId());
+    const auto onNobody = std::make_shared<layout::Frame>(test::newId(), "on nobody");
+    onNobody->setParentId(4711);
+    Layout::inst().addPart(owner);
+    Layout::inst().addFrame(onOwner);
+    Layout::inst().addFrame(onNobody);
 
     load();
 
-    EXPECT_EQ(visualOfId(part->getBodies()[0]->getId())->getType(), VisualType::Point);
+    EXPECT_EQ(visualOfId(onOwner->getId())->getParent(), visualOfId(owner->getId()));
+    EXPECT_EQ(visualOfId(onNobody->getId())->getParent(), world);
 }
 
 TEST_F(LoadStation, AddedBodyHangsOnItsPart)
@@ -374,6 +403,19 @@ TEST_F(LoadStation, ComponentsBuildTheirVisualsThemselves)
     ASSERT_NE(seen->built, nullptr);
     EXPECT_EQ(seen->built->getParent(), world);
     EXPECT_EQ(unseen->built, nullptr);
+}
+
+TEST_F(LoadStation, ComponentInsideAnotherIsLeftToThatOne)
+{
+    const auto outer = std::make_shared<MarkerComponent>(test::newId(), true);
+    const auto inner = std::make_shared<MarkerComponent>(test::newId(), true);
+    outer->addComponent(inner);
+    Layout::inst().addSmartComponent(outer);
+
+    load();
+
+    EXPECT_NE(outer->built, nullptr);
+    EXPECT_EQ(inner->built, nullptr);
 }
 
 TEST_F(LoadStation, ComponentWithoutVisualIsPassedOver)
