@@ -64,6 +64,7 @@ void Scene::LoadStation()
 {
     Scene* scene = Get();
     scene->addRenderTask([scene] { scene->doLoadStation(); }, 0);
+    // Behind the load: an id without a visual would be passed over.
     std::vector<unsigned> hidden;
     {
         const std::shared_lock lock(sdf::SdfManager::inst().mutex());
@@ -122,13 +123,15 @@ void Scene::loadStandalone()
 
 void Scene::drainLoadTasks()
 {
-    // As with posted tasks: one that throws takes the rest along, and the next load starts anew.
-    std::deque<std::function<void()>> batch;
-    batch.swap(loadTasks);
-    while (!batch.empty()) {
-        batch.front()();
-        batch.front() = nullptr;
-        batch.pop_front();
+    try {
+        while (!loadTasks.empty()) { // which also runs what a load task adds
+            loadTasks.front()();
+            loadTasks.front() = nullptr;
+            loadTasks.pop_front();
+        }
+    } catch (...) {
+        loadTasks.clear(); // as with posted tasks: one that throws takes the rest along, and the next load starts anew
+        throw;
     }
 }
 
@@ -192,6 +195,7 @@ void Scene::addWObj(sdf::SdfNode* workObject)
 
 void Scene::addPointCloud(sdf::SdfNode* cloud)
 {
+    // Not on its owner, where a load hangs it: a scan that comes in by itself lies where it was taken, in the world.
     addRenderTask([cloud] { PointCloudVisual::Build(GetWorldVisual(), cloud); }, 0);
 }
 

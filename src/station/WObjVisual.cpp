@@ -28,6 +28,7 @@ WObjVisual::WObjVisual(Visual* parent, task::WObjDataItem& item)
     anchored = true;
     SceneCore::Get()->visuals.enter(this);
     const std::string label = std::to_string(item.getId());
+    // Not registered: nothing in the model has its id, and who means the user frame names the group.
     userFrame = new FrameVisual(this, sdf::SdfManager::GenerateTransientId(), "uframe" + label, VisualType::UserFrame);
     auto* objectFrame =
         new FrameVisual(userFrame, item.getObjectFrame()->getId(), "oframe" + label, VisualType::ObjectFrame);

@@ -15,6 +15,8 @@ namespace {
 constexpr float radiansPerPixel = 0.004f;
 // A ray whose part along the up axis is smaller than this meets the ground too far away, if at all.
 constexpr double levelView = 0.1;
+// With nothing under the mouse and no ground: an orbit is about a place close by, which stays in the picture; a zoom is to
+// get on, and its steps go with the range. A pan has neither, and takes the origin for a measure.
 constexpr float orbitRangeAhead = 100.0f;
 constexpr float zoomRangeAhead = 5000.0f;
 constexpr float minPanDistance = 10.0f;

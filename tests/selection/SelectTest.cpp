@@ -68,6 +68,26 @@ TEST_F(Select, BeforeTheUpdateTheAnswerIsTheDefault)
     EXPECT_TRUE(isDefault(service.selectPointInCloud(Ray({0, 0, 0}, {0, 0, 1}))));
 }
 
+TEST_F(Select, HierarchyOfAServiceThatBecameDirtyIsNotAsked)
+{
+    visual::SolidVisual* box = addBox(100, {0, 0, 0});
+    addCloud({{0, 0, 0}});
+    service.update();
+    const Ray toCloud({0, -1000, 0}, {0, 1, 0});
+    const Ray toEmptyGround({500, 20, 30}, {0, 0, -1});
+    const auto answers = [&] {
+        return std::vector<Result>{service.select(210, 160), along(5, 10), service.selectPointInCloud(200, 150),
+                                   service.selectPointInCloud(toCloud), service.select(toEmptyGround)};
+    };
+    for (const Result& result : answers())
+        EXPECT_FALSE(isDefault(result));
+
+    service.markDirty(box);
+
+    for (const Result& result : answers())
+        EXPECT_TRUE(isDefault(result));
+}
+
 TEST_F(Select, NearestHitWins)
 {
     visual::SolidVisual* back = addBox(100, {0, 300, 0});

@@ -130,6 +130,21 @@ TEST_F(Sense, AnswerOfADirtyServiceIsNotValid)
     EXPECT_TRUE(service.sense(throughMiddle).valid);
 }
 
+TEST_F(Sense, HierarchyOfAServiceThatBecameDirtyIsNotAsked)
+{
+    visual::SolidVisual* box = addBox(100, {0, 0, 0});
+    service.update();
+    ASSERT_TRUE(service.sense(throughMiddle).hit && service.sense(acrossMiddle).hit);
+
+    service.markDirty(box);
+
+    for (const Result& result : {service.sense(throughMiddle), service.sense(acrossMiddle)}) {
+        EXPECT_FALSE(result.valid);
+        EXPECT_FALSE(result.hit);
+        EXPECT_EQ(result.visual, nullptr);
+    }
+}
+
 TEST_F(Sense, EmptySceneAnswersAValidNothing)
 {
     service.update();

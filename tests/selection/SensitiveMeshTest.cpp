@@ -141,6 +141,9 @@ TEST(SensitiveMesh, PositionGoesThroughThePoseTwice)
     sensitive.intersectRay(result, Ray({2, 2, 110}, {0, 0, -1}));
 
     EXPECT_FLOAT_EQ(result.position.z, 200);
+    sensitive.intersectLine(result, {{2, 2, 110}, {2, 2, 90}});
+    EXPECT_FLOAT_EQ(result.position.z, 200);
+    EXPECT_FLOAT_EQ(result.distance, 0.5f);
 }
 
 TEST(SensitiveMesh, EachTriangleWhoseBoxMeetsTheBoxIsCalledBackOnce)

@@ -3,6 +3,7 @@
 #include "SelectionFixture.h"
 
 #include "platform/broker/SignalBroker.h"
+#include "scene/core/SceneCore.h"
 #include "selection/geometry/Math.h"
 #include "task/RobtargetVisual.h"
 
@@ -416,6 +417,24 @@ TEST_F(VisualSelectionTest, UpdateBuildsWhatIsNewAndRaisesTheSignalOnce)
     box->setPosition(30, 0, 0);
     service.update();
     EXPECT_EQ(raised, 2);
+}
+
+TEST_F(VisualSelectionTest, NeitherTasksNorFramesNorQuestionsBringItUpToDate)
+{
+    SolidVisual* box = addBox(10, {});
+    visual::SceneCore::Get()->visuals.enter(box);
+    makeClean();
+
+    scene.setVisualWorldPose(box, rob::Posef(rob::Posf(50, 0, 0)));
+    drain();
+    EXPECT_TRUE(service.isDirty());
+    render(test::lookingAtOrigin(500));
+    EXPECT_FALSE(along(51, 2).hit || along(1, 2).hit) << "neither where it is nor where it was";
+    EXPECT_FALSE(service.sense(rob::Linef({51, -9, 2}, {51, 9, 2})).valid);
+    EXPECT_TRUE(service.isDirty());
+
+    makeClean();
+    EXPECT_EQ(along(51, 2).visual, box);
 }
 
 TEST_F(VisualSelectionTest, SignalIsRaisedWhenQueriesAnswerAlready)

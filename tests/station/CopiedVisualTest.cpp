@@ -58,11 +58,13 @@ TEST_F(CopiedVisual, ShownAgainItOnlyMoves)
     scene.showCopiedVisual(first->getId(), {});
     drain();
     const Visual* before = copy();
+    copy()->setScale(2, 2, 2); // a new copy may well get the old one's address, but not this
 
     scene.showCopiedVisual(first->getId(), rob::Posef(rob::Posf(4, 5, 6)));
     drain();
 
     EXPECT_EQ(copy(), before);
+    EXPECT_EQ(copy()->getSceneNode()->getScale(), Ogre::Vector3(2, 2, 2));
     EXPECT_EQ(copy()->getWorldPosition(), rob::Posf(4, 5, 6));
 }
 
@@ -82,10 +84,12 @@ TEST_F(CopiedVisual, HiddenItStaysForTheNextTime)
     drain();
     EXPECT_FALSE(scene.isCopiedVisualVisible());
     ASSERT_NE(copy(), nullptr);
+    copy()->setScale(2, 2, 2);
 
     scene.showCopiedVisual(first->getId(), {});
     drain();
     EXPECT_TRUE(scene.isCopiedVisualVisible());
+    EXPECT_EQ(copy()->getSceneNode()->getScale(), Ogre::Vector3(2, 2, 2)) << "the same one";
 }
 
 TEST_F(CopiedVisual, HidingOrDeletingNoneDoesNothing)

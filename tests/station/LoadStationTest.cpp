@@ -8,10 +8,13 @@
 #include "support/TempFolder.h"
 #include "support/ThrowsExactly.h"
 #include "view/Camera.h"
+#include "visual/Edges.h"
 #include "visual/FrameVisual.h"
+#include "visual/ScanClouds.h"
 #include "visual/SolidVisual.h"
 
 #include <BRepBuilderAPI_MakeVertex.hxx>
+#include <BRepBuilderAPI_MakeWire.hxx>
 #include <BRep_Builder.hxx>
 #include <gp_Pnt.hxx>
 
@@ -122,6 +125,20 @@ TEST_F(WholeStation, LoadedASecondTimeStandsBesideTheFirstAndOutlivesIt)
     expectAll();
 }
 
+TEST_F(LoadStation, ControllersTaskFrameHangsOnTheWorldWhateverItsArmHangsOn)
+{
+    const auto carrier = test::makeArm();
+    const auto arm = test::makeArm();
+    arm->setParentId(carrier->getLinks()[1]->getId());
+    Layout::inst().addManipulator(carrier);
+    Layout::inst().addManipulator(arm);
+
+    load();
+
+    EXPECT_EQ(visualOfId(arm->getId())->getParent(), visualOfId(carrier->getLinks()[1]->getId()));
+    EXPECT_EQ(visualOfId(arm->getControllerTaskFrame()->getId())->getParent(), world);
+}
+
 TEST_F(LoadStation, PartOfTheStationItselfHangsOnTheWorld)
 {
     const auto part = test::makePart("part");
@@ -142,9 +159,12 @@ TEST_F(LoadStation, PartThatIsNotStandaloneIsBuiltByItsOwner)
     load();
 
     const unsigned member = assembly->getParts()[0]->getId();
-    EXPECT_EQ(visualOfId(member)->getParent(), visualOfId(assembly->getId()));
+    const Visual* owner = visualOfId(assembly->getId());
+    EXPECT_EQ(visualOfId(member)->getParent(), owner);
     EXPECT_EQ(std::distance(world->getChildren().begin(), world->getChildren().end()), 3)
         << "grid, frame of the world and the assembly: the part was not built a second time";
+    ASSERT_THAT(Layout::inst().parts, testing::SizeIs(1)) << "the station lists it";
+    EXPECT_EQ(std::distance(owner->getChildren().begin(), owner->getChildren().end()), 2) << "its frame and the part";
 }
 
 TEST_F(LoadStation, AssemblyInsideAnotherIsBuiltWithItInOneBatch)
@@ -217,7 +237,7 @@ TEST_F(LoadStation, SavedViewAtTheOriginIsRestoredIfItIsTurned)
 
     load();
 
-    EXPECT_EQ(Camera::Get()->getWorldPosition(), rob::Posf(0, 0, 0));
+    EXPECT_EQ(Camera::Get()->getWorldPose(), rob::Posef({0, 0, 0}, rob::Rotationf(0.5f, 0.5f, 0.5f, 0.5f)));
 }
 
 TEST_F(LoadStation, WithoutSavedViewTheCameraStays)
@@ -248,6 +268,69 @@ TEST_F(LoadStation, AttachmentsCarryAndHiddenObjectsAreHidden)
     EXPECT_TRUE(visualOfId(carried->getId())->isAttached());
     EXPECT_FALSE(visualOfId(hidden->getId())->isVisible());
     EXPECT_TRUE(visualOfId(carrier->getId())->isVisible());
+}
+
+TEST_F(LoadStation, WhatIsHiddenIsReadAtTheCallAndHiddenBehindTheLoad)
+{
+    const auto hidden = test::makePart("hidden");
+    const auto shown = test::makePart("shown");
+    Layout& station = Layout::inst();
+    station.addPart(hidden);
+    station.addPart(shown);
+    station.setHidden(hidden->getId(), true);
+    bool visibleAtTheEndOfTheLoad = false;
+    scene.addLoadTask([&] { visibleAtTheEndOfTheLoad = visualOfId(hidden->getId())->isVisible(); });
+
+    Scene::LoadStation();
+    station.setHidden(hidden->getId(), false);
+    station.setHidden(shown->getId(), true);
+    drain();
+
+    EXPECT_TRUE(visibleAtTheEndOfTheLoad);
+    EXPECT_FALSE(visualOfId(hidden->getId())->isVisible());
+    EXPECT_TRUE(visualOfId(shown->getId())->isVisible());
+}
+
+TEST_F(LoadStation, LoadedCloudHangsOnItsOwnerAndOneThatIsAddedOnTheWorld)
+{
+    const auto owner = test::makePart("owner", {100, 0, 0});
+    const auto cloud = test::addModelCloud({{0, 0, 0}, {1, 0, 0}});
+    cloud->setParentId(owner->getId());
+    Layout::inst().addPart(owner);
+    load();
+    EXPECT_EQ(visualOfId(cloud->getId())->getParent(), visualOfId(owner->getId()));
+
+    scene.removeVisual(cloud->getId());
+    scene.addPointCloud(cloud.get());
+    drain();
+
+    EXPECT_EQ(visualOfId(cloud->getId())->getParent(), world);
+}
+
+TEST_F(LoadStation, LoadTaskThatIsAddedByALoadTaskRunsInTheSameLoad)
+{
+    std::vector<int> ran;
+    scene.addLoadTask([&] {
+        ran.push_back(1);
+        scene.addLoadTask([&] { ran.push_back(3); });
+    });
+    scene.addLoadTask([&] { ran.push_back(2); });
+
+    load();
+
+    EXPECT_THAT(ran, testing::ElementsAre(1, 2, 3));
+}
+
+TEST_F(LoadStation, LoadTaskThatFailsTakesTheRestAlong)
+{
+    int ran = 0;
+    scene.addLoadTask([] { throw std::runtime_error("load task"); });
+    scene.addLoadTask([&] { ++ran; });
+
+    EXPECT_THAT([this] { load(); }, test::throwsExactly<std::runtime_error>("load task"));
+    EXPECT_NO_THROW(load());
+
+    EXPECT_EQ(ran, 0);
 }
 
 TEST_F(LoadStation, LoadTasksRunAtItsVeryEndInTheirOrder)
@@ -303,13 +386,40 @@ TEST_F(LoadStation, FailureOfAnStlFilePassesOut)
 
 TEST_F(LoadStation, BodyOfAWireIsACurveAndOfAVertexAPoint)
 {
-    const auto part = test::makePart("part");
-    part->getBodies()[0]->setShape(BRepBuilderAPI_MakeVertex(gp_Pnt(1, 2, 3)).Shape());
-    Layout::inst().addPart(part);
+    const TopoDS_Edge edge = test::straightEdge({0, 0, 0}, {10, 0, 0});
+    const std::pair<TopoDS_Shape, VisualType> expected[] = {
+        {BRepBuilderAPI_MakeVertex(gp_Pnt(1, 2, 3)).Shape(), VisualType::Point},
+        {edge, VisualType::Curve},
+        {BRepBuilderAPI_MakeWire(edge).Shape(), VisualType::Curve},
+        {test::meshedBox(1, 2, 3), VisualType::Solid}};
+    for (const auto& [shape, type] : expected) {
+        const auto part = test::makePart("part");
+        part->getBodies()[0]->setShape(shape);
+        scene.addPart(part.get());
+
+        drain();
+
+        Visual* body = visualOfId(part->getBodies()[0]->getId());
+        ASSERT_NE(body, nullptr);
+        EXPECT_EQ(body->getType(), type);
+    }
+}
+
+TEST_F(LoadStation, LoadedFrameHangsOnItsOwnerOrElseOnTheWorld)
+{
+    const auto owner = test::makePart("owner", {100, 0, 0});
+    const auto onOwner = std::make_shared<layout::Frame>(test::newId(), "on the owner");
+    onOwner->setParentId(owner->getId());
+    const auto onNobody = std::make_shared<layout::Frame>(test::newId(), "on nobody");
+    onNobody->setParentId(4711);
+    Layout::inst().addPart(owner);
+    Layout::inst().addFrame(onOwner);
+    Layout::inst().addFrame(onNobody);
 
     load();
 
-    EXPECT_EQ(visualOfId(part->getBodies()[0]->getId())->getType(), VisualType::Point);
+    EXPECT_EQ(visualOfId(onOwner->getId())->getParent(), visualOfId(owner->getId()));
+    EXPECT_EQ(visualOfId(onNobody->getId())->getParent(), world);
 }
 
 TEST_F(LoadStation, AddedBodyHangsOnItsPart)
@@ -390,7 +500,7 @@ TEST_F(LoadStation, DeviceFrameOfAnUnknownOwnerFails)
     device->getFrames()[0]->setParentId(4711);
     scene.addMechanism(device.get(), true);
 
-    EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::out_of_range>(StrEq(unknownKey)));
+    EXPECT_THAT([this] { drain(); }, test::throwsExactly<std::out_of_range>(unknownKey));
     EXPECT_FALSE(Scene::HasVisual(device->getFrames()[0]->getId()));
 }
 
@@ -419,6 +529,19 @@ TEST_F(LoadStation, ComponentsBuildTheirVisualsThemselves)
     ASSERT_NE(seen->built, nullptr);
     EXPECT_EQ(seen->built->getParent(), world);
     EXPECT_EQ(unseen->built, nullptr);
+}
+
+TEST_F(LoadStation, ComponentInsideAnotherIsLeftToThatOne)
+{
+    const auto outer = std::make_shared<MarkerComponent>(test::newId(), true);
+    const auto inner = std::make_shared<MarkerComponent>(test::newId(), true);
+    outer->addComponent(inner);
+    Layout::inst().addSmartComponent(outer);
+
+    load();
+
+    EXPECT_NE(outer->built, nullptr);
+    EXPECT_EQ(inner->built, nullptr);
 }
 
 TEST_F(LoadStation, ComponentWithoutVisualIsPassedOver)

@@ -160,6 +160,18 @@ TEST_F(StationVisuals, MemberHangsWhereItsOwnParentIdSays)
         EXPECT_EQ(Scene::GetVisual(part->getId())->getParent(), parent);
 }
 
+TEST_F(StationVisuals, PartSelectedInASelectedAssemblyKeepsItsFrameHidden)
+{
+    const auto assembly = addAssembly(2);
+
+    scene.setVisualsSelected({assembly->getId(), assembly->getParts()[0]->getId()});
+    drain();
+
+    EXPECT_THAT(scene.getSelectedVisuals(), testing::SizeIs(2));
+    EXPECT_EQ(materialOf(memberPart(*assembly, 0)), "BodySelected");
+    EXPECT_FALSE(partVisual(*assembly->getParts()[0]).getLocalFrame()->isVisible());
+}
+
 TEST_F(StationVisuals, PartSelectedInsideAnAssemblyShowsItsFrame)
 {
     const auto assembly = addAssembly(2);
@@ -230,9 +242,41 @@ TEST_F(StationVisuals, PlainChildrenOfAMechanismAreBareVisuals)
     EXPECT_EQ(visual->getParent(), Scene::GetVisual(device->getId()));
 }
 
+TEST_F(StationVisuals, MechanismShowsItsBaseFrameAlsoInsideWhatIsSelected)
+{
+    const auto owner = addPart("owner");
+    const auto tool = test::makeTool();
+    tool->setParentId(owner->getId());
+    scene.addMechanism(tool.get(), true);
+    const auto isFrameShown = [&] {
+        drain();
+        return dynamic_cast<MechanismVisual&>(*Scene::GetVisual(tool->getId())).getBaseFrame()->isVisible();
+    };
+    EXPECT_FALSE(isFrameShown());
+
+    scene.setVisualsSelected({owner->getId(), tool->getId()});
+
+    EXPECT_TRUE(isFrameShown());
+}
+
+TEST_F(StationVisuals, HighlightOfAMechanismDoesNotPassOverWhatIsSelectedOfIt)
+{
+    const auto tool = test::makeTool();
+    scene.addMechanism(tool.get(), true);
+    scene.setVisualSelected(tool->getFrames()[0]->getId());
+    drain();
+    const auto& frame = dynamic_cast<FrameVisual&>(*Scene::GetVisual(tool->getFrames()[0]->getId()));
+    EXPECT_EQ(frame.getLines().front()->getMaterial()->getName(), "RedFrameLineSelected");
+
+    Scene::GetVisual(tool->getId())->setHighlighted();
+
+    EXPECT_EQ(frame.getLines().front()->getMaterial()->getName(), "WhiteFrameLine");
+}
+
 TEST_F(StationVisuals, MechanismWithoutChildrenHasBareLinks)
 {
     const auto tool = test::makeTool();
+    Layout::inst().addTool(tool); // the links' parts are known to the model
     scene.addMechanism(tool.get(), false);
     drain();
 
@@ -384,6 +428,7 @@ TEST_F(Programs, LooksOfAWorkObjectAreThoseOfItsFrames)
     };
     scene.addWObj(workObject.get());
     drain();
+    EXPECT_THAT(materialsOfX(), testing::Each(StrEq("RedFrameLine")));
 
     scene.setVisualHighlighted(workObject->getId());
     drain();
@@ -607,6 +652,18 @@ TEST_F(TcpTrace, OneThatDiedWithItsParentIsForgotten)
 
     const std::vector<Visual*> left(world->getChildren().begin(), world->getChildren().end());
     EXPECT_THAT(left, testing::Contains(next));
+}
+
+TEST_F(TcpTrace, OneThatWasNotHandedOverStaysWhenTheTraceIsCleared)
+{
+    auto* trace = new TcpTraceVisual(world);
+    trace->addColorPoint({-50, 0, 0}, {1, 0, 0});
+
+    scene.clearTcpTrace();
+    drain();
+
+    EXPECT_EQ(trace->getParent(), world);
+    EXPECT_FALSE(traceOf(*trace).getSections().empty());
 }
 
 TEST_F(TcpTrace, OneThatWasHandedOverIsDeletedByAPost)

@@ -83,6 +83,22 @@ TEST_F(CameraTest, OnlyThePerspectiveProjectionIsKnown)
     EXPECT_EQ(camera.ogreCamera()->getProjectionType(), Ogre::PT_PERSPECTIVE);
 }
 
+TEST_F(CameraTest, UprightAxisStaysUprightWhenTheCameraTurns)
+{
+    const auto rightAfterTurning = [this] {
+        camera.getSceneNode()->setDirection(Ogre::Vector3(1, 2, 3), Ogre::Node::TS_WORLD);
+        return camera.getWorldRotation() * rob::Dirf(1, 0, 0);
+    };
+    for (int axis = 0; axis < 3; ++axis) {
+        camera.setVerticleDir(axis);
+        EXPECT_NEAR(rob::Vec3f(rightAfterTurning())[static_cast<unsigned>(axis)], 0, 1e-5) << axis;
+    }
+
+    camera.setVerticleDir(3); // no axis: the last one stays
+    camera.setVerticleDir(-1);
+    EXPECT_NEAR(rightAfterTurning().z, 0, 1e-5);
+}
+
 TEST_F(CameraTest, ClipDistancesReachOgre)
 {
     camera.setClipDist(2, 500);

@@ -405,6 +405,18 @@ TEST_F(OrbitViewControllerTest, ZoomToACloudPointStopsAtTheLeastDistance)
     EXPECT_NEAR(distanceTo(controller.getFocalPoint()), zoomMinDistance, 0.01f) << "a cloud is no surface";
 }
 
+TEST_F(OrbitViewControllerTest, ZoomOverEmptyGroundStopsAtTheLeastDistance)
+{
+    look({0, 0, 11}, {0, 0, -1});
+
+    controller.zoom(middleX, middleY, 0, 1);
+    EXPECT_TRUE(isNearPoint(controller.getFocalPoint(), {0, 0, 0}, 0.01f));
+    EXPECT_NEAR(camera.getWorldPosition().z, zoomMinDistance, 0.01f);
+
+    controller.zoom(middleX, middleY, 0, 1);
+    EXPECT_NEAR(camera.getWorldPosition().z, zoomMinDistance, 0.01f) << "and stays there";
+}
+
 TEST_F(OrbitViewControllerTest, ZoomFromTheFocalPointItselfFailsAndMovesNothing)
 {
     look({0, 0, 100}, {0, 1, 0});
@@ -415,6 +427,31 @@ TEST_F(OrbitViewControllerTest, ZoomFromTheFocalPointItselfFailsAndMovesNothing)
                     ThrowsMessage<std::overflow_error>(StrEq("0-length vector cannot be normalized.")));
 
     EXPECT_EQ(camera.getWorldPosition(), rob::Posf(0, 0, 100));
+}
+
+// Settings
+
+TEST_F(OrbitViewControllerTest, ReservedOrbitSettingChangesNoGesture)
+{
+    SceneSettings& settings = SceneCore::Get()->settings;
+    const auto poseAfterGestures = [this](OrbitViewController& by) {
+        look({0, -300, 400}, {0, 1, -1});
+        by.startRotating(90, 220);
+        by.rotateScene(13, -7);
+        by.translateScene(120, 60, 40, 17);
+        by.zoom(middleX, middleY, 0, 1);
+        by.zoom(middleX, middleY, 0, -1);
+        return camera.getWorldPose();
+    };
+    const rob::Posef expected = poseAfterGestures(controller);
+    const float before = settings.orbitReserved;
+
+    for (const float reserved : {-7.0f, 0.5f, 12345.0f}) {
+        settings.orbitReserved = reserved;
+        OrbitViewController other(&camera, "other");
+        EXPECT_EQ(poseAfterGestures(other), expected) << reserved;
+    }
+    settings.orbitReserved = before;
 }
 
 // Without a view

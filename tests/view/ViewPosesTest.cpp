@@ -185,6 +185,84 @@ TEST_F(ViewPoses, HiddenBodyIsBroughtIntoViewAllTheSame)
     expectAt(scene.getVisualFocusPose(hidden->getId()), 1050, 50, 50 + fitDistance(50 * sqrt3));
 }
 
+struct KindCase {
+    const char* name;
+    VisualType type;
+    bool counts;
+};
+
+const auto nameOfKind = [](const auto& info) { return std::string(info.param.name); };
+
+class SceneKind : public ViewPoses, public testing::WithParamInterface<KindCase> {};
+
+TEST_P(SceneKind, IsFittedOrPassedOver)
+{
+    SolidVisual* body = addBox(400, {-200, -200, -200});
+    body->setType(GetParam().type);
+
+    const rob::Posef pose = scene.getViewAllPose();
+    body->setType(VisualType::Solid);
+
+    expectAt(pose, 0, 0, fitDistance((GetParam().counts ? 200 : 100) * sqrt3));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, SceneKind,
+    testing::Values(KindCase{"Solid", VisualType::Solid, true}, KindCase{"Mesh", VisualType::Mesh, true},
+                    KindCase{"Curve", VisualType::Curve, false}, KindCase{"Point", VisualType::Point, false},
+                    KindCase{"PointCloud", VisualType::PointCloud, false}, KindCase{"Frame", VisualType::Frame, false}),
+    nameOfKind);
+
+class FocusKind : public ViewPoses, public testing::WithParamInterface<KindCase> {};
+
+TEST_P(FocusKind, CountsBelowAnAssemblyOrIsPassedOver)
+{
+    auto* assembly = new Visual(world);
+    assembly->setType(VisualType::Assembly);
+    SceneCore::Get()->visuals.enter(assembly);
+    SolidVisual* body = addBox(100, {1000, 0, 0}, new Visual(assembly));
+    body->setType(GetParam().type);
+
+    const rob::Posef pose = scene.getVisualFocusPose(assembly->getId());
+    body->setType(VisualType::Solid);
+
+    if (GetParam().counts)
+        expectAt(pose, 1050, 50, 50 + fitDistance(50 * sqrt3));
+    else
+        EXPECT_EQ(pose, camera.getWorldPose());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, FocusKind,
+    testing::Values(KindCase{"Solid", VisualType::Solid, true}, KindCase{"Curve", VisualType::Curve, true},
+                    KindCase{"Mesh", VisualType::Mesh, true}, KindCase{"Point", VisualType::Point, true},
+                    KindCase{"PointCloud", VisualType::PointCloud, false}, KindCase{"Frame", VisualType::Frame, false},
+                    KindCase{"RobotTarget", VisualType::Robtarget, false}),
+    nameOfKind);
+
+class SmallThing : public ViewPoses, public testing::WithParamInterface<KindCase> {};
+
+TEST_P(SmallThing, IsLeftAtTwiceTheDistanceAndAnythingElseFillsTheView)
+{
+    auto* thing = new Visual(world);
+    thing->setType(GetParam().type);
+    SceneCore::Get()->visuals.enter(thing);
+    addBox(100, {0, 0, 0}, thing); // gives its node a box
+
+    const rob::Posef pose = scene.getVisualFocusPose(thing->getId());
+
+    expectAt(pose, 50, 50, 50 + fitDistance(50 * sqrt3, GetParam().counts ? 0.5f : 1.0f));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, SmallThing,
+    testing::Values(KindCase{"PointCloud", VisualType::PointCloud, true}, KindCase{"Point", VisualType::Point, true},
+                    KindCase{"Frame", VisualType::Frame, true}, KindCase{"Tcp", VisualType::Tcp, true},
+                    KindCase{"WorkObject", VisualType::WObj, true},
+                    KindCase{"RobotTarget", VisualType::Robtarget, false}, KindCase{"Part", VisualType::Part, false},
+                    KindCase{"Manipulator", VisualType::Manipulator, false}),
+    nameOfKind);
+
 TEST_F(ViewPoses, FocusOnNothingVisibleIsThePresentPose)
 {
     auto* assembly = new Visual(world);

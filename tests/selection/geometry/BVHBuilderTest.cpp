@@ -231,6 +231,20 @@ TEST(BVHBuilder, BoxesTooLargeToMeasureStillSplit)
     EXPECT_EQ(numbersBelow(root.right).size(), 5u);
 }
 
+TEST(BVHBuilder, EmptyBinsOnOneSideMakeNoPlaneCheaper)
+{
+    // Corners whose sum is not finite: all centres fall into the first bin, and nothing lies on the right of any plane.
+    // None costs less than the first, below which no centre is, so that one primitive is peeled off.
+    PrimitiveContainer container;
+    for (const float x : {-3e38f, 0.0f, 1e38f, 2e38f, 3e38f})
+        add(container, Box(x, 0, 0, x, 0, 0));
+    build(container);
+
+    const BVHInnerNode& root = inner(container.bvh.root);
+    EXPECT_THAT(numbersBelow(root.left), ElementsAre(0));
+    EXPECT_THAT(numbersBelow(root.right), ElementsAre(1, 2, 3, 4));
+}
+
 TEST(BVHBuilder, CentreThatIsNoNumberStillSplits)
 {
     // The corners are finite, their sum is not.
