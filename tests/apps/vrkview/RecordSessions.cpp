@@ -17,23 +17,15 @@ namespace vrkview::test {
 namespace {
 
 /// Makes the recordings that PlayedSessions plays, each with the hand of a user on a window of its own process:
-/// VRK_RENEW_SESSIONS=1 viewer_window_tests --gtest_filter=RecordSessions.<one of them>
+/// viewer_record_sessions --gtest_filter=RecordSessions.<one of them>
 class RecordSessions : public MouseFixture {
 protected:
     void SetUp() override
     {
-        if (!qEnvironmentVariableIsSet("VRK_RENEW_SESSIONS"))
-            GTEST_SKIP() << "the recordings stay as they are";
-        WindowFixture::SetUpTestSuite();
         window().resize(1100, 760);
         MouseFixture::SetUp();
         leaveView();
         settle();
-    }
-    void TearDown() override
-    {
-        if (recorder)
-            MouseFixture::TearDown();
     }
     static std::filesystem::path folder() { return VRK_SESSIONS; }
     void record(const char* name)
