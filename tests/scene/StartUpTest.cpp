@@ -1,4 +1,5 @@
 #include "platform/broker/SignalBroker.h"
+#include "platform/common/ResourcePath.h"
 #include "scene/Init.h"
 #include "scene/core/UpAxis.h"
 #include "selection/ViewPixels.h"
@@ -341,6 +342,23 @@ TEST(StartUpDeathTest, AsksForAFrameWhenTheAmbientLightIsSetAndTheWorldHasItsFra
             std::_Exit(testing::Test::HasFailure() ? 1 : 0); // OGRE is never shut down
         },
         testing::ExitedWithCode(0), "");
+}
+
+TEST(StartUpDeathTest, MissingResourcesAreTheCallersMatter)
+{
+    // There is a renderer and a window then, but nothing to draw with.
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_EXIT(
+        {
+            common::SetResourcePath("/no such folder/resources.zip");
+            try {
+                Init(64, 64, test::testSettings());
+            } catch (const Ogre::Exception& failure) {
+                std::cerr << failure.what() << std::endl;
+                std::_Exit(0); // OGRE is never shut down
+            }
+        },
+        testing::ExitedWithCode(0), "DefaultVertex");
 }
 
 TEST(StartUpDeathTest, SceneThatIsDestroyedLeavesTheVisualsAlone)
