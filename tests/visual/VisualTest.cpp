@@ -601,11 +601,15 @@ TEST_F(VisualTest, WorkObjectsAndDevicesAreNotCopied)
 TEST_F(VisualTest, CopyBearsTheIdAndPoseAndHangsOnTheWorld)
 {
     auto* holder = new Visual(world);
+    holder->setPose({{100, 0, 0}, rob::Rotationf(0, 1, 0, 0)}); // the pose of the copy is the local one
     auto* part = new Visual(holder);
     part->setType(VisualType::Part);
-    part->setPosition(1, 2, 3);
+    part->setPose({{1, 2, 3}, rob::Rotationf(0, 0, 1, 0)});
+    part->setVisible(false, false);
     auto* inner = new Visual(part);
     inner->setType(VisualType::Assembly);
+    auto* innermost = new Visual(inner);
+    innermost->setType(VisualType::Part);
     auto* left = new Visual(part); // of a kind that is not copied
     left->setType(VisualType::WObj);
 
@@ -619,10 +623,15 @@ TEST_F(VisualTest, CopyBearsTheIdAndPoseAndHangsOnTheWorld)
     EXPECT_TRUE(copy->isCopied());
     ASSERT_EQ(childrenOf(*copy).size(), 1u);
     EXPECT_EQ(childrenOf(*copy).front()->getId(), inner->getId());
+    EXPECT_TRUE(copy->isVisible()) << "whatever its source is";
     EXPECT_FALSE(Scene::HasVisual(copy->getId())) << "a copy stands in no registry";
+    const std::vector<Visual*> deepest = childrenOf(*childrenOf(*copy).front());
+    ASSERT_EQ(deepest.size(), 1u);
+    const std::string deepestName = deepest.front()->getName();
 
     copy->clearCopiedChildren();
     EXPECT_TRUE(childrenOf(*copy).empty());
+    EXPECT_FALSE(sceneManager->hasSceneNode(deepestName)) << "the copies below the copies too";
     delete copy;
 }
 
