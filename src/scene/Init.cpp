@@ -77,7 +77,6 @@ void loadResources(RootOwner& owned)
 {
     Ogre::TextureManager::getSingleton().setDefaultNumMipmaps(5);
     Ogre::ResourceGroupManager::getSingleton().initialiseAllResourceGroups();
-    giveDefaultMaterialsPrograms();
     testCapabilities(owned);
     owned.initialised = true;
     owned.frameTimer = std::make_unique<FrameTimer>();
@@ -115,6 +114,8 @@ void Init(int width, int height, const SceneSettings& settings)
         AppLogger::inst()->error(fmt::format("{}", failure.getFullDescription()));
         std::abort();
     }
+    // From here on a failure is the caller's: resources that are missing, for one.
+    giveDefaultMaterialsPrograms();
     // The scene draws with meshes that must stand before it.
     MeshManager::Init();
     Scene::Init(settings);

@@ -323,6 +323,20 @@ TEST_F(EnvironmentDisplayMode, ReachesWhatLiesBelowAHiddenVisual)
     EXPECT_TRUE(wires->isVisible());
 }
 
+TEST_F(EnvironmentDisplayMode, LeavesWhatElseLiesUnderASolidAsItIs)
+{
+    auto* edge = new Visual(solid);
+    edge->setType(VisualType::GeneratedEdge);
+    auto* hidden = new Visual(solid);
+    hidden->setVisible(false, false);
+
+    show(Scene::DisplayMode::Edges);
+    EXPECT_TRUE(edge->isVisible());
+
+    show(Scene::DisplayMode::Shaded);
+    EXPECT_FALSE(hidden->isVisible());
+}
+
 TEST_F(EnvironmentDisplayMode, IsNotToldToPicking)
 {
     const auto body = test::addModelBody(test::meshedBox(10, 10, 10), "display-mode");

@@ -76,6 +76,14 @@ TEST_F(ResourceArchiveTest, EntryNamedLikeTheFolderWithoutSlashIsNotSeen)
     EXPECT_THAT(*materials.find("*"), IsEmpty());
 }
 
+TEST_F(ResourceArchiveTest, LocationWithoutFolderSeesTheWholeZip)
+{
+    writeZip(zip, {{"loose.material", "a"}, {"material/a.material", "b"}});
+    const KelvaneResourceArchive all("resource://", "KelvaneResource");
+
+    EXPECT_THAT(*all.find("*"), UnorderedElementsAre("resource://loose.material", "resource://material/a.material"));
+}
+
 TEST_F(ResourceArchiveTest, FindTellsCaseApart)
 {
     writeZip(zip, {{"material/A.Material", "a"}});
@@ -117,6 +125,17 @@ TEST_F(ResourceArchiveTest, OpenedStreamIsNamedByItsUri)
     writeZip(zip, {{"material/a.material", "content"}});
 
     EXPECT_EQ(materials.open("a.material")->getName(), "resource://material/a.material");
+}
+
+TEST_F(ResourceArchiveTest, OpenedStreamIsReadOnlyWhateverIsAskedFor)
+{
+    writeZip(zip, {{"material/a.material", "content"}});
+
+    for (const bool readOnly : {true, false}) {
+        const Ogre::DataStreamPtr stream = materials.open("a.material", readOnly);
+        EXPECT_FALSE(stream->isWriteable());
+        EXPECT_EQ(stream->size(), 7u);
+    }
 }
 
 TEST_F(ResourceArchiveTest, OpeningAnAbsentEntryNamesIt)

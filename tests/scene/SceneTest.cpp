@@ -257,12 +257,31 @@ TEST_F(SceneTest, GroupIsHiddenThroughItsMembers)
     bool isModelFree = true; // a thread must not take the lock twice
     const boost::signals2::scoped_connection posts =
         broker::SignalBroker::onUpdateScene([&] { isModelFree = isModelFree && test::isModelFree(); });
+    const CountedUpdates updates;
 
     scene.setVisualVisible(500, false);
+    EXPECT_EQ(updates.count, 2) << "the selection's end and the member; nothing for the group itself";
     drain();
 
     EXPECT_FALSE(Scene::GetVisual(body->getId())->isVisible());
     EXPECT_TRUE(isModelFree) << "the members are visited without the lock";
+}
+
+TEST_F(SceneTest, ShowingOrHidingAGroupEndsTheSelection)
+{
+    const auto body = test::addModelBody(test::meshedBox(10, 10, 10), "deselected");
+    SolidVisual::Build(world, body.get(), body->getShape());
+    auto* solid = static_cast<SolidVisual*>(Scene::GetVisual(body->getId()));
+    sdf::SdfManager::inst().add(std::make_shared<Group>(501));
+    scene.setVisualSelected(solid);
+    drain();
+    scene.selectBaseFace(solid->getId(), 1);
+
+    scene.setVisualVisible(501, true);
+    EXPECT_FALSE(scene.faceIsSelected(solid, 1));
+    drain();
+
+    EXPECT_THAT(scene.getSelectedVisuals(), testing::IsEmpty());
 }
 
 TEST_F(SceneTest, PostsFromManyThreadsAllRun)

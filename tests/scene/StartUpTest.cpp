@@ -1,15 +1,19 @@
 #include "platform/broker/SignalBroker.h"
+#include "platform/common/ResourcePath.h"
 #include "scene/Init.h"
 #include "scene/core/UpAxis.h"
 #include "selection/ViewPixels.h"
 #include "selection/VisualSelection.h"
 #include "support/SceneFixture.h"
 #include "view/Camera.h"
+#include "visual/Visual.h"
 
 #include <Ogre.h>
 
+#include <chrono>
 #include <filesystem>
 #include <iostream>
+#include <thread>
 
 namespace vrk::visual {
 namespace {
@@ -139,11 +143,68 @@ TEST_F(StartUp, EachFrameTicksOnce)
     const boost::signals2::scoped_connection connection =
         broker::SignalBroker::onFrameTicked([&ticks](double milliseconds) { ticks.push_back(milliseconds); });
 
-    Ogre::Root::getSingleton().renderOneFrame();
+    EXPECT_TRUE(Ogre::Root::getSingleton().renderOneFrame()) << "the timer lets the frames go on";
 
     ASSERT_EQ(ticks.size(), 1u);
     EXPECT_GT(ticks.front(), 0.0);
     EXPECT_LT(ticks.front(), 10'000.0);
+}
+
+/// Makes each frame long.
+class SlowFrames : public Ogre::FrameListener {
+public:
+    SlowFrames() { Ogre::Root::getSingleton().addFrameListener(this); }
+    ~SlowFrames() override { Ogre::Root::getSingleton().removeFrameListener(this); }
+    bool frameRenderingQueued(const Ogre::FrameEvent&) override
+    {
+        std::this_thread::sleep_for(std::chrono::milliseconds(30));
+        return true;
+    }
+};
+
+TEST_F(StartUp, TickTellsTheMillisecondsOfTheFrameThatEnded)
+{
+    using Milliseconds = std::chrono::duration<double, std::milli>;
+    double tick = 0;
+    const boost::signals2::scoped_connection connection =
+        broker::SignalBroker::onFrameTicked([&tick](double milliseconds) { tick = milliseconds; });
+    const SlowFrames slow;
+    std::this_thread::sleep_for(std::chrono::milliseconds(40)); // what passes between two frames does not count
+
+    const auto before = std::chrono::steady_clock::now();
+    Ogre::Root::getSingleton().renderOneFrame();
+    const double whole = Milliseconds(std::chrono::steady_clock::now() - before).count();
+
+    EXPECT_GE(tick, 30.0);
+    EXPECT_LE(tick, whole);
+}
+
+TEST_F(StartUp, OgreStandsAsItWasToldTo)
+{
+    Ogre::Root& root = Ogre::Root::getSingleton();
+    EXPECT_EQ(root.getRenderSystem()->getName(), "OpenGL 3+ Rendering Subsystem");
+    EXPECT_EQ(Ogre::LogManager::getSingleton().getDefaultLog()->getName(),
+              (std::filesystem::temp_directory_path() / "Ogre.log").string());
+    EXPECT_EQ(Ogre::TextureManager::getSingleton().getDefaultNumMipmaps(), 5u);
+    EXPECT_EQ(root.getSceneManager("VRK_SceneManager"), sceneManager);
+
+    const auto* window = dynamic_cast<Ogre::RenderWindow*>(root.getRenderTarget("ogrewindow"));
+    ASSERT_NE(window, nullptr);
+    EXPECT_EQ(window->getWidth(), 64u);
+    EXPECT_EQ(window->getHeight(), 64u);
+    EXPECT_FALSE(window->isFullScreen());
+}
+
+TEST_F(StartUp, ResourcesAreTwoLocationsInTheGeneralGroup)
+{
+    const auto& groups = Ogre::ResourceGroupManager::getSingleton();
+
+    for (const char* location : {"resource://material", "resource://program"}) {
+        EXPECT_TRUE(groups.resourceLocationExists(location, "General")) << location;
+        const Ogre::Archive* archive = Ogre::ArchiveManager::getSingleton().load(location, "KelvaneResource", true);
+        EXPECT_TRUE(archive->isReadOnly()) << location;
+        EXPECT_EQ(archive->getType(), "KelvaneResource");
+    }
 }
 
 TEST_F(StartUp, DefaultMaterialsAreDrawable)
@@ -215,6 +276,109 @@ TEST(StartUpDeathTest, AMissingTemporaryFolderFailsAheadOfOgreAndIsTheCallersMat
             }
         },
         testing::ExitedWithCode(0), "filesystem error: temp_directory_path: ");
+}
+
+/// Where the lights look after a start with this axis up: `d` of each light as its permutation.
+struct UpCase {
+    const char* name;
+    int gridNormalDir;
+    Ogre::Vector3 (*turned)(const Ogre::Vector3& d);
+    Ogre::Quaternion gridTurn;
+};
+
+class StartUpWithAxisDeathTest : public testing::TestWithParam<UpCase> {
+protected:
+    /// Starts the library in this process, which must be one of the test's own, and ends it.
+    [[noreturn]] static void start(const UpCase& c)
+    {
+        SceneSettings settings = test::testSettings();
+        settings.gridNormalDir = c.gridNormalDir;
+        EXPECT_EQ(Scene::Get(), nullptr);
+        Init(64, 64, settings);
+
+        const Ogre::SceneManager& manager = *Scene::GetSceneManager();
+        const Ogre::Vector3 told[] = {{-1.5f, 0, 0.3f}, {0.5f, -1, 1}, {2, 1, 1.75f}, {0, 0, -1}};
+        for (int i = 0; i < 4; ++i) {
+            const Ogre::Vector3 expected = c.turned(told[i]).normalisedCopy();
+            const Ogre::Vector3 direction = manager.getLight("light" + std::to_string(i + 1))->getDerivedDirection();
+            EXPECT_TRUE(direction.positionEquals(expected, 1e-5f)) << i << ": " << direction;
+        }
+        const auto* lines = manager.getManualObject("Grid");
+        EXPECT_EQ(lines->getParentSceneNode()->getOrientation(), c.gridTurn);
+        std::_Exit(HasFailure() ? 1 : 0); // OGRE is never shut down
+    }
+};
+
+TEST_P(StartUpWithAxisDeathTest, TurnsLightsAndGrid)
+{
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_EXIT(start(GetParam()), testing::ExitedWithCode(0), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, StartUpWithAxisDeathTest,
+    testing::Values(
+        UpCase{"X", 0, [](const Ogre::Vector3& d) { return Ogre::Vector3(d.z, d.x, d.y); }, {0.5f, 0.5f, 0.5f, 0.5f}},
+        UpCase{"Y", 1, [](const Ogre::Vector3& d) { return Ogre::Vector3(d.y, d.z, d.x); }, {-0.5f, 0.5f, 0.5f, 0.5f}},
+        UpCase{"Three", 3, [](const Ogre::Vector3& d) { return d; }, Ogre::Quaternion::IDENTITY},
+        UpCase{"MinusOne", -1, [](const Ogre::Vector3& d) { return d; }, Ogre::Quaternion::IDENTITY}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST(StartUpDeathTest, AsksForAFrameWhenTheAmbientLightIsSetAndTheWorldHasItsFrame)
+{
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_EXIT(
+        {
+            int frames = 0;
+            broker::SignalBroker::onUpdateScene([&frames] {
+                const Ogre::SceneManager& manager = *Scene::GetSceneManager();
+                EXPECT_EQ(manager.getAmbientLight(), Ogre::ColourValue(0.3f, 0.3f, 0.3f, 1));
+                EXPECT_TRUE(Scene::HasVisual((*Scene::GetWorldVisual()->getChildren().begin())->getId()));
+                EXPECT_FALSE(manager.hasLight("light1"));
+                ++frames;
+            });
+            Init(64, 64, test::testSettings());
+            EXPECT_EQ(frames, 1);
+            std::_Exit(testing::Test::HasFailure() ? 1 : 0); // OGRE is never shut down
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+TEST(StartUpDeathTest, MissingResourcesAreTheCallersMatter)
+{
+    // There is a renderer and a window then, but nothing to draw with.
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_EXIT(
+        {
+            common::SetResourcePath("/no such folder/resources.zip");
+            try {
+                Init(64, 64, test::testSettings());
+            } catch (const Ogre::Exception& failure) {
+                std::cerr << failure.what() << std::endl;
+                std::_Exit(0); // OGRE is never shut down
+            }
+        },
+        testing::ExitedWithCode(0), "DefaultVertex");
+}
+
+TEST(StartUpDeathTest, SceneThatIsDestroyedLeavesTheVisualsAlone)
+{
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_EXIT(
+        {
+            Init(64, 64, test::testSettings());
+            auto* visual = new Visual(88, "left alone", Scene::GetWorldVisual());
+            const Ogre::SceneManager& manager = *Scene::GetSceneManager();
+
+            delete Scene::Get();
+
+            EXPECT_EQ(Scene::Get(), nullptr);
+            EXPECT_EQ(visual->getName(), "left alone");
+            EXPECT_TRUE(manager.hasSceneNode("left alone"));
+            EXPECT_FALSE(manager.hasManualObject("Grid"));
+            std::_Exit(testing::Test::HasFailure() ? 1 : 0); // OGRE is never shut down
+        },
+        testing::ExitedWithCode(0), "");
 }
 
 TEST(StartUpDeathTest, OgreWritesNothingOnStandardOutput)

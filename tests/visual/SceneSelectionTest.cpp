@@ -1,5 +1,8 @@
 #include "platform/broker/SignalBroker.h"
 #include "platform/layout/Body.h"
+#include "platform/sdf/SdfManager.h"
+#include "platform/task/DataItem.h"
+#include "platform/task/Task.h"
 #include "scene/Scene.h"
 #include "scene/core/SceneCore.h"
 #include "support/SceneFixture.h"
@@ -197,6 +200,58 @@ TEST_F(SceneSelection, VisualIsSelectedThroughAnyOfItsAncestors)
     EXPECT_TRUE(scene.isSelected(part));
     EXPECT_TRUE(scene.isSelected(assembly));
     EXPECT_FALSE(scene.isSelected(sibling));
+}
+
+TEST_F(SceneSelection, TaskStandsForPathsToolsWorkObjectsAndJointTargetsAndAtLastForItsRobot)
+{
+    // Ids in another order than that of the selection.
+    const auto program = std::make_shared<task::Task>(900, "program");
+    program->addDataItem(std::make_shared<task::JointTargetDataItem>(901, "joints"));
+    program->addDataItem(std::make_shared<task::WObjDataItem>(902, "work object", 950));
+    program->addDataItem(std::make_shared<task::ToolDataItem>(903, "tool"));
+    program->addDataItem(std::make_shared<task::ToolDataItem>(904, "second tool"));
+    program->addPath(905);
+    program->addPath(906);
+    program->setManipulatorId(907);
+    sdf::SdfManager::inst().add(program);
+    for (const unsigned id : {901u, 902u, 903u, 904u, 905u, 907u}) // the second path has none
+        SceneCore::Get()->visuals.enter(new Visual(id, world));
+
+    scene.setVisualSelected(900u);
+    drain();
+
+    EXPECT_THAT(scene.getSelectedVisuals(), ElementsAre(905, 903, 904, 902, 901, 907));
+}
+
+TEST_F(SceneSelection, TaskWhoseRobotHasNoVisualGoesOnWithWhatThatStandsFor)
+{
+    const auto program = std::make_shared<task::Task>(900, "program");
+    const auto gathers = std::make_shared<task::Operation>(910, "gathers");
+    program->setManipulatorId(910);
+    gathers->addMember(911);
+    sdf::SdfManager::inst().add(program);
+    sdf::SdfManager::inst().add(gathers);
+    sdf::SdfManager::inst().add(std::make_shared<sdf::SdfNode>(sdf::ModelType::Part, 911, "part"));
+    SceneCore::Get()->visuals.enter(new Visual(911, world));
+
+    scene.setVisualSelected(900u);
+    drain();
+
+    EXPECT_THAT(scene.getSelectedVisuals(), ElementsAre(911));
+}
+
+TEST_F(SceneSelection, TaskWithAVisualIsSelectedItself)
+{
+    const auto program = std::make_shared<task::Task>(900, "program");
+    program->setManipulatorId(907);
+    sdf::SdfManager::inst().add(program);
+    for (const unsigned id : {900u, 907u})
+        SceneCore::Get()->visuals.enter(new Visual(id, world));
+
+    scene.setVisualSelected(900u);
+    drain();
+
+    EXPECT_THAT(scene.getSelectedVisuals(), ElementsAre(900));
 }
 
 // Clouds

@@ -1,6 +1,7 @@
 #include "visual/VisualStateManager.h"
 
 #include "mesh/MeshManager.h"
+#include "platform/broker/SignalBroker.h"
 #include "platform/layout/Body.h"
 #include "platform/layout/Layout.h"
 #include "platform/sdf/SdfManager.h"
@@ -74,6 +75,15 @@ protected:
         states.setLayer(visual, layer, on, material);
         states.refresh(visual);
     }
+    /// How many tasks are posted by what `call` does.
+    template <typename Call>
+    static int postsOf(const Call& call)
+    {
+        int posts = 0;
+        const boost::signals2::scoped_connection connection = broker::SignalBroker::onUpdateScene([&] { ++posts; });
+        call();
+        return posts;
+    }
 
     VisualStateManager& states;
 };
@@ -133,6 +143,59 @@ TEST_F(Layers, MaterialLayerWithoutMaterialIsThePlainLook)
 
     EXPECT_EQ(materialOf(*solid), "Body");
     EXPECT_TRUE(states.hasLayer(solid, VisualStateLayer::Material));
+}
+
+TEST_F(Layers, LayerSetAgainWithoutMaterialKeepsTheOneThatItHas)
+{
+    SolidVisual* solid = addBody();
+    set(solid, VisualStateLayer::Material, true, "KUKA");
+
+    set(solid, VisualStateLayer::Material, true, {});
+
+    EXPECT_EQ(materialOf(*solid), "KUKA");
+}
+
+TEST_F(Layers, ClearedLayerForgetsItsMaterial)
+{
+    SolidVisual* solid = addBody();
+    set(solid, VisualStateLayer::Material, true, "KUKA");
+    set(solid, VisualStateLayer::CollisionNearMiss);
+
+    states.clearLayer(VisualStateLayer::Material);
+    set(solid, VisualStateLayer::CollisionNearMiss, false);
+
+    EXPECT_FALSE(states.hasEntry(solid));
+    set(solid, VisualStateLayer::Material);
+    EXPECT_EQ(materialOf(*solid), "Body");
+}
+
+TEST_F(Layers, ManagersAreCopiedAndMovedWithWhatTheyHold)
+{
+    SolidVisual* solid = addBody();
+    states.setLayer(solid, VisualStateLayer::Material, true, "KUKA");
+
+    VisualStateManager copied(states);
+    VisualStateManager assigned;
+    assigned = states;
+    states.remove(solid);
+    const VisualStateManager moved(std::move(copied));
+    VisualStateManager moveAssigned;
+    moveAssigned = std::move(assigned);
+
+    EXPECT_TRUE(moved.hasLayer(solid, VisualStateLayer::Material));
+    moveAssigned.refresh(solid);
+    EXPECT_EQ(materialOf(*solid), "KUKA");
+}
+
+TEST_F(Layers, RemovedVisualLosesItsLayersAndKeepsItsLook)
+{
+    SolidVisual* solid = addBody();
+    set(solid, VisualStateLayer::Selected);
+
+    states.remove(solid);
+
+    EXPECT_FALSE(states.hasLayer(solid, VisualStateLayer::Selected));
+    EXPECT_EQ(materialOf(*solid), "BodySelected");
 }
 
 TEST_F(Layers, NearMissShowsItsMaterial)
@@ -206,6 +269,14 @@ TEST_F(Layers, HighlightMovesFromVisualToVisual)
     EXPECT_EQ(materialOf(*second), "BodyHighlighted");
 }
 
+TEST_F(Layers, HighlightingWhatIsHighlightedPostsNothing)
+{
+    SolidVisual* solid = addBody();
+
+    EXPECT_EQ(postsOf([&] { scene.setVisualHighlighted(solid); }), 1);
+    EXPECT_EQ(postsOf([&] { scene.setVisualHighlighted(solid->getId()); }), 0);
+}
+
 TEST_F(Layers, HighlightingASelectedVisualOnlyEndsTheOldHighlight)
 {
     SolidVisual* first = addBody();
@@ -270,6 +341,33 @@ TEST_F(Layers, SelectingAVisualEndsSelectedFaces)
     drain();
 
     EXPECT_FALSE(scene.faceIsSelected(solid, 1));
+}
+
+TEST_F(Layers, SelectingSeveralVisualsEndsSelectedFacesAndHighlights)
+{
+    SolidVisual* solid = addBody();
+    SolidVisual* highlighted = addBody();
+    scene.selectBaseFace(solid->getId(), 1);
+    scene.setVisualHighlighted(highlighted);
+
+    scene.setVisualsSelected({solid->getId()});
+    drain();
+
+    EXPECT_FALSE(scene.faceIsSelected(solid, 1));
+    EXPECT_EQ(materialOf(*highlighted), "Body");
+    EXPECT_THAT(scene.getSelectedVisuals(), ElementsAre(solid->getId()));
+}
+
+TEST_F(Layers, SelectingAVisualEndsTheHighlight)
+{
+    SolidVisual* solid = addBody();
+    SolidVisual* highlighted = addBody();
+    scene.setVisualHighlighted(highlighted);
+
+    scene.setVisualSelected(solid);
+    drain();
+
+    EXPECT_EQ(materialOf(*highlighted), "Body");
 }
 
 TEST_F(Layers, ClearingSkipsVisualsThatDied)
@@ -342,6 +440,27 @@ TEST_F(Layers, ColourDoesNotReachDeeperThanOneLevel)
     EXPECT_EQ(MeshManager::GetFaceColor("layers", solid->getShape(), 1), before);
 }
 
+TEST_F(Layers, ColourOfTheModelComesBack)
+{
+    Visual* part = addVisual(VisualType::Part);
+    SolidVisual* solid = addBody(part);
+    const auto colour = [&] { return MeshManager::GetFaceColor("layers", solid->getShape(), 1); };
+    const rob::Colorf before = colour();
+    for (const auto& reset : {std::function<void()>([&] { scene.resetColor(part->getId()); }),
+                              std::function<void()>([&] { scene.resetColor(part); }),
+                              std::function<void()>([&] { scene.resetColor(solid); })}) {
+        scene.setVisualColor(solid->getId(), 0.25f, 0.5f, 0.75f);
+        drain();
+        ASSERT_NE(colour(), before);
+
+        reset();
+        EXPECT_NE(colour(), before) << "it is posted";
+        drain();
+
+        EXPECT_EQ(colour(), before);
+    }
+}
+
 TEST_F(Layers, MaterialOfABodyIsSetAndTakenBack)
 {
     SolidVisual* solid = addBody();
@@ -359,7 +478,11 @@ TEST_F(Layers, MaterialOfSomethingElseIsPassedOver)
 {
     Visual* part = addVisual(VisualType::Part);
 
-    scene.bodyVisualUseMaterial(part->getId(), "FANUC");
+    EXPECT_EQ(postsOf([&] {
+                  scene.bodyVisualUseMaterial(part->getId(), "FANUC");
+                  scene.bodyVisualUseDefaultMaterial(part->getId());
+              }),
+              0);
     drain();
 
     EXPECT_FALSE(states.hasEntry(part));
@@ -382,6 +505,23 @@ TEST_F(Layers, CollisionMarksEveryBodyBelow)
     EXPECT_EQ(materialOf(*first), "Body");
 }
 
+TEST_F(Layers, CollisionPassesOverBodiesThatDrawNothing)
+{
+    Visual* assembly = addVisual(VisualType::Assembly);
+    auto* empty = new Visual(assembly);
+    empty->setType(VisualType::Mesh);
+
+    EXPECT_EQ(postsOf([&] { scene.setCollision(assembly->getId(), true); }), 0);
+    EXPECT_EQ(postsOf([&] { scene.setCollisionHighlights({assembly->getId(), 4711}, true); }), 0);
+    EXPECT_EQ(postsOf([&] { scene.setCollision(4711, true); }), 0);
+
+    SolidVisual* drawn = addBody(assembly);
+    EXPECT_EQ(postsOf([&] { scene.setCollisionHighlights({assembly->getId(), drawn->getId()}, true); }), 1);
+    drain();
+    EXPECT_FALSE(states.hasEntry(empty));
+    EXPECT_TRUE(states.hasLayer(drawn, VisualStateLayer::CollisionContact));
+}
+
 TEST_F(Layers, CollisionsOfSeveralVisualsSkipUnknownOnes)
 {
     SolidVisual* solid = addBody();
@@ -391,6 +531,7 @@ TEST_F(Layers, CollisionsOfSeveralVisualsSkipUnknownOnes)
     EXPECT_EQ(materialOf(*solid), "CollisionContact");
 
     scene.clearAllCollisionContacts();
+    EXPECT_EQ(materialOf(*solid), "CollisionContact") << "it is posted";
     drain();
     EXPECT_EQ(materialOf(*solid), "Body");
 }
@@ -410,7 +551,11 @@ TEST_F(Layers, EmphasisMovesBetweenTheGroups)
     scene.clearVisualCollisionEmphasizeState(solid->getId());
     drain();
     EXPECT_EQ(materialOf(*solid), "Body");
-    EXPECT_NO_THROW(scene.setVisualCollisionEmphasizeState(4711, Scene::VisualCollisionState::GroupA));
+    EXPECT_EQ(postsOf([&] {
+                  scene.setVisualCollisionEmphasizeState(4711, Scene::VisualCollisionState::GroupA);
+                  scene.clearVisualCollisionEmphasizeState(4711);
+              }),
+              0);
 }
 
 // Visuals that are removed ahead of what was asked of them

@@ -1,6 +1,7 @@
 #include "visual/Visual.h"
 
 #include "platform/layout/Body.h"
+#include "platform/sdf/SdfManager.h"
 #include "platform/sdf/SdfObject.h"
 #include "scene/core/SceneCore.h"
 #include "selection/VisualSelection.h"
@@ -65,6 +66,7 @@ TEST_F(VisualTest, NameFollowsTheConstructor)
     const Visual* named = new Visual("Thing", world);
     const Visual* exact = new Visual(31, "Exactly this", world);
     const Visual* plain = new Visual(world);
+    const Visual* ofOgre = new Visual(35, world);
     sdf::SdfNode node(sdf::ModelType::Part, 32, "part");
     const Visual* ofNode = new Visual(&node, world);
 
@@ -73,6 +75,105 @@ TEST_F(VisualTest, NameFollowsTheConstructor)
     EXPECT_EQ(exact->getId(), 31u);
     EXPECT_EQ(plain->getName(), "Visual_" + std::to_string(plain->getId()));
     EXPECT_EQ(ofNode->getName(), "part_32");
+    EXPECT_EQ(ofOgre->getName(), ofOgre->getSceneNode()->getName()) << "OGRE's choice, which may be none";
+    EXPECT_EQ(ofOgre->getId(), 35u);
+}
+
+struct KindCase {
+    const char* name;
+    VisualType type;
+    std::uint64_t number;
+    bool copied;
+    bool compound;
+};
+
+/// All kinds, with what depends on the kind alone.
+class VisualKinds : public VisualTest, public testing::WithParamInterface<KindCase> {
+protected:
+    VisualKinds() : visual(new Visual(600, world)) { visual->setType(GetParam().type); }
+    ~VisualKinds() override { visual->setType(VisualType::None); } // what says that it is the root would leave its node
+
+    Visual* visual;
+};
+
+TEST_P(VisualKinds, HaveTheNumberThatApplicationsStore)
+{
+    EXPECT_EQ(static_cast<std::uint64_t>(GetParam().type), GetParam().number);
+}
+
+TEST_P(VisualKinds, AreCopiedOrNot)
+{
+    const std::optional<Visual*> copy = visual->copy(world);
+
+    ASSERT_EQ(copy.has_value(), GetParam().copied);
+    if (copy) {
+        EXPECT_EQ((*copy)->getType(), GetParam().type);
+    }
+}
+
+TEST_P(VisualKinds, HidingOneTakesWhatLiesBelowOutOfPickingOrNot)
+{
+    sdf::SdfManager::inst().add(std::make_shared<sdf::SdfNode>(sdf::ModelType::Part, 600, "any"));
+    SceneCore::Get()->visuals.enter(visual);
+    Visual* below = pickable(visual);
+
+    scene.setVisualVisible(600, false);
+    drain();
+
+    EXPECT_FALSE(below->isVisible());
+    EXPECT_EQ(picking.isEnabled(below), !GetParam().compound);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, VisualKinds,
+    testing::Values(
+        KindCase{"None", VisualType::None, 0, false, false}, KindCase{"World", VisualType::World, 1, false, false},
+        KindCase{"Manipulator", VisualType::Manipulator, 2, true, true},
+        KindCase{"Tool", VisualType::Tool, 3, true, true}, KindCase{"Device", VisualType::Device, 4, false, true},
+        KindCase{"Link", VisualType::Link, 5, true, true}, KindCase{"Assembly", VisualType::Assembly, 7, true, true},
+        KindCase{"PointCloud", VisualType::PointCloud, 8, false, false},
+        KindCase{"Part", VisualType::Part, 9, true, true}, KindCase{"Solid", VisualType::Solid, 10, true, false},
+        KindCase{"Curve", VisualType::Curve, 11, true, false}, KindCase{"Edge", VisualType::Edge, 12, false, false},
+        KindCase{"WireFrame", VisualType::WireFrame, 13, false, false},
+        KindCase{"Mesh", VisualType::Mesh, 14, true, false}, KindCase{"Point", VisualType::Point, 15, false, false},
+        KindCase{"Path", VisualType::Path, 16, false, true},
+        KindCase{"MoveInstruction", VisualType::MoveInstruction, 17, false, true},
+        KindCase{"Gui", VisualType::Gui, 19, false, false}, KindCase{"Frame", VisualType::Frame, 20, true, false},
+        KindCase{"Tcp", VisualType::Tcp, 21, false, false},
+        KindCase{"Robtarget", VisualType::Robtarget, 22, false, false},
+        KindCase{"JointTarget", VisualType::JointTarget, 23, false, false},
+        KindCase{"WObj", VisualType::WObj, 24, false, true},
+        KindCase{"UserFrame", VisualType::UserFrame, 25, false, false},
+        KindCase{"ObjectFrame", VisualType::ObjectFrame, 26, false, false},
+        KindCase{"Paint", VisualType::Paint, 29, false, false}, KindCase{"Wrist", VisualType::Wrist, 30, false, false},
+        KindCase{"PreviewCurve", VisualType::PreviewCurve, 31, false, false},
+        KindCase{"GeneratedEdge", VisualType::GeneratedEdge, 32, false, false},
+        KindCase{"UVIndicator", VisualType::UVIndicator, 33, false, false},
+        KindCase{"WorkEnvelope", VisualType::WorkEnvelope, 34, false, false}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(VisualTest, DoubledObjectNamesTheSameNode)
+{
+    auto* visual = new Visual(78, "shared", world);
+    visual->setType(VisualType::Part);
+    visual->setAttachState(true);
+    Ogre::SceneNode* replaced = nullptr;
+    {
+        Visual made(*visual);
+        Visual assigned("replaced");
+        replaced = assigned.getSceneNode();
+        assigned = *visual;
+
+        for (Visual* doubled : {&made, &assigned}) {
+            EXPECT_EQ(doubled->getSceneNode(), visual->getSceneNode());
+            EXPECT_EQ(doubled->getId(), 78u);
+            EXPECT_EQ(doubled->getType(), VisualType::Part);
+            EXPECT_TRUE(doubled->isAttached());
+            doubled->setType(VisualType::World); // else its end would be the end of the node
+        }
+    }
+    EXPECT_EQ(visualOf(*visual->getSceneNode()), visual);
+    sceneManager->destroySceneNode(replaced);
 }
 
 TEST_F(VisualTest, SecondVisualOfANameGetsAFreeLabel)
@@ -142,6 +243,20 @@ TEST_F(VisualTest, NodeBoundToSomethingElseIsABadCast)
     sceneManager->destroySceneNode(foreign);
 }
 
+TEST_F(VisualTest, UnderANodeWithoutVisualThereIsNoParentToBeDetachedFrom)
+{
+    Ogre::SceneNode* foreign = sceneManager->getRootSceneNode()->createChildSceneNode();
+    Visual loose("Under a plain node");
+    foreign->addChild(loose.getSceneNode());
+
+    EXPECT_EQ(loose.getParent(), nullptr);
+    loose.detach();
+
+    EXPECT_EQ(loose.getSceneNode()->getParent(), foreign);
+    foreign->removeChild(loose.getSceneNode());
+    sceneManager->destroySceneNode(foreign);
+}
+
 TEST_F(VisualTest, AttachingAChildWhereItIsMarksNothing)
 {
     Visual* child = pickable(world);
@@ -189,6 +304,18 @@ TEST_F(VisualTest, DetachedVisualLivesOutsideTheTree)
     delete visual;
 }
 
+TEST_F(VisualTest, DetachingIsNotToldToTheSelection)
+{
+    Visual* visual = pickable(world);
+    makeClean();
+
+    visual->detach();
+
+    EXPECT_FALSE(picking.isDirty());
+    EXPECT_TRUE(picking.hasVisual(visual));
+    world->attachVisual(visual);
+}
+
 TEST_F(VisualTest, DetachVisualTakesTheChildOut)
 {
     auto* parent = new Visual(world);
@@ -214,6 +341,41 @@ TEST_F(VisualTest, HidingAPartLeavesItsLocalFrameAndWhatIsAttached)
     EXPECT_FALSE(body->isVisible());
     EXPECT_TRUE(frame->isVisible());
     EXPECT_TRUE(tool->isVisible());
+}
+
+/// As the group of a work object is.
+class AnchoredVisual : public Visual {
+public:
+    explicit AnchoredVisual(Visual* parent) : Visual(parent) { anchored = true; }
+};
+
+TEST_F(VisualTest, HidingAVisualLeavesWhatIsAnchoredOnItAndAFrameWhoseNameHoldsLocalFrame)
+{
+    auto* part = new Visual(world);
+    auto* anchored = new AnchoredVisual(part);
+    auto* frame = new Visual("Its Local Frame ", part);
+    auto* other = new Visual("Local", part);
+
+    part->setVisible(false, true);
+
+    EXPECT_TRUE(anchored->isVisible());
+    EXPECT_TRUE(frame->isVisible());
+    EXPECT_FALSE(other->isVisible());
+}
+
+TEST_F(VisualTest, WhatKeepsItsStateIsDrawnOnUnderAHiddenVisual)
+{
+    auto* part = new Visual(world);
+    auto* frame = new Visual("Local Frame", part);
+    Ogre::ManualObject* object = sceneManager->createManualObject("drawn on");
+    frame->attachObject(object);
+
+    part->setVisible(false, true);
+    EXPECT_TRUE(object->isVisible());
+
+    frame->setVisible(false, false);
+    EXPECT_FALSE(object->isVisible());
+    sceneManager->destroyManualObject(object);
 }
 
 TEST_F(VisualTest, HidingAMechanismHidesItsBaseFrameAndItsToolFrames)
@@ -390,6 +552,9 @@ TEST_F(VisualTest, MaterialsReachTheChildren)
 
     solid->clearHighlightOrSelect();
     EXPECT_EQ(drawn->getMaterialName(), "ABB");
+
+    part->setSelected(); // shows on the part's own objects, of which it has none
+    EXPECT_EQ(drawn->getMaterialName(), "ABB");
 }
 
 TEST_F(VisualTest, UnknownMaterialIsPassedOver)
@@ -436,11 +601,15 @@ TEST_F(VisualTest, WorkObjectsAndDevicesAreNotCopied)
 TEST_F(VisualTest, CopyBearsTheIdAndPoseAndHangsOnTheWorld)
 {
     auto* holder = new Visual(world);
+    holder->setPose({{100, 0, 0}, rob::Rotationf(0, 1, 0, 0)}); // the pose of the copy is the local one
     auto* part = new Visual(holder);
     part->setType(VisualType::Part);
-    part->setPosition(1, 2, 3);
+    part->setPose({{1, 2, 3}, rob::Rotationf(0, 0, 1, 0)});
+    part->setVisible(false, false);
     auto* inner = new Visual(part);
     inner->setType(VisualType::Assembly);
+    auto* innermost = new Visual(inner);
+    innermost->setType(VisualType::Part);
     auto* left = new Visual(part); // of a kind that is not copied
     left->setType(VisualType::WObj);
 
@@ -454,10 +623,15 @@ TEST_F(VisualTest, CopyBearsTheIdAndPoseAndHangsOnTheWorld)
     EXPECT_TRUE(copy->isCopied());
     ASSERT_EQ(childrenOf(*copy).size(), 1u);
     EXPECT_EQ(childrenOf(*copy).front()->getId(), inner->getId());
+    EXPECT_TRUE(copy->isVisible()) << "whatever its source is";
     EXPECT_FALSE(Scene::HasVisual(copy->getId())) << "a copy stands in no registry";
+    const std::vector<Visual*> deepest = childrenOf(*childrenOf(*copy).front());
+    ASSERT_EQ(deepest.size(), 1u);
+    const std::string deepestName = deepest.front()->getName();
 
     copy->clearCopiedChildren();
     EXPECT_TRUE(childrenOf(*copy).empty());
+    EXPECT_FALSE(sceneManager->hasSceneNode(deepestName)) << "the copies below the copies too";
     delete copy;
 }
 
@@ -473,6 +647,25 @@ TEST_F(VisualTest, ClearedChildrenLeaveRegistryAndSelection)
     EXPECT_TRUE(childrenOf(*parent).empty());
     EXPECT_FALSE(Scene::HasVisual(childId));
     EXPECT_FALSE(picking.hasVisual(child));
+}
+
+TEST_F(VisualTest, EndOfAVisualLeavesItsObjectsAndItsChildrenToTheirOwners)
+{
+    auto* parent = new Visual(world);
+    Visual* child = pickable(parent);
+    SceneCore::Get()->visuals.enter(child);
+    Ogre::ManualObject* object = sceneManager->createManualObject("left behind");
+    parent->attachObject(object);
+
+    delete parent;
+
+    EXPECT_EQ(child->getParent(), nullptr);
+    EXPECT_TRUE(Scene::HasVisual(child->getId()));
+    EXPECT_TRUE(picking.hasVisual(child));
+    ASSERT_TRUE(sceneManager->hasManualObject("left behind"));
+    EXPECT_FALSE(object->isAttached());
+    sceneManager->destroyManualObject(object);
+    scene.deleteVisual(child);
 }
 
 TEST_F(VisualTest, DumpWritesTheSubtreeIndented)

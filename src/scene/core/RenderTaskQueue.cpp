@@ -46,7 +46,8 @@ void RenderTaskQueue::run()
     {
         const std::lock_guard lock(mutex);
         batch.swap(entries);
-        lastOfKey.clear();
+        if (!lastOfKey.empty())
+            lastOfKey.clear(); // goes over all buckets it ever had, which a frame without posts need not pay for
         droppedCount = 0;
     }
     while (!batch.empty()) {
