@@ -146,6 +146,19 @@ TEST_F(FaceColors, ColorResetBringsTheModelsColoursBack)
     EXPECT_EQ(colors(), greyBut(24, {{4, blue}}));
 }
 
+TEST_F(FaceColors, ColorResetOverwritesASelectedFaceThatStaysSelected)
+{
+    scene.selectBaseFace(body->getId(), 2);
+    drain();
+    ASSERT_NE(colors(), greyBut(24, {}));
+
+    MeshManager::ColorReset(solid);
+
+    EXPECT_EQ(colors(), greyBut(24, {}));
+    EXPECT_TRUE(scene.faceIsSelected(solid, 2));
+    scene.clearSelectedFaces();
+}
+
 TEST_F(FaceColors, ColorResetPassesOverHiddenFaces)
 {
     body->setFaceColor(3, "#0000FF");
