@@ -149,11 +149,15 @@ TEST_F(CameraTest, SizeIsThatOfTheFirstViewOfTheTarget)
 {
     OffscreenTarget target(64, 48, 0);
     camera.setRenderTarget(target.renderTarget());
-    target.renderTarget()->addViewport(camera.ogreCamera(), 1, 0, 0, 0.5f, 0.5f);
-
+    target.renderTarget()->addViewport(camera.ogreCamera(), 1, 0, 0, 0.5f, 0.5f); // over it
     EXPECT_EQ(camera.viewportWidth(), 64u);
     EXPECT_EQ(camera.viewportHeight(), 48u);
 
+    target.renderTarget()->addViewport(camera.ogreCamera(), -1, 0, 0, 0.25f, 0.5f); // under it, so the first
+    EXPECT_EQ(camera.viewportWidth(), 16u);
+    EXPECT_EQ(camera.viewportHeight(), 24u);
+
+    target.renderTarget()->removeViewport(-1);
     target.renderTarget()->removeViewport(1);
     setSize(64, 64);
 }

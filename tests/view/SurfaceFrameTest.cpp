@@ -57,6 +57,12 @@ TEST(FrameOfNormal, NormalAlongXTakesItsXAxisFromY)
     EXPECT_TRUE(hasAxes(frameOfNormal({-1, 0, 0}), {0, 1, 0}, {0, 0, -1}, {-1, 0, 0}));
 }
 
+TEST(FrameOfNormal, NormalIsAlongXUpToAThousandth)
+{
+    EXPECT_TRUE(hasAxes(frameOfNormal({1, 0, 0.0009f}), {0, 1, 0}, {0, 0, 1}, {1, 0, 0.0009f}));
+    EXPECT_TRUE(hasAxes(frameOfNormal({1, 0, 0.0011f}), {0.0011f, 0, -1}, {0, 1, 0}, {1, 0, 0.0011f}));
+}
+
 TEST(FrameOfNormal, NormalOfAnyLengthIsTaken)
 {
     EXPECT_TRUE(hasAxes(frameOfNormal({0, 0, -20}), {1, 0, 0}, {0, -1, 0}, {0, 0, -1}));

@@ -114,6 +114,18 @@ TEST_F(ViewPoses, OppositeDirectionIsAHalfTurnAboutTheCamerasXAxis)
     EXPECT_NEAR(right.x, 1, 1e-5);
 }
 
+TEST_F(ViewPoses, OppositeDirectionOfATurnedCameraKeepsItsXAxis)
+{
+    const rob::Rotationf rolled(1.0f, rob::Dirf(0, 0, 1));
+    camera.setWorldPose({{0, 0, 500}, rolled});
+
+    const rob::Posef pose = scene.getViewPoseForDir({0, 0, 1});
+
+    expectLooksAlong(pose, {0, 0, 1});
+    const rob::Dirf right = pose.rotation() * rob::Dirf(1, 0, 0);
+    EXPECT_NEAR((right - rolled * rob::Dirf(1, 0, 0)).length(), 0, 1e-5f);
+}
+
 struct SlightTurnCase {
     const char* name;
     float angle; // of the direction from the view
@@ -157,6 +169,18 @@ TEST_F(ViewPoses, DirectionWithUpFixesTheWholeRotation)
     expectLooksAlong(pose, {0, 1, 0});
     const rob::Dirf up = pose.rotation() * rob::Dirf(0, 1, 0);
     EXPECT_NEAR(up.z, 1, 1e-5);
+}
+
+TEST_F(ViewPoses, UpNeedNotStandAcrossTheDirection)
+{
+    const float h = std::sqrt(0.5f);
+
+    const rob::Posef pose = scene.getViewPoseForDir({0, h, -h}, {0, 0, 1});
+
+    expectLooksAlong(pose, {0, h, -h});
+    EXPECT_NEAR((pose.rotation() * rob::Dirf(1, 0, 0)).x, 1, 1e-5);
+    const rob::Dirf up = pose.rotation() * rob::Dirf(0, 1, 0);
+    EXPECT_NEAR((up - rob::Dirf(0, h, h)).length(), 0, 1e-5f);
 }
 
 TEST_F(ViewPoses, CenterPoseTurnsToTheOriginWhereItStands)
