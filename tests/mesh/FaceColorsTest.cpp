@@ -22,6 +22,13 @@ class FaceColors : public test::SceneFixture {
 protected:
     FaceColors() : body(test::addModelBody(meshedBox(1, 2, 3), "face_colours", "#808080")), solid(build(*body)) {}
 
+    /// The mesh without the second face outlives its solid, and would bring its colours into the next test.
+    ~FaceColors() override
+    {
+        if (const Ogre::MeshPtr variant = test::ogreMesh("face_colours_2"))
+            Ogre::MeshManager::getSingleton().remove(variant);
+    }
+
     SolidVisual* build(layout::Body& of)
     {
         SolidVisual::Build(world, &of, of.getShape());
