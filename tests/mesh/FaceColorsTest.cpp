@@ -22,6 +22,13 @@ class FaceColors : public test::SceneFixture {
 protected:
     FaceColors() : body(test::addModelBody(meshedBox(1, 2, 3), "face_colours", "#808080")), solid(build(*body)) {}
 
+    /// The mesh without the second face outlives its solid, and would bring its colours into the next test.
+    ~FaceColors() override
+    {
+        if (const Ogre::MeshPtr variant = test::ogreMesh("face_colours_2"))
+            Ogre::MeshManager::getSingleton().remove(variant);
+    }
+
     SolidVisual* build(layout::Body& of)
     {
         SolidVisual::Build(world, &of, of.getShape());
@@ -144,6 +151,19 @@ TEST_F(FaceColors, ColorResetBringsTheModelsColoursBack)
     MeshManager::ColorReset(solid);
 
     EXPECT_EQ(colors(), greyBut(24, {{4, blue}}));
+}
+
+TEST_F(FaceColors, ColorResetOverwritesASelectedFaceThatStaysSelected)
+{
+    scene.selectBaseFace(body->getId(), 2);
+    drain();
+    ASSERT_NE(colors(), greyBut(24, {}));
+
+    MeshManager::ColorReset(solid);
+
+    EXPECT_EQ(colors(), greyBut(24, {}));
+    EXPECT_TRUE(scene.faceIsSelected(solid, 2));
+    scene.clearSelectedFaces();
 }
 
 TEST_F(FaceColors, ColorResetPassesOverHiddenFaces)

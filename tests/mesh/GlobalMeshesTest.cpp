@@ -95,6 +95,8 @@ INSTANTIATE_TEST_SUITE_P(
         GlobalMeshCase{"VectorSphere", 17 * 17, {-25, -25, -25}, {25, 25, 25}, 0.01f, Uploaded::Yes},
         GlobalMeshCase{"VectorAxis", cylinder16, {-10, -10, 0}, {10, 10, 210}, 0.01f, Uploaded::No},
         GlobalMeshCase{"VectorHead", byOpenCascade, {-20, -20, 0}, {20, 20, 100}, 0.4f, Uploaded::No},
+        GlobalMeshCase{"shaft", cylinder16, {-0.2f, -0.2f, 0}, {0.2f, 0.2f, 15}, 0.01f, Uploaded::No},
+        GlobalMeshCase{"head", byOpenCascade, {-0.6f, -0.6f, 0}, {0.6f, 0.6f, 3.75f}, 0.1f, Uploaded::No},
         GlobalMeshCase{"PathStartHandle", 33 * 33, {-2.5f, -2.5f, -2.5f}, {2.5f, 2.5f, 2.5f}, 0.01f, Uploaded::Yes},
         GlobalMeshCase{"PathEndHandle", 33 * 33, {-2.5f, -2.5f, -2.5f}, {2.5f, 2.5f, 2.5f}, 0.01f, Uploaded::Yes}),
     nameOf);
@@ -158,6 +160,24 @@ TEST_F(GlobalMeshes, NormalsOfComposedMeshesTurnWithTheirParts)
         EXPECT_NEAR(mesh.normals[i].x, 0, 1e-6f);
 }
 
+TEST_F(GlobalMeshes, OfASecondManagerAreItsOwnOverTheUploadsOfTheFirst)
+{
+    const MeshManager& first = *MeshManager::Get();
+    const char* const names[] = {"frame_axis_x_shaft", "DragHandleX", "VectorSphere", "PathEndHandle", "uv_indicator"};
+    const Ogre::ResourceHandle frame = ogreMesh("VRK_FrameMesh")->getHandle();
+
+    MeshManager second; // its meshes stay to the end of the process, as those of any manager
+
+    EXPECT_EQ(ogreMesh("VRK_FrameMesh")->getHandle(), frame);
+    for (const char* name : names) {
+        Mesh* kept = MeshManager(first).getGlobalMesh(name);
+        ASSERT_NE(second.getGlobalMesh(name), nullptr) << name;
+        EXPECT_NE(second.getGlobalMesh(name), kept) << name;
+        EXPECT_EQ(MeshManager::Get()->getGlobalMesh(name), kept) << name;
+        EXPECT_EQ(vertexDataOf(name).vertexCount, kept->vertices.size()) << name;
+    }
+}
+
 TEST_F(GlobalMeshes, FrameMeshIsKnownToOgreAlone)
 {
     EXPECT_FALSE(MeshManager::Get()->hasGlobalMesh("VRK_FrameMesh"));
@@ -190,6 +210,9 @@ TEST_F(GlobalMeshes, FrameMeshHasPositionAndColourOfBothEndsOfEachAxis)
         0, 1, 0, 0.74f, 0.86f, 0.13f, 0, 0, 0, 0.29f, 0.36f, 0.76f, 0, 0, 1, 0.29f, 0.36f, 0.76f,
     };
     EXPECT_EQ(verticesOf("VRK_FrameMesh"), expected);
+    const auto buffer = vertexDataOf("VRK_FrameMesh").vertexBufferBinding->getBuffer(0);
+    EXPECT_EQ(buffer->getUsage(), Ogre::HardwareBuffer::HBU_STATIC_WRITE_ONLY);
+    EXPECT_FALSE(buffer->hasShadowBuffer());
 }
 
 } // namespace vrk::visual

@@ -1,9 +1,12 @@
 #include "OgreMeshes.h"
 #include "mesh/MeshManager.h"
+#include "platform/common/Logger.h"
 #include "platform/geometry/BodyColorTool.h"
 #include "support/SceneFixture.h"
+#include "support/ThrowsExactly.h"
 #include "visual/SolidVisual.h"
 
+#include <BRepMesh_IncrementalMesh.hxx>
 #include <BRepPrimAPI_MakeBox.hxx>
 #include <BRep_Tool.hxx>
 #include <TopExp_Explorer.hxx>
@@ -73,6 +76,21 @@ TEST_F(LoadShape, KnownNameAddsAUserAndIgnoresTheNewColours)
     EXPECT_EQ(ogreMesh(name), nullptr);
 }
 
+TEST_F(LoadShape, LastUserTakesTheCountAlong)
+{
+    SolidVisual* solid = solidOf(meshedBox(1, 2, 3));
+    const std::string name = solid->getCurrentMeshName();
+    manager.loadShape(solid, {});
+    manager.removeOgreMesh(name);
+    auto* registered = new Mesh(name);
+    manager.addMesh(registered);
+
+    manager.removeOgreMesh(name);
+
+    EXPECT_NE(ogreMesh(name), nullptr) << "it is no solid's now";
+    manager.deleteMesh(registered);
+}
+
 TEST_F(LoadShape, TakesTheModelsColoursWhereNoneAreGiven)
 {
     const auto body = test::addModelBody(meshedBox(1, 2, 3), "colours", "#00FF00");
@@ -106,8 +124,7 @@ TEST_F(LoadShape, ShapeWithoutTrianglesIsRefusedAndItsUserStaysCounted)
     SolidVisual* solid = solidOf(boxWithoutTriangles());
     const std::string name = solid->getCurrentMeshName();
 
-    EXPECT_THAT([&] { manager.loadShape(solid, {}); },
-                testing::ThrowsMessage<NoTriangleMesh>(testing::StrEq(std::exception().what())))
+    EXPECT_THAT([&] { manager.loadShape(solid, {}); }, test::throwsExactly<NoTriangleMesh>(std::exception().what()))
         << "it has no text of its own";
 
     EXPECT_EQ(ogreMesh(name), nullptr);
@@ -138,6 +155,24 @@ TEST_F(LoadShape, HiddenFacesAreNotInTheMeshAndInItsName)
 
     EXPECT_EQ(vertexDataOf("hidden_faces").vertexCount, boxVertices);
     EXPECT_EQ(vertexDataOf("hidden_faces_2").vertexCount, boxVertices - 4);
+}
+
+TEST_F(LoadShape, WarningsCallTheSolidByItsVisualsName)
+{
+    const auto body = test::addModelBody(BRepPrimAPI_MakeBox(1, 2, 3).Shape(), "half_meshed");
+    TopExp_Explorer first(body->getShape(), TopAbs_FACE);
+    const BRepMesh_IncrementalMesh mesher(first.Current(), 0.5);
+    auto* solid = new SolidVisual(body.get(), body->getShape(), world);
+    std::vector<std::string> warnings;
+    AppLogger::inst()->setListener([&](LogLevel, const std::string& text) { warnings.push_back(text); });
+
+    manager.loadShape(solid);
+    AppLogger::inst()->setListener({});
+
+    ASSERT_EQ(warnings.size(), 5u);
+    EXPECT_NE(solid->getName(), solid->getCurrentMeshName());
+    EXPECT_EQ(warnings[0], "Face 2 of '" + solid->getName() + "' has no triangulation, it is missing in rendering");
+    manager.removeOgreMesh(solid->getCurrentMeshName());
 }
 
 TEST_F(LoadShape, ShapeMeshWithoutColoursHasNone)

@@ -114,6 +114,19 @@ TEST_F(MeshManagerTest, FirstUploadOfANameWins)
     EXPECT_EQ(ogreMesh("t")->getNumSubMeshes(), 0u);
 }
 
+TEST_F(MeshManagerTest, SecondUploadOfANameKeepsTheGeometryOfTheFirst)
+{
+    add(triangle("t", 2));
+    MeshManager other(manager);
+    const MeshManager taken(std::move(other)); // `other` knows no name now, OGRE still does
+    const std::unique_ptr<Mesh> second = triangle("t", 7);
+
+    other.addMesh(second.get());
+
+    EXPECT_EQ(other.getMesh("t"), second.get());
+    EXPECT_THAT(verticesOf("t"), ElementsAre(0, 0, 0, 2, 0, 0, 0, 2, 1));
+}
+
 TEST_F(MeshManagerTest, MeshOfPositionsHasOneElement)
 {
     add(triangle("t", 2));
@@ -157,6 +170,7 @@ TEST_F(MeshManagerTest, UploadIsOneSubmeshOfTrianglesInStaticBuffersWith32BitInd
     EXPECT_EQ(subMesh.operationType, Ogre::RenderOperation::OT_TRIANGLE_LIST);
     EXPECT_EQ(subMesh.indexData->indexBuffer->getType(), Ogre::HardwareIndexBuffer::IT_32BIT);
     EXPECT_EQ(subMesh.indexData->indexBuffer->getUsage(), Ogre::HardwareBuffer::HBU_STATIC_WRITE_ONLY);
+    EXPECT_FALSE(subMesh.indexData->indexBuffer->hasShadowBuffer());
     const auto vertexBuffer = subMesh.vertexData->vertexBufferBinding->getBuffer(0);
     EXPECT_EQ(vertexBuffer->getUsage(), Ogre::HardwareBuffer::HBU_STATIC_WRITE_ONLY);
     EXPECT_FALSE(vertexBuffer->hasShadowBuffer());

@@ -2,6 +2,14 @@
 
 #include "support/ThrowsExactly.h"
 
+#include <BRepMesh_IncrementalMesh.hxx>
+#include <BRepPrimAPI_MakeCone.hxx>
+#include <BRep_Tool.hxx>
+#include <TopExp_Explorer.hxx>
+#include <TopLoc_Location.hxx>
+#include <TopoDS.hxx>
+#include <TopoDS_Face.hxx>
+
 #include <gmock/gmock.h>
 
 #include <cmath>
@@ -219,6 +227,33 @@ TEST(Cone, LargerOneHasMoreFacets)
     EXPECT_GT(makeCone("a", 200, 200)->indices.size(), makeCone("b", 1, 3)->indices.size());
 }
 
+namespace {
+
+/// How many triangles Open CASCADE makes of a cone.
+std::size_t trianglesOfACone(double radius, double height, double deflection, double degrees)
+{
+    const TopoDS_Shape cone = BRepPrimAPI_MakeCone(radius, 0, height).Shape();
+    const BRepMesh_IncrementalMesh mesher(cone, deflection, false, degrees * std::numbers::pi / 180, false);
+    std::size_t count = 0;
+    TopLoc_Location location;
+    for (TopExp_Explorer face(cone, TopAbs_FACE); face.More(); face.Next())
+        count +=
+            static_cast<std::size_t>(BRep_Tool::Triangulation(TopoDS::Face(face.Current()), location)->NbTriangles());
+    return count;
+}
+
+} // namespace
+
+TEST(Cone, IsMeshedToAQuarterUnitAnd20DegreesWhateverItsSize)
+{
+    for (const auto& [radius, height] : {std::pair{1.0f, 3.0f}, {20.0f, 200.0f}, {300.0f, 200.0f}})
+        EXPECT_EQ(makeCone("cone", radius, height)->indices.size() / 3, trianglesOfACone(radius, height, 0.25, 20))
+            << radius;
+    // The angle rules the small one, the distance the large one.
+    EXPECT_NE(trianglesOfACone(1, 3, 0.25, 20), trianglesOfACone(1, 3, 0.25, 12));
+    EXPECT_NE(trianglesOfACone(300, 200, 0.25, 20), trianglesOfACone(300, 200, 0.2, 20));
+}
+
 TEST(FlatMesh, EachTriangleHasVerticesOfItsOwnAndAnUnscaledNormal)
 {
     const std::vector<Posf> points{{0, 0, 0}, {2, 0, 0}, {0, 2, 0}, {2, 2, 0}};
@@ -293,6 +328,28 @@ TEST(Append, PoseNextToIdentityCountsAsNone)
 
     EXPECT_EQ(target.vertices, source.vertices);
 }
+
+struct SmallTurnCase {
+    const char* name;
+    Rotationf rotation;
+};
+class AppendSmallTurn : public testing::TestWithParam<SmallTurnCase> {};
+
+TEST_P(AppendSmallTurn, OfMoreThanAThousandthTurns)
+{
+    Mesh target("target");
+    const Mesh source = triangle(500);
+
+    append(target, source, {Posf(), GetParam().rotation});
+
+    EXPECT_NE(target.vertices, source.vertices);
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, AppendSmallTurn,
+                         testing::Values(SmallTurnCase{"X", {1, 0.0011f, 0, 0}}, SmallTurnCase{"Y", {1, 0, 0.0011f, 0}},
+                                         SmallTurnCase{"Z", {1, 0, 0, -0.0011f}},
+                                         SmallTurnCase{"TurnedRoundW", {-1, 0, 0.0005f, 0}}),
+                         [](const auto& info) { return std::string(info.param.name); });
 
 TEST(Append, PoseMovesTheNewVerticesAndTurnsTheirNormals)
 {

@@ -33,6 +33,7 @@ using rob::Posf;
 using rob::Vec3f;
 using testing::Each;
 using testing::ElementsAre;
+using testing::ElementsAreArray;
 using testing::IsEmpty;
 
 constexpr double nan = std::numeric_limits<double>::quiet_NaN();
@@ -238,6 +239,7 @@ TEST(ShapeMesh, NodeOfNanStaysAtTheOriginAndLosesItsTriangles)
     const auto mesh = meshOf(mapOf({faceOf(broken), faceOf(square(5))}));
 
     EXPECT_EQ(mesh->vertices.size(), 8u); // so that the runs of the faces stay where they are
+    EXPECT_THAT(mesh->normals, ElementsAreArray(std::vector<Vec3f>(8, {0, 0, 1})));
     EXPECT_EQ(mesh->vertices[1], Posf());
     EXPECT_EQ(mesh->vertices[4], Posf(0, 0, 5));
     EXPECT_THAT(mesh->indices, ElementsAre(0, 2, 3, 4, 5, 6, 4, 6, 7));
@@ -288,6 +290,18 @@ TEST(ShapeMesh, NothingUsableIsNoMeshAndNoWarning)
     EXPECT_EQ(meshOf(mapOf({faceOf(new Poly_Triangulation())})), nullptr);
 
     EXPECT_THAT(log.texts, IsEmpty());
+}
+
+TEST(ShapeMesh, TriangleOnTwoNodesIsNotUsable)
+{
+    Handle(Poly_Triangulation) line = new Poly_Triangulation(2, 1, false, true);
+    line->SetNode(2, gp_Pnt(1, 0, 0));
+    line->SetNormal(1, gp_Dir(0, 0, 1));
+    line->SetNormal(2, gp_Dir(0, 0, 1));
+    line->SetTriangle(1, Poly_Triangle(1, 2, 1));
+
+    EXPECT_EQ(meshOf(mapOf({faceOf(line)})), nullptr);
+    EXPECT_NE(meshOf(mapOf({faceOf(line), faceOf(line).Located(TopLoc_Location(gp_Trsf()))})), nullptr);
 }
 
 TEST(ShapeMesh, HiddenFaceIsNotContained)
@@ -430,11 +444,13 @@ TEST(ShapeMesh, ColourTextThatIsNoNumberIsRefused)
     EXPECT_THROW(meshOf(faces, all, &noText), std::out_of_range);
 }
 
-TEST(ShapeMesh, ColourOfAHiddenFaceIsNotRead)
+TEST(ShapeMesh, ColourOfAFaceThatIsNotInTheMeshIsNotRead)
 {
     const ColorInfo colors{"#FF0000", {{1, "nonsense"}}};
 
     EXPECT_NE(meshOf(mapOf({faceOf(square(0)), faceOf(square(5))}), without(1), &colors), nullptr);
+    EXPECT_NE(meshOf(mapOf({faceOf(nullptr), faceOf(square(5))}), all, &colors), nullptr);
+    EXPECT_EQ(vertexColors(mapOf({faceOf(nullptr), faceOf(square(5))}), all, colors).size(), 4u);
 }
 
 TEST(RunOfFace, StartsBehindTheVisibleFacesBefore)

@@ -192,6 +192,10 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         BadStlCase{"NoBytes", "", badFile}, BadStlCase{"OnlySpace", " \n\t\r\v\f ", badFile},
         BadStlCase{"NoFacet", "solid part endsolid part", badFile},
+        BadStlCase{"WordThatOnlyBeginsLikeAFacet",
+                   "facets normal 0 0 1 vertex 0 0 0 vertex 1 0 0 vertex 0 1 0 endfacet", badFile},
+        BadStlCase{"WordThatOnlyBeginsLikeTheEnd",
+                   "facet normal 0 0 1 vertex 0 0 0 vertex 1 0 0 vertex 0 1 0 endfacets", badFile},
         BadStlCase{"OtherCase", "FACET NORMAL 0 0 1 ENDFACET", badFile},
         BadStlCase{"OtherCaseOfTheNormal", facet("NORMAL 0 0 1 vertex 0 0 0 vertex 1 0 0 vertex 0 1 0"), badFile},
         BadStlCase{"OtherCaseOfAVertex", facet("normal 0 0 1 Vertex 0 0 0 vertex 1 0 0 vertex 0 1 0"), badFile},
@@ -341,6 +345,26 @@ TEST_F(ReadStl, StationUriIsAFileOfTheStationsFolder)
                 test::throwsExactly<std::runtime_error>((folder / "absent.stl").string()));
 
     SetStationFolder({});
+}
+
+TEST_F(ReadStl, OtherUriIsReadByThePlatform)
+{
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::create_directory(folder / "other:");
+    write("other:/part.stl", binaryStl(randomRecords(2)));
+
+    std::filesystem::current_path(folder); // where the platform's reader looks for a scheme that it does not know
+    const Mesh mesh = readStl("other://part.stl");
+    std::filesystem::current_path(before);
+
+    expectSameTriangles(mesh, randomRecords(2));
+    EXPECT_EQ(mesh.name, "other://part.stl");
+}
+
+TEST_F(ReadStl, UriWhoseSchemeOnlyBeginsLikeAFilesIsTakenForAPath)
+{
+    for (const std::string uri : {"files://absent/part.stl", "stationery://absent/part.stl"})
+        EXPECT_THAT([&] { readStl(uri); }, test::throwsExactly<std::runtime_error>(uri));
 }
 
 TEST_F(ReadStl, OtherUriGoesToThePlatformsReader)

@@ -97,6 +97,18 @@ TEST(TextMesh, LineFeedGoesBackToTheLeftAndOneLineDown)
     EXPECT_FLOAT_EQ(first.y, glyphOf('B').vertices[0][1] - 1.4f);
 }
 
+TEST(TextMesh, EachLineFeedGoesOneLineFurtherDown)
+{
+    EXPECT_FLOAT_EQ(stepBetweenEqualGlyphs("B\n\nB").y, -2.8f);
+    EXPECT_FLOAT_EQ(stepBetweenEqualGlyphs("B \n\nB").x, 0);
+}
+
+TEST(TextMesh, FirstAndLastCharacterOfTheTableArePlaced)
+{
+    EXPECT_THAT(verticesOf("!"), SizeIs(glyphOf('!').vertexCount));
+    EXPECT_THAT(verticesOf("~"), SizeIs(glyphOf('~').vertexCount));
+}
+
 TEST(TextMesh, TwoSpacesMoveThePenByTwiceTheirWidth)
 {
     EXPECT_FLOAT_EQ(stepBetweenEqualGlyphs("I  I").x, glyphOf('I').advance + 0.8f);

@@ -9,6 +9,7 @@
 #include <Ogre.h>
 
 #include <cmath>
+#include <utility>
 
 namespace vrk::visual {
 namespace {
@@ -51,6 +52,19 @@ TEST_F(CameraTest, HorizontalAngleIsKeptInAWideWindow)
     EXPECT_FLOAT_EQ(camera.getAspectRatio(), 2.0f);
     EXPECT_LT(camera.getVFOV(), camera.getHFOV());
     EXPECT_NEAR(camera.getVFOV(), 2 * std::atan(std::tan(startFOV * 0.5) / 2), 1e-6);
+}
+
+TEST_F(CameraTest, FitOfTheAnglesSpreadsTheViewOverTheTargetAgain)
+{
+    Ogre::Viewport& view = *camera.ogreCamera()->getViewport();
+    view.setDimensions(0.25f, 0, 0.5f, 0.5f);
+    camera.ogreCamera()->setAspectRatio(7);
+
+    camera.updateFOV();
+
+    EXPECT_EQ(camera.viewportWidth(), 400u);
+    EXPECT_EQ(camera.viewportHeight(), 300u);
+    EXPECT_FLOAT_EQ(camera.getAspectRatio(), 4.0f / 3);
 }
 
 TEST_F(CameraTest, VerticalAngleIsHeldBelowHalfATurnInATallWindow)
@@ -116,6 +130,36 @@ TEST_F(CameraTest, RenderTargetGivesASizeAndTheBackground)
     EXPECT_EQ(camera.viewportWidth(), 320u);
     EXPECT_EQ(camera.viewportHeight(), 240u);
     EXPECT_EQ(camera.ogreCamera()->getViewport()->getBackgroundColour(), Ogre::ColourValue(0.45f, 0.45f, 0.45f, 1));
+}
+
+TEST_F(CameraTest, ViewCoversTheTargetAndIsClearedForEachPicture)
+{
+    const Ogre::Viewport& view = *camera.ogreCamera()->getViewport();
+
+    EXPECT_EQ(view.getZOrder(), 0);
+    EXPECT_EQ(Ogre::Vector4(view.getLeft(), view.getTop(), view.getWidth(), view.getHeight()),
+              Ogre::Vector4(0, 0, 1, 1));
+    EXPECT_TRUE(view.getClearEveryFrame());
+    EXPECT_EQ(view.getClearBuffers(), 3u) << "colour and depth";
+    EXPECT_TRUE(view.getOverlaysEnabled());
+    EXPECT_TRUE(view.getShadowsEnabled());
+}
+
+TEST_F(CameraTest, SizeIsThatOfTheFirstViewOfTheTarget)
+{
+    OffscreenTarget target(64, 48, 0);
+    camera.setRenderTarget(target.renderTarget());
+    target.renderTarget()->addViewport(camera.ogreCamera(), 1, 0, 0, 0.5f, 0.5f); // over it
+    EXPECT_EQ(camera.viewportWidth(), 64u);
+    EXPECT_EQ(camera.viewportHeight(), 48u);
+
+    target.renderTarget()->addViewport(camera.ogreCamera(), -1, 0, 0, 0.25f, 0.5f); // under it, so the first
+    EXPECT_EQ(camera.viewportWidth(), 16u);
+    EXPECT_EQ(camera.viewportHeight(), 24u);
+
+    target.renderTarget()->removeViewport(-1);
+    target.renderTarget()->removeViewport(1);
+    setSize(64, 64);
 }
 
 TEST_F(CameraTest, SameRenderTargetMayBeSetAgain)
@@ -202,6 +246,49 @@ TEST_F(CameraTest, WholePoseRaisesCameraMovedTwice)
     drain();
     EXPECT_EQ(moves, 4);
     EXPECT_EQ(camera.getWorldPose(), pose);
+}
+
+TEST_F(CameraTest, EachHalfOfAPoseMovesTheNodeAndRaisesCameraMovedOnce)
+{
+    const rob::Rotationf turn(0.5f, 0.5f, 0.5f, 0.5f);
+    std::vector<rob::Posef> seen;
+    const boost::signals2::scoped_connection connection =
+        broker::SignalBroker::onCameraMoved([&] { seen.push_back(camera.getWorldPose()); });
+
+    camera.setWorldPosition({1, 2, 3});
+    camera.setWorldRotation(turn);
+
+    ASSERT_EQ(seen.size(), 2u);
+    EXPECT_EQ(seen[0], rob::Posef({1, 2, 3}, rob::Rotationf())) << "raised when it has moved";
+    EXPECT_EQ(seen[1], rob::Posef({1, 2, 3}, turn));
+}
+
+TEST_F(CameraTest, StartsFromTheSettings)
+{
+    SceneSettings& settings = SceneCore::Get()->settings;
+    const float nearClip = std::exchange(settings.nearClip, 3.0f);
+    const float farClip = std::exchange(settings.farClip, 4000.0f);
+
+    const Camera& made = *scene.createCamera("from settings");
+    settings.nearClip = nearClip;
+    settings.farClip = farClip;
+
+    EXPECT_EQ(made.getScene(), &scene);
+    EXPECT_EQ(made.getSceneNode()->getName(), made.getName());
+    EXPECT_EQ(made.ogreCamera()->getName(), made.getName());
+    EXPECT_EQ(made.getSceneNode()->getParentSceneNode(), sceneManager->getRootSceneNode());
+    EXPECT_EQ(made.ogreCamera()->getParentSceneNode(), made.getSceneNode());
+    EXPECT_EQ(made.getFromPos(), settings.cameraPosition);
+    EXPECT_EQ(made.getTargetPos(), settings.cameraTarget);
+    EXPECT_EQ(made.ogreCamera()->getNearClipDistance(), 3);
+    EXPECT_EQ(made.ogreCamera()->getFarClipDistance(), 4000);
+    EXPECT_EQ(made.ogreCamera()->getRenderingDistance(), 4000);
+    EXPECT_EQ(made.getHFOV(), startFOV);
+    EXPECT_EQ(made.getRenderRate(), 60u);
+    EXPECT_FALSE(made.ogreCamera()->getAutoAspectRatio());
+    EXPECT_FALSE(made.getSceneNode()->getInheritScale());
+    ASSERT_NE(made.getViewController(), nullptr);
+    EXPECT_NE(made.getViewController(), camera.getViewController());
 }
 
 struct StartCase {

@@ -86,6 +86,16 @@ TEST_F(OrbitPivotVisualTest, IsNeitherRegisteredNorPickable)
     worldFrame->setVisible(false, false);
 }
 
+TEST_F(OrbitPivotVisualTest, AxesAreOneUnitLongBeforeTheScale)
+{
+    const OrbitPivotVisual& visual = shownAt({});
+
+    ASSERT_EQ(visual.getLines().size(), 3u);
+    for (const auto& line : visual.getLines())
+        EXPECT_FLOAT_EQ((line->getPoints().back() - line->getPoints().front()).length(), 1);
+    EXPECT_EQ(OrbitPivotVisual::ScreenRatio, 0.06f);
+}
+
 TEST_F(OrbitPivotVisualTest, ScaleFollowsTheDistanceInEachPicture)
 {
     const OrbitPivotVisual& visual = shownAt({});

@@ -6,20 +6,20 @@
 #include "scene/core/SceneCore.h"
 #include "selection/VisualSelection.h"
 #include "support/SceneFixture.h"
+#include "support/ThrowsExactly.h"
 #include "view/Camera.h"
 
 #include <Ogre.h>
 
 #include <cmath>
 #include <random>
+#include <utility>
 
 namespace vrk::visual {
 namespace {
 
 using test::isNearPoint;
 using test::pixelOf;
-using testing::StrEq;
-using testing::ThrowsMessage;
 
 constexpr float middleX = 200;
 constexpr float middleY = 150;
@@ -81,6 +81,15 @@ INSTANTIATE_TEST_SUITE_P(Table, OrbitStart,
                                          OrbitStartCase{"LookingLevelIs100UnitsAhead", 0, false},
                                          OrbitStartCase{"LookingUpIs100UnitsAhead", 1, false}),
                          [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(OrbitViewControllerTest, OrbitBelowTheGroundLookingDownTakesTheGroundBehind)
+{
+    look({0, 0, -100}, {0, 1, -1});
+
+    controller.startRotating(middleX, middleY);
+
+    EXPECT_TRUE(isNearPoint(controller.getFocalPoint(), {0, -100, 0}, 0.1f));
+}
 
 TEST_F(OrbitViewControllerTest, GroundIsWhereTheUpAxisSays)
 {
@@ -272,6 +281,42 @@ TEST_F(OrbitViewControllerTest, PanInALevelEmptyViewTakesItsSpeedFromTheOrigin)
     EXPECT_NEAR(camera.getWorldPosition().x, -2 * tanHalfHFOV * 0.1f * distance, 0.01f);
 }
 
+TEST_F(OrbitViewControllerTest, PanOnACloudPointTakesThePointAlong)
+{
+    test::addPickedCloud(world, {{0, 0, 120}});
+    look({0, 0, 500}, {0, 0, -1});
+
+    controller.translateScene(middleX, middleY, 40, 0);
+
+    EXPECT_TRUE(isNearPoint(controller.getFocalPoint(), {0, 0, 120}, 2.0f));
+}
+
+struct EmptyPanCase {
+    const char* name;
+    float slope; // of the view, along z
+    bool isLevel;
+};
+
+class EmptyPan : public OrbitViewControllerTest, public testing::WithParamInterface<EmptyPanCase> {};
+
+TEST_P(EmptyPan, TakesTheOriginInALevelViewAndElseTheGround)
+{
+    look({0, -500, 30}, {0, 1, GetParam().slope});
+    const float ground = -30 / GetParam().slope; // along y
+
+    controller.translateScene(middleX, middleY, 40, 0);
+
+    const rob::Posf expected = GetParam().isLevel ? rob::Posf() : rob::Posf(0, -500 + ground, 0);
+    EXPECT_TRUE(isNearPoint(controller.getFocalPoint(), expected, 0.5f));
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, EmptyPan,
+                         testing::Values(EmptyPanCase{"LookingJustClearlyDown", -0.102f, false},
+                                         EmptyPanCase{"LookingHardlyDown", -0.099f, true},
+                                         EmptyPanCase{"LookingHardlyUp", 0.099f, true},
+                                         EmptyPanCase{"LookingJustClearlyUp", 0.102f, false}),
+                         [](const auto& info) { return std::string(info.param.name); });
+
 TEST_F(OrbitViewControllerTest, PanInAnEmptyViewUpwardsTakesTheGroundBehind)
 {
     look({0, 0, 100}, {0, 1, 1});
@@ -347,6 +392,24 @@ TEST_F(OrbitViewControllerTest, ZoomWithNothingUnderTheMouseGoesToTheGround)
     EXPECT_NEAR(pixelOf(camera, controller.getFocalPoint()).y, 60, 0.1f);
 }
 
+TEST_F(OrbitViewControllerTest, ZoomJustClearlyDownGoesToTheGround)
+{
+    look({0, -300, 400}, {0, 1, -0.102f});
+
+    controller.zoom(middleX, middleY, 0, 1);
+
+    EXPECT_NEAR(controller.getFocalPoint().z, 0, 0.01f);
+}
+
+TEST_F(OrbitViewControllerTest, ZoomFromBelowTheGroundLookingUpGoesToTheGround)
+{
+    look({0, -300, -400}, {0, 1, 1});
+
+    controller.zoom(middleX, middleY, 0, 1);
+
+    EXPECT_TRUE(isNearPoint(controller.getFocalPoint(), {0, 100, 0}, 0.5f));
+}
+
 struct ZoomAheadCase {
     const char* name;
     float slope; // of the view, along z
@@ -366,6 +429,7 @@ TEST_P(ZoomAhead, GoesTo5000UnitsAhead)
 
 INSTANTIATE_TEST_SUITE_P(Table, ZoomAhead,
                          testing::Values(ZoomAheadCase{"InALevelView", 0}, ZoomAheadCase{"LookingHardlyDown", -0.099f},
+                                         ZoomAheadCase{"LookingHardlyUp", 0.099f},
                                          ZoomAheadCase{"WithTheGroundBehind", 1}),
                          [](const auto& info) { return std::string(info.param.name); });
 
@@ -424,12 +488,32 @@ TEST_F(OrbitViewControllerTest, ZoomFromTheFocalPointItselfFailsAndMovesNothing)
 
     for (const float delta : {1.0f, -1.0f})
         EXPECT_THAT([&] { controller.zoom(middleX, middleY, 0, delta); },
-                    ThrowsMessage<std::overflow_error>(StrEq("0-length vector cannot be normalized.")));
+                    test::throwsExactly<std::overflow_error>("0-length vector cannot be normalized."));
 
     EXPECT_EQ(camera.getWorldPosition(), rob::Posf(0, 0, 100));
 }
 
 // Settings
+
+TEST_F(OrbitViewControllerTest, LimitsAreThoseOfTheSettingsWhenItIsMade)
+{
+    SceneSettings& settings = SceneCore::Get()->settings;
+    const float stepLimit = std::exchange(settings.zoomStepLimit, 5.0f);
+    const float minDistance = std::exchange(settings.zoomMinDistance, 98.0f);
+
+    OrbitViewController other(&camera, "other");
+    settings.zoomStepLimit = stepLimit;
+    settings.zoomMinDistance = minDistance;
+    other.setOrbitPivot({});
+
+    look({0, -100, 0}, {0, 1, 0});
+    other.zoom(0, 0, 0, -1);
+    EXPECT_NEAR(camera.getWorldPosition().y, -105, 1e-3f);
+    other.zoom(0, 0, 0, 1);
+    EXPECT_NEAR(camera.getWorldPosition().y, -100, 1e-3f);
+    other.zoom(0, 0, 0, 1);
+    EXPECT_NEAR(camera.getWorldPosition().y, -98, 1e-3f);
+}
 
 TEST_F(OrbitViewControllerTest, ReservedOrbitSettingChangesNoGesture)
 {
@@ -556,8 +640,7 @@ TEST_F(CameraNavigation, ZoomFromThePivotItselfFailsOnTheRenderThread)
     camera.setOrbitPivot(camera.getWorldPose());
     camera.zoom(middleX, middleY, 0, 1);
 
-    EXPECT_THAT([this] { drain(); },
-                ThrowsMessage<std::overflow_error>(StrEq("0-length vector cannot be normalized.")));
+    EXPECT_THAT([this] { drain(); }, test::throwsExactly<std::overflow_error>("0-length vector cannot be normalized."));
 }
 
 TEST_F(CameraNavigation, PostedGestureAsksForAFrame)

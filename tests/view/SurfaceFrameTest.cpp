@@ -57,6 +57,12 @@ TEST(FrameOfNormal, NormalAlongXTakesItsXAxisFromY)
     EXPECT_TRUE(hasAxes(frameOfNormal({-1, 0, 0}), {0, 1, 0}, {0, 0, -1}, {-1, 0, 0}));
 }
 
+TEST(FrameOfNormal, NormalIsAlongXUpToAThousandth)
+{
+    EXPECT_TRUE(hasAxes(frameOfNormal({1, 0, 0.0009f}), {0, 1, 0}, {0, 0, 1}, {1, 0, 0.0009f}));
+    EXPECT_TRUE(hasAxes(frameOfNormal({1, 0, 0.0011f}), {0.0011f, 0, -1}, {0, 1, 0}, {1, 0, 0.0011f}));
+}
+
 TEST(FrameOfNormal, NormalOfAnyLengthIsTaken)
 {
     EXPECT_TRUE(hasAxes(frameOfNormal({0, 0, -20}), {1, 0, 0}, {0, -1, 0}, {0, 0, -1}));
@@ -154,6 +160,41 @@ TEST_F(SurfaceFrame, FaceOfAnotherSolidLeavesTheWorldsAxes)
     Result pick = hitOn(box, {100, 50, 40});
     pick.face =
         Scene::GetBodyFaceInWorld(test::addPickedSolid(world, test::meshedBox(1, 2, 3), "another box")->getId(), 2);
+
+    EXPECT_TRUE(surfaceFrame(pick, out));
+
+    EXPECT_EQ(out, rob::Posef(rob::Posf(100, 50, 40)));
+}
+
+TEST_F(SurfaceFrame, FaceThatLiesElsewhereLeavesTheWorldsAxes)
+{
+    Result pick = hitOn(test::addPickedBox(world, {0, 0, 0}, {100, 100, 80}), 2, {100, 50, 40});
+    gp_Trsf moved;
+    moved.SetTranslation(gp_Vec(0, 0, 1));
+    pick.face = TopoDS::Face(pick.face.Moved(TopLoc_Location(moved)));
+
+    EXPECT_TRUE(surfaceFrame(pick, out));
+
+    EXPECT_EQ(out, rob::Posef(rob::Posf(100, 50, 40)));
+}
+
+TEST_F(SurfaceFrame, FaceIsKnownWhicheverWayItIsTurned)
+{
+    Result pick = hitOn(test::addPickedBox(world, {0, 0, 0}, {100, 100, 80}), 2, {100, 50, 40});
+    pick.face = TopoDS::Face(pick.face.Reversed());
+
+    EXPECT_TRUE(surfaceFrame(pick, out));
+
+    EXPECT_TRUE(hasAxes(out.rotation(), {0, 1, 0}, {0, 0, 1}, {1, 0, 0}));
+}
+
+TEST_F(SurfaceFrame, FaceOfAVisualThatIsNoSolidLeavesTheWorldsAxes)
+{
+    SolidVisual* box = test::addPickedBox(world, {0, 0, 0}, {100, 100, 80});
+    Result pick = hitOn(box, 2, {100, 50, 40});
+    auto* part = new Visual(world);
+    part->setType(VisualType::Part);
+    pick.visual = part;
 
     EXPECT_TRUE(surfaceFrame(pick, out));
 

@@ -1,6 +1,7 @@
 #include "platform/layout/Body.h"
 #include "scene/core/SceneCore.h"
 #include "support/SceneFixture.h"
+#include "support/ThrowsExactly.h"
 #include "view/Camera.h"
 #include "visual/FrameVisual.h"
 #include "visual/SolidVisual.h"
@@ -10,9 +11,6 @@
 
 namespace vrk::visual {
 namespace {
-
-using testing::StrEq;
-using testing::ThrowsMessage;
 
 class ViewPoses : public test::RenderTest {
 protected:
@@ -116,6 +114,44 @@ TEST_F(ViewPoses, OppositeDirectionIsAHalfTurnAboutTheCamerasXAxis)
     EXPECT_NEAR(right.x, 1, 1e-5);
 }
 
+TEST_F(ViewPoses, OppositeDirectionOfATurnedCameraKeepsItsXAxis)
+{
+    const rob::Rotationf rolled(1.0f, rob::Dirf(0, 0, 1));
+    camera.setWorldPose({{0, 0, 500}, rolled});
+
+    const rob::Posef pose = scene.getViewPoseForDir({0, 0, 1});
+
+    expectLooksAlong(pose, {0, 0, 1});
+    const rob::Dirf right = pose.rotation() * rob::Dirf(1, 0, 0);
+    EXPECT_NEAR((right - rolled * rob::Dirf(1, 0, 0)).length(), 0, 1e-5f);
+}
+
+struct SlightTurnCase {
+    const char* name;
+    float angle; // of the direction from the view
+    bool turns;
+};
+
+class SlightTurn : public ViewPoses, public testing::WithParamInterface<SlightTurnCase> {};
+
+TEST_P(SlightTurn, IsMadeOnceItsCosineIsAMillionthBelowOne)
+{
+    const float angle = GetParam().angle;
+    const rob::Posef ahead = scene.getViewPoseForDir({std::sin(angle), 0, -std::cos(angle)});
+    const rob::Posef behind = scene.getViewPoseForDir({std::sin(angle), 0, std::cos(angle)});
+
+    // The rotation is that of the limit itself, or one that looks along the very direction.
+    const rob::Dirf forward = ahead.rotation() * rob::Dirf(0, 0, -1);
+    const rob::Dirf backward = behind.rotation() * rob::Dirf(0, 0, -1);
+    EXPECT_NEAR(forward.x, GetParam().turns ? std::sin(angle) : 0, 1e-4f);
+    EXPECT_NEAR(backward.x, GetParam().turns ? std::sin(angle) : 0, 1e-4f);
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, SlightTurn,
+                         testing::Values(SlightTurnCase{"Below", 0.0012f, false},
+                                         SlightTurnCase{"Above", 0.0017f, true}),
+                         [](const auto& info) { return std::string(info.param.name); });
+
 TEST_F(ViewPoses, OtherDirectionIsReachedTheShortWay)
 {
     const rob::Posef pose = scene.getViewPoseForDir({0, 1, 0});
@@ -133,6 +169,18 @@ TEST_F(ViewPoses, DirectionWithUpFixesTheWholeRotation)
     expectLooksAlong(pose, {0, 1, 0});
     const rob::Dirf up = pose.rotation() * rob::Dirf(0, 1, 0);
     EXPECT_NEAR(up.z, 1, 1e-5);
+}
+
+TEST_F(ViewPoses, UpNeedNotStandAcrossTheDirection)
+{
+    const float h = std::sqrt(0.5f);
+
+    const rob::Posef pose = scene.getViewPoseForDir({0, h, -h}, {0, 0, 1});
+
+    expectLooksAlong(pose, {0, h, -h});
+    EXPECT_NEAR((pose.rotation() * rob::Dirf(1, 0, 0)).x, 1, 1e-5);
+    const rob::Dirf up = pose.rotation() * rob::Dirf(0, 1, 0);
+    EXPECT_NEAR((up - rob::Dirf(0, h, h)).length(), 0, 1e-5f);
 }
 
 TEST_F(ViewPoses, CenterPoseTurnsToTheOriginWhereItStands)
@@ -275,7 +323,7 @@ TEST_F(ViewPoses, FocusOnNothingVisibleIsThePresentPose)
 TEST_F(ViewPoses, FocusOnAnUnknownIdFails)
 {
     EXPECT_THAT([this] { scene.getVisualFocusPose(4711); },
-                ThrowsMessage<std::out_of_range>(StrEq("invalid unordered_map<K, T> key")));
+                test::throwsExactly<std::out_of_range>("invalid unordered_map<K, T> key"));
 }
 
 } // namespace
