@@ -233,6 +233,22 @@ TEST_F(CurveVisualTest, ClearingWithoutAnArrowDoesNothing)
     EXPECT_EQ(childrenOf(*curve).size(), 3u);
 }
 
+TEST_F(CurveVisualTest, EdgesThatWereDeletedGetNoArrow)
+{
+    CurveVisual* curve = build(wire());
+    const std::vector<EdgeVisual*> edges = edgesOf(*curve);
+    ASSERT_EQ(edges.size(), 3u);
+    scene.deleteVisual(edges[2]);
+
+    curve->addArrow(true);
+    EXPECT_NE(edges[1]->getArrow(), nullptr) << "the last that is left";
+
+    curve->clearChildren();
+    curve->clearArrow();
+    curve->addArrow(false);
+    EXPECT_TRUE(childrenOf(*curve).empty());
+}
+
 TEST_F(CurveVisualTest, ArrowIsNotPutOnAnEdgeThatIsOnlyHighlighted)
 {
     CurveVisual* curve = build(wire());
