@@ -163,6 +163,23 @@ TEST_F(SolidVisualTest, BareShapeWithoutTrianglesIsSilent)
     EXPECT_TRUE(solid->hasNoEntity());
 }
 
+TEST_F(SolidVisualTest, BareShapeWithoutTrianglesIsKnownToPickingAllTheSame)
+{
+    testing::internal::CaptureStdout();
+    SolidVisual::Build(world, BRepPrimAPI_MakeBox(1, 1, 1).Shape(), "Body", "BodySelected", "BodyHighlighted");
+
+    EXPECT_TRUE(testing::internal::GetCapturedStdout().empty());
+    Visual* last = nullptr;
+    for (Visual* child : world->getChildren())
+        last = child;
+    auto* solid = dynamic_cast<SolidVisual*>(last);
+    ASSERT_NE(solid, nullptr);
+    EXPECT_TRUE(solid->hasNoEntity());
+    EXPECT_TRUE(picking.hasVisual(solid));
+    picking.update();
+    EXPECT_FALSE(picking.select(Ray({0.5f, 0.5f, 10}, {0, 0, -1})).hit);
+}
+
 TEST_F(SolidVisualTest, OperationsWithoutEntityDoNothing)
 {
     SolidVisual* solid = SolidVisual::Build(world, TopoDS_Shape(), "Body");
