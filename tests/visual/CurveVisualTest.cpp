@@ -7,6 +7,7 @@
 #include "support/SceneFixture.h"
 #include "visual/EdgeVisual.h"
 #include "visual/Edges.h"
+#include "visual/LineVisual.h"
 
 #include <Standard_TypeMismatch.hxx>
 #include <TopLoc_Location.hxx>
@@ -198,6 +199,22 @@ TEST_F(CurveVisualTest, LooksReachEveryEdge)
     EXPECT_THAT(looks(), testing::Each("BodyCurveHighlighted"));
     curve->clearHighlightOrSelect();
     EXPECT_THAT(looks(), testing::Each("BodyCurve"));
+}
+
+TEST_F(CurveVisualTest, LooksReachNothingButTheEdges)
+{
+    CurveVisual* curve = build(wire());
+    std::vector<rob::Posf> points{{0, 0, 0}, {1, 0, 0}};
+    auto* other = LineVisual::Build(curve, &points);
+    other->setMaterial("PreviewCurve", "PathLineSelected", "PathLineHighlighted");
+
+    curve->setSelected();
+    EXPECT_EQ(test::materialOf(*other), "PreviewCurve");
+    curve->setHighlighted();
+    EXPECT_EQ(test::materialOf(*other), "PreviewCurve");
+    other->setSelected();
+    curve->resetAppearance();
+    EXPECT_EQ(test::materialOf(*other), "PathLineSelected");
 }
 
 TEST_F(CurveVisualTest, ForwardArrowIsOnTheLastEdgeAndBackwardArrowOnTheFirst)

@@ -143,7 +143,7 @@ TEST_F(MeshVisualTest, GlobalMeshComesBeforeARegisteredOneOfItsName)
     EXPECT_EQ(visual->getMesh(), manager.getGlobalMesh(name));
     scene.deleteVisual(visual);
 
-    EXPECT_EQ(manager.getMesh(name), registered) << "not the one that it drew";
+    ASSERT_EQ(manager.getMesh(name), registered) << "not the one that it drew";
     EXPECT_TRUE(manager.hasGlobalMesh(name));
     manager.deleteMesh(registered);
 }

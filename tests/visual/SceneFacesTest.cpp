@@ -99,6 +99,17 @@ TEST_F(SceneFaces, SelectedFaceShowsNoHighlightAndRecordsNone)
     EXPECT_TRUE(same(bufferColor(3), base));
 }
 
+TEST_F(SceneFaces, HighlightThatMovesToASelectedFaceEndsWhereItWas)
+{
+    scene.selectBaseFace(solid->getId(), 3);
+    scene.highlightFace(solid, 2);
+
+    scene.highlightFace(solid, 3);
+
+    EXPECT_TRUE(same(bufferColor(2), stored));
+    EXPECT_TRUE(same(bufferColor(3), base));
+}
+
 TEST_F(SceneFaces, BaseAndSideFacesHaveTheirColours)
 {
     scene.selectBaseFace(solid->getId(), 1);
@@ -187,11 +198,19 @@ TEST_F(SceneFaces, BodyFaceIsThatOfTheFaceMap)
 
 TEST_F(SceneFaces, BodyFaceOutOfRangeFails)
 {
-    try {
-        Scene::GetBodyFace(solid->getId(), 7);
-        FAIL() << "no failure";
-    } catch (const Standard_OutOfRange& failure) {
-        EXPECT_THAT(failure.GetMessageString(), StrEq("NCollection_IndexedMap::FindKey"));
+    for (const unsigned face : {7u, 0u}) {
+        SCOPED_TRACE(face);
+        for (const bool inWorld : {false, true}) {
+            try {
+                if (inWorld)
+                    Scene::GetBodyFaceInWorld(solid->getId(), face);
+                else
+                    Scene::GetBodyFace(solid->getId(), face);
+                FAIL() << "no failure";
+            } catch (const Standard_OutOfRange& failure) {
+                EXPECT_THAT(failure.GetMessageString(), StrEq("NCollection_IndexedMap::FindKey"));
+            }
+        }
     }
 }
 
