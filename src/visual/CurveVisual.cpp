@@ -9,6 +9,8 @@
 #include <TopoDS.hxx>
 #include <TopoDS_Wire.hxx>
 
+#include <algorithm>
+
 namespace vrk::visual {
 namespace {
 
@@ -65,15 +67,25 @@ void CurveVisual::addEdge(const std::string& prefix, const TopoDS_Edge& edge)
         edges.push_back(*built);
 }
 
+void CurveVisual::dropDeletedEdges()
+{
+    const VisualChildren children = getChildren();
+    std::erase_if(edges, [&](const EdgeVisual* edge) {
+        return std::find(children.begin(), children.end(), edge) == children.end();
+    });
+}
+
 void CurveVisual::addArrow(bool forward)
 {
     arrowForward = forward;
+    dropDeletedEdges();
     if (!edges.empty())
         (forward ? edges.back() : edges.front())->addArrow(forward);
 }
 
 void CurveVisual::clearArrow()
 {
+    dropDeletedEdges();
     for (EdgeVisual* edge : edges)
         edge->clearArrow();
 }

@@ -40,6 +40,7 @@ public:
 
 private:
     void addEdge(const std::string& prefix, const TopoDS_Edge& edge);
+    void dropDeletedEdges();
 
     TopoDS_Shape shape;
     bool arrowForward = false;

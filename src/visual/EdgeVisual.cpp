@@ -9,6 +9,7 @@
 #include <Poly_Polygon3D.hxx>
 #include <TopLoc_Location.hxx>
 
+#include <algorithm>
 #include <utility>
 
 namespace vrk::visual {
@@ -57,8 +58,11 @@ void EdgeVisual::addArrow(bool forward)
 
 void EdgeVisual::clearArrow()
 {
-    if (arrow)
-        Delete(std::exchange(arrow, nullptr));
+    MeshVisual* latest = std::exchange(arrow, nullptr);
+    const VisualChildren children = getChildren();
+    // It may have been deleted like any other visual.
+    if (latest && std::find(children.begin(), children.end(), latest) != children.end())
+        Delete(latest);
 }
 
 void EdgeVisual::update()

@@ -1,6 +1,7 @@
 #include "visual/Picking.h"
 
 #include "selection/VisualSelection.h"
+#include "visual/SolidVisual.h"
 
 #include <TopoDS_Shape.hxx>
 
@@ -81,7 +82,10 @@ void setCompoundObjectEnabled(Visual* visual, bool enabled)
 
 void updateShapeFaces(SolidVisual* visual)
 {
-    tell([&](auto& service) { service.updateShapeFaces(visual); });
+    tell([&](auto& service) {
+        if (service.hasVisual(visual))
+            service.updateShapeFaces(visual);
+    });
 }
 
 } // namespace vrk::visual::picking

@@ -33,7 +33,7 @@ void addFrameVisual(InstanceFrameVisual* visual);
 void removeCompoundObject(Visual* visual);
 void setObjectEnabled(Visual* visual, bool enabled);
 void setCompoundObjectEnabled(Visual* visual, bool enabled);
-/// The set of faces that the solid shows changed.
+/// The set of faces that the solid shows changed. One that cannot be picked stays so.
 void updateShapeFaces(SolidVisual* visual);
 
 } // namespace picking

@@ -58,8 +58,7 @@ SolidVisual* SolidVisual::Build(Visual* parent, const TopoDS_Shape& shape, const
 {
     auto* visual = new SolidVisual(shape, parent);
     visual->load(false);
-    if (visual->entity)
-        visual->setMaterial(material, {}, {});
+    visual->setMaterial(material, {}, {});
     return visual;
 }
 
@@ -87,10 +86,9 @@ void SolidVisual::Build(Visual* parent, const TopoDS_Shape& shape, const std::st
 {
     auto* visual = new SolidVisual(shape, parent);
     visual->load(false);
-    if (visual->entity) {
-        visual->setMaterial(base, selected, highlighted);
-        picking::addShape(shape, visual, false);
-    }
+    // Also without triangles, unlike a body of the station: there is then nothing to draw and nothing to hit.
+    visual->setMaterial(base, selected, highlighted);
+    picking::addShape(shape, visual, false);
     WireFrameVisual::Build(visual, shape);
 }
 

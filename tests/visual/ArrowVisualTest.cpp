@@ -57,7 +57,7 @@ TEST_F(ArrowVisualTest, ArrowStandsAtItsPointAndPointsAlongTheDirection)
     EXPECT_EQ(arrow->getMeshName(), "mfg_arrow");
     EXPECT_EQ(arrow->getEntity()->getRenderQueueGroup(), renderGroup::lines);
     EXPECT_EQ(colorOf(*arrow), Ogre::Vector4(1, 0xA7 / 255.0f, 0x25 / 255.0f, 1));
-    for (const auto look : {&Visual::resetAppearance, &Visual::setHighlighted}) {
+    for (const auto look : {&Visual::setSelected, &Visual::resetAppearance, &Visual::setHighlighted}) {
         (arrow->*look)();
         EXPECT_EQ(arrow->getEntity()->getSubEntity(0)->getMaterialName(), "Axis");
     }
@@ -168,6 +168,19 @@ TEST_F(ArrowVisualTest, SecondArrowLeavesTheFirst)
     visual->clearArrow();
     EXPECT_EQ(visual->getArrow(), nullptr);
     EXPECT_EQ(test::childrenOf(*visual), std::vector<Visual*>{const_cast<MeshVisual*>(first)});
+}
+
+TEST_F(ArrowVisualTest, ArrowThatWasDeletedIsNotClearedAgain)
+{
+    EdgeVisual* visual = buildEdge(world, test::straightEdge({10, 0, 0}, {40, 0, 0}));
+    visual->addArrow(true);
+    visual->addArrow(false);
+    scene.deleteVisual(visual->getArrow());
+
+    visual->clearArrow();
+
+    EXPECT_EQ(visual->getArrow(), nullptr);
+    EXPECT_EQ(test::childrenOf(*visual).size(), 1u) << "the one before stays";
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 #include "support/SceneFixture.h"
 #include "visual/EdgeVisual.h"
 #include "visual/Edges.h"
+#include "visual/LineVisual.h"
 
 #include <Standard_TypeMismatch.hxx>
 #include <TopLoc_Location.hxx>
@@ -200,6 +201,22 @@ TEST_F(CurveVisualTest, LooksReachEveryEdge)
     EXPECT_THAT(looks(), testing::Each("BodyCurve"));
 }
 
+TEST_F(CurveVisualTest, LooksReachNothingButTheEdges)
+{
+    CurveVisual* curve = build(wire());
+    std::vector<rob::Posf> points{{0, 0, 0}, {1, 0, 0}};
+    auto* other = LineVisual::Build(curve, &points);
+    other->setMaterial("PreviewCurve", "PathLineSelected", "PathLineHighlighted");
+
+    curve->setSelected();
+    EXPECT_EQ(test::materialOf(*other), "PreviewCurve");
+    curve->setHighlighted();
+    EXPECT_EQ(test::materialOf(*other), "PreviewCurve");
+    other->setSelected();
+    curve->resetAppearance();
+    EXPECT_EQ(test::materialOf(*other), "PathLineSelected");
+}
+
 TEST_F(CurveVisualTest, ForwardArrowIsOnTheLastEdgeAndBackwardArrowOnTheFirst)
 {
     CurveVisual* curve = build(wire());
@@ -231,6 +248,22 @@ TEST_F(CurveVisualTest, ClearingWithoutAnArrowDoesNothing)
     curve->clearArrow();
 
     EXPECT_EQ(childrenOf(*curve).size(), 3u);
+}
+
+TEST_F(CurveVisualTest, EdgesThatWereDeletedGetNoArrow)
+{
+    CurveVisual* curve = build(wire());
+    const std::vector<EdgeVisual*> edges = edgesOf(*curve);
+    ASSERT_EQ(edges.size(), 3u);
+    scene.deleteVisual(edges[2]);
+
+    curve->addArrow(true);
+    EXPECT_NE(edges[1]->getArrow(), nullptr) << "the last that is left";
+
+    curve->clearChildren();
+    curve->clearArrow();
+    curve->addArrow(false);
+    EXPECT_TRUE(childrenOf(*curve).empty());
 }
 
 TEST_F(CurveVisualTest, ArrowIsNotPutOnAnEdgeThatIsOnlyHighlighted)

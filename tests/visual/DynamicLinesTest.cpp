@@ -105,6 +105,7 @@ TEST_F(DynamicLinesTest, TwoPointsFillABufferOfTwo)
     EXPECT_THAT(uploaded(line), ElementsAre(rob::Posf(1, 2, 3), rob::Posf(4, 5, 6)));
     EXPECT_EQ(buffer()->getUsage(), Ogre::HardwareBuffer::HBU_DYNAMIC_WRITE_ONLY);
     EXPECT_EQ(buffer()->getNumVertices(), 2u);
+    EXPECT_FALSE(buffer()->hasShadowBuffer());
 }
 
 TEST_F(DynamicLinesTest, GrowingDoublesTheCapacity)

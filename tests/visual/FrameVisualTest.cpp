@@ -92,7 +92,28 @@ TEST_F(FrameVisualTest, DashesEndAtWholeUnits)
 
     // A gap of 14.59 units and a dash of 23.61, cut down at each end.
     EXPECT_THAT(alongX(frame), ElementsAre(0, 23, 37, 60, 74, 100));
+    EXPECT_THAT(uploaded(axis(frame, 1)).at(3), rob::Posf(0, 60, 0));
     EXPECT_THAT(uploaded(axis(frame, 2)).at(3), rob::Posf(0, 0, 60));
+    EXPECT_THAT(materialsOf(frame), ElementsAre("RedFrameLine", "GreenFrameLine", "BlueFrameLine"));
+    EXPECT_EQ(axis(frame, 1).getRenderOpType(), RenderOpType::Lines);
+}
+
+TEST_F(FrameVisualTest, SizeIsBroughtToTheGpuByTheFramesOwnUpdate)
+{
+    class UpdatedFrame : public FrameVisual {
+    public:
+        using FrameVisual::FrameVisual;
+        void update() override { ++updates; }
+        int updates = 0;
+    };
+    UpdatedFrame frame(world, 10.0f);
+    ASSERT_EQ(frame.updates, 0);
+
+    frame.setFrameSize(40);
+
+    EXPECT_EQ(frame.updates, 1);
+    EXPECT_EQ(axis(frame, 0).getPoints().at(1), rob::Posf(40, 0, 0));
+    EXPECT_THAT(alongX(frame), ElementsAre(0, 10)) << "this one uploads nothing";
 }
 
 TEST_F(FrameVisualTest, NoDashesMeanOne)

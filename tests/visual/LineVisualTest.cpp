@@ -59,6 +59,22 @@ TEST_F(LineVisualTest, HiddenVisualKeepsItsBuffersUntilTheFirstUpdateAfterItIsSh
     EXPECT_THAT(uploaded(*line), ElementsAre(rob::Posf(1, 2, 3), rob::Posf(4, 5, 6)));
 }
 
+TEST_F(LineVisualTest, EditedLineIsCulledByWhereItReachesNow)
+{
+    auto* visual = new LineVisual(world);
+    DynamicLines* line = visual->createDynamicLine(RenderOpType::LineStrip);
+    line->addPoint(0, 0, 0);
+    line->addPoint(1, 0, 0);
+    visual->update();
+    sceneManager->getRootSceneNode()->_update(true, false);
+
+    line->setPoint(1, {500, 0, 0});
+    visual->update();
+    sceneManager->getRootSceneNode()->_update(true, false);
+
+    EXPECT_EQ(visual->getSceneNode()->_getWorldAABB(), Ogre::AxisAlignedBox(0, 0, 0, 500, 0, 0));
+}
+
 TEST_F(LineVisualTest, PreviewCurveIsAStripInItsMaterial)
 {
     std::vector<rob::Posf> points{{0, 0, 0}, {1, 0, 0}, {1, 1, 0}};
@@ -70,8 +86,11 @@ TEST_F(LineVisualTest, PreviewCurveIsAStripInItsMaterial)
     EXPECT_EQ(visual->getLines()[0]->getRenderOpType(), RenderOpType::LineStrip);
     EXPECT_EQ(uploaded(*visual->getLines()[0]), points);
     EXPECT_EQ(test::materialOf(*visual), "PreviewCurve");
-    visual->setSelected();
-    EXPECT_EQ(test::materialOf(*visual), "PreviewCurve");
+    for (void (Visual::*state)() : {&Visual::setSelected, &Visual::setHighlighted, &Visual::resetAppearance}) {
+        visual->showMaterial("PathLine");
+        (visual->*state)();
+        EXPECT_EQ(test::materialOf(*visual), "PreviewCurve");
+    }
 }
 
 TEST_F(LineVisualTest, PreviewCurveOfOnePointDrawsNothing)

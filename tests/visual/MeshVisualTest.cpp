@@ -5,6 +5,7 @@
 #include "platform/layout/Layout.h"
 #include "platform/layout/Part.h"
 #include "platform/sdf/SdfManager.h"
+#include "selection/SelectableObject.h"
 #include "selection/VisualSelection.h"
 #include "support/SceneFixture.h"
 #include "support/TempFolder.h"
@@ -56,8 +57,27 @@ TEST_F(MeshVisualTest, StlBodyIsRegisteredPickableAndColoured)
     EXPECT_TRUE(MeshManager::Get()->hasMesh(file));
     EXPECT_EQ(visual->getEntity()->getSubEntity(0)->getMaterialName(), "MeshBody");
     EXPECT_TRUE(colorOf(*visual).positionEquals(Ogre::Vector4(1, 0x80 / 255.0f, 0, 1), 1e-6f));
+    EXPECT_EQ(Scene::GetVisual(visual->getId()), visual);
+    EXPECT_FALSE(selection::VisualSelection::Get()->getObject(visual)->priority);
     visual->setSelected();
     EXPECT_EQ(visual->getEntity()->getSubEntity(0)->getMaterialName(), "MeshBodySelected");
+    visual->setHighlighted();
+    EXPECT_EQ(visual->getEntity()->getSubEntity(0)->getMaterialName(), "MeshBodyHighlighted");
+}
+
+TEST_F(MeshVisualTest, DetectableIsThatOfThePart)
+{
+    const std::string file = writeTriangle("detectable.stl");
+    auto part = std::make_shared<layout::Part>(sdf::SdfManager::inst().generateId(), "part");
+    const auto body = part->addBody("body");
+    body->setGeometry(file, "stl");
+    part->setDetectable(false);
+    layout::Layout::inst().addPart(part);
+
+    MeshVisual::Build(world, body.get());
+
+    EXPECT_FALSE(selection::VisualSelection::Get()->isDetectable(Scene::GetVisual(body->getId())));
+    EXPECT_TRUE(selection::VisualSelection::Get()->isDetectable(buildStl(file)));
 }
 
 TEST_F(MeshVisualTest, CountsOneBodyAndOneFace)
@@ -109,6 +129,23 @@ TEST_F(MeshVisualTest, GlobalMeshIsFoundByNameAndSurvives)
     EXPECT_TRUE(MeshManager::Get()->hasGlobalMesh("path_arrow_head"));
     EXPECT_TRUE(Ogre::MeshManager::getSingleton().resourceExists(
         "path_arrow_head", Ogre::ResourceGroupManager::DEFAULT_RESOURCE_GROUP_NAME));
+}
+
+TEST_F(MeshVisualTest, GlobalMeshComesBeforeARegisteredOneOfItsName)
+{
+    const std::string name = "torus_half"; // a component: its name is free at OGRE
+    MeshManager& manager = *MeshManager::Get();
+    Mesh* registered = MeshManager::CreateMesh(name, {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {0, 1, 2});
+    manager.addMesh(registered);
+    auto* visual = new MeshVisual("of two meshes", world);
+
+    visual->attachMesh(name);
+    EXPECT_EQ(visual->getMesh(), manager.getGlobalMesh(name));
+    scene.deleteVisual(visual);
+
+    ASSERT_EQ(manager.getMesh(name), registered) << "not the one that it drew";
+    EXPECT_TRUE(manager.hasGlobalMesh(name));
+    manager.deleteMesh(registered);
 }
 
 TEST_F(MeshVisualTest, RegisteredMeshEndsWithItsVisual)
@@ -190,19 +227,34 @@ TEST_F(MeshVisualTest, ColourIsItsOwnEvenWhereTheMeshIsShared)
     EXPECT_EQ(colorOf(*first), Ogre::Vector4(1, 0, 0, 1));
 }
 
+TEST_F(MeshVisualTest, MalformedColourTextPassesOutAndChangesNothing)
+{
+    MeshVisual* visual = buildStl(writeTriangle("malformed.stl"), "#FF0000");
+
+    EXPECT_THAT([&] { visual->setColor(std::string("#F")); }, testing::Throws<std::out_of_range>());
+    EXPECT_THAT([&] { visual->setColor(std::string("#XYZ123")); },
+                test::throwsExactly<std::invalid_argument>("invalid stoi argument"));
+
+    EXPECT_EQ(colorOf(*visual), Ogre::Vector4(1, 0, 0, 1));
+}
+
 TEST_F(MeshVisualTest, CopyIsSeeThroughAndLeavesTheMesh)
 {
     const std::string file = writeTriangle("copied.stl");
     MeshVisual* visual = buildStl(file);
+    visual->setPosition(1, 2, 3);
 
     auto* copy = static_cast<MeshVisual*>(visual->copy(world).value());
 
     EXPECT_TRUE(copy->isCopied());
+    EXPECT_EQ(copy->getPose(), visual->getPose());
     EXPECT_EQ(copy->getId(), visual->getId());
     EXPECT_THAT(copy->getName(), testing::StartsWith(visual->getName()));
     EXPECT_EQ(copy->getMesh(), visual->getMesh());
-    copy->setSelected();
-    EXPECT_EQ(copy->getEntity()->getSubEntity(0)->getMaterialName(), "TransBody");
+    for (void (Visual::*state)() : {&Visual::resetAppearance, &Visual::setSelected, &Visual::setHighlighted}) {
+        (copy->*state)();
+        EXPECT_EQ(copy->getEntity()->getSubEntity(0)->getMaterialName(), "TransBody");
+    }
     delete copy;
     EXPECT_TRUE(MeshManager::Get()->hasMesh(file));
 }

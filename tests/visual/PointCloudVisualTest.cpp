@@ -51,17 +51,25 @@ protected:
             names.push_back(section->getMaterialName());
         return names;
     }
-    static Points drawnBy(Section& section)
+    /// What lies in the buffer of a section for each vertex.
+    template <typename Value>
+    static std::vector<Value> valuesOf(Section& section, Ogre::VertexElementSemantic semantic)
     {
         const Ogre::VertexData& data = *section.getRenderOperation()->vertexData;
-        const Ogre::VertexElement& position = *data.vertexDeclaration->findElementBySemantic(Ogre::VES_POSITION);
-        const Ogre::HardwareVertexBufferSharedPtr buffer = data.vertexBufferBinding->getBuffer(position.getSource());
+        const Ogre::VertexElement& element = *data.vertexDeclaration->findElementBySemantic(semantic);
+        const Ogre::HardwareVertexBufferSharedPtr buffer = data.vertexBufferBinding->getBuffer(element.getSource());
         const Ogre::HardwareBufferLockGuard lock(buffer, Ogre::HardwareBuffer::HBL_READ_ONLY);
-        Points points(data.vertexCount);
-        for (std::size_t i = 0; i < points.size(); ++i)
-            std::memcpy(&points[i], static_cast<const char*>(lock.pData) + i * buffer->getVertexSize(),
-                        sizeof points[i]);
-        return points;
+        std::vector<Value> values(data.vertexCount);
+        for (std::size_t i = 0; i < values.size(); ++i)
+            std::memcpy(&values[i],
+                        static_cast<const char*>(lock.pData) + i * buffer->getVertexSize() + element.getOffset(),
+                        sizeof values[i]);
+        return values;
+    }
+    static Points drawnBy(Section& section) { return valuesOf<rob::Posf>(section, Ogre::VES_POSITION); }
+    static layout::PointCloud::Normals normalsOf(Section& section)
+    {
+        return valuesOf<rob::Vec3f>(section, Ogre::VES_NORMAL);
     }
     static Points drawnBy(const Visual& cloud, std::size_t section)
     {
@@ -139,6 +147,9 @@ TEST_F(PointCloudVisualTest, NormalsOfEveryPointSelectThePhongMaterials)
     for (Section* section : objectOf(*cloud).getSections())
         EXPECT_NE(section->getRenderOperation()->vertexData->vertexDeclaration->findElementBySemantic(Ogre::VES_NORMAL),
                   nullptr);
+    EXPECT_THAT(normalsOf(*objectOf(*cloud).getSections()[0]),
+                ElementsAre(fiveNormals[0], fiveNormals[2], fiveNormals[3], fiveNormals[4]));
+    EXPECT_THAT(normalsOf(*objectOf(*cloud).getSections()[1]), ElementsAre(fiveNormals[1]));
 }
 
 TEST_F(PointCloudVisualTest, NormalsOfAnotherNumberSelectThePlainMaterials)
@@ -289,6 +300,16 @@ TEST_F(PointCloudVisualTest, RebuildKeepsAHiddenCloudHiddenAndUnpickable)
     cloud->updateRenderPrimitive();
     EXPECT_TRUE(objectOf(*cloud).getVisible());
     EXPECT_TRUE(service().isEnabled(cloud));
+}
+
+TEST_F(PointCloudVisualTest, RebuildGivesWhatIsDrawnTheVisibilityOfTheVisual)
+{
+    PointCloudVisual* cloud = build(fivePoints);
+    objectOf(*cloud).setVisible(false);
+
+    cloud->updateRenderPrimitive();
+
+    EXPECT_TRUE(objectOf(*cloud).getVisible());
 }
 
 TEST_F(PointCloudVisualTest, EachRebuildIsNewToThePickingService)

@@ -174,6 +174,40 @@ TEST_F(SceneEdges, SelectedGeneratedEdgeIsTheOnlySelection)
     EXPECT_EQ(test::materialOf(*visual), "BodyCurveSelected");
 }
 
+TEST_F(SceneEdges, SelectingAGeneratedEdgeEndsTheHighlights)
+{
+    scene.addGeneratedEdge(id, edge);
+    drain();
+    const auto highlights = {std::function<void()>([this] { scene.highlightFace(solid, 1); }),
+                             std::function<void()>([this] { scene.highlightEdge(solid, other); }),
+                             std::function<void()>([this] { scene.setVisualHighlighted(solid); })};
+
+    for (const std::function<void()>& highlight : highlights) {
+        highlight();
+        scene.selectGeneratedEdge(id, edge);
+        EXPECT_EQ(postsOf([this] { scene.clearHighlightedVisual(); }), 0);
+        drain();
+    }
+}
+
+TEST_F(SceneEdges, EdgeThatIsOnlyHighlightedIsNotAGeneratedOne)
+{
+    scene.highlightEdge(solid, edge);
+    drain();
+
+    scene.addEdgeArrow(id, edge, true);
+    scene.selectGeneratedEdge(id, edge);
+    drain();
+    EXPECT_THAT(scene.getSelectedVisuals(), IsEmpty());
+
+    scene.highlightEdge(solid, edge);
+    scene.addEdgeArrow(id, edge, true);
+    scene.removeGeneratedEdge(id, edge);
+    const std::vector<Visual*> drawn = highlighted();
+    ASSERT_THAT(drawn, SizeIs(1));
+    EXPECT_EQ(static_cast<EdgeVisual*>(drawn.front())->getArrow(), nullptr);
+}
+
 TEST_F(SceneEdges, SelectingAnEdgeThatWasNotGeneratedOnlyClears)
 {
     scene.setVisualSelected(id);
@@ -194,6 +228,35 @@ TEST_F(SceneEdges, HighlightedEdgeIsDrawnUnderItsVisual)
     EXPECT_THAT(drawn.front()->getName(), StartsWith("highlighted_edge"));
     EXPECT_EQ(test::materialOf(*drawn.front()), "BodyCurveHighlighted");
     EXPECT_FALSE(Scene::HasVisual(drawn.front()->getId()));
+    drawn.front()->setSelected();
+    EXPECT_EQ(test::materialOf(*drawn.front()), "BodyCurveSelected");
+    drawn.front()->setHighlighted();
+    EXPECT_EQ(test::materialOf(*drawn.front()), "BodyCurveHighlighted");
+}
+
+TEST_F(SceneEdges, HighlightMovesWithTheSameEdgeToAnotherVisual)
+{
+    auto* owner = new Visual(world);
+    scene.highlightEdge(solid, edge);
+
+    scene.highlightEdge(owner, edge);
+
+    EXPECT_THAT(highlighted(), IsEmpty());
+    EXPECT_THAT(childrenOfType(*owner, VisualType::Edge), SizeIs(1));
+    scene.clearHighlightedEdge();
+    drain();
+    EXPECT_THAT(childrenOfType(*owner, VisualType::Edge), IsEmpty());
+}
+
+TEST_F(SceneEdges, EdgeTurnedRoundIsAnotherToHighlight)
+{
+    const TopoDS_Edge turned = TopoDS::Edge(edge.Reversed());
+    scene.highlightEdge(solid, edge);
+
+    scene.highlightEdge(solid, turned);
+
+    ASSERT_THAT(highlighted(), SizeIs(1));
+    EXPECT_TRUE(static_cast<EdgeVisual*>(highlighted().front())->getEdge().IsEqual(turned));
 }
 
 TEST_F(SceneEdges, HighlightMovesFromEdgeToEdge)

@@ -1,13 +1,23 @@
 #include "mesh/MeshManager.h"
 #include "platform/broker/SignalBroker.h"
+#include "platform/geometry/BodyColorTool.h"
+#include "platform/geometry/ColorText.h"
 #include "platform/layout/Body.h"
+#include "scene/core/SceneCore.h"
+#include "selection/VisualSelection.h"
 #include "support/SceneFixture.h"
+#include "visual/MeshVisual.h"
 #include "visual/SolidVisual.h"
+#include "visual/VisualStateManager.h"
 
 #include <BRep_Tool.hxx>
+#include <Ogre.h>
 #include <Standard_OutOfRange.hxx>
+#include <TopLoc_Location.hxx>
 #include <TopoDS.hxx>
 #include <TopoDS_Face.hxx>
+
+#include <cmath>
 
 namespace vrk::visual {
 namespace {
@@ -89,6 +99,17 @@ TEST_F(SceneFaces, SelectedFaceShowsNoHighlightAndRecordsNone)
     EXPECT_TRUE(same(bufferColor(3), base));
 }
 
+TEST_F(SceneFaces, HighlightThatMovesToASelectedFaceEndsWhereItWas)
+{
+    scene.selectBaseFace(solid->getId(), 3);
+    scene.highlightFace(solid, 2);
+
+    scene.highlightFace(solid, 3);
+
+    EXPECT_TRUE(same(bufferColor(2), stored));
+    EXPECT_TRUE(same(bufferColor(3), base));
+}
+
 TEST_F(SceneFaces, BaseAndSideFacesHaveTheirColours)
 {
     scene.selectBaseFace(solid->getId(), 1);
@@ -132,14 +153,25 @@ TEST_F(SceneFaces, AllSelectedFacesAreClearedAtOnce)
     EXPECT_TRUE(same(bufferColor(2), stored));
 }
 
-TEST_F(SceneFaces, SelectingAFaceOfSomethingElseIsIgnored)
+TEST_F(SceneFaces, SelectingAFaceOfAVisualThatIsNotRegisteredFails)
 {
     auto* visual = new Visual(9000, world);
-    scene.addRenderTask([] {}, 0);
-    drain();
 
-    EXPECT_THROW(scene.selectBaseFace(9000, 1), std::out_of_range) << "it is not registered";
+    EXPECT_THROW(scene.selectBaseFace(9000, 1), std::out_of_range);
+    EXPECT_FALSE(scene.faceIsSelected(solid, 1));
     scene.deleteVisual(visual);
+}
+
+TEST_F(SceneFaces, SelectingAFaceOfSomethingElseIsIgnoredAndLeavesTheHighlight)
+{
+    auto* visual = new Visual(9000, world);
+    SceneCore::Get()->visuals.enter(visual);
+    scene.highlightFace(solid, 2);
+
+    scene.selectBaseFace(9000, 1);
+    scene.selectSideFace(9000, 1);
+
+    EXPECT_TRUE(same(bufferColor(2), lit));
 }
 
 TEST_F(SceneFaces, DyingSolidLeavesTheRecords)
@@ -166,11 +198,19 @@ TEST_F(SceneFaces, BodyFaceIsThatOfTheFaceMap)
 
 TEST_F(SceneFaces, BodyFaceOutOfRangeFails)
 {
-    try {
-        Scene::GetBodyFace(solid->getId(), 7);
-        FAIL() << "no failure";
-    } catch (const Standard_OutOfRange& failure) {
-        EXPECT_THAT(failure.GetMessageString(), StrEq("NCollection_IndexedMap::FindKey"));
+    for (const unsigned face : {7u, 0u}) {
+        SCOPED_TRACE(face);
+        for (const bool inWorld : {false, true}) {
+            try {
+                if (inWorld)
+                    Scene::GetBodyFaceInWorld(solid->getId(), face);
+                else
+                    Scene::GetBodyFace(solid->getId(), face);
+                FAIL() << "no failure";
+            } catch (const Standard_OutOfRange& failure) {
+                EXPECT_THAT(failure.GetMessageString(), StrEq("NCollection_IndexedMap::FindKey"));
+            }
+        }
     }
 }
 
@@ -188,6 +228,146 @@ TEST_F(SceneFaces, FaceOfASolidThatHardlyMovedIsUnchanged)
     solid->setPosition(0.005f, 0, 0);
 
     EXPECT_TRUE(Scene::GetBodyFaceInWorld(solid->getId(), 1).IsEqual(Scene::GetBodyFace(solid->getId(), 1)));
+}
+
+struct MoveCase {
+    const char* name;
+    rob::Posef pose;
+    bool moves;
+};
+class FaceInWorld : public SceneFaces, public testing::WithParamInterface<MoveCase> {};
+
+TEST_P(FaceInWorld, FollowsTheVisualFromAHundredthOfAUnitAndAThousandthOfATurnOn)
+{
+    solid->setPose(GetParam().pose);
+
+    const TopoDS_Face& local = Scene::GetBodyFace(solid->getId(), 1);
+    EXPECT_EQ(Scene::GetBodyFaceInWorld(solid->getId(), 1).IsEqual(local), !GetParam().moves);
+}
+
+// A turn of 2 a has the quaternion (cos a, sin a about its axis); a half turn is the one whose w alone tells nothing.
+INSTANTIATE_TEST_SUITE_P(Table, FaceInWorld,
+                         testing::Values(MoveCase{"Nowhere", {}, false},
+                                         MoveCase{"LittleAlongX", rob::Posef(rob::Posf(0.0099f, 0, 0)), false},
+                                         MoveCase{"AlongX", rob::Posef(rob::Posf(0.011f, 0, 0)), true},
+                                         MoveCase{"AlongAll", rob::Posef(rob::Posf(0.008f, 0.008f, 0.008f)), true},
+                                         MoveCase{"LittleAboutX", {{}, rob::Rotationf(1, 0.0009f, 0, 0)}, false},
+                                         MoveCase{"LittleAboutY", {{}, rob::Rotationf(1, 0, 0.0009f, 0)}, false},
+                                         MoveCase{"LittleAboutZ", {{}, rob::Rotationf(1, 0, 0, -0.0009f)}, false},
+                                         MoveCase{"AboutX", {{}, rob::Rotationf(1, 0.0012f, 0, 0)}, true},
+                                         MoveCase{"AboutY", {{}, rob::Rotationf(1, 0, -0.0012f, 0)}, true},
+                                         MoveCase{"AboutZ", {{}, rob::Rotationf(1, 0, 0, 0.0012f)}, true},
+                                         MoveCase{"WholeTurn", {{}, rob::Rotationf(-1, 0, 0, 0)}, true}),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(SceneFaces, FaceInWorldKeepsTheLocationThatItHas)
+{
+    gp_Trsf shift;
+    shift.SetTranslation(gp_Vec(0, 0, 5));
+    const TopoDS_Shape moved = test::meshedBox(1, 1, 1).Moved(TopLoc_Location(shift));
+    const auto movedBody = test::addModelBody(moved, "moved-faces");
+    SolidVisual::Build(world, movedBody.get(), moved);
+    Visual* visual = Scene::GetVisual(movedBody->getId());
+    visual->setPose({{100, 0, 0}, rob::Rotationf(std::sqrt(0.5f), std::sqrt(0.5f), 0, 0)}); // a quarter about x
+
+    const gp_XYZ place = Scene::GetBodyFaceInWorld(movedBody->getId(), 1).Location().Transformation().TranslationPart();
+
+    EXPECT_LT((place - gp_XYZ(100, -5, 0)).Modulus(), 1e-5) << "first its own location, then the pose of the visual";
+}
+
+// Solids made anew
+
+TEST_F(SceneFaces, SolidMadeAnewShowsTheNewShapeAndForgetsWhatWasHiddenAndSelected)
+{
+    auto* owner = new Visual(world);
+    owner->attachVisual(solid);
+    solid->setFaceVisible(2, false);
+    scene.selectBaseFace(solid->getId(), 1);
+    scene.setVisualSelected(solid);
+    scene.highlightFace(solid, 3);
+    drain();
+    body->setGeometry("faces-anew", "brep");
+    const TopoDS_Shape shape = test::meshedBox(1, 2, 3);
+
+    scene.updateSolidVisual(body.get(), shape);
+    EXPECT_EQ(Scene::GetVisual(body->getId()), solid) << "it is posted";
+    drain();
+
+    auto* anew = dynamic_cast<SolidVisual*>(Scene::GetVisual(body->getId()));
+    ASSERT_NE(anew, nullptr);
+    EXPECT_EQ(anew->getParent(), owner);
+    EXPECT_TRUE(anew->getShape().IsEqual(shape));
+    EXPECT_TRUE(anew->isFaceVisible(2));
+    EXPECT_FALSE(scene.faceIsSelected(anew, 1));
+    EXPECT_TRUE(Scene::GetStateManager()->visualsWithLayers().empty());
+    EXPECT_TRUE(selection::VisualSelection::Get()->hasVisual(anew));
+}
+
+TEST_F(SceneFaces, BodyThatIsShownAsAMeshIsNotMadeAnew)
+{
+    scene.deleteVisual(solid);
+    auto* mesh = new MeshVisual(world, body.get());
+    SceneCore::Get()->visuals.enter(mesh);
+    int posts = 0;
+    const boost::signals2::scoped_connection connection = broker::SignalBroker::onUpdateScene([&posts] { ++posts; });
+
+    scene.updateSolidVisual(body.get(), test::meshedBox(1, 2, 3));
+
+    EXPECT_EQ(posts, 0);
+    drain();
+    EXPECT_EQ(Scene::GetVisual(body->getId()), mesh);
+}
+
+// Colours
+
+TEST_F(SceneFaces, ResetColourReachesABodyAndTheBodiesThatAreDirectChildren)
+{
+    auto* owner = new Visual(world);
+    SceneCore::Get()->visuals.enter(owner);
+    owner->attachVisual(solid);
+    const rob::Colorf painted(0.25f, 0.5f, 0.75f);
+    const auto paint = [&] { solid->setBodyColor(painted, 1); };
+
+    paint();
+    scene.resetColor(owner->getId());
+    EXPECT_EQ(MeshManager::GetFaceColor("faces", solid->getShape(), 1), painted) << "it is posted";
+    EXPECT_TRUE(same(bufferColor(1), stored));
+
+    paint();
+    scene.resetColor(owner);
+    EXPECT_TRUE(same(bufferColor(1), stored));
+
+    paint();
+    scene.resetColor(solid->getId());
+    EXPECT_TRUE(same(bufferColor(1), stored));
+}
+
+TEST_F(SceneFaces, ResetColourDoesNotReachDeeperThanOneLevel)
+{
+    auto* assembly = new Visual(world);
+    SceneCore::Get()->visuals.enter(assembly);
+    auto* part = new Visual(assembly);
+    part->attachVisual(solid);
+    const rob::Colorf painted(0.25f, 0.5f, 0.75f);
+    solid->setBodyColor(painted, 1);
+
+    scene.resetColor(assembly->getId());
+
+    EXPECT_EQ(bufferColor(1), painted);
+}
+
+TEST_F(SceneFaces, ResetColourReachesAMeshAmongTheChildren)
+{
+    auto* owner = new Visual(world);
+    SceneCore::Get()->visuals.enter(owner);
+    MeshVisual* mesh = MeshVisual::BuildArrow(owner, {}, {0, 0, 1});
+
+    scene.resetColor(owner);
+    drain();
+
+    const auto modelColor = geometry::ParseColorText(geometry::BodyColorTool::GetBodyColor(mesh->getId()));
+    EXPECT_EQ(mesh->getEntity()->getSubEntity(0)->getCustomParameter(0),
+              Ogre::Vector4(modelColor.r, modelColor.g, modelColor.b, 1));
 }
 
 } // namespace

@@ -283,6 +283,12 @@ TEST_F(SceneSelection, PointsOfACloudEndTheHighlights)
     scene.selectPointCloud({});
 
     EXPECT_EQ(postsOf([&] { scene.clearHighlightedBody(); }), 0);
+    scene.highlightFace(solid, 1);
+    scene.selectPointCloud({});
+    EXPECT_EQ(postsOf([&] { scene.clearHighlightedFace(); }), 0);
+    scene.highlightEdge(solid, anEdgeOf(*solid));
+    scene.selectPointCloud({});
+    EXPECT_EQ(postsOf([&] { scene.clearHighlightedEdge(); }), 0);
 }
 
 TEST_F(SceneSelection, NoCloudsClearTheSelection)

@@ -101,8 +101,25 @@ TEST_F(SolidVisualTest, BareShapeIsRedAndInOneMaterial)
     EXPECT_EQ(Scene::GetVisual(solid->getId()), solid);
     EXPECT_FALSE(picking.hasVisual(solid));
     EXPECT_EQ(solid->getMeshName(), solid->getName());
+    const Ogre::SubEntity* drawn = solid->getEntity()->getSubEntity(0);
+    EXPECT_EQ(drawn->getMaterialName(), "KUKA");
+    solid->showMaterial("FANUC");
     solid->setSelected();
-    EXPECT_EQ(solid->getEntity()->getSubEntity(0)->getMaterialName(), "KUKA");
+    solid->setHighlighted();
+    EXPECT_EQ(drawn->getMaterialName(), "FANUC") << "the two states have no material";
+}
+
+TEST_F(SolidVisualTest, BodyTakesTheShapeThatItIsShownWith)
+{
+    const auto body = test::addModelBody(test::meshedBox(1, 1, 1), "takes-shape");
+    const TopoDS_Shape shown = test::meshedBox(10, 20, 30);
+
+    SolidVisual::Build(world, body.get(), shown);
+
+    EXPECT_TRUE(body->getShape().IsEqual(shown));
+    const auto& solid = static_cast<SolidVisual&>(*Scene::GetVisual(body->getId()));
+    EXPECT_TRUE(solid.getShape().IsEqual(shown));
+    EXPECT_EQ(solid.getEntity()->getBoundingBox().getMaximum(), Ogre::Vector3(10, 20, 30));
 }
 
 TEST_F(SolidVisualTest, BareShapeWithThreeMaterialsCanBePicked)
@@ -114,10 +131,14 @@ TEST_F(SolidVisualTest, BareShapeWithThreeMaterialsCanBePicked)
     for (Visual* child : children)
         last = child;
     auto* solid = static_cast<SolidVisual*>(last);
+    EXPECT_EQ(Scene::GetVisual(solid->getId()), solid);
     EXPECT_TRUE(picking.hasVisual(solid));
     EXPECT_FALSE(picking.isDetectable(solid));
+    expectColor(bufferColor(*solid, 1), 0xED / 255.0f, 0x1C / 255.0f, 0x24 / 255.0f);
     solid->setHighlighted();
     EXPECT_EQ(solid->getEntity()->getSubEntity(0)->getMaterialName(), "BodyHighlighted");
+    solid->setSelected();
+    EXPECT_EQ(solid->getEntity()->getSubEntity(0)->getMaterialName(), "BodySelected");
 }
 
 TEST_F(SolidVisualTest, BodyWithoutTrianglesStaysWithoutEntityAndSaysSo)
@@ -142,6 +163,23 @@ TEST_F(SolidVisualTest, BareShapeWithoutTrianglesIsSilent)
     EXPECT_TRUE(solid->hasNoEntity());
 }
 
+TEST_F(SolidVisualTest, BareShapeWithoutTrianglesIsKnownToPickingAllTheSame)
+{
+    testing::internal::CaptureStdout();
+    SolidVisual::Build(world, BRepPrimAPI_MakeBox(1, 1, 1).Shape(), "Body", "BodySelected", "BodyHighlighted");
+
+    EXPECT_TRUE(testing::internal::GetCapturedStdout().empty());
+    Visual* last = nullptr;
+    for (Visual* child : world->getChildren())
+        last = child;
+    auto* solid = dynamic_cast<SolidVisual*>(last);
+    ASSERT_NE(solid, nullptr);
+    EXPECT_TRUE(solid->hasNoEntity());
+    EXPECT_TRUE(picking.hasVisual(solid));
+    picking.update();
+    EXPECT_FALSE(picking.select(Ray({0.5f, 0.5f, 10}, {0, 0, -1})).hit);
+}
+
 TEST_F(SolidVisualTest, OperationsWithoutEntityDoNothing)
 {
     SolidVisual* solid = SolidVisual::Build(world, TopoDS_Shape(), "Body");
@@ -160,6 +198,29 @@ TEST_F(SolidVisualTest, CountsAreThoseOfTheMesh)
     EXPECT_EQ(solid->getFacesNum(), 6u);
     EXPECT_EQ(solid->getTrianglesNum(), 12u);
     EXPECT_EQ(solid->getVerticesNum(), 24u);
+}
+
+TEST_F(SolidVisualTest, CountsAreSumsOverThePartsOfTheMesh)
+{
+    const Ogre::MeshPtr mesh = Ogre::MeshManager::getSingleton().createManual(
+        "mesh of two parts", Ogre::ResourceGroupManager::DEFAULT_RESOURCE_GROUP_NAME);
+    for (const unsigned triangles : {1u, 2u}) {
+        Ogre::SubMesh* part = mesh->createSubMesh();
+        part->useSharedVertices = false;
+        part->vertexData = new Ogre::VertexData;
+        part->vertexData->vertexCount = 4 * triangles;
+        part->indexData->indexCount = 3 * triangles;
+    }
+    mesh->_setBounds(Ogre::AxisAlignedBox(0, 0, 0, 1, 1, 1));
+    auto* solid = new SolidVisual("solid of two parts", TopoDS_Shape(), world);
+
+    solid->attachEntity("mesh of two parts");
+
+    EXPECT_EQ(solid->getMeshName(), "mesh of two parts");
+    EXPECT_EQ(solid->getEntity()->getName(), std::to_string(solid->getId()) + "mesh of two parts");
+    EXPECT_EQ(solid->getTrianglesNum(), 3u);
+    EXPECT_EQ(solid->getVerticesNum(), 12u);
+    EXPECT_EQ(solid->getBodiesNum(), 1u);
 }
 
 TEST_F(SolidVisualTest, HidingFacesNamesThemInTheirOrder)
@@ -206,6 +267,72 @@ TEST_F(SolidVisualTest, ShowingTheSolidShowsItsHiddenFacesAndRegistersThemAnew)
     EXPECT_TRUE(picking.isEnabled(solid)) << "back at its default";
 }
 
+TEST_F(SolidVisualTest, ShowingASolidThatCannotBePickedLeavesItSo)
+{
+    SolidVisual* solid = SolidVisual::Build(world, test::meshedBox(1, 1, 1), "Body");
+    solid->setFaceVisible(1, false);
+
+    EXPECT_NO_THROW(solid->setVisible(true, true));
+
+    EXPECT_EQ(solid->getTrianglesNum(), 12u);
+    EXPECT_FALSE(picking.hasVisual(solid));
+}
+
+TEST_F(SolidVisualTest, HidingAFaceIsNotToldToPicking)
+{
+    SolidVisual* solid = buildBody("picking-not-told");
+    picking.disableObject(solid);
+
+    solid->setFaceVisible(1, false);
+    solid->setFaceVisible(1, true);
+
+    EXPECT_FALSE(picking.isEnabled(solid)) << "registered anew it would be back at its default";
+}
+
+TEST_F(SolidVisualTest, NewMeshIsDrawnUnderTheNameOfTheVisual)
+{
+    SolidVisual* solid = buildBody("named-entity");
+
+    solid->setFaceVisible(1, false);
+
+    EXPECT_EQ(solid->getEntity()->getName(), solid->getName());
+    EXPECT_EQ(solid->getEntity()->getMesh()->getName(), "named-entity_1");
+    EXPECT_EQ(solid->getSceneNode()->getAttachedObjects().size(), 1u) << "the one before is gone";
+}
+
+TEST_F(SolidVisualTest, BodyColourReachesWhatIsShownNow)
+{
+    SolidVisual* solid = buildBody("colour-shown", "#808080");
+    solid->setFaceVisible(6, false); // the last: the colours of the others are read where they are written
+
+    solid->setBodyColor({0.25f, 0.5f, 0.75f}, 1);
+    expectColor(bufferColor(*solid, 1), 0.25f, 0.5f, 0.75f);
+    expectColor(MeshManager::GetFaceColor("colour-shown", solid->getShape(), 1), 0x80 / 255.0f, 0x80 / 255.0f,
+                0x80 / 255.0f);
+
+    solid->resetColor();
+    expectColor(bufferColor(*solid, 1), 0x80 / 255.0f, 0x80 / 255.0f, 0x80 / 255.0f);
+}
+
+TEST_F(SolidVisualTest, HidingTheSolidHidesItsEdgesAndLeavesWhatKeepsItsOwnState)
+{
+    SolidVisual* solid = buildBody("hides-below");
+    auto* frame = new Visual("Local Frame", solid);
+    auto* attached = new Visual(solid);
+    attached->setAttachState(true);
+    auto* plain = new Visual(solid);
+
+    solid->setVisible(false, false);
+    EXPECT_FALSE(solid->isVisible());
+    EXPECT_FALSE(solid->getEntity()->getVisible());
+    EXPECT_TRUE(plain->isVisible());
+
+    solid->setVisible(false, true);
+    EXPECT_FALSE(plain->isVisible());
+    EXPECT_TRUE(frame->isVisible());
+    EXPECT_TRUE(attached->isVisible());
+}
+
 TEST_F(SolidVisualTest, MeshesOfHiddenFacesStayForTheNextTime)
 {
     SolidVisual* solid = buildBody("variants");
@@ -229,6 +356,17 @@ TEST_F(SolidVisualTest, EachReturnToTheWholeMeshCountsAsOneMoreUser)
     EXPECT_TRUE(hasMesh("drift"));
     MeshManager::Get()->removeOgreMesh("drift");
     EXPECT_FALSE(hasMesh("drift"));
+}
+
+TEST_F(SolidVisualTest, SolidThatDiesWithHiddenFacesGivesBackItsWholeMesh)
+{
+    SolidVisual* solid = buildBody("dies-partly-hidden");
+    solid->setFaceVisible(2, false);
+
+    scene.deleteVisual(solid);
+
+    EXPECT_FALSE(hasMesh("dies-partly-hidden"));
+    EXPECT_TRUE(hasMesh("dies-partly-hidden_2"));
 }
 
 TEST_F(SolidVisualTest, HidingTheSolidKeepsItsHiddenFaces)
@@ -288,6 +426,33 @@ TEST_F(SolidVisualTest, SelectedSolidIsDrawnInTheGroupOfTheSelected)
 
     solid->clearHighlightOrSelect();
     EXPECT_EQ(solid->getEntity()->getRenderQueueGroup(), renderGroup::normal);
+}
+
+TEST_F(SolidVisualTest, EverythingOnTheNodeOfASelectedSolidIsInItsGroup)
+{
+    SolidVisual* solid = buildBody("group-of-all");
+    Ogre::ManualObject* mark = sceneManager->createManualObject("mark of a selected solid");
+    solid->attachObject(mark);
+
+    solid->setSelected();
+    EXPECT_EQ(mark->getRenderQueueGroup(), renderGroup::selected);
+
+    solid->clearHighlightOrSelect();
+    EXPECT_EQ(mark->getRenderQueueGroup(), renderGroup::normal);
+    EXPECT_EQ(solid->getEntity()->getSubEntity(0)->getMaterialName(), "Body");
+    solid->detachObject(mark);
+    sceneManager->destroyManualObject(mark);
+}
+
+TEST_F(SolidVisualTest, NamedMaterialIsShownUntilTheNextChangeOfLook)
+{
+    SolidVisual* solid = buildBody("named-material");
+
+    solid->useNamedMaterial("KUKA");
+    EXPECT_EQ(solid->getEntity()->getSubEntity(0)->getMaterialName(), "KUKA");
+
+    solid->resetAppearance();
+    EXPECT_EQ(solid->getEntity()->getSubEntity(0)->getMaterialName(), "Body");
 }
 
 TEST_F(SolidVisualTest, HighlightedFaceIsBrighterAndNotHeldToOne)
@@ -430,6 +595,18 @@ TEST_F(SolidVisualTest, CopyIsShownWithTheChildrenThatCanBeCopied)
     EXPECT_EQ(children[0]->getId(), frame->getId());
     EXPECT_EQ(children[0]->getPosition(), rob::Posf(4, 5, 6));
     copy->clearCopiedChildren();
+    delete copy;
+}
+
+TEST_F(SolidVisualTest, CopyOfASolidWithHiddenFacesShowsAllOfThem)
+{
+    SolidVisual* solid = buildBody("copied-partly-hidden");
+    solid->setFaceVisible(1, false);
+
+    auto* copy = static_cast<SolidVisual*>(solid->copy(world).value());
+
+    EXPECT_EQ(copy->getTrianglesNum(), 12u);
+    EXPECT_TRUE(copy->isFaceVisible(1));
     delete copy;
 }
 
