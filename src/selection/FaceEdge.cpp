@@ -5,9 +5,12 @@
 #include <BRepAdaptor_Curve.hxx>
 #include <BRep_Tool.hxx>
 #include <Extrema_ExtPC.hxx>
+#include <Geom_Surface.hxx>
 #include <TopExp.hxx>
 #include <TopTools_IndexedMapOfShape.hxx>
 #include <TopoDS.hxx>
+#include <TopoDS_Edge.hxx>
+#include <TopoDS_Face.hxx>
 
 #include <algorithm>
 #include <cmath>
@@ -33,7 +36,7 @@ std::optional<PointOnEdge> nearestOn(const TopoDS_Edge& edge, const gp_Pnt& poin
     if (!BRep_Tool::IsGeometric(edge))
         return std::nullopt;
     const BRepAdaptor_Curve curve(edge);
-    const auto [first, last] = std::minmax(curve.FirstParameter(), curve.LastParameter());
+    const auto [first, last] = std::minmax({curve.FirstParameter(), curve.LastParameter()}); // by value
     const Extrema_ExtPC search(point, curve, first, last, tolerance);
     if (!search.IsDone())
         return std::nullopt;

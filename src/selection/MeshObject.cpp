@@ -80,7 +80,7 @@ void MeshObject::intersectTriangle(Result& result, const rob::TriangleTemplate<f
     if (!result.hit)
         return;
     result.visual = visual;
-    result.position = toWorld(result.position);
+    result.position = toWorld(result.position); // a touch has no place of its own: this is where the mesh stands
 }
 
 void MeshObject::intersectRay(Result& result, const visual::Ray& ray) const

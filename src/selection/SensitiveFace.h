@@ -19,6 +19,7 @@ public:
     /// @param faceIndex  its number in the map of faces, from 1.
     SensitiveFace(const TopoDS_Shape& face, unsigned faceIndex);
 
+    // Each fills the face, of a miss too.
     void intersectLine(Result& result, const rob::LineTemplate<float>& line) const override;
     void intersectTriangle(Result& result, const rob::TriangleTemplate<float>& triangle) const override;
     void intersectRay(Result& result, const visual::Ray& ray) const override;

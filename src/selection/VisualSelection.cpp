@@ -50,6 +50,10 @@ VisualSelection* VisualSelection::Get()
     return instance;
 }
 
+void VisualSelection::MarkRenderThread() {}
+
+void VisualSelection::checkThread() {}
+
 void VisualSelection::enter(SelectableObject* object, bool detectable)
 {
     object->detectable = detectable;

@@ -111,8 +111,8 @@ public:
     Result sense(const rob::TriangleTemplate<float>& triangle) const;
 
     /// In the interface for callers that mark their threads; the discipline is by convention, and both do nothing.
-    void MarkRenderThread() {}
-    void checkThread() {}
+    static void MarkRenderThread();
+    void checkThread();
 
 private:
     static constexpr unsigned clouds = 1; // the container of the clouds; all else is in 0

@@ -274,7 +274,9 @@ TEST_F(SelectableObjectTest, CurveHasAPartForEachOfItsEdges)
     for (const TopoDS_Edge& edge : {first, second})
         visual::EdgeVisual::Build(curve, "e", edge, {"BodyCurve", "BodyCurveHighlighted", "BodyCurveSelected"},
                                   visual::EdgeOrigin::Curve);
-    makeMesh(wall(5), curve); // no edge
+    makeMesh(wall(5), curve);                                                              // no edge
+    visual::EdgeVisual::Build(curve, "g", test::straightEdge({0, 0, 50}, {50, 0, 50}), {}, // laid on it, not of it
+                              visual::EdgeOrigin::Generated);
     CurveObject object({}, curve);
 
     object.update();
@@ -282,6 +284,45 @@ TEST_F(SelectableObjectTest, CurveHasAPartForEachOfItsEdges)
     ASSERT_EQ(object.primitives.size(), 2u);
     EXPECT_TRUE(rayHit(object, Ray({50, -1000, 2}, {0, 1, 0})).edge.IsSame(first));
     EXPECT_TRUE(rayHit(object, Ray({98, -1000, 50}, {0, 1, 0})).edge.IsSame(second));
+}
+
+TEST_F(SelectableObjectTest, CurveAnswersInTheWorld)
+{
+    const TopoDS_Edge edge = test::straightEdge({0, 0, 0}, {100, 0, 0});
+    visual::CurveVisual* curve = addCurve(edge);
+    curve->setPose({Posf(0, 50, 7), rob::Rotationf(std::sqrt(0.5f), 0, -std::sqrt(0.5f), 0)}); // it stands up in z
+    service.update();
+
+    const Result result = rayHit(object(curve), Ray({0, -1000, 47}, {0, 1, 0}));
+
+    ASSERT_TRUE(result.hit);
+    EXPECT_EQ(result.visual, curve);
+    EXPECT_TRUE(result.shape.IsSame(edge));
+    EXPECT_TRUE(result.edge.IsSame(edge));
+    EXPECT_EQ(result.pose, object(curve).worldPose);
+    expectNear(result.position, {0, 50, 47}, 0.01f);
+    expectNear(result.localPosition, {40, 0, 0}, 0.01f);
+}
+
+TEST_F(SelectableObjectTest, PoseOfAnEdgeCountsFromAHundredthOfAUnitAndAThousandthOfAQuaternion)
+{
+    const auto hitAt1000 = [this](const rob::Posef& pose) {
+        auto* curve = new visual::CurveVisual("curve", TopoDS_Shape(), world);
+        auto edge = visual::EdgeVisual::Build(curve, "e", test::straightEdge({0, 0, 0}, {1000, 0, 0}), {},
+                                              visual::EdgeOrigin::Curve);
+        (*edge)->setPose(pose);
+        CurveObject object({}, curve);
+        object.update();
+        return rayHit(object, Ray({1000, 100, 0}, {0, -1, 0})).localPosition;
+    };
+    const auto turned = [](float sine) {
+        return rob::Posef({}, rob::Rotationf(std::sqrt(1 - sine * sine), 0, 0, sine));
+    };
+
+    EXPECT_EQ(hitAt1000(rob::Posef(Posf(0, 0, 0.009f))).z, 0) << "as if it were at the origin";
+    EXPECT_NEAR(hitAt1000(rob::Posef(Posf(0, 0, 0.02f))).z, 0.02, 1e-4);
+    EXPECT_EQ(hitAt1000(turned(0.0009f)).y, 0) << "as if it were not turned";
+    EXPECT_NEAR(hitAt1000(turned(0.002f)).y, 4, 0.01);
 }
 
 TEST_F(SelectableObjectTest, EdgeHasNoSectionBetweenPointsThatAreOne)
@@ -300,6 +341,15 @@ TEST_F(SelectableObjectTest, EdgeHasNoSectionBetweenPointsThatAreOne)
     EXPECT_EQ(first.getEnd(), Posf(50, 0, 0));
     EXPECT_EQ(second.getStart(), Posf(50, 0, 0));
     EXPECT_EQ(second.getEnd(), Posf(100, 0, 0));
+}
+
+TEST_F(SelectableObjectTest, EdgeHasASectionBetweenPointsThatAreAllButOne)
+{
+    visual::CurveVisual* curve = addCurve(test::withPolygon(
+        BRepBuilderAPI_MakeEdge(gp_Pnt(0, 0, 0), gp_Pnt(100, 0, 0)).Edge(), {{0, 0, 0}, {2e-6, 0, 0}, {100, 0, 0}}));
+    service.update();
+
+    EXPECT_EQ(dynamic_cast<const SensitiveEdge&>(*object(curve).primitives.front()).primitives.size(), 2u);
 }
 
 TEST_F(SelectableObjectTest, EdgeOfOnePointOverAndOverHasNoPartsAndNoBox)
@@ -658,6 +708,17 @@ TEST_F(SelectableObjectTest, LowerHalfOfTheLongestAxisComesFirst)
     const auto& lower = static_cast<const SensitivePoints&>(*object(cloud).primitives[0]);
     EXPECT_EQ(lower.getIndices().front(), 0u);
     EXPECT_EQ(points[lower.getIndices().back()].y, 0);
+}
+
+TEST_F(SelectableObjectTest, PointOnTheSplitBelongsToTheUpperHalf)
+{
+    layout::PointCloud::Points points(400, Posf(0, 0, 0));
+    points.insert(points.end(), 400, Posf(0, 50, 0));
+    points.insert(points.end(), 400, Posf(0, 100, 0));
+    visual::PointCloudVisual* cloud = addCloud(points);
+    service.update();
+
+    EXPECT_THAT(groupSizes(object(cloud), points), ElementsAre(400, 800));
 }
 
 TEST_F(SelectableObjectTest, CoincidentPointsStayInOneGroupHoweverMany)

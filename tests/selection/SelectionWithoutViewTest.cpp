@@ -48,7 +48,7 @@ TEST(SelectionWithoutView, ServiceStartsCleanAndAnUpdateOfNothingIsQuiet)
     EXPECT_FALSE(service.isDirty());
     service.update();
     service.updateWorldBoxes();
-    service.MarkRenderThread();
+    VisualSelection::MarkRenderThread();
     service.checkThread();
     EXPECT_FALSE(service.isDirty());
 }

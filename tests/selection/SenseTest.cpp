@@ -59,6 +59,21 @@ TEST_F(Sense, MovedMeshIsFoundByBoth)
     EXPECT_FALSE(service.sense(acrossMiddle).hit);
 }
 
+TEST_F(Sense, TriangleOnAMeshTellsTheOriginOfTheMeshForAPlace)
+{
+    visual::MeshVisual* mesh = addMesh(wall(40));
+    mesh->setPosition(0, 20, 0);
+    service.update();
+
+    const Result result = service.sense(acrossMiddle);
+
+    ASSERT_TRUE(result.hit);
+    EXPECT_EQ(result.visual, mesh);
+    EXPECT_EQ(result.position, Posf(0, 20, 0));
+    EXPECT_EQ(result.localPosition, Posf());
+    EXPECT_EQ(result.distance, Result().distance);
+}
+
 TEST_F(Sense, WithinABodyNothingIsTouched)
 {
     addBox(100, {0, 0, 0});

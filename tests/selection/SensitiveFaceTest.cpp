@@ -167,6 +167,22 @@ TEST(SensitiveFace, HitTellsTheFaceWithItsLocationAndOrientation)
     EXPECT_EQ(result.localPosition, result.position);
 }
 
+TEST(SensitiveFace, MissTellsTheFaceAllTheSame)
+{
+    const TopoDS_Shape shape = square();
+    const SensitiveFace face(shape, 1);
+    Result byLine, byTriangle;
+
+    const Result byRay = hitOf(face, Ray({50, 3, 5}, {0, 0, -1}));
+    face.intersectLine(byLine, {{50, 3, 5}, {50, 3, -5}});
+    face.intersectTriangle(byTriangle, {{50, 3, 5}, {50, 3, -5}, {51, 3, 5}});
+
+    for (const Result& result : {byRay, byLine, byTriangle}) {
+        EXPECT_FALSE(result.hit);
+        EXPECT_TRUE(result.face.IsEqual(shape));
+    }
+}
+
 TEST(SensitiveFace, LocationIsThePoseOfItsTriangles)
 {
     gp_Trsf turn;

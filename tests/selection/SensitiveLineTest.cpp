@@ -63,6 +63,17 @@ TEST(SensitiveLine, PastAnEndTheEndIsWhatCounts)
     EXPECT_FALSE(hitOf(alongX, downAt(104, 4)).hit);
 }
 
+TEST(SensitiveLine, PastAnEndTheDistanceIsToWhereTheRayIsNearestToTheEnd)
+{
+    // Ten units along the rays they pass four units beyond an end, and 2.4 units later they are nearest to it.
+    const Result before = hitOf(alongX, Ray({-10, 0, 8}, {0.6f, 0, -0.8f}));
+    const Result after = hitOf(alongX, Ray({110, 0, 8}, {-0.6f, 0, -0.8f}));
+
+    EXPECT_TRUE(before.hit && after.hit);
+    EXPECT_NEAR(before.distance, 12.4 - 2.5, 1e-4);
+    EXPECT_NEAR(after.distance, 12.4 - 2.5, 1e-4);
+}
+
 TEST(SensitiveLine, BehindTheOriginOnlyTheOriginItselfReaches)
 {
     const Result close = hitOf(alongX, Ray({30, 0, 2}, {0, 0, 1}));
@@ -92,6 +103,18 @@ TEST(SensitiveLine, BoxHasRoomForTheTolerance)
     const SensitiveLine alongZ({0, 0, 10}, {0, 0, -10});
     EXPECT_NEAR((alongZ.box.min - Posf(-5, -5, -10)).length(), 0, 1e-5);
     EXPECT_NEAR((alongZ.box.max - Posf(5, 5, 10)).length(), 0, 1e-5);
+}
+
+TEST(SensitiveLine, BoxOfAnObliqueLineIsThatOfASquareTubeThatLeansOnX)
+{
+    // One side of the tube is at right angles to the line and to x, unless the line all but follows x.
+    const double w[] = {0, 2 / std::sqrt(5.0), -1 / std::sqrt(5.0)};
+    const double v[] = {(w[2] - 2 * w[1]) / 3, -2 * w[2] / 3, 2 * w[1] / 3};
+    const auto half = [&](int axis) { return static_cast<float>(5 * (std::abs(w[axis]) + std::abs(v[axis]))); };
+    const SensitiveLine oblique({0, 0, 0}, {30, 15, 30});
+
+    EXPECT_NEAR((oblique.box.min - Posf(-half(0), -half(1), -half(2))).length(), 0, 1e-4);
+    EXPECT_NEAR((oblique.box.max - Posf(30 + half(0), 15 + half(1), 30 + half(2))).length(), 0, 1e-4);
 }
 
 TEST(SensitiveLine, LineOfNoLengthIsNeverHitAndHasABox)

@@ -92,6 +92,28 @@ TEST_F(CopiedVisual, HiddenItStaysForTheNextTime)
     EXPECT_EQ(copy()->getSceneNode()->getScale(), Ogre::Vector3(2, 2, 2)) << "the same one";
 }
 
+TEST_F(CopiedVisual, HidingAndShowingReachItsBodies)
+{
+    const auto areBodiesShown = [this] {
+        bool found = false, shown = true;
+        for (const Visual* child : copy()->getChildren())
+            if (child->getType() == VisualType::Solid) {
+                found = true;
+                shown = shown && child->isVisible();
+            }
+        EXPECT_TRUE(found);
+        return shown;
+    };
+    scene.showCopiedVisual(first->getId(), {});
+    scene.hideCopiedVisual();
+    drain();
+    EXPECT_FALSE(areBodiesShown());
+
+    scene.showCopiedVisual(first->getId(), {});
+    drain();
+    EXPECT_TRUE(areBodiesShown());
+}
+
 TEST_F(CopiedVisual, HidingOrDeletingNoneDoesNothing)
 {
     scene.hideCopiedVisual();

@@ -463,6 +463,37 @@ TEST_F(LoadStation, MechanismIsBuiltByItsKind)
     EXPECT_EQ(visualOfId(part->getId()), nullptr);
 }
 
+TEST_F(LoadStation, AddedObjectsHangOnTheirOwnerOrElseOnTheWorld)
+{
+    const auto owner = test::makePart("owner");
+    Layout::inst().addPart(owner);
+    scene.addPart(owner.get());
+    drain();
+    for (const auto& [ownerId, parent] :
+         std::initializer_list<std::pair<unsigned, Visual*>>{{owner->getId(), visualOfId(owner->getId())},
+                                                             {4711, world},
+                                                             {smartcomp::StationLogic::inst()->getId(), world}}) {
+        const auto part = test::makePart("part");
+        const auto assembly = test::makeAssembly("assembly", 0);
+        const auto arm = test::makeArm();
+        const auto tool = test::makeTool();
+        const auto device = test::makeDevice();
+        for (sdf::SdfObject* object :
+             std::initializer_list<sdf::SdfObject*>{part.get(), assembly.get(), arm.get(), tool.get(), device.get()})
+            object->setParentId(ownerId);
+
+        scene.addPart(part.get());
+        scene.addAssembly(assembly.get());
+        scene.addMechanism(arm.get(), true);
+        scene.addMechanism(tool.get(), true);
+        scene.addMechanism(device.get(), true);
+        drain();
+
+        for (const unsigned id : {part->getId(), assembly->getId(), arm->getId(), tool->getId(), device->getId()})
+            EXPECT_EQ(visualOfId(id)->getParent(), parent) << "owner " << ownerId;
+    }
+}
+
 TEST_F(LoadStation, FrameOfAnUnknownOwnerFails)
 {
     layout::Frame frame(test::newId(), "frame");
@@ -529,6 +560,61 @@ TEST_F(LoadStation, ComponentsBuildTheirVisualsThemselves)
     ASSERT_NE(seen->built, nullptr);
     EXPECT_EQ(seen->built->getParent(), world);
     EXPECT_EQ(unseen->built, nullptr);
+}
+
+TEST_F(LoadStation, LaterKindHangsOnAnEarlierOneAndNotTheOtherWayRound)
+{
+    Layout& station = Layout::inst();
+    const auto oneOfEachKind = [&station] {
+        const auto arm = test::makeArm();
+        const auto assembly = test::makeAssembly("assembly", 0);
+        const auto part = test::makePart("part");
+        const auto cloud = test::addModelCloud({{1, 2, 3}});
+        const auto tool = test::makeTool();
+        const auto device = test::makeDevice();
+        const auto frame = std::make_shared<layout::Frame>(test::newId(), "frame");
+        const auto component = std::make_shared<MarkerComponent>(test::newId(), true);
+        station.addManipulator(arm);
+        station.addAssembly(assembly);
+        station.addPart(part);
+        station.addTool(tool);
+        station.addDevice(device);
+        station.addFrame(frame);
+        station.addSmartComponent(component);
+        return std::vector<std::shared_ptr<sdf::SdfObject>>{arm, assembly, part, cloud, tool, device, frame, component};
+    };
+    const auto onEarlier = oneOfEachKind(), onLater = oneOfEachKind();
+    for (std::size_t i = 1; i < onEarlier.size(); ++i) {
+        onEarlier[i]->setParentId(onEarlier[i - 1]->getId());
+        onLater[i - 1]->setParentId(onLater[i]->getId());
+    }
+
+    load();
+
+    const auto parentOf = [](const sdf::SdfObject& object) -> const Visual* {
+        if (const auto* component = dynamic_cast<const MarkerComponent*>(&object)) // it enters no registry
+            return component->built ? component->built->getParent() : nullptr;
+        const Visual* visual = visualOfId(object.getId());
+        return visual ? visual->getParent() : nullptr;
+    };
+    for (std::size_t i = 1; i < onEarlier.size(); ++i) {
+        EXPECT_EQ(parentOf(*onEarlier[i]), visualOfId(onEarlier[i - 1]->getId())) << "kind " << i;
+        EXPECT_EQ(parentOf(*onLater[i - 1]), world) << "kind " << i - 1;
+    }
+}
+
+TEST_F(LoadStation, AddedComponentIsGivenTheVisualOfItsOwner)
+{
+    const auto owner = test::makePart("owner");
+    scene.addPart(owner.get());
+    MarkerComponent component(test::newId(), true);
+    component.setParentId(owner->getId());
+    scene.buildVisual(&component);
+
+    drain();
+
+    ASSERT_NE(component.built, nullptr);
+    EXPECT_EQ(component.built->getParent(), visualOfId(owner->getId()));
 }
 
 TEST_F(LoadStation, ComponentInsideAnotherIsLeftToThatOne)

@@ -104,6 +104,31 @@ TEST_F(StationPoses, MovedOriginLeavesTheBodiesWhereTheyAreAndTakesTheFrameAlong
     EXPECT_EQ(frame->getPose(), rob::Posef()) << "the local frame stays with the origin";
 }
 
+TEST_F(StationPoses, MovedOriginTakesGizmosAlong)
+{
+    auto* gizmo = new Visual(visual);
+    gizmo->setType(VisualType::Gui);
+    auto* other = new Visual(visual);
+
+    scene.setLocalOrigin(part->getId(), {}, rob::Posef(rob::Posf(100, 0, 0)));
+    drain();
+
+    EXPECT_EQ(gizmo->getPosition(), rob::Posf(0, 0, 0));
+    EXPECT_EQ(other->getPosition(), rob::Posf(100, 0, 0));
+}
+
+TEST_F(StationPoses, MovedOriginTurnsWhatIsShownAndMovesItByTheSameTurn)
+{
+    const rob::Rotationf quarter(std::sqrt(0.5f), 0, 0, std::sqrt(0.5f));
+    body->setPose({rob::Posf(10, 0, 0), quarter});
+
+    scene.setLocalOrigin(part->getId(), {}, rob::Posef(rob::Posf(1, 2, 3), quarter));
+    drain();
+
+    EXPECT_NEAR((body->getPosition() - rob::Posf(1, 12, 3)).length(), 0, 1e-4);
+    EXPECT_TRUE(body->getPose().rotation().isApprox(quarter * quarter));
+}
+
 TEST_F(StationPoses, JointsMoveTheVisualsOfTheLinks)
 {
     const auto arm = test::makeArm();

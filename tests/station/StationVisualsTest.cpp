@@ -14,6 +14,7 @@
 #include "visual/SolidVisual.h"
 #include "visual/VisualStateManager.h"
 
+#include <BRepBuilderAPI_MakeVertex.hxx>
 #include <Ogre.h>
 
 #include <cmath>
@@ -61,6 +62,11 @@ protected:
     {
         const auto& solid = dynamic_cast<SolidVisual&>(*Scene::GetVisual(part.getBodies()[0]->getId()));
         return solid.getEntity()->getSubEntity(0)->getMaterialName();
+    }
+    static std::string pointMaterialOf(const Visual& point)
+    {
+        const auto& drawn = dynamic_cast<Ogre::ManualObject&>(*point.getSceneNode()->getAttachedObject(0));
+        return drawn.getSections().front()->getMaterialName();
     }
     static layout::Part& memberPart(const layout::PartContainer& owner, std::size_t index)
     {
@@ -149,6 +155,13 @@ TEST_F(StationVisuals, MemberHangsWhereItsOwnParentIdSays)
             owner->addForeignChild(*part);
             strangers.emplace_back(part, parent);
         }
+    const auto inAssembly = test::makeAssembly("stranger", 0), inLink = test::makeAssembly("stranger", 0);
+    for (const auto& stranger : {inAssembly, inLink}) {
+        stranger->setParentId(other->getId());
+        Layout::inst().addAssembly(stranger);
+    }
+    assembly->addForeignChild(*inAssembly);
+    arm->getLinks()[0]->addForeignChild(*inLink);
     Layout::inst().addAssembly(assembly);
     Layout::inst().addManipulator(arm);
 
@@ -158,6 +171,8 @@ TEST_F(StationVisuals, MemberHangsWhereItsOwnParentIdSays)
 
     for (const auto& [part, parent] : strangers)
         EXPECT_EQ(Scene::GetVisual(part->getId())->getParent(), parent);
+    for (const auto& stranger : {inAssembly, inLink})
+        EXPECT_EQ(Scene::GetVisual(stranger->getId())->getParent(), Scene::GetVisual(other->getId()));
 }
 
 TEST_F(StationVisuals, PartSelectedInASelectedAssemblyKeepsItsFrameHidden)
@@ -210,6 +225,110 @@ TEST_F(StationVisuals, AttachedPartDoesNotTakeTheLooksOfItsCarrier)
     EXPECT_EQ(materialOf(memberPart(*arm->getLinks()[1], 0)), "KUKASelected");
     EXPECT_EQ(materialOf(memberPart(*tool->getLinks()[0], 0)), "Body");
     EXPECT_EQ(materialOf(*part), "Body");
+}
+
+TEST_F(StationVisuals, CarrierLeavesTheLooksOfWhatIsAttachedToIt)
+{
+    const auto arm = addArm("kuka");
+    const auto part = addPart("carried");
+    scene.addAttachment(part->getId(), arm->getLinks()[1]->getId(), {});
+    drain();
+    Visual* carrier = Scene::GetVisual(arm->getLinks()[1]->getId());
+    Scene::GetVisual(part->getId())->setSelected();
+
+    for (void (Visual::*change)() :
+         {&Visual::setHighlighted, &Visual::setSelected, &Visual::resetAppearance, &Visual::clearHighlightOrSelect}) {
+        (carrier->*change)();
+        EXPECT_EQ(materialOf(*part), "BodySelected");
+        EXPECT_TRUE(partVisual(*part).getLocalFrame()->isVisible());
+    }
+}
+
+TEST_F(StationVisuals, AttachedBodyDoesNotTakeTheLooksOfThePartItHangsOn)
+{
+    const auto part = addPart("part");
+    Scene::GetVisual(part->getBodies()[0]->getId())->setAttachState(true);
+
+    Scene::GetVisual(part->getId())->setSelected();
+    EXPECT_EQ(materialOf(*part), "Body");
+    Scene::GetVisual(part->getId())->setHighlighted();
+    EXPECT_EQ(materialOf(*part), "Body");
+}
+
+TEST_F(StationVisuals, CurvesAndPointsOfAPartTakeItsLooks)
+{
+    const auto part = test::makePart("part");
+    part->getBodies()[0]->setShape(test::straightEdge({0, 0, 0}, {10, 0, 0}));
+    const auto vertex = part->addBody("vertex");
+    vertex->setGeometry("station-test-vertex", "brep");
+    vertex->setShape(BRepBuilderAPI_MakeVertex(gp_Pnt(1, 2, 3)).Shape());
+    scene.addPart(part.get());
+    drain();
+    const Visual* curve = Scene::GetVisual(part->getBodies()[0]->getId());
+    const auto materials = [&] {
+        return std::vector<std::string>{test::materialOf(*test::childrenOfType(*curve, VisualType::Edge).front()),
+                                        pointMaterialOf(*Scene::GetVisual(vertex->getId()))};
+    };
+    Visual* visual = Scene::GetVisual(part->getId());
+    const std::vector<std::string> plain = materials();
+
+    visual->setSelected();
+    EXPECT_THAT(materials(), testing::ElementsAre("BodyCurveSelected", "PointSelected"));
+    visual->setHighlighted();
+    EXPECT_THAT(materials(), testing::ElementsAre("BodyCurveHighlighted", "PointHighlighted"));
+    visual->clearHighlightOrSelect();
+    EXPECT_EQ(materials(), plain);
+}
+
+TEST_F(StationVisuals, FrameOfAPartIsHiddenByAResetToo)
+{
+    const auto part = addPart("part");
+    Scene::GetVisual(part->getId())->setSelected();
+    EXPECT_TRUE(partVisual(*part).getLocalFrame()->isVisible());
+
+    Scene::GetVisual(part->getId())->resetAppearance();
+
+    EXPECT_FALSE(partVisual(*part).getLocalFrame()->isVisible());
+}
+
+TEST_F(StationVisuals, AssembliesInsideAssembliesAndLinksTakeTheirLooks)
+{
+    const auto outer = test::makeAssembly("outer", 0);
+    const auto inner = test::makeAssembly("inner", 1);
+    outer->addAssembly(inner);
+    Layout::inst().addAssembly(outer);
+    const auto arm = test::makeArm("kuka");
+    const auto carried = test::makeAssembly("carried", 1);
+    arm->getLinks()[0]->addAssembly(carried);
+    Layout::inst().addManipulator(arm);
+    scene.addAssembly(outer.get());
+    scene.addMechanism(arm.get(), true);
+    drain();
+    EXPECT_EQ(Scene::GetVisual(carried->getId())->getParent(), Scene::GetVisual(arm->getLinks()[0]->getId()));
+    EXPECT_EQ(Scene::GetVisual(carried->getId())->getType(), VisualType::Assembly);
+
+    Scene::GetVisual(outer->getId())->setSelected();
+    Scene::GetVisual(arm->getId())->setSelected();
+
+    EXPECT_EQ(materialOf(memberPart(*inner, 0)), "BodySelected");
+    EXPECT_EQ(materialOf(memberPart(*carried, 0)), "KUKASelected");
+}
+
+TEST_F(StationVisuals, FramesHaveTheirNames)
+{
+    const auto part = addPart("part");
+    const auto assembly = addAssembly(0);
+    const auto device = test::makeDevice();
+    scene.addMechanism(device.get(), true);
+    drain();
+    const auto frameOf = [](unsigned id) {
+        return test::childrenOfType(*Scene::GetVisual(id), VisualType::Frame).front()->getName();
+    };
+
+    EXPECT_THAT(frameOf(part->getId()), testing::StartsWith("Local Frame"));
+    EXPECT_THAT(frameOf(assembly->getId()), testing::StartsWith("Local Frame"));
+    EXPECT_THAT(frameOf(device->getId()), testing::StartsWith("Base Frame"));
+    EXPECT_THAT(frameOf(device->getLinks()[0]->getId()), testing::StartsWith("Device Frame"));
 }
 
 TEST_F(StationVisuals, SelectedMechanismShowsItsBaseFrame)
@@ -284,6 +403,22 @@ TEST_F(StationVisuals, MechanismWithoutChildrenHasBareLinks)
     EXPECT_FALSE(Scene::HasVisual(memberPart(*tool->getLinks()[0], 0).getId()));
 }
 
+TEST_F(StationVisuals, AnyMechanismCanBeBuiltWithoutChildren)
+{
+    const auto arm = test::makeArm();
+    const auto device = test::makeDevice();
+    Layout::inst().addManipulator(arm);
+    Layout::inst().addDevice(device);
+    scene.addMechanism(arm.get(), false);
+    scene.addMechanism(device.get(), false);
+    drain();
+
+    for (const layout::Mechanism* mechanism : std::initializer_list<const layout::Mechanism*>{arm.get(), device.get()})
+        EXPECT_EQ(Scene::GetVisual(mechanism->getId())->getBodiesNum(), 0u);
+    EXPECT_TRUE(Scene::HasVisual(arm->getWrist()->getId()));
+    EXPECT_TRUE(Scene::HasVisual(device->getFrames()[0]->getId()));
+}
+
 TEST_F(StationVisuals, ToolFrameHangsOnTheToolAndCanBePicked)
 {
     const auto tool = test::makeTool();
@@ -348,6 +483,9 @@ TEST_F(Programs, WorkObjectIsAUserFrameWithAnObjectFrameOnIt)
     EXPECT_EQ(group().getPosition(), rob::Posf(1, 2, 3));
     EXPECT_TRUE(group().isAnchored());
     EXPECT_THAT(group().getName(), testing::MatchesRegex("__WOBJ_" + std::to_string(workObject->getId()) + "[0-9]+"));
+    const std::string number = std::to_string(workObject->getId());
+    EXPECT_THAT(group().getUserFrame()->getName(), testing::StartsWith("uframe" + number));
+    EXPECT_THAT(group().getObjectFrame()->getName(), testing::StartsWith("oframe" + number));
     EXPECT_EQ(group().getUserFrame()->getParent(), &group());
     EXPECT_EQ(group().getUserFrame()->getType(), VisualType::UserFrame);
     EXPECT_EQ(group().getObjectFrame()->getParent(), group().getUserFrame());
@@ -500,6 +638,7 @@ TEST_F(Programs, ToolDataIsAFrameOnItsOwner)
 
     Visual* tcp = Scene::GetVisual(toolData->getId());
     EXPECT_EQ(tcp->getType(), VisualType::Tcp);
+    EXPECT_THAT(tcp->getName(), testing::StartsWith("TCP_" + std::to_string(toolData->getId())));
     EXPECT_EQ(tcp->getParent(), Scene::GetVisual(owner->getId()));
     EXPECT_EQ(tcp->getPosition(), rob::Posf(0, 0, 50));
     EXPECT_TRUE(selection::VisualSelection::Get()->hasVisual(tcp));
@@ -534,7 +673,7 @@ TEST_F(Programs, TaskBringsItsWorkObjectsAndToolData)
     scene.buildTask(program->getId());
     scene.buildTask(4711); // no task
 
-    EXPECT_TRUE(Scene::HasVisual(workObject->getId()));
+    EXPECT_EQ(group().getParent(), Scene::GetVisual(owner->getId()));
     EXPECT_TRUE(Scene::HasVisual(toolData->getId()));
 }
 
@@ -607,6 +746,25 @@ TEST_F(TcpTrace, LineShowsFromTheSecondPointOn)
     EXPECT_EQ(traceOf(*trace).getRenderQueueGroup(), 70);
 }
 
+TEST_F(TcpTrace, IsAStripInTheColoursOfItsPoints)
+{
+    auto* trace = new TcpTraceVisual(world);
+    trace->addColorPoint({-50, 0, 0}, {1, 0, 0});
+    trace->addColorPoint({50, 0, 0}, {0, 0.2f, 0.6f});
+
+    ASSERT_EQ(traceOf(*trace).getSections().size(), 1u);
+    Ogre::ManualObject::ManualObjectSection& strip = *traceOf(*trace).getSections()[0];
+    EXPECT_EQ(strip.getMaterialName(), "TcpTrace");
+    EXPECT_EQ(strip.getRenderOperation()->operationType, Ogre::RenderOperation::OT_LINE_STRIP);
+    const Ogre::VertexData& data = *strip.getRenderOperation()->vertexData;
+    const Ogre::VertexElement* diffuse = data.vertexDeclaration->findElementBySemantic(Ogre::VES_DIFFUSE);
+    ASSERT_NE(diffuse, nullptr);
+    const Ogre::HardwareVertexBufferSharedPtr buffer = data.vertexBufferBinding->getBuffer(diffuse->getSource());
+    const Ogre::HardwareBufferLockGuard lock(buffer, Ogre::HardwareBuffer::HBL_READ_ONLY);
+    const auto* second = static_cast<const unsigned char*>(lock.pData) + buffer->getVertexSize() + diffuse->getOffset();
+    EXPECT_THAT(std::vector<unsigned char>(second, second + 4), testing::ElementsAre(0, 51, 153, 255));
+}
+
 TEST_F(TcpTrace, PlaceThatIsNoNumberIsLeftOut)
 {
     auto* trace = new TcpTraceVisual(world);
@@ -629,7 +787,8 @@ TEST_F(TcpTrace, ClearedItStartsAgain)
 
     trace->addColorPoint({-50, 0, 0}, {0, 1, 0});
     trace->addColorPoint({50, 0, 0}, {0, 1, 0});
-    EXPECT_FALSE(traceOf(*trace).getSections().empty());
+    ASSERT_FALSE(traceOf(*trace).getSections().empty());
+    EXPECT_EQ(traceOf(*trace).getSections()[0]->getRenderOperation()->vertexData->vertexCount, 2u);
 }
 
 TEST_F(TcpTrace, TwoTracesHaveNamesOfTheirOwn)

@@ -115,6 +115,17 @@ TEST_F(InstanceFrameVisualTest, ClearingAVisibleTargetGivesTheNormalLook)
     EXPECT_THAT(looksOf(*target), ElementsAre(normalLook));
 }
 
+TEST_F(InstanceFrameVisualTest, ClearingATargetLeavesItsChildrenAsTheyAre)
+{
+    RobtargetVisual* target = addTarget();
+    auto* child = new RobtargetVisual(target, 811);
+    child->setVisible(false, false);
+
+    target->clearHighlightOrSelect();
+
+    EXPECT_FALSE(child->isVisible());
+}
+
 TEST_F(InstanceFrameVisualTest, HiddenTargetShowsNothingAndIsNormalWhenItIsShownAgain)
 {
     RobtargetVisual* target = addTarget();

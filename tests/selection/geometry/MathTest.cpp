@@ -238,6 +238,21 @@ TEST(EdgeToEdge, OverlapBeginsAtItsFirstPoint)
     EXPECT_FALSE(MathSteps::edgeToEdge2D({0, 0}, {4, 0}, {-5, 0}, {-1, 0}).hit);
 }
 
+TEST(EdgeToEdge, ShortOverlapAcrossIsMeasuredAcross)
+{
+    EXPECT_FLOAT_EQ(MathSteps::edgeToEdge2D({0, 0}, {0, 0.05f}, {0, 0.02f}, {0, 1}).distance, 0.4f);
+}
+
+TEST(EdgeToEdge, ParallelsALittleApartDoNotOverlap)
+{
+    EXPECT_FALSE(MathSteps::edgeToEdge2D({0, 0}, {1, 0}, {0.25f, 0.0005f}, {1, 0.0005f}).hit);
+}
+
+TEST(DistanceToSurface, ShortestNormalIsOneAllTheSame)
+{
+    EXPECT_FLOAT_EQ(MathSteps::distanceOfPointToSurface({0, 0, 5}, {1, 1, 2}, {0, 0, 1e-9f}), 3);
+}
+
 TEST(DistanceToSurface, NormalOfNoLengthIsRefused)
 {
     EXPECT_EQ(MathSteps::distanceOfPointToSurface({0, 0, 5}, {1, 1, 2}, {0, 0, 4}), 3);

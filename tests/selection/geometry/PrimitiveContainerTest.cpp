@@ -194,7 +194,7 @@ TEST(PrimitiveContainer, ZeroComponentAlongTheSplitVisitsTheRightChildFirst)
 {
     PrimitiveContainer container;
     addRow(container);
-    std::vector<BVHPrimitive*> byLine, byBox;
+    std::vector<BVHPrimitive*> byLine, byTriangle, byBox;
     for (BVHPrimitive* primitive : container.primitives) // wide enough for one line to meet all
         primitive->box.set(-2000, -1, -1, 2000, 1, 1);
     const BVHNode* root = container.bvh.root;
@@ -208,9 +208,11 @@ TEST(PrimitiveContainer, ZeroComponentAlongTheSplitVisitsTheRightChildFirst)
     stretch(root, stretch);
 
     container.queryRay({{0, 0, -5}, {0, 0, 1}}, byLine);
+    container.queryTriangle({{0, -3, 0}, {3, 3, 0}, {-3, 3, 0}}, byTriangle); // its normal is along z
     container.queryBox(around(0, 0, 0), byBox);
 
     EXPECT_EQ(numbersOf(byBox), numbersBelow(root));
+    EXPECT_EQ(numbersOf(byTriangle), numbersOf(byLine));
     EXPECT_EQ(numbersOf(byLine), plainWalk(root, Ray({0, 0, -5}, {0, 0, 1}), [](unsigned) { return false; }));
     EXPECT_NE(numbersOf(byLine), numbersOf(byBox));
 }
@@ -329,6 +331,24 @@ TEST(PrimitiveContainer, FirstCandidateWinsAtEqualDistance)
 
     container.closestHitRay(up, rayUp);
     container.closestHitRay(down, rayDown);
+
+    EXPECT_EQ(static_cast<unsigned>(up.pointIndex), numbersOf(upOrder).front());
+    EXPECT_EQ(static_cast<unsigned>(down.pointIndex), numbersOf(downOrder).front());
+    EXPECT_NE(up.pointIndex, down.pointIndex);
+}
+
+TEST(PrimitiveContainer, FirstCandidateWinsAtEqualFractionOfALine)
+{
+    PrimitiveContainer container;
+    addRow(container);
+    Result up, down;
+    std::vector<BVHPrimitive*> upOrder, downOrder;
+    const Linef lineUp({-5, 0, 0}, {2000, 0, 0}), lineDown({2000, 0, 0}, {-5, 0, 0});
+    container.queryLine(lineUp, upOrder);
+    container.queryLine(lineDown, downOrder);
+
+    container.closestHitLine(up, lineUp);
+    container.closestHitLine(down, lineDown);
 
     EXPECT_EQ(static_cast<unsigned>(up.pointIndex), numbersOf(upOrder).front());
     EXPECT_EQ(static_cast<unsigned>(down.pointIndex), numbersOf(downOrder).front());

@@ -80,6 +80,14 @@ TEST(TriangleMeetsTriangle, TouchAtACornerOnlyMeets)
     EXPECT_FALSE(meet(flat, {{10.1f, 0, 0}, {15, 0, 5}, {15, 5, -5}}));
 }
 
+TEST(TriangleMeetsTriangle, SectionsOfTheCommonLineThatTouchMeet)
+{
+    // Each is cut along x, the one from 0 to 2 and the other from 2 on.
+    const Trianglef ground({0, -1, 0}, {0, 1, 0}, {2, 0, 0});
+    EXPECT_TRUE(meet(ground, {{2, 0, 0}, {4, 0, 1}, {4, 0, -1}}));
+    EXPECT_FALSE(meet(ground, {{2.5f, 0, 0}, {4, 0, 1}, {4, 0, -1}}));
+}
+
 TEST(TriangleMeetsTriangle, TouchAlongAnEdgeMeets)
 {
     EXPECT_TRUE(meet(flat, {{0, 0, 0}, {10, 0, 0}, {5, 0, 5}}));
@@ -92,6 +100,14 @@ TEST(TriangleMeetsTriangle, CoplanarOnesMeetWhereTheyOverlap)
     EXPECT_TRUE(meet(flat, {{1, 1, 0}, {2, 1, 0}, {1, 2, 0}}));
     EXPECT_TRUE(meet(flat, {{-5, -5, 0}, {40, -5, 0}, {-5, 40, 0}}));
     EXPECT_FALSE(meet(flat, {{6, 6, 0}, {20, 6, 0}, {6, 20, 0}}));
+}
+
+TEST(TriangleMeetsTriangle, CoplanarOnesMeetAcrossAnySideWithTheirFirstCornersApart)
+{
+    // A wedge that reaches in across one side only, with its second corner.
+    EXPECT_TRUE(meet(flat, {{3, -4, 0}, {4, 1, 0}, {5, -4, 0}}));
+    EXPECT_TRUE(meet(flat, {{9, 9, 0}, {4, 4, 0}, {10, 8, 0}}));
+    EXPECT_TRUE(meet(flat, {{-4, 3, 0}, {1, 4, 0}, {-4, 5, 0}}));
 }
 
 TEST(TriangleMeetsTriangle, CoplanarOnesMeetInEveryPlane)
@@ -120,6 +136,14 @@ TEST(TriangleMeetsTriangle, CornersWithinTheToleranceOfThePlaneCountAsInIt)
     const Trianglef large({0, 0, 0}, {1000, 0, 0}, {0, 1000, 0});
     EXPECT_TRUE(meet(large, {{1, 1, 0.0005f}, {2, -10, -0.0003f}, {3, -10, -0.0007f}}));
     EXPECT_FALSE(meet(large, {{1, 1, 0.05f}, {2, -10, -0.03f}, {3, -10, -0.07f}}));
+}
+
+TEST(TriangleMeetsTriangle, CornersBeyondTheToleranceOfThePlaneDoNot)
+{
+    // The second lies above a corner of the first, but where it goes through the plane it is past the first's end.
+    const Trianglef small({0, 0, 0}, {1, 0, 0}, {0, 1, 0});
+    EXPECT_FALSE(meet(small, {{0.05f, 0.1f, -0.0045f}, {1, 2, 0.005f}, {1, 2.1f, 0.005f}}));
+    EXPECT_TRUE(meet(small, {{0.05f, 0.1f, -0.00045f}, {1, 2, 0.0005f}, {1, 2.1f, 0.0005f}}));
 }
 
 TEST(TriangleMeetsTriangle, ParallelOnesApartAreMissed)
