@@ -9,6 +9,8 @@
 #include "platform/station/StationFile.h"
 
 #include <algorithm>
+#include <array>
+#include <cctype>
 #include <iterator>
 #include <optional>
 
@@ -19,6 +21,19 @@ std::string titleOf(const std::vector<std::filesystem::path>& files)
 {
     const std::string first = files.front().filename().string();
     return files.size() == 1 ? first : first + " and " + std::to_string(files.size() - 1) + " more";
+}
+
+/// The importer of shapes, which has the last word, would name only its own endings.
+void checkKind(const std::filesystem::path& file)
+{
+    constexpr std::array<std::string_view, 4> endings = {".step", ".stp", ".brep", ".stl"};
+    std::string ending = file.extension().string();
+    std::ranges::transform(ending, ending.begin(), [](unsigned char c) { return std::tolower(c); });
+    std::error_code error;
+    if (std::filesystem::is_regular_file(file, error) && std::ranges::find(endings, ending) == endings.end())
+        throw vrk::station::ImportError(std::filesystem::absolute(file).lexically_normal(),
+                                        "not a kind of file that can be shown (.step, .stp, .brep, .stl, .urdf, .ply, "
+                                        ".pcd, .xyz, .station.json)");
 }
 
 } // namespace
@@ -39,8 +54,10 @@ Station importFiles(const std::vector<std::filesystem::path>& files, const Impor
             station.mechanisms.push_back(vrk::station::ImportUrdf(file, report));
         else if (vrk::station::isPointCloudFile(file))
             station.clouds.push_back(vrk::station::ImportPointCloud(file, report));
-        else
+        else {
+            checkKind(file);
             std::ranges::move(vrk::station::ImportFile(file, report), std::back_inserter(station.parts));
+        }
     }
     return station;
 }

@@ -1,9 +1,13 @@
 #include "Options.h"
 
+#include "platform/station/StationFile.h"
+
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include <charconv>
+#include <cmath>
+#include <cstdlib>
 #include <iostream>
 #include <sstream>
 
@@ -33,6 +37,23 @@ void readSize(const std::string& given, const char* option, int& width, int& hei
     if (!isSeparated || !text.empty() || width == 0 || height == 0)
         throw CLI::ValidationError(
             option, fmt::format("'{}' is not a size such as 1600x1000, each side from 1 to {}", given, maxPictureSide));
+}
+
+/// @param values  of the option, each with numbers joined by commas.
+template <typename Number>
+void readNumbers(const std::vector<std::string>& values, const char* option, std::vector<Number>& numbers)
+{
+    for (const std::string& value : values) {
+        // A gap is no number either: what stands behind it would move to the place before.
+        std::istringstream stream(value + ',');
+        for (std::string text; std::getline(stream, text, ',');) {
+            char* stop = nullptr;
+            const double number = std::strtod(text.c_str(), &stop);
+            if (stop == text.c_str() || *stop != '\0' || !std::isfinite(number))
+                throw CLI::ConversionError(option, std::vector<std::string>{value});
+            numbers.push_back(static_cast<Number>(number));
+        }
+    }
 }
 
 void checkPicks(const Options& options)
@@ -68,6 +89,17 @@ const DrawMode* readDrawMode(const std::string& name)
     if (const DrawMode* mode = findDrawMode(name))
         return mode;
     throw CLI::ValidationError("--display", fmt::format("'{}' is none of {}", name, drawModeNames()));
+}
+
+std::string complaintOfName(const std::string& file)
+{
+    return file.empty() ? "the name of a file is empty" : "";
+}
+
+void checkSave(const std::filesystem::path& file)
+{
+    if (!file.empty() && !vrk::station::isStationFile(file)) // it could not be opened again
+        throw CLI::ValidationError("--save", fmt::format("'{}' does not end in .station.json", file.string()));
 }
 
 const char* const footer = "Keys in the window:\n"
@@ -111,6 +143,8 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
 
     std::string size;
     std::string grid;
+    std::vector<std::string> picks;
+    std::vector<std::string> joints;
     std::string views;
     std::string display = "shaded-edges";
     bool list = false;
@@ -118,10 +152,9 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
         app.add_option("--shot", options.picture, "Draw a picture into this PNG file instead of opening a window")
             ->type_name("PNG");
     app.add_option("--size", size, "Size of the picture in pixels [1600x1000]")->type_name("WxH");
-    CLI::Option* pick = app.add_option("--pick", options.picks,
+    CLI::Option* pick = app.add_option("--pick", picks,
                                        "Print what lies under these pixels of the picture, which is not drawn, as JSON")
                             ->type_name("X,Y,...")
-                            ->delimiter(',')
                             ->allow_extra_args(false)
                             ->excludes(shot);
     CLI::Option* pickGrid = app.add_option("--pick-grid", grid,
@@ -161,11 +194,10 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
                                    drawModeNames(), display))
             ->type_name("NAME");
     app.add_option(
-           "--joints", options.joints,
+           "--joints", joints,
            "Joint values of the first mechanism that moves, joined by commas: degrees, or millimetres of joints "
            "that slide")
         ->type_name("A,B,...")
-        ->delimiter(',')
         ->allow_extra_args(false);
     app.add_option("--save", options.save, "Write what is shown as a station file, NAME.station.json")
         ->type_name("FILE");
@@ -181,13 +213,17 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
         ->type_name("ZIP")
         ->group("");
 
+    const CLI::Validator isNamed(complaintOfName, "");
+    for (const char* file : {"files", "--shot", "--pick-picture", "--record", "--play", "--play-picture", "--save"})
+        app.get_option(file)->check(isNamed);
+
     try {
         app.parse(argc, argv);
-        if (!size.empty())
+        if (app.count("--size") > 0)
             readSize(size, "--size", options.pictureWidth, options.pictureHeight);
-        if (!grid.empty())
+        if (*pickGrid)
             readSize(grid, "--pick-grid", options.gridColumns, options.gridRows);
-        if (!views.empty())
+        if (app.count("--view") > 0)
             readViews(views, options);
         const bool isPicking = *pick || *pickGrid;
         for (const char* ofPicture : {"--size", "--view"})
@@ -195,7 +231,10 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
                 throw CLI::RequiresError(ofPicture, "--shot, --pick or --pick-grid");
         if (isPicking && options.views.size() > 1)
             throw CLI::ValidationError("--view", "picking takes one direction");
+        readNumbers(picks, "--pick", options.picks);
+        readNumbers(joints, "--joints", options.joints);
         checkPicks(options);
+        checkSave(options.save);
         options.drawMode = readDrawMode(display);
         options.isDrawModeGiven = displayOption->count() > 0;
     } catch (const CLI::ParseError& stop) {

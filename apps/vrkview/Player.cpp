@@ -54,7 +54,8 @@ Player::Player(ViewWindow& window, const Session& session) : window(window), ses
             [this](Mouse::Purpose purpose, const vrk::selection::Result& result) {
                 picks.push_back(describePick(this->window, purpose, result));
             });
-    const auto note = [this](const QString& text) { failure = text.toStdString(); };
+    // The lines behind the first one are advice to who sits before the window.
+    const auto note = [this](const QString& text) { failure = text.section('\n', 0, 0).toStdString(); };
     connect(&window.getFiles(), &StationFiles::failed, this, note);
     connect(&window.getView(), &ViewWidget::failed, this, note);
 }

@@ -137,6 +137,14 @@ bool agree(const Json& a, const Json& b)
            });
 }
 
+/// Without the package's own "[json.exception.type_error.302] " in front.
+std::string causeOf(const Json::exception& failure)
+{
+    const std::string text = failure.what();
+    const std::size_t end = text.find("] ");
+    return end == std::string::npos ? text : text.substr(end + 2);
+}
+
 } // namespace
 
 Session readSession(const std::filesystem::path& file)
@@ -156,6 +164,11 @@ Session readSession(const std::filesystem::path& file)
                 checkStep(line);
                 session.lines.push_back({number, std::move(line)});
             }
+        } catch (const Json::parse_error&) {
+            // Its text counts lines and columns in this one line.
+            throw SessionError(fmt::format("{}: line {}: this is no JSON, or it is cut short", file.string(), number));
+        } catch (const Json::exception& failure) {
+            throw SessionError(fmt::format("{}: line {}: {}", file.string(), number, causeOf(failure)));
         } catch (const std::exception& failure) {
             throw SessionError(fmt::format("{}: line {}: {}", file.string(), number, failure.what()));
         }

@@ -60,6 +60,14 @@ void showOwnColors(const sdf::SdfObject& object)
             child->setMaterial("WireFrame", "BodyCurveSelected", "BodyCurveHighlighted");
 }
 
+/// Behind the posts that show the arm.
+void showOwnColorsOfPlain(const std::shared_ptr<Mechanism>& mechanism)
+{
+    const auto* arm = dynamic_cast<const Manipulator*>(mechanism.get());
+    if (arm && arm->getVendor().empty())
+        Scene::Get()->addRenderTask([mechanism] { showOwnColors(*mechanism); }, 0);
+}
+
 Mechanism* firstThatMoves()
 {
     const Layout& layout = Layout::inst();
@@ -91,11 +99,18 @@ void removeVisuals()
     Scene::Get()->processMsgs();
 }
 
+void loadStation()
+{
+    Scene::LoadStation();
+    for (const auto& arm : Layout::inst().manipulators)
+        showOwnColorsOfPlain(arm);
+}
+
 void replaceStation(const StationContent& content)
 {
     removeVisuals();
     Layout::inst().replace(content);
-    Scene::LoadStation();
+    loadStation();
     Scene::Get()->processMsgs();
 }
 
@@ -110,6 +125,7 @@ void addObjects(const Station& station)
     for (const auto& mechanism : station.mechanisms) {
         layout.addMechanism(mechanism);
         scene.addMechanism(mechanism.get(), true);
+        showOwnColorsOfPlain(mechanism);
         if (const auto* manipulator = dynamic_cast<const Manipulator*>(mechanism.get()))
             scene.addFrame(manipulator->getControllerTaskFrame().get());
     }
@@ -154,10 +170,7 @@ void showStation(const Station& station)
         layout.addPointCloud(cloud);
     for (const auto& frame : station.frames)
         layout.addFrame(frame);
-    Scene::LoadStation();
-    for (const auto& arm : layout.manipulators)
-        if (arm->getVendor().empty())
-            Scene::Get()->addRenderTask([arm] { showOwnColors(*arm); }, 0);
+    loadStation();
     for (const unsigned curve : station.arrowedCurves)
         for (const bool forward : {false, true})
             Scene::Get()->addCurveArrow(curve, forward);

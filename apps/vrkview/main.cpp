@@ -109,6 +109,9 @@ void playSession(int argc, char** argv, const Station& station, const Options& o
     const Session session = readSession(options.session);
     const QTemporaryDir settings; // the user's own would make other windows on other machines
     QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settings.path());
+    // Without one, as on a build server, Qt takes another folder and says so beside what this program tells.
+    if (!qEnvironmentVariableIsSet("XDG_RUNTIME_DIR"))
+        qputenv("XDG_RUNTIME_DIR", settings.path().toLocal8Bit());
     qputenv("QT_QPA_PLATFORM", "xcb");
     const QApplication application(argc, argv);
     std::setlocale(LC_NUMERIC, "C");

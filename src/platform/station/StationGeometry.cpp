@@ -118,6 +118,8 @@ std::shared_ptr<layout::PointCloud> GeometryReader::makeCloud(unsigned id, const
     const JsonPlace uriPlace = place.at("uri");
     const std::string uri = uriOf(uriPlace);
     const std::string type = place.at("file_type").asText();
+    if (type != "ply" && type != "pcd" && type != "xyz")
+        place.at("file_type").fail("\"ply\", \"pcd\" or \"xyz\"");
     std::shared_ptr<layout::PointCloud> cloud;
     if (use == GeometryUse::Skip) {
         cloud = std::make_shared<layout::PointCloud>(id, name, layout::PointCloud::Points());

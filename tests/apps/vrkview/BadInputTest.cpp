@@ -52,6 +52,22 @@ INSTANTIATE_TEST_SUITE_P(
                   {"--size", "100x50", "--pick", "10,51"},
                   "--pick: 51 lies outside the picture of 100x50"},
         WrongLine{"PickOfNoNumber", {"--pick", "a,b"}, "Could not convert: --pick = a,b"},
+        WrongLine{"PickWithAGap", {"--pick", "10,,20"}, "Could not convert: --pick = 10,,20"},
+        WrongLine{"PickOfNothing", {"--pick", ""}, "Could not convert: --pick = "},
+        WrongLine{"JointsWithAGap", {"--list", "--joints", "10,,30"}, "Could not convert: --joints = 10,,30"},
+        WrongLine{"JointsOfNothing", {"--list", "--joints", ""}, "Could not convert: --joints = "},
+        WrongLine{"JointWithoutEnd", {"--list", "--joints", "10,inf"}, "Could not convert: --joints = 10,inf"},
+        WrongLine{"PictureWithoutName", {"--shot", ""}, "--shot: the name of a file is empty"},
+        WrongLine{"FileWithoutName", {"--list", ""}, "files: the name of a file is empty"},
+        WrongLine{"ViewWithoutName",
+                  {"--shot", "x.png", "--view", ""},
+                  "--view: '' is none of iso, front, back, left, right, top, bottom, all"},
+        WrongLine{"SizeOfNothing",
+                  {"--shot", "x.png", "--size", ""},
+                  "--size: '' is not a size such as 1600x1000, each side from 1 to 8192"},
+        WrongLine{"StationUnderANameThatDoesNotOpen",
+                  {"--list", "--save", "cell.json"},
+                  "--save: 'cell.json' does not end in .station.json"},
         WrongLine{"PickFromSeveralViews", {"--pick", "1,1", "--view", "all"}, "--view: picking takes one direction"},
         WrongLine{"PickPictureWithoutGrid",
                   {"--pick", "1,1", "--pick-picture", "x.png"},
@@ -108,7 +124,8 @@ TEST_F(ViewerFile, EmptyOneIsNamed)
 TEST_F(ViewerFile, OneOfAnotherKindIsNamed)
 {
     expectFileRefused(files.write("notes.txt", "hello"),
-                      "not a kind of file that can be read (.step, .stp, .brep, .stl)");
+                      "not a kind of file that can be shown (.step, .stp, .brep, .stl, .urdf, .ply, .pcd, .xyz, "
+                      ".station.json)");
 }
 
 TEST_F(ViewerFile, BrepUnderTheNameOfStepIsMislabelled)

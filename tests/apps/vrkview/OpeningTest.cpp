@@ -47,6 +47,25 @@ constexpr const char* crane = R"(<robot name="Crane">
     <limit lower="0" upper="0.12" effort="1" velocity="1"/></joint>
 </robot>)";
 
+constexpr const char* pillar = R"(<robot name="Pillar">
+  <link name="base"><visual><origin xyz="-2.2 -1.5 1"/><geometry><box size="0.5 0.5 2"/></geometry>
+    <material name=""><color rgba="1 0 1 1"/></material></visual></link>
+  <link name="top"><visual><origin xyz="-2.2 -1.5 2.2"/><geometry><box size="0.3 0.3 0.3"/></geometry></visual></link>
+  <joint name="turn" type="revolute"><parent link="base"/><child link="top"/><axis xyz="0 0 1"/>
+    <limit lower="-1.5" upper="1.5" effort="1" velocity="1"/></joint>
+</robot>)";
+
+int magentaOf(const QImage& picture)
+{
+    int pixels = 0;
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x) {
+            const QColor color = picture.pixelColor(x, y);
+            pixels += color.red() > 90 && color.blue() > 90 && color.green() < color.red() / 4 ? 1 : 0;
+        }
+    return pixels;
+}
+
 class OpeningTest : public WindowFixture {
 protected:
     static StationFiles& files() { return window().getFiles(); }
@@ -125,6 +144,18 @@ TEST_F(OpeningTest, DroppedRobotJoinsTheStationAndItsJointsFollowTheSliders)
 
     robot->setJointValues(std::vector{0.0, 30.0}); // from elsewhere
     EXPECT_TRUE(waitFor([&] { return lines[1]->getValue() == 30 && lines[0]->getValue() == 0; }));
+}
+
+TEST_F(OpeningTest, ArmOfNoKnownMakerIsShownInItsOwnColours)
+{
+    const QString file = write("pillar.urdf", pillar);
+    after("0");
+    ASSERT_EQ(magentaOf(seen()), 0);
+
+    openAndWait({file});
+
+    EXPECT_GT(magentaOf(after("F")), 100);
+    shoot("pillar");
 }
 
 TEST_F(OpeningTest, WhatIsGivenUpAddsNothing)

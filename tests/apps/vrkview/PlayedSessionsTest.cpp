@@ -7,6 +7,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -16,6 +17,7 @@ namespace {
 
 using nlohmann::ordered_json;
 using testing::AllOf;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
@@ -148,7 +150,9 @@ TEST_F(SpoiltSession, FileThatCannotBeOpenedEndsIt)
     const Outcome outcome = play();
 
     EXPECT_EQ(outcome.exitCode, 2);
-    EXPECT_THAT(outcome.err, AllOf(HasSubstr("line 2: "), HasSubstr("gone.step")));
+    EXPECT_THAT(outcome.err,
+                AllOf(StartsWith("vrkview: "), HasSubstr("line 2: "), EndsWith("gone.step: no such file\n")));
+    EXPECT_EQ(std::ranges::count(outcome.err, '\n'), 1);
 }
 
 struct BadFileCase {
@@ -177,10 +181,10 @@ TEST_P(BadSessionFile, IsRefusedWithItsLine)
 INSTANTIATE_TEST_SUITE_P(
     Table, BadSessionFile,
     Values(BadFileCase{"Empty", "", "bad.jsonl: the recording is empty"},
-           BadFileCase{"NoJson", "a picture?\n", "bad.jsonl: line 1: "},
+           BadFileCase{"NoJson", "a picture?\n", "bad.jsonl: line 1: this is no JSON, or it is cut short\n"},
            BadFileCase{"OtherJson", "{\"format\": 1}\n", "line 1: this is no recording of vrkview"},
            BadFileCase{"OtherVersion", R"({"vrkview":"recording","version":2})", "line 1: version 2 is not known"},
-           BadFileCase{"HeadCutOff", R"({"vrkview":"recording","version":1})", "line 1: "},
+           BadFileCase{"HeadCutOff", R"({"vrkview":"recording","version":1})", "line 1: key 'station' not found\n"},
            BadFileCase{"UnknownEvent", "@{\"event\":\"dance\"}\n", "line 2: event 'dance' is not known"},
            BadFileCase{"NoEvent", "@{\"at\":[1,2]}\n", "line 2: "},
            BadFileCase{"UnknownButton", "@{\"event\":\"press\",\"at\":[1,2],\"button\":\"fourth\"}\n",
@@ -189,7 +193,7 @@ INSTANTIATE_TEST_SUITE_P(
                        "line 2: [1] is not a list of 2 numbers"},
            BadFileCase{"ViewWithoutArea", "@{\"event\":\"resize\",\"view\":[0,600]}\n",
                        "line 2: [0,600] is no size of a view"},
-           BadFileCase{"LineCutOff", "@{\"event\":\"move\",\"a", "line 2: "}),
+           BadFileCase{"LineCutOff", "@{\"event\":\"move\",\"a", "line 2: this is no JSON, or it is cut short\n"}),
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST(PlayOptions, MissingRecordingIsTold)

@@ -18,6 +18,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <regex>
+
 namespace vrk::station {
 namespace {
 
@@ -256,6 +258,19 @@ TEST_F(StationGeometry, MissingPointCloudIsRefused)
                 ThrowsMessage<StationFileError>((folder / "cell.station.json").string() +
                                                 ": /pointclouds/0/geometry/uri: expected a file that is there, not "
                                                 "'scan.xyz'"));
+}
+
+TEST_F(StationGeometry, PointCloudOfAnUnknownKindIsRefused)
+{
+    const auto cloud = ImportPointCloud(folder.write("scan.xyz", "1 2 3\n"));
+    Layout::inst().addPointCloud(cloud);
+    folder.write("cell.station.json",
+                 std::regex_replace(save(), std::regex("\"file_type\": \"xyz\""), "\"file_type\": \"las\""));
+
+    EXPECT_THAT(
+        [&] { LoadStationFile(folder / "cell.station.json"); },
+        ThrowsMessage<StationFileError>((folder / "cell.station.json").string() +
+                                        ": /pointclouds/0/geometry/file_type: expected \"ply\", \"pcd\" or \"xyz\""));
 }
 
 TEST_F(StationGeometry, BrepFileAsAWholeIsOneShape)
