@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds, and runs every test: the whole library under a virtual display, the parts without a
-# window once more under the address, undefined behaviour and thread sanitizers, and of the tests that draw those of the
-# station under the first two.
+# window once more under the address, undefined behaviour and thread sanitizers, and the tests that draw under the first
+# two.
 set -euo pipefail
 cd "$(dirname "$0")"
 

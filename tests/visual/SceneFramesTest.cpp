@@ -4,6 +4,8 @@
 #include "visual/Edges.h"
 #include "visual/FrameVisual.h"
 
+#include <functional>
+
 namespace vrk::visual {
 namespace {
 
@@ -118,14 +120,14 @@ TEST_P(SceneFramesVisible, ReachesItsTypeAlone)
         if (visual->getType() == GetParam().type)
             child = addOf(++id, VisualType::ObjectFrame, visual);
 
-    (scene.*GetParam().set)(false);
+    std::invoke(GetParam().set, scene, false);
     drain();
 
     for (const Visual* visual : visuals)
         EXPECT_EQ(visual->isVisible(), visual->getType() != GetParam().type);
     EXPECT_EQ(child->isVisible(), !GetParam().recursive);
 
-    (scene.*GetParam().set)(true);
+    std::invoke(GetParam().set, scene, true);
     drain();
     for (const Visual* visual : visuals)
         EXPECT_TRUE(visual->isVisible());
@@ -141,7 +143,7 @@ TEST_P(SceneFramesVisible, LeavesPickingAsItIs)
     selection::VisualSelection& service = *selection::VisualSelection::Get();
     service.addLineVisual(frame);
 
-    (scene.*GetParam().set)(false);
+    std::invoke(GetParam().set, scene, false);
     drain();
 
     EXPECT_FALSE(frame->isVisible());
