@@ -5,11 +5,14 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
 #include <iostream>
 #include <sstream>
+#include <string_view>
 
 namespace vrkview {
 namespace {
@@ -94,6 +97,14 @@ const DrawMode* readDrawMode(const std::string& name)
 std::string complaintOfName(const std::string& file)
 {
     return file.empty() ? "the name of a file is empty" : "";
+}
+
+std::string complaintOfPicture(const std::string& file)
+{
+    const std::string ending = std::filesystem::path(file).extension().string();
+    const bool isPng = std::ranges::equal(ending, std::string_view(".png"), {},
+                                          [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return isPng ? "" : fmt::format("'{}' does not end in .png", file);
 }
 
 void checkSave(const std::filesystem::path& file)
@@ -216,6 +227,9 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
     const CLI::Validator isNamed(complaintOfName, "");
     for (const char* file : {"files", "--shot", "--pick-picture", "--record", "--play", "--play-picture", "--save"})
         app.get_option(file)->check(isNamed);
+    const CLI::Validator isPicture(complaintOfPicture, "");
+    for (const char* file : {"--shot", "--pick-picture", "--play-picture"})
+        app.get_option(file)->check(isPicture);
 
     try {
         app.parse(argc, argv);

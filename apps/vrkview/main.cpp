@@ -27,10 +27,13 @@
 
 #include <algorithm>
 #include <clocale>
+#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <optional>
 #include <stdexcept>
+
+#include <unistd.h>
 
 namespace vrkview {
 namespace {
@@ -78,6 +81,16 @@ void build(const Station& station, const Options& options, const DrawMode& mode)
     vrk::visual::Scene::Get()->processMsgs();
     suitSurroundings();
     vrk::visual::Scene::Get()->processMsgs();
+}
+
+/// So that a name that was mistyped is told ahead of minutes of import, and not after them.
+void checkFoldersOfPictures(const Options& options)
+{
+    for (const std::filesystem::path& file : {options.picture, options.pickPicture, options.playPicture}) {
+        const std::filesystem::path folder = file.has_parent_path() ? file.parent_path() : ".";
+        if (!file.empty() && (!std::filesystem::is_directory(folder) || access(folder.c_str(), W_OK) != 0))
+            throw std::runtime_error(file.string() + ": the picture cannot be written");
+    }
 }
 
 /// The one that the command line asks for, else the one of the last run.
@@ -134,6 +147,7 @@ int run(int argc, char** argv, const Options& options)
     if (!options.resources.empty())
         vrk::common::SetResourcePath(options.resources);
     checkResources();
+    checkFoldersOfPictures(options);
     const std::unique_ptr<PrivateDisplay> display = chooseDisplay(options);
     const Station station = options.files.empty() ? demoStation() : importFiles(options.files);
 

@@ -58,6 +58,10 @@ INSTANTIATE_TEST_SUITE_P(
         WrongLine{"JointsOfNothing", {"--list", "--joints", ""}, "Could not convert: --joints = "},
         WrongLine{"JointWithoutEnd", {"--list", "--joints", "10,inf"}, "Could not convert: --joints = 10,inf"},
         WrongLine{"PictureWithoutName", {"--shot", ""}, "--shot: the name of a file is empty"},
+        WrongLine{"PictureOfAnotherKind", {"--shot", "cell.jpg"}, "--shot: 'cell.jpg' does not end in .png"},
+        WrongLine{"PicturesOfPicksOfAnotherKind",
+                  {"--pick-grid", "2x2", "--pick-picture", "picks"},
+                  "--pick-picture: 'picks' does not end in .png"},
         WrongLine{"FileWithoutName", {"--list", ""}, "files: the name of a file is empty"},
         WrongLine{"ViewWithoutName",
                   {"--shot", "x.png", "--view", ""},
@@ -240,6 +244,14 @@ TEST_F(ViewerFile, PictureThatCannotBeWrittenIsNamed)
     const std::string picture = files.path("no/such/folder/x.png");
 
     expectRefused(runViewer({"--shot", picture, "--size", "40x30", files.writeBrep("good.brep")}), unusable,
+                  picture + ": the picture cannot be written");
+}
+
+TEST_F(ViewerFile, FolderOfThePictureIsLookedForAheadOfTheImport)
+{
+    const std::string picture = files.path("no/such/folder/x.png");
+
+    expectRefused(runViewer({"--shot", picture, files.write("empty.stl", "")}), unusable,
                   picture + ": the picture cannot be written");
 }
 
