@@ -441,14 +441,6 @@ INSTANTIATE_TEST_SUITE_P(
                              }},
                     LateCase{"HighlightCleared", [](Scene& s, SolidVisual*) { s.clearHighlightedBody(); }},
                     LateCase{"Selection", [](Scene& s, SolidVisual* v) { s.setVisualSelected(v); }},
-                    LateCase{"Collision", [](Scene& s, SolidVisual* v) { s.setCollision(v->getId(), true); }},
-                    LateCase{"Emphasis",
-                             [](Scene& s, SolidVisual* v) {
-                                 s.setVisualCollisionEmphasizeState(v->getId(), Scene::VisualCollisionState::GroupA);
-                             }},
-                    LateCase{"Material", [](Scene& s, SolidVisual* v) { s.bodyVisualUseMaterial(v->getId(), "ABB"); }},
-                    LateCase{"MaterialCleared",
-                             [](Scene& s, SolidVisual* v) { s.bodyVisualUseDefaultMaterial(v->getId()); }},
                     LateCase{"AllCleared", [](Scene& s, SolidVisual*) { s.clearSelections(); }}),
     [](const auto& info) { return std::string(info.param.name); });
 
