@@ -295,6 +295,7 @@ TEST(ShapeMesh, NothingUsableIsNoMeshAndNoWarning)
 TEST(ShapeMesh, TriangleOnTwoNodesIsNotUsable)
 {
     Handle(Poly_Triangulation) line = new Poly_Triangulation(2, 1, false, true);
+    line->SetNode(1, gp_Pnt(0, 0, 0));
     line->SetNode(2, gp_Pnt(1, 0, 0));
     line->SetNormal(1, gp_Dir(0, 0, 1));
     line->SetNormal(2, gp_Dir(0, 0, 1));

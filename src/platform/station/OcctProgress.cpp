@@ -24,13 +24,13 @@ void OcctProgress::rethrow() const
 
 void OcctProgress::Show(const Message_ProgressScope&, Standard_Boolean)
 {
-    if (isBroken || std::this_thread::get_id() != importer || Clock::now() - lastReport < reportInterval)
+    if (std::this_thread::get_id() != importer || isBroken || Clock::now() - lastReport < reportInterval)
         return;
     try {
         report(progress, step, from + (to - from) * GetPosition());
     } catch (...) {
         thrown = std::current_exception();
-        isBroken = true;
+        __atomic_store_n(&isBroken, true, __ATOMIC_RELAXED);
     }
     lastReport = Clock::now();
 }
