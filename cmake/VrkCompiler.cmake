@@ -6,8 +6,16 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
-# Debug builds run geometry over millions of triangles too; -Og keeps that bearable and still steps well.
-set(CMAKE_CXX_FLAGS_DEBUG "-Og -g1")
+# A debugger shows every local of a debug build. Instrumented builds run geometry over millions of triangles; -Og keeps
+# that bearable.
+if(VRK_SANITIZE)
+    set(CMAKE_CXX_FLAGS_DEBUG "-Og -g1")
+else()
+    set(CMAKE_CXX_FLAGS_DEBUG "-O0 -g")
+endif()
+# Not CMake's -O3: GCC 12.2 peels and if-converts a loop over a constexpr array into a read of a register that is never
+# set, so that the result is wrong. -O2 leaves such loops alone.
+set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG")
 
 add_library(vrk_options INTERFACE)
 target_compile_features(vrk_options INTERFACE cxx_std_20)
