@@ -14,6 +14,9 @@
 
 #include <Ogre.h>
 
+#include <algorithm>
+#include <vector>
+
 namespace vrk::visual {
 namespace {
 
@@ -47,6 +50,17 @@ INSTANTIATE_TEST_SUITE_P(Table, TopLayer,
                                          TopCase{"GroupBBelowGroupA", 4 | 1, VisualStateLayer::EmphasizeGroupB},
                                          TopCase{"MaterialLast", 1, VisualStateLayer::Material}),
                          [](const auto& info) { return std::string(info.param.name); });
+
+TEST(TopLayerOfEachMask, IsTheFirstOfThePriorityOrderThatItHolds)
+{
+    const std::vector<unsigned> order{64, 32, 16, 8, 2, 4, 1};
+    for (unsigned mask = 0; mask < 256; ++mask) {
+        const auto first = std::ranges::find_if(order, [mask](unsigned layer) { return (mask & layer) != 0; });
+        const unsigned expected = first == order.end() ? 0 : *first;
+
+        EXPECT_EQ(static_cast<unsigned>(VisualStateManager::pickTopLayer(mask)), expected) << "mask " << mask;
+    }
+}
 
 class Layers : public test::SceneFixture {
 protected:
