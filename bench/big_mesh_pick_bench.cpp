@@ -5,6 +5,7 @@
 #include "bench/support/Contest.h"
 #include "bench/support/EmbreePeer.h"
 #include "bench/support/PickWork.h"
+#include "bench/support/Size.h"
 #include "bench/support/Workloads.h"
 
 #include "mesh/Mesh.h"
@@ -24,13 +25,15 @@ namespace {
 
 using namespace vrk;
 
-constexpr std::size_t triangleCount = 5'000'000;
+const unsigned along = bench::sized(2500u, 100u);
+const unsigned around = bench::sized(1000u, 50u);
+const std::size_t triangleCount = std::size_t{2} * along * around; // 5,000,000 of the full work
 constexpr unsigned threads = 2;
 
 visual::Mesh& bigMesh()
 {
     static visual::Mesh mesh = [] {
-        bench::TorusMesh torus = bench::makeTorusMesh();
+        bench::TorusMesh torus = bench::makeTorusMesh(along, around);
         visual::Mesh made("torus");
         made.vertices = std::move(torus.vertices);
         made.vertices.reserve(made.vertices.size() + 1); // Embree reads past the end
@@ -68,14 +71,15 @@ void buildBigMesh(benchmark::State& state)
         std::unique_ptr<selection::SensitiveMesh> ours;
         const double took = bench::millisecondsOf([&] { ours = oursOfBigMesh(); });
         contest.add("ours", took);
-        state.counters["ours B/triangle"] = static_cast<double>(heapBytes() - before) / triangleCount;
+        state.counters["ours B/triangle"] =
+            static_cast<double>(heapBytes() - before) / static_cast<double>(triangleCount);
         ours.reset();
         malloc_trim(0);
 
         std::unique_ptr<bench::EmbreeScene> embree;
         contest.add("Embree", bench::millisecondsOf([&] { embree = embreeOfBigMesh(); }));
         state.counters["Embree B/triangle"] =
-            static_cast<double>(bench::EmbreeScene::bytesHeld(threads)) / triangleCount;
+            static_cast<double>(bench::EmbreeScene::bytesHeld(threads)) / static_cast<double>(triangleCount);
         state.SetIterationTime(took / 1000);
     }
     contest.report(state, "ms", "Embree");
@@ -93,6 +97,8 @@ std::vector<bench::EmbreeScene::Hit> referenceHits(const bench::EmbreeScene& emb
         sum.add(hits.back().triangle);
         hitCount += hits.back().triangle != bench::EmbreeScene::none ? 1 : 0;
     }
+    if (bench::isSmall())
+        return hits;
     if (hitCount != 8080 || sum.value != 0x2de4cfb54c46141c)
         throw std::logic_error("the workload is another one: " + std::to_string(hitCount) + " hits");
     return hits;
@@ -144,5 +150,3 @@ BENCHMARK(buildBigMesh)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterati
 BENCHMARK(pickInBigMesh)->Unit(benchmark::kNanosecond)->UseManualTime()->Iterations(3);
 
 } // namespace
-
-BENCHMARK_MAIN();

@@ -2,6 +2,7 @@
 // and a compound of 2000 faces against the triangles that Open CASCADE's own shaded presentation makes of it.
 
 #include "bench/support/Peak.h"
+#include "bench/support/Size.h"
 #include "bench/support/Workloads.h"
 
 #include "mesh/ShapeTriangles.h"
@@ -9,6 +10,7 @@
 
 #include <BRep_Tool.hxx>
 #include <Graphic3d_ArrayOfTriangles.hxx>
+#include <Poly_Triangulation.hxx>
 #include <StdPrs_ShadedShape.hxx>
 #include <TopExp.hxx>
 #include <TopLoc_Location.hxx>
@@ -23,23 +25,29 @@
 #include <iterator>
 #include <malloc.h>
 #include <memory>
+#include <stdexcept>
 #include <unistd.h>
 
 namespace {
 
 using namespace vrk;
 
-constexpr std::size_t stlTriangles = 5'000'000;
-constexpr int faceCount = 2000;
-constexpr int triangleCount = 548'152;
-constexpr int vertexCount = 375'010;
+const unsigned along = bench::sized(2500u, 100u);
+const unsigned around = bench::sized(1000u, 50u);
+const std::size_t stlTriangles = std::size_t{2} * along * around; // 5,000,000 of the full work
+const unsigned solidCount = bench::sized(100u, 10u);
+
+// Both ways of each work get memory that the process holds already: whether glibc gives a result's memory back to the
+// system and takes it anew in the next run hangs on the sizes of its blocks. Told before the first benchmark, so that
+// their order does not matter.
+const bool memoryIsKept = mallopt(M_MMAP_THRESHOLD, 32 << 20) == 1 && mallopt(M_TRIM_THRESHOLD, 1 << 30) == 1;
 
 // STL
 
 /// The big mesh as a file, written when it is first asked for and removed at the end.
 class StlFile {
 public:
-    StlFile() { bench::writeStl(bench::makeTorusMesh(), path); }
+    StlFile() { bench::writeStl(bench::makeTorusMesh(along, around), path); }
     ~StlFile() { std::filesystem::remove(path); }
 
     const std::filesystem::path path =
@@ -66,7 +74,7 @@ void readStl(benchmark::State& state)
         arrays = mesh.vertices.size() * sizeof(rob::Posf) + mesh.normals.size() * sizeof(rob::Vec3f) +
                  mesh.indices.size() * sizeof(unsigned);
         if (mesh.indices.size() != 3 * stlTriangles || mesh.vertices.size() != 3 * stlTriangles)
-            state.SkipWithError("wrong number of triangles");
+            throw std::logic_error("wrong number of triangles");
         state.ResumeTiming();
     }
     state.counters["peak/arrays"] = static_cast<double>(peak) / static_cast<double>(arrays);
@@ -93,7 +101,18 @@ BENCHMARK(readFileAndCopyVertices)->Unit(benchmark::kMillisecond)->Iterations(3)
 // Shapes
 
 struct Compound {
-    Compound() : shape(bench::makeFineCompound()) { TopExp::MapShapes(shape, TopAbs_FACE, faces); }
+    Compound() : shape(bench::makeFineCompound(solidCount))
+    {
+        TopExp::MapShapes(shape, TopAbs_FACE, faces);
+        TopLoc_Location location;
+        for (int i = 1; i <= faces.Extent(); ++i) {
+            const Handle(Poly_Triangulation) mesh = BRep_Tool::Triangulation(TopoDS::Face(faces(i)), location);
+            triangles += mesh->NbTriangles();
+            vertices += mesh->NbNodes();
+        }
+        if (!bench::isSmall() && (faces.Extent() != 2000 || triangles != 548'152 || vertices != 375'010))
+            throw std::logic_error("the compound is another one");
+    }
 
     void removeNormals() const
     {
@@ -105,6 +124,8 @@ struct Compound {
 
     TopoDS_Compound shape;
     layout::FaceMap faces;
+    int triangles = 0;
+    int vertices = 0;
 };
 
 const Compound& compound()
@@ -119,10 +140,8 @@ enum class Normals { Cold, Warm };
 template <typename Run>
 void timeRuns(benchmark::State& state, Normals normals, Run run)
 {
-    // Both ways get memory that the process holds already: whether glibc gives a result's memory back to the system and
-    // takes it anew in the next run hangs on the sizes of its blocks.
-    mallopt(M_MMAP_THRESHOLD, 32 << 20);
-    mallopt(M_TRIM_THRESHOLD, 1 << 30);
+    if (!memoryIsKept)
+        throw std::logic_error("malloc does not take its settings");
     run();
     for (auto _ : state) {
         if (normals == Normals::Cold) {
@@ -140,9 +159,9 @@ void shapeMesh(benchmark::State& state, Normals normals)
     timeRuns(state, normals, [&] {
         const auto mesh = visual::makeShapeMesh(
             "bench", compound().faces, [](unsigned) { return true; }, &colors, "bench");
-        if (compound().faces.Extent() != faceCount || std::ssize(mesh->indices) != 3 * triangleCount ||
-            std::ssize(mesh->vertices) != vertexCount || std::ssize(mesh->colors) != vertexCount)
-            state.SkipWithError("wrong number of faces, triangles or vertices");
+        if (std::ssize(mesh->indices) != 3 * compound().triangles ||
+            std::ssize(mesh->vertices) != compound().vertices || std::ssize(mesh->colors) != compound().vertices)
+            throw std::logic_error("wrong number of triangles or vertices");
         benchmark::DoNotOptimize(mesh->vertices.data());
     });
 }
@@ -152,8 +171,8 @@ void fillTriangles(benchmark::State& state, Normals normals)
     timeRuns(state, normals, [&] {
         const Handle(Graphic3d_ArrayOfTriangles) triangles = StdPrs_ShadedShape::FillTriangles(compound().shape);
         // It leaves out some ninety triangles of no area.
-        if (triangles->ItemNumber() < triangleCount - 100 || triangles->VertexNumber() != vertexCount)
-            state.SkipWithError("wrong number of triangles or vertices");
+        if (triangles->ItemNumber() < compound().triangles - 100 || triangles->VertexNumber() != compound().vertices)
+            throw std::logic_error("wrong number of triangles or vertices");
     });
 }
 
@@ -163,5 +182,3 @@ BENCHMARK_CAPTURE(shapeMesh, cold, Normals::Cold)->Unit(benchmark::kMillisecond)
 BENCHMARK_CAPTURE(fillTriangles, cold, Normals::Cold)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 } // namespace
-
-BENCHMARK_MAIN();

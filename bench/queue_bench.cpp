@@ -1,5 +1,7 @@
 // The render task queue against boost::asio::post, and keyed posts against posts without a key.
 
+#include "bench/support/Size.h"
+
 #include "platform/broker/SignalBroker.h"
 #include "scene/core/RenderTaskQueue.h"
 
@@ -18,11 +20,11 @@
 namespace {
 
 constexpr std::uint64_t producers = 4;
-constexpr std::uint64_t postsEach = 500'000;
-constexpr std::uint64_t posts = producers * postsEach;
+const std::uint64_t postsEach = vrk::bench::sized(500'000, 5'000);
+const std::uint64_t posts = producers * postsEach;
 
 /// What every task adds up to: the sum of a and b over all posts.
-constexpr std::uint64_t expectedSum = producers * (postsEach * (postsEach - 1) / 2) + posts;
+const std::uint64_t expectedSum = producers * (postsEach * (postsEach - 1) / 2) + posts;
 
 template <typename Post>
 std::vector<std::jthread> startProducers(std::atomic<std::uint64_t>& sum, const Post& post)
@@ -79,7 +81,7 @@ void fourProducersAsio(benchmark::State& state)
     state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * posts));
 }
 
-constexpr int keyedPosts = 100'000;
+const int keyedPosts = vrk::bench::sized(100'000, 1'000);
 constexpr std::uint64_t keys = 100;
 
 /// @param keyed  whether the posts share 100 keys.
@@ -113,5 +115,3 @@ BENCHMARK(postsWithoutKey)->Unit(benchmark::kMillisecond);
 BENCHMARK(postsUnderAHundredKeys)->Unit(benchmark::kMillisecond);
 
 } // namespace
-
-BENCHMARK_MAIN();

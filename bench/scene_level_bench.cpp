@@ -5,6 +5,7 @@
 #include "bench/support/Contest.h"
 #include "bench/support/EmbreePeer.h"
 #include "bench/support/Rng.h"
+#include "bench/support/Size.h"
 
 #include "selection/geometry/BVHBuilder.h"
 #include "selection/geometry/PrimitiveContainer.h"
@@ -21,8 +22,8 @@ namespace {
 
 using namespace vrk;
 
-constexpr unsigned boxCount = 50'000;
-constexpr unsigned frames = 20;
+const unsigned boxCount = bench::sized(50'000u, 1'000u);
+const unsigned frames = bench::sized(20u, 2u);
 
 std::vector<visual::Box> boxesOfFrame(unsigned frame)
 {
@@ -101,7 +102,7 @@ double checkAnswers(const selection::PrimitiveContainer& container, const std::v
         }
         container.queryRay(ray.narrowed(), ours);
     }
-    if (expected != 15'780)
+    if (!bench::isSmall() && expected != 15'780)
         throw std::logic_error("the workload is another one: " + std::to_string(expected) + " boxes met");
     if (ours.size() < surely || ours.size() > perhaps)
         throw std::logic_error("the hierarchy meets other boxes than a loop does");
@@ -140,5 +141,3 @@ void rebuildSceneLevel(benchmark::State& state)
 BENCHMARK(rebuildSceneLevel)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(1);
 
 } // namespace
-
-BENCHMARK_MAIN();

@@ -17,7 +17,7 @@ struct Checksum {
     std::uint64_t value = 1469598103934665603u;
 };
 
-/// A thousand solids in their places, meshed coarsely, and their triangles as they lie in the shapes.
+/// Solids in their places, meshed coarsely, and their triangles as they lie in the shapes.
 struct PickStation {
     struct Triangles {
         std::vector<rob::Posf> vertices; ///< each face has its own
@@ -30,8 +30,11 @@ struct PickStation {
     std::vector<unsigned> firstFace;  ///< of each solid: the number of its first face
 };
 
-/// @throws std::logic_error unless it has 20,000 faces, 1,374,428 triangles and 1,167,028 vertices.
-PickStation makePickStation();
+constexpr unsigned pickStationSolids = 1000;
+
+/// The first `solidCount` of the thousand solids.
+/// @throws std::logic_error unless all of them have 20,000 faces, 1,374,428 triangles and 1,167,028 vertices.
+PickStation makePickStation(unsigned solidCount = pickStationSolids);
 
 /// 10,000 rays from ten cameras around the station.
 std::vector<visual::Ray> makePickRays();

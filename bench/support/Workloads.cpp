@@ -299,12 +299,12 @@ PosedSolid makeSolid(unsigned number)
     return {makers[number % 10](r), pose};
 }
 
-TopoDS_Compound makeFineCompound()
+TopoDS_Compound makeFineCompound(unsigned solidCount)
 {
     TopoDS_Compound compound;
     BRep_Builder builder;
     builder.MakeCompound(compound);
-    for (unsigned i = 0; i < 100; ++i) {
+    for (unsigned i = 0; i < solidCount; ++i) {
         const PosedSolid solid = makeSolid(i);
         // Before it is placed: the mesher's rounding, and with it a few triangles, depends on the place.
         const BRepMesh_IncrementalMesh mesher(solid.shape, 0.3, false, 0.22, false);
