@@ -4,10 +4,25 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
+#include <map>
 #include <stdexcept>
 
 namespace vrk::test {
+namespace {
+
+const std::filesystem::path tests = VRK_TESTS_DIR;
+const std::filesystem::path baselines = tests / "baselines";
+
+/// Of two pictures of one size: how far each channel is off, four times as bright.
+Picture differencesOf(const Picture& a, const Picture& b)
+{
+    Picture differences{a.width, a.height, std::vector<std::uint8_t>(a.rgb.size())};
+    for (std::size_t i = 0; i < a.rgb.size(); ++i)
+        differences.rgb[i] = static_cast<std::uint8_t>(std::min(255, 4 * std::abs(int{a.rgb[i]} - int{b.rgb[i]})));
+    return differences;
+}
+
+} // namespace
 
 Pixel Picture::at(unsigned x, unsigned y) const
 {
@@ -64,41 +79,91 @@ void writePng(const std::filesystem::path& file, const Picture& picture)
         throw std::runtime_error(file.string() + ": " + image.message);
 }
 
-testing::AssertionResult matchesBaseline(const Picture& picture, const std::string& name, Tolerance tolerance)
+Deviation deviationOf(const Picture& picture, const Picture& expected)
 {
-    const std::filesystem::path tests = VRK_TESTS_DIR;
-    const std::filesystem::path baseline = tests / "baselines" / (name + ".png");
+    if (picture.width != expected.width || picture.height != expected.height)
+        throw std::invalid_argument("the pictures have different sizes");
+    Deviation deviation;
+    double total = 0;
+    for (unsigned top = 0; top < picture.height; top += tileSize)
+        for (unsigned left = 0; left < picture.width; left += tileSize) {
+            const unsigned bottom = std::min(top + tileSize, picture.height);
+            const unsigned right = std::min(left + tileSize, picture.width);
+            double sum = 0;
+            for (unsigned y = top; y < bottom; ++y)
+                for (std::size_t i = 3 * (std::size_t{y} * picture.width + left);
+                     i < 3 * (std::size_t{y} * picture.width + right); ++i)
+                    sum += std::abs(int{picture.rgb[i]} - int{expected.rgb[i]});
+            total += sum;
+            const double mean = sum / (3.0 * (bottom - top) * (right - left));
+            if (mean > deviation.worstTile)
+                deviation = {0, mean, left, top};
+        }
+    deviation.mean = total / static_cast<double>(picture.rgb.size());
+    return deviation;
+}
+
+Tolerance toleranceOf(const std::string& baseline)
+{
+    // A debug and a release build draw the same to the byte on Mesa's llvmpipe, but for lines on faces, which are off by up
+    // to 0.7 in a tile and 0.004 in the mean. Mesa's softpipe, which rounds edges otherwise, is off by up to 0.8 and 0.05
+    // in the pictures that were tried, but for text, which is asked of llvmpipe alone.
+    constexpr Tolerance usual{.mean = 0.1, .tile = 1.0};
+    // OGRE draws passes of one kind in the order of their addresses, which change from run to run, and the smoothed edges of
+    // the instanced frames come out otherwise where they overlap: by up to 7.2 in a tile.
+    static const std::map<std::string, Tolerance> exceptions{{"targets", {.mean = 0.1, .tile = 8.0}}};
+    const auto found = exceptions.find(baseline);
+    return found != exceptions.end() ? found->second : usual;
+}
+
+std::vector<std::string> baselineNames()
+{
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(baselines))
+        names.push_back(entry.path().stem().string());
+    std::ranges::sort(names);
+    return names;
+}
+
+Picture readBaseline(const std::string& name)
+{
+    return readPng(baselines / (name + ".png"));
+}
+
+testing::AssertionResult isWithinTolerance(const Picture& picture, const Picture& expected, const std::string& baseline)
+{
+    if (expected.width != picture.width || expected.height != picture.height)
+        return testing::AssertionFailure() << baseline << " has another size than its baseline";
+    const Deviation deviation = deviationOf(picture, expected);
+    const Tolerance tolerance = toleranceOf(baseline);
+    if (deviation.mean <= tolerance.mean && deviation.worstTile <= tolerance.tile)
+        return testing::AssertionSuccess();
+    return testing::AssertionFailure() << baseline << " differs from its baseline: mean " << deviation.mean
+                                       << ", worst tile " << deviation.worstTile << " at (" << deviation.column << ", "
+                                       << deviation.row << ") (allowed " << tolerance.mean << " and " << tolerance.tile
+                                       << ")";
+}
+
+testing::AssertionResult matchesBaseline(const Picture& picture, const std::string& name)
+{
     if (std::getenv("VRK_RENEW_BASELINES")) {
-        writePng(baseline, picture);
+        writePng(baselines / (name + ".png"), picture);
         return testing::AssertionSuccess();
     }
     const std::filesystem::path output = tests / "output";
-    if (!std::filesystem::exists(baseline)) {
+    if (!std::filesystem::exists(baselines / (name + ".png"))) {
         writePng(output / (name + ".actual.png"), picture);
-        return testing::AssertionFailure() << baseline << " is missing";
+        return testing::AssertionFailure() << "the baseline of " << name << " is missing";
     }
-    const Picture expected = readPng(baseline);
-    if (expected.width != picture.width || expected.height != picture.height)
-        return testing::AssertionFailure() << name << " has another size than its baseline";
-
-    Picture differences{picture.width, picture.height, std::vector<std::uint8_t>(picture.rgb.size())};
-    double sum = 0;
-    int largest = 0;
-    for (std::size_t i = 0; i < picture.rgb.size(); ++i) {
-        const int off = std::abs(int{picture.rgb[i]} - int{expected.rgb[i]});
-        sum += off;
-        largest = std::max(largest, off);
-        differences.rgb[i] = static_cast<std::uint8_t>(std::min(255, 4 * off));
-    }
-    const double mean = sum / static_cast<double>(picture.rgb.size());
-    if (largest <= tolerance.largest && mean <= tolerance.mean)
-        return testing::AssertionSuccess();
+    const Picture expected = readBaseline(name);
+    testing::AssertionResult result = isWithinTolerance(picture, expected, name);
+    if (result)
+        return result;
     writePng(output / (name + ".actual.png"), picture);
     writePng(output / (name + ".expected.png"), expected);
-    writePng(output / (name + ".difference.png"), differences);
-    return testing::AssertionFailure() << name << " differs from its baseline: largest " << largest << ", mean " << mean
-                                       << " (allowed " << tolerance.largest << " and " << tolerance.mean
-                                       << "); see the pictures in " << output;
+    if (expected.rgb.size() == picture.rgb.size())
+        writePng(output / (name + ".difference.png"), differencesOf(picture, expected));
+    return result << "; see the pictures in " << output;
 }
 
 } // namespace vrk::test
