@@ -1,6 +1,6 @@
 #include "station/CompoundVisual.h"
 
-#include "scene/Scene.h"
+#include "scene/core/SceneCore.h"
 #include "visual/FrameVisual.h"
 
 namespace vrk::visual {
@@ -25,13 +25,13 @@ void CompoundVisual::hideOwnFrame()
 bool CompoundVisual::showsFrameWhenSelected() const
 {
     // Of a selected assembly only its own frame shows, not those of its members.
-    return isTopLevel() || !Scene::Get()->isSelected(getParent());
+    return isTopLevel() || !SceneCore::Get()->isSelected(getParent());
 }
 
 void CompoundVisual::setHighlighted()
 {
     for (Visual* child : getChildren())
-        if (takesAppearance(*child) && (highlightsSelectedChildren() || !Scene::Get()->isSelected(child)))
+        if (takesAppearance(*child) && (highlightsSelectedChildren() || !SceneCore::Get()->isSelected(child)))
             child->setHighlighted();
 }
 

@@ -296,7 +296,7 @@ void Visual::Delete(Visual* visual)
     core.visuals.tellDeleted(visual);
     // Also here, where it dies with a parent: a visual made later at this address must not inherit its looks.
     core.states->remove(visual);
-    core.visuals.erase(visual);
+    core.visuals.erase(visual->getId(), visual);
     visual->clearChildren();
     picking::removeCompoundObject(visual);
     delete visual;
