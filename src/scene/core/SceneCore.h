@@ -1,6 +1,7 @@
 #pragma once
 
 #include "scene/core/InstanceManagers.h"
+#include "scene/core/PublishedCamera.h"
 #include "scene/core/RenderTaskQueue.h"
 #include "scene/core/SceneSettings.h"
 #include "scene/core/VisualRegistry.h"
@@ -38,6 +39,7 @@ public:
     VisualRegistry visuals;
     const std::shared_ptr<VisualStateManager> states; ///< the looks of visuals that are selected, highlighted, ...
     InstanceManagers instanceManagers;
+    PublishedCamera mainCamera;
     /// Whether a visual, or one that it belongs to, is selected. The scene keeps the selection, and sets this.
     std::function<bool(const Visual*)> isSelected;
     Visual* worldVisual = nullptr; ///< root of the tree, never deleted
