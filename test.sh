@@ -7,6 +7,7 @@ cd "$(dirname "$0")"
 
 scripts/install-packages.sh
 scripts/check-format.sh
+scripts/check-floors.sh
 
 cmake --preset dev >/dev/null
 cmake --build --preset dev
