@@ -10,6 +10,11 @@ CompoundVisual::CompoundVisual(sdf::SdfNode* node, Visual* parent, VisualType ki
     type = kind;
 }
 
+bool CompoundVisual::IsMember(const Visual& child)
+{
+    return (child.getType() == VisualType::Assembly || child.getType() == VisualType::Part) && !child.isAttached();
+}
+
 void CompoundVisual::createOwnFrame(const char* label)
 {
     ownFrame = new FrameVisual(this, 0, label, VisualType::Frame);

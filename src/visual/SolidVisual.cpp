@@ -141,12 +141,12 @@ unsigned SolidVisual::getFacesNum()
 
 std::uint64_t SolidVisual::getTrianglesNum()
 {
-    return trianglesOf(entity);
+    return TrianglesOf(entity);
 }
 
 std::uint64_t SolidVisual::getVerticesNum()
 {
-    return verticesOf(entity);
+    return VerticesOf(entity);
 }
 
 void SolidVisual::setVisible(bool nowVisible, bool recursive)
