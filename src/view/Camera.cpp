@@ -51,15 +51,16 @@ Start startFor(int gridNormalDir, const rob::PosTemplate<float>& from)
 
 } // namespace
 
-/// Tells the camera of changes that nobody asked it for: a window has another size, a node was moved by hand.
+/// Tells the camera of changes that nobody asked it for: a window has another size or is gone, a node was moved by hand.
 class Camera::Watcher : public Ogre::Viewport::Listener, public Ogre::Camera::Listener {
 public:
-    explicit Watcher(const Camera& camera) : camera(camera) {}
+    explicit Watcher(Camera& camera) : camera(camera) {}
     void viewportDimensionsChanged(Ogre::Viewport*) override { camera.publish(); }
+    void viewportDestroyed(Ogre::Viewport*) override { camera.loseRenderTarget(); }
     void cameraPreRenderScene(Ogre::Camera*) override { camera.publish(); }
 
 private:
-    const Camera& camera;
+    Camera& camera;
 };
 
 Camera::Camera(const std::string& givenName, Scene* scene) : scene(scene), watcher(std::make_unique<Watcher>(*this))
@@ -205,6 +206,13 @@ void Camera::removeViewport()
     viewport->removeListener(watcher.get());
     renderTarget->removeViewport(viewport->getZOrder());
     viewport = nullptr;
+}
+
+void Camera::loseRenderTarget()
+{
+    viewport = nullptr;
+    renderTarget = nullptr;
+    publish();
 }
 
 void Camera::setRenderTarget(Ogre::RenderTarget* target)

@@ -76,7 +76,8 @@ public:
     void setVerticleDir(int axis);
 
     // Render target
-    /// Draws into this target from now on, over its whole area, instead of the one before.
+    /// Draws into this target from now on, over its whole area, instead of the one before. When the target dies the camera
+    /// has none.
     void setRenderTarget(Ogre::RenderTarget* target);
     bool isRenderTargetValid() const { return renderTarget != nullptr; }
     /// Pixels; only with a render target.
@@ -114,6 +115,7 @@ private:
     static float LimitFOV(float angle);
     void publish() const;
     void removeViewport();
+    void loseRenderTarget();
     void navigate(std::function<void(OrbitViewController&)> gesture);
 
     std::string name;

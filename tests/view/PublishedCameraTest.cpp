@@ -1,4 +1,5 @@
 #include "platform/broker/SignalBroker.h"
+#include "view/OffscreenTarget.h"
 #include "view/ViewTools.h"
 
 #include <random>
@@ -140,6 +141,22 @@ TEST_F(PublishedCameraTest, NodeMovedByHandShowsWithTheNextFrame)
 
     EXPECT_EQ(Camera::Published()->pose.position, rob::Posf(11, 12, 13));
     EXPECT_EQ(*Camera::Published(), camera.getSnapshot());
+}
+
+TEST_F(PublishedCameraTest, TargetThatDiesLeavesTheCameraWithoutPixels)
+{
+    {
+        const OffscreenTarget target(64, 48, 0);
+        camera.setRenderTarget(target.renderTarget());
+        ASSERT_EQ(Camera::Published()->height, 48u);
+    }
+
+    EXPECT_FALSE(camera.isRenderTargetValid());
+    EXPECT_FALSE(Camera::Published()->hasPixels());
+    camera.setWorldPosition({1, 2, 3});
+    EXPECT_EQ(Camera::Published()->pose.position, rob::Posf(1, 2, 3));
+    setSize(64, 64);
+    EXPECT_TRUE(Camera::Published()->hasPixels());
 }
 
 TEST_F(PublishedCameraTest, OnlyTheMainCameraIsPublished)
