@@ -7,6 +7,7 @@ cd "$(dirname "$0")"
 
 scripts/install-packages.sh
 scripts/check-format.sh
+scripts/check-floors.sh
 
 for preset in check asan tsan asan-window; do
     cmake --preset "$preset" >/dev/null

@@ -1,6 +1,6 @@
+#include "mesh/FaceColors.h"
+
 #include "mesh/MeshManager.h"
-#include "mesh/ShapeTriangles.h"
-#include "visual/SolidVisual.h"
 
 #include <Ogre.h>
 #include <TopExp.hxx>
@@ -54,11 +54,6 @@ void writeColors(const ColorSlots& slots, VertexRun run, ColorOf colorOf)
     }
 }
 
-FaceFilter visibleFacesOf(const SolidVisual& solid)
-{
-    return [&solid](unsigned face) { return solid.isFaceVisible(face); };
-}
-
 } // namespace
 
 void MeshManager::SetColor(const std::string& meshName, const rob::Colorf& color)
@@ -67,12 +62,13 @@ void MeshManager::SetColor(const std::string& meshName, const rob::Colorf& color
         writeColors(*slots, {0, slots->vertexCount}, [&color](std::size_t) { return color; });
 }
 
-void MeshManager::SetFaceColor(SolidVisual* solid, unsigned face, const rob::Colorf& color)
+void writeFaceColor(const std::string& meshName, const layout::FaceMap& faces, const FaceFilter& isVisible,
+                    unsigned face, const rob::Colorf& color)
 {
-    const auto slots = colorSlotsOf(solid->getCurrentMeshName());
+    const auto slots = colorSlotsOf(meshName);
     if (!slots)
         return;
-    const VertexRun run = runOfFace(solid->getFaceMap(), visibleFacesOf(*solid), face);
+    const VertexRun run = runOfFace(faces, isVisible, face);
     writeColors(*slots, run, [&color](std::size_t) { return color; });
 }
 
@@ -93,13 +89,13 @@ rob::Colorf MeshManager::GetFaceColor(const std::string& meshName, const TopoDS_
     return color;
 }
 
-void MeshManager::ColorReset(SolidVisual* solid)
+void writeModelColors(const std::string& meshName, const layout::FaceMap& faces, const FaceFilter& isVisible,
+                      unsigned body)
 {
-    const auto slots = colorSlotsOf(solid->getCurrentMeshName());
+    const auto slots = colorSlotsOf(meshName);
     if (!slots)
         return;
-    const std::vector<rob::Colorf> colors = vertexColors(solid->getFaceMap(), visibleFacesOf(*solid),
-                                                         geometry::BodyColorTool::GetColorInfo(solid->getId()));
+    const std::vector<rob::Colorf> colors = vertexColors(faces, isVisible, geometry::BodyColorTool::GetColorInfo(body));
     writeColors(*slots, {0, std::min(colors.size(), slots->vertexCount)},
                 [&colors](std::size_t i) { return colors[i]; });
 }

@@ -11,6 +11,7 @@
 #include "view/OrbitPivotVisual.h"
 #include "visual/FrameVisual.h"
 #include "visual/HighlightedEdge.h"
+#include "visual/VisualStateManager.h"
 
 #include <Ogre.h>
 
@@ -24,7 +25,8 @@ const Ogre::ColourValue startAmbient(0.3f, 0.3f, 0.3f, 1.0f);
 Scene* Scene::Instance = nullptr;
 
 Scene::Scene(const std::string& name)
-    : core(std::make_unique<SceneCore>(name, Ogre::Root::getSingleton().getSceneManager("VRK_SceneManager"))),
+    : core(std::make_unique<SceneCore>(name, Ogre::Root::getSingleton().getSceneManager("VRK_SceneManager"),
+                                       std::make_shared<VisualStateManager>())),
       highlightedEdge(std::make_unique<HighlightedEdge>())
 {
     depthClearListener = std::make_unique<DepthClearListener>();
@@ -32,6 +34,7 @@ Scene::Scene(const std::string& name)
     borderMask = std::make_unique<BorderMask>();
     core->instanceManagers.create(*core->sceneManager);
     core->worldVisual = new Visual(this);
+    core->isSelected = [this](const Visual* visual) { return isSelected(visual); };
     core->visuals.whenDeleted([this](const Visual* visual) { forgetVisual(visual); });
 }
 

@@ -54,10 +54,7 @@ float toleranceAt(const rob::PosTemplate<float>& position)
 {
     constexpr float pixels = 20.0f;
     constexpr float withoutView = 25.0f; // units
-    const std::optional<rob::PosTemplate<float>> eye = cameraPosition();
-    if (!eye)
-        return withoutView;
-    const std::optional<float> pixel = worldUnitsPerPixel((position - *eye).length());
+    const std::optional<float> pixel = worldUnitsPerPixelAt(position);
     return pixel ? *pixel * pixels : withoutView;
 }
 

@@ -1,45 +1,36 @@
 #include "selection/ViewPixels.h"
 
-#include "view/Camera.h"
-
-#include <cmath>
+#include "scene/core/SceneCore.h"
 
 namespace vrk::selection {
 namespace {
 
 /// Null where there is nothing to measure pixels by.
-const visual::Camera* cameraWithPixels()
+std::shared_ptr<const visual::CameraSnapshot> cameraWithPixels()
 {
-    const visual::Camera* camera = visual::Camera::Get();
-    const bool isUsable = camera && camera->ogreCamera() && camera->isRenderTargetValid() &&
-                          camera->viewportWidth() > 0 && camera->viewportHeight() > 0;
-    return isUsable ? camera : nullptr;
+    const visual::SceneCore* core = visual::SceneCore::Get();
+    std::shared_ptr<const visual::CameraSnapshot> camera = core ? core->mainCamera.latest() : nullptr;
+    return camera && camera->hasPixels() ? camera : nullptr;
 }
 
 } // namespace
 
 std::optional<float> worldUnitsPerPixel(float distance)
 {
-    const visual::Camera* camera = cameraWithPixels();
-    if (!camera)
-        return std::nullopt;
-    return std::tan(camera->getVFOV() * 0.5f) * (distance + distance) / static_cast<float>(camera->viewportHeight());
+    const auto camera = cameraWithPixels();
+    return camera ? std::optional(camera->unitsPerPixel(distance)) : std::nullopt;
+}
+
+std::optional<float> worldUnitsPerPixelAt(const rob::PosTemplate<float>& place)
+{
+    const auto camera = cameraWithPixels();
+    return camera ? std::optional(camera->unitsPerPixelAt(place)) : std::nullopt;
 }
 
 std::optional<visual::Ray> viewportRay(float x, float y)
 {
-    const visual::Camera* camera = cameraWithPixels();
-    if (!camera)
-        return std::nullopt;
-    return camera->getViewportRay(x, y);
-}
-
-std::optional<rob::PosTemplate<float>> cameraPosition()
-{
-    const visual::Camera* camera = cameraWithPixels();
-    if (!camera)
-        return std::nullopt;
-    return camera->getWorldPosition();
+    const auto camera = cameraWithPixels();
+    return camera ? std::optional(camera->rayThrough(x, y)) : std::nullopt;
 }
 
 } // namespace vrk::selection

@@ -11,11 +11,6 @@
 
 namespace vrk::visual {
 
-bool isMemberOfAssembly(const Visual& child)
-{
-    return (child.getType() == VisualType::Assembly || child.getType() == VisualType::Part) && !child.isAttached();
-}
-
 AssemblyVisual::AssemblyVisual(sdf::SdfNode* node, Visual* parent) : CompoundVisual(node, parent, VisualType::Assembly)
 {
     createOwnFrame("Local Frame");

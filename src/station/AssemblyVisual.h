@@ -4,9 +4,6 @@
 
 namespace vrk::visual {
 
-/// Whether a child of an assembly or a link takes its looks: parts and assemblies that do not merely hang on it.
-bool isMemberOfAssembly(const Visual& child);
-
 /// An assembly of parts and assemblies, with a local frame that shows while the assembly is selected.
 ///
 /// Owner: the parent visual. Thread: render thread.
@@ -23,7 +20,7 @@ protected:
 
 private:
     AssemblyVisual(sdf::SdfNode* node, Visual* parent);
-    static bool CanApplyMaterial(const Visual& child) { return isMemberOfAssembly(child); }
+    static bool CanApplyMaterial(const Visual& child) { return IsMember(child); }
 };
 
 } // namespace vrk::visual

@@ -1,6 +1,6 @@
 #include "station/CompoundVisual.h"
 
-#include "scene/Scene.h"
+#include "scene/core/SceneCore.h"
 #include "visual/FrameVisual.h"
 
 namespace vrk::visual {
@@ -8,6 +8,11 @@ namespace vrk::visual {
 CompoundVisual::CompoundVisual(sdf::SdfNode* node, Visual* parent, VisualType kind) : Visual(node, parent)
 {
     type = kind;
+}
+
+bool CompoundVisual::IsMember(const Visual& child)
+{
+    return (child.getType() == VisualType::Assembly || child.getType() == VisualType::Part) && !child.isAttached();
 }
 
 void CompoundVisual::createOwnFrame(const char* label)
@@ -25,13 +30,13 @@ void CompoundVisual::hideOwnFrame()
 bool CompoundVisual::showsFrameWhenSelected() const
 {
     // Of a selected assembly only its own frame shows, not those of its members.
-    return isTopLevel() || !Scene::Get()->isSelected(getParent());
+    return isTopLevel() || !SceneCore::Get()->isSelected(getParent());
 }
 
 void CompoundVisual::setHighlighted()
 {
     for (Visual* child : getChildren())
-        if (takesAppearance(*child) && (highlightsSelectedChildren() || !Scene::Get()->isSelected(child)))
+        if (takesAppearance(*child) && (highlightsSelectedChildren() || !SceneCore::Get()->isSelected(child)))
             child->setHighlighted();
 }
 

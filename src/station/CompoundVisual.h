@@ -18,6 +18,8 @@ public:
     void clearHighlightOrSelect() override;
 
 protected:
+    /// Whether a child of an assembly or a link takes its looks: parts and assemblies that do not merely hang on it.
+    static bool IsMember(const Visual& child);
     /// Whether this child takes part in the looks of the whole.
     virtual bool takesAppearance(const Visual& child) const = 0;
     /// A highlight passes over children that show that they are selected.

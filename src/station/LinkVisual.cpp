@@ -13,7 +13,7 @@ namespace vrk::visual {
 
 bool LinkVisual::canApplyMaterial(const Visual& child)
 {
-    return isMemberOfAssembly(child);
+    return IsMember(child);
 }
 
 LinkVisual* LinkVisual::Build(sdf::SdfNode* node, Visual* parent, bool withChildren)

@@ -3,7 +3,7 @@
 #include "scene/core/OgreCompat.h"
 #include "scene/core/SceneCore.h"
 #include "selection/VisualSelection.h"
-#include "visual/FrameVisual.h" // frameSizeOf
+#include "visual/FrameVisual.h" // SizeOf
 #include "visual/Picking.h"
 #include "visual/RenderGroups.h"
 
@@ -47,7 +47,7 @@ Ogre::InstancedEntity* InstanceFrameVisual::makeEntity(const std::string& manage
 {
     materialByName(material); // for its failure: the batch would take null, and crash on it
     Ogre::InstancedEntity* made = SceneCore::Get()->instanceManagers.get(manager)->createInstancedEntity(material);
-    made->setScale(scaleOf(frameSizeOf(type)), true);
+    made->setScale(scaleOf(FrameVisual::SizeOf(type)), true);
     made->_getOwner()->setRenderQueueGroup(renderGroup::lines);
     attachObject(made);
     return made;
@@ -92,7 +92,7 @@ void InstanceFrameVisual::setFrameSize(unsigned size)
 
 void InstanceFrameVisual::updateEntity(bool)
 {
-    setFrameSize(frameSizeOf(type));
+    setFrameSize(FrameVisual::SizeOf(type));
 }
 
 void InstanceFrameVisual::setVisible(bool nowVisible, bool recursive)

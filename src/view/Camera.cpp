@@ -23,6 +23,13 @@ const Ogre::ColourValue background(0.45f, 0.45f, 0.45f, 1.0f);
 
 Camera* main = nullptr;
 
+CameraSnapshot::Matrix toArray(const Ogre::Matrix4& matrix)
+{
+    CameraSnapshot::Matrix all;
+    std::copy_n(matrix[0], all.size(), all.begin());
+    return all;
+}
+
 struct Start {
     Ogre::Vector3 up;
     Ogre::Vector3 position;
@@ -44,7 +51,19 @@ Start startFor(int gridNormalDir, const rob::PosTemplate<float>& from)
 
 } // namespace
 
-Camera::Camera(const std::string& givenName, Scene* scene) : scene(scene)
+/// Tells the camera of changes that nobody asked it for: a window has another size or is gone, a node was moved by hand.
+class Camera::Watcher : public Ogre::Viewport::Listener, public Ogre::Camera::Listener {
+public:
+    explicit Watcher(Camera& camera) : camera(camera) {}
+    void viewportDimensionsChanged(Ogre::Viewport*) override { camera.publish(); }
+    void viewportDestroyed(Ogre::Viewport*) override { camera.loseRenderTarget(); }
+    void cameraPreRenderScene(Ogre::Camera*) override { camera.publish(); }
+
+private:
+    Camera& camera;
+};
+
+Camera::Camera(const std::string& givenName, Scene* scene) : scene(scene), watcher(std::make_unique<Watcher>(*this))
 {
     const SceneCore& core = *SceneCore::Get();
     name = core.name + "::" + givenName;
@@ -65,15 +84,20 @@ Camera::Camera(const std::string& givenName, Scene* scene) : scene(scene)
     viewController = std::make_unique<OrbitViewController>(this, "OrbitViewController");
     cross = std::make_unique<AxesCross>(*this);
     cross->setScale(axesCrossScale);
+    camera->addListener(watcher.get());
     if (!main)
         main = this;
+    publish();
 }
 
 Camera::~Camera()
 {
     removeViewport();
-    if (main == this)
+    if (main == this) {
         main = nullptr;
+        SceneCore::Get()->mainCamera.withdraw();
+    }
+    camera->removeListener(watcher.get());
     cross.reset();
     Ogre::SceneManager& manager = *sceneNode->getCreator();
     manager.destroyCamera(camera);
@@ -83,6 +107,37 @@ Camera::~Camera()
 Camera* Camera::Get()
 {
     return main;
+}
+
+std::shared_ptr<const CameraSnapshot> Camera::Published()
+{
+    const SceneCore* core = SceneCore::Get();
+    return core ? core->mainCamera.latest() : nullptr;
+}
+
+CameraSnapshot Camera::getSnapshot() const
+{
+    CameraSnapshot snapshot;
+    snapshot.pose = getWorldPose();
+    const Ogre::Matrix4 view(camera->getViewMatrix(true)); // its own, as its rays are
+    const Ogre::Matrix4& projection = camera->getProjectionMatrix();
+    snapshot.view = toArray(view);
+    snapshot.projection = toArray(projection);
+    snapshot.cubeToWorld = toArray((projection * view).inverse());
+    snapshot.vfov = getVFOV();
+    snapshot.nearClip = camera->getNearClipDistance();
+    snapshot.farClip = camera->getFarClipDistance();
+    if (renderTarget && renderTarget->getNumViewports() > 0) {
+        snapshot.width = viewportWidth();
+        snapshot.height = viewportHeight();
+    }
+    return snapshot;
+}
+
+void Camera::publish() const
+{
+    if (main == this)
+        SceneCore::Get()->mainCamera.publish(getSnapshot());
 }
 
 void Camera::setHFOV(float angle)
@@ -116,6 +171,7 @@ void Camera::updateFOV()
     const double vfov = 2.0 * std::atan(std::tan(hfov * 0.5) / aspect);
     camera->setAspectRatio(aspect);
     camera->setFOVy(Ogre::Radian(LimitFOV(static_cast<float>(vfov))));
+    publish();
 }
 
 void Camera::setClipDist(float near, float far)
@@ -123,12 +179,14 @@ void Camera::setClipDist(float near, float far)
     camera->setNearClipDistance(near);
     camera->setFarClipDistance(far);
     camera->setRenderingDistance(far);
+    publish();
 }
 
 void Camera::setCameraProjection(const std::string& projection)
 {
     if (projection == "perspective")
         camera->setProjectionType(Ogre::PT_PERSPECTIVE);
+    publish();
 }
 
 void Camera::setVerticleDir(int axis)
@@ -145,8 +203,16 @@ void Camera::removeViewport()
     // OGRE keeps a chain for its viewport's address, which the next viewport may well get.
     if (Ogre::CompositorManager::getSingleton().hasCompositorChain(viewport))
         Ogre::CompositorManager::getSingleton().removeCompositorChain(viewport);
+    viewport->removeListener(watcher.get());
     renderTarget->removeViewport(viewport->getZOrder());
     viewport = nullptr;
+}
+
+void Camera::loseRenderTarget()
+{
+    viewport = nullptr;
+    renderTarget = nullptr;
+    publish();
 }
 
 void Camera::setRenderTarget(Ogre::RenderTarget* target)
@@ -154,6 +220,7 @@ void Camera::setRenderTarget(Ogre::RenderTarget* target)
     removeViewport();
     renderTarget = target;
     viewport = target->addViewport(camera, 0, 0, 0, 1, 1);
+    viewport->addListener(watcher.get());
     viewport->setClearEveryFrame(true, allBuffers);
     viewport->setOverlaysEnabled(true);
     viewport->setShadowsEnabled(true);
@@ -222,6 +289,7 @@ void Camera::setWorldPosition(const rob::PosTemplate<float>& position)
 {
     sceneNode->_setDerivedPosition(toOgre(position));
     sceneNode->needUpdate();
+    publish();
     broker::SignalBroker::cameraMoved();
 }
 
@@ -229,6 +297,7 @@ void Camera::setWorldRotation(const rob::RotationTemplate<float>& rotation)
 {
     sceneNode->_setDerivedOrientation(toOgre(rotation));
     sceneNode->needUpdate();
+    publish();
     broker::SignalBroker::cameraMoved();
 }
 

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "platform/common/Export.h"
-#include "scene/math/Pose.h"
-#include "selection/geometry/Ray.h"
+#include "scene/core/CameraSnapshot.h"
 
 #include <functional>
 #include <memory>
@@ -39,6 +38,11 @@ public:
 
     /// The camera that the scene made at start-up; null before that.
     static Camera* Get();
+    /// That camera as it was after its last change, for any thread; null before start-up. What is changed past the camera,
+    /// on its OGRE objects, shows with the next frame.
+    static std::shared_ptr<const CameraSnapshot> Published();
+    /// What the camera answers now, as a value.
+    CameraSnapshot getSnapshot() const;
 
     const std::string& getName() const { return name; }
     Scene* getScene() const { return scene; }
@@ -72,7 +76,8 @@ public:
     void setVerticleDir(int axis);
 
     // Render target
-    /// Draws into this target from now on, over its whole area, instead of the one before.
+    /// Draws into this target from now on, over its whole area, instead of the one before. When the target dies the camera
+    /// has none.
     void setRenderTarget(Ogre::RenderTarget* target);
     bool isRenderTargetValid() const { return renderTarget != nullptr; }
     /// Pixels; only with a render target.
@@ -105,8 +110,12 @@ public:
     void clearOrbitPivot();
 
 private:
+    class Watcher;
+
     static float LimitFOV(float angle);
+    void publish() const;
     void removeViewport();
+    void loseRenderTarget();
     void navigate(std::function<void(OrbitViewController&)> gesture);
 
     std::string name;
@@ -121,6 +130,7 @@ private:
     rob::PosTemplate<float> fromPos;
     std::unique_ptr<OrbitViewController> viewController;
     std::unique_ptr<AxesCross> cross;
+    std::unique_ptr<Watcher> watcher;
 };
 
 } // namespace vrk::visual

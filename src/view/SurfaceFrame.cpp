@@ -1,6 +1,5 @@
 #include "view/SurfaceFrame.h"
 
-#include "scene/Scene.h"
 #include "selection/geometry/Result.h"
 #include "visual/SolidVisual.h"
 
@@ -87,10 +86,11 @@ bool surfaceFrame(const selection::Result& pick, rob::Posef& out)
     out = rob::Posef(pick.position);
     if (pick.face.IsNull() || type != VisualType::Solid)
         return true;
-    const unsigned index = indexOf(pick.face, static_cast<const SolidVisual&>(*pick.visual));
+    const auto& solid = static_cast<const SolidVisual&>(*pick.visual);
+    const unsigned index = indexOf(pick.face, solid);
     if (index == 0)
         return true;
-    const TopoDS_Face face = Scene::GetBodyFaceInWorld(pick.visual->getId(), index);
+    const TopoDS_Face face = solid.getFaceInWorld(index);
     if (face.IsNull())
         return true;
     if (const std::optional<rob::Dirf> normal = normalAt(face, pick.position))

@@ -19,11 +19,11 @@ ArrowVisual* ArrowVisual::Build(Visual* parent, const rob::PosTemplate<float>& p
 
 ArrowVisual* ArrowVisual::Build(Visual* parent, const TopoDS_Edge& edge, bool forward)
 {
-    const ArrowPlace place = arrowPlaceOn(edge, forward != (edge.Orientation() == TopAbs_REVERSED));
+    const ArrowPlace place = PlaceOn(edge, forward != (edge.Orientation() == TopAbs_REVERSED));
     return Build(parent, place.position, place.direction, arrowColor);
 }
 
-ArrowPlace arrowPlaceOn(const TopoDS_Edge& edge, bool atLast)
+ArrowPlace ArrowVisual::PlaceOn(const TopoDS_Edge& edge, bool atLast)
 {
     const BRepAdaptor_Curve curve(edge);
     gp_Pnt point;

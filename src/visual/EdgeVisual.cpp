@@ -50,7 +50,7 @@ void EdgeVisual::addArrow(bool forward)
 {
     const TopAbs_Orientation orientation = edge.Orientation();
     const bool atEnd = (forward && orientation == TopAbs_FORWARD) || (!forward && orientation == TopAbs_REVERSED);
-    const ArrowPlace place = arrowPlaceOn(edge, atEnd);
+    const ArrowPlace place = ArrowVisual::PlaceOn(edge, atEnd);
     // The place lies in the parent's frame; the arrow is a child of this visual, whose pose is the edge's location.
     const rob::PoseTemplate<float> toLocal = getPose().inverse();
     arrow = MeshVisual::BuildArrow(this, toLocal * place.position, toLocal * place.direction);

@@ -45,7 +45,7 @@ Ogre::Entity* FacetVisual::makeEntity(const std::string& entityName, const std::
     return entity;
 }
 
-std::uint64_t trianglesOf(const Ogre::Entity* entity)
+std::uint64_t FacetVisual::TrianglesOf(const Ogre::Entity* entity)
 {
     std::uint64_t sum = 0;
     if (entity)
@@ -54,7 +54,7 @@ std::uint64_t trianglesOf(const Ogre::Entity* entity)
     return sum;
 }
 
-std::uint64_t verticesOf(const Ogre::Entity* entity)
+std::uint64_t FacetVisual::VerticesOf(const Ogre::Entity* entity)
 {
     std::uint64_t sum = 0;
     if (entity)

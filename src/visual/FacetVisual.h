@@ -30,14 +30,12 @@ public:
 protected:
     /// Makes an entity of an OGRE mesh on this node. An OGRE failure passes out.
     Ogre::Entity* makeEntity(const std::string& entityName, const std::string& meshName);
+    // Of an entity's OGRE mesh; 0 for null
+    static std::uint64_t TrianglesOf(const Ogre::Entity* entity);
+    static std::uint64_t VerticesOf(const Ogre::Entity* entity);
 
 private:
     void setRenderQueueGroup(unsigned char group);
 };
-
-/// Triangles of an entity's OGRE mesh; 0 for null.
-std::uint64_t trianglesOf(const Ogre::Entity* entity);
-/// Vertices of an entity's OGRE mesh; 0 for null.
-std::uint64_t verticesOf(const Ogre::Entity* entity);
 
 } // namespace vrk::visual

@@ -58,7 +58,7 @@ VisualType frameTypeOf(VisualType wanted)
 
 } // namespace
 
-unsigned frameSizeOf(VisualType type)
+unsigned FrameVisual::SizeOf(VisualType type)
 {
     const SceneSettings& settings = SceneCore::Get()->settings;
     switch (type) {
@@ -82,7 +82,7 @@ FrameVisual::FrameVisual(Visual* parent, const std::string& name, VisualType wan
     : LineVisual(name, parent)
 {
     type = frameTypeOf(wantedType);
-    const std::vector<float> ends = dashEnds(frameSizeOf(type), std::max(dashes, 1u));
+    const std::vector<float> ends = dashEnds(SizeOf(type), std::max(dashes, 1u));
     lineX = makeAxis(*this, "RedFrameLine", axisX, ends);
     lineY = makeAxis(*this, "GreenFrameLine", axisY, ends);
     lineZ = makeAxis(*this, "BlueFrameLine", axisZ, ends);
@@ -94,7 +94,7 @@ FrameVisual::FrameVisual(Visual* parent, unsigned givenId, const std::string& na
 {
     id = givenId;
     type = frameTypeOf(wantedType);
-    buildSolid(static_cast<float>(frameSizeOf(type)));
+    buildSolid(static_cast<float>(SizeOf(type)));
 }
 
 FrameVisual::FrameVisual(Visual* parent, float size) : LineVisual(parent)
@@ -106,7 +106,7 @@ FrameVisual::FrameVisual(Visual* parent, float size) : LineVisual(parent)
 FrameVisual::FrameVisual(Visual* parent, sdf::SdfNode* node) : LineVisual(node, parent)
 {
     type = VisualType::Frame;
-    buildSolid(static_cast<float>(frameSizeOf(type)));
+    buildSolid(static_cast<float>(SizeOf(type)));
 }
 
 void FrameVisual::buildSolid(float size)

@@ -28,6 +28,8 @@ public:
     /// The frame of a model object, registered and selectable.
     static void Build(Visual* parent, sdf::SdfNode* node);
 
+    /// How long the axes of a new frame of this kind are; 0 for a kind that has no size.
+    static unsigned SizeOf(VisualType type);
     /// Moves the end of each axis. For solid frames: of a dashed one it moves the end of the first dash.
     void setFrameSize(unsigned size);
     void resetAppearance() override;
@@ -44,8 +46,5 @@ private:
     DynamicLines* lineY = nullptr;
     DynamicLines* lineZ = nullptr;
 };
-
-/// How long the axes of a new frame of this kind are; 0 for a kind that has no size.
-unsigned frameSizeOf(VisualType type);
 
 } // namespace vrk::visual

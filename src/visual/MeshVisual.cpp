@@ -111,12 +111,12 @@ unsigned MeshVisual::getFacesNum()
 
 std::uint64_t MeshVisual::getTrianglesNum()
 {
-    return trianglesOf(entity);
+    return TrianglesOf(entity);
 }
 
 std::uint64_t MeshVisual::getVerticesNum()
 {
-    return verticesOf(entity);
+    return VerticesOf(entity);
 }
 
 void MeshVisual::resetColor()

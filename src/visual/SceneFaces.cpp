@@ -1,15 +1,12 @@
 #include "scene/Scene.h"
 
 #include "platform/sdf/SdfObject.h"
-#include "scene/math/Trsf.h"
 #include "visual/SolidVisual.h"
 
-#include <TopLoc_Location.hxx>
 #include <TopoDS.hxx>
 #include <TopoDS_Face.hxx>
 
 #include <algorithm>
-#include <cmath>
 
 namespace vrk::visual {
 namespace {
@@ -20,15 +17,6 @@ constexpr const char* sideFaceColor = "#0D8DDF";
 SolidVisual& solidOf(unsigned id)
 {
     return dynamic_cast<SolidVisual&>(*Scene::GetVisual(id));
-}
-
-bool isNearIdentity(const rob::PoseTemplate<float>& pose)
-{
-    constexpr float minLength = 0.01f;
-    constexpr float minTurn = 0.001f;
-    const auto& q = pose.orientation;
-    return pose.position.length() < minLength && std::abs(q.w - 1.0f) < minTurn && std::abs(q.x) < minTurn &&
-           std::abs(q.y) < minTurn && std::abs(q.z) < minTurn;
 }
 
 } // namespace
@@ -103,11 +91,7 @@ const TopoDS_Face& Scene::GetBodyFace(unsigned id, unsigned face)
 
 TopoDS_Face Scene::GetBodyFaceInWorld(unsigned id, unsigned face)
 {
-    const TopoDS_Face& local = GetBodyFace(id, face);
-    const rob::PoseTemplate<float> pose = solidOf(id).getWorldPose();
-    if (isNearIdentity(pose))
-        return local;
-    return TopoDS::Face(local.Moved(TopLoc_Location(rob::toTrsf(rob::PoseTemplate<double>(pose)))));
+    return solidOf(id).getFaceInWorld(face);
 }
 
 void Scene::updateSolidVisual(sdf::SdfNode* node, const TopoDS_Shape& shape)

@@ -4,15 +4,18 @@
 #include "platform/geometry/BodyColorTool.h"
 #include "platform/geometry/ColorText.h"
 #include "scene/core/SceneCore.h"
+#include "scene/math/Trsf.h"
 #include "visual/Picking.h"
 #include "visual/WireFrameVisual.h"
 
 #include <Ogre.h>
 #include <TopExp.hxx>
+#include <TopLoc_Location.hxx>
 #include <TopoDS.hxx>
 #include <TopoDS_Face.hxx>
 
 #include <algorithm>
+#include <cmath>
 #include <iostream>
 #include <limits>
 
@@ -22,6 +25,15 @@ namespace {
 constexpr const char* bareColor = "#ED1C24"; // of shapes that no model object stands behind
 constexpr const char* copyMaterial = "TransBody";
 constexpr float highlightGain = 0.2f;
+
+bool isNearIdentity(const rob::PoseTemplate<float>& pose)
+{
+    constexpr float minLength = 0.01f;
+    constexpr float minTurn = 0.001f;
+    const auto& q = pose.orientation;
+    return pose.position.length() < minLength && std::abs(q.w - 1.0f) < minTurn && std::abs(q.x) < minTurn &&
+           std::abs(q.y) < minTurn && std::abs(q.z) < minTurn;
+}
 
 } // namespace
 
@@ -129,12 +141,12 @@ unsigned SolidVisual::getFacesNum()
 
 std::uint64_t SolidVisual::getTrianglesNum()
 {
-    return trianglesOf(entity);
+    return TrianglesOf(entity);
 }
 
 std::uint64_t SolidVisual::getVerticesNum()
 {
-    return verticesOf(entity);
+    return VerticesOf(entity);
 }
 
 void SolidVisual::setVisible(bool nowVisible, bool recursive)
@@ -177,6 +189,15 @@ TopoDS_Face SolidVisual::getFace(int index) const
 {
     const TopoDS_Shape& entry = getFaceMap().FindKey(index);
     return entry.ShapeType() == TopAbs_FACE ? TopoDS::Face(entry) : TopoDS_Face();
+}
+
+TopoDS_Face SolidVisual::getFaceInWorld(unsigned face) const
+{
+    const TopoDS_Face& local = TopoDS::Face(getFaceMap().FindKey(static_cast<int>(face)));
+    const rob::PoseTemplate<float> pose = getWorldPose();
+    if (isNearIdentity(pose))
+        return local;
+    return TopoDS::Face(local.Moved(TopLoc_Location(rob::toTrsf(rob::PoseTemplate<double>(pose)))));
 }
 
 unsigned SolidVisual::getFaceIndex(const TopoDS_Face& face) const

@@ -57,6 +57,9 @@ public:
     /// Null if the entry is no face.
     /// @throws Standard_OutOfRange "NCollection_IndexedMap::FindKey" past the last face.
     TopoDS_Face getFace(int index) const;
+    /// The face where it lies in the world.
+    /// @throws Standard_OutOfRange "NCollection_IndexedMap::FindKey" past the last face.
+    TopoDS_Face getFaceInWorld(unsigned face) const;
     /// 0 for a face of another shape.
     unsigned getFaceIndex(const TopoDS_Face& face) const;
     bool hasNoEntity() const { return entity == nullptr; }

@@ -21,6 +21,12 @@ namespace {
 // of a mechanism and the frames of a tool go along with theirs.
 constexpr const char* localFrameName = "Local Frame";
 
+/// Whether `setVisible` of the parent passes over this child.
+bool keepsOwnVisibility(const Visual& child)
+{
+    return child.isAttached() || child.isAnchored() || child.getName().find(localFrameName) != std::string::npos;
+}
+
 Ogre::SceneNode* nodeUnder(Visual* parent, const std::string& name)
 {
     return createChildNode(*parent->getSceneNode(), name);
@@ -43,11 +49,6 @@ Visual* visualOf(const Ogre::Node& node)
 {
     const Ogre::Any& bound = node.getUserObjectBindings().getUserAny();
     return bound.has_value() ? Ogre::any_cast<Visual*>(bound) : nullptr;
-}
-
-bool keepsOwnVisibility(const Visual& child)
-{
-    return child.isAttached() || child.isAnchored() || child.getName().find(localFrameName) != std::string::npos;
 }
 
 Visual::Visual(unsigned id, Ogre::SceneNode* node, bool ofRoot) : id(id), sceneNode(node)
@@ -296,7 +297,7 @@ void Visual::Delete(Visual* visual)
     core.visuals.tellDeleted(visual);
     // Also here, where it dies with a parent: a visual made later at this address must not inherit its looks.
     core.states->remove(visual);
-    core.visuals.erase(visual);
+    core.visuals.erase(visual->getId(), visual);
     visual->clearChildren();
     picking::removeCompoundObject(visual);
     delete visual;

@@ -200,7 +200,4 @@ private:
 /// @throws std::bad_cast for a node that is bound to something else.
 VRK_EXPORT Visual* visualOf(const Ogre::Node& node);
 
-/// Whether `setVisible` of the parent passes over this child.
-bool keepsOwnVisibility(const Visual& child);
-
 } // namespace vrk::visual

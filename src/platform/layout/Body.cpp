@@ -1,8 +1,6 @@
 #include "platform/layout/Body.h"
 
 #include "platform/layout/Part.h"
-#include "platform/station/Import.h"
-#include "platform/station/Uri.h"
 
 #include <TopAbs_ShapeEnum.hxx>
 #include <TopExp.hxx>
@@ -32,12 +30,6 @@ const FaceMap& Body::getFaceMap() const
     if (faceMap.IsEmpty())
         TopExp::MapShapes(shape, TopAbs_FACE, faceMap);
     return faceMap;
-}
-
-void Body::ensureShapeLoaded()
-{
-    if (shape.IsNull())
-        setShape(station::ImportShape(getGeometryUri()));
 }
 
 std::string Body::getGeometryUri() const

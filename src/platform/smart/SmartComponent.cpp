@@ -1,7 +1,5 @@
 #include "platform/smart/SmartComponent.h"
 
-#include "platform/layout/Layout.h"
-
 #include <map>
 #include <mutex>
 
@@ -25,13 +23,6 @@ Makers& makers()
     return *known;
 }
 
-void appendWithPieces(SmartComponent* component, std::vector<SmartComponent*>& all)
-{
-    all.push_back(component);
-    for (const std::shared_ptr<SmartComponent>& piece : component->getComponents())
-        appendWithPieces(piece.get(), all);
-}
-
 } // namespace
 
 SmartComponent::SmartComponent(unsigned id, std::string name)
@@ -52,14 +43,6 @@ void SmartComponent::addComponent(std::shared_ptr<SmartComponent> component)
 std::vector<std::shared_ptr<sdf::SdfObject>> SmartComponent::getPieces() const
 {
     return {components.begin(), components.end()};
-}
-
-std::vector<SmartComponent*> GetAllSmartComponents()
-{
-    std::vector<SmartComponent*> all;
-    for (const std::shared_ptr<SmartComponent>& component : layout::Layout::inst().components)
-        appendWithPieces(component.get(), all);
-    return all;
 }
 
 void BuildVisual(SmartComponent* component, visual::Visual* parent)

@@ -1,6 +1,5 @@
 #include "platform/task/Task.h"
 
-#include "platform/layout/Layout.h"
 #include "platform/sdf/SdfManager.h"
 #include "platform/task/DataItem.h"
 
@@ -34,14 +33,6 @@ Operation::~Operation() = default;
 void Operation::getMembers(std::vector<sdf::SdfObject*>& members) const
 {
     sdf::SdfManager::inst().appendKnown(memberIds, members);
-}
-
-std::vector<Task*> GetAllTasks()
-{
-    std::vector<Task*> all;
-    for (const std::shared_ptr<Task>& task : layout::Layout::inst().tasks)
-        all.push_back(task.get());
-    return all;
 }
 
 } // namespace vrk::task

@@ -1,7 +1,5 @@
 #include "scene/core/SceneCore.h"
 
-#include "visual/VisualStateManager.h"
-
 namespace vrk::visual {
 namespace {
 
@@ -9,8 +7,8 @@ SceneCore* instance = nullptr;
 
 } // namespace
 
-SceneCore::SceneCore(std::string name, Ogre::SceneManager* sceneManager)
-    : name(std::move(name)), sceneManager(sceneManager), states(std::make_unique<VisualStateManager>())
+SceneCore::SceneCore(std::string name, Ogre::SceneManager* sceneManager, std::shared_ptr<VisualStateManager> states)
+    : name(std::move(name)), sceneManager(sceneManager), states(std::move(states))
 {
     instance = this;
 }

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "scene/core/InstanceManagers.h"
+#include "scene/core/PublishedCamera.h"
 #include "scene/core/RenderTaskQueue.h"
 #include "scene/core/SceneSettings.h"
 #include "scene/core/VisualRegistry.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -22,7 +24,7 @@ class VisualStateManager;
 /// Owner: the `Scene`, which is built around it. Thread: as its members say.
 class VRK_EXPORT SceneCore {
 public:
-    explicit SceneCore(std::string name, Ogre::SceneManager* sceneManager);
+    SceneCore(std::string name, Ogre::SceneManager* sceneManager, std::shared_ptr<VisualStateManager> states);
     ~SceneCore();
     SceneCore(const SceneCore&) = delete;
     SceneCore& operator=(const SceneCore&) = delete;
@@ -35,8 +37,11 @@ public:
     SceneSettings settings;
     RenderTaskQueue queue;
     VisualRegistry visuals;
-    const std::unique_ptr<VisualStateManager> states; ///< the looks of visuals that are selected, highlighted, ...
+    const std::shared_ptr<VisualStateManager> states; ///< the looks of visuals that are selected, highlighted, ...
     InstanceManagers instanceManagers;
+    PublishedCamera mainCamera;
+    /// Whether a visual, or one that it belongs to, is selected. The scene keeps the selection, and sets this.
+    std::function<bool(const Visual*)> isSelected;
     Visual* worldVisual = nullptr; ///< root of the tree, never deleted
 };
 

@@ -1,7 +1,6 @@
 #include "scene/core/VisualRegistry.h"
 
 #include "platform/common/Checks.h"
-#include "visual/Visual.h"
 
 namespace vrk::visual {
 
@@ -10,14 +9,14 @@ Visual* VisualRegistry::get(unsigned id) const
     return common::checkedAt(visuals, id);
 }
 
-void VisualRegistry::enter(Visual* visual)
+void VisualRegistry::enter(unsigned id, Visual* visual)
 {
-    visuals[visual->getId()] = visual;
+    visuals[id] = visual;
 }
 
-void VisualRegistry::erase(const Visual* visual)
+void VisualRegistry::erase(unsigned id, const Visual* visual)
 {
-    const auto found = visuals.find(visual->getId());
+    const auto found = visuals.find(id);
     if (found != visuals.end() && found->second == visual)
         visuals.erase(found);
 }

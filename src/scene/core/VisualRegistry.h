@@ -19,9 +19,14 @@ public:
     Visual* get(unsigned id) const;
     bool has(unsigned id) const { return visuals.contains(id); }
     /// Enters a visual under its id, in place of one that had it.
-    void enter(Visual* visual);
+    template <typename AnyVisual>
+    void enter(AnyVisual* visual) // a template, since this floor does not know what a visual is
+    {
+        enter(visual->getId(), visual);
+    }
+    void enter(unsigned id, Visual* visual);
     /// Forgets the id if it stands for this visual; a younger one that took over the id stays.
-    void erase(const Visual* visual);
+    void erase(unsigned id, const Visual* visual);
     const std::unordered_map<unsigned, Visual*>& all() const { return visuals; }
 
     /// Calls `told` for each visual that is about to be deleted through `Visual::Delete`, while it is still whole. For

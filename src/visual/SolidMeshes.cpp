@@ -1,3 +1,6 @@
+// What the mesh service does with a solid: of all its sources this one alone knows that class.
+
+#include "mesh/FaceColors.h"
 #include "mesh/MeshManager.h"
 #include "mesh/ShapeTriangles.h"
 #include "visual/SolidVisual.h"
@@ -5,6 +8,14 @@
 #include <Ogre.h>
 
 namespace vrk::visual {
+namespace {
+
+FaceFilter visibleFacesOf(const SolidVisual& solid)
+{
+    return [&solid](unsigned face) { return solid.isFaceVisible(face); };
+}
+
+} // namespace
 
 void MeshManager::loadShape(SolidVisual* solid)
 {
@@ -30,9 +41,17 @@ void MeshManager::loadShape(SolidVisual* solid, const ColorInfo& colors)
 std::unique_ptr<Mesh> MeshManager::getShapeMesh(const TopoDS_Shape&, const layout::FaceMap& faces, SolidVisual* solid,
                                                 const ColorInfo* colors)
 {
-    return makeShapeMesh(
-        solid->getCurrentMeshName(), faces, [solid](unsigned face) { return solid->isFaceVisible(face); }, colors,
-        solid->getName());
+    return makeShapeMesh(solid->getCurrentMeshName(), faces, visibleFacesOf(*solid), colors, solid->getName());
+}
+
+void MeshManager::SetFaceColor(SolidVisual* solid, unsigned face, const rob::Colorf& color)
+{
+    writeFaceColor(solid->getCurrentMeshName(), solid->getFaceMap(), visibleFacesOf(*solid), face, color);
+}
+
+void MeshManager::ColorReset(SolidVisual* solid)
+{
+    writeModelColors(solid->getCurrentMeshName(), solid->getFaceMap(), visibleFacesOf(*solid), solid->getId());
 }
 
 } // namespace vrk::visual
