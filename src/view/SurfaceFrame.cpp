@@ -3,6 +3,7 @@
 #include "scene/Scene.h"
 #include "selection/geometry/Result.h"
 #include "visual/SolidVisual.h"
+#include "visual/VisualCast.h"
 
 #include <BRep_Tool.hxx>
 #include <GeomAPI_ProjectPointOnSurf.hxx>
@@ -85,9 +86,10 @@ bool surfaceFrame(const selection::Result& pick, rob::Posef& out)
         return false;
 
     out = rob::Posef(pick.position);
-    if (pick.face.IsNull() || type != VisualType::Solid)
+    const auto* solid = visualCast<SolidVisual>(pick.visual, VisualType::Solid);
+    if (pick.face.IsNull() || !solid)
         return true;
-    const unsigned index = indexOf(pick.face, static_cast<const SolidVisual&>(*pick.visual));
+    const unsigned index = indexOf(pick.face, *solid);
     if (index == 0)
         return true;
     const TopoDS_Face face = Scene::GetBodyFaceInWorld(pick.visual->getId(), index);
