@@ -4,7 +4,8 @@
 
 namespace vrk::visual {
 
-/// Whether a child of an assembly or a link takes its looks: parts and assemblies that do not merely hang on it.
+/// Whether a child of an assembly or a link is shown highlighted or selected with it: parts and assemblies are, unless
+/// they only hang on it by an attachment.
 bool isMemberOfAssembly(const Visual& child);
 
 /// An assembly of parts and assemblies, with a local frame that shows while the assembly is selected.
