@@ -10,7 +10,7 @@ class ScreenScale;
 
 /// The mark of a pivot: a small frame that keeps about the same size in the picture of the main camera.
 ///
-/// It is neither registered nor selectable, and the size of frames is not its own.
+/// It is neither registered nor selectable, and the operations that set the size of frames do not reach it.
 ///
 /// Owner: the parent visual. Thread: render thread.
 class VRK_EXPORT OrbitPivotVisual : public FrameVisual {
