@@ -44,7 +44,7 @@ void Hover::show(const Result& result, Of what)
 QString Hover::showFace(const Result& result, unsigned face)
 {
     Scene& scene = *Scene::Get();
-    scene.highlightFace(static_cast<SolidVisual*>(result.visual), face);
+    scene.highlightFace(dynamic_cast<SolidVisual*>(result.visual), face); // never null: its face has a number
     const auto edge = result.getFaceEdge();
     if (!edge) {
         scene.clearHighlightedEdge();

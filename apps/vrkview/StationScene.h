@@ -7,8 +7,8 @@ namespace vrkview {
 struct Station;
 
 /// Enters the station in the model and posts the building of its visuals. Faces are not hidden yet, `showAs` does that.
-/// The visuals of links follow the joints from now on. Render thread, after start-up; what fails while visuals are built
-/// leaves `Scene::processMsgs`.
+/// The visuals of links follow the joints from now on. Render thread, after start-up; where visuals cannot be built,
+/// `Scene::processMsgs` throws the cause.
 void showStation(const Station& station);
 
 /// Adds what the files brought to the station that is shown, or, where there is a station file among them, puts that in its

@@ -7,8 +7,8 @@
 
 namespace vrk::visual {
 
-/// Appends make(0) to make(count - 1), for vectors of plain values that have room already: without the pass of zeros that
-/// a resize writes first, and without the test for room that each push_back makes.
+/// Appends make(0), make(1), ... make(count - 1) to a vector of plain values that has reserved room for them. It is quicker
+/// than `resize`, which first writes zeros, and than `push_back`, which tests for room each time.
 template <typename T, typename Make>
 void appendMade(std::vector<T>& values, std::size_t count, Make make)
 {

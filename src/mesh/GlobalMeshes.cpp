@@ -1,9 +1,6 @@
 #include "mesh/MeshManager.h"
 #include "mesh/ProceduralMeshes.h"
 #include "mesh/TextMesh.h"
-#include "scene/core/OgreCompat.h"
-
-#include <Ogre.h>
 
 #include <initializer_list>
 #include <numbers>
@@ -169,40 +166,16 @@ void MeshManager::createUVIndicator()
 
 void MeshManager::createFrameOgreMesh(const std::string& name)
 {
-    const std::string& group = Ogre::ResourceGroupManager::DEFAULT_RESOURCE_GROUP_NAME;
-    if (Ogre::MeshManager::getSingleton().resourceExists(name, group))
-        return;
-    // Position and colour of both ends of each axis.
-    static constexpr float vertices[6][6] = {
-        {0, 0, 0, 0.94f, 0.05f, 0.0f},  {1, 0, 0, 0.94f, 0.05f, 0.0f},  {0, 0, 0, 0.74f, 0.86f, 0.13f},
-        {0, 1, 0, 0.74f, 0.86f, 0.13f}, {0, 0, 0, 0.29f, 0.36f, 0.76f}, {0, 0, 1, 0.29f, 0.36f, 0.76f},
-    };
+    const rob::Colorf x(0.94f, 0.05f, 0.0f);
+    const rob::Colorf y(0.74f, 0.86f, 0.13f);
+    const rob::Colorf z(0.29f, 0.36f, 0.76f);
+    Mesh mesh(name); // both ends of each axis
+    mesh.vertices = {{0, 0, 0}, {1, 0, 0}, {0, 0, 0}, {0, 1, 0}, {0, 0, 0}, {0, 0, 1}};
+    mesh.colors = {x, x, y, y, z, z};
     // Instance batches take triangle lists only: a triangle of no area for each axis, which the geometry program of the
     // instancing materials turns into a line.
-    static constexpr Ogre::uint32 indices[9] = {0, 1, 1, 2, 3, 3, 4, 5, 5};
-
-    const Ogre::MeshPtr mesh = Ogre::MeshManager::getSingleton().createManual(name, group);
-    Ogre::SubMesh* subMesh = mesh->createSubMesh();
-    subMesh->useSharedVertices = false;
-    subMesh->operationType = Ogre::RenderOperation::OT_TRIANGLE_LIST;
-    subMesh->vertexData = OGRE_NEW Ogre::VertexData();
-    Ogre::VertexData& data = *subMesh->vertexData;
-    data.vertexCount = std::size(vertices);
-    data.vertexDeclaration->addElement(0, 0, Ogre::VET_FLOAT3, Ogre::VES_POSITION);
-    data.vertexDeclaration->addElement(0, 3 * sizeof(float), Ogre::VET_FLOAT3, Ogre::VES_DIFFUSE);
-    Ogre::HardwareBufferManager& buffers = Ogre::HardwareBufferManager::getSingleton();
-    const auto usage = Ogre::HardwareBuffer::HBU_STATIC_WRITE_ONLY;
-    const auto vertexBuffer = buffers.createVertexBuffer(sizeof(vertices[0]), data.vertexCount, usage, false);
-    vertexBuffer->writeData(0, sizeof(vertices), vertices, true);
-    data.vertexBufferBinding->setBinding(0, vertexBuffer);
-
-    Ogre::IndexData& index = *subMesh->indexData;
-    index.indexCount = std::size(indices);
-    index.indexBuffer = buffers.createIndexBuffer(Ogre::HardwareIndexBuffer::IT_32BIT, index.indexCount, usage, false);
-    index.indexBuffer->writeData(0, sizeof(indices), indices, true);
-
-    mesh->_setBounds({0, 0, 0, 1, 1, 1}, false);
-    mesh->load();
+    mesh.indices = {0, 1, 1, 2, 3, 3, 4, 5, 5};
+    loadToGpu(&mesh);
 }
 
 } // namespace vrk::visual

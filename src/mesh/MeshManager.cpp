@@ -3,13 +3,14 @@
 #include "mesh/ProceduralMeshes.h"
 #include "mesh/StlReader.h"
 #include "mesh/TextMesh.h"
+#include "mesh/VertexUpload.h"
 #include "scene/core/OgreCompat.h"
 
 #include <Ogre.h>
 
-#include <cstring>
 #include <stdexcept>
 #include <utility>
+#include <vector>
 
 namespace vrk::visual {
 namespace {
@@ -31,69 +32,15 @@ void removeOgreResource(const std::string& name, const std::string& group)
         Ogre::MeshManager::getSingleton().remove(name, group);
 }
 
-/// Adds an element behind the others and moves `offset` behind it.
-void addElement(Ogre::VertexDeclaration& declaration, std::size_t& offset, Ogre::VertexElementSemantic semantic)
-{
-    offset += declaration.addElement(0, offset, Ogre::VET_FLOAT3, semantic).getSize();
-}
-
-template <typename Triple>
-float* store(float* target, const Triple& triple)
-{
-    static_assert(sizeof(Triple) == 3 * sizeof(float));
-    std::memcpy(target, &triple, sizeof(Triple));
-    return target + 3;
-}
-
-void writeVertices(float* target, const Mesh& mesh)
-{
-    for (std::size_t i = 0; i < mesh.vertices.size(); ++i) {
-        target = store(target, mesh.vertices[i]);
-        if (!mesh.normals.empty())
-            target = store(target, mesh.normals[i]);
-        if (!mesh.colors.empty())
-            target = store(target, mesh.colors[i]);
-    }
-}
-
-/// OGRE makes no buffer of 0 elements and locks no 0 bytes: an empty mesh has buffers of one element that nobody reads.
-std::size_t bufferLength(std::size_t count)
-{
-    return count == 0 ? 1 : count;
-}
-
 void uploadVertices(Ogre::VertexData& data, const Mesh& mesh)
 {
-    // The colour stays last: who rewrites the colours steps from one vertex's colour to the next.
-    std::size_t vertexSize = 0;
-    addElement(*data.vertexDeclaration, vertexSize, Ogre::VES_POSITION);
+    std::vector<VertexAttribute> attributes{VertexAttribute::Of(Ogre::VES_POSITION, mesh.vertices)};
     if (!mesh.normals.empty())
-        addElement(*data.vertexDeclaration, vertexSize, Ogre::VES_NORMAL);
+        attributes.push_back(VertexAttribute::Of(Ogre::VES_NORMAL, mesh.normals));
+    // The colour stays last: who rewrites the colours steps from one vertex's colour to the next.
     if (!mesh.colors.empty())
-        addElement(*data.vertexDeclaration, vertexSize, Ogre::VES_DIFFUSE);
-
-    data.vertexStart = 0;
-    data.vertexCount = mesh.vertices.size();
-    const Ogre::HardwareVertexBufferSharedPtr buffer = Ogre::HardwareBufferManager::getSingleton().createVertexBuffer(
-        vertexSize, bufferLength(data.vertexCount), Ogre::HardwareBuffer::HBU_STATIC_WRITE_ONLY, false);
-    data.vertexBufferBinding->setBinding(0, buffer);
-    if (data.vertexCount == 0)
-        return;
-    const Ogre::HardwareBufferLockGuard lock(buffer, Ogre::HardwareBuffer::HBL_DISCARD);
-    writeVertices(static_cast<float*>(lock.pData), mesh);
-}
-
-void uploadIndices(Ogre::IndexData& data, const std::vector<unsigned>& indices)
-{
-    data.indexStart = 0;
-    data.indexCount = indices.size();
-    data.indexBuffer = Ogre::HardwareBufferManager::getSingleton().createIndexBuffer(
-        Ogre::HardwareIndexBuffer::IT_32BIT, bufferLength(data.indexCount), Ogre::HardwareBuffer::HBU_STATIC_WRITE_ONLY,
-        false);
-    if (indices.empty())
-        return;
-    const Ogre::HardwareBufferLockGuard lock(data.indexBuffer, Ogre::HardwareBuffer::HBL_DISCARD);
-    std::memcpy(lock.pData, indices.data(), indices.size() * sizeof(unsigned));
+        attributes.push_back(VertexAttribute::Of(Ogre::VES_DIFFUSE, mesh.colors));
+    VertexUpload(data, mesh.vertices.size()).addSource(attributes, Ogre::HardwareBuffer::HBU_STATIC_WRITE_ONLY);
 }
 
 /// What OGRE is told of the mesh's extent: a file may hold coordinates that it cannot have in a box.

@@ -53,10 +53,11 @@ public:
     /// Null for an unknown name.
     Mesh* getMesh(const std::string& name);
     bool hasMesh(const std::string& name);
-    /// Forgets the mesh of this name, removes its OGRE mesh and deletes it: at once, or with the last who holds it.
+    /// Takes the mesh of this name out of the registry, removes its OGRE mesh and deletes the mesh. One that is held by
+    /// `holdMesh` is deleted when its last holder gives it back.
     void deleteMesh(Mesh* mesh);
-    /// Keeps the triangles of a mesh until `releaseMesh`. Of several visuals that draw one mesh the first that dies deletes
-    /// it, and the others are still picked by its triangles.
+    /// Keeps a mesh in memory until `releaseMesh` is called as often as this was, even if it is deleted meanwhile. Several
+    /// visuals may draw one mesh: the first that dies deletes it, and picking still needs its triangles for the others.
     static void holdMesh(Mesh* mesh);
     static void releaseMesh(Mesh* mesh);
 
@@ -73,9 +74,11 @@ public:
     /// Makes sure that the OGRE mesh of the solid's current name exists, and counts a user.
     /// @throws NoTriangleMesh; the failures of `getShapeMesh`. The user stays counted.
     void loadShape(SolidVisual* solid);
-    /// The same with given colours. They are ignored where the mesh exists: it has those of who loaded it first.
+    /// The same with given colours. They are ignored where the OGRE mesh exists already: it keeps the colours that it was
+    /// made with.
     void loadShape(SolidVisual* solid, const ColorInfo& colors);
-    /// The triangles of the faces that the solid shows, face after face, in world directions and model units.
+    /// The triangles of the faces that the solid shows, face after face, where the locations of the faces put them. Model
+    /// units.
     ///
     /// @param shape   not read; the faces are those of the map.
     /// @param colors  null for a mesh without colours.
@@ -96,7 +99,7 @@ public:
     /// faces only: it counts the vertices of all faces.
     static rob::ColorTemplate<float> GetFaceColor(const std::string& meshName, const TopoDS_Shape& shape,
                                                   unsigned face);
-    /// The model's colours back into the buffer, highlights and selections included.
+    /// Writes the model's colours to all vertices again. Highlighted and selected faces lose their colours, too.
     static void ColorReset(SolidVisual* solid);
 
     // STL
@@ -123,7 +126,8 @@ private:
     /// Makes the OGRE mesh of the mesh's name, unless there is one: the first upload of a name wins.
     void loadToGpu(Mesh* mesh);
 
-    // Components: entered, and uploaded by the caller where they are drawn by themselves; a sphere is uploaded at once.
+    // The components of gizmos. Each is made and entered as a global mesh. A sphere is uploaded at once; the others are
+    // uploaded by the caller, and only where they are drawn by themselves.
 
     Mesh* createConeComponent(const std::string& name, float radius, float height);
     Mesh* createCylinderComponent(const std::string& name, float radius, float height, int stacks, int slices);

@@ -13,8 +13,8 @@
 
 class TopLoc_Location;
 
-/// From the triangulations that the faces of a shape carry to a mesh, without OGRE. Thread: any, but not two at once on
-/// faces that share a triangulation, which may get its normals here.
+/// Makes a mesh of the triangulations that the faces of a shape carry, without OGRE. Thread: any, but not two at once on
+/// faces that share a triangulation: missing normals are computed here and stored in it.
 namespace vrk::visual {
 
 /// Whether the face of that number, from 1, takes part.
@@ -47,8 +47,8 @@ Handle(Poly_Triangulation) triangulationOf(const TopoDS_Shape& entry, TopLoc_Loc
 std::size_t appendFace(Mesh& mesh, const TopoDS_Shape& entry, const rob::ColorTemplate<float>* color,
                        BadNodes badNodes);
 
-/// The triangulations of all visible faces, in the order of their numbers. What is left out is told to the application's
-/// user by a warning for each face.
+/// The triangulations of all visible faces, in the order of their numbers. For each face of which something is left out a
+/// warning is written to `AppLogger`.
 ///
 /// @param colors      null for a mesh without colours.
 /// @param visualName  what the warnings call the solid.

@@ -1,19 +1,15 @@
 #include "mesh/StlReader.h"
 
 #include "mesh/AppendMade.h"
+#include "platform/geometry/StlFormat.h"
 #include "platform/station/Uri.h"
 
 #include <algorithm>
 #include <array>
-#include <bit>
-#include <charconv>
-#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <locale>
-#include <sstream>
 #include <stdexcept>
 #include <string_view>
 #include <vector>
@@ -21,28 +17,14 @@
 namespace vrk::visual {
 namespace {
 
-static_assert(std::endian::native == std::endian::little, "binary STL is copied as it lies in the file");
+using geometry::stlHeaderSize;
+using geometry::stlRecordSize;
 
-constexpr std::size_t headerSize = 84;
-constexpr std::size_t recordSize = 50;
 constexpr std::size_t positionOffset = 12; // of the first corner in a record, behind the normal
 
 [[noreturn]] void throwBadFile()
 {
     throw std::runtime_error("Bad STL File");
-}
-
-/// The number of triangles that the header of a binary file tells. `header` has at least `headerSize` bytes.
-std::uint32_t countInHeader(const std::byte* header)
-{
-    std::uint32_t count = 0;
-    std::memcpy(&count, header + 80, sizeof(count));
-    return count;
-}
-
-bool isBinarySize(std::uint32_t count, std::uint64_t size)
-{
-    return headerSize + recordSize * std::uint64_t{count} == size;
 }
 
 // Binary
@@ -57,7 +39,7 @@ public:
         while (count > 0) {
             const std::size_t part = std::min(count, groupSize);
             appendGroup(records, part);
-            records += part * recordSize;
+            records += part * stlRecordSize;
             count -= part;
         }
     }
@@ -69,7 +51,7 @@ private:
     void appendGroup(const std::byte* records, std::size_t count)
     {
         for (std::size_t i = 0; i < count; ++i) {
-            const std::byte* record = records + i * recordSize;
+            const std::byte* record = records + i * stlRecordSize;
             for (std::size_t corner = 0; corner < 3; ++corner)
                 std::memcpy(&normals[3 * i + corner], record, sizeof(rob::Vec3f));
             std::memcpy(&corners[3 * i], record + positionOffset, 3 * sizeof(rob::Posf));
@@ -95,13 +77,13 @@ void reserveTriangles(Mesh& mesh, std::size_t count)
 
 void readBinary(std::istream& file, std::uint32_t count, Mesh& mesh)
 {
-    constexpr std::size_t blockRecords = (std::size_t{1} << 20) / recordSize;
+    constexpr std::size_t blockRecords = (std::size_t{1} << 20) / stlRecordSize;
     reserveTriangles(mesh, count);
-    std::vector<std::byte> block(std::min<std::size_t>(count, blockRecords) * recordSize);
+    std::vector<std::byte> block(std::min<std::size_t>(count, blockRecords) * stlRecordSize);
     RecordReader reader(mesh);
     for (std::size_t left = count; left > 0;) {
         const std::size_t part = std::min(left, blockRecords);
-        const auto size = static_cast<std::streamsize>(part * recordSize);
+        const auto size = static_cast<std::streamsize>(part * stlRecordSize);
         if (!file.read(reinterpret_cast<char*>(block.data()), size)) // cut off while we read it
             throwBadFile();
         reader.append(block.data(), part);
@@ -111,130 +93,34 @@ void readBinary(std::istream& file, std::uint32_t count, Mesh& mesh)
 
 // Ascii
 
-/// Takes words and numbers off a text as a stream with the classic locale does, without its cost.
-class Scanner {
-public:
-    explicit Scanner(std::string_view text) : at(text.data()), end(text.data() + text.size()) {}
-
-    /// The characters up to the next white space; empty at the end of the text.
-    std::string_view word()
-    {
-        skipSpace();
-        const char* begin = at;
-        while (at != end && !isSpace(*at))
-            ++at;
-        return {begin, at};
-    }
-
-    /// Reads a number, which ends where no more of it can follow: "1.5mm" is 1.5 and leaves "mm".
-    /// @return false where there is none, for "nan" and "inf", and for one that is out of a float's range.
-    bool number(float& value)
-    {
-        skipSpace();
-        const std::string_view text = numberText();
-        const bool plus = !text.empty() && text.front() == '+'; // a stream takes it, from_chars does not
-        const char* last = text.data() + text.size();
-        const auto [stop, error] = std::from_chars(text.data() + plus, last, value);
-        if (error == std::errc::result_out_of_range)
-            return readExtreme(text, value);
-        return error == std::errc() && stop == last && std::isfinite(value);
-    }
-
-private:
-    static bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
-    static bool isDigit(char c) { return c >= '0' && c <= '9'; }
-
-    void skipSpace()
-    {
-        while (at != end && isSpace(*at))
-            ++at;
-    }
-    bool take(char a, char b)
-    {
-        if (at == end || (*at != a && *at != b))
-            return false;
-        ++at;
-        return true;
-    }
-    void takeDigits()
-    {
-        while (at != end && isDigit(*at))
-            ++at;
-    }
-
-    /// What a stream would gather before it converts: it takes the 'e' before it knows whether digits follow.
-    std::string_view numberText()
-    {
-        const char* begin = at;
-        take('+', '-');
-        takeDigits();
-        if (take('.', '.'))
-            takeDigits();
-        if (take('e', 'E')) {
-            take('+', '-');
-            takeDigits();
-        }
-        return {begin, at};
-    }
-
-    /// Too large fails, too small is rounded: from_chars does not tell which it was, a stream does.
-    static bool readExtreme(std::string_view text, float& value)
-    {
-        std::istringstream stream{std::string(text)};
-        stream.imbue(std::locale::classic());
-        return static_cast<bool>(stream >> value) && stream.peek() == std::istringstream::traits_type::eof();
-    }
-
-    const char* at;
-    const char* end;
-};
-
-bool readTriple(Scanner& scanner, float& x, float& y, float& z)
+void appendFacet(Mesh& mesh, const geometry::StlFacet& facet, unsigned cornersBeforeNormal)
 {
-    return scanner.number(x) && scanner.number(y) && scanner.number(z);
-}
-
-/// Reads on from behind the word "facet" to its "endfacet".
-void readFacet(Scanner& scanner, Mesh& mesh)
-{
-    rob::Vec3f normal;
-    unsigned normalCount = 0;
-    unsigned vertexCount = 0;
-    for (std::string_view word = scanner.word(); word != "endfacet"; word = scanner.word()) {
-        if (word.empty())
-            throwBadFile();
-        if (word == "normal") {
-            if (!readTriple(scanner, normal.x, normal.y, normal.z))
-                throw std::runtime_error("Error in reading normal");
-            ++normalCount;
-        } else if (word == "vertex") {
-            rob::Posf position;
-            if (!readTriple(scanner, position.x, position.y, position.z))
-                throw std::runtime_error("Error in reading vertex");
-            mesh.indices.push_back(static_cast<unsigned>(mesh.vertices.size()));
-            mesh.vertices.push_back(position);
-            mesh.normals.push_back(normal);
-            ++vertexCount;
-        }
+    const rob::Vec3f normal(facet.normal[0], facet.normal[1], facet.normal[2]);
+    for (unsigned i = 0; i < 3; ++i) {
+        const float* corner = facet.corners.data() + 3 * i;
+        mesh.indices.push_back(static_cast<unsigned>(mesh.vertices.size()));
+        mesh.vertices.emplace_back(corner[0], corner[1], corner[2]);
+        mesh.normals.push_back(i < cornersBeforeNormal ? rob::Vec3f() : normal);
     }
-    if (vertexCount != 3 || normalCount != 1)
-        throwBadFile();
 }
 
 Mesh readAscii(std::string_view text)
 {
     Mesh mesh{std::string()};
-    Scanner scanner(text);
-    bool hasFacet = false;
-    for (std::string_view word = scanner.word(); !word.empty(); word = scanner.word()) {
-        if (word != "facet")
-            continue;
-        readFacet(scanner, mesh);
-        hasFacet = true;
-    }
-    if (!hasFacet)
+    const geometry::StlText read =
+        geometry::readStlText(text, {}, [&mesh](const geometry::StlFacet& facet, unsigned cornersBeforeNormal) {
+            appendFacet(mesh, facet, cornersBeforeNormal);
+        });
+    switch (read.fault) {
+    case geometry::StlFault::None:
+        return mesh;
+    case geometry::StlFault::Normal:
+        throw std::runtime_error("Error in reading normal");
+    case geometry::StlFault::Vertex:
+        throw std::runtime_error("Error in reading vertex");
+    default:
         throwBadFile();
-    return mesh;
+    }
 }
 
 // Files
@@ -249,10 +135,10 @@ Mesh readStlFile(const std::filesystem::path& path)
     if (!file.is_open() || error)
         throw std::runtime_error(path.string());
 
-    std::array<std::byte, headerSize> header;
-    if (size >= headerSize && file.read(reinterpret_cast<char*>(header.data()), headerSize)) {
-        const std::uint32_t count = countInHeader(header.data());
-        if (isBinarySize(count, size)) {
+    std::array<std::byte, stlHeaderSize> header;
+    if (size >= stlHeaderSize && file.read(reinterpret_cast<char*>(header.data()), stlHeaderSize)) {
+        const std::uint32_t count = geometry::stlCount(header.data());
+        if (size == geometry::binaryStlSize(count)) {
             Mesh mesh{std::string()};
             readBinary(file, count, mesh);
             return mesh;
@@ -276,11 +162,11 @@ bool isRemoteUri(const std::string& path)
 
 Mesh parseStl(std::span<const std::byte> bytes)
 {
-    if (bytes.size() >= headerSize && isBinarySize(countInHeader(bytes.data()), bytes.size())) {
+    if (bytes.size() >= stlHeaderSize && bytes.size() == geometry::binaryStlSize(geometry::stlCount(bytes.data()))) {
         Mesh mesh{std::string()};
-        const std::size_t count = (bytes.size() - headerSize) / recordSize;
+        const std::size_t count = (bytes.size() - stlHeaderSize) / stlRecordSize;
         reserveTriangles(mesh, count);
-        RecordReader(mesh).append(bytes.data() + headerSize, count);
+        RecordReader(mesh).append(bytes.data() + stlHeaderSize, count);
         return mesh;
     }
     return readAscii({reinterpret_cast<const char*>(bytes.data()), bytes.size()});

@@ -1,8 +1,8 @@
 #include "scene/Grid.h"
 
-#include "scene/core/OgreCompat.h"
 #include "scene/core/SceneCore.h"
 #include "scene/core/UpAxis.h"
+#include "visual/ManualDrawing.h"
 #include "visual/Visual.h"
 
 #include <Ogre.h>
@@ -14,32 +14,26 @@ const Ogre::ColourValue lineColour(0.16f, 0.16f, 0.16f, 1.0f);
 
 } // namespace
 
-Grid::Grid(SceneCore& core, unsigned cellCount, unsigned cellLength)
-    : core(core), cellCount(cellCount), cellLength(cellLength)
+Grid::Grid(const SceneCore& core, unsigned cellCount, unsigned cellLength)
+    : cellCount(cellCount), cellLength(cellLength), visual(std::make_unique<Visual>(name, core.worldVisual)),
+      lines(std::make_unique<ManualDrawing>(*visual, name))
 {
-    lines = core.sceneManager->createManualObject(
-        freeObjectName(*core.sceneManager, name, Ogre::ManualObjectFactory::FACTORY_TYPE_NAME));
-    visual = std::make_unique<Visual>(name, core.worldVisual);
-    visual->attachObject(lines);
     draw();
     orient(core.settings.gridNormalDir);
 }
 
-Grid::~Grid()
-{
-    visual->detachObject(lines);
-    core.sceneManager->destroyManualObject(lines);
-}
+Grid::~Grid() = default;
 
 void Grid::draw()
 {
-    lines->clear();
-    lines->estimateVertexCount((cellCount + 1) * (cellCount + 1));
-    lines->begin("VertexColor", Ogre::RenderOperation::OT_LINE_LIST);
+    Ogre::ManualObject& object = **lines;
+    object.clear();
+    object.estimateVertexCount((cellCount + 1) * (cellCount + 1));
+    object.begin("VertexColor", Ogre::RenderOperation::OT_LINE_LIST);
     const float half = static_cast<float>(cellCount) * static_cast<float>(cellLength) / 2;
-    const auto addEnd = [this](float x, float y) {
-        lines->position(x, y, height);
-        lines->colour(lineColour);
+    const auto addEnd = [this, &object](float x, float y) {
+        object.position(x, y, height);
+        object.colour(lineColour);
     };
     for (unsigned i = 0; i <= cellCount; ++i) {
         const float p = half - static_cast<float>(i) * static_cast<float>(cellLength);
@@ -48,7 +42,7 @@ void Grid::draw()
         addEnd(-half, p);
         addEnd(half, p);
     }
-    lines->end();
+    object.end();
 }
 
 void Grid::orient(int normalDir)

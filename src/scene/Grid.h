@@ -3,12 +3,9 @@
 #include <memory>
 #include <string>
 
-namespace Ogre {
-class ManualObject;
-}
-
 namespace vrk::visual {
 
+class ManualDrawing;
 class SceneCore;
 class Visual;
 
@@ -17,10 +14,8 @@ class Visual;
 /// Owner: the scene. The grid owns its visual, which hangs under the world. Thread: render thread. Units: model units.
 class Grid {
 public:
-    Grid(SceneCore& core, unsigned cellCount, unsigned cellLength);
+    Grid(const SceneCore& core, unsigned cellCount, unsigned cellLength);
     ~Grid();
-    Grid(const Grid&) = delete;
-    Grid& operator=(const Grid&) = delete;
 
     unsigned getCellCount() const { return cellCount; }
     unsigned getCellLength() const { return cellLength; }
@@ -31,12 +26,11 @@ private:
     void draw();
 
     std::string name = "Grid";
-    SceneCore& core;
     unsigned cellCount;
     unsigned cellLength;
     float height = 0;
     std::unique_ptr<Visual> visual;
-    Ogre::ManualObject* lines;
+    std::unique_ptr<ManualDrawing> lines;
 };
 
 } // namespace vrk::visual

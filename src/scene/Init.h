@@ -16,8 +16,8 @@ struct SceneSettings;
 /// Brings the library up: OGRE with the OpenGL 3+ render system and a window of this size in pixels, the resources, the
 /// meshes and the scene. Once a process, on the thread that renders from then on, after `vrk::selection::Init`.
 ///
-/// A failure of OGRE before the meshes are made is logged and ends the process: there is nothing to go on with. Any
-/// failure after that passes out.
+/// A failure of OGRE before the meshes are made is logged and ends the process: there is nothing to go on with. Any later
+/// failure is thrown to the caller as it is.
 /// @throws std::filesystem::filesystem_error "temp_directory_path" where there is no place for OGRE's log.
 VRK_EXPORT void Init(int width, int height, const SceneSettings& settings);
 

@@ -49,7 +49,7 @@ class VisualStateManager;
 /// the order of the posts. The library has no thread and no frame loop of its own; the application calls `processMsgs`
 /// and then renders. Ids are those of the model's objects; where an id names a parent, 0 is the world.
 ///
-/// A failure on the render thread leaves `processMsgs` and takes the rest of that batch with it.
+/// A posted task that fails ends `processMsgs`, which throws its exception; the tasks behind it in that batch are dropped.
 ///
 /// Owner: the library, from `Init` to the end of the process. Thread: each family says; "at once" means that the work is
 /// done before the call returns.

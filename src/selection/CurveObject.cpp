@@ -3,6 +3,7 @@
 #include "selection/SensitiveEdge.h"
 #include "visual/CurveVisual.h"
 #include "visual/EdgeVisual.h"
+#include "visual/VisualCast.h"
 
 namespace vrk::selection {
 
@@ -14,10 +15,8 @@ CurveObject::CurveObject(const TopoDS_Shape& shape, visual::CurveVisual* visual)
 void CurveObject::buildPrimitives()
 {
     for (visual::Visual* child : visual->getChildren())
-        if (child->getType() == VisualType::Edge) {
-            auto* edge = static_cast<visual::EdgeVisual*>(child);
+        if (auto* edge = visual::visualCast<visual::EdgeVisual>(child, VisualType::Edge))
             primitives.push_back(new SensitiveEdge(edge, edge->getEdge()));
-        }
     buildHierarchy();
 }
 

@@ -23,12 +23,13 @@ class VRK_EXPORT SelectableObject : public BVHPrimitive, public PrimitiveContain
 public:
     enum class ObjectKind : unsigned { Shape = 0, Curve = 1, Mesh = 2, Line = 3, Point = 4, PointCloud = 5 };
 
-    /// Makes the parts, the first time, and takes the pose of the visual. Nothing while it is not marked as dirty. The
-    /// parts are never made anew: to that end the object is removed and added.
+    /// Makes the parts, the first time, and takes the pose of the visual. Does nothing while the object is not marked as
+    /// dirty. The parts are never made anew: if they must be, remove the object and add it again.
     virtual void update() = 0;
     virtual std::string getDescription() const { return {}; }
 
-    /// As `intersectRay`, for one who has a hit at `limit` already: a hit that is not nearer may be left out.
+    /// As `intersectRay`, for a caller that has a hit at the distance `limit` already: one that is not nearer may be left
+    /// out.
     virtual void intersectRayWithin(Result& result, const visual::Ray& ray, float limit) const;
     /// Whether hits lie within the box of the object and are told by their distance in the world, so that an object whose
     /// box lies beyond a hit need not be asked.

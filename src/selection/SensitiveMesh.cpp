@@ -1,7 +1,7 @@
 #include "selection/SensitiveMesh.h"
 
 #include "mesh/Mesh.h"
-#include "selection/geometry/ParallelFor.h"
+#include "platform/common/ParallelFor.h"
 
 namespace vrk::selection {
 

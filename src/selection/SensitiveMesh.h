@@ -12,7 +12,7 @@ namespace vrk::selection {
 /// A whole mesh.
 ///
 /// The mesh and the visual are not owned and must outlive it; the mesh must not change meanwhile.
-/// Thread: as any primitive. A large mesh is taken in on all cores.
+/// Thread: as any primitive. The boxes of its triangles are computed on all cores.
 class VRK_EXPORT SensitiveMesh : public BVHPrimitive, public SensitiveTriangleSet {
 public:
     /// Unlike a face's, its triangles are taken as they are, with coordinates that are not finite.

@@ -22,9 +22,9 @@ float distanceTo(const Box& box, const rob::PosTemplate<float>& p)
 }
 
 /// A quick look at a point, before the exact one: most of a group's points are far from the ray.
-class Reach {
+class NearRay {
 public:
-    explicit Reach(const visual::Ray& ray) : origin(ray.origin), direction(ray.direction)
+    explicit NearRay(const visual::Ray& ray) : origin(ray.origin), direction(ray.direction)
     {
         length = direction.squaredLength();
     }
@@ -67,10 +67,10 @@ bool SensitivePoints::nearestWithin(Result& result, const visual::Ray& ray, floa
     if (distanceTo(box, ray.origin) > limit)
         return false;
     const std::vector<rob::PosTemplate<float>>& points = visual->getPoints();
-    const Reach reach(ray);
+    const NearRay nearRay(ray);
     int nearest = -1;
     for (const unsigned index : indices) {
-        if (reach.isOutside(points[index]))
+        if (nearRay.isOutside(points[index]))
             continue;
         if (!(tolerance > Math::DistancePointLine(points[index], ray.origin, ray.direction)))
             continue;

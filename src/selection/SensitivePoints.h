@@ -22,8 +22,8 @@ public:
     /// Of the points within reach the one nearest to the origin of the ray, not the one nearest to the ray. Fills the
     /// visual and the point's number.
     void intersectRay(Result& result, const visual::Ray& ray) const override;
-    /// As intersectRay, for one who has a hit at `limit` already: leaves `result` alone and returns false unless there is
-    /// a nearer one.
+    /// As intersectRay, for a caller that has a hit at the distance `limit` already: unless there is a nearer one, it
+    /// leaves `result` as it is and returns false.
     bool nearestWithin(Result& result, const visual::Ray& ray, float limit) const;
 
     const std::vector<unsigned>& getIndices() const { return indices; }

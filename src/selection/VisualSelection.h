@@ -110,7 +110,7 @@ public:
     /// @throws std::logic_error "Two triangles are on the same plane" as `Math::Intersect` does.
     Result sense(const rob::TriangleTemplate<float>& triangle) const;
 
-    /// In the interface for callers that mark their threads; the discipline is by convention, and both do nothing.
+    /// Both do nothing. They are for callers that want to mark which of their threads ask questions; nothing is checked.
     static void MarkRenderThread();
     void checkThread();
 

@@ -22,7 +22,7 @@ protected:
     static bool IsMember(const Visual& child);
     /// Whether this child takes part in the looks of the whole.
     virtual bool takesAppearance(const Visual& child) const = 0;
-    /// A highlight passes over children that show that they are selected.
+    /// Children that are selected keep that look while the whole is highlighted.
     virtual bool highlightsSelectedChildren() const { return false; }
     /// Makes the frame, hidden. `label` is its name.
     void createOwnFrame(const char* label);

@@ -1,6 +1,7 @@
 #include "station/TcpTraceVisual.h"
 
 #include "scene/core/OgreCompat.h"
+#include "visual/ManualDrawing.h"
 #include "visual/RenderGroups.h"
 
 #include <Ogre.h>
@@ -12,24 +13,18 @@ constexpr std::size_t expectedPoints = 10800; // three minutes at sixty points a
 
 } // namespace
 
-TcpTraceVisual::TcpTraceVisual(Visual* parent) : Visual(parent)
+TcpTraceVisual::TcpTraceVisual(Visual* parent)
+    : Visual(parent), trace(std::make_unique<ManualDrawing>(*this, "TcpTraceVisual"))
 {
-    Ogre::SceneManager& manager = *sceneNode->getCreator();
-    trace = manager.createManualObject(
-        freeObjectName(manager, "TcpTraceVisual", Ogre::ManualObjectFactory::FACTORY_TYPE_NAME));
-    trace->estimateVertexCount(expectedPoints);
-    trace->begin("VertexColor", Ogre::RenderOperation::OT_LINE_STRIP,
-                 Ogre::ResourceGroupManager::DEFAULT_RESOURCE_GROUP_NAME);
-    trace->end();
-    trace->setRenderQueueGroup(renderGroup::trace);
-    attachObject(trace);
+    Ogre::ManualObject& strip = **trace;
+    strip.estimateVertexCount(expectedPoints);
+    strip.begin("VertexColor", Ogre::RenderOperation::OT_LINE_STRIP,
+                Ogre::ResourceGroupManager::DEFAULT_RESOURCE_GROUP_NAME);
+    strip.end();
+    strip.setRenderQueueGroup(renderGroup::trace);
 }
 
-TcpTraceVisual::~TcpTraceVisual()
-{
-    detachObject(trace);
-    sceneNode->getCreator()->destroyManualObject(trace);
-}
+TcpTraceVisual::~TcpTraceVisual() = default;
 
 void TcpTraceVisual::addColorPoint(const rob::PosTemplate<double>& position, const rob::ColorTemplate<float>& color)
 {
@@ -39,25 +34,26 @@ void TcpTraceVisual::addColorPoint(const rob::PosTemplate<double>& position, con
 
 void TcpTraceVisual::clear()
 {
-    trace->clear();
+    (*trace)->clear();
     points.clear();
 }
 
 void TcpTraceVisual::update()
 {
-    if (points.size() < 2 || trace->getSections().empty())
-        trace->begin("TcpTrace", Ogre::RenderOperation::OT_LINE_STRIP,
-                     Ogre::ResourceGroupManager::DEFAULT_RESOURCE_GROUP_NAME);
+    Ogre::ManualObject& strip = **trace;
+    if (points.size() < 2 || strip.getSections().empty())
+        strip.begin("TcpTrace", Ogre::RenderOperation::OT_LINE_STRIP,
+                    Ogre::ResourceGroupManager::DEFAULT_RESOURCE_GROUP_NAME);
     else
-        trace->beginUpdate(0);
+        strip.beginUpdate(0);
     for (const Point& point : points) {
         const rob::PosTemplate<float> position(point.position);
         if (!fitsBox(position))
             continue;
-        trace->position(toOgre(position));
-        trace->colour(point.color.r, point.color.g, point.color.b, 1.0f);
+        strip.position(toOgre(position));
+        strip.colour(point.color.r, point.color.g, point.color.b, 1.0f);
     }
-    trace->end();
+    strip.end();
 }
 
 } // namespace vrk::visual

@@ -3,13 +3,12 @@
 #include "scene/math/Color.h"
 #include "visual/Visual.h"
 
+#include <memory>
 #include <vector>
 
-namespace Ogre {
-class ManualObject;
-}
-
 namespace vrk::visual {
+
+class ManualDrawing;
 
 /// The line that a tool's working point draws during a simulation. The application makes it and feeds it.
 ///
@@ -18,8 +17,6 @@ class VRK_EXPORT TcpTraceVisual : public Visual {
 public:
     explicit TcpTraceVisual(Visual* parent);
     ~TcpTraceVisual() override;
-    TcpTraceVisual(const TcpTraceVisual&) = delete;
-    TcpTraceVisual& operator=(const TcpTraceVisual&) = delete;
 
     /// A point in the frame of the visual. The line shows from the second point on.
     void addColorPoint(const rob::PosTemplate<double>& position, const rob::ColorTemplate<float>& color);
@@ -32,7 +29,7 @@ private:
         rob::ColorTemplate<float> color;
     };
 
-    Ogre::ManualObject* trace;
+    std::unique_ptr<ManualDrawing> trace;
     std::vector<Point> points;
 };
 

@@ -6,6 +6,7 @@
 #include "station/ParentVisual.h"
 #include "visual/FrameVisual.h"
 #include "visual/Picking.h"
+#include "visual/VisualCast.h"
 
 namespace vrk::visual {
 namespace {
@@ -49,8 +50,8 @@ void WObjVisual::Build(Visual* parent, sdf::SdfNode* node)
 FrameVisual* WObjVisual::getObjectFrame() const
 {
     for (Visual* child : userFrame->getChildren())
-        if (child->getType() == VisualType::ObjectFrame)
-            return static_cast<FrameVisual*>(child);
+        if (auto* frame = visualCast<FrameVisual>(child, VisualType::ObjectFrame))
+            return frame;
     return nullptr;
 }
 

@@ -33,7 +33,8 @@ public:
     ~InstanceFrameVisual() override;
 
     float getFrameSize() const;
-    /// Of this frame alone, with the looks that stand by now. Picking follows. A size of 0 draws nothing.
+    /// Sets the size of this frame alone, in all looks that have been made so far. Picking is told. A size of 0 draws
+    /// nothing.
     void setFrameSize(unsigned size);
     /// A target that is shown is back at its normal look.
     void setVisible(bool visible, bool recursive) override;

@@ -100,8 +100,8 @@ public:
     void setWorldPosition(const rob::PosTemplate<float>& position);
     void setWorldRotation(const rob::RotationTemplate<float>& rotation);
 
-    // Navigation. Any thread: each posts the operation of the same name of the view controller, and a failure there
-    // leaves `processMsgs`.
+    // Navigation. Any thread: each posts the operation of the same name of the view controller. Where that fails,
+    // `processMsgs` throws the exception.
     void rotateScene(float dx, float dy);
     void startRotating(float x, float y);
     void translateScene(float x, float y, float dx, float dy);

@@ -1,8 +1,6 @@
 #include "view/OrbitPivotVisual.h"
 
-#include "view/Camera.h"
-
-#include <OgreCamera.h>
+#include "view/ScreenScale.h"
 
 #include <algorithm>
 
@@ -16,34 +14,23 @@ constexpr float minScale = 1.0f;
 
 const float OrbitPivotVisual::ScreenRatio = 0.06f;
 
-class OrbitPivotVisual::CameraListener : public Ogre::Camera::Listener {
-public:
-    explicit CameraListener(OrbitPivotVisual& visual) : visual(visual) {}
-    void cameraPreRenderScene(Ogre::Camera*) override { visual.updateScale(); }
-
-private:
-    OrbitPivotVisual& visual;
-};
-
 OrbitPivotVisual::OrbitPivotVisual(Visual* parent)
-    : FrameVisual(parent, axisLength), listener(std::make_unique<CameraListener>(*this))
+    : FrameVisual(parent, axisLength),
+      screenScale(std::make_unique<ScreenScale>(*this, [this](float distance) { fitTo(distance); }))
 {
-    if (const Camera* camera = Camera::Get())
-        camera->ogreCamera()->addListener(listener.get());
 }
 
-OrbitPivotVisual::~OrbitPivotVisual()
-{
-    if (const Camera* camera = Camera::Get())
-        camera->ogreCamera()->removeListener(listener.get());
-}
+OrbitPivotVisual::~OrbitPivotVisual() = default;
 
 void OrbitPivotVisual::updateScale()
 {
-    const Camera* camera = Camera::Get();
-    if (!sceneNode || !visible || !camera)
+    screenScale->update();
+}
+
+void OrbitPivotVisual::fitTo(float distance)
+{
+    if (!visible)
         return;
-    const float distance = (camera->getWorldPosition() - getWorldPosition()).length();
     const float scale = std::max(minScale, distance * ScreenRatio);
     setScale(scale, scale, scale);
 }

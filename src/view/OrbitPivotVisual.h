@@ -6,9 +6,11 @@
 
 namespace vrk::visual {
 
+class ScreenScale;
+
 /// The mark of a pivot: a small frame that keeps about the same size in the picture of the main camera.
 ///
-/// It is neither registered nor selectable, and the size of frames is not its own.
+/// It is neither registered nor selectable, and the operations that set the size of frames do not reach it.
 ///
 /// Owner: the parent visual. Thread: render thread.
 class VRK_EXPORT OrbitPivotVisual : public FrameVisual {
@@ -24,9 +26,9 @@ public:
     void updateScale();
 
 private:
-    class CameraListener;
+    void fitTo(float distance);
 
-    std::unique_ptr<CameraListener> listener;
+    std::unique_ptr<ScreenScale> screenScale;
 };
 
 } // namespace vrk::visual

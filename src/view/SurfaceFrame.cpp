@@ -2,6 +2,7 @@
 
 #include "selection/geometry/Result.h"
 #include "visual/SolidVisual.h"
+#include "visual/VisualCast.h"
 
 #include <BRep_Tool.hxx>
 #include <GeomAPI_ProjectPointOnSurf.hxx>
@@ -84,13 +85,13 @@ bool surfaceFrame(const selection::Result& pick, rob::Posef& out)
         return false;
 
     out = rob::Posef(pick.position);
-    if (pick.face.IsNull() || type != VisualType::Solid)
+    const auto* solid = visualCast<SolidVisual>(pick.visual, VisualType::Solid);
+    if (pick.face.IsNull() || !solid)
         return true;
-    const auto& solid = static_cast<const SolidVisual&>(*pick.visual);
-    const unsigned index = indexOf(pick.face, solid);
+    const unsigned index = indexOf(pick.face, *solid);
     if (index == 0)
         return true;
-    const TopoDS_Face face = solid.getFaceInWorld(index);
+    const TopoDS_Face face = solid->getFaceInWorld(index);
     if (face.IsNull())
         return true;
     if (const std::optional<rob::Dirf> normal = normalAt(face, pick.position))

@@ -20,7 +20,7 @@ public:
     ArrowVisual(Visual* parent, const std::string& name);
 
     /// An arrow that stands at `position` and points along `direction`, which has unit length.
-    /// @param color  a colour text such as "#FFA725"; the failures of `geometry::ParseColorText` pass out.
+    /// @param color  a colour text such as "#FFA725". Throws what `geometry::ParseColorText` does.
     static ArrowVisual* Build(Visual* parent, const rob::PosTemplate<float>& position,
                               const rob::DirTemplate<float>& direction, const std::string& color);
     /// An arrow at the edge's end, if `forward`, or at its start, as the edge is oriented; it points into the edge.

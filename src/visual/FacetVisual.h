@@ -28,7 +28,7 @@ public:
     void useNamedMaterial(const std::string& name) { useMaterial(name); }
 
 protected:
-    /// Makes an entity of an OGRE mesh on this node. An OGRE failure passes out.
+    /// Makes an entity of an OGRE mesh on this node. Throws what OGRE does.
     Ogre::Entity* makeEntity(const std::string& entityName, const std::string& meshName);
     // Of an entity's OGRE mesh; 0 for null
     static std::uint64_t TrianglesOf(const Ogre::Entity* entity);

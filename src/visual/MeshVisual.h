@@ -42,7 +42,7 @@ public:
     /// Stays until the visual dies, also where another one that draws the mesh has deleted it.
     Mesh* getMesh() const { return mesh; }
     void setColor(const rob::ColorTemplate<float>& color, float alpha);
-    /// @param text  as in "#10C279", opaque; the failures of `geometry::ParseColorText` pass out.
+    /// @param text  as in "#10C279", opaque. Throws what `geometry::ParseColorText` does.
     void setColor(const std::string& text);
 
 protected:

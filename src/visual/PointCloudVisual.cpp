@@ -3,8 +3,8 @@
 #include "platform/layout/PointCloud.h"
 #include "scene/core/OgreCompat.h"
 #include "scene/core/SceneCore.h"
+#include "visual/ManualDrawing.h"
 #include "visual/Picking.h"
-#include "visual/PointObject.h"
 
 #include <Ogre.h>
 
@@ -94,10 +94,7 @@ PointCloudVisual::PointCloudVisual(Visual* parent, sdf::SdfNode* node) : Visual(
     updateRenderPrimitive();
 }
 
-PointCloudVisual::~PointCloudVisual()
-{
-    destroyPoints(*this, object);
-}
+PointCloudVisual::~PointCloudVisual() = default;
 
 Visual* PointCloudVisual::Build(Visual* parent, sdf::SdfNode* node)
 {
@@ -119,7 +116,7 @@ bool PointCloudVisual::hasNormals() const
 
 Box PointCloudVisual::getBoundingBox() const
 {
-    const Ogre::AxisAlignedBox& box = object->getBoundingBox();
+    const Ogre::AxisAlignedBox& box = (*drawing)->getBoundingBox();
     if (!box.isFinite())
         return {};
     const Ogre::Vector3& min = box.getMinimum();
@@ -142,10 +139,10 @@ void PointCloudVisual::setSelectedIndices(const std::vector<std::uint64_t>& indi
 
 void PointCloudVisual::updateRenderPrimitive()
 {
-    if (object)
-        object->clear();
+    if (drawing)
+        (*drawing)->clear();
     else
-        object = makeManualObject(*this);
+        drawing = makePointDrawing(*this);
     if (points->empty())
         return; // and not registered: there is nothing to pick
 
@@ -155,22 +152,22 @@ void PointCloudVisual::updateRenderPrimitive()
         drawUnselected(phong);
     if (!selectedIndices.empty())
         drawSelected(phong);
-    object->setVisible(visible);
+    (*drawing)->setVisible(visible);
     registerForPicking();
 }
 
 void PointCloudVisual::drawUnselected(bool phong)
 {
-    beginSection(*object, phong ? "PointCloudPhong" : "PointCloud", points->size() - selectedIndices.size());
-    SectionWriter writer(*object, *points, phong ? normals : nullptr);
+    beginSection(**drawing, phong ? "PointCloudPhong" : "PointCloud", points->size() - selectedIndices.size());
+    SectionWriter writer(**drawing, *points, phong ? normals : nullptr);
     const bool anySelected = !selectedIndices.empty();
     for (std::size_t i = 0; i < points->size(); ++i)
         if (!anySelected || !selectedIndices.contains(i))
             writer.add(i);
-    Ogre::ManualObject::ManualObjectSection* section = object->end();
+    Ogre::ManualObject::ManualObjectSection* section = (*drawing)->end();
     if (!section)
         return; // all points are selected, or none is finite
-    const Ogre::AxisAlignedBox& box = object->getBoundingBox();
+    const Ogre::AxisAlignedBox& box = (*drawing)->getBoundingBox();
     section->setCustomParameter(minParameter, withOne(box.getMinimum()));
     section->setCustomParameter(maxParameter, withOne(box.getMaximum()));
     section->setCustomParameter(diameterParameter, Ogre::Vector4(pointDiameter, 0, 0, 0));
@@ -178,11 +175,11 @@ void PointCloudVisual::drawUnselected(bool phong)
 
 void PointCloudVisual::drawSelected(bool phong)
 {
-    beginSection(*object, phong ? "PointCloudPhongSelected" : "PointCloudSelected", selectedIndices.size());
-    SectionWriter writer(*object, *points, phong ? normals : nullptr);
+    beginSection(**drawing, phong ? "PointCloudPhongSelected" : "PointCloudSelected", selectedIndices.size());
+    SectionWriter writer(**drawing, *points, phong ? normals : nullptr);
     for (const std::uint64_t index : selectedIndices.ordered)
         writer.add(index);
-    Ogre::ManualObject::ManualObjectSection* section = object->end();
+    Ogre::ManualObject::ManualObjectSection* section = (*drawing)->end();
     if (!section)
         return; // none of them is finite
     section->setCustomParameter(colorParameter,
@@ -199,7 +196,7 @@ void PointCloudVisual::registerForPicking()
 
 void PointCloudVisual::useMaterial(const std::string& name)
 {
-    setPointMaterial(*object, name);
+    drawing->setMaterial(name);
 }
 
 } // namespace vrk::visual

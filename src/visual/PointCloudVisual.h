@@ -4,14 +4,13 @@
 #include "selection/geometry/Box.h"
 #include "visual/Visual.h"
 
+#include <memory>
 #include <unordered_set>
 #include <vector>
 
-namespace Ogre {
-class ManualObject;
-}
-
 namespace vrk::visual {
+
+class ManualDrawing;
 
 /// A scanned cloud, coloured by height within its bounding box, and lit where it has normals. A subset of its points can
 /// be selected, and the others hidden.
@@ -70,7 +69,7 @@ private:
     void drawSelected(bool phong);
     void registerForPicking();
 
-    Ogre::ManualObject* object = nullptr; // from the first update on
+    std::unique_ptr<ManualDrawing> drawing; // from the first update on
     const std::vector<rob::PosTemplate<float>>* points;
     const std::vector<rob::Vec3Template<float>>* normals;
     IndexSet selectedIndices;

@@ -1,8 +1,8 @@
 #include "visual/PointVisual.h"
 
 #include "scene/core/SceneCore.h"
+#include "visual/ManualDrawing.h"
 #include "visual/Picking.h"
-#include "visual/PointObject.h"
 
 #include <array>
 
@@ -19,22 +19,19 @@ constexpr rob::Colorf selectionColor(0.0f, 0.184f, 0.655f);
 } // namespace
 
 PointVisual::PointVisual(Visual* parent, rob::PosTemplate<float> position)
-    : Visual(parent), object(makePoints(*this, previewMaterial, std::array{position})), position(position)
+    : Visual(parent), drawing(makePointDrawing(*this, previewMaterial, std::array{position})), position(position)
 {
     type = VisualType::Point;
     setColor(previewColor, 1.0f);
 }
 
 PointVisual::PointVisual(Visual* parent, sdf::SdfNode* node, rob::PosTemplate<float> position)
-    : Visual(node, parent), object(makePoints(*this, stationMaterial, std::array{position})), position(position)
+    : Visual(node, parent), drawing(makePointDrawing(*this, stationMaterial, std::array{position})), position(position)
 {
     type = VisualType::Point;
 }
 
-PointVisual::~PointVisual()
-{
-    destroyPoints(*this, object);
-}
+PointVisual::~PointVisual() = default;
 
 PointVisual* PointVisual::Build(unsigned parentId, double x, double y, double z)
 {
@@ -77,12 +74,12 @@ void PointVisual::setHighlighted()
 
 void PointVisual::setColor(const rob::ColorTemplate<float>& color, float alpha)
 {
-    setPointColor(*object, color, alpha);
+    drawing->setColor(color, alpha);
 }
 
 void PointVisual::useMaterial(const std::string& name)
 {
-    setPointMaterial(*object, name);
+    drawing->setMaterial(name);
 }
 
 } // namespace vrk::visual

@@ -3,11 +3,11 @@
 #include "scene/math/Color.h"
 #include "visual/Visual.h"
 
-namespace Ogre {
-class ManualObject;
-}
+#include <memory>
 
 namespace vrk::visual {
+
+class ManualDrawing;
 
 /// One point, drawn after the bodies as a round mark of a few pixels.
 ///
@@ -38,7 +38,7 @@ private:
     PointVisual(Visual* parent, rob::PosTemplate<float> position);
     PointVisual(Visual* parent, sdf::SdfNode* node, rob::PosTemplate<float> position);
 
-    Ogre::ManualObject* object;
+    std::unique_ptr<ManualDrawing> drawing;
     rob::PosTemplate<float> position;
 };
 

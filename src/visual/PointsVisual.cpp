@@ -1,6 +1,6 @@
 #include "visual/PointsVisual.h"
 
-#include "visual/PointObject.h"
+#include "visual/ManualDrawing.h"
 
 namespace vrk::visual {
 namespace {
@@ -10,19 +10,16 @@ constexpr rob::Colorf startColor(0.8f, 0.8f, 0.8f);
 } // namespace
 
 PointsVisual::PointsVisual(Visual* parent, const std::vector<rob::PosTemplate<float>>& points)
-    : Visual(parent), object(makePoints(*this, "PointBase", points))
+    : Visual(parent), drawing(makePointDrawing(*this, "PointBase", points))
 {
     setColor(startColor, 1.0f);
 }
 
-PointsVisual::~PointsVisual()
-{
-    destroyPoints(*this, object);
-}
+PointsVisual::~PointsVisual() = default;
 
 void PointsVisual::setColor(const rob::ColorTemplate<float>& color, float alpha)
 {
-    setPointColor(*object, color, alpha);
+    drawing->setColor(color, alpha);
 }
 
 } // namespace vrk::visual

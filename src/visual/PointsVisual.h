@@ -3,13 +3,12 @@
 #include "scene/math/Color.h"
 #include "visual/Visual.h"
 
+#include <memory>
 #include <vector>
 
-namespace Ogre {
-class ManualObject;
-}
-
 namespace vrk::visual {
+
+class ManualDrawing;
 
 /// A fixed set of points, drawn after the bodies as round marks of a few pixels. No point draws nothing.
 ///
@@ -22,7 +21,7 @@ public:
     void setColor(const rob::ColorTemplate<float>& color, float alpha);
 
 private:
-    Ogre::ManualObject* object;
+    std::unique_ptr<ManualDrawing> drawing;
 };
 
 } // namespace vrk::visual

@@ -2,6 +2,7 @@
 
 #include "scene/core/SceneCore.h"
 #include "visual/FacetVisual.h"
+#include "visual/VisualCast.h"
 #include "visual/VisualStateManager.h"
 
 #include <Ogre.h>
@@ -17,18 +18,25 @@ bool isFacetVisual(const Visual& visual)
     return visual.getType() == VisualType::Solid || visual.getType() == VisualType::Mesh;
 }
 
+/// Null for a visual that is no body.
+FacetVisual* bodyOf(Visual* visual)
+{
+    FacetVisual* solid = visualCast<FacetVisual>(visual, VisualType::Solid);
+    return solid ? solid : visualCast<FacetVisual>(visual, VisualType::Mesh);
+}
+
 /// Calls `call` with the visual if it is a body, else with its bodies. Direct children only: an assembly, whose bodies lie
 /// deeper, keeps its colours.
 template <typename Call>
 void forBodies(Visual& visual, const Call& call)
 {
-    if (isFacetVisual(visual)) {
-        call(static_cast<FacetVisual&>(visual));
+    if (FacetVisual* body = bodyOf(&visual)) {
+        call(*body);
         return;
     }
     for (Visual* child : visual.getChildren())
-        if (isFacetVisual(*child))
-            call(static_cast<FacetVisual&>(*child));
+        if (FacetVisual* body = bodyOf(child))
+            call(*body);
 }
 
 void collectDrawnBodies(Visual& visual, std::vector<Visual*>& bodies)

@@ -4,6 +4,7 @@
 #include "visual/CurveVisual.h"
 #include "visual/EdgeVisual.h"
 #include "visual/HighlightedEdge.h"
+#include "visual/VisualCast.h"
 
 #include <utility>
 
@@ -21,9 +22,11 @@ CurveVisual& curveOf(unsigned id)
 /// The generated edge of that shape, location and orientation under the visual of this id; null if there is none.
 EdgeVisual* generatedEdgeOf(unsigned id, const TopoDS_Edge& edge)
 {
-    for (Visual* child : Scene::GetVisual(id)->getChildren())
-        if (child->getType() == VisualType::GeneratedEdge && static_cast<EdgeVisual*>(child)->getEdge().IsEqual(edge))
-            return static_cast<EdgeVisual*>(child);
+    for (Visual* child : Scene::GetVisual(id)->getChildren()) {
+        auto* generated = visualCast<EdgeVisual>(child, VisualType::GeneratedEdge);
+        if (generated && generated->getEdge().IsEqual(edge))
+            return generated;
+    }
     return nullptr;
 }
 

@@ -2,6 +2,7 @@
 
 #include "platform/sdf/SdfObject.h"
 #include "visual/SolidVisual.h"
+#include "visual/VisualCast.h"
 
 #include <TopoDS.hxx>
 #include <TopoDS_Face.hxx>
@@ -56,10 +57,9 @@ void Scene::selectSideFace(unsigned id, unsigned face)
 
 void Scene::selectFace(unsigned id, unsigned face, const char* color)
 {
-    Visual* visual = GetVisual(id);
-    if (visual->getType() != VisualType::Solid)
+    auto* solid = visualCast<SolidVisual>(GetVisual(id), VisualType::Solid);
+    if (!solid)
         return;
-    auto* solid = static_cast<SolidVisual*>(visual);
     if (faceIsSelected(solid, face))
         return; // a face keeps the first of the two marks
     clearHighlightedVisual();
@@ -70,11 +70,8 @@ void Scene::selectFace(unsigned id, unsigned face, const char* color)
 void Scene::clearSelectedFace(unsigned id, unsigned face)
 {
     clearHighlightedVisual();
-    Visual* visual = GetVisual(id);
-    if (visual->getType() != VisualType::Solid)
-        return;
-    auto* solid = static_cast<SolidVisual*>(visual);
-    if (std::erase(selectedFaces, FaceOfSolid(solid, face)) > 0)
+    auto* solid = visualCast<SolidVisual>(GetVisual(id), VisualType::Solid);
+    if (solid && std::erase(selectedFaces, FaceOfSolid(solid, face)) > 0)
         addVisualTask(solid, [solid, face] { solid->clearSelectedFace(face); });
 }
 

@@ -27,7 +27,7 @@ public:
     ~SolidVisual() override;
 
     // Builders: register the visual by id, load the mesh, attach an entity and set the materials. A shape without
-    // triangles gives a visual without an entity. The failures of `MeshManager::loadShape` pass out otherwise.
+    // triangles gives a visual without an entity. Otherwise they throw what `MeshManager::loadShape` does.
 
     /// A solid that cannot be picked, of one material in every state, red unless the material says otherwise.
     static SolidVisual* Build(Visual* parent, const TopoDS_Shape& shape, const std::string& material);
@@ -78,7 +78,7 @@ public:
 
     // Colours of faces
     void setFaceColor(unsigned face, const rob::ColorTemplate<float>& color);
-    /// @param text  as in "#10C279"; the failures of `geometry::ParseColorText` pass out.
+    /// @param text  as in "#10C279"; throws what `geometry::ParseColorText` does.
     void setFaceColor(unsigned face, const std::string& text);
     /// The model's colour, not the one in the buffer.
     rob::ColorTemplate<float> getFaceColor(unsigned face) const;

@@ -1,5 +1,6 @@
 #include "mesh/StlReader.h"
 #include "StlTexts.h"
+#include "platform/geometry/StlFormat.h"
 #include "platform/station/Uri.h"
 #include "support/ThrowsExactly.h"
 
@@ -269,6 +270,43 @@ TEST(ParseStl, NumbersAgreeWithAStreamOnAnyText)
         else
             EXPECT_EQ(parsed(facetWithVertex("0 0 " + text)).vertices[0], expected);
     }
+}
+
+TEST(StlText, WhatIsStrictlyRightTheViewReadsWithTheSameCorners)
+{
+    // A property: damaged files that the import takes as they stand must open in the view.
+    const std::string whole = oneFacet + oneFacet + facetWithVertex("+1 -2.5e3 .5");
+    const std::string_view alphabet = "0123456789+-.eE xfV\n";
+    std::mt19937 random(7);
+    unsigned taken = 0;
+    for (unsigned i = 0; i < 20000; ++i) {
+        std::string text = whole;
+        for (unsigned changes = 1 + random() % 3; changes-- > 0;)
+            text[random() % text.size()] = alphabet[random() % alphabet.size()];
+        SCOPED_TRACE(text);
+        std::vector<Posf> corners;
+        const auto strict = geometry::readStlText(
+            text, {.anyCase = true, .wholeNumbers = true}, [&corners](const geometry::StlFacet& read, unsigned) {
+                for (std::size_t c = 0; c < 9; c += 3)
+                    corners.emplace_back(read.corners[c], read.corners[c + 1], read.corners[c + 2]);
+            });
+        if (strict.fault != geometry::StlFault::None || !strict.isInSmallLetters)
+            continue;
+        ++taken;
+        ASSERT_EQ(parsed(text).vertices, corners);
+    }
+    EXPECT_GT(taken, 1000u);
+}
+
+TEST(StlText, WordsInCapitalsAreNotedWhereTheyAreTaken)
+{
+    const std::string capitals = "FACET NORMAL 0 0 1 VERTEX 0 0 0 vertex 1 0 0 Vertex 0 2 0 ENDFACET";
+    const auto ignore = [](const geometry::StlFacet&, unsigned) {};
+
+    EXPECT_EQ(geometry::readStlText(capitals, {}, ignore).fault, geometry::StlFault::NoFacet);
+    EXPECT_EQ(geometry::readStlText(capitals, {.anyCase = true}, ignore).fault, geometry::StlFault::None);
+    EXPECT_FALSE(geometry::readStlText(capitals, {.anyCase = true}, ignore).isInSmallLetters);
+    EXPECT_TRUE(geometry::readStlText(oneFacet, {.anyCase = true}, ignore).isInSmallLetters);
 }
 
 TEST_F(ReadStl, BinaryFileIsNamedByItsPath)

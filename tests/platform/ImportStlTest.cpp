@@ -149,6 +149,17 @@ TEST_F(ImportStlTest, WordInPlaceOfANumberIsRefused)
     expectRefused("facet normal 0 zero 1", "a normal of the STL file is not three numbers");
     expectRefused("facet normal 0 0 1 vertex 0 0 nan", "a vertex of the STL file is not three numbers");
     expectRefused("facet normal 0 0 1 vertex 0 0 1e99", "a vertex of the STL file is not three numbers");
+    expectRefused("facet normal 0 0 1 vertex 0 0 1.5mm", "a vertex of the STL file is not three numbers");
+}
+
+TEST_F(ImportStlTest, NumberThatTheViewDoesNotReadIsRefused)
+{
+    expectRefused("facet normal 0 0 1 vertex 0 0 +-1", "a vertex of the STL file is not three numbers");
+}
+
+TEST_F(ImportStlTest, NumberTooSmallForAFloatIsZero)
+{
+    expectAccepted("facet normal 0 0 1 vertex 0 0 1e-60 vertex 1 0 -1e-400 vertex 0 1 0 endfacet");
 }
 
 TEST_F(ImportStlTest, FacetOfAnotherMakeIsRefused)

@@ -1,10 +1,10 @@
 #include "PlainTriangles.h"
 #include "geometry/Geometry.h"
 
+#include "platform/common/ParallelFor.h"
 #include "scene/math/Trsf.h"
 #include "selection/SensitiveFace.h"
 #include "selection/geometry/BVHBuilder.h"
-#include "selection/geometry/ParallelFor.h"
 
 #include <BRepAlgoAPI_Cut.hxx>
 #include <BRepAlgoAPI_Fuse.hxx>

@@ -118,6 +118,18 @@ TEST_F(SurfaceFrame, MeshGivesThePlaceAndTheWorldsAxes)
     EXPECT_EQ(out, rob::Posef(rob::Posf(1, 2, 3)));
 }
 
+TEST_F(SurfaceFrame, VisualThatOnlySaysThatItIsASolidGivesThePlaceAndTheWorldsAxes)
+{
+    Result pick = hitOn(test::addPickedBox(world, {0, 0, 0}, {100, 100, 80}), 2, {1, 2, 3});
+    auto* other = new Visual(world);
+    other->setType(VisualType::Solid);
+    pick.visual = other;
+
+    EXPECT_TRUE(surfaceFrame(pick, out));
+
+    EXPECT_EQ(out, rob::Posef(rob::Posf(1, 2, 3)));
+}
+
 TEST_F(SurfaceFrame, EachFaceOfABoxGivesItsOutwardNormal)
 {
     SolidVisual* box = test::addPickedBox(world, {-50, -50, -40}, {100, 100, 80});

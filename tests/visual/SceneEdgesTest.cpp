@@ -88,6 +88,18 @@ TEST_F(SceneEdges, GeneratedEdgeOfAnUnknownVisualFailsOnTheRenderThread)
     EXPECT_THAT([this] { drain(); }, ThrowsMessage<std::out_of_range>(StrEq("invalid unordered_map<K, T> key")));
 }
 
+TEST_F(SceneEdges, VisualThatOnlySaysThatItIsAGeneratedEdgeIsPassedOver)
+{
+    auto* visual = new Visual(solid);
+    visual->setType(VisualType::GeneratedEdge);
+
+    scene.addEdgeArrow(id, edge, true);
+    scene.removeGeneratedEdge(id, edge);
+    drain();
+
+    EXPECT_THAT(childrenOfType(*solid, VisualType::GeneratedEdge), ElementsAre(visual));
+}
+
 TEST_F(SceneEdges, RemovedGeneratedEdgeLeavesTheRegistry)
 {
     scene.addGeneratedEdge(id, edge);

@@ -174,6 +174,21 @@ TEST_F(SceneFaces, SelectingAFaceOfSomethingElseIsIgnoredAndLeavesTheHighlight)
     EXPECT_TRUE(same(bufferColor(2), lit));
 }
 
+TEST_F(SceneFaces, VisualThatOnlySaysThatItIsASolidHasNoFaceToSelect)
+{
+    auto* visual = new Visual(9000, world);
+    visual->setType(VisualType::Solid);
+    SceneCore::Get()->visuals.enter(visual);
+    scene.highlightFace(solid, 2);
+
+    scene.selectBaseFace(9000, 1);
+    scene.selectSideFace(9000, 1);
+    EXPECT_TRUE(same(bufferColor(2), lit)) << "as of any other visual";
+
+    EXPECT_NO_THROW(scene.clearSelectedFace(9000, 1));
+    drain();
+}
+
 TEST_F(SceneFaces, DyingSolidLeavesTheRecords)
 {
     scene.highlightFace(solid, 2);

@@ -454,6 +454,19 @@ TEST_F(Layers, ColourDoesNotReachDeeperThanOneLevel)
     EXPECT_EQ(MeshManager::GetFaceColor("layers", solid->getShape(), 1), before);
 }
 
+TEST_F(Layers, ColourPassesOverAVisualThatOnlySaysThatItIsABody)
+{
+    Visual* part = addVisual(VisualType::Part);
+    for (const VisualType said : {VisualType::Solid, VisualType::Mesh})
+        (new Visual(part))->setType(said);
+    SolidVisual* solid = addBody(part);
+
+    scene.setVisualColor(part->getId(), 0.25f, 0.5f, 0.75f);
+    drain();
+
+    EXPECT_EQ(MeshManager::GetFaceColor("layers", solid->getShape(), 1), rob::Colorf(0.25f, 0.5f, 0.75f));
+}
+
 TEST_F(Layers, ColourOfTheModelComesBack)
 {
     Visual* part = addVisual(VisualType::Part);

@@ -41,7 +41,7 @@ private:
     AppLogger();
 };
 
-/// Messages for who looks for a fault: the file "vrk.log" in the system's temporary directory.
+/// Messages for developers who look for a fault: the file "vrk.log" in the system's temporary directory.
 class VRK_EXPORT FileLogger : public Logger {
 public:
     static FileLogger* inst();

@@ -1,5 +1,6 @@
 #include "platform/station/CloudFormats.h"
 
+#include "platform/common/NumberText.h"
 #include "platform/station/ImportFormats.h"
 
 #include <fmt/format.h>
@@ -30,13 +31,6 @@ bool isFinite(const std::array<double, 3>& p)
 {
     // Also what only double precision can hold is refused: it would become infinite.
     return std::ranges::all_of(p, [](double c) { return std::abs(c) <= std::numeric_limits<float>::max(); });
-}
-
-/// Whether a number that is out of range is too small rather than too large.
-bool isTiny(std::string_view word)
-{
-    const std::size_t exponent = word.find_first_of("eE");
-    return exponent == std::string_view::npos || word.substr(exponent + 1).starts_with('-');
 }
 
 template <typename Number>
@@ -128,17 +122,12 @@ std::vector<std::string_view> wordsOf(std::string_view line)
 
 double parseNumber(std::string_view word, std::uint64_t line)
 {
-    std::string_view digits = word;
-    if (digits.starts_with('+') && !digits.starts_with("+-"))
-        digits.remove_prefix(1); // from_chars takes no plus sign
     double value = 0;
-    const char* const end = digits.data() + digits.size();
-    const auto [stop, error] = std::from_chars(digits.data(), end, value);
+    const char* const end = word.data() + word.size();
+    const auto [stop, error] = common::readNumber(word.data(), end, value);
     if (error == std::errc::invalid_argument || stop != end)
         failAtLine(line, fmt::format("{} is not a number", inQuotes(word)));
-    if (error == std::errc::result_out_of_range)
-        return isTiny(digits) ? 0.0 : std::numeric_limits<double>::infinity();
-    return value;
+    return error == std::errc::result_out_of_range ? std::numeric_limits<double>::infinity() : value;
 }
 
 std::uint64_t parseCount(std::string_view word, std::uint64_t line)

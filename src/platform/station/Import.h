@@ -25,7 +25,7 @@ public:
 };
 
 /// Called between the steps of an import, and within those that take long: what is being done, and how much of the whole is
-/// done, from 0 to 1. On the importing thread. What it throws ends the import, and passes out of it.
+/// done, from 0 to 1. On the importing thread. An exception that it throws ends the import and reaches its caller.
 using Progress = std::function<void(std::string_view step, double fraction)>;
 
 /// Reads a STEP (.step, .stp), BREP (.brep) or STL (.stl) file; the ending may be in any case.

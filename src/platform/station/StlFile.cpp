@@ -5,135 +5,70 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <bit>
-#include <charconv>
-#include <cmath>
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <fstream>
 #include <functional>
-#include <limits>
 
 namespace vrk::station {
 namespace {
 
-static_assert(std::endian::native == std::endian::little, "binary STL is copied as it lies in the file");
+using geometry::binaryStlSize;
+using geometry::StlFault;
+using geometry::stlHeaderSize;
+using geometry::stlRecordSize;
 
-constexpr std::uint64_t headerSize = 84; // 80 bytes of text, then the number of triangles
-constexpr std::uint64_t recordSize = 50;
-constexpr std::size_t facetSize = sizeof(StlFacet);
-static_assert(facetSize == 48); // what a record begins with; two bytes that nobody reads follow
+constexpr const char* cutShort = "the ascii STL file is cut short";
+constexpr std::size_t facetSize = sizeof(StlFacet); // two bytes that nobody reads follow in a record
 
-using FacetVisitor = std::function<void(const StlFacet&)>;
-
-/// Reads the words of an ascii file.
-class AsciiReader {
-public:
-    AsciiReader(const std::filesystem::path& file, FacetVisitor visit) : file(file), visit(std::move(visit))
-    {
-        stream.rdbuf()->pubsetbuf(buffer.data(), static_cast<std::streamsize>(buffer.size()));
-        stream.open(file, std::ios::binary);
+/// Why the text of a file is refused.
+std::string causeOf(const geometry::StlText& text)
+{
+    switch (text.fault) {
+    case StlFault::NoFacet:
+        return "neither a binary nor an ascii STL file";
+    case StlFault::Facet:
+        return "a facet of the STL file has not one normal and three vertices";
+    case StlFault::Normal:
+    case StlFault::Vertex:
+        if (!text.endsInNumbers)
+            return fmt::format("a {} of the STL file is not three numbers",
+                               text.fault == StlFault::Normal ? "normal" : "vertex");
+        return cutShort;
+    default:
+        return cutShort;
     }
+}
 
-    /// @return whether all words are in small letters.
-    bool read()
-    {
-        bool anyFacet = false;
-        while (nextWord()) {
-            if (isWord("facet")) {
-                readFacet();
-                anyFacet = true;
-            }
-        }
-        if (!anyFacet)
-            throw ImportError(file, "neither a binary nor an ascii STL file");
-        return allSmall;
-    }
-
-private:
-    bool nextWord() { return static_cast<bool>(stream >> word); }
-
-    /// Whether the last word is this one, in any case; capitals are noted.
-    bool isWord(std::string_view small)
-    {
-        const auto lower = [](unsigned char c) { return static_cast<char>(std::tolower(c)); };
-        if (!std::ranges::equal(word, small, {}, lower))
-            return false;
-        allSmall = allSmall && word == small;
-        return true;
-    }
-
-    /// Reads on to the end of a facet. Facets are strict, what stands between them is not looked at: so the view reads,
-    /// too.
-    void readFacet()
-    {
-        StlFacet facet;
-        int normals = 0;
-        int vertices = 0;
-        while (nextWord()) {
-            if (isWord("normal")) {
-                readTriple("normal", facet.normal.data());
-                ++normals;
-            } else if (isWord("vertex")) {
-                readTriple("vertex", facet.corners.data() + 3 * std::min(vertices, 2));
-                ++vertices;
-            } else if (isWord("endfacet")) {
-                if (vertices != 3 || normals != 1)
-                    throw ImportError(file, "a facet of the STL file has not one normal and three vertices");
-                visit(facet);
-                return;
-            }
-        }
-        throw ImportError(file, "the ascii STL file is cut short");
-    }
-
-    void readTriple(std::string_view what, float* numbers)
-    {
-        for (int i = 0; i < 3; ++i) {
-            if (!nextWord())
-                throw ImportError(file, "the ascii STL file is cut short");
-            if (!readNumber(numbers[i]))
-                throw ImportError(file, fmt::format("a {} of the STL file is not three numbers", what));
-        }
-    }
-
-    /// Whether the last word is a number that a float can hold.
-    bool readNumber(float& number) const
-    {
-        std::string_view token = word;
-        if (token.starts_with('+'))
-            token.remove_prefix(1);
-        double value = 0;
-        const char* const end = token.data() + token.size();
-        const auto [stop, error] = std::from_chars(token.data(), end, value);
-        if (error != std::errc() || stop != end || !(std::abs(value) <= std::numeric_limits<float>::max()))
-            return false;
-        number = static_cast<float>(value);
-        return true;
-    }
-
-    const std::filesystem::path& file;
-    FacetVisitor visit;
-    std::vector<char> buffer = std::vector<char>(1 << 16);
-    std::ifstream stream;
-    std::string word;
-    bool allSmall = true;
-};
+/// Reads an ascii file, with its words in any case.
+/// @return whether all words are in small letters.
+bool readAscii(const std::filesystem::path& file, const std::function<void(const StlFacet&)>& visit)
+{
+    std::string bytes(std::filesystem::file_size(file), '\0');
+    std::ifstream stream(file, std::ios::binary);
+    stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    bytes.resize(static_cast<std::size_t>(stream.gcount()));
+    const geometry::StlText text = geometry::readStlText(bytes, {.anyCase = true, .wholeNumbers = true},
+                                                         [&visit](const StlFacet& facet, unsigned) { visit(facet); });
+    if (text.fault != StlFault::None)
+        throw ImportError(file, causeOf(text));
+    return text.isInSmallLetters;
+}
 
 /// Whether the file is binary.
 /// @throws ImportError where it is neither that nor text, or where its triangles are not all there.
 bool isBinary(const std::filesystem::path& file)
 {
     const std::uint64_t size = std::filesystem::file_size(file);
-    std::array<char, headerSize> header{};
+    std::array<char, stlHeaderSize> header{};
     std::ifstream stream(file, std::ios::binary);
     stream.read(header.data(), header.size());
     const auto got = static_cast<std::size_t>(stream.gcount());
 
-    std::uint32_t count = 0;
-    std::memcpy(&count, header.data() + headerSize - sizeof count, sizeof count);
-    const std::uint64_t expected = headerSize + recordSize * count;
-    if (got == headerSize && size == expected) {
+    const std::uint32_t count = geometry::stlCount(header.data());
+    const std::uint64_t expected = binaryStlSize(count);
+    if (got == stlHeaderSize && size == expected) {
         if (count == 0)
             throw ImportError(file, "the STL file holds no triangle");
         return true;
@@ -141,7 +76,7 @@ bool isBinary(const std::filesystem::path& file)
     // Text has no zero bytes; a binary header or its count nearly always has.
     if (std::find(header.begin(), header.begin() + got, '\0') == header.begin() + got)
         return false;
-    if (got < headerSize)
+    if (got < stlHeaderSize)
         throw ImportError(file, "the binary STL file is cut short");
     throw ImportError(file, fmt::format("not an STL file, or a damaged one: {} triangles need {} bytes, it has {}",
                                         count, expected, size));
@@ -149,35 +84,22 @@ bool isBinary(const std::filesystem::path& file)
 
 } // namespace
 
-void StlFacet::computeNormal()
-{
-    std::array<double, 3> u{}, v{};
-    for (std::size_t i = 0; i < 3; ++i) {
-        u[i] = static_cast<double>(corners[3 + i]) - corners[i];
-        v[i] = static_cast<double>(corners[6 + i]) - corners[i];
-    }
-    const std::array<double, 3> n{u[1] * v[2] - u[2] * v[1], u[2] * v[0] - u[0] * v[2], u[0] * v[1] - u[1] * v[0]};
-    const double length = std::sqrt(n[0] * n[0] + n[1] * n[1] + n[2] * n[2]);
-    for (std::size_t i = 0; i < 3; ++i)
-        normal[i] = length > 0 ? static_cast<float>(n[i] / length) : 0.0f;
-}
-
 bool checkStl(const std::filesystem::path& file)
 {
-    return isBinary(file) || AsciiReader(file, [](const StlFacet&) {}).read();
+    return isBinary(file) || readAscii(file, [](const StlFacet&) {});
 }
 
 std::vector<StlFacet> readStlFacets(const std::filesystem::path& file)
 {
     std::vector<StlFacet> facets;
     if (!isBinary(file)) {
-        AsciiReader(file, [&facets](const StlFacet& facet) { facets.push_back(facet); }).read();
+        readAscii(file, [&facets](const StlFacet& facet) { facets.push_back(facet); });
         return facets;
     }
-    facets.resize((std::filesystem::file_size(file) - headerSize) / recordSize);
+    facets.resize((std::filesystem::file_size(file) - stlHeaderSize) / stlRecordSize);
     std::ifstream stream(file, std::ios::binary);
-    stream.seekg(headerSize);
-    std::array<char, recordSize> record{};
+    stream.seekg(stlHeaderSize);
+    std::array<char, stlRecordSize> record{};
     for (StlFacet& facet : facets) {
         if (!stream.read(record.data(), record.size()))
             throw ImportError(file, "the binary STL file is cut short");
@@ -190,13 +112,13 @@ std::string binaryStl(std::span<const StlFacet> facets)
 {
     // The text must not begin with "solid", which other programs take for an ascii file.
     std::string bytes = "binary STL";
-    bytes.resize(headerSize - sizeof(std::uint32_t), ' ');
+    bytes.resize(stlHeaderSize - sizeof(std::uint32_t), ' ');
     const auto count = static_cast<std::uint32_t>(facets.size());
     bytes.append(reinterpret_cast<const char*>(&count), sizeof count);
-    bytes.reserve(headerSize + recordSize * facets.size());
+    bytes.reserve(stlHeaderSize + stlRecordSize * facets.size());
     for (const StlFacet& facet : facets) {
         bytes.append(reinterpret_cast<const char*>(&facet), facetSize);
-        bytes.append(recordSize - facetSize, '\0');
+        bytes.append(stlRecordSize - facetSize, '\0');
     }
     return bytes;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <array>
+#include "platform/geometry/StlFormat.h"
+
 #include <filesystem>
 #include <span>
 #include <string>
@@ -9,13 +10,7 @@
 /// STL files as the import reads and writes them. Not installed.
 namespace vrk::station {
 
-struct StlFacet {
-    std::array<float, 3> normal{};
-    std::array<float, 9> corners{};
-
-    /// The normal that the corners give; zero where they lie on a line.
-    void computeNormal();
-};
+using geometry::StlFacet;
 
 /// Throws where the file holds no triangles that could be drawn.
 /// @return whether the view reads it as it stands: binary, or ascii in small letters.

@@ -4,8 +4,8 @@
 
 namespace vrk::visual {
 
-/// The turn from z up, in which directions are told, to the axis that is up: 0 for x, 1 for y; z, and any other value,
-/// leave them as they are.
+/// Directions are written for a world in which z points up. This is the rotation that takes them to a world in which
+/// another axis does: 0 for x, 1 for y. For 2, z, and for any other value it is the identity.
 inline rob::RotationTemplate<float> upAxisTurn(int gridNormalDir)
 {
     switch (gridNormalDir) {

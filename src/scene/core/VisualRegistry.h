@@ -30,7 +30,7 @@ public:
     const std::unordered_map<unsigned, Visual*>& all() const { return visuals; }
 
     /// Calls `told` for each visual that is about to be deleted through `Visual::Delete`, while it is still whole. For
-    /// who keeps pointers to visuals that it does not own.
+    /// code that keeps pointers to visuals that it does not own.
     void whenDeleted(std::function<void(Visual*)> told);
     void tellDeleted(Visual* visual) const;
 

@@ -71,7 +71,8 @@ struct RotationTemplate {
     /// The rotation whose local axes are the three given ones, which must be orthonormal and right-handed.
     static RotationTemplate FromAxes(const DirTemplate<T>& ax, const DirTemplate<T>& ay, const DirTemplate<T>& az)
     {
-        // The largest of the four components is found first, so that nothing is divided by a small number.
+        // The largest of the four components is found first, so that nothing is divided by a small number: Shepperd,
+        // "Quaternion from Rotation Matrix" (1978).
         const T trace = ax.x + ay.y + az.z;
         if (trace > 0) {
             const T s = std::sqrt(trace + 1) * 2;

@@ -114,7 +114,8 @@ bool Box::intersect(const rob::TriangleTemplate<float>& triangle) const
     const Vec3Template<float> size = max - min;
     const Vec3Template<float> toCenter(center);
     const PosTemplate<float> t0 = triangle.a - toCenter, t1 = triangle.b - toCenter, t2 = triangle.c - toCenter;
-    // One separating axis settles it, so the cheap ones that part most pairs come first.
+    // The separating axis test of Akenine-Moeller, "Fast 3D Triangle-Box Overlap Testing" (2001): the two are apart if they
+    // are along any one of 13 axes. Those that are cheap and part most pairs come first.
     if (axisSeparates(t0.x, t1.x, t2.x, size.x * 0.5f) || axisSeparates(t0.y, t1.y, t2.y, size.y * 0.5f) ||
         axisSeparates(t0.z, t1.z, t2.z, size.z * 0.5f))
         return false;

@@ -12,7 +12,8 @@
 
 namespace vrk::selection {
 
-/// What the tests of a line and a ray against boxes share: the slabs of the three axes, side by side in one register.
+/// What the tests of a line and a ray against boxes share: the slabs of the three axes, side by side in one register (the
+/// slab method of Kay and Kajiya, "Ray Tracing Complex Scenes", 1986).
 ///
 /// Made once for a query, since what it prepares does not depend on the box. It divides by the direction each time
 /// rather than multiplying by a reciprocal, whose rounding would move the border.

@@ -210,7 +210,8 @@ Result Math::Intersect(const Line& line, const Triangle& triangle)
     return result;
 }
 
-/// Cuts the line common to both planes with each triangle and compares the two intervals.
+/// Cuts the line common to both planes with each triangle and compares the two intervals: Moeller, "A Fast
+/// Triangle-Triangle Intersection Test" (1997), in its form without divisions.
 bool Math::Intersect(const Triangle& a, const Triangle& b)
 {
     const Pos* const as[3] = {&a.a, &a.b, &a.c};

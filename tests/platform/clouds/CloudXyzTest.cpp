@@ -36,6 +36,14 @@ TEST(CloudXyz, SixColumnsOfUnitVectorsAreNormals)
                                            rob::Vec3f(0, 0, 0)));
 }
 
+TEST(CloudXyz, NumberWithManyDigitsIsTooLargeWhateverItsExponentSays)
+{
+    const Cloud cloud = parseXyz("1 2 1" + std::string(400, '0') + "e-5\n1 2 3\n");
+
+    EXPECT_THAT(cloud.points, ElementsAre(first));
+    EXPECT_EQ(cloud.dropped, 1u);
+}
+
 TEST(CloudXyz, SixColumnsOfColoursAreNoNormals)
 {
     EXPECT_THAT(parseXyz("1 2 3 255 128 0\n").normals, IsEmpty());

@@ -1,4 +1,4 @@
-#include "selection/geometry/ParallelFor.h"
+#include "platform/common/ParallelFor.h"
 
 #include <algorithm>
 #include <atomic>
@@ -7,7 +7,7 @@
 #include <thread>
 #include <vector>
 
-namespace vrk::selection {
+namespace vrk {
 
 void parallelFor(std::size_t count, const std::function<void(std::size_t, std::size_t)>& work)
 {
@@ -48,4 +48,4 @@ void parallelFor(std::size_t count, const std::function<void(std::size_t, std::s
         std::rethrow_exception(failure);
 }
 
-} // namespace vrk::selection
+} // namespace vrk

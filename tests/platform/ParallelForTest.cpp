@@ -1,4 +1,4 @@
-#include "selection/geometry/ParallelFor.h"
+#include "platform/common/ParallelFor.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-namespace vrk::selection {
+namespace vrk {
 namespace {
 
 using testing::Each;
@@ -109,4 +109,4 @@ TEST(ParallelFor, FailureEndsTheHandingOut)
 }
 
 } // namespace
-} // namespace vrk::selection
+} // namespace vrk
