@@ -72,6 +72,15 @@ void writeFaceColor(const std::string& meshName, const layout::FaceMap& faces, c
     writeColors(*slots, run, [&color](std::size_t) { return color; });
 }
 
+void MeshManager::SetRunColor(const std::string& meshName, const VertexRun& run, const rob::Colorf& color)
+{
+    const auto slots = colorSlotsOf(meshName);
+    if (!slots || run.start >= slots->vertexCount)
+        return;
+    const std::size_t count = std::min(run.count, slots->vertexCount - run.start);
+    writeColors(*slots, {run.start, count}, [&color](std::size_t) { return color; });
+}
+
 rob::Colorf MeshManager::GetFaceColor(const std::string& meshName, const TopoDS_Shape& shape, unsigned face)
 {
     layout::FaceMap faces;

@@ -89,8 +89,8 @@ Visual::Visual(sdf::SdfNode* node, Visual* parent)
 
 Visual::~Visual()
 {
-    if (type == VisualType::World)
-        return; // OGRE's own root node
+    if (sceneNode == sceneNode->getCreator()->getRootSceneNode())
+        return; // OGRE's own. Known by the node, since anyone may call another visual a world
     if (Ogre::SceneNode* parent = sceneNode->getParentSceneNode())
         parent->removeChild(sceneNode);
     sceneNode->getCreator()->destroySceneNode(sceneNode);

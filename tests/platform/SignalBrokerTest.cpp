@@ -102,6 +102,54 @@ TEST(SignalBroker, ReceiverMayDisconnectItselfAndConnectAnother)
     EXPECT_EQ(second, 1);
 }
 
+TEST(SignalBroker, ReceiverThatDisconnectsItselfLivesUntilItsCallEnds)
+{
+    const auto count = std::make_shared<int>(0);
+    long usersInside = 0;
+    boost::signals2::connection connection;
+    connection = SignalBroker::onUpdateScene([&connection, &usersInside, count] {
+        connection.disconnect();
+        usersInside = count.use_count(); // reads what it captured after it was disconnected
+    });
+
+    SignalBroker::updateScene();
+
+    EXPECT_EQ(usersInside, 2);
+    EXPECT_EQ(count.use_count(), 1);
+}
+
+TEST(SignalBroker, ReceiverThatFailedIsFreedWhenItIsDisconnected)
+{
+    const auto count = std::make_shared<int>(0);
+    boost::signals2::connection connection = SignalBroker::onUpdateScene([count] { throw std::logic_error("no"); });
+    EXPECT_THROW(SignalBroker::updateScene(), std::logic_error);
+
+    connection.disconnect();
+
+    EXPECT_EQ(count.use_count(), 1);
+}
+
+TEST(SignalBroker, CaptureMayConnectAndRaiseAsItDies)
+{
+    int heard = 0;
+    scoped_connection later;
+    struct Dying {
+        int* heard;
+        scoped_connection* later;
+        ~Dying()
+        {
+            *later = SignalBroker::onUpdateScene([count = heard] { ++*count; });
+            SignalBroker::updateScene();
+        }
+    };
+    boost::signals2::connection connection =
+        SignalBroker::onUpdateScene([dying = std::make_shared<Dying>(&heard, &later)] {});
+
+    connection.disconnect();
+
+    EXPECT_EQ(heard, 1);
+}
+
 TEST(SignalBroker, FailureOfAReceiverReachesWhoRaises)
 {
     const scoped_connection connection(SignalBroker::onUpdateScene([] { throw std::logic_error("no"); }));
@@ -131,6 +179,25 @@ TEST(SignalBroker, ThreadsRaiseWhileOthersConnectAndDisconnect)
     threads.clear();
 
     EXPECT_EQ(heard.load(), threadCount * raises);
+}
+
+TEST(SignalBroker, ReceiversThatPassWhileThreadsRaiseAreAllFreed)
+{
+    const auto captured = std::make_shared<std::atomic<int>>(0);
+    std::atomic<bool> isOver{false};
+    std::vector<std::jthread> raising;
+    for (int t = 0; t < 3; ++t)
+        raising.emplace_back([&isOver] {
+            while (!isOver)
+                SignalBroker::updateScene();
+        });
+
+    for (int i = 0; i < 500; ++i)
+        const scoped_connection passing(SignalBroker::onUpdateScene([captured] { captured->fetch_add(1); }));
+    isOver = true;
+    raising.clear();
+
+    EXPECT_EQ(captured.use_count(), 1);
 }
 
 } // namespace

@@ -92,6 +92,41 @@ TEST_F(RenderTaskQueueTest, TaskPostedByATaskRunsInTheNextCall)
     EXPECT_THAT(ran, ElementsAre(1, 2));
 }
 
+TEST_F(RenderTaskQueueTest, TaskMayRunTheQueueAndRunsWhatWasPostedSince)
+{
+    queue.post(
+        [this] {
+            queue.post(note(1), 0);
+            queue.run();
+            ran.push_back(2);
+        },
+        0);
+    queue.post(note(3), 0);
+
+    queue.run();
+    queue.post(note(4), 0);
+    queue.run();
+
+    EXPECT_THAT(ran, ElementsAre(1, 2, 3, 4));
+}
+
+TEST_F(RenderTaskQueueTest, BatchesOfAllLengthsFollowEachOther)
+{
+    std::vector<int> expected;
+    for (const int length : {3, 100'000, 0, 5, 70'000, 1}) {
+        ran.clear();
+        expected.clear();
+        for (int i = 0; i < length; ++i) {
+            queue.post(note(i), 0);
+            expected.push_back(i);
+        }
+
+        queue.run();
+
+        EXPECT_EQ(ran, expected) << length;
+    }
+}
+
 TEST_F(RenderTaskQueueTest, ThrowingTaskDropsTheRestOfItsBatchOnly)
 {
     queue.post([] { throw std::runtime_error("broken"); }, 0);

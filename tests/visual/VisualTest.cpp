@@ -157,23 +157,31 @@ TEST_F(VisualTest, DoubledObjectNamesTheSameNode)
     auto* visual = new Visual(78, "shared", world);
     visual->setType(VisualType::Part);
     visual->setAttachState(true);
-    Ogre::SceneNode* replaced = nullptr;
-    {
-        Visual made(*visual);
-        Visual assigned("replaced");
-        replaced = assigned.getSceneNode();
-        assigned = *visual;
+    // Their end would be the end of the node: they lie in memory of their own, and are left there.
+    alignas(Visual) std::byte room[2][sizeof(Visual)];
+    auto* made = new (room[0]) Visual(*visual);
+    auto* assigned = new (room[1]) Visual("replaced");
+    Ogre::SceneNode* replaced = assigned->getSceneNode();
+    *assigned = *visual;
 
-        for (Visual* doubled : {&made, &assigned}) {
-            EXPECT_EQ(doubled->getSceneNode(), visual->getSceneNode());
-            EXPECT_EQ(doubled->getId(), 78u);
-            EXPECT_EQ(doubled->getType(), VisualType::Part);
-            EXPECT_TRUE(doubled->isAttached());
-            doubled->setType(VisualType::World); // else its end would be the end of the node
-        }
+    for (const Visual* doubled : {made, assigned}) {
+        EXPECT_EQ(doubled->getSceneNode(), visual->getSceneNode());
+        EXPECT_EQ(doubled->getId(), 78u);
+        EXPECT_EQ(doubled->getType(), VisualType::Part);
+        EXPECT_TRUE(doubled->isAttached());
     }
     EXPECT_EQ(visualOf(*visual->getSceneNode()), visual);
     sceneManager->destroySceneNode(replaced);
+}
+
+TEST_F(VisualTest, VisualThatIsCalledAWorldEndsItsNodeAllTheSame)
+{
+    auto* visual = new Visual(79, "no-world", world);
+    visual->setType(VisualType::World);
+
+    delete visual;
+
+    EXPECT_FALSE(sceneManager->hasSceneNode("no-world"));
 }
 
 TEST_F(VisualTest, SecondVisualOfANameGetsAFreeLabel)

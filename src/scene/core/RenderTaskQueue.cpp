@@ -7,7 +7,8 @@
 namespace vrk::visual {
 namespace {
 
-constexpr std::size_t minCompacted = 64; // a shorter queue is not worth the walk
+constexpr std::size_t minCompacted = 64;               // a shorter queue is not worth the walk
+constexpr std::size_t maxSpare = std::size_t{1} << 16; // a station's load is not remembered for ever; 3 MB
 
 } // namespace
 
@@ -15,15 +16,16 @@ void RenderTaskQueue::post(Task&& task, std::uint64_t key)
 {
     Task superseded; // dies after the lock is gone: what its captures do on destruction may post
     const std::lock_guard lock(mutex);
-    Entry& entry = entries.emplace_back(key, std::move(task));
+    entries.emplace_back(key, std::move(task));
     if (key != 0) {
-        Entry*& last = lastOfKey[key];
-        if (last) {
-            superseded = std::exchange(last->task, {});
-            last->dropped = true;
+        const auto [last, isNew] = lastOfKey.try_emplace(key, entries.size() - 1);
+        if (!isNew) {
+            Entry& before = entries[last->second];
+            superseded = std::exchange(before.task, {});
+            before.dropped = true;
             ++droppedCount;
+            last->second = entries.size() - 1;
         }
-        last = &entry; // a deque that only grows at its ends never moves its entries
         if (droppedCount > minCompacted && droppedCount > entries.size() / 2)
             compact();
     }
@@ -35,14 +37,14 @@ void RenderTaskQueue::compact()
 {
     std::erase_if(entries, [](const Entry& entry) { return entry.dropped; });
     droppedCount = 0;
-    for (Entry& entry : entries)
-        if (entry.key != 0)
-            lastOfKey[entry.key] = &entry;
+    for (std::size_t i = 0; i < entries.size(); ++i)
+        if (entries[i].key != 0)
+            lastOfKey[entries[i].key] = i;
 }
 
 void RenderTaskQueue::run()
 {
-    std::deque<Entry> batch;
+    std::vector<Entry> batch = std::move(spare); // a task that comes back here finds none, and its posts make their own
     {
         const std::lock_guard lock(mutex);
         batch.swap(entries);
@@ -50,14 +52,15 @@ void RenderTaskQueue::run()
             lastOfKey.clear(); // goes over all buckets it ever had, which a frame without posts need not pay for
         droppedCount = 0;
     }
-    while (!batch.empty()) {
-        Entry& entry = batch.front();
-        if (!entry.dropped) {
-            entry.task();
-            entry.task = nullptr; // a capture that posts on its destruction posts for the next call
-        }
-        batch.pop_front();
+    for (Entry& entry : batch) {
+        if (entry.dropped)
+            continue;
+        entry.task();
+        entry.task = nullptr; // a capture that posts on its destruction posts for the next call
     }
+    batch.clear();
+    if (batch.capacity() <= maxSpare)
+        spare = std::move(batch);
     if (instanceDirty) {
         instanceDirty = false;
         broker::SignalBroker::updateScene();

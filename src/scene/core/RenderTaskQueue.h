@@ -3,10 +3,10 @@
 #include "platform/common/Export.h"
 
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <mutex>
 #include <unordered_map>
+#include <vector>
 
 namespace vrk::visual {
 
@@ -42,9 +42,11 @@ private:
     void compact();
 
     std::mutex mutex; // guards the three below
-    std::deque<Entry> entries;
-    std::unordered_map<std::uint64_t, Entry*> lastOfKey; // the one waiting entry of each key
+    std::vector<Entry> entries;
+    std::unordered_map<std::uint64_t, std::size_t> lastOfKey; // where the one waiting entry of each key stands
     std::size_t droppedCount = 0;
+    // Render thread: the storage of the batch before, empty, for the posts of the next. Posts then allocate nothing.
+    std::vector<Entry> spare;
     bool instanceDirty = false; // render thread
 };
 
