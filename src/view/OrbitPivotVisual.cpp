@@ -18,25 +18,31 @@ const float OrbitPivotVisual::ScreenRatio = 0.06f;
 
 class OrbitPivotVisual::CameraListener : public Ogre::Camera::Listener {
 public:
-    explicit CameraListener(OrbitPivotVisual& visual) : visual(visual) {}
+    CameraListener(OrbitPivotVisual& visual, Ogre::Camera* camera) : visual(visual), camera(camera)
+    {
+        if (camera)
+            camera->addListener(this);
+    }
+    ~CameraListener() override
+    {
+        if (camera)
+            camera->removeListener(this);
+    }
     void cameraPreRenderScene(Ogre::Camera*) override { visual.updateScale(); }
+    void cameraDestroyed(Ogre::Camera*) override { camera = nullptr; }
 
 private:
     OrbitPivotVisual& visual;
+    Ogre::Camera* camera; // which it listens to; another one may be the main camera by its end
 };
 
 OrbitPivotVisual::OrbitPivotVisual(Visual* parent)
-    : FrameVisual(parent, axisLength), listener(std::make_unique<CameraListener>(*this))
+    : FrameVisual(parent, axisLength),
+      listener(std::make_unique<CameraListener>(*this, Camera::Get() ? Camera::Get()->ogreCamera() : nullptr))
 {
-    if (const Camera* camera = Camera::Get())
-        camera->ogreCamera()->addListener(listener.get());
 }
 
-OrbitPivotVisual::~OrbitPivotVisual()
-{
-    if (const Camera* camera = Camera::Get())
-        camera->ogreCamera()->removeListener(listener.get());
-}
+OrbitPivotVisual::~OrbitPivotVisual() = default;
 
 void OrbitPivotVisual::updateScale()
 {
