@@ -1,11 +1,13 @@
 #include "mesh/FaceColors.h"
 
 #include "mesh/MeshManager.h"
+#include "platform/common/Logger.h"
 
 #include <Ogre.h>
 #include <TopExp.hxx>
 
-#include <algorithm>
+#include <fmt/format.h>
+
 #include <cstring>
 #include <optional>
 #include <utility>
@@ -39,12 +41,20 @@ std::optional<ColorSlots> colorSlotsOf(const std::string& meshName)
                       element->getOffset(), data->vertexCount};
 }
 
-/// Writes colorOf(0), colorOf(1), ... into a run of vertices. Only the bytes of the run are locked.
+/// Writes colorOf(0), colorOf(1), ... into a run of vertices. Only the bytes of the run are locked. A run that the mesh does
+/// not have is another shape's, and is told instead.
 template <typename ColorOf>
-void writeColors(const ColorSlots& slots, VertexRun run, ColorOf colorOf)
+void writeColors(const std::string& meshName, const ColorSlots& slots, VertexRun run, ColorOf colorOf)
 {
     if (run.count == 0) // no lock of 0 bytes
         return;
+    if (run.start + run.count > slots.vertexCount) {
+        AppLogger::inst()->warn(fmt::format(
+            "Mesh '{}' has {} vertices, and colours were given for {}: it is not that of the shape, and keeps "
+            "its colours",
+            meshName, slots.vertexCount, run.start + run.count));
+        return;
+    }
     const Ogre::HardwareBufferLockGuard lock(slots.buffer, run.start * slots.vertexSize, run.count * slots.vertexSize,
                                              Ogre::HardwareBuffer::HBL_WRITE_ONLY);
     auto* at = static_cast<std::byte*>(lock.pData) + slots.offset;
@@ -59,7 +69,7 @@ void writeColors(const ColorSlots& slots, VertexRun run, ColorOf colorOf)
 void MeshManager::SetColor(const std::string& meshName, const rob::Colorf& color)
 {
     if (const auto slots = colorSlotsOf(meshName))
-        writeColors(*slots, {0, slots->vertexCount}, [&color](std::size_t) { return color; });
+        writeColors(meshName, *slots, {0, slots->vertexCount}, [&color](std::size_t) { return color; });
 }
 
 void writeFaceColor(const std::string& meshName, const layout::FaceMap& faces, const FaceFilter& isVisible,
@@ -69,7 +79,7 @@ void writeFaceColor(const std::string& meshName, const layout::FaceMap& faces, c
     if (!slots)
         return;
     const VertexRun run = runOfFace(faces, isVisible, face);
-    writeColors(*slots, run, [&color](std::size_t) { return color; });
+    writeColors(meshName, *slots, run, [&color](std::size_t) { return color; });
 }
 
 void MeshManager::SetRunColor(const std::string& meshName, const VertexRun& run, const rob::Colorf& color)
@@ -78,7 +88,7 @@ void MeshManager::SetRunColor(const std::string& meshName, const VertexRun& run,
     if (!slots || run.start >= slots->vertexCount)
         return;
     const std::size_t count = std::min(run.count, slots->vertexCount - run.start);
-    writeColors(*slots, {run.start, count}, [&color](std::size_t) { return color; });
+    writeColors(meshName, *slots, {run.start, count}, [&color](std::size_t) { return color; });
 }
 
 rob::Colorf MeshManager::GetFaceColor(const std::string& meshName, const TopoDS_Shape& shape, unsigned face)
@@ -105,8 +115,7 @@ void writeModelColors(const std::string& meshName, const layout::FaceMap& faces,
     if (!slots)
         return;
     const std::vector<rob::Colorf> colors = vertexColors(faces, isVisible, geometry::BodyColorTool::GetColorInfo(body));
-    writeColors(*slots, {0, std::min(colors.size(), slots->vertexCount)},
-                [&colors](std::size_t i) { return colors[i]; });
+    writeColors(meshName, *slots, {0, colors.size()}, [&colors](std::size_t i) { return colors[i]; });
 }
 
 } // namespace vrk::visual

@@ -36,10 +36,12 @@ ManipulatorVisual::ManipulatorVisual(sdf::SdfNode* node, Visual* parent, bool wi
 void ManipulatorVisual::Build(Visual* parent, sdf::SdfNode* node, bool withChildren)
 {
     const auto& manipulator = dynamic_cast<layout::Manipulator&>(*node);
-    VisualRegistry& visuals = SceneCore::Get()->visuals;
-    visuals.enter(new ManipulatorVisual(node, parent, withChildren));
-    sdf::SdfNode* wrist = manipulator.getWrist().get();
-    WristVisual::Build(visuals.get(wrist->getParentId()), wrist);
+    BuildWhole(*node, [&] {
+        VisualRegistry& visuals = SceneCore::Get()->visuals;
+        visuals.enter(new ManipulatorVisual(node, parent, withChildren));
+        sdf::SdfNode* wrist = manipulator.getWrist().get();
+        WristVisual::Build(visuals.get(wrist->getParentId()), wrist);
+    });
 }
 
 WristVisual::WristVisual(sdf::SdfNode* wrist, Visual* parent) : Visual(wrist, parent)

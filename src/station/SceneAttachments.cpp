@@ -1,8 +1,11 @@
 #include "scene/Scene.h"
 
+#include "platform/common/Logger.h"
 #include "scene/core/SceneCore.h"
 #include "visual/Picking.h"
 #include "visual/Visual.h"
+
+#include <fmt/format.h>
 
 namespace vrk::visual {
 namespace {
@@ -11,6 +14,19 @@ namespace {
 Visual* parentOf(unsigned id)
 {
     return id == 0 ? Scene::GetWorldVisual() : Scene::GetVisual(id);
+}
+
+/// Whether `child` may hang on `parent`. A ring is refused with a warning: nothing would hold it up.
+bool canHang(const Visual& child, const Visual& parent)
+{
+    const Visual* above = &parent;
+    while (above && above != &child)
+        above = above->getParent();
+    if (!above)
+        return true;
+    AppLogger::inst()->warn(fmt::format("'{}' cannot be attached to '{}', which hangs on it: it stays where it is",
+                                        child.getName(), parent.getName()));
+    return false;
 }
 
 } // namespace
@@ -23,7 +39,10 @@ void Scene::addAttachment(unsigned child, unsigned parent, const rob::PoseTempla
 void Scene::doAddAttachment(unsigned child, unsigned parent, const rob::PoseTemplate<double>& pose)
 {
     Visual* carried = GetVisual(child);
-    GetVisual(parent)->attachVisual(carried);
+    Visual* carrier = GetVisual(parent);
+    if (!canHang(*carried, *carrier))
+        return;
+    carrier->attachVisual(carried);
     carried->setPose(rob::PoseTemplate<float>(pose));
     carried->setAttachState(true);
 }
@@ -39,7 +58,10 @@ void Scene::deleteAttachment(unsigned child, unsigned oldParent, unsigned newPar
 void Scene::doDeleteAttachment(unsigned child, unsigned, unsigned newParent, const rob::PoseTemplate<double>& pose)
 {
     Visual* carried = GetVisual(child);
-    parentOf(newParent)->attachVisual(carried);
+    Visual* carrier = parentOf(newParent);
+    if (!canHang(*carried, *carrier))
+        return;
+    carrier->attachVisual(carried);
     carried->setPose(rob::PoseTemplate<float>(pose));
     carried->setAttachState(false);
 }
@@ -57,7 +79,14 @@ void Scene::detachVisual(Visual* visual)
 
 void Scene::reparentVisual(unsigned child, unsigned parent)
 {
-    addRenderTask([child, parent] { parentOf(parent)->attachVisual(GetVisual(child)); }, 0);
+    addRenderTask(
+        [child, parent] {
+            Visual* visual = GetVisual(child);
+            Visual* carrier = parentOf(parent);
+            if (canHang(*visual, *carrier))
+                carrier->attachVisual(visual);
+        },
+        0);
 }
 
 void Scene::moveVisualToParent(unsigned child, unsigned parent, const rob::PoseTemplate<float>& worldPose)
@@ -68,7 +97,10 @@ void Scene::moveVisualToParent(unsigned child, unsigned parent, const rob::PoseT
 void Scene::doMoveVisualToParent(unsigned child, unsigned parent, const rob::PoseTemplate<float>& worldPose)
 {
     Visual* visual = GetVisual(child);
-    parentOf(parent)->attachVisual(visual);
+    Visual* carrier = parentOf(parent);
+    if (!canHang(*visual, *carrier))
+        return;
+    carrier->attachVisual(visual);
     visual->setWorldPose(worldPose);
     picking::markDirty(visual);
 }

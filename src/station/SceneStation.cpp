@@ -252,10 +252,12 @@ void Scene::buildTask(unsigned id)
     const auto* task = dynamic_cast<task::Task*>(object.get());
     if (!task)
         return;
+    // A tool data item may hang on a work object, which must have its visual by then wherever it stands in the list.
     for (const auto& item : task->getDataItems())
         if (item->asType(sdf::ModelType::WObjData))
             WObjVisual::Build(resolveParent(*item), item.get());
-        else if (item->asType(sdf::ModelType::ToolData))
+    for (const auto& item : task->getDataItems())
+        if (item->asType(sdf::ModelType::ToolData))
             doAddToolData(item->getId());
 }
 

@@ -22,19 +22,23 @@ void addFrame(Visual* parent, const layout::Frame& frame, const char* label)
 void ToolVisual::Build(Visual* parent, sdf::SdfNode* node, bool withChildren)
 {
     const auto& tool = dynamic_cast<layout::Tool&>(*node);
-    auto* visual = new ToolVisual(node, parent, withChildren);
-    SceneCore::Get()->visuals.enter(visual);
-    for (const std::shared_ptr<layout::Frame>& frame : tool.getFrames())
-        addFrame(visual, *frame, "Tool Frame");
+    BuildWhole(*node, [&] {
+        auto* visual = new ToolVisual(node, parent, withChildren);
+        SceneCore::Get()->visuals.enter(visual);
+        for (const std::shared_ptr<layout::Frame>& frame : tool.getFrames())
+            addFrame(visual, *frame, "Tool Frame");
+    });
 }
 
 void DeviceVisual::Build(Visual* parent, sdf::SdfNode* node, bool withChildren)
 {
     const auto& device = dynamic_cast<layout::Device&>(*node);
-    VisualRegistry& visuals = SceneCore::Get()->visuals;
-    visuals.enter(new DeviceVisual(node, parent, withChildren));
-    for (const std::shared_ptr<layout::Frame>& frame : device.getFrames())
-        addFrame(visuals.get(frame->getParentId()), *frame, "Device Frame");
+    BuildWhole(*node, [&] {
+        VisualRegistry& visuals = SceneCore::Get()->visuals;
+        visuals.enter(new DeviceVisual(node, parent, withChildren));
+        for (const std::shared_ptr<layout::Frame>& frame : device.getFrames())
+            addFrame(visuals.get(frame->getParentId()), *frame, "Device Frame");
+    });
 }
 
 } // namespace vrk::visual

@@ -29,6 +29,20 @@ void updateBoxes()
     SceneCore::Get()->sceneManager->getRootSceneNode()->_update(true, false);
 }
 
+/// The box of a node and all that hangs below, without what OGRE is told to draw always: its box has no end.
+Ogre::AxisAlignedBox finiteBoxOf(const Ogre::SceneNode& node)
+{
+    if (!node._getWorldAABB().isInfinite())
+        return node._getWorldAABB();
+    Ogre::AxisAlignedBox box;
+    for (const Ogre::MovableObject* object : node.getAttachedObjects())
+        if (!object->getBoundingBox().isInfinite())
+            box.merge(object->getWorldBoundingBox());
+    for (const Ogre::Node* child : node.getChildren())
+        box.merge(finiteBoxOf(static_cast<const Ogre::SceneNode&>(*child)));
+    return box;
+}
+
 Ogre::AxisAlignedBox sceneBox()
 {
     updateBoxes();
@@ -36,7 +50,7 @@ Ogre::AxisAlignedBox sceneBox()
     // The box of a node takes in all that hangs below, the hidden as well: only the visual itself is asked.
     for (const auto& [id, visual] : SceneCore::Get()->visuals.all())
         if (visual->isVisible() && (visual->getType() == VisualType::Solid || visual->getType() == VisualType::Mesh))
-            box.merge(visual->getSceneNode()->_getWorldAABB());
+            box.merge(finiteBoxOf(*visual->getSceneNode()));
     if (box.isFinite())
         return box;
     return {Ogre::Vector3(-emptySceneExtent), Ogre::Vector3(emptySceneExtent)};
@@ -49,7 +63,7 @@ void mergeBodies(const Visual& visual, Ogre::AxisAlignedBox& box)
     case VisualType::Curve:
     case VisualType::Mesh:
     case VisualType::Point:
-        box.merge(visual.getSceneNode()->_getWorldAABB());
+        box.merge(finiteBoxOf(*visual.getSceneNode()));
         break;
     default:
         break;
@@ -144,7 +158,7 @@ rob::PoseTemplate<float> Scene::getVisualFocusPose(unsigned id)
     case VisualType::Frame:
     case VisualType::Tcp:
     case VisualType::WObj:
-        box = visual.getSceneNode()->_getWorldAABB();
+        box = finiteBoxOf(*visual.getSceneNode());
         k = smallThingFill;
         break;
     default:

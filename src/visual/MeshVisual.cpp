@@ -18,6 +18,12 @@ namespace {
 constexpr const char* copyMaterial = "TransBody";
 constexpr std::size_t colorParameter = 0; // the materials' shaders read the colour here
 
+void destroy(Visual& visual, Ogre::Entity* entity)
+{
+    visual.detachObject(entity);
+    visual.getSceneNode()->getCreator()->destroyEntity(entity);
+}
+
 } // namespace
 
 MeshVisual::MeshVisual(Visual* parent, sdf::SdfNode* node) : FacetVisual(node, parent)
@@ -34,8 +40,7 @@ MeshVisual::~MeshVisual()
 {
     if (!entity)
         return;
-    detachObject(entity);
-    sceneNode->getCreator()->destroyEntity(entity);
+    destroy(*this, entity);
     // The first of those that draw a mesh ends it. What is registered under its name after that is another's.
     MeshManager& manager = *MeshManager::Get();
     if (!copied && manager.getMesh(meshName) == mesh)
@@ -76,11 +81,13 @@ void MeshVisual::becomeArrow(const rob::PosTemplate<float>& position, const rob:
 
 Ogre::Entity* MeshVisual::attachMesh(const std::string& name)
 {
-    meshName = name;
     MeshManager& manager = *MeshManager::Get();
     Mesh* found = manager.getGlobalMesh(name);
     if (!found)
         found = manager.hasMesh(name) ? manager.getMesh(name) : manager.loadStl(name);
+    if (entity)
+        destroy(*this, std::exchange(entity, nullptr));
+    meshName = name;
     entity = makeEntity(std::to_string(id) + name, name);
     MeshManager::holdMesh(found);
     if (Mesh* before = std::exchange(mesh, found))

@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <limits>
 #include <random>
 
 namespace vrk::rob {
@@ -108,6 +110,85 @@ TEST(From2Dirs, TakesTheFirstDirectionToTheSecond)
         // The shortest way turns about an axis at right angles to both.
         EXPECT_NEAR(Vec3d(rotation.x, rotation.y, rotation.z).dot(from), 0, 1e-9);
     }
+}
+
+/// Checks `From2Dirs` of two directions whose length is 1 but for rounding.
+template <typename T>
+void expectShortestTurn(const DirTemplate<T>& from, const DirTemplate<T>& to, double tolerance)
+{
+    const auto rotation = RotationTemplate<T>::From2Dirs(from, to);
+
+    const Rotationd turn(rotation.w, rotation.x, rotation.y, rotation.z);
+    const Dird a = normalized(Dird(from));
+    const Dird b = normalized(Dird(to));
+    EXPECT_NEAR(Vec3d(turn.x, turn.y, turn.z).squaredLength() + turn.w * turn.w, 1, tolerance);
+    EXPECT_TRUE(isNear(turn * a, b, tolerance));
+    // The shortest way turns about an axis at right angles to both, and no farther than half a circle.
+    EXPECT_NEAR(Vec3d(turn.x, turn.y, turn.z).dot(a), 0, tolerance);
+    EXPECT_NEAR(Vec3d(turn.x, turn.y, turn.z).dot(b), 0, tolerance);
+    EXPECT_GE(turn.w, 0);
+}
+
+/// What the rounding of a quaternion and of a turn by it comes to.
+template <typename T>
+constexpr double roundingOf = 8 * std::numeric_limits<T>::epsilon();
+
+template <typename T>
+class From2DirsOfAny : public testing::Test {
+};
+using Numbers = testing::Types<float, double>;
+TYPED_TEST_SUITE(From2DirsOfAny, Numbers);
+
+TYPED_TEST(From2DirsOfAny, DirectionsTurnsTheOneToTheOther)
+{
+    for (unsigned seed = 0; seed < 20000; ++seed) {
+        SCOPED_TRACE(testing::Message() << "seed " << seed);
+        std::mt19937 random(seed);
+
+        expectShortestTurn(DirTemplate<TypeParam>(randomDirection(random)),
+                           DirTemplate<TypeParam>(randomDirection(random)), roundingOf<TypeParam>);
+        if (this->HasFailure())
+            break;
+    }
+}
+
+TYPED_TEST(From2DirsOfAny, OppositeDirectionsTurnsHalfACircle)
+{
+    for (unsigned seed = 0; seed < 20000; ++seed) {
+        SCOPED_TRACE(testing::Message() << "seed " << seed);
+        std::mt19937 random(seed);
+        const DirTemplate<TypeParam> from(randomDirection(random));
+
+        expectShortestTurn(from, -from, roundingOf<TypeParam>);
+        EXPECT_NEAR((RotationTemplate<TypeParam>::From2Dirs(from, -from).w), 0, roundingOf<TypeParam>);
+        if (this->HasFailure())
+            break;
+    }
+}
+
+TYPED_TEST(From2DirsOfAny, AlmostEqualAndAlmostOppositeDirectionsTurnsTheOneToTheOther)
+{
+    for (unsigned seed = 0; seed < 40000; ++seed) {
+        SCOPED_TRACE(testing::Message() << "seed " << seed);
+        std::mt19937 random(seed);
+        const Dird from = randomDirection(random);
+        const double off = std::pow(10, std::uniform_real_distribution<double>(-18, -0.5)(random));
+        const Dird near = normalized(Vec3d(from) + Vec3d(randomDirection(random)) * off);
+
+        expectShortestTurn(DirTemplate<TypeParam>(from), DirTemplate<TypeParam>(near), roundingOf<TypeParam>);
+        expectShortestTurn(DirTemplate<TypeParam>(from), DirTemplate<TypeParam>(-near), roundingOf<TypeParam>);
+        if (this->HasFailure())
+            break;
+    }
+}
+
+TYPED_TEST(From2DirsOfAny, NeighboursOfTheOppositeAreOppositeButForRounding)
+{
+    for (const DirTemplate<TypeParam>& from :
+         {DirTemplate<TypeParam>(1, 0, 0), DirTemplate<TypeParam>(0, 1, 0), DirTemplate<TypeParam>(0, 0, -1)})
+        for (const TypeParam off : {std::numeric_limits<TypeParam>::denorm_min(), std::numeric_limits<TypeParam>::min(),
+                                    std::numeric_limits<TypeParam>::epsilon()})
+            expectShortestTurn(from, {-from.x + off, -from.y + off, -from.z - off}, roundingOf<TypeParam>);
 }
 
 TEST(From2Dirs, EqualDirectionsGiveIdentity)

@@ -1,5 +1,6 @@
 #include "OgreMeshes.h"
 #include "mesh/MeshManager.h"
+#include "platform/common/Logger.h"
 #include "platform/layout/Body.h"
 #include "support/SceneFixture.h"
 #include "visual/SolidVisual.h"
@@ -72,6 +73,32 @@ TEST_F(FaceColors, SetFaceColorWritesTheRunOfTheFaceAndNothingElse)
             ASSERT_EQ(after[i], before[i]) << i;
         }
     }
+}
+
+TEST_F(FaceColors, ColoursOfAShapeThatTheMeshIsNotOfAreToldAndNotWritten)
+{
+    // A model that does not keep its shapes apart, behind the back of the one here.
+    Mesh small("face_colours_small");
+    small.vertices = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
+    small.normals.assign(3, {0, 0, 1});
+    small.colors.assign(3, grey);
+    small.indices = {0, 1, 2};
+    MeshManager::Get()->loadToGpu(&small);
+    body->getElement()->touch("geometry/uri")->set(std::string("face_colours_small"));
+    SolidVisual* wrong = build(*body);
+    ASSERT_EQ(wrong->getMeshName(), "face_colours_small");
+    const std::vector<float> before = verticesOf("face_colours_small");
+    std::vector<std::string> warnings;
+    AppLogger::inst()->setListener([&](LogLevel, const std::string& text) { warnings.push_back(text); });
+
+    EXPECT_NO_THROW(MeshManager::SetFaceColor(wrong, 6, red));
+    EXPECT_NO_THROW(MeshManager::ColorReset(wrong));
+
+    AppLogger::inst()->setListener({});
+    EXPECT_EQ(verticesOf("face_colours_small"), before);
+    EXPECT_THAT(warnings, testing::ElementsAre(testing::HasSubstr("has 3 vertices, and colours were given for 24"),
+                                               testing::HasSubstr("has 3 vertices, and colours were given for 24")));
+    scene.deleteVisual(wrong);
 }
 
 TEST_F(FaceColors, FirstAndLastFaceAreReached)

@@ -509,6 +509,19 @@ protected:
             count += batches.size();
         return count;
     }
+    static bool hasBatch(const Ogre::InstanceManager& manager, const Ogre::InstanceBatch* wanted)
+    {
+        for (const auto& [material, batches] : manager.getInstanceBatchMapIterator())
+            if (std::ranges::find(batches, wanted) != batches.end())
+                return true;
+        return false;
+    }
+    static const Ogre::IndexData* indicesOf(Ogre::InstanceBatch& batch)
+    {
+        Ogre::RenderOperation drawn;
+        batch.getRenderOperation(drawn);
+        return drawn.indexData;
+    }
 };
 
 struct InstanceManagerCase {
@@ -584,6 +597,34 @@ TEST_F(EnvironmentInstances, CleanUpFreesEmptyBatchesButTheFirst)
     scene.cleanupInstanceBatches();
     drain();
     EXPECT_EQ(batchesOf(*manager), 1u);
+}
+
+TEST_F(EnvironmentInstances, CleanUpKeepsWhatBatchesOfAnotherMaterialDrawWith)
+{
+    Ogre::InstanceManager* manager = Scene::GetInstanceMgr("InstancePathArrow");
+    std::vector<Ogre::InstancedEntity*> arrows;
+    const auto addArrows = [&](int count) {
+        for (int i = 0; i < count; ++i)
+            arrows.push_back(manager->createInstancedEntity("InstanceArrow"));
+    };
+    addArrows(500);                                                                 // a batch full
+    Ogre::InstancedEntity* other = manager->createInstancedEntity("InstanceFrame"); // makes vertices and indices anew
+    addArrows(600);                                                                 // two batches that share those
+    Ogre::InstanceBatch* owner = other->_getOwner();
+    const Ogre::IndexData* shared = indicesOf(*owner);
+    ASSERT_EQ(indicesOf(*arrows.back()->_getOwner()), shared);
+    owner->removeInstancedEntity(other);
+
+    scene.cleanupInstanceBatches();
+    drain();
+
+    EXPECT_TRUE(hasBatch(*manager, owner)) << "its indices are drawn with";
+    for (Ogre::InstancedEntity* arrow : arrows)
+        arrow->_getOwner()->removeInstancedEntity(arrow);
+    scene.cleanupInstanceBatches();
+    drain();
+    EXPECT_EQ(batchesOf(*manager), 1u);
+    EXPECT_TRUE(hasBatch(*manager, owner)) << "batches still to come take its vertices and indices";
 }
 
 TEST_F(EnvironmentInstances, CleanUpWithoutAnyBatchDoesNothing)

@@ -1,3 +1,4 @@
+#include "platform/common/Logger.h"
 #include "station/support/TestStation.h"
 #include "visual/Visual.h"
 
@@ -43,6 +44,33 @@ TEST_F(Attachments, CarriedVisualHangsAtTheGivenPose)
     EXPECT_EQ(carriedVisual->getWorldPosition(), rob::Posf(101, 2, 3));
     EXPECT_TRUE(carriedVisual->isAttached());
     EXPECT_EQ(carrierVisual->getBodiesNum(), 1u) << "what is attached does not count";
+}
+
+TEST_F(Attachments, RingIsRefusedWithAWarningAndNothingMoves)
+{
+    scene.addAttachment(carried->getId(), carrier->getId(), pose);
+    drain();
+    std::vector<std::string> warnings;
+    AppLogger::inst()->setListener([&warnings](LogLevel, const std::string& message) { warnings.push_back(message); });
+    const unsigned above = carrier->getId();
+    const unsigned below = carried->getId();
+
+    scene.addAttachment(above, below, pose);
+    scene.addAttachment(above, above, pose);
+    scene.deleteAttachment(above, 0, below, pose);
+    scene.reparentVisual(above, below);
+    scene.moveVisualToParent(above, below, rob::Posef(rob::Posf(5, 6, 7)));
+    drain();
+
+    AppLogger::inst()->setListener({});
+    EXPECT_EQ(carrierVisual->getParent(), world);
+    EXPECT_EQ(carrierVisual->getPosition(), rob::Posf(100, 0, 0));
+    EXPECT_FALSE(carrierVisual->isAttached());
+    EXPECT_EQ(carriedVisual->getParent(), carrierVisual);
+    EXPECT_EQ(carriedVisual->getPosition(), rob::Posf(1, 2, 3));
+    EXPECT_TRUE(carriedVisual->isAttached());
+    EXPECT_EQ(warnings.size(), 5u);
+    EXPECT_THAT(warnings.front(), testing::HasSubstr("cannot be attached"));
 }
 
 TEST_F(Attachments, UnknownChildOrParentFails)

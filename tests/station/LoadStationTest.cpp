@@ -4,6 +4,8 @@
 #include "platform/sdf/SdfManager.h"
 #include "platform/smart/SmartComponent.h"
 #include "platform/smart/StationLogic.h"
+#include "scene/core/SceneCore.h"
+#include "selection/VisualSelection.h"
 #include "station/support/TestStation.h"
 #include "support/TempFolder.h"
 #include "support/ThrowsExactly.h"
@@ -16,6 +18,7 @@
 #include <BRepBuilderAPI_MakeVertex.hxx>
 #include <BRepBuilderAPI_MakeWire.hxx>
 #include <BRep_Builder.hxx>
+#include <OgreSceneNode.h>
 #include <gp_Pnt.hxx>
 
 namespace vrk::visual {
@@ -382,6 +385,74 @@ TEST_F(LoadStation, FailureOfAnStlFilePassesOut)
     part->getBodies()[0]->setGeometry(broken, "stl");
     scene.addPart(part.get());
     EXPECT_THAT([this] { drain(); }, test::throwsExactly<std::runtime_error>("Bad STL File"));
+}
+
+void collectIds(const sdf::SdfObject& object, std::vector<unsigned>& ids)
+{
+    ids.push_back(object.getId());
+    for (const auto& piece : object.getPieces())
+        collectIds(*piece, ids);
+}
+
+TEST_F(LoadStation, MechanismThatFailsLeavesNothing)
+{
+    const test::TempFolder folder;
+    const std::string absent = (folder / "absent.stl").string();
+    const std::shared_ptr<layout::Mechanism> mechanisms[] = {test::makeArm(), test::makeTool(), test::makeDevice()};
+    for (const std::shared_ptr<layout::Mechanism>& mechanism : mechanisms) {
+        // The last body fails when the others stand. One part hangs elsewhere than on its link.
+        const auto& parts = mechanism->getLinks().back()->getParts();
+        const auto stray = test::makePart("stray");
+        mechanism->getLinks().back()->addPart(stray);
+        stray->setParentId(4711);
+        const auto failing = test::makePart("failing");
+        failing->getBodies()[0]->setGeometry(absent, "stl");
+        mechanism->getLinks().back()->addPart(failing);
+        ASSERT_EQ(parts.size(), 3u);
+        std::vector<unsigned> ids;
+        collectIds(*mechanism, ids);
+        const std::size_t registered = SceneCore::Get()->visuals.all().size();
+        const std::size_t pickable = selection::VisualSelection::Get()->registeredVisuals().size();
+        const auto nodes = world->getSceneNode()->numChildren();
+
+        scene.addMechanism(mechanism.get(), true);
+        EXPECT_THAT([this] { drain(); }, test::throwsExactly<std::runtime_error>(absent));
+
+        for (const unsigned id : ids)
+            EXPECT_FALSE(Scene::HasVisual(id)) << id;
+        EXPECT_EQ(SceneCore::Get()->visuals.all().size(), registered);
+        EXPECT_EQ(selection::VisualSelection::Get()->registeredVisuals().size(), pickable);
+        EXPECT_EQ(world->getSceneNode()->numChildren(), nodes);
+    }
+}
+
+TEST_F(LoadStation, MechanismWhoseWristOrFrameHangsNowhereLeavesNothing)
+{
+    const auto arm = test::makeArm();
+    arm->getWrist()->setParentId(4711);
+    const auto device = test::makeDevice();
+    device->getFrames().back()->setParentId(4711);
+    for (const std::shared_ptr<layout::Mechanism>& mechanism :
+         {std::shared_ptr<layout::Mechanism>(arm), std::shared_ptr<layout::Mechanism>(device)}) {
+        const std::size_t registered = SceneCore::Get()->visuals.all().size();
+
+        scene.addMechanism(mechanism.get(), true);
+        EXPECT_THROW(drain(), std::out_of_range);
+
+        EXPECT_EQ(SceneCore::Get()->visuals.all().size(), registered);
+    }
+}
+
+TEST_F(LoadStation, PartWhoseLastBodyFailsKeepsTheOthers)
+{
+    const test::TempFolder folder;
+    const auto part = test::makePart("part");
+    part->addBody("absent")->setGeometry((folder / "absent.stl").string(), "stl");
+    scene.addPart(part.get());
+
+    EXPECT_THROW(drain(), std::runtime_error);
+
+    EXPECT_EQ(visualOfId(part->getBodies()[0]->getId())->getParent(), visualOfId(part->getId()));
 }
 
 TEST_F(LoadStation, BodyOfAWireIsACurveAndOfAVertexAPoint)

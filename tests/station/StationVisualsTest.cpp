@@ -753,6 +753,21 @@ TEST_F(Programs, TaskBringsItsWorkObjectsAndToolData)
     EXPECT_TRUE(Scene::HasVisual(toolData->getId()));
 }
 
+TEST_F(Programs, ToolDataMayHangOnAWorkObjectThatStandsBehindItInTheList)
+{
+    const auto late = std::make_shared<task::Task>(test::newId(), "late");
+    const auto frame = std::make_shared<task::WObjDataItem>(test::newId(), "frame");
+    const auto onFrame = std::make_shared<task::ToolDataItem>(test::newId(), "on the frame");
+    onFrame->setOwnerId(frame->getId());
+    late->addDataItem(onFrame);
+    late->addDataItem(frame);
+    Layout::inst().addTask(late);
+
+    EXPECT_NO_THROW(scene.buildTask(late->getId()));
+
+    EXPECT_EQ(Scene::GetVisual(onFrame->getId())->getParent(), Scene::GetVisual(frame->getId()));
+}
+
 TEST_F(Programs, SelectedTaskSelectsWhatItHoldsAndItsRobot)
 {
     const auto arm = addArm("kuka");

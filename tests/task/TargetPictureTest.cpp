@@ -97,6 +97,26 @@ TEST_F(TargetPicture, TargetOfSizeZeroDrawsNothing)
     EXPECT_EQ(largestDifference(render(test::lookingAtOrigin(300)), empty), 0);
 }
 
+TEST_F(TargetPicture, TargetsDrawAfterTheBatchOfAnotherKindIsFreed)
+{
+    constexpr unsigned batch = 5000;
+    auto* group = new Visual(world);
+    for (unsigned i = 0; i < batch; ++i)
+        new RobtargetVisual(group, 10000 + i);
+    JointTargetVisual* home = addJointTarget();
+    InstanceFrameVisual* last = nullptr;
+    for (unsigned i = batch; i < 2 * batch + 200; ++i)
+        last = new RobtargetVisual(group, 10000 + i);
+    last->setFrameSize(100);
+
+    scene.deleteVisual(home);
+    scene.cleanupInstanceBatches();
+    drain();
+
+    const test::Pixel pixel = pixelAt(render(test::lookingAtOrigin(400)), {60, 0, 0});
+    EXPECT_GT(pixel.r, pixel.b + 60) << "the red of an axis along x";
+}
+
 TEST_F(TargetPicture, TargetFollowsItsParentAndItsLookFollowsTheTarget)
 {
     auto* parent = new Visual(world);

@@ -6,6 +6,8 @@
 #include "visual/FrameVisual.h"
 #include "visual/SolidVisual.h"
 
+#include <Ogre.h>
+
 #include <cmath>
 #include <numbers>
 
@@ -83,6 +85,25 @@ TEST_F(ViewPoses, HiddenBodyBelowAVisibleOneStillCounts)
 
     const float radius = std::sqrt(200.0f * 200 + 50 * 50 + 50 * 50);
     expectAt(scene.getViewAllPose(), 200, 50, 50 + fitDistance(radius));
+}
+
+TEST_F(ViewPoses, WhatIsDrawnAlwaysIsNotFitted)
+{
+    SolidVisual* solid = addBox(100, {0, 0, 0});
+    addBox(100, {300, 0, 0}, solid);
+    auto* label = new Visual(solid);
+    Ogre::Entity* letter = Scene::GetSceneManager()->createEntity("X"); // of the corner axes, which have no end
+    ASSERT_TRUE(letter->getBoundingBox().isInfinite());
+    label->attachObject(letter);
+
+    const rob::Posef all = scene.getViewAllPose();
+    const rob::Posef focus = scene.getVisualFocusPose(solid->getId());
+
+    const float radius = std::sqrt(200.0f * 200 + 50 * 50 + 50 * 50);
+    expectAt(all, 200, 50, 50 + fitDistance(radius));
+    expectAt(focus, 200, 50, 50 + fitDistance(radius));
+    label->detachObject(letter);
+    Scene::GetSceneManager()->destroyEntity(letter);
 }
 
 TEST_F(ViewPoses, SmallSceneKeepsARadiusOfTen)

@@ -80,6 +80,34 @@ TEST_F(MeshVisualTest, DetectableIsThatOfThePart)
     EXPECT_TRUE(selection::VisualSelection::Get()->isDetectable(buildStl(file)));
 }
 
+TEST_F(MeshVisualTest, MeshThatIsAttachedSecondTakesThePlaceOfTheFirst)
+{
+    MeshVisual* visual = buildStl(writeTriangle("first.stl"));
+    const std::string second = writeTriangle("second.stl");
+    Ogre::SceneManager& manager = *visual->getSceneNode()->getCreator();
+    const std::size_t entities = manager.getMovableObjects(Ogre::EntityFactory::FACTORY_TYPE_NAME).size();
+
+    for (int i = 0; i < 2; ++i) { // also in place of itself
+        visual->attachMesh(second);
+
+        EXPECT_EQ(visual->getMeshName(), second);
+        EXPECT_THAT(visual->getSceneNode()->getAttachedObjects(), testing::ElementsAre(visual->getEntity()));
+        EXPECT_EQ(manager.getMovableObjects(Ogre::EntityFactory::FACTORY_TYPE_NAME).size(), entities);
+    }
+}
+
+TEST_F(MeshVisualTest, MeshThatCannotBeReadLeavesTheOneThatIsShown)
+{
+    const std::string file = writeTriangle("shown.stl");
+    MeshVisual* visual = buildStl(file);
+    Ogre::Entity* shown = visual->getEntity();
+
+    EXPECT_THROW(visual->attachMesh((folder / "absent.stl").string()), std::runtime_error);
+
+    EXPECT_EQ(visual->getEntity(), shown);
+    EXPECT_EQ(visual->getMeshName(), file);
+}
+
 TEST_F(MeshVisualTest, CountsOneBodyAndOneFace)
 {
     MeshVisual* visual = buildStl(writeTriangle("counts.stl"));

@@ -4,6 +4,9 @@
 
 #include <Ogre.h>
 
+#include <algorithm>
+#include <vector>
+
 namespace vrk::visual {
 namespace {
 
@@ -21,26 +24,54 @@ constexpr Setup setups[] = {
     {"InstancePathArrow", "PathArrow", "path_arrow_head", 500},
 };
 
-/// The batch that a manager made first; null before its first instance.
-Ogre::InstanceBatch* firstBatch(const Ogre::InstanceManager& manager)
+/// How many batches its manager had made before this one.
+unsigned long numberOf(const Ogre::InstanceBatch& batch)
 {
-    const std::string name = manager.getName() + "/InstanceBatch_0";
-    for (const auto& [material, batches] : manager.getInstanceBatchMapIterator())
-        for (Ogre::InstanceBatch* batch : batches)
-            if (batch->getName() == name)
-                return batch;
-    return nullptr;
+    const std::string& name = batch.getName();
+    return std::stoul(name.substr(name.rfind('_') + 1));
 }
 
-/// The first batch owns the vertices and indices that all others of its manager share, those still to come included, and
-/// OGRE would free it like any other. An instance that it holds meanwhile keeps it.
+/// Batches that draw with the same vertices and indices. The oldest of them owns these: OGRE frees them with it.
+struct SharingBatches {
+    Ogre::InstanceBatch* owner = nullptr;
+    bool isUsed = false;
+};
+
+std::vector<SharingBatches> sharingBatches(const Ogre::InstanceManager& manager)
+{
+    std::unordered_map<const Ogre::IndexData*, SharingBatches> byIndices;
+    for (const auto& [material, batches] : manager.getInstanceBatchMapIterator()) {
+        for (Ogre::InstanceBatch* batch : batches) {
+            Ogre::RenderOperation drawn;
+            batch->getRenderOperation(drawn);
+            SharingBatches& sharing = byIndices[drawn.indexData];
+            if (!sharing.owner || numberOf(*batch) < numberOf(*sharing.owner))
+                sharing.owner = batch;
+            sharing.isUsed = sharing.isUsed || !batch->isBatchUnused();
+        }
+    }
+    std::vector<SharingBatches> found;
+    for (const auto& [indices, sharing] : byIndices)
+        found.push_back(sharing);
+    return found;
+}
+
+/// OGRE makes vertices and indices with the first batch of each material, and again where a material has lost all of its
+/// batches. A further batch of whatever material takes those that were made last. So an owner stays while any batch that
+/// shares with it is in use, and the last owner for those still to come. An instance that an owner holds meanwhile keeps it
+/// from being freed like any other empty batch.
 void cleanup(Ogre::InstanceManager& manager)
 {
-    Ogre::InstanceBatch* first = firstBatch(manager);
-    Ogre::InstancedEntity* guard = first && first->isBatchUnused() ? first->createInstancedEntity() : nullptr;
+    const std::vector<SharingBatches> all = sharingBatches(manager);
+    const auto last =
+        std::ranges::max_element(all, {}, [](const SharingBatches& sharing) { return numberOf(*sharing.owner); });
+    std::vector<Ogre::InstancedEntity*> guards;
+    for (auto sharing = all.begin(); sharing != all.end(); ++sharing)
+        if (sharing->owner->isBatchUnused() && (sharing->isUsed || sharing == last))
+            guards.push_back(sharing->owner->createInstancedEntity());
     manager.cleanupEmptyBatches();
-    if (guard)
-        first->removeInstancedEntity(guard);
+    for (Ogre::InstancedEntity* guard : guards)
+        guard->_getOwner()->removeInstancedEntity(guard);
 }
 
 } // namespace

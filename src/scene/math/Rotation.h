@@ -54,18 +54,27 @@ struct RotationTemplate {
     }
     RotationTemplate(T angle, const Vec3Template<T>& axis) : RotationTemplate(angle, DirTemplate<T>(axis)) {}
 
-    /// The shortest rotation that takes `from` to `to`, both of unit length. Opposite directions turn half a circle
-    /// about an axis at right angles to them.
+    /// The shortest rotation that takes `from` to `to`, both of unit length but for rounding. Exactly opposite directions
+    /// turn half a circle about an axis at right angles to them.
     static RotationTemplate From2Dirs(const DirTemplate<T>& from, const DirTemplate<T>& to)
     {
-        const T cosine = from.dot(to);
-        if (cosine < T(-0.9999999)) {
-            const DirTemplate<T> helper = std::abs(from.x) < T(0.9) ? DirTemplate<T>(1, 0, 0) : DirTemplate<T>(0, 1, 0);
-            const DirTemplate<T> axis = rob::normalized(from.cross(helper));
-            return {T(0), axis.x, axis.y, axis.z};
+        // In doubles: of directions that are almost opposite, the axis is what is left of numbers that cancel.
+        const Vec3Template<double> a = atUnitLength(from);
+        const Vec3Template<double> b = atUnitLength(to);
+        const double cosine = a.dot(b);
+        if (cosine >= 0) {
+            const Vec3Template<double> axis = a.cross(b);
+            return fromDoubles(1 + cosine, axis);
         }
-        const Vec3Template<T> axis = from.cross(to);
-        return RotationTemplate(1 + cosine, axis.x, axis.y, axis.z).normalized();
+        // What keeps the two from being opposite. Its subtraction loses nothing, and its cross product with `a` is that
+        // of `b`, without the rounding of two long vectors that lie on one line.
+        const Vec3Template<double> gap = a + b;
+        const Vec3Template<double> axis = a.cross(gap);
+        const double sine = axis.length();
+        if (sine < noAxis)
+            return fromDoubles(0, anyNormal(a));
+        const double halfCosine = gap.length() / 2;
+        return fromDoubles(halfCosine, axis * (std::sqrt(1 - halfCosine * halfCosine) / sine));
     }
 
     /// The rotation whose local axes are the three given ones, which must be orthonormal and right-handed.
@@ -121,6 +130,29 @@ struct RotationTemplate {
     constexpr bool operator==(const RotationTemplate&) const = default;
 
 private:
+    static constexpr double noAxis = 1e-15; ///< a sine below this is rounding, and tells no axis
+
+    static Vec3Template<double> atUnitLength(const DirTemplate<T>& direction)
+    {
+        const Vec3Template<double> v(direction);
+        const double length = v.length();
+        return length > 0 ? v / length : v;
+    }
+    static DirTemplate<double> anyNormal(const Vec3Template<double>& unit)
+    {
+        // No unit vector has both x and y near 1.
+        const Vec3Template<double> helper =
+            std::abs(unit.x) < 0.6 ? Vec3Template<double>(1, 0, 0) : Vec3Template<double>(0, 1, 0);
+        return rob::normalized(unit.cross(helper));
+    }
+    /// The rotation of a quaternion of any length.
+    template <template <typename> class Triple>
+    static RotationTemplate fromDoubles(double w, const Triple<double>& v)
+    {
+        const double n = std::sqrt(w * w + v.squaredLength());
+        return {static_cast<T>(w / n), static_cast<T>(v.x / n), static_cast<T>(v.y / n), static_cast<T>(v.z / n)};
+    }
+
     template <template <typename> class Triple>
     constexpr Triple<T> rotated(const Triple<T>& v) const
     {
