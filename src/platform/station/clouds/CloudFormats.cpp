@@ -1,6 +1,6 @@
-#include "platform/station/CloudFormats.h"
+#include "platform/station/clouds/CloudFormats.h"
 
-#include "platform/station/ImportFormats.h"
+#include "platform/station/import/ImportFormats.h"
 
 #include <fmt/format.h>
 

@@ -7,7 +7,7 @@
 #include "platform/layout/PointCloud.h"
 #include "platform/sdf/SdfManager.h"
 #include "platform/smart/SmartComponent.h"
-#include "platform/station/StationText.h"
+#include "platform/station/file/StationText.h"
 #include "platform/task/DataItem.h"
 #include "platform/task/Task.h"
 
