@@ -1,6 +1,6 @@
 #include "platform/layout/Part.h"
 #include "platform/station/StationFile.h"
-#include "platform/station/StationText.h"
+#include "platform/station/file/StationText.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,9 +1,9 @@
-#include "platform/station/ImportFormats.h"
+#include "platform/station/import/ImportFormats.h"
 
 #include "platform/layout/Body.h"
 #include "platform/layout/Part.h"
 #include "platform/sdf/SdfManager.h"
-#include "platform/station/OcctProgress.h"
+#include "platform/station/import/OcctProgress.h"
 
 #include <BRepAdaptor_Curve.hxx>
 #include <BRepBndLib.hxx>

@@ -3,8 +3,8 @@
 #include "platform/common/Logger.h"
 #include "platform/layout/PointCloud.h"
 #include "platform/sdf/SdfManager.h"
-#include "platform/station/CloudFormats.h"
-#include "platform/station/ImportFormats.h"
+#include "platform/station/clouds/CloudFormats.h"
+#include "platform/station/import/ImportFormats.h"
 
 #include <fmt/format.h>
 

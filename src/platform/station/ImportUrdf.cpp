@@ -8,10 +8,10 @@
 #include "platform/layout/Mechanism.h"
 #include "platform/layout/Part.h"
 #include "platform/sdf/SdfManager.h"
-#include "platform/station/ImportFormats.h"
-#include "platform/station/UrdfMesh.h"
-#include "platform/station/UrdfText.h"
 #include "platform/station/Uri.h"
+#include "platform/station/import/ImportFormats.h"
+#include "platform/station/urdf/UrdfMesh.h"
+#include "platform/station/urdf/UrdfText.h"
 
 #include <urdf_model/model.h>
 

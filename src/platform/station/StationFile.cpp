@@ -2,9 +2,9 @@
 
 #include "platform/sdf/SdfManager.h"
 #include "platform/station/GeometryCache.h"
-#include "platform/station/ImportFormats.h"
-#include "platform/station/StationText.h"
 #include "platform/station/Uri.h"
+#include "platform/station/file/StationText.h"
+#include "platform/station/import/ImportFormats.h"
 
 #include <fmt/format.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/station/CloudFormats.h"
+#include "platform/station/clouds/CloudFormats.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

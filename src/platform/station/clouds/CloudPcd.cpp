@@ -1,4 +1,4 @@
-#include "platform/station/CloudFormats.h"
+#include "platform/station/clouds/CloudFormats.h"
 
 #include <fmt/format.h>
 

@@ -1,4 +1,4 @@
-#include "platform/station/StationJson.h"
+#include "platform/station/file/StationJson.h"
 
 #include "platform/common/Checks.h"
 #include "platform/sdf/SdfManager.h"

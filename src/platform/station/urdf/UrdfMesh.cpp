@@ -1,9 +1,9 @@
-#include "platform/station/UrdfMesh.h"
+#include "platform/station/urdf/UrdfMesh.h"
 
 #include "platform/geometry/ColorText.h"
 #include "platform/station/GeometryCache.h"
-#include "platform/station/ImportFormats.h"
-#include "platform/station/StlFile.h"
+#include "platform/station/import/ImportFormats.h"
+#include "platform/station/import/StlFile.h"
 
 #include <BRepPrimAPI_MakeBox.hxx>
 #include <BRepPrimAPI_MakeCylinder.hxx>

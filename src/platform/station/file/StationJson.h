@@ -90,4 +90,10 @@ private:
 
 Json jsonOf(const rob::Posed& pose);
 
+/// The "name" of an object.
+inline std::string nameAt(const JsonPlace& at)
+{
+    return at.at("name").asText();
+}
+
 } // namespace vrk::station

@@ -1,4 +1,4 @@
-#include "platform/station/StationGeometry.h"
+#include "platform/station/file/StationGeometry.h"
 
 #include "platform/layout/Body.h"
 #include "platform/layout/Part.h"

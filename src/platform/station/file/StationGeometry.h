@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/station/Import.h"
-#include "platform/station/StationJson.h"
+#include "platform/station/file/StationJson.h"
 
 #include <TopoDS_Shape.hxx>
 

@@ -1,4 +1,4 @@
-#include "platform/station/StlFile.h"
+#include "platform/station/import/StlFile.h"
 
 #include "platform/station/Import.h"
 

@@ -1,6 +1,6 @@
-#include "platform/station/OcctProgress.h"
+#include "platform/station/import/OcctProgress.h"
 
-#include "platform/station/ImportFormats.h"
+#include "platform/station/import/ImportFormats.h"
 
 #include <utility>
 

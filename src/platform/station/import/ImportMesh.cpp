@@ -1,6 +1,6 @@
 #include "platform/station/GeometryCache.h"
-#include "platform/station/ImportFormats.h"
-#include "platform/station/StlFile.h"
+#include "platform/station/import/ImportFormats.h"
+#include "platform/station/import/StlFile.h"
 
 #include "platform/layout/Body.h"
 #include "platform/layout/Part.h"

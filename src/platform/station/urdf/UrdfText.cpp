@@ -1,7 +1,7 @@
-#include "platform/station/UrdfText.h"
+#include "platform/station/urdf/UrdfText.h"
 
 #include "platform/common/Logger.h"
-#include "platform/station/ImportFormats.h"
+#include "platform/station/import/ImportFormats.h"
 
 #include <console_bridge/console.h>
 #include <tinyxml.h>

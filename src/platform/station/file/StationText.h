@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/layout/Layout.h"
-#include "platform/station/StationGeometry.h"
+#include "platform/station/file/StationGeometry.h"
 
 /// The two directions of a station file, without the file. Not installed.
 namespace vrk::station {

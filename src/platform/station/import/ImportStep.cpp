@@ -1,11 +1,11 @@
-#include "platform/station/ImportFormats.h"
+#include "platform/station/import/ImportFormats.h"
 
 #include "platform/geometry/BodyColorTool.h"
 #include "platform/geometry/ColorText.h"
 #include "platform/layout/Body.h"
 #include "platform/layout/Part.h"
 #include "platform/sdf/SdfManager.h"
-#include "platform/station/OcctProgress.h"
+#include "platform/station/import/OcctProgress.h"
 
 #include <Interface_InterfaceModel.hxx>
 #include <Quantity_Color.hxx>
