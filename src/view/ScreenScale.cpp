@@ -11,25 +11,31 @@ namespace vrk::visual {
 
 class ScreenScale::CameraListener : public Ogre::Camera::Listener {
 public:
-    explicit CameraListener(const ScreenScale& scale) : scale(scale) {}
+    CameraListener(const ScreenScale& scale, Ogre::Camera* camera) : scale(scale), camera(camera)
+    {
+        if (camera)
+            camera->addListener(this);
+    }
+    ~CameraListener() override
+    {
+        if (camera)
+            camera->removeListener(this);
+    }
     void cameraPreRenderScene(Ogre::Camera*) override { scale.update(); }
+    void cameraDestroyed(Ogre::Camera*) override { camera = nullptr; }
 
 private:
     const ScreenScale& scale;
+    Ogre::Camera* camera; // which it listens to; another one may be the main camera by its end
 };
 
 ScreenScale::ScreenScale(const Visual& visual, std::function<void(float distance)> fit)
-    : visual(visual), fit(std::move(fit)), listener(std::make_unique<CameraListener>(*this))
+    : visual(visual), fit(std::move(fit)),
+      listener(std::make_unique<CameraListener>(*this, Camera::Get() ? Camera::Get()->ogreCamera() : nullptr))
 {
-    if (const Camera* camera = Camera::Get())
-        camera->ogreCamera()->addListener(listener.get());
 }
 
-ScreenScale::~ScreenScale()
-{
-    if (const Camera* camera = Camera::Get())
-        camera->ogreCamera()->removeListener(listener.get());
-}
+ScreenScale::~ScreenScale() = default;
 
 void ScreenScale::update() const
 {
