@@ -81,6 +81,8 @@ void MeshVisual::becomeArrow(const rob::PosTemplate<float>& position, const rob:
 
 Ogre::Entity* MeshVisual::attachMesh(const std::string& name)
 {
+    if (!mesh)
+        meshName = name; // also of a file that cannot be read
     MeshManager& manager = *MeshManager::Get();
     Mesh* found = manager.getGlobalMesh(name);
     if (!found)

@@ -78,12 +78,12 @@ TEST_F(FaceColors, SetFaceColorWritesTheRunOfTheFaceAndNothingElse)
 TEST_F(FaceColors, ColoursOfAShapeThatTheMeshIsNotOfAreToldAndNotWritten)
 {
     // A model that does not keep its shapes apart, behind the back of the one here.
-    Mesh small("face_colours_small");
-    small.vertices = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
-    small.normals.assign(3, {0, 0, 1});
-    small.colors.assign(3, grey);
-    small.indices = {0, 1, 2};
-    MeshManager::Get()->loadToGpu(&small);
+    auto* small = new Mesh("face_colours_small");
+    small->vertices = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
+    small->normals.assign(3, rob::Vec3f(0, 0, 1));
+    small->colors.assign(3, grey);
+    small->indices = {0, 1, 2};
+    MeshManager::Get()->addMesh(small);
     body->getElement()->touch("geometry/uri")->set(std::string("face_colours_small"));
     SolidVisual* wrong = build(*body);
     ASSERT_EQ(wrong->getMeshName(), "face_colours_small");
@@ -99,6 +99,7 @@ TEST_F(FaceColors, ColoursOfAShapeThatTheMeshIsNotOfAreToldAndNotWritten)
     EXPECT_THAT(warnings, testing::ElementsAre(testing::HasSubstr("has 3 vertices, and colours were given for 24"),
                                                testing::HasSubstr("has 3 vertices, and colours were given for 24")));
     scene.deleteVisual(wrong);
+    MeshManager::Get()->deleteMesh(small);
 }
 
 TEST_F(FaceColors, FirstAndLastFaceAreReached)

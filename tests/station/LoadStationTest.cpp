@@ -398,17 +398,25 @@ TEST_F(LoadStation, MechanismThatFailsLeavesNothing)
 {
     const test::TempFolder folder;
     const std::string absent = (folder / "absent.stl").string();
-    const std::shared_ptr<layout::Mechanism> mechanisms[] = {test::makeArm(), test::makeTool(), test::makeDevice()};
-    for (const std::shared_ptr<layout::Mechanism>& mechanism : mechanisms) {
+    const auto arm = test::makeArm();
+    const auto tool = test::makeTool();
+    const auto device = test::makeDevice();
+    Layout::inst().addManipulator(arm);
+    Layout::inst().addTool(tool);
+    Layout::inst().addDevice(device);
+    for (const std::shared_ptr<layout::Mechanism>& mechanism :
+         std::initializer_list<std::shared_ptr<layout::Mechanism>>{arm, tool, device}) {
         // The last body fails when the others stand. One part hangs elsewhere than on its link.
-        const auto& parts = mechanism->getLinks().back()->getParts();
         const auto stray = test::makePart("stray");
         mechanism->getLinks().back()->addPart(stray);
         stray->setParentId(4711);
         const auto failing = test::makePart("failing");
         failing->getBodies()[0]->setGeometry(absent, "stl");
         mechanism->getLinks().back()->addPart(failing);
-        ASSERT_EQ(parts.size(), 3u);
+        sdf::SdfManager::inst().add(stray);
+        sdf::SdfManager::inst().add(failing);
+        for (const auto& part : {stray, failing})
+            sdf::SdfManager::inst().add(part->getBodies()[0]);
         std::vector<unsigned> ids;
         collectIds(*mechanism, ids);
         const std::size_t registered = SceneCore::Get()->visuals.all().size();
