@@ -566,7 +566,7 @@ TEST_F(VisualSelectionTest, FailureInABuildLeavesTheServiceDirtyAndALaterUpdateW
     service.update();
     EXPECT_FALSE(service.isDirty());
     EXPECT_EQ(raised, 1);
-    EXPECT_EQ(along(92, -3).visual, good);
+    EXPECT_EQ(along(101, 2).visual, good);
     EXPECT_EQ(along(4, 3).visual, bad);
     EXPECT_TRUE(object(last).built);
 }
@@ -583,7 +583,7 @@ TEST_F(VisualSelectionTest, FailingObjectCanBeRemoved)
     service.removeObject(bad);
     service.update();
 
-    EXPECT_EQ(along(92, -3).visual, good);
+    EXPECT_EQ(along(101, 2).visual, good);
 }
 
 } // namespace

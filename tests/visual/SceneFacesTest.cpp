@@ -3,6 +3,7 @@
 #include "platform/geometry/BodyColorTool.h"
 #include "platform/geometry/ColorText.h"
 #include "platform/layout/Body.h"
+#include "platform/sdf/SdfManager.h"
 #include "scene/core/SceneCore.h"
 #include "selection/VisualSelection.h"
 #include "support/SceneFixture.h"
