@@ -559,7 +559,7 @@ TEST_F(VisualSelectionTest, FailureInABuildLeavesTheServiceDirtyAndALaterUpdateW
     EXPECT_EQ(raised, 0);
     EXPECT_FALSE(object(bad).built);
     EXPECT_TRUE(object(bad).primitives.empty());
-    EXPECT_FALSE(along(92, -3).hit); // queries are refused
+    EXPECT_FALSE(along(101, 2).hit); // queries are refused
     EXPECT_THROW(service.update(), Standard_OutOfRange);
 
     broken->SetTriangle(1, Poly_Triangle(1, 2, 3));
