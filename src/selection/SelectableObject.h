@@ -3,6 +3,7 @@
 #include "selection/geometry/BVHPrimitive.h"
 #include "selection/geometry/PrimitiveContainer.h"
 
+#include <atomic>
 #include <string>
 
 namespace vrk::visual {
@@ -37,7 +38,8 @@ public:
     rob::PoseTemplate<float> inverseWorldPose; ///< from the world
     visual::Visual* const visual;
     const ObjectKind kind;
-    bool detectable = true; ///< may be found by `VisualSelection::sense`
+    /// May be found by `VisualSelection::sense`. Changes while that asks, on another thread.
+    std::atomic<bool> detectable{true};
     bool worldDirty = true; ///< pose and box wait for the next update
     bool priority = false;  ///< a hit ends a pick, whatever lies in front of it
     bool built = false;     ///< the parts are made

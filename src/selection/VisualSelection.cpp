@@ -108,6 +108,8 @@ void VisualSelection::addLineVisual(visual::LineVisual* visual)
 void VisualSelection::removeObject(visual::Visual* visual)
 {
     const auto found = objects.find(visual);
+    if (found == objects.end())
+        return;
     SelectableObject* object = found->second;
     dirty.exchange(true);
     objects.erase(found);
@@ -131,16 +133,17 @@ void VisualSelection::closeGaps()
 
 void VisualSelection::removeCompoundObject(visual::Visual* visual)
 {
-    forSubtree(visual, [&](visual::Visual* v) {
-        if (hasVisual(v))
-            removeObject(v);
-    });
+    forSubtree(visual, [&](visual::Visual* v) { removeObject(v); });
 }
 
 void VisualSelection::updateShapeFaces(visual::SolidVisual* visual)
 {
-    const bool detectable = getObject(visual)->detectable;
-    removeCompoundObject(visual);
+    const SelectableObject* object = find(visual);
+    if (!object)
+        return;
+    const bool detectable = object->detectable;
+    // The solid alone: what hangs on it has not changed, and nobody would enter it again.
+    removeObject(visual);
     addShape(visual->getShape(), visual, detectable);
 }
 

@@ -34,8 +34,10 @@ VRK_EXPORT void Finish();
 /// Any change of registration, of enablement or of a pose makes it dirty, and a dirty service answers nothing; `update`
 /// makes it clean again. The library never calls `update` by itself: the application does, before it asks.
 ///
-/// Owner: the process. Thread: render thread. The dirty flag may be read from any, and the queries be asked from another
-/// while it is clear and the render thread is not in `update`.
+/// Owner: the process. Thread: render thread. The dirty flag may be read from any, and `setDetectable` be called from any.
+/// The queries may be asked from another thread while the flag is clear and the render thread is neither in `update` nor in
+/// `Scene::processMsgs`, whose tasks may take away what a query is just looking at: the caller sees to it that they exclude
+/// each other.
 class VRK_EXPORT VisualSelection {
 public:
     VisualSelection();
@@ -58,11 +60,11 @@ public:
     void addLineVisual(visual::LineVisual* visual);
     /// Detectable.
     void addFrameVisual(visual::InstanceFrameVisual* visual);
-    /// The visual must be registered.
+    // What is not registered is passed over
     void removeObject(visual::Visual* visual);
     void removeCompoundObject(visual::Visual* visual);
-    /// Registers the solid anew, with its detectable flag kept and the other flags back at their defaults.
-    /// @throws std::out_of_range as `getObject` does.
+    /// Registers the solid anew, with its detectable flag kept and the other flags back at their defaults. What hangs on it
+    /// stays registered as it is.
     void updateShapeFaces(visual::SolidVisual* visual);
 
     // State; visuals that are not registered are passed over
@@ -70,7 +72,8 @@ public:
     void disableObject(visual::Visual* visual) { setObjectEnabled(visual, false); }
     void setObjectEnabled(visual::Visual* visual, bool enabled);
     void setCompoundObjectEnabled(visual::Visual* visual, bool enabled);
-    /// Whether `sense` finds it; `select` does either way. Does not make the service dirty.
+    /// Whether `sense` finds it; `select` does either way. Does not make the service dirty. Any thread, under the same
+    /// proviso as a query; one that is under way may go by either value.
     void setDetectable(visual::Visual* visual, bool detectable);
     /// Of all lines at once.
     void setLineEnabled(bool enabled);

@@ -49,10 +49,7 @@ void addPointCloudVisual(PointCloudVisual* visual, bool detectable)
 
 void removeObject(Visual* visual)
 {
-    tell([&](auto& service) {
-        if (service.hasVisual(visual))
-            service.removeObject(visual);
-    });
+    tell([&](auto& service) { service.removeObject(visual); });
 }
 
 void addLineVisual(LineVisual* visual)
@@ -82,10 +79,7 @@ void setCompoundObjectEnabled(Visual* visual, bool enabled)
 
 void updateShapeFaces(SolidVisual* visual)
 {
-    tell([&](auto& service) {
-        if (service.hasVisual(visual))
-            service.updateShapeFaces(visual);
-    });
+    tell([&](auto& service) { service.updateShapeFaces(visual); });
 }
 
 } // namespace vrk::visual::picking

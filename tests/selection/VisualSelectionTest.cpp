@@ -260,8 +260,74 @@ TEST_F(VisualSelectionTest, AskingAboutAnUnknownVisualIsRefused)
     EXPECT_THAT([&] { service.getObject(stranger); }, ThrowsMessage<std::out_of_range>(unknownKey()));
     EXPECT_THAT([&] { service.isEnabled(stranger); }, ThrowsMessage<std::out_of_range>(unknownKey()));
     EXPECT_THAT([&] { service.isDetectable(stranger); }, ThrowsMessage<std::out_of_range>(unknownKey()));
-    EXPECT_THAT([&] { service.updateShapeFaces(stranger); }, ThrowsMessage<std::out_of_range>(unknownKey()));
     EXPECT_FALSE(service.hasVisual(stranger));
+}
+
+TEST_F(VisualSelectionTest, ChangingAnUnknownVisualDoesNothing)
+{
+    SolidVisual* known = addBox(10, {});
+    SolidVisual* stranger = visual::SolidVisual::Build(world, test::meshedBox(1, 1, 1), "Body");
+    makeClean();
+
+    service.removeObject(stranger);
+    service.removeCompoundObject(stranger);
+    service.updateShapeFaces(stranger);
+    service.setObjectEnabled(stranger, false);
+    service.setDetectable(stranger, false);
+    service.markDirty(stranger);
+
+    EXPECT_FALSE(service.hasVisual(stranger));
+    EXPECT_TRUE(service.hasVisual(known));
+    EXPECT_FALSE(service.isDirty());
+    EXPECT_TRUE(along(1, 2).hit);
+}
+
+TEST_F(VisualSelectionTest, WhatHangsOnASolidStaysRegisteredWhenItsFacesAreUpdated)
+{
+    SolidVisual* box = addBox(10, {});
+    SolidVisual* hanging = addBox(5, {});
+    box->attachVisual(hanging);
+    service.getObject(hanging)->priority = true;
+    service.setDetectable(hanging, false);
+
+    service.updateShapeFaces(box);
+
+    ASSERT_TRUE(service.hasVisual(hanging));
+    EXPECT_TRUE(object(hanging).priority);
+    EXPECT_FALSE(service.isDetectable(hanging));
+}
+
+TEST_F(VisualSelectionTest, WhatHangsOnASolidIsPickedAfterItsHiddenFacesAreShownAgain)
+{
+    SolidVisual* box = addBox(10, {});
+    SolidVisual* hanging = addBox(10, {100, 0, 0});
+    box->attachVisual(hanging);
+    box->setFaceVisible(1, false);
+
+    box->setVisible(true, false);
+    makeClean();
+
+    const Result hit = along(92, -3);
+    ASSERT_TRUE(hit.hit);
+    EXPECT_EQ(hit.visual, hanging);
+}
+
+TEST_F(VisualSelectionTest, DetectableIsSetWhileAnotherThreadSenses)
+{
+    SolidVisual* box = addBox(10, {});
+    makeClean();
+    std::atomic<bool> isOver{false};
+    std::jthread sensing([&] {
+        while (!isOver)
+            EXPECT_TRUE(service.sense(rob::Linef({1, 2, -10}, {1, 2, 10})).valid);
+    });
+
+    for (int i = 0; i < 2000; ++i)
+        service.setDetectable(box, i % 2 == 1);
+    isOver = true;
+    sensing.join();
+
+    EXPECT_TRUE(service.sense(rob::Linef({1, 2, -10}, {1, 2, 10})).hit);
 }
 
 TEST_F(VisualSelectionTest, HiddenFaceIsNoLongerPickedOnceTheFacesAreUpdated)
