@@ -70,10 +70,22 @@ void MeshManager::SetColor(const std::string& meshName, const rob::Colorf& color
 void MeshManager::SetFaceColor(SolidVisual* solid, unsigned face, const rob::Colorf& color)
 {
     const auto slots = colorSlotsOf(solid->getCurrentMeshName());
-    if (!slots)
+    if (slots)
+        writeColors(*slots, GetFaceRun(*solid, face), [&color](std::size_t) { return color; });
+}
+
+VertexRun MeshManager::GetFaceRun(const SolidVisual& solid, unsigned face)
+{
+    return runOfFace(solid.getFaceMap(), visibleFacesOf(solid), face);
+}
+
+void MeshManager::SetRunColor(const std::string& meshName, const VertexRun& run, const rob::Colorf& color)
+{
+    const auto slots = colorSlotsOf(meshName);
+    if (!slots || run.start >= slots->vertexCount)
         return;
-    const VertexRun run = runOfFace(solid->getFaceMap(), visibleFacesOf(*solid), face);
-    writeColors(*slots, run, [&color](std::size_t) { return color; });
+    const std::size_t count = std::min(run.count, slots->vertexCount - run.start);
+    writeColors(*slots, {run.start, count}, [&color](std::size_t) { return color; });
 }
 
 rob::Colorf MeshManager::GetFaceColor(const std::string& meshName, const TopoDS_Shape& shape, unsigned face)

@@ -1,6 +1,7 @@
 #include "visual/SolidVisual.h"
 
 #include "mesh/MeshManager.h"
+#include "mesh/ShapeTriangles.h"
 #include "platform/geometry/BodyColorTool.h"
 #include "platform/geometry/ColorText.h"
 #include "scene/core/SceneCore.h"
@@ -8,6 +9,7 @@
 #include "visual/WireFrameVisual.h"
 
 #include <Ogre.h>
+#include <Standard_OutOfRange.hxx>
 #include <TopExp.hxx>
 #include <TopoDS.hxx>
 #include <TopoDS_Face.hxx>
@@ -23,11 +25,20 @@ constexpr const char* bareColor = "#ED1C24"; // of shapes that no model object s
 constexpr const char* copyMaterial = "TransBody";
 constexpr float highlightGain = 0.2f;
 
+/// Render thread: the solids with marks, of which there are few. Solids share meshes, and so the marks on them.
+std::vector<const SolidVisual*> solidsWithMarks;
+
+/// The name of the mesh of a body. One that names no geometry has a mesh of its own, as a bare shape does.
+std::string meshNameOf(sdf::SdfNode& node)
+{
+    std::string uri = sdf::textAt(*node.getElement(), "geometry/uri");
+    return uri.empty() ? "Visual_" + std::to_string(node.getId()) : uri;
+}
+
 } // namespace
 
 SolidVisual::SolidVisual(sdf::SdfNode* node, const TopoDS_Shape& shape, Visual* parent)
-    : FacetVisual(node, parent), meshName(sdf::textAt(*node->getElement(), "geometry/uri")),
-      body(&dynamic_cast<layout::Body&>(*node))
+    : FacetVisual(node, parent), meshName(meshNameOf(*node)), body(&dynamic_cast<layout::Body&>(*node))
 {
     type = VisualType::Solid;
     body->setShape(shape);
@@ -47,10 +58,11 @@ SolidVisual::SolidVisual(const std::string& name, const TopoDS_Shape& shape, Vis
 
 SolidVisual::~SolidVisual()
 {
-    if (!entity)
-        return;
-    destroyEntity();
-    if (!copied)
+    takeMarksOff();
+    std::erase(solidsWithMarks, this);
+    if (entity)
+        destroyEntity();
+    if (holdsMesh)
         MeshManager::Get()->removeOgreMesh(meshName);
 }
 
@@ -103,6 +115,7 @@ void SolidVisual::load(bool withModelColors)
     } catch (const NoTriangleMesh&) {
         return; // the visual stays, without an entity
     }
+    holdsMesh = true;
     entity = makeEntity(getName(), getCurrentMeshName());
 }
 
@@ -142,8 +155,13 @@ void SolidVisual::setVisible(bool nowVisible, bool recursive)
     BodyVisual::setVisible(nowVisible, recursive);
     if (!nowVisible || hiddenFaces.empty())
         return;
+    takeMarksOff();
     hiddenFaces.clear();
-    updateMesh();
+    try {
+        updateMesh();
+    } catch (const NoTriangleMesh&) {
+        return; // it had no entity before, with no face hidden
+    }
     picking::updateShapeFaces(this);
 }
 
@@ -184,6 +202,12 @@ unsigned SolidVisual::getFaceIndex(const TopoDS_Face& face) const
     return static_cast<unsigned>(getFaceMap().FindIndex(face));
 }
 
+void SolidVisual::checkFace(std::uint64_t face) const
+{
+    if (face > static_cast<std::uint64_t>(getFaceMap().Extent()))
+        throw Standard_OutOfRange("NCollection_IndexedMap::FindKey");
+}
+
 std::string SolidVisual::getCurrentMeshName() const
 {
     std::string name = meshName;
@@ -201,7 +225,9 @@ bool SolidVisual::isFaceVisible(std::uint64_t face) const
 
 void SolidVisual::setFaceVisible(std::uint64_t face, bool faceVisible)
 {
+    checkFace(face);
     const auto index = static_cast<unsigned>(face);
+    takeMarksOff();
     // While the face still has its run in the buffer: a highlight would else come back with it.
     setFaceColor(index, getFaceColor(index));
     if (faceVisible)
@@ -224,15 +250,22 @@ void SolidVisual::updateMesh()
         group = entity->getRenderQueueGroup();
         destroyEntity();
     }
-    // Counts a user of the new mesh and gives none back of the old one: a set of faces that was shown once is shown again
-    // without meshing, at the price that its mesh stays.
+    // Counts a user of the new mesh. None is given back of a mesh with hidden faces: a set of faces that was shown once is
+    // shown again without meshing, at the price that its mesh stays.
     MeshManager::Get()->loadShape(this, geometry::BodyColorTool::GetColorInfo(id));
+    if (hiddenFaces.empty()) {
+        if (holdsMesh || copied)
+            MeshManager::Get()->removeOgreMesh(meshName); // counted already, or by what it was copied from
+        else
+            holdsMesh = true;
+    }
     entity = makeEntity(getName(), getCurrentMeshName());
     entity->setVisible(visible);
     if (group != 0)
         entity->setRenderQueueGroup(group);
     // A selected solid looks normal until its layers are refreshed next, though it stays within the outline.
     resetAppearance();
+    putMarksOn();
 }
 
 void SolidVisual::destroyEntity()
@@ -261,18 +294,73 @@ void SolidVisual::highLightFace(unsigned face)
 {
     // Not held to 1: a face that is bright already still grows brighter under the lights.
     const rob::ColorTemplate<float> color = getFaceColor(face);
-    setFaceColor(face,
-                 rob::ColorTemplate<float>(color.r + highlightGain, color.g + highlightGain, color.b + highlightGain));
+    putOn(highlightMarks, face,
+          rob::ColorTemplate<float>(color.r + highlightGain, color.g + highlightGain, color.b + highlightGain));
 }
 
 void SolidVisual::clearHighLightFace(unsigned face)
 {
+    highlightMarks.erase(face);
     setFaceColor(face, getFaceColor(face));
+}
+
+void SolidVisual::markFace(unsigned face, const std::string& text)
+{
+    checkFace(face);
+    putOn(selectedMarks, face, geometry::ParseColorText(text));
 }
 
 void SolidVisual::clearSelectedFace(unsigned face)
 {
+    selectedMarks.erase(face);
     setFaceColor(face, getFaceColor(face));
+}
+
+void SolidVisual::putOn(Marks& marks, unsigned face, const rob::ColorTemplate<float>& color)
+{
+    const rob::ColorTemplate<float> plain = getFaceColor(face);
+    setFaceColor(face, color);
+    const VertexRun run = entity ? MeshManager::GetFaceRun(*this, face) : VertexRun();
+    marks.insert_or_assign(face, Mark{color, plain, run.start, run.count});
+    if (std::find(solidsWithMarks.begin(), solidsWithMarks.end(), this) == solidsWithMarks.end())
+        solidsWithMarks.push_back(this);
+}
+
+void SolidVisual::putMarksOn()
+{
+    // A highlight is for a moment, and the mesh that is left takes it along.
+    highlightMarks.clear();
+    for (auto& [face, mark] : selectedMarks) {
+        const VertexRun run = MeshManager::GetFaceRun(*this, face);
+        mark.firstVertex = run.start;
+        mark.vertexCount = run.count;
+        MeshManager::SetRunColor(getCurrentMeshName(), run, mark.color);
+    }
+}
+
+void SolidVisual::takeMarksOff() const
+{
+    if (!entity)
+        return;
+    takeOff(highlightMarks);
+    takeOff(selectedMarks);
+}
+
+void SolidVisual::takeOff(const Marks& marks) const
+{
+    if (marks.empty())
+        return;
+    const std::string mesh = getCurrentMeshName();
+    for (const auto& [face, mark] : marks) {
+        rob::ColorTemplate<float> left = mark.plain;
+        for (const SolidVisual* other : solidsWithMarks) {
+            if (other == this || !other->entity || other->getCurrentMeshName() != mesh)
+                continue;
+            if (const auto same = other->selectedMarks.find(face); same != other->selectedMarks.end())
+                left = same->second.color;
+        }
+        MeshManager::SetRunColor(mesh, {mark.firstVertex, mark.vertexCount}, left);
+    }
 }
 
 void SolidVisual::clearSelectedFace(const TopoDS_Face& face)

@@ -5,6 +5,7 @@
 
 #include <TopoDS_Shape.hxx>
 
+#include <map>
 #include <vector>
 
 class TopoDS_Face;
@@ -42,7 +43,7 @@ public:
     unsigned getFacesNum() override;
     std::uint64_t getTrianglesNum() override;
     std::uint64_t getVerticesNum() override;
-    /// Showing brings all hidden faces back.
+    /// Showing brings all hidden faces back. A shape without triangles stays without an entity.
     void setVisible(bool visible, bool recursive) override;
     void resetColor() override;
     /// All faces, of every solid that shares the mesh. `alpha` is not used: see-through is a matter of the material.
@@ -59,6 +60,9 @@ public:
     TopoDS_Face getFace(int index) const;
     /// 0 for a face of another shape.
     unsigned getFaceIndex(const TopoDS_Face& face) const;
+    /// Face 0, which is none, passes.
+    /// @throws Standard_OutOfRange "NCollection_IndexedMap::FindKey" past the last face.
+    void checkFace(std::uint64_t face) const;
     bool hasNoEntity() const { return entity == nullptr; }
 
     // Hidden faces
@@ -68,7 +72,9 @@ public:
     std::string getCurrentMeshName() const;
     bool isFaceVisible(std::uint64_t face) const;
     /// Loads the mesh of the new set of faces, and makes the entity anew.
+    /// Marks of other faces stay; that of a face that is hidden comes back with it.
     /// @throws NoTriangleMesh when the last face is hidden; the visual is then without entity until one is shown again.
+    /// @throws Standard_OutOfRange "NCollection_IndexedMap::FindKey" past the last face; nothing is changed then.
     void setFaceVisible(std::uint64_t face, bool visible);
     void attachEntity(const std::string& mesh);
     void updateMesh();
@@ -77,6 +83,10 @@ public:
     void setFaceColor(unsigned face, const rob::ColorTemplate<float>& color);
     /// @param text  as in "#10C279"; the failures of `geometry::ParseColorText` pass out.
     void setFaceColor(unsigned face, const std::string& text);
+    /// A colour that the face keeps on whichever mesh the solid has, until `clearSelectedFace`. The solid takes it along
+    /// when it leaves a mesh that others share, unless one of them has the same face marked.
+    /// @throws as `setFaceColor` and `checkFace`.
+    void markFace(unsigned face, const std::string& text);
     /// The model's colour, not the one in the buffer.
     rob::ColorTemplate<float> getFaceColor(unsigned face) const;
     void highLightFace(unsigned face);
@@ -85,11 +95,28 @@ public:
     void clearSelectedFace(const TopoDS_Face& face);
 
 private:
+    /// A face's colour that is not the model's, and where it stands in the present mesh. The place is kept, since a solid
+    /// may die after the shape that it is counted in.
+    struct Mark {
+        rob::ColorTemplate<float> color;
+        rob::ColorTemplate<float> plain;
+        std::size_t firstVertex = 0;
+        std::size_t vertexCount = 0;
+    };
+    using Marks = std::map<unsigned, Mark>; // by face
+
     void load(bool withModelColors);
     void destroyEntity();
+    void putOn(Marks& marks, unsigned face, const rob::ColorTemplate<float>& color);
+    void putMarksOn();
+    void takeMarksOff() const;
+    void takeOff(const Marks& marks) const;
 
     Ogre::Entity* entity = nullptr; // null if no mesh could be made
     std::string meshName;
+    bool holdsMesh = false; // counted once as a user of the mesh without hidden faces
+    Marks selectedMarks;
+    Marks highlightMarks;
     std::vector<unsigned> hiddenFaces; // in the order in which they were hidden
     layout::Body* body = nullptr;      // null for a bare shape
     TopoDS_Shape shape;                // where there is no body

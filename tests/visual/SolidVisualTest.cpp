@@ -345,17 +345,60 @@ TEST_F(SolidVisualTest, MeshesOfHiddenFacesStayForTheNextTime)
     EXPECT_TRUE(hasMesh("variants_2")) << "a solid gives back its whole mesh alone";
 }
 
-TEST_F(SolidVisualTest, EachReturnToTheWholeMeshCountsAsOneMoreUser)
+TEST_F(SolidVisualTest, SolidIsOneUserOfItsWholeMeshHoweverOftenItReturnsToIt)
 {
     SolidVisual* solid = buildBody("drift");
-    solid->setFaceVisible(2, false);
-    solid->setFaceVisible(2, true); // counted again, and nothing was given back
+    SolidVisual* other = buildBody("drift");
+    for (int i = 0; i < 3; ++i) {
+        solid->setFaceVisible(2, false);
+        solid->setFaceVisible(2, true);
+    }
+
+    scene.deleteVisual(solid);
+    EXPECT_TRUE(hasMesh("drift")) << "the other draws it";
+
+    scene.deleteVisual(other);
+    EXPECT_FALSE(hasMesh("drift"));
+}
+
+TEST_F(SolidVisualTest, SolidThatDiesWithAllFacesHiddenGivesBackItsWholeMesh)
+{
+    SolidVisual* solid = buildBody("dies-hidden");
+    for (unsigned face = 1; face <= 5; ++face)
+        solid->setFaceVisible(face, false);
+    EXPECT_THROW(solid->setFaceVisible(6, false), NoTriangleMesh);
 
     scene.deleteVisual(solid);
 
-    EXPECT_TRUE(hasMesh("drift"));
-    MeshManager::Get()->removeOgreMesh("drift");
-    EXPECT_FALSE(hasMesh("drift"));
+    EXPECT_FALSE(hasMesh("dies-hidden"));
+}
+
+TEST_F(SolidVisualTest, CopyThatHidesAndShowsAFaceLeavesTheCountAlone)
+{
+    SolidVisual* solid = buildBody("copied-drift");
+    auto* copy = static_cast<SolidVisual*>(*solid->copy(nullptr));
+    copy->setFaceVisible(2, false);
+    copy->setFaceVisible(2, true);
+
+    copy->clearCopiedChildren();
+    delete copy;
+    EXPECT_TRUE(hasMesh("copied-drift"));
+
+    scene.deleteVisual(solid);
+    EXPECT_FALSE(hasMesh("copied-drift"));
+}
+
+TEST_F(SolidVisualTest, FaceNumberPastTheLastIsRefusedAndNothingIsHidden)
+{
+    SolidVisual* solid = buildBody("six-faces");
+
+    for (const std::uint64_t face : {std::uint64_t{7}, std::uint64_t{1} << 31, (std::uint64_t{1} << 32) + 1}) {
+        EXPECT_THROW(solid->setFaceVisible(face, false), Standard_OutOfRange) << face;
+        EXPECT_THROW(solid->checkFace(face), Standard_OutOfRange) << face;
+    }
+
+    EXPECT_EQ(solid->getCurrentMeshName(), "six-faces");
+    EXPECT_EQ(solid->getTrianglesNum(), 12u);
 }
 
 TEST_F(SolidVisualTest, SolidThatDiesWithHiddenFacesGivesBackItsWholeMesh)
@@ -367,6 +410,44 @@ TEST_F(SolidVisualTest, SolidThatDiesWithHiddenFacesGivesBackItsWholeMesh)
 
     EXPECT_FALSE(hasMesh("dies-partly-hidden"));
     EXPECT_TRUE(hasMesh("dies-partly-hidden_2"));
+}
+
+TEST_F(SolidVisualTest, BodyWithoutTrianglesIsShownWithAFaceHidden)
+{
+    const TopoDS_Shape bare = BRepPrimAPI_MakeBox(10, 20, 30).Shape();
+    SolidVisual* solid = buildBody("no-triangles", "#808080", bare);
+    ASSERT_TRUE(solid->hasNoEntity());
+    EXPECT_THROW(solid->setFaceVisible(1, false), NoTriangleMesh);
+    bool isReached = false;
+
+    scene.setDisplayMode(Scene::DisplayMode::Shaded);
+    scene.addRenderTask([&isReached] { isReached = true; }, 0);
+    EXPECT_NO_THROW(scene.processMsgs());
+
+    EXPECT_TRUE(isReached);
+    EXPECT_TRUE(solid->hasNoEntity());
+    EXPECT_TRUE(solid->isFaceVisible(1));
+}
+
+TEST_F(SolidVisualTest, BodyThatNamesNoGeometryHasAMeshOfItsOwn)
+{
+    SolidVisual* small = buildBody("", "#808080", test::meshedBox(1, 1, 1));
+    SolidVisual* large = buildBody("", "#808080", test::meshedBox(10, 10, 10));
+    ASSERT_FALSE(small->hasNoEntity());
+    ASSERT_FALSE(large->hasNoEntity());
+    EXPECT_NE(small->getMeshName(), large->getMeshName());
+    EXPECT_LT(small->getEntity()->getBoundingBox().getSize().x, 5);
+    EXPECT_GT(large->getEntity()->getBoundingBox().getSize().x, 5);
+    EXPECT_TRUE(picking.hasVisual(small));
+
+    large->setFaceVisible(2, false);
+    scene.selectBaseFace(large->getId(), 1);
+    drain();
+    EXPECT_EQ(large->getTrianglesNum(), 10u);
+
+    const std::string name = small->getMeshName();
+    scene.deleteVisual(small);
+    EXPECT_FALSE(hasMesh(name));
 }
 
 TEST_F(SolidVisualTest, HidingTheSolidKeepsItsHiddenFaces)
