@@ -11,6 +11,7 @@
 #include "view/OrbitPivotVisual.h"
 #include "visual/FrameVisual.h"
 #include "visual/HighlightedEdge.h"
+#include "visual/SelectedIds.h"
 
 #include <Ogre.h>
 
@@ -19,13 +20,31 @@ namespace {
 
 const Ogre::ColourValue startAmbient(0.3f, 0.3f, 0.3f, 1.0f);
 
+bool isRegistered(const Visual* visual, unsigned id)
+{
+    return Scene::HasVisual(id) && Scene::GetVisual(id) == visual;
+}
+
+bool isRegistered(const Visual* visual)
+{
+    return isRegistered(visual, visual->getId());
+}
+
+std::function<void()> whileRegistered(const Visual* visual, std::function<void()> task)
+{
+    return [visual, id = visual->getId(), task = std::move(task)] {
+        if (isRegistered(visual, id))
+            task();
+    };
+}
+
 } // namespace
 
 Scene* Scene::Instance = nullptr;
 
 Scene::Scene(const std::string& name)
     : core(std::make_unique<SceneCore>(name, Ogre::Root::getSingleton().getSceneManager("VRK_SceneManager"))),
-      highlightedEdge(std::make_unique<HighlightedEdge>())
+      selectedVisuals(std::make_unique<SelectedIds>()), highlightedEdge(std::make_unique<HighlightedEdge>())
 {
     depthClearListener = std::make_unique<DepthClearListener>();
     core->sceneManager->addRenderQueueListener(depthClearListener.get());
@@ -75,18 +94,17 @@ void Scene::addRenderTask(std::function<void()>&& task, std::uint64_t key)
 /// alive.
 void Scene::addVisualTask(const Visual* visual, std::function<void()> task)
 {
-    const unsigned id = visual->getId();
-    const auto isRegistered = [visual, id] { return HasVisual(id) && GetVisual(id) == visual; };
-    if (!isRegistered()) {
+    addRenderTask(isRegistered(visual) ? whileRegistered(visual, std::move(task)) : std::move(task), 0);
+}
+
+/// As `addVisualTask`, for the end of a look whose record is gone from here on: it is done later if a failing task takes it
+/// along. Not so for a visual that stands in no registry: its owner keeps it alive for one batch only.
+void Scene::addEndOfLook(const Visual* visual, std::function<void()> task)
+{
+    if (isRegistered(visual))
+        core->owed.post(whileRegistered(visual, std::move(task)));
+    else
         addRenderTask(std::move(task), 0);
-        return;
-    }
-    addRenderTask(
-        [isRegistered, task = std::move(task)] {
-            if (isRegistered())
-                task();
-        },
-        0);
 }
 
 void Scene::addLoadTask(std::function<void()> task)

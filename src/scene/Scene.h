@@ -7,10 +7,12 @@
 #include "visual/VisualType.h"
 
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -38,6 +40,7 @@ class Grid;
 class SceneCore;
 struct HighlightedEdge;
 class OrbitPivotVisual;
+class SelectedIds;
 class SolidVisual;
 class TcpTraceVisual;
 class Visual;
@@ -174,8 +177,9 @@ public:
 
     // Visibility; posted
 
-    /// Shows or hides a visual with its children, and with it its part in picking. The members of a group for its id. An
-    /// id that the model does not know is passed over without a post.
+    /// Shows or hides a visual with its children, and with it its part in picking. The members of a group for its id; a
+    /// group that is reached again, be it by itself, is not entered again. An id that the model does not know is passed
+    /// over without a post.
     void setVisualVisible(unsigned id, bool visible);
 
     // Frames; posted
@@ -196,8 +200,10 @@ public:
     void addTaskFrame(unsigned id, const rob::PoseTemplate<double>& pose);
 
     // Appearance. Posted, but for the records of what is highlighted, which change at once: call these from one thread.
+    // What clears a look also clears what kept its look because a failure took the end of it along with its batch.
 
-    /// Nothing for a visual that is highlighted already; a selected one shows no highlight, but the old one goes.
+    /// Nothing for a visual that is highlighted already; a selected one shows no highlight, but the old one goes. Whether
+    /// it is selected is asked on the caller's thread.
     void setVisualHighlighted(Visual* visual);
     /// @throws std::out_of_range as `GetVisual` does, at once.
     void setVisualHighlighted(unsigned id);
@@ -213,10 +219,11 @@ public:
     void clearSelectedVisuals();
     /// All selected faces and visuals.
     void clearSelections();
-    /// At once. Whether the visual, or one that it belongs to, is selected.
+    /// At once, render thread, or any thread while that is idle. Whether the visual, or one that it belongs to, is
+    /// selected.
     bool isSelected(const Visual* visual) const;
-    /// At once; a live reference. It may hold ids whose visuals are gone: test each.
-    const std::vector<unsigned>& getSelectedVisuals() const { return selectedVisuals; }
+    /// As `isSelected`; a live reference. It may hold ids whose visuals are gone: test each.
+    const std::vector<unsigned>& getSelectedVisuals() const;
     /// These points of these clouds, by cloud id, and nothing else. A cloud with an empty list is selected as well.
     /// An unknown id fails on the render thread as `GetVisual` does.
     void selectPointCloud(const std::unordered_map<unsigned, std::vector<std::uint64_t>>& indicesOfClouds);
@@ -282,8 +289,11 @@ public:
     // Picking state: faces. Posted, but for the records of which faces they are, which change at once: call these from
     // one thread.
 
+    /// @throws Standard_OutOfRange "NCollection_IndexedMap::FindKey" past the last face, at once; nothing is changed then.
+    ///         Face 0 is recorded, and shows nothing.
     void highlightFace(SolidVisual* visual, unsigned face);
     void clearHighlightedFace();
+    /// @throws as `highlightFace`, and as `GetVisual` for an unknown id.
     void selectBaseFace(unsigned id, unsigned face);
     void selectSideFace(unsigned id, unsigned face);
     void clearSelectedFace(unsigned id, unsigned face);
@@ -304,6 +314,7 @@ public:
     // Edges and curves; posted. Generated edges lie under the visual of `id`, and are found by the same shape, location and
     // orientation; where there is none, nothing happens.
 
+    // Of a visual that is no curve, nothing.
     void addCurveArrow(unsigned id, bool forward);
     void clearCurveArrow(unsigned id);
     void addEdgeArrow(unsigned id, const TopoDS_Edge& edge, bool forward);
@@ -324,6 +335,7 @@ private:
     explicit Scene(const std::string& name);
 
     void addVisualTask(const Visual* visual, std::function<void()> task);
+    void addEndOfLook(const Visual* visual, std::function<void()> task);
     void doRemoveVisual(unsigned id);
     void doLoadStation();
     void loadMechanisms();
@@ -341,6 +353,7 @@ private:
     void doSetLocalOrigin(unsigned id, const rob::PoseTemplate<float>& oldOriginWorld,
                           const rob::PoseTemplate<float>& delta);
     void doRemoveTempVisual(unsigned id);
+    void setVisualVisible(unsigned id, bool visible, std::unordered_set<unsigned>& entered);
     void doSetVisualVisible(unsigned id, bool visible);
     void doSetFramesSize(unsigned size, VisualType type);
     void setTypeVisible(VisualType type, bool visible, bool recursive);
@@ -349,6 +362,7 @@ private:
     void doSetColor(unsigned id, float r, float g, float b);
     void doResetColor(Visual* visual);
     void doSelectVisual(unsigned id);
+    void doSelectVisual(unsigned id, std::unordered_set<unsigned>& entered);
     void doClearSelectedVisuals();
     void doSelectPointCloud(const std::unordered_map<unsigned, std::vector<std::uint64_t>>& indicesOfClouds);
     void doSetOrbitPivotVisible(bool visible, const rob::PoseTemplate<float>& pose);
@@ -372,7 +386,7 @@ private:
     Visual* copiedVisual = nullptr;
     OrbitPivotVisual* orbitPivot = nullptr; // made when it is first shown
     Visual* highlightedVisual = nullptr;
-    std::vector<unsigned> selectedVisuals;
+    std::unique_ptr<SelectedIds> selectedVisuals;
     FaceOfSolid highlightedFace{};
     std::unique_ptr<HighlightedEdge> highlightedEdge;
     std::vector<FaceOfSolid> selectedFaces; // in the order of selection

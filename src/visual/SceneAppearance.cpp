@@ -53,6 +53,7 @@ void showLayer(Visual* visual, VisualStateLayer layer, bool on, const std::strin
     VisualStateManager& states = *SceneCore::Get()->states;
     states.setLayer(visual, layer, on, material);
     states.refresh(visual);
+    states.refreshBelow(visual);
 }
 
 } // namespace
@@ -75,9 +76,10 @@ void Scene::setVisualHighlighted(unsigned id)
 
 void Scene::clearHighlightedBody()
 {
+    core->owed.postWhatIsOwed();
     Visual* visual = std::exchange(highlightedVisual, nullptr);
     if (visual)
-        addVisualTask(visual, [visual] { showLayer(visual, VisualStateLayer::Highlighted, false); });
+        addEndOfLook(visual, [visual] { showLayer(visual, VisualStateLayer::Highlighted, false); });
 }
 
 void Scene::clearHighlightedVisual()
@@ -166,6 +168,7 @@ void Scene::setVisualCollisionEmphasizeState(unsigned id, VisualCollisionState s
         states.setLayer(visual, VisualStateLayer::EmphasizeGroupA, state == VisualCollisionState::GroupA, {});
         states.setLayer(visual, VisualStateLayer::EmphasizeGroupB, state == VisualCollisionState::GroupB, {});
         states.refresh(visual);
+        states.refreshBelow(visual);
     });
 }
 

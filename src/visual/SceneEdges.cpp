@@ -13,9 +13,10 @@ namespace {
 const EdgeMaterials generatedMaterials{"GeneratedEdge", "BodyCurveHighlighted", "BodyCurveSelected"};
 const EdgeMaterials highlightMaterials{"BodyCurveHighlighted", "BodyCurveHighlighted", "BodyCurveSelected"};
 
-CurveVisual& curveOf(unsigned id)
+/// Null for a visual that is no curve.
+CurveVisual* curveOf(unsigned id)
 {
-    return dynamic_cast<CurveVisual&>(*Scene::GetVisual(id));
+    return dynamic_cast<CurveVisual*>(Scene::GetVisual(id));
 }
 
 /// The generated edge of that shape, location and orientation under the visual of this id; null if there is none.
@@ -31,12 +32,22 @@ EdgeVisual* generatedEdgeOf(unsigned id, const TopoDS_Edge& edge)
 
 void Scene::addCurveArrow(unsigned id, bool forward)
 {
-    addRenderTask([id, forward] { curveOf(id).addArrow(forward); }, 0);
+    addRenderTask(
+        [id, forward] {
+            if (CurveVisual* curve = curveOf(id))
+                curve->addArrow(forward);
+        },
+        0);
 }
 
 void Scene::clearCurveArrow(unsigned id)
 {
-    addRenderTask([id] { curveOf(id).clearArrow(); }, 0);
+    addRenderTask(
+        [id] {
+            if (CurveVisual* curve = curveOf(id))
+                curve->clearArrow();
+        },
+        0);
 }
 
 void Scene::addEdgeArrow(unsigned id, const TopoDS_Edge& edge, bool forward)
@@ -111,15 +122,14 @@ void Scene::doHighlightEdge(Visual* visual, const TopoDS_Edge& edge)
 
 void Scene::clearHighlightedEdge()
 {
+    core->owed.postWhatIsOwed();
     if (!std::exchange(highlightedEdge->visual, nullptr))
         return;
     highlightedEdge->edge.Nullify();
-    addRenderTask(
-        [this] {
-            if (Visual* drawn = std::exchange(highlightedEdge->drawn, nullptr))
-                deleteVisual(drawn);
-        },
-        0);
+    core->owed.post([this] {
+        if (Visual* drawn = std::exchange(highlightedEdge->drawn, nullptr))
+            deleteVisual(drawn);
+    });
 }
 
 } // namespace vrk::visual

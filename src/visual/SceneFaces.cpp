@@ -1,6 +1,7 @@
 #include "scene/Scene.h"
 
 #include "platform/sdf/SdfObject.h"
+#include "scene/core/SceneCore.h"
 #include "scene/math/Trsf.h"
 #include "visual/SolidVisual.h"
 
@@ -42,6 +43,7 @@ void Scene::highlightFace(SolidVisual* visual, unsigned face)
 {
     if (highlightedFace == FaceOfSolid(visual, face))
         return;
+    visual->checkFace(face); // a number that stands in a record would fail at each later use
     clearHighlightedVisual();
     if (faceIsSelected(visual, face))
         return; // its selection colour stays
@@ -51,9 +53,10 @@ void Scene::highlightFace(SolidVisual* visual, unsigned face)
 
 void Scene::clearHighlightedFace()
 {
+    core->owed.postWhatIsOwed();
     const auto [visual, face] = std::exchange(highlightedFace, {});
     if (visual)
-        addVisualTask(visual, [visual = visual, face = face] { visual->clearHighLightFace(face); });
+        addEndOfLook(visual, [visual = visual, face = face] { visual->clearHighLightFace(face); });
 }
 
 void Scene::selectBaseFace(unsigned id, unsigned face)
@@ -74,9 +77,10 @@ void Scene::selectFace(unsigned id, unsigned face, const char* color)
     auto* solid = static_cast<SolidVisual*>(visual);
     if (faceIsSelected(solid, face))
         return; // a face keeps the first of the two marks
+    solid->checkFace(face);
     clearHighlightedVisual();
     selectedFaces.emplace_back(solid, face);
-    addVisualTask(solid, [solid, face, color] { solid->setFaceColor(face, std::string(color)); });
+    addVisualTask(solid, [solid, face, color] { solid->markFace(face, color); });
 }
 
 void Scene::clearSelectedFace(unsigned id, unsigned face)
@@ -87,13 +91,14 @@ void Scene::clearSelectedFace(unsigned id, unsigned face)
         return;
     auto* solid = static_cast<SolidVisual*>(visual);
     if (std::erase(selectedFaces, FaceOfSolid(solid, face)) > 0)
-        addVisualTask(solid, [solid, face] { solid->clearSelectedFace(face); });
+        addEndOfLook(solid, [solid, face] { solid->clearSelectedFace(face); });
 }
 
 void Scene::clearSelectedFaces()
 {
+    core->owed.postWhatIsOwed();
     for (const auto& [visual, face] : std::exchange(selectedFaces, {}))
-        addVisualTask(visual, [visual = visual, face = face] { visual->clearSelectedFace(face); });
+        addEndOfLook(visual, [visual = visual, face = face] { visual->clearSelectedFace(face); });
 }
 
 const TopoDS_Face& Scene::GetBodyFace(unsigned id, unsigned face)

@@ -4,10 +4,10 @@
 #include "platform/task/DataItem.h"
 #include "platform/task/Task.h"
 #include "scene/core/SceneCore.h"
+#include "visual/SelectedIds.h"
 #include "visual/Visual.h"
 #include "visual/VisualStateManager.h"
 
-#include <algorithm>
 #include <shared_mutex>
 
 namespace vrk::visual {
@@ -77,36 +77,48 @@ void Scene::setVisualsSelected(const std::vector<unsigned>& ids)
 
 void Scene::doSelectVisual(unsigned id)
 {
+    std::unordered_set<unsigned> entered;
+    doSelectVisual(id, entered);
+}
+
+/// @param entered  the tasks and operations that were looked into: one may come back to itself by way of what it names.
+void Scene::doSelectVisual(unsigned id, std::unordered_set<unsigned>& entered)
+{
     // An object without a visual of its own may stand for others, and a task in the end for its robot.
     while (id != 0 && !HasVisual(id)) {
+        if (!entered.insert(id).second)
+            return;
         const StandsFor others = whatStandsFor(id);
         for (const unsigned other : others.ids)
-            doSelectVisual(other);
+            doSelectVisual(other, entered);
         id = others.robot;
     }
     if (id == 0)
         return;
     Visual* visual = GetVisual(id);
-    selectedVisuals.push_back(id);
+    selectedVisuals->add(id);
     core->states->setLayer(visual, VisualStateLayer::Selected, true, {});
     core->states->refresh(visual);
+    core->states->refreshBelow(visual);
 }
 
 void Scene::clearSelectedVisuals()
 {
+    core->owed.postWhatIsOwed();
     addRenderTask([this] { doClearSelectedVisuals(); }, 0);
 }
 
 void Scene::doClearSelectedVisuals()
 {
-    for (const unsigned id : selectedVisuals) {
+    for (const unsigned id : selectedVisuals->copy()) {
         if (!HasVisual(id)) // it died while it was selected
             continue;
         Visual* visual = GetVisual(id);
         core->states->setLayer(visual, VisualStateLayer::Selected, false, {});
         core->states->refresh(visual);
+        core->states->refreshBelow(visual);
     }
-    selectedVisuals.clear();
+    selectedVisuals->clear();
 }
 
 void Scene::clearSelections()
@@ -118,9 +130,14 @@ void Scene::clearSelections()
 bool Scene::isSelected(const Visual* visual) const
 {
     for (; visual && visual != core->worldVisual; visual = visual->getParent())
-        if (std::find(selectedVisuals.begin(), selectedVisuals.end(), visual->getId()) != selectedVisuals.end())
+        if (selectedVisuals->contains(visual->getId()))
             return true;
     return false;
+}
+
+const std::vector<unsigned>& Scene::getSelectedVisuals() const
+{
+    return selectedVisuals->live();
 }
 
 } // namespace vrk::visual

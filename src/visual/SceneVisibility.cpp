@@ -37,14 +37,23 @@ ModelLookUp lookUp(unsigned id)
 
 void Scene::setVisualVisible(unsigned id, bool visible)
 {
+    std::unordered_set<unsigned> entered;
+    setVisualVisible(id, visible, entered);
+}
+
+/// @param entered  the groups that were looked into: one may hold itself.
+void Scene::setVisualVisible(unsigned id, bool visible, std::unordered_set<unsigned>& entered)
+{
     // The lock is given back before the members are visited: a thread must not take it shared twice.
     const ModelLookUp found = lookUp(id);
     if (!found.known)
         return;
     if (found.group) {
+        if (!entered.insert(id).second)
+            return;
         clearSelections();
         for (const unsigned member : found.members)
-            setVisualVisible(member, visible);
+            setVisualVisible(member, visible, entered);
         return;
     }
     addRenderTask([this, id, visible] { doSetVisualVisible(id, visible); }, 0);

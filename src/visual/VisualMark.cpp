@@ -28,15 +28,18 @@ VisualMark::~VisualMark()
 void VisualMark::postLayer(bool on) const
 {
     // By value: the mark may be gone when the task runs, and so may the visual.
-    SceneCore::Get()->queue.post(
-        [visual = visual, id = id, isRegistered = isRegistered, layer = layer, on] {
-            if (isRegistered && !isInRegistry(id, visual))
-                return;
-            VisualStateManager& states = *SceneCore::Get()->states;
-            states.setLayer(visual, layer, on, {});
-            states.refresh(visual);
-        },
-        0);
+    RenderTaskQueue::Task task = [visual = visual, id = id, isRegistered = isRegistered, layer = layer, on] {
+        if (isRegistered && !isInRegistry(id, visual))
+            return;
+        VisualStateManager& states = *SceneCore::Get()->states;
+        states.setLayer(visual, layer, on, {});
+        states.refresh(visual);
+        states.refreshBelow(visual);
+    };
+    if (isRegistered && !on)
+        SceneCore::Get()->owed.post(task);
+    else
+        SceneCore::Get()->queue.post(std::move(task), 0);
 }
 
 } // namespace vrk::visual

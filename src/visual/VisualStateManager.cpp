@@ -120,6 +120,17 @@ void VisualStateManager::refresh(Visual* visual)
     }
 }
 
+void VisualStateManager::refreshBelow(Visual* visual)
+{
+    if (entries.empty() || (entries.size() == 1 && entries.contains(visual)))
+        return; // as with most hovers: the tree need not be walked
+    for (Visual* child : visual->getChildren()) {
+        if (entries.contains(child))
+            refresh(child);
+        refreshBelow(child);
+    }
+}
+
 void VisualStateManager::remove(Visual* visual)
 {
     entries.erase(visual);

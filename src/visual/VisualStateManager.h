@@ -40,6 +40,9 @@ public:
     static VisualStateLayer pickTopLayer(unsigned mask);
     /// Shows the plain look, then the topmost layer over it.
     void refresh(Visual* visual);
+    /// Refreshes the descendants that have layers of their own, from the top down: what was shown of the visual as a whole
+    /// has gone over them.
+    void refreshBelow(Visual* visual);
     /// Forgets a visual, without a refresh.
     void remove(Visual* visual);
     /// Whether the visual has an entry: it has none before its first layer and after its last.

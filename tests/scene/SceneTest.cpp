@@ -267,6 +267,36 @@ TEST_F(SceneTest, GroupIsHiddenThroughItsMembers)
     EXPECT_TRUE(isModelFree) << "the members are visited without the lock";
 }
 
+/// A group whose members are told one by one, itself among them.
+class NamedGroup : public Group {
+public:
+    using Group::Group;
+    void getMembers(std::vector<sdf::SdfObject*>& found) const override
+    {
+        found.insert(found.end(), members.begin(), members.end());
+    }
+    std::vector<sdf::SdfObject*> members;
+};
+
+TEST_F(SceneTest, GroupsThatHoldEachOtherAreEnteredOnceAndTheirMembersPostedAsNamed)
+{
+    const auto body = test::addModelBody(test::meshedBox(10, 10, 10), "grouped");
+    SolidVisual::Build(world, body.get(), body->getShape());
+    const auto first = std::make_shared<NamedGroup>(500);
+    const auto second = std::make_shared<NamedGroup>(501);
+    first->members = {first.get(), body.get(), second.get(), second.get(), body.get()};
+    second->members = {first.get(), body.get()};
+    sdf::SdfManager::inst().add(first);
+    sdf::SdfManager::inst().add(second);
+    const CountedUpdates updates;
+
+    scene.setVisualVisible(500, false);
+
+    EXPECT_EQ(updates.count, 5) << "the selection's end for each of the two groups, and the body three times";
+    drain();
+    EXPECT_FALSE(Scene::GetVisual(body->getId())->isVisible());
+}
+
 TEST_F(SceneTest, ShowingOrHidingAGroupEndsTheSelection)
 {
     const auto body = test::addModelBody(test::meshedBox(10, 10, 10), "deselected");

@@ -12,6 +12,7 @@
 #include "visual/Edges.h"
 #include "visual/FrameVisual.h"
 #include "visual/SolidVisual.h"
+#include "visual/VisualMark.h"
 #include "visual/VisualStateManager.h"
 
 #include <BRepBuilderAPI_MakeVertex.hxx>
@@ -195,6 +196,81 @@ TEST_F(StationVisuals, PartSelectedInsideAnAssemblyShowsItsFrame)
     drain();
 
     EXPECT_TRUE(partVisual(*assembly->getParts()[0]).getLocalFrame()->isVisible());
+}
+
+TEST_F(StationVisuals, HoverOverAPartLeavesItsBodyInCollision)
+{
+    const auto part = addPart("part");
+    scene.setCollision(part->getId(), true);
+    drain();
+
+    scene.setVisualHighlighted(part->getId());
+    drain();
+    EXPECT_EQ(materialOf(*part), "CollisionContact");
+
+    scene.clearHighlightedVisual();
+    drain();
+    EXPECT_EQ(materialOf(*part), "CollisionContact");
+
+    scene.clearAllCollisionContacts();
+    drain();
+    EXPECT_EQ(materialOf(*part), "Body");
+}
+
+TEST_F(StationVisuals, HoverOverAnAssemblyLeavesItsSelectedMember)
+{
+    const auto assembly = addAssembly(2);
+    layout::Part& selected = memberPart(*assembly, 0);
+    layout::Part& other = memberPart(*assembly, 1);
+    scene.setVisualSelected(selected.getId());
+    drain();
+
+    scene.setVisualHighlighted(assembly->getId());
+    drain();
+    EXPECT_EQ(materialOf(selected), "BodySelected");
+    EXPECT_EQ(materialOf(other), "BodyHighlighted");
+    EXPECT_TRUE(partVisual(selected).getLocalFrame()->isVisible());
+
+    scene.clearHighlightedVisual();
+    drain();
+    EXPECT_EQ(materialOf(selected), "BodySelected");
+    EXPECT_EQ(materialOf(other), "Body");
+    EXPECT_TRUE(partVisual(selected).getLocalFrame()->isVisible());
+}
+
+TEST_F(StationVisuals, SelectionOfAnAssemblyThatEndsLeavesWhatItsMembersShow)
+{
+    const auto assembly = addAssembly(2);
+    const unsigned colored = memberPart(*assembly, 0).getBodies()[0]->getId();
+    scene.bodyVisualUseMaterial(colored, "KUKA");
+    scene.setCollision(memberPart(*assembly, 1).getId(), true);
+    scene.setVisualSelected(assembly->getId());
+    drain();
+
+    scene.clearSelections();
+    drain();
+
+    EXPECT_EQ(materialOf(memberPart(*assembly, 0)), "KUKA");
+    EXPECT_EQ(materialOf(memberPart(*assembly, 1)), "CollisionContact");
+}
+
+TEST_F(StationVisuals, EmphasisAndMarksOfAWholeLeaveWhatItsMembersShow)
+{
+    const auto arm = addArm("abb");
+    layout::Part& link = memberPart(*arm->getLinks()[0], 0);
+    scene.setCollision(link.getId(), true);
+    scene.setVisualCollisionEmphasizeState(arm->getId(), Scene::VisualCollisionState::GroupA);
+    drain();
+    EXPECT_EQ(materialOf(link), "CollisionContact");
+    scene.clearVisualCollisionEmphasizeState(arm->getId());
+    {
+        const HighlightedVisual mark(Scene::GetVisual(arm->getId()));
+        drain();
+    }
+    drain();
+
+    EXPECT_EQ(materialOf(link), "CollisionContact");
+    EXPECT_EQ(materialOf(memberPart(*arm->getLinks()[1], 0)), "ABB");
 }
 
 TEST_F(StationVisuals, HighlightPassesOverSelectedMembers)

@@ -152,11 +152,37 @@ TEST_F(SceneEdges, ArrowComesToACurveAndGoes)
     EXPECT_EQ(last->getArrow(), nullptr);
 }
 
-TEST_F(SceneEdges, CurveArrowOnSomethingElseFailsOnTheRenderThread)
+TEST_F(SceneEdges, CurveArrowOnSomethingElseIsPassedOver)
 {
+    bool isReached = false;
     scene.addCurveArrow(id, true);
+    scene.clearCurveArrow(id);
+    scene.addRenderTask([&] { isReached = true; }, 0);
 
-    EXPECT_THROW(drain(), std::bad_cast);
+    EXPECT_NO_THROW(drain());
+
+    EXPECT_TRUE(isReached);
+    EXPECT_TRUE(childrenOfType(*solid, VisualType::Mesh).empty());
+}
+
+TEST_F(SceneEdges, CurveArrowOnAnUnknownVisualFailsOnTheRenderThread)
+{
+    scene.addCurveArrow(987654, true);
+
+    EXPECT_THROW(drain(), std::out_of_range);
+}
+
+TEST_F(SceneEdges, HighlightWhoseEndWentWithAFailedBatchGoesWithTheNextClearing)
+{
+    scene.highlightEdge(solid, edge);
+    ASSERT_EQ(highlighted().size(), 1u);
+    scene.addRenderTask([] { throw std::runtime_error("broken"); }, 0);
+    scene.clearHighlightedEdge();
+    EXPECT_THROW(drain(), std::runtime_error);
+
+    scene.clearHighlightedEdge();
+
+    EXPECT_TRUE(highlighted().empty());
 }
 
 TEST_F(SceneEdges, SelectedGeneratedEdgeIsTheOnlySelection)

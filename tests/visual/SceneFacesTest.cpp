@@ -3,6 +3,7 @@
 #include "platform/geometry/BodyColorTool.h"
 #include "platform/geometry/ColorText.h"
 #include "platform/layout/Body.h"
+#include "platform/sdf/SdfManager.h"
 #include "scene/core/SceneCore.h"
 #include "selection/VisualSelection.h"
 #include "support/SceneFixture.h"
@@ -151,6 +152,156 @@ TEST_F(SceneFaces, AllSelectedFacesAreClearedAtOnce)
 
     EXPECT_TRUE(same(bufferColor(1), stored));
     EXPECT_TRUE(same(bufferColor(2), stored));
+}
+
+TEST_F(SceneFaces, MarksWhoseEndWentWithAFailedBatchGoWithTheNextClearing)
+{
+    scene.selectBaseFace(solid->getId(), 1);
+    scene.selectSideFace(solid->getId(), 2);
+    scene.highlightFace(solid, 3);
+    drain();
+    scene.addRenderTask([] { throw std::runtime_error("broken"); }, 0);
+    scene.clearSelectedFace(solid->getId(), 2);
+    scene.clearSelectedFaces();
+    EXPECT_THROW(drain(), std::runtime_error);
+    EXPECT_TRUE(same(bufferColor(1), base));
+
+    scene.clearSelectedFaces();
+
+    for (const unsigned face : {1u, 2u, 3u})
+        EXPECT_TRUE(same(bufferColor(face), stored)) << face;
+}
+
+TEST_F(SceneFaces, FaceMarkedAnewAfterAFailedBatchKeepsItsMark)
+{
+    scene.selectBaseFace(solid->getId(), 1);
+    drain();
+    scene.addRenderTask([] { throw std::runtime_error("broken"); }, 0);
+    scene.clearSelectedFaces();
+    EXPECT_THROW(drain(), std::runtime_error);
+
+    scene.selectSideFace(solid->getId(), 1);
+
+    EXPECT_TRUE(same(bufferColor(1), side));
+}
+
+TEST_F(SceneFaces, NumberPastTheLastFaceIsRefusedAtTheCallAndChangesNothing)
+{
+    scene.highlightFace(solid, 2);
+    for (const unsigned face : {7u, 0x80000001u, 0xFFFFFFFFu}) {
+        SCOPED_TRACE(face);
+        EXPECT_THROW(scene.selectBaseFace(solid->getId(), face), Standard_OutOfRange);
+        EXPECT_THROW(scene.selectSideFace(solid->getId(), face), Standard_OutOfRange);
+        EXPECT_THROW(scene.highlightFace(solid, face), Standard_OutOfRange);
+        EXPECT_FALSE(scene.faceIsSelected(solid, face));
+    }
+
+    EXPECT_NO_THROW(drain());
+    EXPECT_TRUE(same(bufferColor(2), lit)) << "the highlight stays where it was";
+}
+
+TEST_F(SceneFaces, FaceZeroIsRecordedAndShowsNothing)
+{
+    scene.selectBaseFace(solid->getId(), 0);
+    EXPECT_TRUE(scene.faceIsSelected(solid, 0));
+    EXPECT_NO_THROW(drain());
+
+    scene.clearSelectedFaces();
+    EXPECT_NO_THROW(drain());
+    EXPECT_TRUE(same(bufferColor(1), stored));
+}
+
+TEST_F(SceneFaces, HidingAFaceKeepsTheMarksOfTheOthers)
+{
+    scene.selectBaseFace(solid->getId(), 1);
+    scene.selectSideFace(solid->getId(), 6);
+    drain();
+
+    solid->setFaceVisible(3, false);
+
+    // The mesh has no vertices of face 3: the fifth that is left is face 6.
+    EXPECT_TRUE(same(MeshManager::GetFaceColor("faces_3", solid->getShape(), 1), base));
+    EXPECT_TRUE(same(MeshManager::GetFaceColor("faces_3", solid->getShape(), 5), side));
+    EXPECT_TRUE(same(MeshManager::GetFaceColor("faces_3", solid->getShape(), 4), stored));
+    EXPECT_TRUE(same(MeshManager::GetFaceColor("faces", solid->getShape(), 1), stored)) << "for whoever draws it next";
+
+    scene.clearSelectedFaces();
+    drain();
+    EXPECT_TRUE(same(MeshManager::GetFaceColor("faces_3", solid->getShape(), 5), stored));
+}
+
+TEST_F(SceneFaces, MarkOfAHiddenFaceComesBackWithIt)
+{
+    scene.selectBaseFace(solid->getId(), 3);
+    drain();
+
+    solid->setFaceVisible(3, false);
+    solid->setFaceVisible(3, true);
+
+    EXPECT_TRUE(same(bufferColor(3), base));
+}
+
+TEST_F(SceneFaces, MarksStayWhenTheWholeSolidIsShownAgain)
+{
+    scene.selectBaseFace(solid->getId(), 2);
+    drain();
+    solid->setFaceVisible(3, false);
+
+    solid->setVisible(true, true);
+
+    EXPECT_TRUE(same(bufferColor(2), base));
+}
+
+class SharedFaces : public SceneFaces {
+protected:
+    SharedFaces()
+    {
+        otherBody = test::addModelBody(solid->getShape(), "faces");
+        SolidVisual::Build(world, otherBody.get(), solid->getShape());
+        other = static_cast<SolidVisual*>(Scene::GetVisual(otherBody->getId()));
+    }
+    rob::Colorf sharedColor(unsigned face) { return MeshManager::GetFaceColor("faces", other->getShape(), face); }
+
+    std::shared_ptr<layout::Body> otherBody;
+    SolidVisual* other = nullptr;
+};
+
+TEST_F(SharedFaces, SolidThatDiesTakesItsMarksOffTheMesh)
+{
+    scene.selectBaseFace(solid->getId(), 1);
+    scene.highlightFace(solid, 2);
+    drain();
+
+    scene.deleteVisual(solid);
+
+    EXPECT_TRUE(same(sharedColor(1), stored));
+    EXPECT_TRUE(same(sharedColor(2), stored));
+}
+
+TEST_F(SharedFaces, MarkThatAnotherHasOnTheSameFaceStays)
+{
+    scene.selectBaseFace(solid->getId(), 1);
+    scene.selectSideFace(other->getId(), 1);
+    scene.selectBaseFace(solid->getId(), 2);
+    drain();
+
+    scene.deleteVisual(solid);
+
+    EXPECT_TRUE(same(sharedColor(1), side));
+    EXPECT_TRUE(same(sharedColor(2), stored));
+    EXPECT_TRUE(scene.faceIsSelected(other, 1));
+}
+
+TEST_F(SharedFaces, SolidThatDiesAfterItsModelObjectTakesItsMarksOffAllTheSame)
+{
+    scene.selectBaseFace(solid->getId(), 1);
+    drain();
+    sdf::SdfManager::inst().clear();
+    body.reset();
+
+    scene.deleteVisual(solid);
+
+    EXPECT_TRUE(same(sharedColor(1), stored));
 }
 
 TEST_F(SceneFaces, SelectingAFaceOfAVisualThatIsNotRegisteredFails)

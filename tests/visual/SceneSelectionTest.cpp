@@ -240,6 +240,39 @@ TEST_F(SceneSelection, TaskWhoseRobotHasNoVisualGoesOnWithWhatThatStandsFor)
     EXPECT_THAT(scene.getSelectedVisuals(), ElementsAre(911));
 }
 
+TEST_F(SceneSelection, TaskThatIsItsOwnRobotEndsThere)
+{
+    const auto program = std::make_shared<task::Task>(900, "program");
+    program->addPath(905);
+    program->setManipulatorId(900);
+    sdf::SdfManager::inst().add(program);
+    SceneCore::Get()->visuals.enter(new Visual(905, world));
+
+    scene.setVisualSelected(900u);
+    drain();
+
+    EXPECT_THAT(scene.getSelectedVisuals(), ElementsAre(905));
+}
+
+TEST_F(SceneSelection, OperationsThatHoldEachOtherAreEnteredOnceAndTheirMembersAppendedAsNamed)
+{
+    const auto first = std::make_shared<task::Operation>(910, "first");
+    const auto second = std::make_shared<task::Operation>(911, "second");
+    for (const unsigned id : {912u, 911u, 912u, 910u})
+        first->addMember(id);
+    for (const unsigned id : {910u, 912u})
+        second->addMember(id);
+    sdf::SdfManager::inst().add(first);
+    sdf::SdfManager::inst().add(second);
+    sdf::SdfManager::inst().add(std::make_shared<sdf::SdfNode>(sdf::ModelType::Part, 912, "part"));
+    SceneCore::Get()->visuals.enter(new Visual(912, world));
+
+    scene.setVisualSelected(910u);
+    drain();
+
+    EXPECT_THAT(scene.getSelectedVisuals(), ElementsAre(912, 912, 912));
+}
+
 TEST_F(SceneSelection, TaskWithAVisualIsSelectedItself)
 {
     const auto program = std::make_shared<task::Task>(900, "program");
@@ -374,6 +407,22 @@ TEST_F(SceneSelection, CloudThatIsNotNamedAgainLosesItsPoints)
 
     EXPECT_THAT(one->getSelectedIndices(), IsEmpty());
     EXPECT_THAT(scene.getSelectedVisuals(), ElementsAre(two->getId()));
+}
+
+TEST_F(SceneSelection, CloudWhoseNewPointsWentWithAFailedBatchIsClearedWithAllElse)
+{
+    PointCloudVisual* cloud = addCloud();
+    scene.selectPointCloud({{cloud->getId(), {0, 1}}});
+    drain();
+    scene.addRenderTask([] { throw std::runtime_error("broken"); }, 0);
+    scene.selectPointCloud({{cloud->getId(), {2}}});
+    EXPECT_THROW(drain(), std::runtime_error);
+
+    scene.clearSelections();
+    drain();
+
+    EXPECT_THAT(cloud->getSelectedIndices(), IsEmpty());
+    EXPECT_THAT(scene.getSelectedVisuals(), IsEmpty());
 }
 
 TEST_F(SceneSelection, UnknownCloudFailsOnTheRenderThreadAfterTheClearing)

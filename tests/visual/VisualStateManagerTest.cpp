@@ -269,6 +269,70 @@ TEST_F(Layers, HighlightMovesFromVisualToVisual)
     EXPECT_EQ(materialOf(*second), "BodyHighlighted");
 }
 
+TEST_F(Layers, HighlightWhoseEndWentWithAFailedBatchGoesWithTheNextClearing)
+{
+    SolidVisual* solid = addBody();
+    scene.setVisualHighlighted(solid);
+    drain();
+    scene.addRenderTask([] { throw std::runtime_error("broken"); }, 0);
+    scene.clearHighlightedVisual();
+    EXPECT_THROW(drain(), std::runtime_error);
+    EXPECT_EQ(materialOf(*solid), "BodyHighlighted") << "nothing records it any more";
+
+    scene.clearHighlightedBody();
+    drain();
+
+    EXPECT_EQ(materialOf(*solid), "Body");
+    EXPECT_FALSE(states.hasEntry(solid));
+    EXPECT_EQ(postsOf([this] { scene.clearHighlightedVisual(); }), 0);
+}
+
+TEST_F(Layers, HighlightSetAnewAfterAFailedBatchStays)
+{
+    SolidVisual* solid = addBody();
+    scene.setVisualHighlighted(solid);
+    drain();
+    scene.addRenderTask([] { throw std::runtime_error("broken"); }, 0);
+    scene.clearHighlightedVisual();
+    EXPECT_THROW(drain(), std::runtime_error);
+
+    scene.setVisualHighlighted(solid);
+    drain();
+
+    EXPECT_EQ(materialOf(*solid), "BodyHighlighted");
+}
+
+TEST_F(Layers, VisualThatDiesWhileTheEndOfItsHighlightIsOwedIsPassedOver)
+{
+    SolidVisual* solid = addBody();
+    scene.setVisualHighlighted(solid);
+    drain();
+    scene.addRenderTask([] { throw std::runtime_error("broken"); }, 0);
+    scene.clearHighlightedVisual();
+    EXPECT_THROW(drain(), std::runtime_error);
+    scene.deleteVisual(solid);
+
+    scene.clearHighlightedVisual();
+
+    EXPECT_NO_THROW(drain());
+}
+
+TEST_F(Layers, MarkWhoseEndWentWithAFailedBatchGoesWithTheNextClearing)
+{
+    SolidVisual* solid = addBody();
+    {
+        const SelectedVisual mark(solid);
+        drain();
+        scene.addRenderTask([] { throw std::runtime_error("broken"); }, 0);
+    }
+    EXPECT_THROW(drain(), std::runtime_error);
+
+    scene.clearSelections();
+    drain();
+
+    EXPECT_FALSE(states.hasEntry(solid));
+}
+
 TEST_F(Layers, HighlightingWhatIsHighlightedPostsNothing)
 {
     SolidVisual* solid = addBody();

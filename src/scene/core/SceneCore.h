@@ -1,6 +1,7 @@
 #pragma once
 
 #include "scene/core/InstanceManagers.h"
+#include "scene/core/OwedTasks.h"
 #include "scene/core/RenderTaskQueue.h"
 #include "scene/core/SceneSettings.h"
 #include "scene/core/VisualRegistry.h"
@@ -34,6 +35,7 @@ public:
     Ogre::SceneManager* const sceneManager;
     SceneSettings settings;
     RenderTaskQueue queue;
+    OwedTasks owed{queue}; ///< the ends of looks
     VisualRegistry visuals;
     const std::unique_ptr<VisualStateManager> states; ///< the looks of visuals that are selected, highlighted, ...
     InstanceManagers instanceManagers;
