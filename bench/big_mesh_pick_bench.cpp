@@ -65,24 +65,32 @@ std::size_t heapBytes()
 void buildBigMesh(benchmark::State& state)
 {
     bigMesh().getBounds();
-    bench::Contest contest;
+    bench::Contest contest, work;
     for (auto _ : state) {
         const std::size_t before = heapBytes();
         std::unique_ptr<selection::SensitiveMesh> ours;
-        const double took = bench::millisecondsOf([&] { ours = oursOfBigMesh(); });
+        double took = 0;
+        work.add("ours", bench::workOf([&] { took = bench::millisecondsOf([&] { ours = oursOfBigMesh(); }); }));
         contest.add("ours", took);
         state.counters["ours B/triangle"] =
+            static_cast<double>(heapBytes() - before) / static_cast<double>(triangleCount);
+        // The other hierarchy, for the first question that is not a pick.
+        contest.add("ours, for other questions", bench::millisecondsOf([&] { ours->getRoot(); }));
+        state.counters["ours with both hierarchies B/triangle"] =
             static_cast<double>(heapBytes() - before) / static_cast<double>(triangleCount);
         ours.reset();
         malloc_trim(0);
 
         std::unique_ptr<bench::EmbreeScene> embree;
-        contest.add("Embree", bench::millisecondsOf([&] { embree = embreeOfBigMesh(); }));
+        work.add("Embree", bench::workOf([&] {
+                     contest.add("Embree", bench::millisecondsOf([&] { embree = embreeOfBigMesh(); }));
+                 }));
         state.counters["Embree B/triangle"] =
             static_cast<double>(bench::EmbreeScene::bytesHeld(threads)) / static_cast<double>(triangleCount);
         state.SetIterationTime(took / 1000);
     }
     contest.report(state, "ms", "Embree");
+    work.report(state, "ms of all cores", "Embree");
 }
 
 /// Embree's answers, which are known to be those of a loop over all triangles.

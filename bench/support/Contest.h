@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
+#include <ctime>
 #include <map>
 #include <string>
 #include <vector>
@@ -26,6 +27,20 @@ double millisecondsOf(const Call& call)
     const auto before = std::chrono::steady_clock::now();
     call();
     return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - before).count();
+}
+
+/// The milliseconds that all threads of this process work for `call`: what a busy machine does not draw out.
+template <typename Call>
+double workOf(const Call& call)
+{
+    const auto now = [] {
+        timespec at{};
+        clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &at);
+        return 1e3 * static_cast<double>(at.tv_sec) + 1e-6 * static_cast<double>(at.tv_nsec);
+    };
+    const double before = now();
+    call();
+    return now() - before;
 }
 
 /// Several ways of doing the same work, which take turns in one program: a machine whose speed drifts favours none.

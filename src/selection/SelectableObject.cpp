@@ -14,8 +14,13 @@ bool SelectableObject::beginUpdate()
 {
     if (!worldDirty)
         return false;
-    if (built)
-        return true;
+    if (!built)
+        buildParts();
+    return true;
+}
+
+void SelectableObject::buildParts()
+{
     try {
         buildPrimitives();
     } catch (...) {
@@ -25,7 +30,6 @@ bool SelectableObject::beginUpdate()
         throw;
     }
     built = true;
-    return true;
 }
 
 void SelectableObject::takePose(const rob::PoseTemplate<float>& pose)

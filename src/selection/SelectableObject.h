@@ -27,6 +27,11 @@ public:
     /// Makes the parts, the first time, and takes the pose of the visual. Does nothing while the object is not marked as
     /// dirty. The parts are never made anew: if they must be, remove the object and add it again.
     virtual void update() = 0;
+    /// Whether `buildParts` may be called for it, as the next update would have to make the parts: settles what several
+    /// objects share first.
+    bool preparePartsForAnyThread() { return !built && worldDirty && canBuildOnAnyThread(); }
+    /// Makes the parts ahead of the next update. For several objects on as many threads, and nothing else meanwhile.
+    void buildParts();
     virtual std::string getDescription() const { return {}; }
 
     /// As `intersectRay`, for a caller that has a hit at the distance `limit` already: one that is not nearer may be left
@@ -52,6 +57,8 @@ protected:
 
     /// The update of an object whose box is that of its hierarchy.
     void updateFromHierarchy();
+    /// Whether the parts are made of the object alone, with no camera and nothing that another object makes as well.
+    virtual bool canBuildOnAnyThread() { return false; }
     /// What every update starts with: false if there is nothing to do, else the parts are there.
     bool beginUpdate();
     void takePose(const rob::PoseTemplate<float>& pose);

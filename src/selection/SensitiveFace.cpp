@@ -33,9 +33,9 @@ SensitiveFace::SensitiveFace(const TopoDS_Shape& shape, unsigned faceIndex)
         return;
     buildTriangles();
     buildHierarchy();
-    if (bvh.root == nullptr)
+    if (isEmpty())
         return;
-    box = bvh.root->box;
+    box = getBounds();
     if (hasPose)
         box.transform(pose);
 }
@@ -82,7 +82,7 @@ void SensitiveFace::getTriangles(rob::TriangleTemplate<float>* triangles, const 
 void SensitiveFace::intersectLine(Result& result, const rob::LineTemplate<float>& line) const
 {
     result = Result();
-    if (bvh.root == nullptr)
+    if (isEmpty())
         return;
     nearestOfLine(result, hasPose ? line.transformed(inversePose) : line);
     result.face = face;
@@ -91,7 +91,7 @@ void SensitiveFace::intersectLine(Result& result, const rob::LineTemplate<float>
 void SensitiveFace::intersectTriangle(Result& result, const rob::TriangleTemplate<float>& triangle) const
 {
     result = Result();
-    if (bvh.root == nullptr)
+    if (isEmpty())
         return;
     anyOfTriangle(result, hasPose ? triangle.transformed(inversePose) : triangle);
     result.face = face;
@@ -100,7 +100,7 @@ void SensitiveFace::intersectTriangle(Result& result, const rob::TriangleTemplat
 void SensitiveFace::intersectRay(Result& result, const visual::Ray& ray) const
 {
     result = Result();
-    if (bvh.root == nullptr)
+    if (isEmpty())
         return;
     nearestOfRay(result, hasPose ? ray.transformed(inversePose) : ray);
     result.face = face;

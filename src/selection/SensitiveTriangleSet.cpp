@@ -4,7 +4,12 @@
 #include "selection/geometry/BVHWalk.h"
 #include "selection/geometry/Math.h"
 
+#include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstring>
+#include <mutex>
+#include <type_traits>
 #include <utility>
 
 namespace vrk::selection {
@@ -16,7 +21,9 @@ namespace {
 /// An edge function that is exactly zero is a miss here. So a ray through an edge that two triangles share may miss both.
 class ShearedRay {
 public:
-    explicit ShearedRay(const visual::Ray& ray) : origin(ray.origin), kz(mainAxis(ray.direction))
+    using Triangle = rob::TriangleTemplate<float>;
+    explicit ShearedRay(const visual::Ray& ray)
+        : origin{ray.origin.x, ray.origin.y, ray.origin.z}, kz(mainAxis(ray.direction))
     {
         const rob::Vec3Template<float> d(ray.direction);
         kx = (kz + 1) % 3;
@@ -28,21 +35,16 @@ public:
 
     /// @param corners  as `getTriangle` gives them.
     /// @param limit    what a hit must not be farther than.
-    bool meets(const rob::TriangleTemplate<float>& corners, float limit, SensitiveTriangleSet::RayHit& hit) const
+    bool meets(const Triangle& corners, float limit, SensitiveTriangleSet::RayHit& hit) const
     {
-        const rob::Vec3Template<float> a = corners.c - origin, b = corners.b - origin, c = corners.a - origin;
-        const float ax = a[kx] + a[kz] * sx, ay = a[ky] + a[kz] * sy;
-        const float bx = b[kx] + b[kz] * sx, by = b[ky] + b[kz] * sy;
-        const float cx = c[kx] + c[kz] * sx, cy = c[ky] + c[kz] * sy;
-        const float u = cy * bx - cx * by;
-        const float v = by * ax - bx * ay;
-        const float w = cx * ay - cy * ax;
+        const auto [u, v, w, az, bz, cz] =
+            edges<float>([&corners](unsigned corner, unsigned axis) { return coordinate(corners, corner, axis); });
         if (!((u > 0 && v > 0 && w > 0) || (u < 0 && v < 0 && w < 0)))
             return false;
         // Each function is zero along one edge, and so it is the weight of the corner across.
         const float det = u + v + w;
         const float ofA = u / det, ofC = v / det, ofB = w / det;
-        const float t = ofB * b[kz] * sz + ofA * a[kz] * sz + ofC * c[kz] * sz;
+        const float t = ofB * bz * sz + ofA * az * sz + ofC * cz * sz;
         if (!(t > 0 && t <= limit))
             return false;
         hit.distance = t;
@@ -50,7 +52,44 @@ public:
         return true;
     }
 
+    /// Which of four triangles have the ray's line inside, by the numbers that `meets` has: a bit for each.
+    unsigned goesThrough(const Triangle* triangles) const
+    {
+        const auto [u, v, w, az, bz, cz] = edges<Float4>([triangles](unsigned corner, unsigned axis) {
+            return Float4{coordinate(triangles[0], corner, axis), coordinate(triangles[1], corner, axis),
+                          coordinate(triangles[2], corner, axis), coordinate(triangles[3], corner, axis)};
+        });
+        return bitsOf(((u > 0) & (v > 0) & (w > 0)) | ((u < 0) & (v < 0) & (w < 0)));
+    }
+
 private:
+    /// The edge functions, and the corners along the main axis as the origin of the ray sees them.
+    template <typename Number>
+    struct Edges {
+        Number u, v, w, az, bz, cz;
+    };
+
+    /// @param at  Number(unsigned corner, unsigned axis), with the corners from the last to the first.
+    template <typename Number, typename At>
+    Edges<Number> edges(const At& at) const
+    {
+        constexpr unsigned a = 2, b = 1, c = 0;
+        const Number az = at(a, kz) - origin[kz], bz = at(b, kz) - origin[kz], cz = at(c, kz) - origin[kz];
+        const Number ax = (at(a, kx) - origin[kx]) + az * sx, ay = (at(a, ky) - origin[ky]) + az * sy;
+        const Number bx = (at(b, kx) - origin[kx]) + bz * sx, by = (at(b, ky) - origin[ky]) + bz * sy;
+        const Number cx = (at(c, kx) - origin[kx]) + cz * sx, cy = (at(c, ky) - origin[ky]) + cz * sy;
+        return {cy * bx - cx * by, by * ax - bx * ay, cx * ay - cy * ax, az, bz, cz};
+    }
+
+    static float coordinate(const Triangle& triangle, unsigned corner, unsigned axis)
+    {
+        static_assert(sizeof(Triangle) == 9 * sizeof(float) && std::is_standard_layout_v<Triangle>);
+        float value;
+        std::memcpy(&value, reinterpret_cast<const char*>(&triangle) + (3 * corner + axis) * sizeof value,
+                    sizeof value);
+        return value;
+    }
+
     static unsigned mainAxis(const rob::DirTemplate<float>& d)
     {
         const float x = std::abs(d.x), y = std::abs(d.y), z = std::abs(d.z);
@@ -59,7 +98,7 @@ private:
         return y > z ? 1 : 2;
     }
 
-    rob::PosTemplate<float> origin;
+    float origin[3];
     unsigned kx, ky, kz;
     float sx, sy, sz;
 };
@@ -102,8 +141,43 @@ void SensitiveTriangleSet::keepFirst(std::size_t count)
 
 void SensitiveTriangleSet::buildHierarchy()
 {
-    bvh = BVHBuilder(this).build();
-    forRays.build(bvh.root, [](const BVHPrimitive* primitive) { return asTriangle(primitive).index; });
+    constexpr std::size_t largeSet = 16384;
+    bounds = Box();
+    std::mutex merging;
+    forRays.build(primitives.size(), [&](std::size_t begin, std::size_t end, NearestHitTree::Reference* out) {
+        const Box ofThese = takeReferences(begin, end, out);
+        const std::lock_guard lock(merging);
+        bounds.addBox(ofThese);
+    });
+    if (primitives.size() < largeSet)
+        bvh = BVHBuilder(this).build();
+    else
+        buildWhenAsked();
+}
+
+/// Returns the box of the boxes.
+visual::Box SensitiveTriangleSet::takeReferences(std::size_t begin, std::size_t end,
+                                                 NearestHitTree::Reference* out) const
+{
+    constexpr unsigned together = 64;
+    rob::TriangleTemplate<float> corners[together];
+    unsigned indices[together];
+    Box all;
+    while (begin < end) {
+        const auto count = static_cast<unsigned>(std::min<std::size_t>(together, end - begin));
+        for (unsigned i = 0; i < count; ++i)
+            indices[i] = asTriangle(primitives[begin + i]).index;
+        getTriangles(corners, indices, count);
+        for (unsigned i = 0; i < count; ++i, ++begin, ++out) {
+            const BVHPrimitive& primitive = *primitives[begin];
+            *out = NearestHitTree::Reference();
+            if (!primitive.enabled || !primitive.box.isValid()) // as the container's hierarchy decides it
+                continue;
+            *out = NearestHitTree::Reference(corners[i], indices[i]);
+            all.addBox(primitive.box);
+        }
+    }
+    return all;
 }
 
 void SensitiveTriangleSet::getTriangles(rob::TriangleTemplate<float>* triangles, const unsigned* indices,
@@ -126,7 +200,7 @@ void SensitiveTriangleSet::nearestOfLine(Result& result, const rob::LineTemplate
 {
     result = Result();
     rob::TriangleTemplate<float> triangle;
-    walkLine(bvh.root, line, [&](const BVHPrimitive* primitive) {
+    walkLine(getRoot(), line, [&](const BVHPrimitive* primitive) {
         getTriangle(triangle, asTriangle(primitive));
         std::swap(triangle.a, triangle.c); // back to the order in which they are stored
         const Result found = Math::Intersect(line, triangle);
@@ -143,7 +217,7 @@ void SensitiveTriangleSet::anyOfTriangle(Result& result, const rob::TriangleTemp
 {
     result = Result();
     rob::TriangleTemplate<float> mine;
-    walkTriangle(bvh.root, triangle, [&](const BVHPrimitive* primitive) {
+    walkTriangle(getRoot(), triangle, [&](const BVHPrimitive* primitive) {
         getTriangle(mine, asTriangle(primitive));
         result.hit = Math::Intersect(triangle, mine);
         return !result.hit;
@@ -163,19 +237,27 @@ void SensitiveTriangleSet::nearestOfRay(Result& result, const visual::Ray& ray) 
 }
 
 /// The answer does not depend on the order in which the triangles are tested, but among equally near ones: these are
-/// tested again, in the order of the hierarchy.
+/// tested again, in the order of the container's hierarchy.
 bool SensitiveTriangleSet::nearestOfRay(RayHit& hit, const visual::Ray& ray, float limit) const
 {
+    if (!ray.origin.isFinite() || !ray.direction.isFinite()) // it meets nothing
+        return false;
+    if (!forRays.serves(ray))
+        return nearestInOrder(hit, ray, limit);
     const ShearedRay sheared(ray);
     const RayBoxTest boxTest(ray);
     const float before = limit;
     bool isTied = false;
-    rob::TriangleTemplate<float> triangles[BVHLeaf::capacity];
+    // A leaf with fewer leaves behind what was there before, which is tested with the others and not looked at.
+    rob::TriangleTemplate<float> triangles[NearestHitTree::leafCapacity];
     RayHit found;
     forRays.walk(ray, limit, [&](const unsigned* indices, unsigned count) {
         getTriangles(triangles, indices, count);
-        for (unsigned i = 0; i < count; ++i) {
-            // No triangle is hit whose own box is missed, as it can be where a unit is less than the rounding.
+        const unsigned ofLeaf = (1u << count) - 1;
+        for (unsigned through = sheared.goesThrough(triangles) & ofLeaf; through != 0; through &= through - 1) {
+            const auto i = static_cast<unsigned>(std::countr_zero(through));
+            // No triangle is hit whose own box is missed: by a ray that counts as parallel to an axis, or where the unit
+            // that the box is larger is less than the rounding.
             if (!sheared.meets(triangles[i], limit, found) || !boxTest(boxOf(triangles[i])))
                 continue;
             isTied = found.distance == limit;
@@ -196,7 +278,7 @@ bool SensitiveTriangleSet::nearestInOrder(RayHit& hit, const visual::Ray& ray, f
     const float before = limit;
     rob::TriangleTemplate<float> triangle;
     RayHit found;
-    walkRayWithin(bvh.root, ray, limit, [&](const BVHPrimitive* primitive) {
+    walkRayWithin(getRoot(), ray, limit, [&](const BVHPrimitive* primitive) {
         getTriangle(triangle, asTriangle(primitive));
         if (!sheared.meets(triangle, limit, found) || found.distance == limit)
             return;

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "selection/geometry/BVHPrimitive.h"
+#include "selection/geometry/NearestHitTree.h"
 #include "selection/geometry/PrimitiveContainer.h"
-#include "selection/geometry/WideTree.h"
 
 #include <memory>
 
@@ -20,11 +20,14 @@ public:
     unsigned index = 0; ///< from 1 in a triangulation of a shape, from 0 in a mesh
 };
 
-/// Triangles that are tested together, and a hierarchy over them.
+/// Triangles that are tested together, and the hierarchies over them: one of their own for the nearest hit of a ray, and
+/// that of the container for all other questions and for the order of equally near hits. The container's is built
+/// together with the other for a small set. For a large one it is built by the first question that needs it, as it takes
+/// about as much time and several times as much memory.
 ///
 /// Units: those of the triangles. What the queries are given and tell is in set coordinates, before `pose`, but for the
 /// positions, which have gone through it.
-/// Thread: built by one; the queries only read.
+/// Thread: built by one; the queries may run on several threads at once.
 class VRK_EXPORT SensitiveTriangleSet : public PrimitiveContainer {
 public:
     /// Where a ray meets a triangle.
@@ -48,6 +51,11 @@ public:
     /// `limit`, and then the result is true.
     bool nearestOfRay(RayHit& hit, const visual::Ray& ray, float limit) const;
 
+    /// Whether there is no triangle in the hierarchies.
+    bool isEmpty() const { return !bounds.isValid(); }
+    /// The box of the boxes of all triangles in the hierarchies; invalid without any.
+    const visual::Box& getBounds() const { return bounds; }
+
     bool hasPose = false;
     rob::PoseTemplate<float> pose; ///< from set coordinates to those of the object
     rob::PoseTemplate<float> inversePose;
@@ -65,8 +73,10 @@ protected:
 
 private:
     bool nearestInOrder(RayHit& hit, const visual::Ray& ray, float limit) const;
+    visual::Box takeReferences(std::size_t begin, std::size_t end, NearestHitTree::Reference* out) const;
 
-    WideTree forRays;                                      // over the indices of the triangles
+    NearestHitTree forRays; // over the indices of the triangles
+    visual::Box bounds;
     std::unique_ptr<SensitiveIndexedTriangle[]> triangles; // owns what the container would delete one by one
 };
 

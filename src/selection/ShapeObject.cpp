@@ -27,6 +27,13 @@ void ShapeObject::buildPrimitives()
     buildHierarchy();
 }
 
+/// Bodies share a map of faces, which is made when it is first asked for.
+bool ShapeObject::canBuildOnAnyThread()
+{
+    solid->getFaceMap();
+    return true;
+}
+
 void ShapeObject::intersectLine(Result& result, const rob::LineTemplate<float>& line) const
 {
     closestHitLine(result, line.transformed(inverseWorldPose));

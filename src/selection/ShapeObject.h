@@ -27,6 +27,7 @@ public:
 
 private:
     void buildPrimitives() override;
+    bool canBuildOnAnyThread() override;
 
     visual::SolidVisual* solid;
     TopoDS_Shape shape;

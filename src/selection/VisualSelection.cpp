@@ -9,6 +9,7 @@
 #include "selection/PointObject.h"
 #include "selection/ShapeObject.h"
 #include "selection/geometry/BVHBuilder.h"
+#include "platform/common/ParallelFor.h"
 #include "visual/CurveVisual.h"
 #include "visual/LineVisual.h"
 #include "visual/PointCloudVisual.h"
@@ -226,9 +227,27 @@ bool VisualSelection::isDetectable(visual::Visual* visual) const
     return getObject(visual)->detectable;
 }
 
+/// The parts of what was added since the last time, for objects whose parts no other thread minds being made.
+void VisualSelection::buildPartsOnAllCores()
+{
+    std::vector<SelectableObject*> waiting;
+    for (BVHPrimitive* primitive : containers[0].primitives) {
+        auto* object = static_cast<SelectableObject*>(primitive);
+        if (object->preparePartsForAnyThread())
+            waiting.push_back(object);
+    }
+    if (waiting.size() < 2) // made by its own update
+        return;
+    parallelFor(waiting.size(), [&waiting](std::size_t begin, std::size_t end) {
+        for (std::size_t i = begin; i < end; ++i)
+            waiting[i]->buildParts();
+    });
+}
+
 void VisualSelection::updateWorldBoxes()
 {
     closeGaps();
+    buildPartsOnAllCores();
     for (PrimitiveContainer& container : containers)
         for (BVHPrimitive* object : container.primitives)
             static_cast<SelectableObject*>(object)->update();

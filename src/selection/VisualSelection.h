@@ -124,6 +124,7 @@ private:
     PrimitiveContainer& containerOf(const SelectableObject& object);
     /// Removal leaves gaps, so that the removal of many does not move the others each time.
     void closeGaps();
+    void buildPartsOnAllCores();
     SelectableObject* find(visual::Visual* visual) const;
 
     std::unordered_map<visual::Visual*, SelectableObject*> objects;

@@ -12,7 +12,7 @@ if command -v ccache >/dev/null; then
     launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
 fi
 "$source/check-exports.sh" "$work/installed"
-for internal in WideTree LargePages BVHWalk BoxTests ParallelFor; do
+for internal in Float4 LargePages NearestHitBuilder NearestHitTree BVHWalk BoxTests ParallelFor; do
     test ! -e "$work/installed/include/vrk/selection/geometry/$internal.h"
 done
 cmake -S "$source" -B "$work/build" -G Ninja -DCMAKE_PREFIX_PATH="$work/installed" "${launcher[@]}" >/dev/null

@@ -5,9 +5,12 @@
 
 #include "mesh/Mesh.h"
 #include "selection/SensitiveMesh.h"
+#include "selection/geometry/BVHBuilder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <thread>
 
 namespace vrk::selection {
 namespace {
@@ -226,6 +229,94 @@ TEST(SensitiveTriangleSet, RayOfNoDirectionHitsNothing)
     EXPECT_FALSE(rayHit(soup, Ray({1, 1, 0.5f}, {0, 0, 0})).hit);
     EXPECT_FALSE(rayHit(soup, Ray({1, 1, 5}, {0, 0, nan})).hit);
     EXPECT_FALSE(rayHit(soup, Ray({nan, 1, 5}, {0, 0, -1})).hit);
+}
+
+/// As many as are not taken into the container's hierarchy before somebody asks, most of them twice.
+std::vector<Trianglef> manyTriangles()
+{
+    Dice dice(3, 500);
+    std::vector<Trianglef> triangles;
+    while (triangles.size() < 20'000) {
+        const Posf at = dice.point();
+        triangles.push_back({at, at + rob::Vec3f(dice.number(5, 30), 0, 3), at + rob::Vec3f(0, dice.number(5, 30), 2)});
+        if (triangles.size() % 3 != 0)
+            triangles.push_back(triangles.back());
+    }
+    return triangles;
+}
+
+TEST(SensitiveTriangleSet, SmallSetHasTheContainersHierarchyFromTheBeginning)
+{
+    const Soup soup({floorTriangle});
+
+    ASSERT_NE(soup.bvh.root, nullptr);
+    EXPECT_EQ(soup.bvh.root, soup.getRoot());
+}
+
+TEST(SensitiveTriangleSet, LargeSetHasTheContainersHierarchyFromTheFirstQuestionThatNeedsIt)
+{
+    const Soup soup(manyTriangles());
+    PrimitiveContainer plain;
+    for (const BVHPrimitive* triangle : soup.primitives) {
+        auto* same = new SensitiveIndexedTriangle;
+        same->box = triangle->box;
+        same->index = static_cast<const SensitiveIndexedTriangle*>(triangle)->index;
+        plain.primitives.push_back(same);
+    }
+    plain.bvh = BVHBuilder(&plain).build();
+    const auto indicesOf = [](const PrimitiveContainer& container) {
+        std::vector<BVHPrimitive*> found;
+        container.queryBox(Box(-50, -50, -50, 50, 50, 50), found);
+        std::vector<unsigned> indices;
+        for (const BVHPrimitive* triangle : found)
+            indices.push_back(static_cast<const SensitiveIndexedTriangle*>(triangle)->index);
+        return indices;
+    };
+    EXPECT_EQ(soup.bvh.root, nullptr);
+    EXPECT_FALSE(soup.isEmpty());
+    EXPECT_EQ(soup.getBounds().min, plain.bvh.root->box.min);
+    EXPECT_EQ(soup.getBounds().max, plain.bvh.root->box.max);
+    EXPECT_EQ(soup.getBounds().center, plain.bvh.root->box.center);
+
+    std::vector<std::vector<unsigned>> answers(4);
+    std::vector<std::thread> threads;
+    for (std::vector<unsigned>& answer : answers)
+        threads.emplace_back([&] { answer = indicesOf(soup); });
+    for (std::thread& thread : threads)
+        thread.join();
+
+    const std::vector<unsigned> expected = indicesOf(plain);
+    EXPECT_FALSE(expected.empty());
+    for (const std::vector<unsigned>& answer : answers)
+        EXPECT_EQ(answer, expected);
+    EXPECT_NE(soup.bvh.root, nullptr);
+}
+
+TEST(SensitiveTriangleSet, RayThroughALargeSetFindsTheFirstOfTheContainersOrder)
+{
+    const std::vector<Trianglef> triangles = manyTriangles();
+    const Soup soup(triangles);
+    Dice dice(4, 1500);
+    unsigned hits = 0;
+    for (unsigned i = 0; i < 200; ++i) {
+        SCOPED_TRACE(testing::Message() << "ray " << i);
+        const Trianglef& aim = triangles[dice.below(static_cast<unsigned>(triangles.size()))];
+        const Posf from = dice.point();
+        const rob::Vec3f middle = (rob::Vec3f(aim.a) + rob::Vec3f(aim.b) + rob::Vec3f(aim.c)) / 3;
+        const Ray ray(from, rob::normalized(Posf(middle) - from));
+        const Result found = rayHit(soup, ray); // asked before the order is known
+
+        std::vector<BVHPrimitive*> candidates;
+        soup.queryRay(ray, candidates);
+        const std::optional<PlainHit> expected = nearestByLoop(soup, ray, candidates);
+        ASSERT_EQ(found.hit, expected.has_value());
+        if (!expected)
+            continue;
+        ++hits;
+        EXPECT_EQ(found.distance, expected->distance);
+        EXPECT_EQ(found.position, expected->point);
+    }
+    EXPECT_GT(hits, 150u);
 }
 
 struct SoupCase {

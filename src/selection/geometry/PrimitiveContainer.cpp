@@ -1,7 +1,9 @@
 #include "selection/geometry/PrimitiveContainer.h"
 
+#include "selection/geometry/BVHBuilder.h"
 #include "selection/geometry/BVHWalk.h"
 
+#include <mutex>
 #include <utility>
 
 namespace vrk::selection {
@@ -14,6 +16,12 @@ auto appendTo(std::vector<BVHPrimitive*>& out)
 
 } // namespace
 
+/// A build that is put off. A failed one is tried again by the next question.
+struct PrimitiveContainer::Later {
+    std::once_flag once;
+    PrimitiveContainer* container;
+};
+
 PrimitiveContainer::PrimitiveContainer() = default;
 
 PrimitiveContainer::~PrimitiveContainer()
@@ -24,30 +32,30 @@ PrimitiveContainer::~PrimitiveContainer()
 
 void PrimitiveContainer::queryLine(const rob::LineTemplate<float>& line, std::vector<BVHPrimitive*>& out) const
 {
-    walkLine(bvh.root, line, appendTo(out));
+    walkLine(getRoot(), line, appendTo(out));
 }
 
 void PrimitiveContainer::queryTriangle(const rob::TriangleTemplate<float>& triangle,
                                        std::vector<BVHPrimitive*>& out) const
 {
-    walkTriangle(bvh.root, triangle, appendTo(out));
+    walkTriangle(getRoot(), triangle, appendTo(out));
 }
 
 void PrimitiveContainer::queryRay(const visual::Ray& ray, std::vector<BVHPrimitive*>& out) const
 {
-    walkRay(bvh.root, ray, appendTo(out));
+    walkRay(getRoot(), ray, appendTo(out));
 }
 
 void PrimitiveContainer::queryBox(const visual::Box& box, std::vector<BVHPrimitive*>& out) const
 {
-    walkBox(bvh.root, box, appendTo(out));
+    walkBox(getRoot(), box, appendTo(out));
 }
 
 void PrimitiveContainer::closestHitLine(Result& result, const rob::LineTemplate<float>& line) const
 {
     result = Result();
     Result found;
-    walkLine(bvh.root, line, [&](const BVHPrimitive* primitive) {
+    walkLine(getRoot(), line, [&](const BVHPrimitive* primitive) {
         primitive->intersectLine(found, line);
         if (found.hit && result.distance > found.distance)
             result = std::move(found);
@@ -58,7 +66,7 @@ void PrimitiveContainer::closestHitRay(Result& result, const visual::Ray& ray) c
 {
     result = Result();
     Result found;
-    walkRay(bvh.root, ray, [&](const BVHPrimitive* primitive) {
+    walkRay(getRoot(), ray, [&](const BVHPrimitive* primitive) {
         primitive->intersectRay(found, ray);
         if (found.hit && result.distance > found.distance)
             result = std::move(found);
@@ -69,7 +77,7 @@ void PrimitiveContainer::firstHitTriangle(Result& result, const rob::TriangleTem
 {
     result = Result();
     Result found;
-    walkTriangle(bvh.root, triangle, [&](const BVHPrimitive* primitive) {
+    walkTriangle(getRoot(), triangle, [&](const BVHPrimitive* primitive) {
         primitive->intersectTriangle(found, triangle);
         if (found.hit)
             result = std::move(found);
@@ -79,7 +87,21 @@ void PrimitiveContainer::firstHitTriangle(Result& result, const rob::TriangleTem
 
 void PrimitiveContainer::forEachInBox(const visual::Box& box, std::function<void(unsigned)> callback) const
 {
-    walkBox(bvh.root, box, [&](const BVHPrimitive* primitive) { primitive->forEachInBox(box, callback); });
+    walkBox(getRoot(), box, [&](const BVHPrimitive* primitive) { primitive->forEachInBox(box, callback); });
+}
+
+const BVHNode* PrimitiveContainer::getRoot() const
+{
+    if (later)
+        std::call_once(later->once, [all = later->container] { all->bvh = BVHBuilder(all).build(); });
+    return bvh.root;
+}
+
+void PrimitiveContainer::buildWhenAsked()
+{
+    bvh = BVH();
+    later = std::make_unique<Later>();
+    later->container = this;
 }
 
 } // namespace vrk::selection

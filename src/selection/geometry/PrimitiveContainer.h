@@ -5,6 +5,7 @@
 #include "selection/geometry/BVHPrimitive.h"
 
 #include <functional>
+#include <memory>
 #include <vector>
 
 namespace vrk::selection {
@@ -12,7 +13,7 @@ namespace vrk::selection {
 /// Primitives and a hierarchy over them.
 ///
 /// Owner: owns its primitives and deletes them.
-/// Thread: the queries only read and may run on several threads at once.
+/// Thread: the queries may run on several threads at once.
 ///
 /// The hierarchy does not follow the vector: after a change, ask nothing until a BVHBuilder has made a new one. Each
 /// query appends every primitive of the hierarchy whose box meets the question, near ones first as far as the split
@@ -40,8 +41,21 @@ public:
     /// Hands a copy of `callback` to each primitive whose box meets `box`.
     void forEachInBox(const visual::Box& box, std::function<void(unsigned)> callback) const;
 
+    /// The top node of the hierarchy, for one's own walk; null without primitives.
+    const BVHNode* getRoot() const;
+
     std::vector<BVHPrimitive*> primitives; ///< owned
-    BVH bvh;
+    BVH bvh; ///< where its building was put off, empty until it is first asked for: see getRoot()
+
+protected:
+    /// Has the hierarchy built by the first question that needs it, whichever thread asks it. The primitives, their boxes
+    /// and whether they are enabled must stay as they are from here on.
+    void buildWhenAsked();
+
+private:
+    struct Later;
+
+    std::unique_ptr<Later> later; // null where nothing is put off
 };
 
 } // namespace vrk::selection

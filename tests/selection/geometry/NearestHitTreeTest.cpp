@@ -1,4 +1,4 @@
-#include "selection/geometry/WideTree.h"
+#include "selection/geometry/NearestHitTree.h"
 
 #include "Geometry.h"
 #include "selection/PlainTriangles.h"
@@ -10,6 +10,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <limits>
 #include <numeric>
 #include <optional>
 
@@ -18,7 +20,9 @@ namespace {
 
 using rob::Posf;
 using rob::Vec3f;
+using testing::Contains;
 using testing::IsEmpty;
+using testing::UnorderedElementsAre;
 
 /// Every candidate of the query is tested, in its order.
 std::optional<PlainHit> nearestOfCandidates(const SensitiveMesh& mesh, const Ray& ray)
@@ -84,9 +88,9 @@ struct Place {
         distance; // of the soup and its triangles, from the origin, and of the rays from their targets
 };
 
-class WideTreeAnswers : public testing::TestWithParam<Place> {};
+class NearestHitTreeAnswers : public testing::TestWithParam<Place> {};
 
-TEST_P(WideTreeAnswers, AreThoseOfAllCandidatesInTheirOrder)
+TEST_P(NearestHitTreeAnswers, AreThoseOfAllCandidatesInTheirOrder)
 {
     const Place& place = GetParam();
     unsigned hits = 0, misses = 0;
@@ -113,14 +117,15 @@ TEST_P(WideTreeAnswers, AreThoseOfAllCandidatesInTheirOrder)
     EXPECT_GT(misses, 50u);
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, WideTreeAnswers,
+INSTANTIATE_TEST_SUITE_P(Table, NearestHitTreeAnswers,
                          testing::Values(Place{"Small", 5, 1, 0, 20}, Place{"FineAndFar", 30, 0.5f, 10000, 30000},
                                          Place{"Large", 2000, 500, 0, 5000},
+                                         Place{"TinyFarAway", 0.1f, 0.01f, 1000, 100},
                                          Place{"CoordinatesThatHideAUnit", 1000, 50, 3e7f, 1e6f},
                                          Place{"JustBelowTheLargestWithRoom", 100, 30, 24000, 500}),
                          [](const auto& info) { return std::string(info.param.name); });
 
-TEST(WideTree, FirstOfTheOrderWinsAmongEquallyNearTriangles)
+TEST(NearestHitTree, FirstOfTheOrderWinsAmongEquallyNearTriangles)
 {
     // One plane, so every triangle is as near as the others, and each has its own rounding of the point.
     Dice dice(7, 20);
@@ -149,7 +154,7 @@ TEST(WideTree, FirstOfTheOrderWinsAmongEquallyNearTriangles)
     }
 }
 
-TEST(WideTree, HitAtTheLimitIsNotNearer)
+TEST(NearestHitTree, HitAtTheLimitIsNotNearer)
 {
     visual::Mesh mesh("triangle");
     mesh.vertices = {{-5, -5, 0}, {5, -5, 0}, {0, 5, 0}};
@@ -164,7 +169,7 @@ TEST(WideTree, HitAtTheLimitIsNotNearer)
     EXPECT_EQ(hit.distance, 8);
 }
 
-TEST(WideTree, RayThatIsNoNumberMeetsNothing)
+TEST(NearestHitTree, RayThatIsNoNumberMeetsNothing)
 {
     visual::Mesh mesh("fan");
     for (unsigned i = 0; i < 20; ++i) {
@@ -182,7 +187,7 @@ TEST(WideTree, RayThatIsNoNumberMeetsNothing)
     }
 }
 
-std::vector<unsigned> shown(const WideTree& tree, const Ray& ray, float limit)
+std::vector<unsigned> shown(const NearestHitTree& tree, const Ray& ray, float limit)
 {
     std::vector<unsigned> numbers;
     tree.walk(ray, limit,
@@ -190,38 +195,105 @@ std::vector<unsigned> shown(const WideTree& tree, const Ray& ray, float limit)
     return numbers;
 }
 
-unsigned numberOf(const BVHPrimitive* primitive)
+NearestHitTree treeOf(const std::vector<rob::Trianglef>& triangles)
 {
-    return static_cast<const FakePrimitive*>(primitive)->number;
+    NearestHitTree tree;
+    tree.build(triangles.size(), [&](std::size_t begin, std::size_t end, NearestHitTree::Reference* out) {
+        for (; begin < end; ++begin)
+            *out++ = NearestHitTree::Reference(triangles[begin], static_cast<unsigned>(begin));
+    });
+    return tree;
 }
 
-TEST(WideTree, EmptyOneShowsNothing)
+rob::Trianglef uprightAt(float x, float size = 1)
 {
-    WideTree tree;
-    EXPECT_TRUE(tree.empty());
-    tree.build(nullptr, numberOf);
+    return {{x, -size, -size}, {x, size, -size}, {x, 0, size}};
+}
+
+TEST(NearestHitTree, EmptyOneShowsNothing)
+{
+    const NearestHitTree tree = treeOf({});
 
     EXPECT_TRUE(tree.empty());
     EXPECT_THAT(shown(tree, {{0, 0, 0}, {0, 0, 1}}, largest), IsEmpty());
 }
 
-TEST(WideTree, ShowsNearLeavesFirstAndNoneBeyondTheLimit)
+TEST(NearestHitTree, ShowsNearLeavesFirstAndNoneBeyondTheLimit)
 {
-    PrimitiveContainer container;
-    for (int i = 0; i < 8; ++i)
-        add(container, around(1000.0f * i, 0, 0));
-    container.bvh = BVHBuilder(&container).build();
-    WideTree tree;
-    tree.build(container.bvh.root, numberOf);
+    std::vector<rob::Trianglef> triangles;
+    for (int i = 0; i < 16; ++i)
+        triangles.push_back(uprightAt(1000.0f * static_cast<float>(i)));
+    const NearestHitTree tree = treeOf(triangles);
 
     EXPECT_FALSE(tree.empty());
-    std::vector<unsigned> all = shown(tree, {{-10, 0, 0}, {1, 0, 0}}, largest);
-    EXPECT_EQ(all.size(), 8u);
-    EXPECT_EQ(all.front(), 0u);
+    const std::vector<unsigned> all = shown(tree, {{-10, 0, 0}, {1, 0, 0}}, largest);
+    EXPECT_THAT(all, UnorderedElementsAre(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15));
+    EXPECT_LT(all.front(), 4u);
+    EXPECT_GT(all.back(), 11u);
     EXPECT_THAT(shown(tree, {{-10, 50, 0}, {1, 0, 0}}, largest), IsEmpty());
     const std::vector<unsigned> near = shown(tree, {{-10, 0, 0}, {1, 0, 0}}, 500);
-    EXPECT_GE(near.size(), 1u);
+    EXPECT_THAT(near, Contains(0u));
     EXPECT_LE(near.size(), 4u);
+}
+
+TEST(NearestHitTree, TrianglesThatNoRayMeetsAreLeftOut)
+{
+    constexpr float infinite = std::numeric_limits<float>::infinity();
+    std::vector<rob::Trianglef> triangles(6, uprightAt(5));
+    triangles[1].b.y = nan;
+    triangles[4].a.z = infinite;
+
+    const NearestHitTree tree = treeOf(triangles);
+
+    EXPECT_THAT(shown(tree, {{0, 0, 0}, {1, 0, 0}}, largest), UnorderedElementsAre(0, 2, 3, 5));
+    EXPECT_TRUE(treeOf({triangles[1], triangles[4]}).empty());
+}
+
+TEST(NearestHitTree, ServesNeitherPlacesNorDirectionsThatCannotBeReckonedWith)
+{
+    const NearestHitTree tree = treeOf({uprightAt(5)});
+    const NearestHitTree vast = treeOf({uprightAt(5), uprightAt(1e30f)});
+
+    EXPECT_TRUE(tree.serves({{0, 0, 0}, {1, 0, 0}}));
+    EXPECT_FALSE(tree.serves({{0, 1e20f, 0}, {1, 0, 0}}));
+    EXPECT_FALSE(tree.serves({{0, 0, 0}, {1e-10f, 0, 0}}));
+    EXPECT_FALSE(tree.serves({{0, 0, 0}, {1e10f, 0, 0}}));
+    EXPECT_FALSE(vast.serves({{0, 0, 0}, {1, 0, 0}}));
+}
+
+TEST(NearestHitTree, ManyTrianglesInOnePlaceAreNoChain)
+{
+    // Each distance is a sixteenth of the last one, and most lie in one place.
+    std::vector<rob::Trianglef> triangles(5000, uprightAt(0));
+    for (float x = 1e14f; x > 1e-20f; x /= 16)
+        triangles.push_back(uprightAt(x));
+    const NearestHitTree tree = treeOf(triangles);
+
+    std::vector<unsigned> all = shown(tree, {{-10, 0, 0}, {1, 0, 0}}, largest);
+    std::sort(all.begin(), all.end());
+    std::vector<unsigned> expected(triangles.size());
+    std::iota(expected.begin(), expected.end(), 0u);
+    EXPECT_EQ(all, expected);
+}
+
+TEST(NearestHitTree, LargeOneShowsEachTriangleOnceAndTheSameEachTime)
+{
+    // As many as are built on several cores.
+    Dice dice(11, 1000);
+    std::vector<rob::Trianglef> triangles;
+    for (unsigned i = 0; i < 100'000; ++i)
+        triangles.push_back(uprightAt(dice.number(0, 1000), dice.number(1, 5)));
+    const Ray ray({-10, 0, 0}, {1, 0, 0});
+
+    const std::vector<unsigned> all = shown(treeOf(triangles), ray, largest);
+    const std::vector<unsigned> again = shown(treeOf(triangles), ray, largest);
+
+    EXPECT_EQ(again, all);
+    std::vector<unsigned> sorted = all;
+    std::sort(sorted.begin(), sorted.end());
+    std::vector<unsigned> expected(triangles.size());
+    std::iota(expected.begin(), expected.end(), 0u);
+    EXPECT_EQ(sorted, expected);
 }
 
 TEST(WalkRayWithin, VisitsTheCandidatesOfTheQueryWhileNoHitIsFound)
