@@ -2,6 +2,7 @@
 
 #include "platform/broker/SignalBroker.h"
 #include "platform/common/Checks.h"
+#include "platform/common/ParallelFor.h"
 #include "selection/CurveObject.h"
 #include "selection/LineObject.h"
 #include "selection/MeshObject.h"
@@ -9,7 +10,6 @@
 #include "selection/PointObject.h"
 #include "selection/ShapeObject.h"
 #include "selection/geometry/BVHBuilder.h"
-#include "platform/common/ParallelFor.h"
 #include "visual/CurveVisual.h"
 #include "visual/LineVisual.h"
 #include "visual/PointCloudVisual.h"

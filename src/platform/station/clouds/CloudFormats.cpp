@@ -1,11 +1,7 @@
 #include "platform/station/clouds/CloudFormats.h"
 
-<<<<<<< HEAD:src/platform/station/CloudFormats.cpp
 #include "platform/common/NumberText.h"
 #include "platform/station/import/ImportFormats.h"
-=======
-#include "platform/station/import/ImportFormats.h"
->>>>>>> programs:src/platform/station/clouds/CloudFormats.cpp
 
 #include <fmt/format.h>
 
