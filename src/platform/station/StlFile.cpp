@@ -13,6 +13,7 @@
 #include <fstream>
 #include <functional>
 #include <limits>
+#include <sstream>
 
 namespace vrk::station {
 namespace {
@@ -35,31 +36,66 @@ public:
         stream.open(file, std::ios::binary);
     }
 
-    /// @return whether all words are in small letters.
+    /// @return whether the view reads the file as it stands: all words are in small letters, and no name holds one.
     bool read()
     {
         bool anyFacet = false;
         while (nextWord()) {
-            if (isWord("facet")) {
+            if (isSame(word, "solid") || isSame(word, "endsolid")) {
+                skipName();
+            } else if (isWord("facet")) {
                 readFacet();
                 anyFacet = true;
             }
         }
         if (!anyFacet)
             throw ImportError(file, "neither a binary nor an ascii STL file");
-        return allSmall;
+        return isPlain;
     }
 
 private:
     bool nextWord() { return static_cast<bool>(stream >> word); }
 
+    /// Skips the name of a solid, which is the rest of its line, though a file may go on with a facet in that line.
+    void skipName()
+    {
+        const std::streamoff start = stream.tellg();
+        std::string line;
+        std::getline(stream, line);
+        std::istringstream words(line);
+        std::string before;
+        std::string beforeThat;
+        std::streamoff facetAt = 0; // of the last word "facet" in the line
+        bool isFacetInName = false;
+        for (std::string next; words >> next; beforeThat = before, before = next) {
+            float number = 0;
+            if (isSame(beforeThat, "facet") && isSame(before, "normal") && readNumber(next, number)) {
+                stream.clear();
+                stream.seekg(start + facetAt);
+                return;
+            }
+            if (!isSame(next, "facet"))
+                continue;
+            isPlain = isPlain && !isFacetInName;
+            isFacetInName = true;
+            facetAt = (words.eof() ? static_cast<std::streamoff>(line.size()) : std::streamoff(words.tellg())) -
+                      static_cast<std::streamoff>(next.size());
+        }
+        isPlain = isPlain && !isFacetInName;
+    }
+
+    static bool isSame(std::string_view text, std::string_view small)
+    {
+        const auto lower = [](unsigned char c) { return static_cast<char>(std::tolower(c)); };
+        return std::ranges::equal(text, small, {}, lower);
+    }
+
     /// Whether the last word is this one, in any case; capitals are noted.
     bool isWord(std::string_view small)
     {
-        const auto lower = [](unsigned char c) { return static_cast<char>(std::tolower(c)); };
-        if (!std::ranges::equal(word, small, {}, lower))
+        if (!isSame(word, small))
             return false;
-        allSmall = allSmall && word == small;
+        isPlain = isPlain && word == small;
         return true;
     }
 
@@ -92,15 +128,14 @@ private:
         for (int i = 0; i < 3; ++i) {
             if (!nextWord())
                 throw ImportError(file, "the ascii STL file is cut short");
-            if (!readNumber(numbers[i]))
+            if (!readNumber(word, numbers[i]))
                 throw ImportError(file, fmt::format("a {} of the STL file is not three numbers", what));
         }
     }
 
-    /// Whether the last word is a number that a float can hold.
-    bool readNumber(float& number) const
+    /// Whether a word is a number that a float can hold.
+    static bool readNumber(std::string_view token, float& number)
     {
-        std::string_view token = word;
         if (token.starts_with('+'))
             token.remove_prefix(1);
         double value = 0;
@@ -117,12 +152,17 @@ private:
     std::vector<char> buffer = std::vector<char>(1 << 16);
     std::ifstream stream;
     std::string word;
-    bool allSmall = true;
+    bool isPlain = true;
 };
 
-/// Whether the file is binary.
-/// @throws ImportError where it is neither that nor text, or where its triangles are not all there.
-bool isBinary(const std::filesystem::path& file)
+enum class StlForm {
+    Binary,
+    BinaryAndMore, ///< bytes follow behind the triangles, and the view takes the file for text
+    Ascii,
+};
+
+/// @throws ImportError where it is neither binary nor text, or where its triangles are not all there.
+StlForm formOf(const std::filesystem::path& file)
 {
     const std::uint64_t size = std::filesystem::file_size(file);
     std::array<char, headerSize> header{};
@@ -136,13 +176,15 @@ bool isBinary(const std::filesystem::path& file)
     if (got == headerSize && size == expected) {
         if (count == 0)
             throw ImportError(file, "the STL file holds no triangle");
-        return true;
+        return StlForm::Binary;
     }
     // Text has no zero bytes; a binary header or its count nearly always has.
     if (std::find(header.begin(), header.begin() + got, '\0') == header.begin() + got)
-        return false;
+        return StlForm::Ascii;
     if (got < headerSize)
         throw ImportError(file, "the binary STL file is cut short");
+    if (count > 0 && size > expected)
+        return StlForm::BinaryAndMore;
     throw ImportError(file, fmt::format("not an STL file, or a damaged one: {} triangles need {} bytes, it has {}",
                                         count, expected, size));
 }
@@ -164,19 +206,28 @@ void StlFacet::computeNormal()
 
 bool checkStl(const std::filesystem::path& file)
 {
-    return isBinary(file) || AsciiReader(file, [](const StlFacet&) {}).read();
+    switch (formOf(file)) {
+    case StlForm::Binary:
+        return true;
+    case StlForm::BinaryAndMore:
+        return false;
+    default:
+        return AsciiReader(file, [](const StlFacet&) {}).read();
+    }
 }
 
 std::vector<StlFacet> readStlFacets(const std::filesystem::path& file)
 {
     std::vector<StlFacet> facets;
-    if (!isBinary(file)) {
+    if (formOf(file) == StlForm::Ascii) {
         AsciiReader(file, [&facets](const StlFacet& facet) { facets.push_back(facet); }).read();
         return facets;
     }
-    facets.resize((std::filesystem::file_size(file) - headerSize) / recordSize);
     std::ifstream stream(file, std::ios::binary);
-    stream.seekg(headerSize);
+    stream.seekg(headerSize - sizeof(std::uint32_t));
+    std::uint32_t count = 0;
+    stream.read(reinterpret_cast<char*>(&count), sizeof count);
+    facets.resize(count);
     std::array<char, recordSize> record{};
     for (StlFacet& facet : facets) {
         if (!stream.read(record.data(), record.size()))
