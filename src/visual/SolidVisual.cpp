@@ -26,11 +26,11 @@ constexpr float highlightGain = 0.2f;
 } // namespace
 
 SolidVisual::SolidVisual(sdf::SdfNode* node, const TopoDS_Shape& shape, Visual* parent)
-    : FacetVisual(node, parent), meshName(sdf::textAt(*node->getElement(), "geometry/uri")),
-      body(&dynamic_cast<layout::Body&>(*node))
+    : FacetVisual(node, parent), body(&dynamic_cast<layout::Body&>(*node))
 {
     type = VisualType::Solid;
     body->setShape(shape);
+    meshName = sdf::textAt(*node->getElement(), "geometry/uri"); // which another shape may just have changed
 }
 
 SolidVisual::SolidVisual(const TopoDS_Shape& shape, Visual* parent)
