@@ -50,10 +50,11 @@ std::string meshNameOf(sdf::SdfNode& node)
 } // namespace
 
 SolidVisual::SolidVisual(sdf::SdfNode* node, const TopoDS_Shape& shape, Visual* parent)
-    : FacetVisual(node, parent), meshName(meshNameOf(*node)), body(&dynamic_cast<layout::Body&>(*node))
+    : FacetVisual(node, parent), body(&dynamic_cast<layout::Body&>(*node))
 {
     type = VisualType::Solid;
     body->setShape(shape);
+    meshName = meshNameOf(*node); // which another shape may just have changed
 }
 
 SolidVisual::SolidVisual(const TopoDS_Shape& shape, Visual* parent)

@@ -33,6 +33,7 @@
 
 #include <cmath>
 #include <map>
+#include <regex>
 #include <set>
 
 namespace vrk::station {
@@ -347,6 +348,46 @@ TEST_F(ImportStepTest, ShapeOfABodyIsFoundAgainByItsGeometry)
     EXPECT_EQ(body->getFaceMap().Extent(), 3);
     EXPECT_THAT([&] { ImportShape(file.string() + "#none"); },
                 ThrowsMessage<ImportError>(file.string() + ": it holds no shape for '" + file.string() + "#none'"));
+}
+
+TEST_F(ImportStepTest, NoGeometryIsCalledAsAnotherOneWithFacesHidden)
+{
+    const TDF_Label top = document.addAssembly("top");
+    for (const char* name : {"bolt_12", "bolt", "bolt_3", "nut", "nut_1_2", "nut_1", "nut_x", "nut_", "7_7"})
+        document.addComponent(top, document.addProduct(BRepPrimAPI_MakeBox(1, 2, 3).Shape(), name),
+                              test::moved(1, 0, 0), name);
+    imported();
+
+    std::vector<std::string> uris;
+    for (const auto& part : parts)
+        for (const auto& body : part->getBodies())
+            uris.push_back(body->getGeometryUri());
+    ASSERT_EQ(uris.size(), 9u);
+    for (const std::string& uri : uris)
+        for (const std::string& other : uris)
+            EXPECT_FALSE(uri != other && uri.starts_with(other) &&
+                         std::regex_match(uri.substr(other.size()), std::regex("(_[0-9]+)+")))
+                << uri << " and " << other;
+    EXPECT_THAT(uris,
+                testing::IsSupersetOf({file.string() + "#bolt_12", file.string() + "#nut", file.string() + "#nut_x",
+                                       file.string() + "#nut_", file.string() + "#7_7"}));
+}
+
+TEST_F(ImportStepTest, ShapesAskedForOneByOneAreOfOneReading)
+{
+    const TDF_Label top = document.addAssembly("top");
+    document.addComponent(top, document.addProduct(box, "box"), test::moved(1, 0, 0), "first");
+    document.addComponent(top, document.addProduct(pin, "pin"), test::moved(2, 0, 0), "second");
+    imported();
+    const std::string uri = bodyOf("first")->getGeometryUri();
+
+    const TopoDS_Shape first = ImportShape(uri);
+    const TopoDS_Shape second = ImportShape(bodyOf("second")->getGeometryUri());
+
+    EXPECT_TRUE(ImportShape(uri).IsEqual(first));
+    EXPECT_FALSE(second.IsPartner(first));
+    std::filesystem::last_write_time(file, std::filesystem::last_write_time(file) + std::chrono::seconds(5));
+    EXPECT_FALSE(ImportShape(uri).IsPartner(first)) << "the file was written anew";
 }
 
 TEST_F(ImportStepTest, ProgressRunsFromReadingToTheEnd)

@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
@@ -116,6 +117,45 @@ TEST_F(ImportStlTest, TrianglesOfAKeptFileAreTheSame)
     EXPECT_THAT(facet, testing::ElementsAre(0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 2, 0));
 }
 
+TEST_F(ImportStlTest, BytesBehindTheTrianglesAreLeftOutOfTheKeptFile)
+{
+    for (const std::string& more :
+         {std::string("\n"), std::string(7, '\0'), std::string(50, '\0'), std::string(512, 'x')}) {
+        const std::filesystem::path file = folder.write("more.stl", binaryStl(2, 2) + more);
+
+        const auto parts = ImportFile(file);
+
+        const std::string kept = parts[0]->getBodies()[0]->getGeometryUri();
+        EXPECT_NE(kept, file.string());
+        EXPECT_EQ(test::TempFolder::Read(kept).size(), 84u + 2 * 50u);
+    }
+}
+
+TEST_F(ImportStlTest, NameOfASolidMayHoldTheWordFacet)
+{
+    for (const char* name : {"facet", "a facet normal to z", "Facet 7", "facet normal facet", "many facet"}) {
+        const std::string text = std::string("solid ") + name + "\n" + facet + facet + "endsolid " + name + "\n";
+        const std::filesystem::path file = folder.write("named.stl", text);
+
+        const auto parts = ImportFile(file);
+
+        const std::string kept = parts[0]->getBodies()[0]->getGeometryUri();
+        EXPECT_NE(kept, file.string()) << name;
+        EXPECT_EQ(test::TempFolder::Read(kept).size(), 84u + 2 * 50u) << name;
+    }
+}
+
+TEST_F(ImportStlTest, FileOfOneLineIsReadToItsEnd)
+{
+    std::string line = facet;
+    std::ranges::replace(line, '\n', ' ');
+    const std::filesystem::path plain = folder.write("line.stl", "solid of one " + line + line + "endsolid of one");
+    const std::filesystem::path named = folder.write("facet.stl", "solid facet " + line + line + "endsolid facet");
+
+    EXPECT_EQ(ImportFile(plain)[0]->getBodies()[0]->getGeometryUri(), plain.string());
+    EXPECT_EQ(test::TempFolder::Read(ImportFile(named)[0]->getBodies()[0]->getGeometryUri()).size(), 84u + 2 * 50u);
+}
+
 TEST_F(ImportStlTest, FileWithoutATriangleIsRefused)
 {
     expectRefused("", "the file is empty");
@@ -126,7 +166,7 @@ TEST_F(ImportStlTest, FileWithoutATriangleIsRefused)
 TEST_F(ImportStlTest, BinaryFileOfAnotherLengthIsRefused)
 {
     expectRefused(binaryStl(3, 2), "not an STL file, or a damaged one: 3 triangles need 234 bytes, it has 184");
-    expectRefused(binaryStl(1, 2), "not an STL file, or a damaged one: 1 triangles need 134 bytes, it has 184");
+    expectRefused(binaryStl(0, 2), "not an STL file, or a damaged one: 0 triangles need 84 bytes, it has 184");
     expectRefused(binaryStl(1, 1).substr(0, 60), "the binary STL file is cut short");
     expectRefused(binaryStl(0xFFFFFFFF, 1),
                   "not an STL file, or a damaged one: 4294967295 triangles need 214748364834 bytes, it has 134");

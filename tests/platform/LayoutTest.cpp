@@ -5,9 +5,17 @@
 #include "platform/sdf/SdfManager.h"
 #include "platform/station/Import.h"
 
+#include <BRepMesh_IncrementalMesh.hxx>
 #include <BRepPrimAPI_MakeBox.hxx>
 #include <BRepPrimAPI_MakeCylinder.hxx>
+#include <BRep_Tool.hxx>
+#include <Poly_Polygon3D.hxx>
+#include <TopExp.hxx>
+#include <TopTools_IndexedMapOfShape.hxx>
 #include <TopoDS.hxx>
+#include <TopoDS_Edge.hxx>
+#include <gp_Trsf.hxx>
+#include <gp_Vec.hxx>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -156,6 +164,104 @@ TEST_F(LayoutTest, FacesAreNumberedFromOneAndAnewForANewShape)
 
     body->setShape(BRepPrimAPI_MakeCylinder(1, 2).Shape());
     EXPECT_EQ(body->getFaceMap().Extent(), 3);
+}
+
+TEST_F(LayoutTest, BodiesOfOneShapeShareAUri)
+{
+    const TopoDS_Shape box = BRepPrimAPI_MakeBox(1, 2, 3).Shape();
+    const TopoDS_Shape again = BRepPrimAPI_MakeBox(1, 2, 3).Shape(); // as of a file that is read twice
+    BRepMesh_IncrementalMesh(again, 0.1);
+    std::vector<std::shared_ptr<Body>> bodies; // they hold their URI as long as they live
+    for (const TopoDS_Shape& shape : {box, box, again}) {
+        const std::shared_ptr<Body> body = newPart("table")->addBody("top");
+        body->setGeometry("shared#top", "brep");
+        body->setShape(shape);
+        bodies.push_back(body);
+
+        EXPECT_EQ(body->getGeometryUri(), "shared#top");
+        EXPECT_FALSE(body->hasOwnUri());
+    }
+}
+
+TEST_F(LayoutTest, BodyWhoseUriIsAnotherShapesGetsOneOfItsOwn)
+{
+    const std::shared_ptr<Body> first = newPart("first")->addBody("top");
+    first->setGeometry("taken#top", "brep");
+    first->setShape(BRepPrimAPI_MakeBox(1, 2, 3).Shape());
+    const TopoDS_Shape cylinder = BRepPrimAPI_MakeCylinder(1, 2).Shape();
+    const std::shared_ptr<Body> uriFirst = newPart("uri first")->addBody("top");
+    uriFirst->setGeometry("taken#top", "brep");
+    uriFirst->setShape(cylinder);
+    const std::shared_ptr<Body> shapeFirst = newPart("shape first")->addBody("top");
+    shapeFirst->setShape(cylinder);
+    shapeFirst->setGeometry("taken#top", "brep");
+
+    EXPECT_EQ(first->getGeometryUri(), "taken#top");
+    EXPECT_THAT(uriFirst->getGeometryUri(), testing::MatchesRegex("taken#top~[0-9a-f]{16}"));
+    EXPECT_EQ(shapeFirst->getGeometryUri(), uriFirst->getGeometryUri()) << "it goes by the content";
+    EXPECT_TRUE(uriFirst->hasOwnUri());
+    EXPECT_EQ(uriFirst->getGivenUri(), "taken#top");
+}
+
+TEST_F(LayoutTest, BodyWhoseShapeChangesGetsAUriOfItsOwn)
+{
+    const std::shared_ptr<Body> body = newPart("table")->addBody("top");
+    const TopoDS_Shape box = BRepPrimAPI_MakeBox(1, 2, 3).Shape();
+    body->setGeometry("changing#top", "brep");
+    body->setShape(box);
+    body->setShape(box);
+    EXPECT_EQ(body->getGeometryUri(), "changing#top");
+
+    body->setShape(BRepPrimAPI_MakeBox(1, 2, 4).Shape());
+    const std::string longer = body->getGeometryUri();
+    gp_Trsf up;
+    up.SetTranslation(gp_Vec(0, 0, 1));
+    body->setShape(box.Moved(up));
+    const std::string moved = body->getGeometryUri();
+
+    EXPECT_THAT(longer, testing::MatchesRegex("changing#top~[0-9a-f]{16}"));
+    EXPECT_THAT(moved, testing::MatchesRegex("changing#top~[0-9a-f]{16}"));
+    EXPECT_NE(longer, moved);
+    body->setGeometry("named#top", "brep");
+    EXPECT_EQ(body->getGeometryUri(), "named#top");
+}
+
+TEST_F(LayoutTest, UriIsFreeAgainWithTheLastOfItsBodies)
+{
+    {
+        Part part(4001, "gone");
+        const auto body = part.addBody("top");
+        body->setGeometry("free#top", "brep");
+        body->setShape(BRepPrimAPI_MakeBox(1, 2, 3).Shape());
+    }
+    const std::shared_ptr<Body> body = newPart("table")->addBody("top");
+    body->setGeometry("free#top", "brep");
+    body->setShape(BRepPrimAPI_MakeBox(3, 2, 1).Shape());
+
+    EXPECT_EQ(body->getGeometryUri(), "free#top");
+}
+
+TEST_F(LayoutTest, EdgesOfAShapeGetTheirPolygonsFromTheTrianglesOfAFace)
+{
+    const TopoDS_Shape box = BRepPrimAPI_MakeBox(1, 2, 3).Shape();
+    BRepMesh_IncrementalMesh(box, 0.1);
+    const auto polygonOf = [&box](const TopoDS_Shape& edge) {
+        TopLoc_Location location;
+        return BRep_Tool::Polygon3D(TopoDS::Edge(edge), location);
+    };
+    TopTools_IndexedMapOfShape edges;
+    TopExp::MapShapes(box, TopAbs_EDGE, edges);
+    ASSERT_TRUE(polygonOf(edges(1)).IsNull());
+
+    newPart("table")->addBody("top")->setShape(box);
+
+    for (int i = 1; i <= edges.Extent(); ++i) {
+        ASSERT_FALSE(polygonOf(edges(i)).IsNull()) << i;
+        EXPECT_EQ(polygonOf(edges(i))->NbNodes(), 2);
+    }
+    const Handle(Poly_Polygon3D) before = polygonOf(edges(1));
+    newPart("bench")->addBody("top")->setShape(box);
+    EXPECT_EQ(polygonOf(edges(1)), before) << "once";
 }
 
 TEST_F(LayoutTest, LoadingAShapeThatIsThereReadsNoFile)

@@ -11,9 +11,12 @@
 #include "visual/SolidVisual.h"
 #include "visual/VisualStateManager.h"
 
+#include <BRepPrimAPI_MakeCylinder.hxx>
 #include <BRep_Tool.hxx>
 #include <Ogre.h>
+#include <Poly_Triangulation.hxx>
 #include <Standard_OutOfRange.hxx>
+#include <TopExp_Explorer.hxx>
 #include <TopLoc_Location.hxx>
 #include <TopoDS.hxx>
 #include <TopoDS_Face.hxx>
@@ -467,6 +470,32 @@ TEST_F(SceneFaces, SolidMadeAnewShowsTheNewShapeAndForgetsWhatWasHiddenAndSelect
     EXPECT_FALSE(scene.faceIsSelected(anew, 1));
     EXPECT_TRUE(Scene::GetStateManager()->visualsWithLayers().empty());
     EXPECT_TRUE(selection::VisualSelection::Get()->hasVisual(anew));
+}
+
+TEST_F(SceneFaces, SolidMadeAnewShowsTheNewShapeAlsoWhereAnotherBodyShowsTheOldOne)
+{
+    const std::string uri = body->getGeometryUri();
+    const auto other = test::addModelBody(body->getShape(), uri, "#808080");
+    SolidVisual::Build(world, other.get(), other->getShape());
+    ASSERT_EQ(other->getGeometryUri(), uri) << "the same shape, the same mesh";
+    const TopoDS_Shape shape = test::meshed(BRepPrimAPI_MakeCylinder(5, 10).Shape());
+    std::uint64_t triangles = 0;
+    for (TopExp_Explorer face(shape, TopAbs_FACE); face.More(); face.Next()) {
+        TopLoc_Location location;
+        triangles += BRep_Tool::Triangulation(TopoDS::Face(face.Current()), location)->NbTriangles();
+    }
+
+    scene.updateSolidVisual(body.get(), shape);
+    drain();
+
+    auto* anew = dynamic_cast<SolidVisual*>(Scene::GetVisual(body->getId()));
+    EXPECT_EQ(anew->getTrianglesNum(), triangles);
+    EXPECT_NE(anew->getMeshName(), uri);
+    EXPECT_EQ(anew->getMeshName(), body->getGeometryUri());
+    EXPECT_EQ(Scene::GetVisual(other->getId())->getTrianglesNum(), 12u);
+    for (unsigned face = 1; face <= 3; ++face)
+        scene.highlightFace(anew, face);
+    EXPECT_NO_THROW(drain());
 }
 
 TEST_F(SceneFaces, BodyThatIsShownAsAMeshIsNotMadeAnew)

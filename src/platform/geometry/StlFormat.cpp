@@ -58,6 +58,15 @@ public:
 
     bool isBehindWord() const { return at == end || isSpace(*at); }
 
+    std::string_view restOfLine()
+    {
+        const char* begin = at;
+        at = std::find(at, end, '\n');
+        return {begin, at};
+    }
+    /// Goes on from a place in the text.
+    void goTo(const char* place) { at = place; }
+
 private:
     void skipSpace()
     {
@@ -109,6 +118,10 @@ public:
     {
         bool hasFacet = false;
         for (std::string_view word = scanner.word(); !word.empty(); word = scanner.word()) {
+            if (syntax.solidNames && (isSame(word, "solid") || isSame(word, "endsolid"))) {
+                skipName();
+                continue;
+            }
             if (!is(word, "facet"))
                 continue;
             hasFacet = true;
@@ -122,13 +135,46 @@ public:
     }
 
 private:
+    /// Skips the name of a solid: the rest of its line, or what stands ahead of the first facet in that line, since some
+    /// files are one line.
+    void skipName()
+    {
+        std::string_view before, beforeThat, facet;
+        Scanner words(scanner.restOfLine());
+        for (std::string_view word = words.word(); !word.empty(); word = words.word()) {
+            if (isSame(beforeThat, "facet") && isSame(before, "normal") && isNumber(word)) {
+                scanner.goTo(facet.data());
+                return;
+            }
+            if (isSame(word, "facet")) {
+                result.isFacetInName = result.isFacetInName || !facet.empty(); // the one before it began no facet
+                facet = word;
+            }
+            beforeThat = before;
+            before = word;
+        }
+        result.isFacetInName = result.isFacetInName || !facet.empty();
+    }
+
+    static bool isNumber(std::string_view word)
+    {
+        Scanner scanner(word);
+        float value = 0;
+        return scanner.number(value) && scanner.isAtEnd();
+    }
+
+    static bool isSame(std::string_view word, std::string_view small)
+    {
+        const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
+        return std::ranges::equal(word, small, {}, lower);
+    }
+
     /// Whether a word is this one; capitals are noted.
     bool is(std::string_view word, std::string_view small)
     {
         if (word == small)
             return true;
-        const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-        if (!syntax.anyCase || !std::ranges::equal(word, small, {}, lower))
+        if (!syntax.anyCase || !isSame(word, small))
             return false;
         result.isInSmallLetters = false;
         return true;

@@ -42,6 +42,7 @@ constexpr std::uint64_t binaryStlSize(std::uint32_t count)
 struct StlSyntax {
     bool anyCase = false;      ///< words in capitals as well
     bool wholeNumbers = false; ///< no number that is the beginning of a longer word
+    bool solidNames = false;   ///< names of solids that hold the word "facet", which otherwise begins one
 };
 
 enum class StlFault {
@@ -57,6 +58,7 @@ struct StlText {
     StlFault fault = StlFault::None;
     bool endsInNumbers = false;   ///< with a fault of a normal or a vertex: the text ends where a number is due
     bool isInSmallLetters = true; ///< each word of a facet, as far as it was read
+    bool isFacetInName = false;   ///< a solid's name holds that word: only with `solidNames`
 };
 
 /// Reads the facets of an ascii file in order, up to the first fault.

@@ -1,6 +1,8 @@
 #include "platform/layout/Body.h"
 
+#include "platform/geometry/EdgePolygons.h"
 #include "platform/layout/Part.h"
+#include "platform/layout/ShapeUris.h"
 
 #include <TopAbs_ShapeEnum.hxx>
 #include <TopExp.hxx>
@@ -12,7 +14,8 @@
 namespace vrk::layout {
 
 Body::Body(unsigned id, std::string name, const Part& part)
-    : SdfNode(sdf::ModelType::Body, id, std::move(name), part.getElement()->append("body"))
+    : SdfNode(sdf::ModelType::Body, id, std::move(name), part.getElement()->append("body")),
+      claim(std::make_unique<ShapeClaim>())
 {
     setParentId(part.getId());
 }
@@ -21,8 +24,31 @@ Body::~Body() = default;
 
 void Body::setShape(const TopoDS_Shape& newShape)
 {
+    if (newShape.IsEqual(shape))
+        return;
+    const bool isExchanged = !shape.IsNull();
     shape = newShape;
     faceMap.Clear();
+    if (!shape.IsNull())
+        geometry::addEdgePolygons(shape);
+    claimUri(isExchanged);
+}
+
+void Body::claimUri(bool isExchanged)
+{
+    const std::string uri = getGeometryUri();
+    if (shape.IsNull() || getFileType() != "brep") {
+        claim->release();
+        return;
+    }
+    if (!isExchanged && claim->take(uri, shape))
+        return;
+    if (!ownUri)
+        givenUri = uri;
+    ownUri = true;
+    std::string own = fmt::format("{}~{}", givenUri, contentOf(shape));
+    getElement()->touch("geometry/uri")->set(own);
+    claim->take(own, shape); // who has it has the same content
 }
 
 const FaceMap& Body::getFaceMap() const
@@ -46,6 +72,8 @@ void Body::setGeometry(const std::string& uri, const std::string& fileType)
 {
     getElement()->touch("geometry/uri")->set(uri);
     getElement()->touch("geometry/file_type")->set(fileType);
+    ownUri = false;
+    claimUri(false);
 }
 
 std::string Body::getMaterialName() const

@@ -1,5 +1,6 @@
 #include "platform/station/GeometryCache.h"
 
+#include "platform/common/Hash.h"
 #include "platform/common/Logger.h"
 #include "platform/station/Import.h"
 
@@ -12,6 +13,8 @@
 #include <cstdint>
 #include <cstdlib>
 #include <fstream>
+#include <mutex>
+#include <set>
 #include <stdexcept>
 #include <vector>
 
@@ -38,6 +41,71 @@ std::vector<std::filesystem::path> folders()
     return found;
 }
 
+/// The files that this process has asked for.
+struct HandedOut {
+    std::mutex mutex;
+    std::set<std::filesystem::path> files;
+};
+
+HandedOut& handedOut()
+{
+    static HandedOut all;
+    return all;
+}
+
+std::filesystem::path handOut(const std::filesystem::path& file)
+{
+    // The time of change serves as that of the last use.
+    std::error_code unchanged; // in a folder that cannot be written nothing is deleted either
+    std::filesystem::last_write_time(file, std::filesystem::file_time_type::clock::now(), unchanged);
+    const std::lock_guard lock(handedOut().mutex);
+    handedOut().files.insert(file);
+    return file;
+}
+
+bool isHandedOut(const std::filesystem::path& file)
+{
+    const std::lock_guard lock(handedOut().mutex);
+    return handedOut().files.contains(file);
+}
+
+struct CachedFile {
+    std::filesystem::file_time_type time;
+    std::uintmax_t size = 0;
+    std::filesystem::path path;
+};
+
+/// Another process may delete files meanwhile: those that cannot be asked are left out.
+std::vector<CachedFile> filesIn(const std::filesystem::path& folder)
+{
+    std::vector<CachedFile> found;
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error)) {
+        std::error_code gone;
+        const CachedFile file{entry->last_write_time(gone), gone ? 0 : entry->file_size(gone), entry->path()};
+        if (!gone && entry->is_regular_file(gone))
+            found.push_back(file);
+    }
+    return found;
+}
+
+void trimFolder(const std::filesystem::path& folder, std::uintmax_t limit)
+{
+    std::vector<CachedFile> files = filesIn(folder);
+    std::uintmax_t size = 0;
+    for (const CachedFile& file : files)
+        size += file.size;
+    std::ranges::sort(files, {}, &CachedFile::time);
+    for (const CachedFile& file : files) {
+        if (size <= limit)
+            return;
+        std::error_code error;
+        if (!isHandedOut(file.path) && std::filesystem::remove(file.path, error))
+            size -= file.size;
+    }
+}
+
 std::string plain(std::string stem)
 {
     stem.resize(std::min(stem.size(), longestStem));
@@ -50,10 +118,9 @@ std::string plain(std::string stem)
 
 std::string hashOf(std::string_view text)
 {
-    std::uint64_t hash = 0xcbf29ce484222325; // FNV-1a
-    for (const unsigned char c : text)
-        hash = (hash ^ c) * 0x100000001b3;
-    return fmt::format("{:016x}", hash);
+    common::Hash hash;
+    hash.add(text);
+    return hash.text();
 }
 
 void writeWhole(const std::filesystem::path& file, std::string_view bytes)
@@ -82,7 +149,7 @@ std::filesystem::path GeometryCache::Get(const std::string& stem, const std::str
     std::error_code error;
     for (const std::filesystem::path& folder : candidates) {
         if (std::filesystem::is_regular_file(folder / name, error))
-            return folder / name;
+            return handOut(folder / name);
     }
 
     const std::string bytes = make();
@@ -90,13 +157,21 @@ std::filesystem::path GeometryCache::Get(const std::string& stem, const std::str
         std::filesystem::create_directories(folder, error);
         try {
             writeWhole(folder / name, bytes);
-            return folder / name;
+            const std::filesystem::path made = handOut(folder / name);
+            trimFolder(folder, sizeLimit);
+            return made;
         } catch (const std::runtime_error& failure) {
             FileLogger::inst()->trace(failure.what()); // the next folder may have the right or the room
         }
     }
     throw ImportError(candidates.empty() ? std::filesystem::path("vrkvisual") : candidates.front(),
                       "no folder to keep geometry in can be written");
+}
+
+void GeometryCache::Trim(std::uintmax_t limit)
+{
+    for (const std::filesystem::path& folder : folders())
+        trimFolder(folder, limit);
 }
 
 std::string GeometryCache::KeyOf(const std::filesystem::path& file)

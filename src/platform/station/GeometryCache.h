@@ -2,6 +2,7 @@
 
 #include "platform/common/Export.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -15,15 +16,22 @@ namespace vrk::station {
 /// It lies in "vrkvisual/geometry" of `$XDG_CACHE_HOME`, which is ~/.cache where it is not set, or of the system's
 /// temporary directory where that cannot be written. Whoever deletes it loses time and nothing else.
 ///
+/// It is held to `sizeLimit` bytes: a file that is added makes room by deleting those that were not asked for the longest
+/// time. What this process has asked for stays, since bodies may be read from it later.
+///
 /// Thread: any, and any number of processes: a file appears whole or not at all.
 class VRK_EXPORT GeometryCache {
 public:
+    static constexpr std::uintmax_t sizeLimit = std::uintmax_t(4) << 30;
+
     /// The file of what `key` describes in full, written with the bytes of `make` where it is missing.
     /// @param stem    what the file's name begins with, for who looks at the folder.
     /// @param ending  such as ".stl"
     /// @throws ImportError "<folder>: no folder to keep geometry in can be written"; whatever `make` throws.
     static std::filesystem::path Get(const std::string& stem, const std::string& key, const std::string& ending,
                                      const std::function<std::string()>& make);
+    /// Deletes the files of the cache that were not asked for the longest time until it holds `limit` bytes at most.
+    static void Trim(std::uintmax_t limit);
     /// What tells one state of a file from another: path, size and time of change.
     static std::string KeyOf(const std::filesystem::path& file);
     /// Whether the file lies in the cache.

@@ -1,11 +1,12 @@
 #include "platform/station/import/ImportFormats.h"
 
+#include "platform/geometry/EdgePolygons.h"
 #include "platform/layout/Body.h"
 #include "platform/layout/Part.h"
 #include "platform/sdf/SdfManager.h"
+#include "platform/station/GeometryCache.h"
 #include "platform/station/import/OcctProgress.h"
 
-#include <BRepAdaptor_Curve.hxx>
 #include <BRepBndLib.hxx>
 #include <BRepMesh_IncrementalMesh.hxx>
 #include <BRepTools.hxx>
@@ -13,22 +14,16 @@
 #include <BRep_Tool.hxx>
 #include <BinTools.hxx>
 #include <Bnd_Box.hxx>
-#include <GCPnts_TangentialDeflection.hxx>
 #include <Message.hxx>
 #include <Message_Messenger.hxx>
-#include <Poly_Polygon3D.hxx>
-#include <Poly_PolygonOnTriangulation.hxx>
 #include <Poly_Triangulation.hxx>
-#include <Precision.hxx>
 #include <Standard_Failure.hxx>
 #include <StdPrs_ToolTriangulatedShape.hxx>
-#include <TColgp_Array1OfPnt.hxx>
 #include <TopExp.hxx>
 #include <TopExp_Explorer.hxx>
 #include <TopTools_IndexedMapOfShape.hxx>
 #include <TopoDS.hxx>
 #include <TopoDS_Compound.hxx>
-#include <TopoDS_Edge.hxx>
 #include <TopoDS_Iterator.hxx>
 
 #include <fmt/format.h>
@@ -37,6 +32,7 @@
 #include <array>
 #include <cctype>
 #include <fstream>
+#include <map>
 #include <mutex>
 #include <new>
 #include <vector>
@@ -44,8 +40,7 @@
 namespace vrk::station {
 namespace {
 
-constexpr double angularDeflection = 0.35;    // radians
-constexpr double lineAngularDeflection = 0.1; // radians; a thin line shows its corners, a shaded face hides them
+constexpr double angularDeflection = 0.35; // radians
 
 /// Keeps Open CASCADE from writing to the console. Its messenger is one for the process.
 class QuietMessenger {
@@ -131,58 +126,12 @@ void addLoose(const TopoDS_Shape& shape, std::vector<TopoDS_Shape>& found)
     }
 }
 
-/// The points of an edge that lies where its curve is, within `deflection`: those that the triangles of a face already
-/// have, so that a drawn edge lies on its face; of the curve where the edge bounds no face. Empty where it has no end.
-std::vector<gp_Pnt> pointsOn(const TopoDS_Edge& edge, double deflection)
-{
-    std::vector<gp_Pnt> points;
-    TopLoc_Location location;
-    Handle(Poly_PolygonOnTriangulation) onTriangles;
-    Handle(Poly_Triangulation) triangles;
-    BRep_Tool::PolygonOnTriangulation(edge, onTriangles, triangles, location);
-    if (!onTriangles.IsNull() && !triangles.IsNull()) {
-        for (int i = 1; i <= onTriangles->NbNodes(); ++i)
-            points.push_back(triangles->Node(onTriangles->Node(i)).Transformed(location.Transformation()));
-        return points;
-    }
-    if (!BRep_Tool::IsGeometric(edge))
-        return points;
-    const BRepAdaptor_Curve curve(edge);
-    if (Precision::IsInfinite(curve.FirstParameter()) || Precision::IsInfinite(curve.LastParameter()))
-        return points;
-    const GCPnts_TangentialDeflection onCurve(curve, lineAngularDeflection, deflection);
-    for (int i = 1; i <= onCurve.NbPoints(); ++i)
-        points.push_back(onCurve.Value(i));
-    return points;
-}
-
-/// Gives an edge the polygon by which it is drawn. The mesher leaves edges with indices into the triangles of their faces.
-void addPolygon(const TopoDS_Edge& placed, double deflection)
-{
-    const TopoDS_Edge edge = TopoDS::Edge(placed.Located(TopLoc_Location())); // the polygon goes where the curve is
-    TopLoc_Location location;
-    if (BRep_Tool::Degenerated(edge) || !BRep_Tool::Polygon3D(edge, location).IsNull())
-        return;
-    const std::vector<gp_Pnt> points = pointsOn(edge, deflection);
-    if (points.size() < 2)
-        return;
-    const TColgp_Array1OfPnt nodes(points.front(), 1, static_cast<int>(points.size()));
-    BRep_Builder().UpdateEdge(edge, Handle(Poly_Polygon3D)(new Poly_Polygon3D(nodes)));
-}
-
 void addPolygons(const TopoDS_Shape& shape)
 {
-    TopTools_IndexedMapOfShape edges;
-    TopExp::MapShapes(shape, TopAbs_EDGE, edges);
-    if (edges.IsEmpty())
-        return;
     Bnd_Box box;
     BRepBndLib::Add(shape, box);
-    if (box.IsVoid() || box.IsOpen())
-        return;
-    const double deflection = deflectionFor(box.CornerMin().Distance(box.CornerMax()));
-    for (int i = 1; i <= edges.Extent(); ++i)
-        addPolygon(TopoDS::Edge(edges(i)), deflection);
+    if (!box.IsVoid() && !box.IsOpen())
+        geometry::addEdgePolygons(shape, deflectionFor(box.CornerMin().Distance(box.CornerMax())));
 }
 
 /// As `meshShape`; a break leaves a part of it undone.
@@ -293,6 +242,38 @@ TopoDS_Shape wholeShapeOf(const std::filesystem::path& file)
     return shape;
 }
 
+/// What `call` returns; Open CASCADE's failures become those of an import.
+template <typename Call>
+auto callOcct(const std::filesystem::path& file, const Call& call)
+{
+    try {
+        return call();
+    } catch (const Standard_Failure& failure) {
+        throw ImportError(file, fmt::format("Open CASCADE fails on it, {}: {}", failure.DynamicType()->Name(),
+                                            oneLine(failure.GetMessageString())));
+    }
+}
+
+/// The shapes of a file by their URIs, without triangles where the file has none. Those of the file that was read last are
+/// kept: bodies of one file ask for their shapes one after the other. Call it with the import locked.
+const std::map<std::string, TopoDS_Shape>& shapesOf(const std::filesystem::path& file)
+{
+    static std::string readKey;
+    static std::map<std::string, TopoDS_Shape> shapes;
+    const Reader read = readerOf(file);
+    const std::string key = GeometryCache::KeyOf(file);
+    if (key == readKey)
+        return shapes;
+    readKey.clear();
+    shapes.clear();
+    for (const auto& part : read(file, {}))
+        for (const auto& body : part->getBodies())
+            if (!body->getShape().IsNull())
+                shapes.emplace(body->getGivenUri(), body->getShape());
+    readKey = key;
+    return shapes;
+}
+
 } // namespace
 
 void checkReadable(const std::filesystem::path& file)
@@ -370,15 +351,12 @@ Parts ImportFile(const std::filesystem::path& file, const Progress& progress)
 
     const std::lock_guard lock(importMutex());
     const QuietMessenger quiet;
-    try {
+    return callOcct(absolute, [&] {
         Parts parts = read(absolute, progress);
         meshParts(parts, progress);
         report(progress, "done", 1);
         return parts;
-    } catch (const Standard_Failure& failure) {
-        throw ImportError(absolute, fmt::format("Open CASCADE fails on it, {}: {}", failure.DynamicType()->Name(),
-                                                oneLine(failure.GetMessageString())));
-    }
+    });
 }
 
 TopoDS_Shape ImportShape(const std::string& uri)
@@ -386,13 +364,18 @@ TopoDS_Shape ImportShape(const std::string& uri)
     if (uri.find('#') == std::string::npos)
         return wholeShapeOf(uri);
     const std::filesystem::path file = uri.substr(0, uri.rfind('#'));
-    for (const auto& part : ImportFile(file)) {
-        for (const auto& body : part->getBodies()) {
-            if (body->getGeometryUri() == uri && !body->getShape().IsNull())
-                return body->getShape();
-        }
-    }
-    throw ImportError(file, fmt::format("it holds no shape for '{}'", uri));
+    const std::filesystem::path absolute = std::filesystem::absolute(file).lexically_normal();
+    checkReadable(absolute);
+    const std::lock_guard lock(importMutex());
+    const QuietMessenger quiet;
+    return callOcct(absolute, [&] {
+        const std::map<std::string, TopoDS_Shape>& shapes = shapesOf(absolute);
+        const auto found = shapes.find(absolute.string() + uri.substr(uri.rfind('#')));
+        if (found == shapes.end())
+            throw ImportError(file, fmt::format("it holds no shape for '{}'", uri));
+        meshShape(found->second);
+        return found->second;
+    });
 }
 
 double deflectionFor(double diagonal)

@@ -40,6 +40,8 @@ VRK_EXPORT std::vector<std::shared_ptr<layout::Part>> ImportFile(const std::file
 
 /// The shape that a body's "geometry/uri" names, as `ImportFile` gave it to the body: "<file>#<name>". A BREP file without
 /// a name is meant as a whole.
+///
+/// The file is read, and its shapes are kept, until another file is asked for; of them only the one asked for is meshed.
 /// @throws ImportError  also where the file holds no such shape.
 VRK_EXPORT TopoDS_Shape ImportShape(const std::string& uri);
 

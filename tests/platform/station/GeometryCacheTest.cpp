@@ -9,6 +9,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace vrk::station {
@@ -63,6 +64,41 @@ TEST_F(GeometryCacheTest, NameOfTheFileIsPlain)
 {
     EXPECT_THAT(get("key", "a b/../c\xFF").filename().string(), StartsWith("a_b_.._c_-"));
     EXPECT_LT(get("key", std::string(300, 'x')).filename().string().size(), 100u);
+}
+
+TEST_F(GeometryCacheTest, FilesThatWereNotAskedForTheLongestTimeGoFirst)
+{
+    const std::filesystem::path asked = get("asked for");
+    std::vector<std::filesystem::path> others; // as other processes leave them
+    for (int i = 0; i < 4; ++i) {
+        others.push_back(cache.path() / ("other" + std::to_string(i)));
+        writeWhole(others.back(), std::string(100, 'x'));
+        std::filesystem::last_write_time(others.back(), std::filesystem::last_write_time(asked) -
+                                                            std::chrono::seconds(i == 0 ? 10 : 100 + i));
+    }
+
+    GeometryCache::Trim(GeometryCache::sizeLimit);
+    EXPECT_TRUE(std::ranges::all_of(others, [](const auto& file) { return std::filesystem::exists(file); }));
+    GeometryCache::Trim(210);
+
+    EXPECT_TRUE(std::filesystem::exists(others[0]));
+    EXPECT_TRUE(std::filesystem::exists(others[1]));
+    EXPECT_FALSE(std::filesystem::exists(others[2]));
+    EXPECT_FALSE(std::filesystem::exists(others[3]));
+    GeometryCache::Trim(0);
+    EXPECT_FALSE(std::filesystem::exists(others[0]));
+    EXPECT_TRUE(std::filesystem::exists(asked)) << "a body of this process may be read from it";
+}
+
+TEST_F(GeometryCacheTest, FileThatIsAskedForAgainIsNew)
+{
+    const std::filesystem::path file = get("key");
+    const auto old = std::filesystem::last_write_time(file) - std::chrono::hours(1);
+    std::filesystem::last_write_time(file, old);
+
+    get("key");
+
+    EXPECT_GT(std::filesystem::last_write_time(file), old + std::chrono::minutes(59));
 }
 
 TEST_F(GeometryCacheTest, NothingIsLeftWhereMakingFails)

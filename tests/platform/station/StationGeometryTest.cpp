@@ -210,6 +210,38 @@ TEST_F(StationGeometry, ChangedShapeGetsAnotherFile)
     EXPECT_NE(before.substr(before.find("box-"), 20), after.substr(after.find("box-"), 20));
 }
 
+TEST_F(StationGeometry, ShapeThatTheFileOfItsBodyDoesNotHoldIsWrittenBesideTheStation)
+{
+    BRepTools::Write(BRepPrimAPI_MakeBox(10, 20, 30).Shape(), (folder / "box.brep").c_str());
+    const std::string uri = (folder / "box.brep").string() + "#1";
+    addBody(uri, "brep", ImportShape(uri))->setShape(BRepPrimAPI_MakeCylinder(5, 10).Shape());
+    addBody(uri, "brep", ImportShape(uri));
+
+    save();
+    Layout::inst().clear();
+    LoadStationFile(folder / "cell.station.json");
+
+    EXPECT_EQ(Layout::inst().parts.at(0)->getBodies().at(0)->getFaceMap().Extent(), 3);
+    EXPECT_EQ(Layout::inst().parts.at(1)->getBodies().at(0)->getFaceMap().Extent(), 6);
+    EXPECT_EQ(Layout::inst().parts.at(1)->getBodies().at(0)->getGeometryUri(), uri);
+}
+
+TEST_F(StationGeometry, FileThatChangedSinceItWasReadIsReadAnew)
+{
+    const std::filesystem::path file = folder / "part.brep";
+    BRepTools::Write(BRepPrimAPI_MakeBox(10, 20, 30).Shape(), file.c_str());
+    addBody(file.string() + "#1", "brep", ImportShape(file.string() + "#1"));
+    save();
+    const auto old = Layout::inst().parts.at(0); // as a host keeps what can be brought back
+    BRepTools::Write(BRepPrimAPI_MakeCylinder(5, 10).Shape(), file.c_str());
+
+    Layout::inst().clear();
+    const std::shared_ptr<Body> body = loadBody();
+
+    EXPECT_EQ(body->getFaceMap().Extent(), 3);
+    EXPECT_NE(body->getGeometryUri(), old->getBodies().at(0)->getGeometryUri());
+}
+
 TEST_F(StationGeometry, MeshInTheCacheIsCopiedBesideTheStation)
 {
     const auto parts = ImportFile(folder.write("part.Stl", binaryStl())); // kept in the cache under another ending

@@ -103,7 +103,7 @@ const GeometryReader::Pieces& GeometryReader::piecesOf(const std::filesystem::pa
     try {
         for (const auto& part : ImportFile(file)) {
             for (const auto& body : part->getBodies())
-                pieces.emplace(body->getGeometryUri(), body);
+                pieces.emplace(body->getGivenUri(), body);
         }
     } catch (const ImportError& failure) {
         place.fail(fmt::format("geometry that can be read: {}", failure.what()));
@@ -160,6 +160,8 @@ std::string GeometryWriter::reference(const std::string& uri, const layout::Body
     if (hasScheme(uri))
         return uri;
     const bool isBrep = body && body->getFileType() == "brep";
+    if (isBrep && body->hasOwnUri() && !body->getShape().IsNull())
+        return exported(uri, body->getShape()); // its file holds another shape
     const std::filesystem::path named = fileOf(uri, isBrep);
     std::error_code error;
     const std::filesystem::path file =

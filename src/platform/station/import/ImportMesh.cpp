@@ -2,9 +2,12 @@
 #include "platform/station/import/ImportFormats.h"
 #include "platform/station/import/StlFile.h"
 
+#include "platform/common/Logger.h"
 #include "platform/layout/Body.h"
 #include "platform/layout/Part.h"
 #include "platform/sdf/SdfManager.h"
+
+#include <fmt/format.h>
 
 namespace vrk::station {
 namespace {
@@ -18,6 +21,8 @@ std::filesystem::path readableStl(const std::filesystem::path& file, const Progr
     if (isReadable && (ending == ".stl" || ending == ".STL"))
         return file;
     report(progress, "converting", 0.25);
+    FileLogger::inst()->trace(
+        fmt::format("{}: the view does not read this form of STL; it shows a copy", file.string()));
     return GeometryCache::Get(file.stem().string(), GeometryCache::KeyOf(file), ".stl",
                               [&file] { return binaryStl(readStlFacets(file)); });
 }

@@ -254,7 +254,8 @@ private:
         }
     }
 
-    /// "<file>#<name>", told apart by a number where two things have one name.
+    /// "<file>#<name>", told apart by a number where two things have one name, or where one name is the other with "_" and
+    /// digits behind it: so the view names the meshes of bodies with hidden faces.
     std::string uniqueUri(std::string name)
     {
         // The last '#' is where the file's name ends.
@@ -263,9 +264,30 @@ private:
             name = fmt::format("{}#{}", file.string(), name);
         }
         std::string uri = name;
-        for (int i = 2; !taken.insert(uri).second; ++i)
+        for (int i = 2; isTaken(uri); ++i)
             uri = fmt::format("{}~{}", name, i);
+        taken.insert(uri);
+        for (std::string stem = stemOf(uri); !stem.empty(); stem = stemOf(stem))
+            stems.insert(stem);
         return uri;
+    }
+
+    /// The text without the "_" and digits that it ends with; empty if it does not.
+    static std::string stemOf(const std::string& text)
+    {
+        const std::size_t last = text.find_last_not_of("0123456789");
+        const bool isNumbered = last != std::string::npos && text[last] == '_' && last + 1 < text.size();
+        return isNumbered ? text.substr(0, last) : std::string();
+    }
+
+    bool isTaken(const std::string& uri) const
+    {
+        if (taken.contains(uri) || stems.contains(uri))
+            return true;
+        for (std::string stem = stemOf(uri); !stem.empty(); stem = stemOf(stem))
+            if (taken.contains(stem))
+                return true;
+        return false;
     }
 
     static rob::Posed poseOf(const TopLoc_Location& location)
@@ -281,6 +303,7 @@ private:
     Handle(XCAFDoc_ColorTool) colors;
     std::map<int, Product> products; // by the tag of the product's label
     std::set<std::string> taken;     // geometry names
+    std::set<std::string> stems;     // what they are without the "_" and digits that they end with
     Parts parts;
 };
 

@@ -41,24 +41,30 @@ std::string causeOf(const geometry::StlText& text)
     }
 }
 
-/// Reads an ascii file, with its words in any case.
-/// @return whether all words are in small letters.
+/// Reads an ascii file, with its words in any case and any names.
+/// @return whether the view reads it as it stands: all words are in small letters, and no name holds one.
 bool readAscii(const std::filesystem::path& file, const std::function<void(const StlFacet&)>& visit)
 {
     std::string bytes(std::filesystem::file_size(file), '\0');
     std::ifstream stream(file, std::ios::binary);
     stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     bytes.resize(static_cast<std::size_t>(stream.gcount()));
-    const geometry::StlText text = geometry::readStlText(bytes, {.anyCase = true, .wholeNumbers = true},
-                                                         [&visit](const StlFacet& facet, unsigned) { visit(facet); });
+    const geometry::StlText text =
+        geometry::readStlText(bytes, {.anyCase = true, .wholeNumbers = true, .solidNames = true},
+                              [&visit](const StlFacet& facet, unsigned) { visit(facet); });
     if (text.fault != StlFault::None)
         throw ImportError(file, causeOf(text));
-    return text.isInSmallLetters;
+    return text.isInSmallLetters && !text.isFacetInName;
 }
 
-/// Whether the file is binary.
-/// @throws ImportError where it is neither that nor text, or where its triangles are not all there.
-bool isBinary(const std::filesystem::path& file)
+enum class StlForm {
+    Binary,
+    BinaryAndMore, ///< bytes follow behind the triangles, and the view takes the file for text
+    Ascii,
+};
+
+/// @throws ImportError where it is neither binary nor text, or where its triangles are not all there.
+StlForm formOf(const std::filesystem::path& file)
 {
     const std::uint64_t size = std::filesystem::file_size(file);
     std::array<char, stlHeaderSize> header{};
@@ -71,13 +77,15 @@ bool isBinary(const std::filesystem::path& file)
     if (got == stlHeaderSize && size == expected) {
         if (count == 0)
             throw ImportError(file, "the STL file holds no triangle");
-        return true;
+        return StlForm::Binary;
     }
     // Text has no zero bytes; a binary header or its count nearly always has.
     if (std::find(header.begin(), header.begin() + got, '\0') == header.begin() + got)
-        return false;
+        return StlForm::Ascii;
     if (got < stlHeaderSize)
         throw ImportError(file, "the binary STL file is cut short");
+    if (count > 0 && size > expected)
+        return StlForm::BinaryAndMore;
     throw ImportError(file, fmt::format("not an STL file, or a damaged one: {} triangles need {} bytes, it has {}",
                                         count, expected, size));
 }
@@ -86,19 +94,27 @@ bool isBinary(const std::filesystem::path& file)
 
 bool checkStl(const std::filesystem::path& file)
 {
-    return isBinary(file) || readAscii(file, [](const StlFacet&) {});
+    switch (formOf(file)) {
+    case StlForm::Binary:
+        return true;
+    case StlForm::BinaryAndMore:
+        return false;
+    default:
+        return readAscii(file, [](const StlFacet&) {});
+    }
 }
 
 std::vector<StlFacet> readStlFacets(const std::filesystem::path& file)
 {
     std::vector<StlFacet> facets;
-    if (!isBinary(file)) {
+    if (formOf(file) == StlForm::Ascii) {
         readAscii(file, [&facets](const StlFacet& facet) { facets.push_back(facet); });
         return facets;
     }
-    facets.resize((std::filesystem::file_size(file) - stlHeaderSize) / stlRecordSize);
     std::ifstream stream(file, std::ios::binary);
-    stream.seekg(stlHeaderSize);
+    std::array<char, stlHeaderSize> header{};
+    stream.read(header.data(), header.size());
+    facets.resize(geometry::stlCount(header.data()));
     std::array<char, stlRecordSize> record{};
     for (StlFacet& facet : facets) {
         if (!stream.read(record.data(), record.size()))

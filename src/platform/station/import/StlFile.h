@@ -13,11 +13,13 @@ namespace vrk::station {
 using geometry::StlFacet;
 
 /// Throws where the file holds no triangles that could be drawn.
-/// @return whether the view reads it as it stands: binary, or ascii in small letters.
+/// @return whether the view reads it as it stands: binary with nothing behind the triangles, or ascii in small letters with
+///         no solid whose name holds the word "facet".
 /// @throws ImportError
 bool checkStl(const std::filesystem::path& file);
 
-/// The triangles of a binary or ascii file; the words of an ascii one may be in any case.
+/// The triangles of a binary or ascii file; the words of an ascii one may be in any case. Bytes behind the triangles of a
+/// binary file are not read.
 /// @throws ImportError
 std::vector<StlFacet> readStlFacets(const std::filesystem::path& file);
 

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "platform/common/Export.h"
+
+#include <TopoDS_Shape.hxx>
+
+#include <optional>
+
+namespace vrk::geometry {
+
+/// Gives each edge of a shape that has no polygon the one by which it is drawn: the points that the triangles of a face of
+/// it already have, so that a drawn edge lies on its face. Edges that have one keep it.
+///
+/// It writes into the edges, which other shapes may share: no other thread may read them meanwhile.
+/// @param deflection  of the polygon of an edge that bounds no face with triangles, which is then taken from its curve;
+///                    without one it is left bare. In the unit of the shape.
+VRK_EXPORT void addEdgePolygons(const TopoDS_Shape& shape, std::optional<double> deflection = {});
+
+} // namespace vrk::geometry
