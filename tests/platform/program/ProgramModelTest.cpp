@@ -3,6 +3,7 @@
 #include "platform/layout/Part.h"
 #include "platform/sdf/SdfManager.h"
 #include "platform/station/StationFile.h"
+#include "platform/station/file/StationText.h"
 #include "platform/task/EdgeMfgShape.h"
 #include "platform/task/Instruction.h"
 #include "platform/task/Path.h"
@@ -19,6 +20,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <ctime>
 #include <numbers>
 
 namespace vrk::task {
@@ -424,6 +426,19 @@ TEST_F(ProgramFileTest, EverythingOfAProgramComesBack)
     EXPECT_EQ(saved("second.station.json"), first);
 }
 
+TEST_F(ProgramFileTest, RunsAndToolsGoWithTheBodiesThatTheyLieOn)
+{
+    const auto program = addProgram();
+    const unsigned seam = program->getMfgShapes()[0]->getId();
+    Layout::inst().remove(Layout::inst().parts[0]->getId());
+
+    EXPECT_THAT(program->getMfgShapes(), IsEmpty());
+    EXPECT_EQ(program->getOwnPaths()[0]->getMoveInstructions().back()->getToolItem(), nullptr);
+    EXPECT_EQ(sdf::SdfManager::inst().find(seam), nullptr);
+    EXPECT_NO_THROW(saved("after.station.json"));
+    EXPECT_NO_THROW(station::LoadStationFile(folder / "after.station.json"));
+}
+
 TEST_F(ProgramFileTest, StationWithoutProgramsKeepsTheFirstFormat)
 {
     const auto program = std::make_shared<Task>(newId(), "weld");
@@ -431,6 +446,31 @@ TEST_F(ProgramFileTest, StationWithoutProgramsKeepsTheFirstFormat)
     Layout::inst().addTask(program);
 
     EXPECT_THAT(saved("old.station.json"), testing::HasSubstr("\"version\": 1"));
+}
+
+/// Seconds of the processor that a path of so many instructions takes to be read.
+double secondsToRead(int instructions)
+{
+    std::string text = R"({"format":"vrk-station","version":2,"tasks":[{"id":1,"name":"t","paths":[{"id":2,"name":"p",
+        "instructions":[)";
+    for (int i = 0; i < instructions; ++i)
+        text += (i == 0 ? "{\"id\":" : ",{\"id\":") + std::to_string(3 + i) + ",\"name\":\"\"}";
+    text += "]}]}]}";
+    const std::clock_t begin = std::clock();
+    const layout::StationContent content =
+        station::parseStation(text, "/cell.station.json", station::GeometryUse::Skip);
+    const double seconds = static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC;
+    EXPECT_EQ(content.tasks.at(0)->getOwnPaths().at(0)->getInstructions().size(),
+              static_cast<std::size_t>(instructions));
+    return seconds;
+}
+
+TEST_F(ProgramFileTest, TimeToReadGrowsWithTheLengthOfAProgram)
+{
+    const double small = secondsToRead(25000);
+    const double large = secondsToRead(100000);
+
+    EXPECT_LT(large, 8 * small) << small << " s and " << large << " s"; // four times as long
 }
 
 struct ProgramFault {
