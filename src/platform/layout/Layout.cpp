@@ -9,6 +9,7 @@
 #include "platform/sdf/SdfManager.h"
 #include "platform/smart/SmartComponent.h"
 #include "platform/task/DataItem.h"
+#include "platform/task/EdgeMfgShape.h"
 #include "platform/task/Task.h"
 
 #include <algorithm>
@@ -52,6 +53,18 @@ void removeToolDataOn(const std::unordered_set<unsigned>& gone, task::Task& task
             continue;
         task.removeDataItem(item->getId());
         removed.push_back(item);
+    }
+}
+
+/// Nor is a run along edges without the bodies whose edges they are.
+void removeMfgShapesOn(const std::unordered_set<unsigned>& gone, task::Task& task, Objects& removed)
+{
+    const std::vector<std::shared_ptr<task::EdgeMfgShape>> shapes = task.getMfgShapes();
+    for (const std::shared_ptr<task::EdgeMfgShape>& shape : shapes) {
+        if (std::ranges::none_of(shape->getMfgVectors(), [&gone](const auto& of) { return gone.contains(of.body); }))
+            continue;
+        task.removeMfgShape(shape->getId());
+        removed.push_back(shape);
     }
 }
 
@@ -182,6 +195,8 @@ void Layout::remove(unsigned id)
         gone.insert(object->getId());
     for (const std::shared_ptr<task::Task>& task : tasks)
         removeToolDataOn(gone, *task, removed);
+    for (const std::shared_ptr<task::Task>& task : tasks)
+        removeMfgShapesOn(gone, *task, removed);
     for (const std::shared_ptr<sdf::SdfObject>& object : removed) {
         gone.insert(object->getId());
         manager.remove(object->getId());

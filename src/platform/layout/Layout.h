@@ -85,8 +85,8 @@ public:
     void addTask(std::shared_ptr<task::Task> task);
     void addOperation(std::shared_ptr<task::Operation> operation);
 
-    /// Removes a standalone object with what it owns, and with the tool data that lies on these, from the station and from
-    /// the object table; groups, operations, attachments and `visibilities` forget them. What else lay on them lies on the
+    /// Removes a standalone object with what it owns, and with the tool data and the runs along edges that lie on these,
+    /// from the station and from the object table; groups, operations, attachments and `visibilities` forget them. What else lay on them lies on the
     /// world then. An unknown id does nothing. A point cloud's visual points to its points: remove that first.
     void remove(unsigned id);
     void removePart(unsigned id) { remove(id); }

@@ -24,6 +24,14 @@ enum class ModelType : unsigned {
     WObjData = 23,
     ObjectFrame = 24,
     JointTargetData = 25,
+    RobTargetData = 26,
+    Path = 27,
+    MfgShape = 28,
+    // Instructions of programs. Circular and dashed moves are moves, too: ask with `SdfObject::asType`.
+    MoveInst = 31,
+    CircularMoveInst = 33,
+    DashedMoveInst = 34,
+    PlainInst = 36, ///< one that draws nothing
     // Objects that have no place of their own: they gather others.
     GroupFirst = 53,
     GroupLast = 57,

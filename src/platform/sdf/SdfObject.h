@@ -89,6 +89,7 @@ public:
     /// Enters `child` as the last one; its parent stays as it is.
     void addForeignChild(const SdfObject& child) { childIds.push_back(child.getId()); }
     void removeChild(unsigned childId);
+    void clearChildren() { childIds.clear(); }
     void getMembers(std::vector<SdfObject*>& members) const override;
 
 private:

@@ -42,4 +42,11 @@ JointTargetDataItem::JointTargetDataItem(unsigned id, std::string name)
 
 JointTargetDataItem::~JointTargetDataItem() = default;
 
+RobTargetDataItem::RobTargetDataItem(unsigned id, std::string name)
+    : DataItem(sdf::ModelType::RobTargetData, id, std::move(name))
+{
+}
+
+RobTargetDataItem::~RobTargetDataItem() = default;
+
 } // namespace vrk::task

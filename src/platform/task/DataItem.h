@@ -56,4 +56,14 @@ public:
     std::vector<double> jointValues;
 };
 
+/// A place that a robot's tool moves to.
+///
+/// Its owner is the work object that it is told in. Its pose is in that work object's user frame, with the object frame
+/// included: moves hang on the user frame. A target that is used in two work objects is two items.
+class VRK_EXPORT RobTargetDataItem : public DataItem {
+public:
+    RobTargetDataItem(unsigned id, std::string name);
+    ~RobTargetDataItem() override;
+};
+
 } // namespace vrk::task

@@ -8,9 +8,12 @@
 namespace vrk::task {
 
 class DataItem;
+class EdgeMfgShape;
+class Path;
+class WObjDataItem;
 
-/// A robot program. Its children are its data items, whose parents are their owners and not the task. Its own parent is
-/// the object that it belongs to, most often a manipulator.
+/// A robot program. Its children are its data items, whose parents are their owners and not the task, its paths and its
+/// manufacturing shapes. Its own parent is the object that it belongs to, most often a manipulator.
 class VRK_EXPORT Task : public sdf::SdfContainer {
 public:
     Task(unsigned id, std::string name);
@@ -22,18 +25,32 @@ public:
     unsigned getManipulatorId() const { return manipulatorId; }
     void setManipulatorId(unsigned id) { manipulatorId = id; }
 
-    /// In order.
+    /// The ids of the paths, in order.
     const std::vector<unsigned>& getPaths() const { return pathIds; }
+    /// Names a path that is kept elsewhere.
     void addPath(unsigned id) { pathIds.push_back(id); }
+    /// The paths that the task keeps itself.
+    const std::vector<std::shared_ptr<Path>>& getOwnPaths() const { return paths; }
+    void addPath(std::shared_ptr<Path> path);
+    void removePath(unsigned id);
+    const std::vector<std::shared_ptr<EdgeMfgShape>>& getMfgShapes() const { return shapes; }
+    void addMfgShape(std::shared_ptr<EdgeMfgShape> shape);
+    void removeMfgShape(unsigned id);
     const std::vector<std::shared_ptr<DataItem>>& getDataItems() const { return items; }
     void addDataItem(std::shared_ptr<DataItem> item);
+    /// Moves forget the work object, tool or via point that goes.
+    /// @throws std::invalid_argument "a move needs this target" for the target of a move; nothing is removed then.
     void removeDataItem(unsigned id);
+    /// Puts the object frame of a work object elsewhere in its user frame, with the robot targets that lie in it.
+    void moveObjectFrame(WObjDataItem& wobj, const rob::Posed& pose);
     std::vector<std::shared_ptr<sdf::SdfObject>> getPieces() const override;
 
 private:
     unsigned manipulatorId = 0;
     std::vector<unsigned> pathIds;
     std::vector<std::shared_ptr<DataItem>> items;
+    std::vector<std::shared_ptr<Path>> paths;
+    std::vector<std::shared_ptr<EdgeMfgShape>> shapes;
 };
 
 /// A step of production: it gathers what takes part in it, which is shown selected in its place.

@@ -46,6 +46,7 @@ void PartReader::readBody(const JsonPlace& at, layout::Part& part)
     at.expectObject({"id", "name", "pose", "geometry", "material", "color", "face_colors"});
     const unsigned id = ids.read(at, sdf::ModelType::Body, true, part.getId());
     const auto body = part.addBody(id, nameAt(at));
+    bodies.emplace(id, body);
     if (at.has("pose"))
         body->setPose(at.at("pose").asPose());
     geometry.give(*body, at.at("geometry"));
@@ -103,6 +104,12 @@ std::shared_ptr<layout::PointCloud> PartReader::readCloud(const JsonPlace& at)
     cloud->setParentId(ids.readOwner(at, "parent", id));
     cloud->setPose(at.at("pose").asPose());
     return cloud;
+}
+
+const layout::Body* PartReader::findBody(unsigned id) const
+{
+    const auto found = bodies.find(id);
+    return found == bodies.end() ? nullptr : found->second.get();
 }
 
 } // namespace vrk::station

@@ -5,6 +5,7 @@
 
 namespace vrk::layout {
 class Assembly;
+class Body;
 class Part;
 class PartContainer;
 } // namespace vrk::layout
@@ -24,11 +25,17 @@ public:
     /// Reads the "members" of an assembly or a link into it. @param depth  of assemblies around them
     void readMembers(const JsonPlace& at, layout::PartContainer& container, int depth);
 
+    /// A body that was read; null for any other id.
+    const layout::Body* findBody(unsigned id) const;
+    /// Whether the shapes of bodies are there, as they are unless geometry is skipped.
+    bool hasShapes() const { return geometry.isLoading(); }
+
 private:
     void readBody(const JsonPlace& at, layout::Part& part);
 
     StationIds& ids;
     GeometryReader& geometry;
+    std::unordered_map<unsigned, std::shared_ptr<layout::Body>> bodies;
 };
 
 } // namespace vrk::station

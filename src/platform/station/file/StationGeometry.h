@@ -26,6 +26,7 @@ class GeometryReader {
 public:
     GeometryReader(const std::filesystem::path& stationFile, GeometryUse use, const Progress& progress);
 
+    bool isLoading() const { return use == GeometryUse::Load; }
     /// Gives a body its geometry, which stands at `place`.
     void give(layout::Body& body, const JsonPlace& place);
     std::shared_ptr<layout::PointCloud> makeCloud(unsigned id, const std::string& name, const JsonPlace& place);

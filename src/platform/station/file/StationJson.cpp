@@ -16,43 +16,44 @@ namespace {
 constexpr std::size_t deepestLevel = 256;
 constexpr double rotationTolerance = 1e-3; // of the length; hand-written files have few digits
 
-/// Follows the parser, so that a failure can tell where it was.
-class ParseTrace {
-public:
-    explicit ParseTrace(const std::filesystem::path& file) : file(file) {}
+std::string lineOf(const std::string& text, std::size_t position)
+{
+    const auto end = text.begin() + static_cast<std::ptrdiff_t>(std::min(position, text.size()));
+    return std::to_string(1 + std::count(text.begin(), end, '\n'));
+}
 
-    bool operator()(int, Json::parse_event_t event, const Json& parsed)
+/// Goes through a text without keeping its values, and refuses what is no JSON, is nested too deeply, or has a key twice.
+/// The values are made in a second go: the package's parser that asks back at each value looks through the whole list
+/// whenever one of its objects ends.
+class TextCheck : public nlohmann::json_sax<Json> {
+public:
+    TextCheck(const std::string& text, const std::filesystem::path& file) : text(text), file(file) {}
+
+    bool null() override { return countElement(); }
+    bool boolean(bool) override { return countElement(); }
+    bool number_integer(number_integer_t) override { return countElement(); }
+    bool number_unsigned(number_unsigned_t) override { return countElement(); }
+    bool number_float(number_float_t, const string_t&) override { return countElement(); }
+    bool string(string_t&) override { return countElement(); }
+    bool binary(binary_t&) override { return countElement(); }
+    bool start_object(std::size_t) override { return open(false); }
+    bool start_array(std::size_t) override { return open(true); }
+    bool end_object() override { return close(); }
+    bool end_array() override { return close(); }
+
+    bool key(string_t& name) override
     {
-        switch (event) {
-        case Json::parse_event_t::object_start:
-        case Json::parse_event_t::array_start:
-            if (levels.size() == deepestLevel)
-                throw StationFileError(file, path(), fmt::format("expected no more than {} levels", deepestLevel));
-            levels.push_back({event == Json::parse_event_t::array_start, 0, {}, {}});
-            break;
-        case Json::parse_event_t::key:
-            levels.back().key = parsed.get<std::string>();
-            if (!levels.back().keys.insert(levels.back().key).second)
-                throw StationFileError(file, path(), "expected no key twice");
-            break;
-        case Json::parse_event_t::object_end:
-        case Json::parse_event_t::array_end:
-            levels.pop_back();
-            countElement();
-            break;
-        case Json::parse_event_t::value:
-            countElement();
-            break;
-        }
+        levels.back().key = name;
+        if (!levels.back().keys.insert(name).second)
+            throw StationFileError(file, path(), "expected no key twice");
         return true;
     }
 
-    std::string path() const
+    bool parse_error(std::size_t position, const std::string&, const Json::exception& error) override
     {
-        std::string text;
-        for (const Level& level : levels)
-            text += '/' + (level.isArray ? std::to_string(level.index) : level.key);
-        return text.empty() ? "/" : text;
+        if (dynamic_cast<const Json::out_of_range*>(&error))
+            throw StationFileError(file, path(), "expected a finite number");
+        throw StationFileError(file, path(), fmt::format("expected JSON in line {}", lineOf(text, position)));
     }
 
 private:
@@ -63,21 +64,39 @@ private:
         std::set<std::string> keys;
     };
 
-    void countElement()
+    bool open(bool isArray)
+    {
+        if (levels.size() == deepestLevel)
+            throw StationFileError(file, path(), fmt::format("expected no more than {} levels", deepestLevel));
+        levels.push_back({isArray, 0, {}, {}});
+        return true;
+    }
+
+    bool close()
+    {
+        levels.pop_back();
+        return countElement();
+    }
+
+    std::string path() const
+    {
+        std::string place;
+        for (const Level& level : levels)
+            place += '/' + (level.isArray ? std::to_string(level.index) : level.key);
+        return place.empty() ? "/" : place;
+    }
+
+    bool countElement()
     {
         if (!levels.empty())
             ++levels.back().index;
+        return true;
     }
 
+    const std::string& text;
     const std::filesystem::path& file;
     std::vector<Level> levels;
 };
-
-std::string lineOf(const std::string& text, std::size_t position)
-{
-    const auto end = text.begin() + static_cast<std::ptrdiff_t>(std::min(position, text.size()));
-    return std::to_string(1 + std::count(text.begin(), end, '\n'));
-}
 
 bool isPlain(const Json& value)
 {
@@ -115,15 +134,9 @@ void write(const Json& value, const std::string& indent, std::string& text)
 
 Json parseStationJson(const std::string& text, const std::filesystem::path& file)
 {
-    ParseTrace trace(file);
-    try {
-        return Json::parse(
-            text, [&trace](int depth, Json::parse_event_t event, Json& parsed) { return trace(depth, event, parsed); });
-    } catch (const Json::parse_error& error) {
-        throw StationFileError(file, trace.path(), fmt::format("expected JSON in line {}", lineOf(text, error.byte)));
-    } catch (const Json::out_of_range&) {
-        throw StationFileError(file, trace.path(), "expected a finite number");
-    }
+    TextCheck check(text, file);
+    Json::sax_parse(text, &check);
+    return Json::parse(text);
 }
 
 std::string textOf(const Json& value)

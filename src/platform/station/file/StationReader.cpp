@@ -22,7 +22,7 @@ namespace {
 class StationReader {
 public:
     StationReader(const JsonPlace& root, GeometryReader& geometry)
-        : root(root), parts(ids, geometry), mechanisms(ids, parts), tasks(ids)
+        : root(root), parts(ids, geometry), mechanisms(ids, parts), tasks(ids, parts)
     {
     }
 
@@ -54,7 +54,7 @@ public:
     }
 
 private:
-    void checkVersion() const
+    void checkVersion()
     {
         if (!root.get().is_object())
             root.fail("an object");
@@ -62,8 +62,9 @@ private:
         if (format.asText() != stationFormat)
             format.fail(fmt::format("\"{}\"", stationFormat));
         const JsonPlace version = root.at("version");
-        if (version.get() != stationVersion)
-            version.fail(std::to_string(stationVersion));
+        if (version.get() != firstVersion && version.get() != programVersion)
+            version.fail(fmt::format("{} or {}", firstVersion, programVersion));
+        tasks.withPrograms = version.get() == programVersion;
     }
 
     template <typename List, typename Read>

@@ -14,6 +14,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 namespace vrk::station {
 namespace {
 
@@ -27,7 +29,9 @@ public:
 
     Json write()
     {
-        Json json{{"format", stationFormat}, {"version", stationVersion}};
+        const bool hasPrograms =
+            std::ranges::any_of(content.tasks, [](const auto& task) { return needsPrograms(*task); });
+        Json json{{"format", stationFormat}, {"version", hasPrograms ? programVersion : firstVersion}};
         if (content.lastViewPointPose != rob::Posed())
             json["view"] = station::jsonOf(content.lastViewPointPose);
         addList(json, "manipulators", content.manipulators,
