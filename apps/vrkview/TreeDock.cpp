@@ -100,8 +100,12 @@ void TreeDock::takeSelection()
     std::vector<unsigned> ids;
     for (const QModelIndex& index : tree->selectionModel()->selectedRows())
         ids.push_back(idOf(index));
-    const QScopedValueRollback showing(isShowing, true); // the tree has it already
-    state.selectVisuals(std::move(ids));
+    {
+        const QScopedValueRollback showing(isShowing, true); // the tree has it already
+        state.selectVisuals(ids);
+    }
+    if (state.getSelected() != ids)
+        showSelection(); // but for what is hidden, which cannot be selected
 }
 
 void TreeDock::showSelection()

@@ -1,6 +1,7 @@
 #include "ViewState.h"
 
 #include "DrawMode.h"
+#include "Visibility.h"
 
 #include "platform/layout/Layout.h"
 #include "platform/sdf/SdfManager.h"
@@ -35,15 +36,25 @@ bool ViewState::isSelected(unsigned id) const
 
 void ViewState::selectVisuals(std::vector<unsigned> ids)
 {
+    std::erase_if(ids, [this](unsigned id) { return isHidden(id); });
     if (ids == selected && selectedFaces.empty())
         return;
     selected = std::move(ids);
     selectedFaces.clear(); // as the scene does
+    toldScene = ownersFirst();
     Scene& scene = *Scene::Get();
-    scene.setVisualsSelected(selected);
+    scene.setVisualsSelected(toldScene);
     // The outline costs a pass over the picture, so that it goes with the last thing that it is drawn around.
     scene.addRenderTask([&scene, any = !selected.empty()] { scene.setBorderHighlightEnabled(any); }, 0);
     emit selectionChanged();
+}
+
+std::vector<unsigned> ViewState::ownersFirst() const
+{
+    std::vector<unsigned> ids = selected;
+    // A row comes behind what it hangs on; what has no row stands for itself.
+    std::ranges::stable_sort(ids, {}, [this](unsigned id) { return tree.find(id); });
+    return ids;
 }
 
 void ViewState::toggle(unsigned id)
@@ -57,9 +68,9 @@ void ViewState::toggle(unsigned id)
 void ViewState::followScene()
 {
     const std::vector<unsigned>& inScene = Scene::Get()->getSelectedVisuals();
-    if (inScene == selected)
+    if (inScene == toldScene)
         return;
-    selected = inScene;
+    selected = toldScene = inScene;
     emit selectionChanged();
 }
 
@@ -70,7 +81,7 @@ bool ViewState::isFaceSelected(unsigned body, unsigned face) const
 
 void ViewState::toggleFace(unsigned body, unsigned face, FaceUse use)
 {
-    if (!Scene::HasVisual(body) || Scene::GetVisual(body)->getType() != vrk::VisualType::Solid)
+    if (!Scene::HasVisual(body) || Scene::GetVisual(body)->getType() != vrk::VisualType::Solid || isHidden(body))
         return;
     Scene& scene = *Scene::Get();
     if (std::erase(selectedFaces, std::pair(body, face)) > 0) {
@@ -89,7 +100,7 @@ void ViewState::toggleFace(unsigned body, unsigned face, FaceUse use)
 
 ViewState::Shown ViewState::shownOf(unsigned id) const
 {
-    if (hidden.contains(id))
+    if (hidden.contains(id) || hiddenWithCarrier.contains(id))
         return Shown::Not;
     const int row = tree.find(id);
     return row != StationTree::none && hiddenBelow[static_cast<std::size_t>(row)] > 0 ? Shown::Partly : Shown::Whole;
@@ -97,22 +108,33 @@ ViewState::Shown ViewState::shownOf(unsigned id) const
 
 void ViewState::setVisible(const std::vector<unsigned>& ids, bool visible)
 {
+    const std::unordered_set<unsigned> before = hiddenWithCarrier;
+    std::vector<unsigned> changed;
     for (const unsigned id : ids)
         if (const int row = tree.find(id); row != StationTree::none) {
             mark(row, visible);
-            Scene::Get()->setVisualVisible(id, visible);
+            changed.push_back(id);
         }
-    sum();
     tellModel();
-    if (visible)
+    followCarriers();
+    sum();
+    for (const StationTree::Row& row : tree.getRows())
+        if (!row.followsParent && !hidden.contains(row.id) &&
+            hiddenWithCarrier.contains(row.id) != before.contains(row.id))
+            changed.push_back(row.id);
+    deselectHidden();
+    if (visible) {
+        showThings(changed);
         drawAnew();
+    } else {
+        hideThings(changed);
+    }
     emit visibilityChanged();
 }
 
 void ViewState::hideSelected()
 {
     const std::vector<unsigned> ids = selected;
-    clear();
     setVisible(ids, false);
 }
 
@@ -127,9 +149,35 @@ void ViewState::showAll()
 
 void ViewState::mark(int row, bool visible)
 {
+    if (visible)
+        uncover(row);
+    markBelow(row, visible);
+}
+
+/// With one thing shown in it nothing is wholly hidden. What else was hidden with that stays so, each for itself now.
+void ViewState::uncover(int row)
+{
     const std::vector<StationTree::Row>& rows = tree.getRows();
-    const StationTree::Row& top = rows[static_cast<std::size_t>(row)];
-    for (int i = row; i < top.end;) {
+    std::vector<unsigned> opened;
+    for (int from = row, above = rows[static_cast<std::size_t>(row)].parent; above != StationTree::none;
+         from = above, above = rows[static_cast<std::size_t>(above)].parent) {
+        const StationTree::Row& owner = rows[static_cast<std::size_t>(above)];
+        if (!isHidden(owner.id))
+            continue;
+        markBelow(above, false);
+        for (const int child : owner.children)
+            if (child != from && !rows[static_cast<std::size_t>(child)].followsParent)
+                markBelow(child, false);
+        opened.push_back(owner.id);
+    }
+    for (const unsigned id : opened)
+        hidden.erase(id);
+}
+
+void ViewState::markBelow(int row, bool visible)
+{
+    const std::vector<StationTree::Row>& rows = tree.getRows();
+    for (int i = row; i < rows[static_cast<std::size_t>(row)].end;) {
         const StationTree::Row& below = rows[static_cast<std::size_t>(i)];
         if (i != row && !below.followsParent) {
             i = below.end;
@@ -141,10 +189,24 @@ void ViewState::mark(int row, bool visible)
             hidden.insert(below.id);
         ++i;
     }
-    // With one thing shown in it nothing is wholly hidden.
-    if (visible)
-        for (int above = top.parent; above != StationTree::none; above = rows[static_cast<std::size_t>(above)].parent)
-            hidden.erase(rows[static_cast<std::size_t>(above)].id);
+}
+
+void ViewState::followCarriers()
+{
+    hiddenWithCarrier.clear();
+    const std::vector<StationTree::Row>& rows = tree.getRows();
+    for (const unsigned id : carriedByHidden()) {
+        const int top = tree.find(id);
+        if (top == StationTree::none)
+            continue;
+        for (int i = top; i < rows[static_cast<std::size_t>(top)].end;) {
+            const StationTree::Row& below = rows[static_cast<std::size_t>(i)];
+            const bool isApart = i != top && !below.followsParent; // carried in turn, or hidden itself
+            if (!isApart && !hidden.contains(below.id))
+                hiddenWithCarrier.insert(below.id);
+            i = isApart ? below.end : i + 1;
+        }
+    }
 }
 
 void ViewState::sum()
@@ -154,7 +216,21 @@ void ViewState::sum()
     for (std::size_t i = rows.size(); i-- > 0;)
         if (rows[i].parent != StationTree::none)
             hiddenBelow[static_cast<std::size_t>(rows[i].parent)] +=
-                hiddenBelow[i] + (hidden.contains(rows[i].id) ? 1 : 0);
+                hiddenBelow[i] + (shownOf(rows[i].id) == Shown::Not ? 1 : 0);
+}
+
+void ViewState::deselectHidden()
+{
+    std::erase_if(selectedFaces, [this](const auto& face) {
+        if (!isHidden(face.first))
+            return false;
+        Scene::Get()->clearSelectedFace(face.first, face.second);
+        return true;
+    });
+    std::vector<unsigned> left = selected;
+    std::erase_if(left, [this](unsigned id) { return isHidden(id); });
+    if (left != selected)
+        selectVisuals(std::move(left));
 }
 
 std::vector<unsigned> ViewState::topmostHidden() const
@@ -181,6 +257,7 @@ void ViewState::readHidden()
     for (const unsigned id : ids)
         if (const int row = tree.find(id); row != StationTree::none)
             mark(row, false);
+    followCarriers();
     sum();
 }
 
@@ -212,6 +289,7 @@ void ViewState::stationHasChanged(std::span<const HiddenFace> moreHiddenFaces)
     hiddenFaces.insert(hiddenFaces.end(), moreHiddenFaces.begin(), moreHiddenFaces.end());
     tree = StationTree::OfScene();
     forgetWhatIsGone();
+    followCarriers();
     sum();
     drawAnew(); // what is new has faces and edges
     emit stationChanged();
@@ -237,6 +315,7 @@ void ViewState::forgetWhatIsGone()
     std::erase_if(left, isGone);
     if (left != selected)
         selectVisuals(std::move(left));
+    deselectHidden();
 }
 
 } // namespace vrkview

@@ -30,11 +30,12 @@ public:
     ViewState(const DrawMode& mode, std::vector<HiddenFace> hiddenFaces);
     ~ViewState() override;
 
-    // Selection, in the order in which it was made
+    // Selection, in the order in which it was made. What is hidden is never selected, and what gets hidden no longer is.
 
     const std::vector<unsigned>& getSelected() const { return selected; }
     bool isSelected(unsigned id) const;
-    /// These, and nothing else.
+    /// These, but for hidden ones, and nothing else. The scene is given owners ahead of their members, so that the looks of
+    /// an owner do not cover those of a member.
     void selectVisuals(std::vector<unsigned> ids);
     /// Adds the visual to the selection or takes it out.
     void toggle(unsigned id);
@@ -52,9 +53,11 @@ public:
     /// is no solid.
     void toggleFace(unsigned body, unsigned face, FaceUse use);
 
-    // Visibility of things of the station, with what is below them
+    // Visibility of things of the station, with what is below them. What hangs on a hidden thing by an attachment is hidden
+    // with it and comes back with it, unless it is hidden itself.
 
     Shown shownOf(unsigned id) const;
+    bool isHidden(unsigned id) const { return shownOf(id) == Shown::Not; }
     bool isAnyHidden() const { return !hidden.empty(); }
     void setVisible(const std::vector<unsigned>& ids, bool visible);
     void hideSelected();
@@ -83,7 +86,12 @@ signals:
 private:
     void readHidden();
     void mark(int row, bool visible);
+    void uncover(int row);
+    void markBelow(int row, bool visible);
+    void followCarriers();
     void sum();
+    std::vector<unsigned> ownersFirst() const;
+    void deselectHidden();
     std::vector<unsigned> topmostHidden() const;
     void tellModel() const;
     void drawAnew() const;
@@ -93,9 +101,11 @@ private:
     std::vector<HiddenFace> hiddenFaces;
     StationTree tree;
     std::vector<unsigned> selected;
+    std::vector<unsigned> toldScene;                          // the same, as the scene was given it
     std::vector<std::pair<unsigned, unsigned>> selectedFaces; // body and face
-    std::unordered_set<unsigned> hidden;
-    std::vector<int> hiddenBelow; // for each row, how many below it are hidden
+    std::unordered_set<unsigned> hidden;                      // by the user
+    std::unordered_set<unsigned> hiddenWithCarrier;           // by what carries them; none of these in `hidden`
+    std::vector<int> hiddenBelow;                             // for each row, how many below it are hidden
 };
 
 } // namespace vrkview
