@@ -63,7 +63,11 @@ void showAs(const DrawMode& mode, const std::vector<HiddenFace>& hidden)
         return; // no face is shown
     for (const HiddenFace face : hidden)
         scene.addRenderTask(
-            [face] { dynamic_cast<SolidVisual&>(*Scene::GetVisual(face.body)).setFaceVisible(face.face, false); }, 0);
+            [face] {
+                if (Scene::HasVisual(face.body)) // the body may be out of the station for the time being
+                    dynamic_cast<SolidVisual&>(*Scene::GetVisual(face.body)).setFaceVisible(face.face, false);
+            },
+            0);
 }
 
 } // namespace vrkview

@@ -63,6 +63,7 @@ void TreeDock::buildTree()
     filtered->setFilterCaseSensitivity(Qt::CaseInsensitive);
     filtered->setSourceModel(model);
     tree->setModel(filtered);
+    tree->setEditTriggers(QAbstractItemView::NoEditTriggers); // but for `editName`
     QHeaderView& header = *tree->header();
     header.setStretchLastSection(false);
     header.setMinimumSectionSize(eyeWidth);
@@ -91,6 +92,18 @@ void TreeDock::buildTree()
 unsigned TreeDock::idOf(const QModelIndex& index) const
 {
     return index.data(StationTreeModel::IdRole).toUInt();
+}
+
+void TreeDock::editName(unsigned id)
+{
+    const QModelIndex index = filtered->mapFromSource(model->indexOf(id));
+    if (!index.isValid())
+        return; // the filter leaves it out
+    show();
+    tree->setFocus();
+    tree->scrollTo(index);
+    tree->setCurrentIndex(index);
+    tree->edit(index);
 }
 
 void TreeDock::takeSelection()

@@ -2,6 +2,9 @@
 
 #include "DrawMode.h"
 #include "Visibility.h"
+#include "edit/HideThings.h"
+#include "edit/History.h"
+#include "edit/ModelPlaces.h"
 
 #include "platform/layout/Layout.h"
 #include "platform/sdf/SdfManager.h"
@@ -20,9 +23,13 @@ using vrk::visual::Scene;
 } // namespace
 
 ViewState::ViewState(const DrawMode& mode, std::vector<HiddenFace> hiddenFaces)
-    : drawMode(&mode), hiddenFaces(std::move(hiddenFaces)), tree(StationTree::OfScene())
+    : history(std::make_unique<History>()), drawMode(&mode), hiddenFaces(std::move(hiddenFaces)),
+      tree(StationTree::OfScene())
 {
     readHidden();
+    connect(history.get(), &History::changed, this, [this](Touches touches) {
+        follow(touches.testFlag(Touched::Things), touches.testFlag(Touched::Visibility));
+    });
 }
 
 ViewState::~ViewState() = default;
@@ -108,28 +115,12 @@ ViewState::Shown ViewState::shownOf(unsigned id) const
 
 void ViewState::setVisible(const std::vector<unsigned>& ids, bool visible)
 {
-    const std::unordered_set<unsigned> before = hiddenWithCarrier;
-    std::vector<unsigned> changed;
+    const std::unordered_set<unsigned> before = hidden, carriedBefore = hiddenWithCarrier;
     for (const unsigned id : ids)
-        if (const int row = tree.find(id); row != StationTree::none) {
+        if (const int row = tree.find(id); row != StationTree::none)
             mark(row, visible);
-            changed.push_back(id);
-        }
-    tellModel();
-    followCarriers();
-    sum();
-    for (const StationTree::Row& row : tree.getRows())
-        if (!row.followsParent && !hidden.contains(row.id) &&
-            hiddenWithCarrier.contains(row.id) != before.contains(row.id))
-            changed.push_back(row.id);
-    deselectHidden();
-    if (visible) {
-        showThings(changed);
-        drawAnew();
-    } else {
-        hideThings(changed);
-    }
-    emit visibilityChanged();
+    hiddenWithCarrier = carriedBefore;
+    pushHidden((visible ? tr("Show %1") : tr("Hide %1")).arg(nameOfThings(ids)), before);
 }
 
 void ViewState::hideSelected()
@@ -140,11 +131,57 @@ void ViewState::hideSelected()
 
 void ViewState::showAll()
 {
-    std::vector<unsigned> ids;
+    const std::unordered_set<unsigned> before = std::exchange(hidden, {});
+    pushHidden(tr("Show all"), before);
+}
+
+void ViewState::hideOnly(const std::vector<unsigned>& ids)
+{
+    const std::unordered_set<unsigned> before = std::exchange(hidden, {});
+    for (const unsigned id : ids)
+        if (const int row = tree.find(id); row != StationTree::none)
+            markBelow(row, false);
+    pushHidden(tr("Hide %1").arg(nameOfThings(ids)), before);
+}
+
+/// Makes a step of what is marked now; that it is hidden comes back from the model.
+void ViewState::pushHidden(const QString& text, std::unordered_set<unsigned> before)
+{
+    const bool isOther = hidden != before;
+    std::vector<unsigned> list = listForModel();
+    hidden = std::move(before);
+    if (isOther)
+        history->push(std::make_unique<HideThings>(text, std::move(list)));
+}
+
+std::vector<unsigned> ViewState::listForModel() const
+{
+    std::vector<unsigned> list;
+    {
+        const std::shared_lock lock(sdf::SdfManager::inst().mutex());
+        list = Layout::inst().visibilities;
+    }
+    std::erase_if(list, [this](unsigned id) { return tree.find(id) != StationTree::none; }); // others stay: groups
+    std::vector<bool> rows;
     for (const StationTree::Row& row : tree.getRows())
-        if (row.parent == StationTree::none || !row.followsParent || hidden.contains(row.id))
-            ids.push_back(row.id);
-    setVisible(ids, true);
+        rows.push_back(hidden.contains(row.id));
+    const std::vector<unsigned> things = topmostOf(rows);
+    list.insert(list.end(), things.begin(), things.end());
+    return list;
+}
+
+/// Of the rows that are marked those that do not go with a marked one above them.
+std::vector<unsigned> ViewState::topmostOf(const std::vector<bool>& marked) const
+{
+    const std::vector<StationTree::Row>& rows = tree.getRows();
+    std::vector<unsigned> ids;
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        const bool goesWithParent = rows[i].followsParent && rows[i].parent != StationTree::none &&
+                                    marked[static_cast<std::size_t>(rows[i].parent)];
+        if (marked[i] && !goesWithParent)
+            ids.push_back(rows[i].id);
+    }
+    return ids;
 }
 
 void ViewState::mark(int row, bool visible)
@@ -170,8 +207,10 @@ void ViewState::uncover(int row)
                 markBelow(child, false);
         opened.push_back(owner.id);
     }
-    for (const unsigned id : opened)
+    for (const unsigned id : opened) {
         hidden.erase(id);
+        hiddenWithCarrier.erase(id);
+    }
 }
 
 void ViewState::markBelow(int row, bool visible)
@@ -183,10 +222,12 @@ void ViewState::markBelow(int row, bool visible)
             i = below.end;
             continue;
         }
-        if (visible)
+        if (visible) {
             hidden.erase(below.id);
-        else
+            hiddenWithCarrier.erase(below.id); // the next one that is marked may hang on it
+        } else {
             hidden.insert(below.id);
+        }
         ++i;
     }
 }
@@ -221,7 +262,7 @@ void ViewState::sum()
 
 void ViewState::deselectHidden()
 {
-    std::erase_if(selectedFaces, [this](const auto& face) {
+    const auto faces = std::erase_if(selectedFaces, [this](const auto& face) {
         if (!isHidden(face.first))
             return false;
         Scene::Get()->clearSelectedFace(face.first, face.second);
@@ -231,19 +272,8 @@ void ViewState::deselectHidden()
     std::erase_if(left, [this](unsigned id) { return isHidden(id); });
     if (left != selected)
         selectVisuals(std::move(left));
-}
-
-std::vector<unsigned> ViewState::topmostHidden() const
-{
-    const std::vector<StationTree::Row>& rows = tree.getRows();
-    std::vector<unsigned> ids;
-    for (const StationTree::Row& row : rows) {
-        const bool goesWithParent = row.followsParent && row.parent != StationTree::none &&
-                                    hidden.contains(rows[static_cast<std::size_t>(row.parent)].id);
-        if (hidden.contains(row.id) && !goesWithParent)
-            ids.push_back(row.id);
-    }
-    return ids;
+    else if (faces > 0)
+        emit selectionChanged();
 }
 
 void ViewState::readHidden()
@@ -261,15 +291,6 @@ void ViewState::readHidden()
     sum();
 }
 
-void ViewState::tellModel() const
-{
-    const std::vector<unsigned> ids = topmostHidden();
-    const std::unique_lock lock(sdf::SdfManager::inst().mutex());
-    std::vector<unsigned>& noted = Layout::inst().visibilities;
-    std::erase_if(noted, [this](unsigned id) { return tree.find(id) != StationTree::none; }); // others stay: groups
-    noted.insert(noted.end(), ids.begin(), ids.end());
-}
-
 void ViewState::drawAnew() const
 {
     showAs(*drawMode, hiddenFaces); // but for what the model says is hidden
@@ -284,19 +305,58 @@ void ViewState::setDrawMode(const DrawMode& mode)
     emit drawModeChanged();
 }
 
-void ViewState::stationHasChanged(std::span<const HiddenFace> moreHiddenFaces)
+void ViewState::follow(bool areThings, bool isVisibility)
 {
-    hiddenFaces.insert(hiddenFaces.end(), moreHiddenFaces.begin(), moreHiddenFaces.end());
+    if (areThings)
+        stationHasChanged(); // what is hidden is read anew, too
+    else if (isVisibility)
+        followVisibility();
+}
+
+std::unordered_set<unsigned> ViewState::allHidden() const
+{
+    std::unordered_set<unsigned> all = hidden;
+    all.insert(hiddenWithCarrier.begin(), hiddenWithCarrier.end());
+    return all;
+}
+
+void ViewState::followVisibility()
+{
+    const std::unordered_set<unsigned> before = allHidden();
+    readHidden();
+    deselectHidden();
+    std::vector<bool> shown, gone;
+    for (const StationTree::Row& row : tree.getRows()) {
+        shown.push_back(before.contains(row.id) && !isHidden(row.id));
+        gone.push_back(!before.contains(row.id) && isHidden(row.id));
+    }
+    if (const std::vector<unsigned> ids = topmostOf(shown); !ids.empty()) {
+        showThings(ids); // with all that is in them: what is still hidden goes again
+        drawAnew();
+    } else {
+        hideThings(topmostOf(gone));
+    }
+    emit visibilityChanged();
+}
+
+void ViewState::stationHasChanged()
+{
+    const std::unordered_set<unsigned> before = allHidden();
     tree = StationTree::OfScene();
+    readHidden();
     forgetWhatIsGone();
-    followCarriers();
-    sum();
+    std::vector<bool> shown; // with another carrier, or without it
+    for (const StationTree::Row& row : tree.getRows())
+        shown.push_back(before.contains(row.id) && !isHidden(row.id));
+    if (const std::vector<unsigned> ids = topmostOf(shown); !ids.empty())
+        showThings(ids);
     drawAnew(); // what is new has faces and edges
     emit stationChanged();
 }
 
 void ViewState::stationWasReplaced(std::vector<HiddenFace> itsHiddenFaces)
 {
+    history->forget();
     hiddenFaces = std::move(itsHiddenFaces);
     tree = StationTree::OfScene();
     readHidden();
@@ -308,8 +368,6 @@ void ViewState::stationWasReplaced(std::vector<HiddenFace> itsHiddenFaces)
 void ViewState::forgetWhatIsGone()
 {
     const auto isGone = [this](unsigned id) { return tree.find(id) == StationTree::none; };
-    std::erase_if(hidden, isGone);
-    std::erase_if(hiddenFaces, [&](const HiddenFace& face) { return isGone(face.body); });
     std::erase_if(selectedFaces, [&](const auto& face) { return isGone(face.first); });
     std::vector<unsigned> left = selected;
     std::erase_if(left, isGone);

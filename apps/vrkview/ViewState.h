@@ -5,13 +5,14 @@
 
 #include <QObject>
 
-#include <span>
+#include <memory>
 #include <unordered_set>
 #include <utility>
 #include <vector>
 
 namespace vrkview {
 
+class History;
 struct DrawMode;
 
 /// What the user has made of the view: what is selected, what is hidden and how bodies are drawn. Docks, menus and the
@@ -29,6 +30,9 @@ public:
     /// Starts with what the model says is hidden. The scene must have been given this mode already.
     ViewState(const DrawMode& mode, std::vector<HiddenFace> hiddenFaces);
     ~ViewState() override;
+
+    /// The steps of work on the station; what they change is taken over here.
+    History& getHistory() const { return *history; }
 
     // Selection, in the order in which it was made. What is hidden is never selected, and what gets hidden no longer is.
 
@@ -54,7 +58,7 @@ public:
     void toggleFace(unsigned body, unsigned face, FaceUse use);
 
     // Visibility of things of the station, with what is below them. What hangs on a hidden thing by an attachment is hidden
-    // with it and comes back with it, unless it is hidden itself.
+    // with it and comes back with it, unless it is hidden itself. Each call that changes something is one step of work.
 
     Shown shownOf(unsigned id) const;
     bool isHidden(unsigned id) const { return shownOf(id) == Shown::Not; }
@@ -63,6 +67,8 @@ public:
     void hideSelected();
     /// Everything that is hidden, also inside of what is shown.
     void showAll();
+    /// Hides these, and shows everything else.
+    void hideOnly(const std::vector<unsigned>& ids);
 
     // How bodies are drawn
 
@@ -72,8 +78,8 @@ public:
     // The station
 
     const StationTree& getTree() const { return tree; }
-    /// Call it when things were added to the scene, or are gone from it.
-    void stationHasChanged(std::span<const HiddenFace> moreHiddenFaces = {});
+    /// Call it when things were added to the scene, or are gone from it, beside the steps of work.
+    void stationHasChanged();
     /// Call it when another station took the place of the one before.
     void stationWasReplaced(std::vector<HiddenFace> itsHiddenFaces);
 
@@ -84,7 +90,11 @@ signals:
     void stationChanged();
 
 private:
+    void follow(bool areThings, bool isVisibility);
+    void followVisibility();
     void readHidden();
+    std::unordered_set<unsigned> allHidden() const;
+    std::vector<unsigned> topmostOf(const std::vector<bool>& rows) const;
     void mark(int row, bool visible);
     void uncover(int row);
     void markBelow(int row, bool visible);
@@ -92,11 +102,12 @@ private:
     void sum();
     std::vector<unsigned> ownersFirst() const;
     void deselectHidden();
-    std::vector<unsigned> topmostHidden() const;
-    void tellModel() const;
+    std::vector<unsigned> listForModel() const;
+    void pushHidden(const QString& text, std::unordered_set<unsigned> before);
     void drawAnew() const;
     void forgetWhatIsGone();
 
+    std::unique_ptr<History> history;
     const DrawMode* drawMode;
     std::vector<HiddenFace> hiddenFaces;
     StationTree tree;
