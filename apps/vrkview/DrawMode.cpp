@@ -1,8 +1,8 @@
 #include "DrawMode.h"
 
 #include "Station.h"
+#include "Visibility.h"
 
-#include "platform/layout/Layout.h"
 #include "visual/SolidVisual.h"
 
 #include <algorithm>
@@ -58,13 +58,16 @@ void showAs(const DrawMode& mode, const std::vector<HiddenFace>& hidden)
     Scene& scene = *Scene::Get();
     scene.setDisplayMode(mode.sceneMode);
     // The mode shows whole bodies, of hidden things as well.
-    for (const unsigned id : vrk::layout::Layout::inst().visibilities)
-        scene.setVisualVisible(id, false);
+    hideWhatModelHides();
     if (mode.sceneMode == Scene::DisplayMode::Edges)
         return; // no face is shown
     for (const HiddenFace face : hidden)
         scene.addRenderTask(
-            [face] { dynamic_cast<SolidVisual&>(*Scene::GetVisual(face.body)).setFaceVisible(face.face, false); }, 0);
+            [face] {
+                if (Scene::HasVisual(face.body)) // the body may be out of the station for the time being
+                    dynamic_cast<SolidVisual&>(*Scene::GetVisual(face.body)).setFaceVisible(face.face, false);
+            },
+            0);
 }
 
 } // namespace vrkview

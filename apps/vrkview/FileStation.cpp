@@ -3,14 +3,13 @@
 #include "ImportProgress.h"
 
 #include "platform/layout/PointCloud.h"
+#include "platform/station/FileKinds.h"
 #include "platform/station/Import.h"
 #include "platform/station/ImportCloud.h"
 #include "platform/station/ImportUrdf.h"
 #include "platform/station/StationFile.h"
 
 #include <algorithm>
-#include <array>
-#include <cctype>
 #include <iterator>
 #include <optional>
 
@@ -26,14 +25,12 @@ std::string titleOf(const std::vector<std::filesystem::path>& files)
 /// The importer of shapes, which has the last word, would name only its own endings.
 void checkKind(const std::filesystem::path& file)
 {
-    constexpr std::array<std::string_view, 4> endings = {".step", ".stp", ".brep", ".stl"};
-    std::string ending = file.extension().string();
-    std::ranges::transform(ending, ending.begin(), [](unsigned char c) { return std::tolower(c); });
     std::error_code error;
-    if (std::filesystem::is_regular_file(file, error) && std::ranges::find(endings, ending) == endings.end())
-        throw vrk::station::ImportError(std::filesystem::absolute(file).lexically_normal(),
-                                        "not a kind of file that can be shown (.step, .stp, .brep, .stl, .urdf, .ply, "
-                                        ".pcd, .xyz, .station.json)");
+    if (!std::filesystem::is_regular_file(file, error) || vrk::station::isShapeFile(file))
+        return;
+    const std::string all = vrk::station::endingsOf([](vrk::station::FileKind) { return true; });
+    throw vrk::station::ImportError(std::filesystem::absolute(file).lexically_normal(),
+                                    "not a kind of file that can be shown (" + all + ")");
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "Headless.h"
 
 #include "Options.h"
+#include "PictureFile.h"
 #include "StartUp.h"
 #include "StationList.h"
 #include "Surroundings.h"
@@ -76,8 +77,7 @@ void takePictures(const Options& options)
         QImage picture = draw(target);
         if (scale > 1)
             picture = picture.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-        if (!picture.save(QString::fromStdString(file.string()), "PNG"))
-            throw std::runtime_error(fmt::format("{}: the picture cannot be written", file.string()));
+        savePicture(picture, file);
     };
     if (options.views.empty()) {
         lookAsLeft();

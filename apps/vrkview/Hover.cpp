@@ -19,15 +19,20 @@ using vrk::visual::SolidVisual;
 Hover::Hover(const ViewState& state, QObject* parent) : QObject(parent), state(state)
 {
     connect(&state, &ViewState::stationChanged, this, &Hover::clear);
+    connect(&state, &ViewState::visibilityChanged, this, [this] {
+        if (thing != 0 && this->state.isHidden(thing))
+            clear(); // with the thing its highlight goes
+    });
 }
 
 void Hover::show(const Result& result, Of what)
 {
-    const unsigned thing = thingOf(state.getTree(), result);
-    if (thing == 0) {
+    const unsigned found = thingOf(state.getTree(), result);
+    if (found == 0 || state.isHidden(found) || state.isHidden(result.visual->getId())) {
         clear();
         return;
     }
+    thing = found;
     Scene& scene = *Scene::Get();
     QString words = describeForUser(state.getTree(), result);
     const unsigned face = what == Of::Face ? faceOf(result) : 0;
@@ -56,7 +61,7 @@ QString Hover::showFace(const Result& result, unsigned face)
 
 void Hover::clear()
 {
-    hit = 0;
+    hit = thing = 0;
     Scene::Get()->clearHighlightedVisual();
     setText({});
 }

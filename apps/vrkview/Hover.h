@@ -40,7 +40,8 @@ private:
     void setText(const QString& wanted);
 
     const ViewState& state;
-    unsigned hit = 0; // the visual under the mouse
+    unsigned hit = 0;   // the visual under the mouse
+    unsigned thing = 0; // what it belongs to
     QString text;
 };
 

@@ -3,14 +3,18 @@
 #include "Glyphs.h"
 #include "JointRow.h"
 #include "ViewState.h"
+#include "edit/History.h"
+#include "edit/MoveJoints.h"
 
 #include "platform/layout/Layout.h"
 #include "platform/layout/Mechanism.h"
 #include "platform/sdf/SdfManager.h"
 
+#include <QDoubleSpinBox>
 #include <QGridLayout>
 #include <QLabel>
 #include <QScrollArea>
+#include <QSlider>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -100,6 +104,7 @@ std::vector<JointRow*> JointDock::getRows() const
 void JointDock::build()
 {
     groups.clear();
+    moved = nullptr;
     auto* content = new QWidget;
     auto* column = new QVBoxLayout(content);
     column->setContentsMargins(8, 8, 8, 8);
@@ -156,17 +161,22 @@ void JointDock::addGroup(const std::shared_ptr<Mechanism>& mechanism, QVBoxLayou
     column.addLayout(grid);
     for (const Joint& joint : movingJoints(*mechanism)) {
         auto* row = new JointRow(QString::fromStdString(joint.name), rangeOf(joint), *grid, grid);
-        connect(row, &JointRow::valueChanged, this, [this, &group] { moveJoints(group); });
+        connect(row, &JointRow::valueChanged, this, [this, &group, row] { moveJoints(group, *row); });
+        const auto begin = [this] { ++gesture; };
+        connect(&row->getSlider(), &QSlider::sliderPressed, this, begin);
+        connect(&row->getSlider(), &QSlider::sliderReleased, this, begin);
+        connect(&row->getBox(), &QDoubleSpinBox::editingFinished, this, begin);
         group.rows.push_back(row);
     }
     connect(home, &QToolButton::clicked, this, [this, &group] {
-        group.mechanism->setJointValues(std::vector<double>(group.rows.size(), 0.0)); // which holds to the limits
-        emit jointsMoved();
+        push(group, std::vector<double>(group.rows.size(), 0.0), 0); // which holds to the limits
     });
 }
 
-void JointDock::moveJoints(const Group& group)
+void JointDock::moveJoints(const Group& group, const JointRow& row)
 {
+    if (std::exchange(moved, &row) != &row)
+        ++gesture;
     const std::vector<Joint> joints = movingJoints(*group.mechanism);
     std::vector<double> values;
     for (std::size_t i = 0; i < joints.size(); ++i) {
@@ -176,8 +186,13 @@ void JointDock::moveJoints(const Group& group)
         const bool isTouched = std::abs(shown - present) > 0.5 * std::pow(10.0, -2);
         values.push_back(isTouched ? shown / unitOf(joints[i]) : joints[i].value);
     }
-    group.mechanism->setJointValues(values);
-    emit jointsMoved();
+    push(group, std::move(values), gesture);
+}
+
+void JointDock::push(const Group& group, std::vector<double> values, int ofGesture)
+{
+    state.getHistory().push(std::make_unique<MoveJoints>(group.mechanism, std::move(values), ofGesture));
+    emit jointsMoved(ofGesture);
 }
 
 void JointDock::showValues()

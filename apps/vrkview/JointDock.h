@@ -37,7 +37,8 @@ public:
 
 signals:
     /// The user has moved a joint.
-    void jointsMoved();
+    /// @param gesture  the same while one slider is dragged; 0 for what stands by itself.
+    void jointsMoved(int gesture);
 
 private:
     struct Group {
@@ -47,11 +48,14 @@ private:
 
     void build();
     void addGroup(const std::shared_ptr<vrk::layout::Mechanism>& mechanism, QVBoxLayout& column);
-    void moveJoints(const Group& group);
+    void moveJoints(const Group& group, const JointRow& row);
+    void push(const Group& group, std::vector<double> values, int gesture);
     void showValues();
 
     ViewState& state;
     std::vector<std::unique_ptr<Group>> groups;
+    int gesture = 1;
+    const JointRow* moved = nullptr; // the row of the present gesture
     std::atomic<bool> isOutdated = false;
     boost::signals2::scoped_connection linksMoved;
 };

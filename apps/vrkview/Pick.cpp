@@ -3,6 +3,7 @@
 #include "Headless.h"
 #include "ObjectNames.h"
 #include "Options.h"
+#include "PictureFile.h"
 
 #include "scene/Scene.h"
 #include "selection/VisualSelection.h"
@@ -22,7 +23,6 @@
 #include <chrono>
 #include <cmath>
 #include <iostream>
-#include <stdexcept>
 #include <vector>
 
 namespace vrkview {
@@ -207,11 +207,8 @@ void printPickGrid(const Options& options)
     const PictureView view(options);
     PickGrid grid(options.gridColumns, options.gridRows);
     grid.pick(options.pictureWidth, options.pictureHeight);
-    if (!options.pickPicture.empty()) {
-        const QImage picture = grid.picture().scaled(options.pictureWidth, options.pictureHeight);
-        if (!picture.save(QString::fromStdString(options.pickPicture.string()), "PNG"))
-            throw std::runtime_error(fmt::format("{}: the picture cannot be written", options.pickPicture.string()));
-    }
+    if (!options.pickPicture.empty())
+        savePicture(grid.picture().scaled(options.pictureWidth, options.pictureHeight), options.pickPicture);
     std::cout << grid.summary().dump(2, ' ', false, Json::error_handler_t::replace) << std::endl;
 }
 

@@ -8,6 +8,8 @@
 #include "Surroundings.h"
 #include "ViewWidget.h"
 #include "ViewWindow.h"
+#include "edit/History.h"
+#include "edit/MoveJoints.h"
 
 #include "platform/layout/Mechanism.h"
 #include "view/Camera.h"
@@ -50,6 +52,7 @@ QEvent::Type typeOf(Kind kind)
 Player::Player(ViewWindow& window, const Session& session) : window(window), session(session)
 {
     window.getView().installEventFilter(this);
+    window.getFiles().askBeforeLoss({}); // there is nobody to answer
     connect(&window.getMouse(), &Mouse::picked, this,
             [this](Mouse::Purpose purpose, const vrk::selection::Result& result) {
                 picks.push_back(describePick(this->window, purpose, result));
@@ -130,12 +133,12 @@ void Player::act(const Json& step)
     } else if (event == "select") {
         state.selectVisuals(knownThings(step.at("ids")));
     } else if (event == "hide") {
-        state.showAll();
-        state.setVisible(knownThings(step.at("ids")), false);
+        state.hideOnly(knownThings(step.at("ids"))); // one step of work, as it was
     } else if (event == "open") {
         open(step.at("files").get<std::vector<std::string>>());
     } else {
-        moveJoints(step.at("id").get<unsigned>(), step.at("values").get<std::vector<double>>());
+        moveJoints(step.at("id").get<unsigned>(), step.at("values").get<std::vector<double>>(),
+                   step.value("gesture", 0));
     }
 }
 
@@ -238,14 +241,14 @@ void Player::open(const std::vector<std::string>& files)
     waitUntil([this] { return !window.getFiles().getOpening().isRunning(); });
 }
 
-void Player::moveJoints(unsigned id, const std::vector<double>& values)
+void Player::moveJoints(unsigned id, const std::vector<double>& values, int gesture)
 {
     for (const auto& mechanism : allMechanisms())
         if (mechanism->getId() == id) {
             if (mechanism->jointValueCount() != values.size())
                 throw std::runtime_error(fmt::format("{} values, but '{}' has {} joints", values.size(),
                                                      mechanism->getName(), mechanism->jointValueCount()));
-            mechanism->setJointValues(values);
+            window.getState().getHistory().push(std::make_unique<MoveJoints>(mechanism, values, gesture));
             return;
         }
     throw std::runtime_error(fmt::format("nothing with joints has the id {}", id));

@@ -49,7 +49,7 @@ private:
     void resizeView(const QSize& pixels);
     void pressKey(const std::string& key);
     void open(const std::vector<std::string>& files);
-    void moveJoints(unsigned id, const std::vector<double>& values);
+    void moveJoints(unsigned id, const std::vector<double>& values, int gesture);
     void moveCamera(const vrk::rob::Posef& pose);
     std::vector<unsigned> knownThings(const nlohmann::ordered_json& ids) const;
     void settle();

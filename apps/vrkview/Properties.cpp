@@ -79,13 +79,13 @@ bool isBody(const Visual& visual)
     return visual.getType() == VisualType::Solid || visual.getType() == VisualType::Mesh;
 }
 
-/// The scene paints a body, or the bodies right below.
+/// Whether it is a body or holds some, however deep; what hangs on it is a thing of its own.
 bool takesColor(const Visual& visual)
 {
     if (isBody(visual))
         return true;
     for (const Visual* child : visual.getChildren())
-        if (isBody(*child))
+        if (!child->isAttached() && takesColor(*child))
             return true;
     return false;
 }

@@ -2,21 +2,18 @@
 
 #include "Glyphs.h"
 #include "ViewState.h"
-
-#include "scene/Scene.h"
+#include "edit/History.h"
+#include "edit/PaintBodies.h"
 
 #include <QColorDialog>
 #include <QGridLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QScrollArea>
-#include <QToolButton>
 #include <QVBoxLayout>
 
 namespace vrkview {
 namespace {
-
-using vrk::visual::Scene;
 
 constexpr int iconSide = 24;
 
@@ -61,7 +58,7 @@ QFrame* rule()
 
 PropertyDock::PropertyDock(ViewState& state, QWidget* parent)
     : QDockWidget(tr("Properties"), parent), state(state), column(nullptr), icon(new QLabel), title(plainLabel()),
-      subtitle(plainLabel()), colorLine(new QWidget), colorButton(new QPushButton), resetButton(new QToolButton)
+      subtitle(plainLabel()), colorLine(new QWidget), colorButton(new QPushButton)
 {
     setObjectName("properties");
     icon->setFixedSize(iconSide, iconSide);
@@ -78,15 +75,10 @@ PropertyDock::PropertyDock(ViewState& state, QWidget* parent)
 
     auto* colorRow = new QHBoxLayout(colorLine);
     colorRow->setContentsMargins(0, 0, 0, 0);
-    resetButton->setIcon(glyph(Glyph::Reset));
-    resetButton->setAutoRaise(true);
-    resetButton->setToolTip(tr("The colours of the model"));
-    colorButton->setToolTip(tr("Another colour, in this view only"));
+    colorButton->setToolTip(tr("Another colour for all bodies in what is selected"));
     colorRow->addWidget(new QLabel(tr("Colour")));
     colorRow->addWidget(colorButton, 1);
-    colorRow->addWidget(resetButton);
     connect(colorButton, &QPushButton::clicked, this, &PropertyDock::chooseColor);
-    connect(resetButton, &QToolButton::clicked, this, &PropertyDock::resetColors);
 
     auto* content = new QWidget;
     column = new QVBoxLayout(content);
@@ -102,12 +94,8 @@ PropertyDock::PropertyDock(ViewState& state, QWidget* parent)
     setWidget(area);
 
     connect(&state, &ViewState::selectionChanged, this, &PropertyDock::refresh);
-    connect(&state, &ViewState::stationChanged, this, [this] {
-        std::erase_if(painted, [this](const auto& entry) {
-            return this->state.getTree().find(entry.first) == StationTree::none;
-        });
-        refresh();
-    });
+    connect(&state, &ViewState::stationChanged, this, &PropertyDock::refresh);
+    connect(&state.getHistory(), &History::changed, this, &PropertyDock::refresh);
     buildLines();
     refresh();
 }
@@ -182,21 +170,22 @@ void PropertyDock::fillLines()
 void PropertyDock::showColor()
 {
     colorLine->setVisible(shown.canBePainted);
-    const std::vector<unsigned>& ids = state.getSelected();
-    const auto found = ids.empty() ? painted.end() : painted.find(ids.front());
-    const bool isPainted = found != painted.end();
-    resetButton->setEnabled(std::ranges::any_of(ids, [this](unsigned id) { return painted.contains(id); }));
-    colorButton->setText(isPainted ? found->second.name().toUpper() : tr("As in the model"));
+    const QColor color = presentColor();
+    colorButton->setText(color.isValid() ? color.name().toUpper() : tr("The usual one"));
     QPixmap swatch(14, 14);
-    swatch.fill(isPainted ? found->second : QColor(Qt::transparent));
-    colorButton->setIcon(isPainted ? QIcon(swatch) : QIcon());
+    swatch.fill(color.isValid() ? color : QColor(Qt::transparent));
+    colorButton->setIcon(color.isValid() ? QIcon(swatch) : QIcon());
+}
+
+QColor PropertyDock::presentColor() const
+{
+    return QColor(QString::fromStdString(PaintBodies::ColorOf(state.getSelected())));
 }
 
 void PropertyDock::chooseColor()
 {
-    const std::vector<unsigned>& ids = state.getSelected();
-    const auto found = ids.empty() ? painted.end() : painted.find(ids.front());
-    auto* dialog = new QColorDialog(found == painted.end() ? QColor(150, 160, 170) : found->second, this);
+    const QColor present = presentColor();
+    auto* dialog = new QColorDialog(present.isValid() ? present : QColor(150, 160, 170), this);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setOption(QColorDialog::DontUseNativeDialog);
     connect(dialog, &QColorDialog::colorSelected, this, &PropertyDock::paintSelected);
@@ -205,21 +194,7 @@ void PropertyDock::chooseColor()
 
 void PropertyDock::paintSelected(const QColor& color)
 {
-    for (const unsigned id : state.getSelected()) {
-        if (!Scene::HasVisual(id))
-            continue;
-        painted[id] = color;
-        Scene::Get()->setVisualColor(id, color.redF(), color.greenF(), color.blueF());
-    }
-    showColor();
-}
-
-void PropertyDock::resetColors()
-{
-    for (const unsigned id : state.getSelected())
-        if (painted.erase(id) > 0 && Scene::HasVisual(id))
-            Scene::Get()->resetColor(id);
-    showColor();
+    state.getHistory().push(std::make_unique<PaintBodies>(state.getSelected(), color.name().toUpper().toStdString()));
 }
 
 } // namespace vrkview

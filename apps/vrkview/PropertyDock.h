@@ -5,12 +5,10 @@
 #include <QColor>
 #include <QDockWidget>
 
-#include <unordered_map>
 #include <vector>
 
 class QLabel;
 class QPushButton;
-class QToolButton;
 class QVBoxLayout;
 
 namespace vrkview {
@@ -29,16 +27,16 @@ public:
     /// Reads everything anew. Call it after the scene has moved things.
     void refresh();
     const Properties& getShown() const { return shown; }
-    /// Paints what is selected, as the user does through the button. The model is not told.
+    /// Paints what is selected, an assembly down to the bodies of its members, as the user does through the button.
     void paintSelected(const QColor& color);
-    /// The model's colours on what is selected.
-    void resetColors();
 
 private:
     void buildLines();
     void fillLines();
     void showColor();
     void chooseColor();
+    /// Of the first body in what is selected, as the model says; invalid where it says nothing.
+    QColor presentColor() const;
 
     ViewState& state;
     Properties shown;
@@ -54,8 +52,6 @@ private:
     std::vector<Values> values; // in the order of `shown.lines`
     QWidget* colorLine;
     QPushButton* colorButton;
-    QToolButton* resetButton;
-    std::unordered_map<unsigned, QColor> painted; // by id
 };
 
 } // namespace vrkview

@@ -108,7 +108,8 @@ void Recorder::listen()
     connect(&mouse, &Mouse::picked, this, &Recorder::writePick);
     connect(&mouse, &Mouse::handled, this, &Recorder::forgetChanges);
     for (QAction* command : window.QWidget::actions())
-        connect(command, &QAction::triggered, this, [this, command] { writeKey(*command); });
+        if (!command->shortcut().isEmpty()) // others ask, or change the station: these are not recorded
+            connect(command, &QAction::triggered, this, [this, command] { writeKey(*command); });
 
     ViewState& state = window.getState();
     connect(&state, &ViewState::selectionChanged, this, &Recorder::writeChanges, Qt::QueuedConnection);
@@ -167,11 +168,11 @@ void Recorder::writeOpened(const std::vector<std::filesystem::path>& files)
     forgetChanges();
 }
 
-void Recorder::writeJoints()
+void Recorder::writeJoints(int gesture)
 {
     for (auto& [id, values] : jointValues())
         if (joints[id] != values) {
-            write({{"event", "joints"}, {"id", id}, {"values", values}});
+            write({{"event", "joints"}, {"id", id}, {"values", values}, {"gesture", gesture}});
             joints[id] = std::move(values);
         }
 }

@@ -44,7 +44,7 @@ private:
     void writePick(Mouse::Purpose purpose, const vrk::selection::Result& result);
     void writeKey(const QAction& command);
     void writeOpened(const std::vector<std::filesystem::path>& files);
-    void writeJoints();
+    void writeJoints(int gesture);
     /// What changed by other means than those that are written themselves.
     void writeChanges();
     void forgetChanges();

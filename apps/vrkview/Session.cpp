@@ -114,6 +114,7 @@ void checkStep(const Json& step)
     else if (event == "joints") {
         step.at("id").get<unsigned>();
         step.at("values").get<std::vector<double>>();
+        step.value("gesture", 0);
     } else
         throw SessionError(fmt::format("event '{}' is not known", event));
 }

@@ -4,14 +4,21 @@
 #include "Settings.h"
 #include "StationScene.h"
 #include "ViewState.h"
+#include "edit/AddThings.h"
+#include "edit/History.h"
 
+#include "platform/station/FileKinds.h"
 #include "platform/station/StationFile.h"
 #include "scene/Scene.h"
 
 #include <Standard_Failure.hxx>
 
+#include <algorithm>
+
 namespace vrkview {
 namespace {
+
+using vrk::station::FileKind;
 
 constexpr const char* stationEnding = ".station.json";
 
@@ -33,9 +40,17 @@ StationFiles::StationFiles(ViewState& state, Settings& settings, QString title, 
 
 QString StationFiles::OpenFilter()
 {
-    return tr("All that can be shown (*.step *.stp *.brep *.stl *.urdf *.ply *.pcd *.xyz *.station.json);;"
-              "CAD and meshes (*.step *.stp *.brep *.stl);;Robots (*.urdf);;Point clouds (*.ply *.pcd *.xyz);;"
-              "Stations (*.station.json);;All files (*)");
+    const auto filter = [](const QString& name, bool (*isWanted)(FileKind)) {
+        const QString endings = QString::fromStdString(vrk::station::endingsOf(isWanted));
+        return QString("%1 (*%2)").arg(name, QString(endings).replace(", ", " *"));
+    };
+    return QStringList{filter(tr("All that can be shown"), [](FileKind) { return true; }),
+                       filter(tr("CAD and meshes"), vrk::station::isShapeKind),
+                       filter(tr("Robots"), [](FileKind kind) { return kind == FileKind::Urdf; }),
+                       filter(tr("Point clouds"), vrk::station::isPointCloudKind),
+                       filter(tr("Stations"), [](FileKind kind) { return kind == FileKind::Station; }),
+                       tr("All files (*)")}
+        .join(";;");
 }
 
 void StationFiles::open(const QStringList& paths)
@@ -43,6 +58,8 @@ void StationFiles::open(const QStringList& paths)
     FileOpening::Files files;
     for (const QString& path : paths)
         files.push_back(toPath(path));
+    if (std::ranges::any_of(files, vrk::station::isStationFile) && mayLose && !mayLose())
+        return;
     opening.open(std::move(files));
 }
 
@@ -53,7 +70,10 @@ void StationFiles::show(const std::shared_ptr<Station>& station, const FileOpeni
         bringCloudsNear(*station);
     try {
         state.clear(); // nothing of what may go stays selected
-        addToStation(*station);
+        if (station->whole)
+            addToStation(*station);
+        else
+            state.getHistory().push(std::make_unique<AddThings>(station));
     } catch (const Standard_Failure& failure) {
         emit failed(tr("%1: %2\nThe station is as before.")
                         .arg(QString::fromStdString(station->title), failure.GetMessageString()));
@@ -63,18 +83,16 @@ void StationFiles::show(const std::shared_ptr<Station>& station, const FileOpeni
             tr("%1: %2\nThe station is as before.").arg(QString::fromStdString(station->title), failure.what()));
         return;
     }
-    if (isAnother) {
+    if (isAnother)
         title = QString::fromStdString(station->title);
+    if (station->whole)
         state.stationWasReplaced(station->hiddenFaces);
-    } else {
-        state.stationHasChanged();
-    }
     for (const std::filesystem::path& file : files)
         settings.addRecentFile(QString::fromStdString(file.string()));
     emit shown(isAnother);
 }
 
-void StationFiles::save(QString path)
+bool StationFiles::save(QString path)
 {
     if (!path.endsWith(stationEnding, Qt::CaseInsensitive))
         path += stationEnding;
@@ -82,10 +100,12 @@ void StationFiles::save(QString path)
         vrk::station::SaveStationFile(toPath(path));
     } catch (const std::exception& failure) {
         emit failed(tr("%1\nThe station was not saved. Choose another folder or name.").arg(failure.what()));
-        return;
+        return false;
     }
+    state.getHistory().noteSaved();
     settings.addRecentFile(path);
     emit saved(path);
+    return true;
 }
 
 } // namespace vrkview

@@ -5,6 +5,8 @@
 #include <QObject>
 #include <QStringList>
 
+#include <functional>
+
 namespace vrkview {
 
 class Settings;
@@ -23,9 +25,12 @@ public:
 
     const QString& getTitle() const { return title; }
     FileOpening& getOpening() { return opening; }
+    /// A station file among them takes the place of what is there, after the question of `askBeforeLoss`.
     void open(const QStringList& paths);
-    /// Writes the station; the ending ".station.json" is added where it is missing.
-    void save(QString path);
+    /// What is asked before changes that are not saved are lost: false leaves everything as it is.
+    void askBeforeLoss(std::function<bool()> question) { mayLose = std::move(question); }
+    /// Writes the station; the ending ".station.json" is added where it is missing. False where that fails.
+    bool save(QString path);
     /// For a file dialog.
     static QString OpenFilter();
 
@@ -44,6 +49,7 @@ private:
     Settings& settings;
     QString title;
     FileOpening opening;
+    std::function<bool()> mayLose;
 };
 
 } // namespace vrkview

@@ -3,6 +3,7 @@
 #include "ObjectNames.h"
 #include "Station.h"
 
+#include "platform/layout/Assembly.h"
 #include "platform/layout/Body.h"
 #include "platform/layout/Frame.h"
 #include "platform/layout/Layout.h"
@@ -114,45 +115,38 @@ void replaceStation(const StationContent& content)
     Scene::Get()->processMsgs();
 }
 
+void runPosts()
+{
+    if (Scene* scene = Scene::Get())
+        scene->processMsgs();
+}
+
 void addObjects(const Station& station)
 {
     Layout& layout = Layout::inst();
-    Scene& scene = *Scene::Get();
+    std::vector<unsigned> ids;
     for (const auto& part : station.parts) {
         layout.addPart(part);
-        scene.addPart(part.get());
+        ids.push_back(part->getId());
     }
     for (const auto& mechanism : station.mechanisms) {
         layout.addMechanism(mechanism);
-        scene.addMechanism(mechanism.get(), true);
-        showOwnColorsOfPlain(mechanism);
-        if (const auto* manipulator = dynamic_cast<const Manipulator*>(mechanism.get()))
-            scene.addFrame(manipulator->getControllerTaskFrame().get());
+        ids.push_back(mechanism->getId());
     }
     for (const auto& cloud : station.clouds) {
         layout.addPointCloud(cloud);
-        scene.addPointCloud(cloud.get());
+        ids.push_back(cloud->getId());
     }
+    if (Scene::Get())
+        for (const unsigned id : ids)
+            addToScene(id);
 }
 
-void removeObjects(const Station& station)
+std::shared_ptr<sdf::SdfObject> shared(unsigned id)
 {
-    std::vector<unsigned> ids;
-    for (const auto& part : station.parts)
-        ids.push_back(part->getId());
-    for (const auto& mechanism : station.mechanisms) {
-        ids.push_back(mechanism->getId());
-        if (const auto* manipulator = dynamic_cast<const Manipulator*>(mechanism.get()))
-            ids.push_back(manipulator->getControllerTaskFrame()->getId());
-    }
-    for (const auto& cloud : station.clouds)
-        ids.push_back(cloud->getId());
-    for (const unsigned id : ids)
-        if (Scene::HasVisual(id))
-            Scene::Get()->removeVisual(id);
-    Scene::Get()->processMsgs();
-    for (const unsigned id : ids)
-        Layout::inst().remove(id);
+    sdf::SdfManager& model = sdf::SdfManager::inst();
+    const std::shared_lock lock(model.mutex());
+    return model.share(id);
 }
 
 } // namespace
@@ -179,19 +173,68 @@ void showStation(const Station& station)
 
 void addToStation(const Station& station)
 {
-    Scene::Get()->processMsgs(); // what fails of earlier posts is no failure of the station
+    runPosts(); // what fails of earlier posts is no failure of the station
     const StationContent before = Layout::inst();
     try {
         if (station.whole)
             replaceStation(*station.whole);
         addObjects(station);
-        Scene::Get()->processMsgs();
+        runPosts();
     } catch (...) {
-        removeObjects(station);
+        takeFromStation(station);
         if (station.whole)
             replaceStation(before);
         throw;
     }
+}
+
+void takeFromStation(const Station& station)
+{
+    std::vector<unsigned> ids;
+    for (const auto& part : station.parts)
+        ids.push_back(part->getId());
+    for (const auto& mechanism : station.mechanisms)
+        ids.push_back(mechanism->getId());
+    for (const auto& cloud : station.clouds)
+        ids.push_back(cloud->getId());
+    if (Scene::Get())
+        for (const unsigned id : ids)
+            removeFromScene(id);
+    runPosts();
+    for (const unsigned id : ids)
+        Layout::inst().remove(id);
+}
+
+void addToScene(unsigned id)
+{
+    Scene& scene = *Scene::Get();
+    const std::shared_ptr<sdf::SdfObject> object = shared(id);
+    if (auto* part = dynamic_cast<vrk::layout::Part*>(object.get())) {
+        scene.addPart(part);
+    } else if (auto* assembly = dynamic_cast<vrk::layout::Assembly*>(object.get())) {
+        scene.addAssembly(assembly);
+    } else if (const auto mechanism = std::dynamic_pointer_cast<Mechanism>(object)) {
+        scene.addMechanism(mechanism.get(), true);
+        showOwnColorsOfPlain(mechanism);
+        if (const auto* manipulator = dynamic_cast<const Manipulator*>(mechanism.get()))
+            scene.addFrame(manipulator->getControllerTaskFrame().get());
+    } else if (auto* cloud = dynamic_cast<vrk::layout::PointCloud*>(object.get())) {
+        scene.addPointCloud(cloud);
+        if (Scene::HasVisual(cloud->getParentId()))
+            scene.reparentVisual(id, cloud->getParentId()); // as after a load
+    } else if (auto* frame = dynamic_cast<vrk::layout::Frame*>(object.get())) {
+        scene.addFrame(frame);
+    }
+}
+
+void removeFromScene(unsigned id)
+{
+    std::vector<unsigned> ids{id};
+    if (const auto manipulator = std::dynamic_pointer_cast<Manipulator>(shared(id)))
+        ids.push_back(manipulator->getControllerTaskFrame()->getId()); // which hangs on the world
+    for (const unsigned each : ids)
+        if (Scene::HasVisual(each))
+            Scene::Get()->removeVisual(each);
 }
 
 void moveJoints(const std::vector<double>& values)

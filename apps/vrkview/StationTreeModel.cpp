@@ -2,6 +2,8 @@
 
 #include "Glyphs.h"
 #include "ObjectNames.h"
+#include "edit/History.h"
+#include "edit/RenameThing.h"
 
 #include <QGuiApplication>
 #include <QPalette>
@@ -73,6 +75,7 @@ QVariant StationTreeModel::data(const QModelIndex& index, int role) const
         return {};
     }
     switch (role) {
+    case Qt::EditRole:
     case Qt::DisplayRole:
         return QString::fromStdString(row.name);
     case Qt::DecorationRole:
@@ -88,6 +91,20 @@ QVariant StationTreeModel::data(const QModelIndex& index, int role) const
     }
 }
 
+bool StationTreeModel::setData(const QModelIndex& index, const QVariant& value, int role)
+{
+    if (!index.isValid() || role != Qt::EditRole || index.column() != Name)
+        return false;
+    // Behind the end of the editor, since the rows are made anew then.
+    QMetaObject::invokeMethod(
+        this,
+        [this, id = rowOf(index).id, name = value.toString().trimmed().toStdString()] {
+            state.getHistory().push(std::make_unique<RenameThing>(id, name));
+        },
+        Qt::QueuedConnection);
+    return true;
+}
+
 QVariant StationTreeModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
     if (orientation == Qt::Horizontal && role == Qt::DisplayRole && section == Name)
@@ -97,7 +114,10 @@ QVariant StationTreeModel::headerData(int section, Qt::Orientation orientation, 
 
 Qt::ItemFlags StationTreeModel::flags(const QModelIndex& index) const
 {
-    return index.isValid() ? Qt::ItemIsEnabled | Qt::ItemIsSelectable : Qt::NoItemFlags;
+    if (!index.isValid())
+        return Qt::NoItemFlags;
+    const Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable;
+    return index.column() == Name ? flags | Qt::ItemIsEditable : flags;
 }
 
 const std::vector<int>& StationTreeModel::below(const QModelIndex& parent) const

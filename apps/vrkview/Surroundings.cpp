@@ -1,6 +1,7 @@
 #include "Surroundings.h"
 
 #include "BodyBoxes.h"
+#include "Visibility.h"
 
 #include "scene/Scene.h"
 #include "scene/core/SceneSettings.h"
@@ -53,7 +54,7 @@ void suitSurroundings()
     showGrid(std::max({sides.x, sides.y, sides.z}) >= static_cast<float>(Scene::GetGridCellLength()));
     const float wanted = framePart * sides.length() / 2;
     setFrameSize(wanted);
-    Scene::Get()->setFrameVisualVisible(wanted >= 0.5f); // they come in whole units, at least one
+    showFrames(wanted >= 0.5f); // they come in whole units, at least one
 }
 
 bool isGridShown()
@@ -91,7 +92,7 @@ void changeFrameSize(int steps)
 {
     const double wanted = frameSize * std::pow(frameStep, steps);
     setFrameSize(steps > 0 ? std::max(wanted, frameSize + 1.0) : std::min(wanted, frameSize - 1.0));
-    Scene::Get()->setFrameVisualVisible(true);
+    showFrames(true);
 }
 
 } // namespace vrkview

@@ -63,6 +63,7 @@ void TreeDock::buildTree()
     filtered->setFilterCaseSensitivity(Qt::CaseInsensitive);
     filtered->setSourceModel(model);
     tree->setModel(filtered);
+    tree->setEditTriggers(QAbstractItemView::NoEditTriggers); // but for `editName`
     QHeaderView& header = *tree->header();
     header.setStretchLastSection(false);
     header.setMinimumSectionSize(eyeWidth);
@@ -93,6 +94,18 @@ unsigned TreeDock::idOf(const QModelIndex& index) const
     return index.data(StationTreeModel::IdRole).toUInt();
 }
 
+void TreeDock::editName(unsigned id)
+{
+    const QModelIndex index = filtered->mapFromSource(model->indexOf(id));
+    if (!index.isValid())
+        return; // the filter leaves it out
+    show();
+    tree->setFocus();
+    tree->scrollTo(index);
+    tree->setCurrentIndex(index);
+    tree->edit(index);
+}
+
 void TreeDock::takeSelection()
 {
     if (isShowing)
@@ -100,8 +113,12 @@ void TreeDock::takeSelection()
     std::vector<unsigned> ids;
     for (const QModelIndex& index : tree->selectionModel()->selectedRows())
         ids.push_back(idOf(index));
-    const QScopedValueRollback showing(isShowing, true); // the tree has it already
-    state.selectVisuals(std::move(ids));
+    {
+        const QScopedValueRollback showing(isShowing, true); // the tree has it already
+        state.selectVisuals(ids);
+    }
+    if (state.getSelected() != ids)
+        showSelection(); // but for what is hidden, which cannot be selected
 }
 
 void TreeDock::showSelection()

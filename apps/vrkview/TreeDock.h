@@ -26,6 +26,9 @@ public:
     QLineEdit& getFilter() const { return *filter; }
     StationTreeModel& getModel() const { return *model; }
 
+    /// Has the user edit the name of this thing.
+    void editName(unsigned id);
+
 signals:
     /// The user wants to look at this visual.
     void focusRequested(unsigned id);

@@ -5,13 +5,14 @@
 
 #include <QObject>
 
-#include <span>
+#include <memory>
 #include <unordered_set>
 #include <utility>
 #include <vector>
 
 namespace vrkview {
 
+class History;
 struct DrawMode;
 
 /// What the user has made of the view: what is selected, what is hidden and how bodies are drawn. Docks, menus and the
@@ -30,11 +31,15 @@ public:
     ViewState(const DrawMode& mode, std::vector<HiddenFace> hiddenFaces);
     ~ViewState() override;
 
-    // Selection, in the order in which it was made
+    /// The steps of work on the station; what they change is taken over here.
+    History& getHistory() const { return *history; }
+
+    // Selection, in the order in which it was made. What is hidden is never selected, and what gets hidden no longer is.
 
     const std::vector<unsigned>& getSelected() const { return selected; }
     bool isSelected(unsigned id) const;
-    /// These, and nothing else.
+    /// These, but for hidden ones, and nothing else. The scene is given owners ahead of their members, so that the looks of
+    /// an owner do not cover those of a member.
     void selectVisuals(std::vector<unsigned> ids);
     /// Adds the visual to the selection or takes it out.
     void toggle(unsigned id);
@@ -52,14 +57,18 @@ public:
     /// is no solid.
     void toggleFace(unsigned body, unsigned face, FaceUse use);
 
-    // Visibility of things of the station, with what is below them
+    // Visibility of things of the station, with what is below them. What hangs on a hidden thing by an attachment is hidden
+    // with it and comes back with it, unless it is hidden itself. Each call that changes something is one step of work.
 
     Shown shownOf(unsigned id) const;
+    bool isHidden(unsigned id) const { return shownOf(id) == Shown::Not; }
     bool isAnyHidden() const { return !hidden.empty(); }
     void setVisible(const std::vector<unsigned>& ids, bool visible);
     void hideSelected();
     /// Everything that is hidden, also inside of what is shown.
     void showAll();
+    /// Hides these, and shows everything else.
+    void hideOnly(const std::vector<unsigned>& ids);
 
     // How bodies are drawn
 
@@ -69,8 +78,8 @@ public:
     // The station
 
     const StationTree& getTree() const { return tree; }
-    /// Call it when things were added to the scene, or are gone from it.
-    void stationHasChanged(std::span<const HiddenFace> moreHiddenFaces = {});
+    /// Call it when things were added to the scene, or are gone from it, beside the steps of work.
+    void stationHasChanged();
     /// Call it when another station took the place of the one before.
     void stationWasReplaced(std::vector<HiddenFace> itsHiddenFaces);
 
@@ -81,21 +90,33 @@ signals:
     void stationChanged();
 
 private:
+    void follow(bool areThings, bool isVisibility);
+    void followVisibility();
     void readHidden();
+    std::unordered_set<unsigned> allHidden() const;
+    std::vector<unsigned> topmostOf(const std::vector<bool>& rows) const;
     void mark(int row, bool visible);
+    void uncover(int row);
+    void markBelow(int row, bool visible);
+    void followCarriers();
     void sum();
-    std::vector<unsigned> topmostHidden() const;
-    void tellModel() const;
+    std::vector<unsigned> ownersFirst() const;
+    void deselectHidden();
+    std::vector<unsigned> listForModel() const;
+    void pushHidden(const QString& text, std::unordered_set<unsigned> before);
     void drawAnew() const;
     void forgetWhatIsGone();
 
+    std::unique_ptr<History> history;
     const DrawMode* drawMode;
     std::vector<HiddenFace> hiddenFaces;
     StationTree tree;
     std::vector<unsigned> selected;
+    std::vector<unsigned> toldScene;                          // the same, as the scene was given it
     std::vector<std::pair<unsigned, unsigned>> selectedFaces; // body and face
-    std::unordered_set<unsigned> hidden;
-    std::vector<int> hiddenBelow; // for each row, how many below it are hidden
+    std::unordered_set<unsigned> hidden;                      // by the user
+    std::unordered_set<unsigned> hiddenWithCarrier;           // by what carries them; none of these in `hidden`
+    std::vector<int> hiddenBelow;                             // for each row, how many below it are hidden
 };
 
 } // namespace vrkview

@@ -7,6 +7,7 @@
 #include "KeysHelp.h"
 #include "MessageBar.h"
 #include "Mouse.h"
+#include "PictureFile.h"
 #include "ProgressStrip.h"
 #include "PropertyDock.h"
 #include "StartUp.h"
@@ -16,6 +17,8 @@
 #include "ViewActions.h"
 #include "ViewWidget.h"
 #include "Views.h"
+#include "edit/EditActions.h"
+#include "edit/History.h"
 
 #include "platform/broker/SignalBroker.h"
 #include "scene/Scene.h"
@@ -83,8 +86,9 @@ ViewWindow::ViewWindow(const Station& station, const DrawMode& mode)
     : state(mode, station.hiddenFaces), files(state, settings, QString::fromStdString(station.title)),
       view(new ViewWidget(this)), messages(new MessageBar), tree(new TreeDock(state, this)),
       joints(new JointDock(state, this)), properties(new PropertyDock(state, this)),
-      actions(new ViewActions(*this, state, flight, settings)), mouse(new Mouse(*view, state, settings, flight, this)),
-      contents(new QLabel), underMouse(new QLabel), frameTime(new QLabel)
+      actions(new ViewActions(*this, state, flight, settings)), edits(new EditActions(*this, state)),
+      mouse(new Mouse(*view, state, settings, flight, this)), contents(new QLabel), underMouse(new QLabel),
+      frameTime(new QLabel)
 {
     setAcceptDrops(true);
     setDockOptions(AnimatedDocks | AllowTabbedDocks | AllowNestedDocks);
@@ -94,6 +98,7 @@ ViewWindow::ViewWindow(const Station& station, const DrawMode& mode)
     buildMenus();
     connectView();
     connectFiles();
+    connectEdits();
     showContents();
     restoreLayout();
 }
@@ -161,8 +166,9 @@ void ViewWindow::buildFileMenu()
     fillRecentMenu();
     connect(&settings, &Settings::recentFilesChanged, this, &ViewWindow::fillRecentMenu);
     menu.addSeparator();
-    QAction* save = addCommand(menu, tr("&Save station as…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S),
-                               &ViewWindow::askWhereToSave);
+    QAction* save = menu.addAction(tr("&Save station as…"));
+    save->setShortcut(Qt::CTRL | Qt::SHIFT | Qt::Key_S);
+    connect(save, &QAction::triggered, this, &ViewWindow::askWhereToSave);
     save->setIcon(glyph(Glyph::Save));
     QAction* shot = addCommand(menu, tr("S&creenshot…"), QKeySequence(Qt::Key_F12), &ViewWindow::askForScreenshot);
     shot->setIcon(glyph(Glyph::Screenshot));
@@ -204,6 +210,7 @@ void ViewWindow::buildPreferences()
 void ViewWindow::buildMenus()
 {
     buildFileMenu();
+    edits->fillEditMenu(*menuBar()->addMenu(tr("&Edit")));
     QMenu& viewMenu = *menuBar()->addMenu(tr("&View"));
     actions->fillViewMenu(viewMenu);
     viewMenu.addSeparator();
@@ -216,6 +223,7 @@ void ViewWindow::buildMenus()
     addCommand(help, tr("&Keys and mouse"), QKeySequence(Qt::Key_F1), &ViewWindow::showKeys);
     addCommand(help, tr("&About vrkview"), {}, &ViewWindow::showAbout);
     actions->fillTreeMenu(tree->getTreeView());
+    edits->fillTreeMenu(tree->getTreeView());
 }
 
 void ViewWindow::connectView()
@@ -251,6 +259,14 @@ void ViewWindow::connectFiles()
         showContents();
         flight.flyTo(poseForAll());
     });
+}
+
+void ViewWindow::connectEdits()
+{
+    connect(edits, &EditActions::failed, messages, &MessageBar::tell);
+    connect(edits, &EditActions::renameRequested, tree, &TreeDock::editName);
+    connect(&state.getHistory(), &History::savedChanged, this, [this](bool isSaved) { setWindowModified(!isSaved); });
+    files.askBeforeLoss([this] { return mayLoseChanges(); });
 }
 
 void ViewWindow::fillRecentMenu()
@@ -298,7 +314,8 @@ void ViewWindow::followScene()
 
 void ViewWindow::showContents()
 {
-    setWindowTitle(files.getTitle() + " - vrkview");
+    QString name = files.getTitle();
+    setWindowTitle(name.replace("[*]", "[*][*]") + "[*] - vrkview"); // the place of the mark; twice it is a text
     contents->setText(files.getTitle() + ":   " + describe(state.getTree()));
 }
 
@@ -309,6 +326,10 @@ void ViewWindow::showFrameTime(double milliseconds)
 
 void ViewWindow::closeEvent(QCloseEvent* event)
 {
+    if (!mayLoseChanges()) {
+        event->ignore();
+        return;
+    }
     settings.setWindow(saveGeometry(), saveState());
     QMainWindow::closeEvent(event);
 }
@@ -332,11 +353,28 @@ void ViewWindow::askForFiles()
     files.open(QFileDialog::getOpenFileNames(this, tr("Open"), {}, StationFiles::OpenFilter()));
 }
 
-void ViewWindow::askWhereToSave()
+bool ViewWindow::askWhereToSave()
 {
     const QString path = QFileDialog::getSaveFileName(this, tr("Save station as"), {}, tr("Stations (*.station.json)"));
-    if (!path.isEmpty())
-        files.save(path);
+    return !path.isEmpty() && files.save(path);
+}
+
+bool ViewWindow::mayLoseChanges()
+{
+    if (state.getHistory().isSaved())
+        return true;
+    QMessageBox box(QMessageBox::Warning, tr("Changes that are not saved"),
+                    tr("The station was changed. Save it before the changes are lost?"),
+                    QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, this);
+    box.setDefaultButton(QMessageBox::Save);
+    switch (box.exec()) {
+    case QMessageBox::Save:
+        return askWhereToSave();
+    case QMessageBox::Discard:
+        return true;
+    default:
+        return false;
+    }
 }
 
 void ViewWindow::askForScreenshot()
@@ -349,7 +387,8 @@ void ViewWindow::askForScreenshot()
     if (view->takePicture(view->toDevice(view->size())).save(path))
         statusBar()->showMessage(tr("Saved %1").arg(path), noteTime);
     else
-        messages->tell(tr("%1: the picture cannot be written. Choose another folder or name.").arg(path));
+        messages->tell(QString::fromStdString(pictureCannotBeWritten(path.toStdString())) +
+                       tr(". Choose another folder or name."));
 }
 
 void ViewWindow::showKeys()

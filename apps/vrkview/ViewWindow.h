@@ -14,6 +14,7 @@
 
 namespace vrkview {
 
+class EditActions;
 class JointDock;
 class MessageBar;
 class Mouse;
@@ -44,6 +45,7 @@ public:
     TreeDock& getTreeDock() const { return *tree; }
     JointDock& getJointDock() const { return *joints; }
     PropertyDock& getPropertyDock() const { return *properties; }
+    EditActions& getEdits() const { return *edits; }
     MessageBar& getMessageBar() const { return *messages; }
 
 protected:
@@ -57,6 +59,7 @@ private:
     void buildStatusLine();
     void buildMenus();
     void buildFileMenu();
+    void connectEdits();
     void buildPreferences();
     void connectView();
     void connectFiles();
@@ -69,7 +72,10 @@ private:
     void showContents();
     void showFrameTime(double milliseconds);
     void askForFiles();
-    void askWhereToSave();
+    /// False where it was not saved.
+    bool askWhereToSave();
+    /// Asks what to do with changes that are not saved; false where they are to stay.
+    bool mayLoseChanges();
     void askForScreenshot();
     void showKeys();
     void showAbout();
@@ -87,6 +93,7 @@ private:
     JointDock* joints;
     PropertyDock* properties;
     ViewActions* actions;
+    EditActions* edits;
     Mouse* mouse;
     QMenu* recent = nullptr;
     QLabel* contents;

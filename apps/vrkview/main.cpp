@@ -3,6 +3,7 @@
 #include "Headless.h"
 #include "Options.h"
 #include "Pick.h"
+#include "PictureFile.h"
 #include "Player.h"
 #include "PrivateDisplay.h"
 #include "Recorder.h"
@@ -89,7 +90,7 @@ void checkFoldersOfPictures(const Options& options)
     for (const std::filesystem::path& file : {options.picture, options.pickPicture, options.playPicture}) {
         const std::filesystem::path folder = file.has_parent_path() ? file.parent_path() : ".";
         if (!file.empty() && (!std::filesystem::is_directory(folder) || access(folder.c_str(), W_OK) != 0))
-            throw std::runtime_error(file.string() + ": the picture cannot be written");
+            throw std::runtime_error(pictureCannotBeWritten(file));
     }
 }
 
@@ -135,10 +136,7 @@ void playSession(int argc, char** argv, const Station& station, const Options& o
     if (options.playPicture.empty())
         return;
     const ViewWidget& view = window.getView();
-    if (!window.getView()
-             .takePicture(view.toDevice(view.size()))
-             .save(QString::fromStdString(options.playPicture), "PNG"))
-        throw std::runtime_error(options.playPicture.string() + ": the picture cannot be written");
+    savePicture(window.getView().takePicture(view.toDevice(view.size())), options.playPicture);
 }
 
 int run(int argc, char** argv, const Options& options)

@@ -4,6 +4,7 @@
 #include "platform/layout/Body.h"
 #include "platform/layout/Part.h"
 #include "platform/sdf/SdfManager.h"
+#include "platform/station/FileKinds.h"
 #include "platform/station/GeometryCache.h"
 #include "platform/station/import/OcctProgress.h"
 
@@ -68,15 +69,16 @@ using Reader = Parts (*)(const std::filesystem::path&, const Progress&);
 
 Reader readerOf(const std::filesystem::path& file)
 {
-    std::string ending = file.extension().string();
-    std::ranges::transform(ending, ending.begin(), [](unsigned char c) { return std::tolower(c); });
-    if (ending == ".step" || ending == ".stp")
+    switch (fileKindOf(file)) {
+    case FileKind::Step:
         return readStep;
-    if (ending == ".brep")
+    case FileKind::Brep:
         return readBrep;
-    if (ending == ".stl")
+    case FileKind::Stl:
         return readStl;
-    throw ImportError(file, "not a kind of file that can be read (.step, .stp, .brep, .stl)");
+    default:
+        throw ImportError(file, fmt::format("not a kind of file that can be read ({})", endingsOf(isShapeKind)));
+    }
 }
 
 /// Each body's shape once: occurrences of one product share it.

@@ -3,13 +3,13 @@
 #include "platform/common/Logger.h"
 #include "platform/layout/PointCloud.h"
 #include "platform/sdf/SdfManager.h"
+#include "platform/station/FileKinds.h"
 #include "platform/station/clouds/CloudFormats.h"
 #include "platform/station/import/ImportFormats.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cctype>
 #include <fstream>
 
 namespace vrk::station {
@@ -18,18 +18,17 @@ namespace {
 using Parser = Cloud (*)(std::string_view bytes, const Progress& progress);
 
 struct Format {
-    const char* ending;
+    FileKind kind;
+    const char* name; // in the model
     Parser parse;
 };
 
-constexpr std::array<Format, 3> formats{{{"ply", parsePly}, {"pcd", parsePcd}, {"xyz", parseXyz}}};
+constexpr std::array<Format, 3> formats{
+    {{FileKind::Ply, "ply", parsePly}, {FileKind::Pcd, "pcd", parsePcd}, {FileKind::Xyz, "xyz", parseXyz}}};
 
 const Format* formatOf(const std::filesystem::path& file)
 {
-    std::string ending = file.extension().string();
-    std::ranges::transform(ending, ending.begin(), [](unsigned char c) { return std::tolower(c); });
-    const auto found = std::ranges::find_if(
-        formats, [&](const Format& format) { return ending == fmt::format(".{}", format.ending); });
+    const auto found = std::ranges::find(formats, fileKindOf(file), &Format::kind);
     return found == formats.end() ? nullptr : &*found;
 }
 
@@ -57,7 +56,7 @@ Cloud parsed(const std::filesystem::path& file, Parser parse, const Progress& pr
 
 bool isPointCloudFile(const std::filesystem::path& file)
 {
-    return formatOf(file) != nullptr;
+    return isPointCloudKind(fileKindOf(file));
 }
 
 std::shared_ptr<layout::PointCloud> ImportPointCloud(const std::filesystem::path& file, const Progress& progress)
@@ -65,7 +64,8 @@ std::shared_ptr<layout::PointCloud> ImportPointCloud(const std::filesystem::path
     const std::filesystem::path absolute = std::filesystem::absolute(file).lexically_normal();
     const Format* format = formatOf(absolute);
     if (!format)
-        throw ImportError(absolute, "not a kind of point cloud that can be read (.ply, .pcd, .xyz)");
+        throw ImportError(absolute,
+                          fmt::format("not a kind of point cloud that can be read ({})", endingsOf(isPointCloudKind)));
     Cloud read = parsed(absolute, format->parse, progress);
     const std::size_t kept = read.points.size();
     if (read.dropped > 0)
@@ -77,7 +77,7 @@ std::shared_ptr<layout::PointCloud> ImportPointCloud(const std::filesystem::path
     auto cloud = std::make_shared<layout::PointCloud>(sdf::SdfManager::inst().generateId(), absolute.stem().string(),
                                                       std::move(read.points), std::move(read.normals));
     cloud->setPose(rob::Posed(read.origin));
-    cloud->setGeometry(absolute.string(), format->ending);
+    cloud->setGeometry(absolute.string(), format->name);
     report(progress, "done", 1);
     return cloud;
 }

@@ -8,6 +8,7 @@
 #include "platform/layout/Mechanism.h"
 #include "platform/layout/Part.h"
 #include "platform/sdf/SdfManager.h"
+#include "platform/station/FileKinds.h"
 #include "platform/station/Uri.h"
 #include "platform/station/import/ImportFormats.h"
 #include "platform/station/urdf/UrdfMesh.h"
@@ -360,7 +361,7 @@ private:
 
 bool isUrdfFile(const std::filesystem::path& file)
 {
-    return smallLetters(file.extension().string()) == ".urdf";
+    return fileKindOf(file) == FileKind::Urdf;
 }
 
 std::shared_ptr<layout::Mechanism> ImportUrdf(const std::filesystem::path& file, const Progress& progress)

@@ -1,6 +1,7 @@
 #include "platform/station/StationFile.h"
 
 #include "platform/sdf/SdfManager.h"
+#include "platform/station/FileKinds.h"
 #include "platform/station/GeometryCache.h"
 #include "platform/station/Uri.h"
 #include "platform/station/file/StationText.h"
@@ -8,8 +9,6 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <cctype>
 #include <fstream>
 #include <shared_mutex>
 #include <sstream>
@@ -32,9 +31,7 @@ StationFileError::StationFileError(const std::filesystem::path& file, const std:
 
 bool isStationFile(const std::filesystem::path& file)
 {
-    std::string name = file.filename().string();
-    std::ranges::transform(name, name.begin(), [](unsigned char c) { return std::tolower(c); });
-    return name.ends_with(".station.json");
+    return fileKindOf(file) == FileKind::Station;
 }
 
 layout::StationContent ReadStationFile(const std::filesystem::path& file, const Progress& progress)

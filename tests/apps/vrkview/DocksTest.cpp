@@ -4,6 +4,7 @@
 #include "TreeDock.h"
 #include "TreeView.h"
 #include "WindowFixture.h"
+#include "edit/History.h"
 
 #include "platform/layout/Layout.h"
 #include "scene/Scene.h"
@@ -258,7 +259,7 @@ TEST_F(DocksTest, PropertiesOfSeveralThingsAreTheirSums)
     EXPECT_THAT(window().getPropertyDock().getShown().lines, Contains(Properties::Line{"Bodies", "4", {}, {}}));
 }
 
-TEST_F(DocksTest, PaintedPartIsSeenAndResetBringsTheModelsColoursBack)
+TEST_F(DocksTest, PaintedPartIsSeenAndUndoBringsItsColoursBack)
 {
     const QImage before = seen();
     const unsigned part = topmost(VisualType::Part).front();
@@ -268,9 +269,11 @@ TEST_F(DocksTest, PaintedPartIsSeenAndResetBringsTheModelsColoursBack)
     state().clear();
     settle();
     const QImage painted = seen();
-    state().selectVisuals({part});
-    window().getPropertyDock().resetColors();
-    state().clear();
+    EXPECT_EQ(state().getHistory().undoText(), "Colour Pedestal");
+    {
+        const HeldKey control("Control_L");
+        typeKey("z");
+    }
     settle();
 
     EXPECT_NE(painted, before);

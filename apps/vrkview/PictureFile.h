@@ -1,0 +1,17 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+class QImage;
+
+namespace vrkview {
+
+/// "<file>: the picture cannot be written".
+std::string pictureCannotBeWritten(const std::filesystem::path& file);
+
+/// Writes a PNG.
+/// @throws std::runtime_error with the text above.
+void savePicture(const QImage& picture, const std::filesystem::path& file);
+
+} // namespace vrkview

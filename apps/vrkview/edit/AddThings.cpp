@@ -1,0 +1,25 @@
+#include "edit/AddThings.h"
+
+#include "StationScene.h"
+
+#include <QObject>
+
+namespace vrkview {
+
+AddThings::AddThings(std::shared_ptr<const Station> things)
+    : Change(QObject::tr("Open %1").arg(QString::fromStdString(things->title)), Touched::Things),
+      things(std::move(things))
+{
+}
+
+void AddThings::apply()
+{
+    addToStation(*things);
+}
+
+void AddThings::revert()
+{
+    takeFromStation(*things);
+}
+
+} // namespace vrkview

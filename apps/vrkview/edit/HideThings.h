@@ -1,0 +1,27 @@
+#pragma once
+
+#include "edit/Change.h"
+
+#include <vector>
+
+namespace vrkview {
+
+/// Other things are hidden than before. The scene is told by who follows `Touched::Visibility`: what is seen of the model's
+/// list takes more than the list.
+class HideThings : public Change {
+public:
+    /// @param hidden  what the model's list says from now on.
+    HideThings(const QString& text, std::vector<unsigned> hidden);
+
+    bool isNeeded() const override { return after != before; }
+    void apply() override { note(after); }
+    void revert() override { note(before); }
+
+private:
+    static void note(const std::vector<unsigned>& hidden);
+
+    std::vector<unsigned> before;
+    std::vector<unsigned> after;
+};
+
+} // namespace vrkview

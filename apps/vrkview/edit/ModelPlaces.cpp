@@ -1,0 +1,161 @@
+#include "edit/ModelPlaces.h"
+
+#include "platform/layout/Assembly.h"
+#include "platform/layout/Frame.h"
+#include "platform/layout/Layout.h"
+#include "platform/layout/Mechanism.h"
+#include "platform/layout/Part.h"
+#include "platform/layout/PointCloud.h"
+#include "platform/sdf/SdfManager.h"
+#include "platform/sdf/SdfObject.h"
+
+#include <QObject>
+
+#include <algorithm>
+#include <shared_mutex>
+
+namespace vrkview {
+namespace {
+
+using vrk::layout::Attachment;
+using vrk::layout::Layout;
+using vrk::rob::Posed;
+
+// Below: under the model's lock.
+
+const Attachment* attachmentOf(unsigned id)
+{
+    const std::vector<Attachment>& all = Layout::inst().attachments;
+    const auto found = std::ranges::find(all, id, &Attachment::child);
+    return found == all.end() ? nullptr : &*found;
+}
+
+struct Place {
+    unsigned on = 0; // 0 for the world
+    Posed pose;
+};
+
+Place placeOf(unsigned id)
+{
+    const sdf::SdfObject* object = sdf::SdfManager::inst().find(id);
+    if (!object)
+        return {};
+    if (const Attachment* attachment = attachmentOf(id))
+        return {attachment->parent, attachment->pose};
+    const unsigned owner = object->getParentId();
+    return {owner == sdf::SdfManager::stationId ? 0 : owner, object->getPose()};
+}
+
+/// Calls `visit` with the thing and what is above it, until it returns false. A ring ends where the model has no more
+/// objects.
+template <typename Visit>
+void goUp(unsigned id, const Visit& visit)
+{
+    for (std::size_t steps = 0; id != 0 && steps <= sdf::SdfManager::inst().size(); ++steps) {
+        const Place place = placeOf(id);
+        if (!visit(id, place))
+            return;
+        id = place.on;
+    }
+}
+
+} // namespace
+
+QString nameOfThing(unsigned id)
+{
+    const std::shared_lock lock(sdf::SdfManager::inst().mutex());
+    const sdf::SdfObject* object = sdf::SdfManager::inst().find(id);
+    return object ? QString::fromStdString(object->getName()) : QString();
+}
+
+QString nameOfThings(const std::vector<unsigned>& ids)
+{
+    return ids.size() == 1 ? nameOfThing(ids.front()) : QObject::tr("%1 things").arg(ids.size());
+}
+
+Posed poseOfThing(unsigned id)
+{
+    const std::shared_lock lock(sdf::SdfManager::inst().mutex());
+    return placeOf(id).pose;
+}
+
+Posed worldPoseOfThing(unsigned id)
+{
+    const std::shared_lock lock(sdf::SdfManager::inst().mutex());
+    Posed pose;
+    goUp(id, [&pose](unsigned, const Place& place) {
+        pose = place.pose * pose;
+        return true;
+    });
+    return pose;
+}
+
+std::optional<unsigned> carrierOf(unsigned id)
+{
+    const std::shared_lock lock(sdf::SdfManager::inst().mutex());
+    const Attachment* attachment = attachmentOf(id);
+    return attachment ? std::optional(attachment->parent) : std::nullopt;
+}
+
+bool isBelow(unsigned id, unsigned top)
+{
+    const std::shared_lock lock(sdf::SdfManager::inst().mutex());
+    bool found = false;
+    goUp(id, [&found, top](unsigned above, const Place&) {
+        found = above == top;
+        return !found;
+    });
+    return found;
+}
+
+bool canCarry(unsigned id)
+{
+    const std::shared_lock lock(sdf::SdfManager::inst().mutex());
+    const sdf::SdfObject* object = sdf::SdfManager::inst().find(id);
+    if (!object)
+        return false;
+    switch (object->getModelType()) {
+    case sdf::ModelType::Part:
+    case sdf::ModelType::Assembly:
+    case sdf::ModelType::Link:
+    case sdf::ModelType::Wrist:
+    case sdf::ModelType::Manipulator:
+    case sdf::ModelType::Tool:
+    case sdf::ModelType::Device:
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool isThingOfItsOwn(unsigned id)
+{
+    const std::shared_lock lock(sdf::SdfManager::inst().mutex());
+    const sdf::SdfObject* object = sdf::SdfManager::inst().find(id);
+    if (!object || !object->isStandalone())
+        return false;
+    const Layout& layout = Layout::inst();
+    const auto isIn = [id](const auto& list) {
+        return std::ranges::find(list, id, [](const auto& one) { return one->getId(); }) != list.end();
+    };
+    switch (object->getModelType()) {
+    case sdf::ModelType::Part:
+        return isIn(layout.parts);
+    case sdf::ModelType::Assembly:
+        return isIn(layout.assemblies);
+    case sdf::ModelType::Manipulator:
+        return isIn(layout.manipulators);
+    case sdf::ModelType::Tool:
+        return isIn(layout.tools);
+    case sdf::ModelType::Device:
+        return isIn(layout.devices);
+    case sdf::ModelType::PointCloud:
+        return isIn(layout.pointclouds);
+    case sdf::ModelType::Frame: // those of robots and tools belong to them
+        return isIn(layout.frames);
+    default:
+        return false;
+    }
+}
+
+} // namespace vrkview

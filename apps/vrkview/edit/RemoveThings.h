@@ -1,0 +1,65 @@
+#pragma once
+
+#include "edit/Changes.h"
+
+#include "platform/layout/Layout.h"
+
+#include <optional>
+#include <unordered_set>
+
+namespace vrk::task {
+class DataItem;
+}
+
+namespace vrkview {
+
+/// Things of their own leave the station. What they carry stays where it is in the world, by itself from then on.
+class RemoveThings : public Changes {
+public:
+    /// Ids of what cannot be removed are passed over.
+    explicit RemoveThings(const std::vector<unsigned>& things);
+
+    bool isNeeded() const override { return !things.empty(); }
+    void apply() override;
+
+private:
+    void remove(unsigned thing, std::unordered_set<unsigned>& left);
+
+    std::vector<unsigned> things;
+    bool isMade = false; // of steps
+};
+
+/// One thing leaves the station, which carries nothing.
+class RemoveThing : public Change {
+public:
+    explicit RemoveThing(unsigned thing);
+
+    void apply() override;
+    void revert() override;
+
+private:
+    /// What the model forgets with the thing.
+    struct Memory {
+        struct OfTask {
+            std::shared_ptr<vrk::task::Task> task;
+            unsigned manipulator = 0;
+            std::vector<std::shared_ptr<vrk::task::DataItem>> items;
+        };
+
+        vrk::layout::StationContent content;
+        std::vector<std::pair<std::shared_ptr<sdf::SdfObject>, unsigned>> owners; // of what lay on it
+        std::vector<OfTask> tasks;
+        std::vector<std::pair<std::shared_ptr<vrk::layout::Group>, std::vector<unsigned>>> groups;
+        std::vector<std::pair<std::shared_ptr<vrk::task::Operation>, std::vector<unsigned>>> operations;
+    };
+
+    Memory read() const;
+    void restoreModel() const;
+    void takeFromScene() const;
+    void bringToScene() const;
+
+    unsigned thing;
+    std::optional<Memory> memory; // while it is removed
+};
+
+} // namespace vrkview

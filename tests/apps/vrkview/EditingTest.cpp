@@ -1,0 +1,362 @@
+#include "FakeInput.h"
+#include "JointDock.h"
+#include "JointRow.h"
+#include "MouseFixture.h"
+#include "PropertyDock.h"
+#include "StationTreeModel.h"
+#include "TreeDock.h"
+#include "edit/Attaching.h"
+#include "edit/EditActions.h"
+#include "edit/History.h"
+#include "edit/ModelPlaces.h"
+#include "edit/MoveThing.h"
+#include "edit/PlaceDialog.h"
+
+#include "support/TempFolder.h"
+
+#include "platform/layout/Frame.h"
+#include "platform/layout/Layout.h"
+#include "platform/layout/Mechanism.h"
+#include "platform/sdf/SdfManager.h"
+#include "scene/Scene.h"
+#include "visual/Visual.h"
+
+#include <gmock/gmock.h>
+
+#include <QAction>
+#include <QDoubleSpinBox>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSlider>
+#include <QTimer>
+
+namespace vrkview::test {
+namespace {
+
+using testing::HasSubstr;
+using vrk::layout::Layout;
+using vrk::rob::Posd;
+using vrk::rob::Posed;
+using vrk::visual::Scene;
+
+/// Steps of work in the window; each test ends with the station, and what is seen of it, as it was.
+class EditingTest : public MouseFixture {
+protected:
+    void SetUp() override
+    {
+        MouseFixture::SetUp();
+        history().noteSaved();
+        before = seen();
+    }
+    void TearDown() override
+    {
+        state().clear();
+        while (!history().isSaved() && history().canUndo())
+            history().undo();
+        settle();
+        EXPECT_EQ(seen(), before) << "what is undone is still to be seen";
+        MouseFixture::TearDown();
+    }
+
+    static History& history() { return state().getHistory(); }
+    static EditActions& edits() { return window().getEdits(); }
+    static void typeWithControl(const char* key)
+    {
+        const HeldKey control("Control_L");
+        typeKey(key);
+        settle();
+    }
+    static void typeRedo()
+    {
+        const HeldKey control("Control_L"), shift("Shift_L");
+        typeKey("z");
+        settle();
+    }
+    static QAction* editCommand(const char* beginning)
+    {
+        for (QAction* menu : window().menuBar()->actions())
+            if (menu->text() == "&Edit")
+                for (QAction* action : menu->menu()->actions())
+                    if (action->text().startsWith(beginning))
+                        return action;
+        ADD_FAILURE() << "no command begins with " << beginning;
+        return nullptr;
+    }
+    static Posd placeInView(unsigned id) { return Posed(Scene::GetVisual(id)->getWorldPose()).position; }
+    /// Presses a button of the next message box.
+    static void answer(QMessageBox::StandardButton button)
+    {
+        QTimer::singleShot(300, &window(), [button] {
+            auto* box = window().findChild<QMessageBox*>();
+            ASSERT_NE(box, nullptr);
+            shoot("unsaved");
+            box->button(button)->click();
+        });
+    }
+
+    QImage before;
+};
+
+TEST_F(EditingTest, MovedThingIsSeenThereAndComesBackByTheKey)
+{
+    const unsigned pallet = thing("Pallet");
+    const Posd place = placeInView(pallet);
+
+    history().push(std::make_unique<MoveThing>(pallet, Posed(Posd(-1500, -1500, 200))));
+    settle();
+
+    EXPECT_NEAR((placeInView(pallet) - Posd(-1500, -1500, 200)).length(), 0, 1e-3);
+    EXPECT_NE(seen(), before);
+    EXPECT_EQ(editCommand("&Undo")->text(), "&Undo Move Pallet");
+    EXPECT_TRUE(window().isWindowModified());
+    shoot("moved");
+    typeWithControl("z");
+    EXPECT_NEAR((placeInView(pallet) - place).length(), 0, 1e-3);
+    EXPECT_EQ(seen(), before);
+    EXPECT_EQ(editCommand("&Redo")->text(), "&Redo Move Pallet");
+    EXPECT_FALSE(window().isWindowModified());
+    typeRedo();
+    EXPECT_NEAR((placeInView(pallet) - Posd(-1500, -1500, 200)).length(), 0, 1e-3);
+}
+
+TEST_F(EditingTest, EditMenuCanBeSeen)
+{
+    history().push(std::make_unique<MoveThing>(thing("Pallet"), Posed(Posd(-1500, -1500, 200))));
+    state().selectVisuals({thing("Pallet"), thing("Fixture")});
+    settle();
+    for (QAction* menu : window().menuBar()->actions())
+        if (menu->text() == "&Edit") {
+            menu->menu()->popup(window().mapToGlobal(QPoint(60, 30)));
+            ASSERT_TRUE(waitFor([menu] { return menu->menu()->isVisible(); }));
+            EXPECT_EQ(editCommand("&Attach")->text(), "&Attach to Fixture");
+            EXPECT_TRUE(editCommand("De&lete")->isEnabled());
+            shoot("edit-menu");
+            menu->menu()->close();
+        }
+    settle();
+}
+
+TEST_F(EditingTest, DragOfASliderIsOneStep)
+{
+    JointRow& row = *window().getJointDock().getRows().front();
+    const double start = row.getValue();
+    const int steps = history().count();
+
+    row.getSlider().setSliderDown(true);
+    for (int i = 1; i <= 5; ++i)
+        row.getSlider().setValue(row.getSlider().value() + 40);
+    row.getSlider().setSliderDown(false);
+    settle();
+
+    EXPECT_LE(history().count(), steps + 1);
+    EXPECT_GT(row.getValue(), start + 5);
+    EXPECT_THAT(history().undoText().toStdString(), HasSubstr("Move joints of Robot"));
+    typeWithControl("z");
+    EXPECT_NEAR(row.getValue(), start, 0.01);
+    EXPECT_EQ(seen(), before);
+}
+
+TEST_F(EditingTest, RenamedThingHasItsNameInTheTree)
+{
+    const unsigned pallet = thing("Pallet");
+    StationTreeModel& model = window().getTreeDock().getModel();
+
+    model.setData(model.indexOf(pallet), " Rack ", Qt::EditRole);
+    settle();
+
+    EXPECT_EQ(thing("Rack"), pallet);
+    EXPECT_EQ(model.data(model.indexOf(pallet), Qt::DisplayRole).toString(), "Rack");
+    typeWithControl("z");
+    EXPECT_EQ(thing("Pallet"), pallet);
+}
+
+TEST_F(EditingTest, NameIsEditedInTheTreeByItsKey)
+{
+    state().selectVisuals({thing("Pallet")});
+    settle();
+
+    typeKey("F2");
+    settle();
+    for (const char* key : {"r", "a", "c", "k", "Return"})
+        typeKey(key);
+    settle();
+
+    EXPECT_NE(thing("rack"), 0u);
+    EXPECT_EQ(history().undoText(), "Rename Pallet");
+    view().setFocus();
+}
+
+TEST_F(EditingTest, AttachedThingMovesWithItsCarrierAndStaysWhereItIsDetached)
+{
+    const unsigned pallet = thing("Pallet");
+    const Posd place = placeInView(pallet);
+    const auto positioner = Layout::inst().devices.front();
+    const auto table = positioner->getLinks().back()->getId();
+
+    state().selectVisuals({pallet, table});
+    edits().attachSelected();
+    settle();
+
+    EXPECT_TRUE(Scene::GetVisual(pallet)->isAttached());
+    EXPECT_EQ(Scene::GetVisual(pallet)->getParent(), Scene::GetVisual(table));
+    EXPECT_NEAR((placeInView(pallet) - place).length(), 0, 0.01);
+    const StationTree& tree = state().getTree();
+    EXPECT_EQ(tree.getRows()[static_cast<std::size_t>(tree.find(pallet))].parent, tree.find(table));
+
+    state().selectVisuals({pallet});
+    edits().detachSelected();
+    settle();
+    EXPECT_FALSE(Scene::GetVisual(pallet)->isAttached());
+    EXPECT_EQ(Scene::GetVisual(pallet)->getParent(), Scene::GetWorldVisual());
+    EXPECT_NEAR((placeInView(pallet) - place).length(), 0, 0.01);
+    state().clear();
+    settle();
+    EXPECT_EQ(seen(), before);
+}
+
+TEST_F(EditingTest, DeletedThingIsGoneAndComesBackWithWhatHangsOnIt)
+{
+    const unsigned positioner = thing("Positioner"), fixture = thing("Fixture");
+    const Posd place = placeInView(fixture);
+    state().selectVisuals({positioner});
+
+    typeKey("Delete");
+    settle();
+
+    EXPECT_FALSE(Scene::HasVisual(positioner));
+    EXPECT_EQ(state().getTree().find(positioner), StationTree::none);
+    ASSERT_TRUE(Scene::HasVisual(fixture));
+    EXPECT_NEAR((placeInView(fixture) - place).length(), 0, 0.01);
+    EXPECT_EQ(history().undoText(), "Delete Positioner");
+    shoot("deleted");
+    typeWithControl("z");
+    ASSERT_TRUE(Scene::HasVisual(positioner));
+    EXPECT_TRUE(Scene::GetVisual(fixture)->isAttached());
+    EXPECT_EQ(seen(), before);
+    typeRedo();
+    EXPECT_FALSE(Scene::HasVisual(positioner));
+}
+
+TEST_F(EditingTest, DeletedRobotComesBackWithItsToolDataAndFrames)
+{
+    const auto arm = Layout::inst().manipulators.front();
+    const unsigned frame = arm->getControllerTaskFrame()->getId(), torch = thing("Welding torch");
+    const std::size_t rows = state().getTree().getRows().size();
+    state().selectVisuals({arm->getId(), torch});
+
+    edits().removeSelected();
+    settle();
+    EXPECT_FALSE(Scene::HasVisual(frame));
+    EXPECT_FALSE(Scene::HasVisual(torch));
+
+    typeWithControl("z");
+    EXPECT_TRUE(Scene::HasVisual(frame));
+    EXPECT_TRUE(Scene::GetVisual(torch)->isAttached());
+    EXPECT_EQ(state().getTree().getRows().size(), rows);
+    EXPECT_EQ(seen(), before);
+}
+
+TEST_F(EditingTest, DeletedHiddenFacesAndHiddenThingsComeBackHidden)
+{
+    const unsigned bench = thing("Measuring bench");
+    const unsigned gears = thing("Gear unit"); // its front face is left away
+    state().setVisible({bench}, false);
+    settle();
+    const QImage hidden = seen();
+    state().selectVisuals({gears});
+    edits().removeSelected();
+    settle();
+    ASSERT_NE(seen(), hidden);
+
+    typeWithControl("z");
+
+    EXPECT_TRUE(state().isHidden(bench));
+    EXPECT_EQ(seen(), hidden);
+}
+
+TEST_F(EditingTest, AssemblyIsPaintedDownToItsMembersAsOneStep)
+{
+    const int steps = history().count();
+    state().selectVisuals({thing("Fence")});
+    EXPECT_TRUE(window().getPropertyDock().getShown().canBePainted);
+
+    window().getPropertyDock().paintSelected(QColor(250, 20, 20));
+    state().clear();
+    settle();
+
+    EXPECT_LE(history().count(), steps + 1);
+    EXPECT_EQ(history().undoText(), "Colour Fence");
+    EXPECT_NE(seen(), before);
+    shoot("painted");
+    typeWithControl("z");
+    EXPECT_EQ(seen(), before);
+}
+
+TEST_F(EditingTest, HidingIsAStepAndItsUndoShowsAgain)
+{
+    state().selectVisuals({thing("Fence")});
+    typeKey("h");
+    settle();
+    EXPECT_TRUE(state().isHidden(thing("Fence")));
+    EXPECT_EQ(history().undoText(), "Hide Fence");
+
+    typeWithControl("z");
+
+    EXPECT_FALSE(state().isHidden(thing("Fence")));
+    EXPECT_EQ(seen(), before);
+    typeRedo();
+    EXPECT_TRUE(state().isHidden(thing("Fence")));
+}
+
+TEST_F(EditingTest, PlaceIsAskedForAndNumbersThatAreLeftKeepTheirDigits)
+{
+    const unsigned pallet = thing("Pallet");
+    const Posed start(Posd(1.0 / 3, -2, 5), vrk::rob::Rotationd(0.1, 0.2, 0.3));
+    PlaceDialog untouched("Pallet", {}, start);
+    EXPECT_EQ(untouched.getPose(), start);
+    PlaceDialog raised("Pallet", {}, start);
+    raised.getBox(2).setValue(77);
+    EXPECT_EQ(raised.getPose(), Posed(Posd(1.0 / 3, -2, 77), start.rotation()));
+
+    state().selectVisuals({pallet});
+    edits().askForPlace();
+    auto* dialog = window().findChild<PlaceDialog*>();
+    ASSERT_NE(dialog, nullptr);
+    ASSERT_TRUE(waitFor([dialog] { return dialog->isVisible(); }));
+    settle();
+    shoot("place");
+    dialog->getBox(2).setValue(dialog->getBox(2).value() + 300);
+    const double height = placeInView(pallet).z;
+    dialog->accept();
+    settle();
+
+    EXPECT_NEAR(placeInView(pallet).z, height + 300, 0.01);
+    EXPECT_EQ(history().undoText(), "Move Pallet");
+}
+
+TEST_F(EditingTest, ChangesAreAskedForBeforeTheyAreLost)
+{
+    history().push(std::make_unique<MoveThing>(thing("Pallet"), Posed(Posd(-1500, -1500, 200))));
+    settle();
+    EXPECT_THAT(window().windowTitle().toStdString(), HasSubstr("[*]"));
+    EXPECT_TRUE(window().isWindowModified());
+
+    answer(QMessageBox::Cancel);
+    EXPECT_FALSE(window().close());
+    EXPECT_TRUE(window().isVisible());
+    answer(QMessageBox::Cancel);
+    window().getFiles().open({"other.station.json"});
+    EXPECT_FALSE(window().getFiles().getOpening().isRunning());
+
+    const vrk::test::TempFolder folder;
+    EXPECT_TRUE(window().getFiles().save(QString::fromStdString((folder.path() / "cell").string())));
+    EXPECT_FALSE(window().isWindowModified());
+    EXPECT_TRUE(history().isSaved());
+    history().undo();
+    history().noteSaved(); // with the station as it was
+}
+
+} // namespace
+} // namespace vrkview::test
