@@ -5,6 +5,7 @@
 #include "platform/layout/PointCloud.h"
 #include "platform/station/Import.h"
 #include "platform/station/ImportCloud.h"
+#include "platform/station/ImportProgram.h"
 #include "platform/station/ImportUrdf.h"
 #include "platform/station/StationFile.h"
 
@@ -33,7 +34,7 @@ void checkKind(const std::filesystem::path& file)
     if (std::filesystem::is_regular_file(file, error) && std::ranges::find(endings, ending) == endings.end())
         throw vrk::station::ImportError(std::filesystem::absolute(file).lexically_normal(),
                                         "not a kind of file that can be shown (.step, .stp, .brep, .stl, .urdf, .ply, "
-                                        ".pcd, .xyz, .station.json)");
+                                        ".pcd, .xyz, .mod, .src, .ls, .station.json)");
 }
 
 } // namespace
@@ -54,6 +55,8 @@ Station importFiles(const std::vector<std::filesystem::path>& files, const Impor
             station.mechanisms.push_back(vrk::station::ImportUrdf(file, report));
         else if (vrk::station::isPointCloudFile(file))
             station.clouds.push_back(vrk::station::ImportPointCloud(file, report));
+        else if (vrk::station::isProgramFile(file))
+            station.programs.push_back(vrk::station::ImportProgram(file, report));
         else {
             checkKind(file);
             std::ranges::move(vrk::station::ImportFile(file, report), std::back_inserter(station.parts));

@@ -33,9 +33,10 @@ StationFiles::StationFiles(ViewState& state, Settings& settings, QString title, 
 
 QString StationFiles::OpenFilter()
 {
-    return tr("All that can be shown (*.step *.stp *.brep *.stl *.urdf *.ply *.pcd *.xyz *.station.json);;"
+    return tr("All that can be shown (*.step *.stp *.brep *.stl *.urdf *.ply *.pcd *.xyz *.mod *.src *.ls *.LS "
+              "*.station.json);;"
               "CAD and meshes (*.step *.stp *.brep *.stl);;Robots (*.urdf);;Point clouds (*.ply *.pcd *.xyz);;"
-              "Stations (*.station.json);;All files (*)");
+              "Robot programs (*.mod *.src *.ls *.LS);;Stations (*.station.json);;All files (*)");
 }
 
 void StationFiles::open(const QStringList& paths)

@@ -3,6 +3,7 @@
 #include "ObjectNames.h"
 #include "Station.h"
 
+#include "platform/common/Logger.h"
 #include "platform/layout/Body.h"
 #include "platform/layout/Frame.h"
 #include "platform/layout/Layout.h"
@@ -10,11 +11,15 @@
 #include "platform/layout/Part.h"
 #include "platform/layout/PointCloud.h"
 #include "platform/sdf/SdfManager.h"
+#include "platform/station/ImportProgram.h"
+#include "platform/task/DataItem.h"
+#include "platform/task/Task.h"
 #include "scene/Scene.h"
 #include "visual/Visual.h"
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <numbers>
 #include <shared_mutex>
 #include <stdexcept>
@@ -114,7 +119,29 @@ void replaceStation(const StationContent& content)
     Scene::Get()->processMsgs();
 }
 
-void addObjects(const Station& station)
+/// Enters the programs into the model, and tells what of them is not as their text may make one think.
+/// @return their tasks
+std::vector<unsigned> addPrograms(const Station& station)
+{
+    std::vector<unsigned> tasks;
+    for (const vrk::program::Program& program : station.programs) {
+        vrk::station::ProgramSummary summary;
+        const auto task = vrk::station::AddProgram(program, summary);
+        tasks.push_back(task->getId());
+        if (summary.placed < summary.moves)
+            vrk::AppLogger::inst()->warn(fmt::format("{}: {}", task->getName(), summary.text()));
+        constexpr std::size_t notesToTell = 5;
+        for (std::size_t i = 0; i < summary.notes.size() && i < notesToTell; ++i)
+            vrk::AppLogger::inst()->warn(
+                fmt::format("{}: line {}: {}", task->getName(), summary.notes[i].line, summary.notes[i].text));
+        if (summary.notes.size() > notesToTell)
+            vrk::AppLogger::inst()->warn(
+                fmt::format("{}: and {} more", task->getName(), summary.notes.size() - notesToTell));
+    }
+    return tasks;
+}
+
+void addObjects(const Station& station, std::vector<unsigned>& tasks)
 {
     Layout& layout = Layout::inst();
     Scene& scene = *Scene::Get();
@@ -133,11 +160,19 @@ void addObjects(const Station& station)
         layout.addPointCloud(cloud);
         scene.addPointCloud(cloud.get());
     }
+    tasks = addPrograms(station);
+    for (const unsigned id : tasks)
+        scene.addRenderTask([id] { Scene::Get()->buildTask(id); }, 0);
 }
 
-void removeObjects(const Station& station)
+/// @param tasks  of the station's programs
+void removeObjects(const Station& station, const std::vector<unsigned>& tasks)
 {
-    std::vector<unsigned> ids;
+    std::vector<unsigned> ids = tasks;
+    for (const auto& task : Layout::inst().tasks)
+        if (std::ranges::find(tasks, task->getId()) != tasks.end())
+            for (const auto& item : task->getDataItems())
+                ids.push_back(item->getId());
     for (const auto& part : station.parts)
         ids.push_back(part->getId());
     for (const auto& mechanism : station.mechanisms) {
@@ -170,6 +205,7 @@ void showStation(const Station& station)
         layout.addPointCloud(cloud);
     for (const auto& frame : station.frames)
         layout.addFrame(frame);
+    addPrograms(station);
     loadStation();
     for (const unsigned curve : station.arrowedCurves)
         for (const bool forward : {false, true})
@@ -181,13 +217,14 @@ void addToStation(const Station& station)
 {
     Scene::Get()->processMsgs(); // what fails of earlier posts is no failure of the station
     const StationContent before = Layout::inst();
+    std::vector<unsigned> tasks;
     try {
         if (station.whole)
             replaceStation(*station.whole);
-        addObjects(station);
+        addObjects(station, tasks);
         Scene::Get()->processMsgs();
     } catch (...) {
-        removeObjects(station);
+        removeObjects(station, tasks);
         if (station.whole)
             replaceStation(before);
         throw;
