@@ -6,6 +6,7 @@
 #include "platform/station/FileKinds.h"
 #include "platform/station/Import.h"
 #include "platform/station/ImportCloud.h"
+#include "platform/station/ImportProgram.h"
 #include "platform/station/ImportUrdf.h"
 #include "platform/station/StationFile.h"
 
@@ -51,6 +52,8 @@ Station importFiles(const std::vector<std::filesystem::path>& files, const Impor
             station.mechanisms.push_back(vrk::station::ImportUrdf(file, report));
         else if (vrk::station::isPointCloudFile(file))
             station.clouds.push_back(vrk::station::ImportPointCloud(file, report));
+        else if (vrk::station::isProgramFile(file))
+            station.programs.push_back(vrk::station::ImportProgram(file, report));
         else {
             checkKind(file);
             std::ranges::move(vrk::station::ImportFile(file, report), std::back_inserter(station.parts));

@@ -144,10 +144,11 @@ const char* const footer = "Keys in the window:\n"
 
 std::optional<int> parseOptions(int argc, const char* const* argv, Options& options)
 {
-    CLI::App app(
-        "Shows CAD and mesh files (STEP, BREP, STL), robots (URDF), point clouds (PLY, PCD, XYZ) and whole stations "
-        "(.station.json). Any mix of files makes one station; without a file it shows a demo station.",
-        "vrkview");
+    CLI::App app("Shows CAD and mesh files (STEP, BREP, STL), robots (URDF), their programs (.mod, .src, .ls), point "
+                 "clouds (PLY, "
+                 "PCD, XYZ) and whole stations (.station.json). Any mix of files makes one station; without a file it "
+                 "shows a demo station.",
+                 "vrkview");
     app.footer(footer);
     app.set_version_flag("-V,--version", "vrkview " VRK_VERSION);
     app.add_option("files", options.files, "Files to show together")->type_name("FILE");

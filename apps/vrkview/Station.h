@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/layout/Layout.h"
+#include "platform/program/Program.h"
 
 #include <memory>
 #include <optional>
@@ -22,6 +23,9 @@ struct Station {
     std::vector<std::shared_ptr<vrk::layout::Mechanism>> mechanisms;
     std::vector<std::shared_ptr<vrk::layout::PointCloud>> clouds;
     std::vector<std::shared_ptr<vrk::layout::Frame>> frames;
+    std::vector<vrk::program::Program> programs; // of the first robot that is there then
+    // Of the programs, made when these are entered: who takes them out and enters them again has the same objects.
+    mutable std::vector<std::shared_ptr<vrk::task::Task>> tasks;
     std::vector<HiddenFace> hiddenFaces;
     std::vector<unsigned> arrowedCurves; // ids of bodies that are wires or edges; an arrow at either end
 };

@@ -48,6 +48,7 @@ QString StationFiles::OpenFilter()
                        filter(tr("CAD and meshes"), vrk::station::isShapeKind),
                        filter(tr("Robots"), [](FileKind kind) { return kind == FileKind::Urdf; }),
                        filter(tr("Point clouds"), vrk::station::isPointCloudKind),
+                       filter(tr("Robot programs"), [](FileKind kind) { return kind == FileKind::Program; }),
                        filter(tr("Stations"), [](FileKind kind) { return kind == FileKind::Station; }),
                        tr("All files (*)")}
         .join(";;");

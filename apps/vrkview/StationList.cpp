@@ -4,8 +4,11 @@
 #include "ObjectNames.h"
 #include "Station.h"
 
+#include "platform/layout/Layout.h"
 #include "platform/sdf/SdfManager.h"
-#include "platform/sdf/SdfObject.h"
+#include "platform/task/Instruction.h"
+#include "platform/task/Path.h"
+#include "platform/task/Task.h"
 #include "scene/Scene.h"
 #include "visual/Visual.h"
 
@@ -52,6 +55,39 @@ Json treeOf(Visual& visual)
     return entry;
 }
 
+/// A path with what it does not draw although it moves the robot.
+Json pathOf(const vrk::task::Path& path)
+{
+    Json entry = {{"id", path.getId()},
+                  {"name", path.getName()},
+                  {"instructions", path.getInstructions().size()},
+                  {"moves", path.moveInstructionCount()}};
+    for (const auto& instruction : path.getInstructions())
+        if (!instruction->remark.empty())
+            entry["not_placed"].push_back(
+                {{"line", instruction->line}, {"text", instruction->getName()}, {"why", instruction->remark}});
+    return entry;
+}
+
+Json programsOfStation()
+{
+    Json programs = Json::array();
+    for (const vrk::task::Task* task : vrk::task::GetAllTasks()) {
+        Json paths = Json::array();
+        for (const auto& path : task->getOwnPaths())
+            paths.push_back(pathOf(*path));
+        std::size_t targets = 0;
+        for (const auto& item : task->getDataItems())
+            if (item->asType(sdf::ModelType::RobTargetData) || item->asType(sdf::ModelType::JointTargetData))
+                ++targets;
+        programs.push_back({{"id", task->getId()}, {"name", task->getName()}, {"targets", targets}});
+        if (task->getManipulatorId() != 0)
+            programs.back()["robot"] = task->getManipulatorId();
+        programs.back()["paths"] = std::move(paths);
+    }
+    return programs;
+}
+
 } // namespace
 
 std::string listStation(const Station& station)
@@ -61,6 +97,8 @@ std::string listStation(const Station& station)
     Json list = {{"station", station.title}};
     list.update(counts(world));
     list["tree"] = treesBelow(world);
+    if (Json programs = programsOfStation(); !programs.empty())
+        list["programs"] = std::move(programs);
     // Names come from files and may be in any encoding.
     return list.dump(2, ' ', false, Json::error_handler_t::replace);
 }

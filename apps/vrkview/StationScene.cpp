@@ -3,6 +3,7 @@
 #include "ObjectNames.h"
 #include "Station.h"
 
+#include "platform/common/Logger.h"
 #include "platform/layout/Assembly.h"
 #include "platform/layout/Body.h"
 #include "platform/layout/Frame.h"
@@ -11,11 +12,15 @@
 #include "platform/layout/Part.h"
 #include "platform/layout/PointCloud.h"
 #include "platform/sdf/SdfManager.h"
+#include "platform/station/ImportProgram.h"
+#include "platform/task/DataItem.h"
+#include "platform/task/Task.h"
 #include "scene/Scene.h"
 #include "visual/Visual.h"
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <numbers>
 #include <shared_mutex>
 #include <stdexcept>
@@ -121,6 +126,35 @@ void runPosts()
         scene->processMsgs();
 }
 
+/// Enters the programs into the model, and tells what of them is not as their text may make one think.
+void addPrograms(const Station& station)
+{
+    for (const vrk::program::Program& program : station.programs) {
+        vrk::station::ProgramSummary summary;
+        const auto task = vrk::station::AddProgram(program, summary);
+        station.tasks.push_back(task);
+        if (summary.placed < summary.moves)
+            vrk::AppLogger::inst()->warn(fmt::format("{}: {}", task->getName(), summary.text()));
+        constexpr std::size_t notesToTell = 5;
+        for (std::size_t i = 0; i < summary.notes.size() && i < notesToTell; ++i)
+            vrk::AppLogger::inst()->warn(
+                fmt::format("{}: line {}: {}", task->getName(), summary.notes[i].line, summary.notes[i].text));
+        if (summary.notes.size() > notesToTell)
+            vrk::AppLogger::inst()->warn(
+                fmt::format("{}: and {} more", task->getName(), summary.notes.size() - notesToTell));
+    }
+}
+
+/// The tasks of the station's programs: new ones, or, where they were taken out again, the same as before.
+void addTasks(const Station& station)
+{
+    if (station.tasks.empty())
+        addPrograms(station);
+    else
+        for (const auto& task : station.tasks)
+            Layout::inst().addTask(task);
+}
+
 void addObjects(const Station& station)
 {
     Layout& layout = Layout::inst();
@@ -137,6 +171,9 @@ void addObjects(const Station& station)
         layout.addPointCloud(cloud);
         ids.push_back(cloud->getId());
     }
+    addTasks(station);
+    for (const auto& task : station.tasks)
+        ids.push_back(task->getId());
     if (Scene::Get())
         for (const unsigned id : ids)
             addToScene(id);
@@ -164,6 +201,7 @@ void showStation(const Station& station)
         layout.addPointCloud(cloud);
     for (const auto& frame : station.frames)
         layout.addFrame(frame);
+    addPrograms(station);
     loadStation();
     for (const unsigned curve : station.arrowedCurves)
         for (const bool forward : {false, true})
@@ -197,6 +235,8 @@ void takeFromStation(const Station& station)
         ids.push_back(mechanism->getId());
     for (const auto& cloud : station.clouds)
         ids.push_back(cloud->getId());
+    for (const auto& task : station.tasks)
+        ids.push_back(task->getId());
     if (Scene::Get())
         for (const unsigned id : ids)
             removeFromScene(id);
@@ -224,14 +264,20 @@ void addToScene(unsigned id)
             scene.reparentVisual(id, cloud->getParentId()); // as after a load
     } else if (auto* frame = dynamic_cast<vrk::layout::Frame*>(object.get())) {
         scene.addFrame(frame);
+    } else if (dynamic_cast<const vrk::task::Task*>(object.get())) {
+        scene.addRenderTask([id] { Scene::Get()->buildTask(id); }, 0);
     }
 }
 
 void removeFromScene(unsigned id)
 {
     std::vector<unsigned> ids{id};
-    if (const auto manipulator = std::dynamic_pointer_cast<Manipulator>(shared(id)))
+    const std::shared_ptr<sdf::SdfObject> object = shared(id);
+    if (const auto* manipulator = dynamic_cast<const Manipulator*>(object.get()))
         ids.push_back(manipulator->getControllerTaskFrame()->getId()); // which hangs on the world
+    if (const auto* task = dynamic_cast<const vrk::task::Task*>(object.get()))
+        for (const auto& item : task->getDataItems())
+            ids.push_back(item->getId());
     for (const unsigned each : ids)
         if (Scene::HasVisual(each))
             Scene::Get()->removeVisual(each);

@@ -1,6 +1,7 @@
 #include "platform/station/FileKinds.h"
 
 #include "platform/station/ImportCloud.h"
+#include "platform/station/ImportProgram.h"
 #include "platform/station/ImportUrdf.h"
 #include "platform/station/StationFile.h"
 
@@ -24,6 +25,7 @@ TEST_P(FileKindOf, IsToldByTheEndOfTheName)
     EXPECT_EQ(isShapeFile(c.file), c.kind == FileKind::Step || c.kind == FileKind::Brep || c.kind == FileKind::Stl);
     EXPECT_EQ(isPointCloudFile(c.file), c.kind == FileKind::Ply || c.kind == FileKind::Pcd || c.kind == FileKind::Xyz);
     EXPECT_EQ(isUrdfFile(c.file), c.kind == FileKind::Urdf);
+    EXPECT_EQ(isProgramFile(c.file), c.kind == FileKind::Program);
     EXPECT_EQ(isStationFile(c.file), c.kind == FileKind::Station);
 }
 
@@ -34,7 +36,10 @@ INSTANTIATE_TEST_SUITE_P(
         FileKindCase{"Capitals", "PART.STEP", FileKind::Step}, FileKindCase{"Brep", "b.brep", FileKind::Brep},
         FileKindCase{"Stl", "b.Stl", FileKind::Stl}, FileKindCase{"Urdf", "arm.urdf", FileKind::Urdf},
         FileKindCase{"Ply", "room.ply", FileKind::Ply}, FileKindCase{"Pcd", "room.pcd", FileKind::Pcd},
-        FileKindCase{"Xyz", "room.xyz", FileKind::Xyz}, FileKindCase{"Station", "cell.STATION.json", FileKind::Station},
+        FileKindCase{"Xyz", "room.xyz", FileKind::Xyz}, FileKindCase{"Mod", "weld.mod", FileKind::Program},
+        FileKindCase{"Src", "weld.src", FileKind::Program}, FileKindCase{"Ls", "WELD.LS", FileKind::Program},
+        FileKindCase{"DataOfASrc", "weld.dat", FileKind::Other},
+        FileKindCase{"Station", "cell.STATION.json", FileKind::Station},
         FileKindCase{"BareStation", ".station.json", FileKind::Station},
         FileKindCase{"Json", "cell.json", FileKind::Other}, FileKindCase{"Longer", "part.step.bak", FileKind::Other},
         FileKindCase{"OnlyAnEnding", "folder/.step", FileKind::Other},

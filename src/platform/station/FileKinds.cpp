@@ -8,15 +8,18 @@
 namespace vrk::station {
 namespace {
 
-constexpr std::array<FileEnding, 9> endings{{{".step", FileKind::Step},
-                                             {".stp", FileKind::Step},
-                                             {".brep", FileKind::Brep},
-                                             {".stl", FileKind::Stl},
-                                             {".urdf", FileKind::Urdf},
-                                             {".ply", FileKind::Ply},
-                                             {".pcd", FileKind::Pcd},
-                                             {".xyz", FileKind::Xyz},
-                                             {".station.json", FileKind::Station}}};
+constexpr std::array<FileEnding, 12> endings{{{".step", FileKind::Step},
+                                              {".stp", FileKind::Step},
+                                              {".brep", FileKind::Brep},
+                                              {".stl", FileKind::Stl},
+                                              {".urdf", FileKind::Urdf},
+                                              {".ply", FileKind::Ply},
+                                              {".pcd", FileKind::Pcd},
+                                              {".xyz", FileKind::Xyz},
+                                              {".mod", FileKind::Program},
+                                              {".src", FileKind::Program},
+                                              {".ls", FileKind::Program},
+                                              {".station.json", FileKind::Station}}};
 
 } // namespace
 

@@ -9,7 +9,7 @@
 namespace vrk::station {
 
 /// The kinds of files that can be brought into a station.
-enum class FileKind { Other, Step, Brep, Stl, Urdf, Ply, Pcd, Xyz, Station };
+enum class FileKind { Other, Step, Brep, Stl, Urdf, Ply, Pcd, Xyz, Program, Station };
 
 struct FileEnding {
     const char* text; ///< in small letters, with its dot

@@ -2,6 +2,7 @@
 
 #include "platform/layout/Layout.h"
 #include "platform/sdf/SdfManager.h"
+#include "platform/station/FileKinds.h"
 #include "platform/station/import/ImportFormats.h"
 #include "platform/task/Task.h"
 
@@ -58,8 +59,7 @@ bool isTaken(const std::string& name)
 
 bool isProgramFile(const std::filesystem::path& file)
 {
-    const std::string ending = endingOf(file);
-    return ending == ".mod" || ending == ".src" || ending == ".ls";
+    return fileKindOf(file) == FileKind::Program;
 }
 
 program::Program ImportProgram(const std::filesystem::path& file, const Progress& progress)

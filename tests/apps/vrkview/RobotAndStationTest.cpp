@@ -96,6 +96,50 @@ TEST(ViewerRobot, ArmOfNoKnownMakerHasTheColoursOfItsBodies)
     EXPECT_EQ(picture("kuka_post", "1 0 0 1"), picture("kuka_post", "0 0 1 1")); // its maker's
 }
 
+const std::string program =
+    "MODULE weld\nCONST robtarget a:=[[10,20,30],[1,0,0,0],[0,0,0,0],[9E9,9E9,9E9,9E9,9E9,9E9]];\n"
+    "PROC main()\nMoveJ a,v100,fine,tool0;\nMoveL CRobT(),v100,fine,tool0;\nENDPROC\nENDMODULE\n";
+
+TEST(ViewerProgram, IsListedWithItsPathsAndWhatIsNotPlaced)
+{
+    const Files files;
+
+    const json list = listed({files.write("post.urdf", robot), files.write("weld.mod", program)});
+
+    ASSERT_EQ(list["programs"].size(), 1u);
+    const json& weld = list["programs"][0];
+    EXPECT_EQ(weld["name"], "weld");
+    EXPECT_EQ(weld["targets"], 1);
+    EXPECT_TRUE(weld.contains("robot"));
+    ASSERT_EQ(weld["paths"].size(), 1u);
+    EXPECT_EQ(weld["paths"][0]["name"], "main");
+    EXPECT_EQ(weld["paths"][0]["instructions"], 2);
+    EXPECT_EQ(weld["paths"][0]["moves"], 1);
+    const json unplaced = {{"line", 5}, {"text", "MoveL CRobT(),v100,fine,tool0"}, {"why", "not known before it runs"}};
+    EXPECT_EQ(weld["paths"][0]["not_placed"], json::array({unplaced}));
+}
+
+TEST(ViewerProgram, IsSavedWithTheStation)
+{
+    const Files files;
+    const std::string station = files.path("cell.station.json");
+    const json before = listed({files.write("weld.mod", program), "--save", station});
+
+    EXPECT_EQ(listed({station})["programs"], before["programs"]);
+}
+
+TEST(ViewerProgram, ThatIsDamagedIsToldInOneLine)
+{
+    const Files files;
+    const std::string file = files.write("weld.mod", "MODULE weld\nPROC main()\n");
+
+    const Outcome outcome = runViewer({"--list", file});
+
+    EXPECT_EQ(outcome.exitCode, unusable);
+    EXPECT_THAT(outcome.out, IsEmpty());
+    EXPECT_THAT(outcome.err, EndsWith("vrkview: " + file + ": line 3: 'main' of line 2 has no ENDPROC\n"));
+}
+
 TEST(ViewerRobot, MoreValuesThanJointsAreRefused)
 {
     const Files files;
