@@ -56,6 +56,11 @@ protected:
         while (!history().isSaved() && history().canUndo())
             history().undo();
         settle();
+        if (const QImage now = seen(); now != before && qEnvironmentVariableIsSet("VRK_SHOTS")) {
+            const QString base = qEnvironmentVariable("VRK_SHOTS") + "/" + testing::UnitTest::GetInstance()->current_test_info()->name();
+            now.save(base + "-now.png");
+            before.save(base + "-before.png");
+        }
         EXPECT_EQ(seen(), before) << "what is undone is still to be seen";
         MouseFixture::TearDown();
     }
