@@ -364,7 +364,10 @@ TEST_F(SceneTest, UpdatedSolidKeepsIdAndParent)
     const auto* solid = dynamic_cast<SolidVisual*>(Scene::GetVisual(body->getId()));
     ASSERT_NE(solid, nullptr);
     EXPECT_EQ(solid->getParent(), world);
-    EXPECT_EQ(solid->getMeshName(), "replacing");
+    // The mesh is named by the URI as it is now: another shape has got one of its own.
+    EXPECT_EQ(solid->getMeshName(), body->getGeometryUri());
+    EXPECT_THAT(solid->getMeshName(), testing::MatchesRegex("replacing~[0-9a-f]{16}"));
+    EXPECT_EQ(solid->getTrianglesNum(), 12u);
 }
 
 TEST_F(SceneTest, UpdatingABodyWithoutSolidDoesNothing)
