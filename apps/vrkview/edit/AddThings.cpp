@@ -1,6 +1,6 @@
 #include "edit/AddThings.h"
 
-#include "StationScene.h"
+#include "files/StationScene.h"
 
 #include <QObject>
 

@@ -2,7 +2,7 @@
 
 #include "edit/Change.h"
 
-#include "Station.h"
+#include "files/Station.h"
 
 #include <memory>
 

@@ -1,6 +1,6 @@
 #include "edit/EditActions.h"
 
-#include "ViewState.h"
+#include "canvas/ViewState.h"
 #include "edit/Attaching.h"
 #include "edit/Changes.h"
 #include "edit/History.h"

@@ -1,6 +1,6 @@
 #include "edit/PlaceDialog.h"
 
-#include "PoseText.h"
+#include "docks/PoseText.h"
 
 #include <QDialogButtonBox>
 #include <QDoubleSpinBox>

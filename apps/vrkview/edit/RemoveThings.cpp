@@ -1,8 +1,8 @@
 #include "edit/RemoveThings.h"
 
-#include "StationScene.h"
 #include "edit/Attaching.h"
 #include "edit/ModelPlaces.h"
+#include "files/StationScene.h"
 
 #include "platform/layout/Group.h"
 #include "platform/sdf/SdfManager.h"

@@ -1,9 +1,9 @@
 #include "FakeInput.h"
-#include "PropertyDock.h"
-#include "StationTreeModel.h"
-#include "TreeDock.h"
-#include "TreeView.h"
 #include "WindowFixture.h"
+#include "docks/PropertyDock.h"
+#include "docks/StationTreeModel.h"
+#include "docks/TreeDock.h"
+#include "docks/TreeView.h"
 #include "edit/History.h"
 
 #include "platform/layout/Layout.h"

@@ -1,8 +1,7 @@
 #include "edit/History.h"
 
-#include "DemoParts.h"
-#include "DemoStation.h"
-#include "Station.h"
+#include "demo/DemoParts.h"
+#include "demo/DemoStation.h"
 #include "edit/AddThings.h"
 #include "edit/Attaching.h"
 #include "edit/HideThings.h"
@@ -12,6 +11,7 @@
 #include "edit/PaintBodies.h"
 #include "edit/RemoveThings.h"
 #include "edit/RenameThing.h"
+#include "files/Station.h"
 
 #include "support/TempFolder.h"
 

@@ -1,11 +1,11 @@
 #include "FakeInput.h"
 #include "MouseFixture.h"
 
-#include "DemoParts.h"
-#include "DemoSolids.h"
-#include "Picked.h"
-#include "Station.h"
-#include "StationScene.h"
+#include "canvas/Picked.h"
+#include "demo/DemoParts.h"
+#include "demo/DemoSolids.h"
+#include "files/Station.h"
+#include "files/StationScene.h"
 
 #include "platform/layout/Layout.h"
 #include "platform/layout/Part.h"

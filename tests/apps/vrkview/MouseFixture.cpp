@@ -1,9 +1,9 @@
 #include "MouseFixture.h"
 
 #include "FakeInput.h"
-#include "Pick.h"
-#include "Picked.h"
-#include "Views.h"
+#include "canvas/Pick.h"
+#include "canvas/Picked.h"
+#include "canvas/Views.h"
 
 #include "view/Camera.h"
 

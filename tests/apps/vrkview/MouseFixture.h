@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Mouse.h"
 #include "WindowFixture.h"
+#include "canvas/Mouse.h"
 
 #include "scene/math/Pose.h"
 #include "selection/geometry/Result.h"

@@ -1,6 +1,6 @@
 #include "FakeInput.h"
 #include "MouseFixture.h"
-#include "Picked.h"
+#include "canvas/Picked.h"
 
 #include "scene/Scene.h"
 #include "view/Camera.h"

@@ -1,9 +1,9 @@
 #include "FakeInput.h"
-#include "JointDock.h"
-#include "JointRow.h"
-#include "MessageBar.h"
-#include "TreeDock.h"
 #include "WindowFixture.h"
+#include "docks/JointDock.h"
+#include "docks/JointRow.h"
+#include "docks/TreeDock.h"
+#include "window/MessageBar.h"
 
 #include "support/TempFolder.h"
 

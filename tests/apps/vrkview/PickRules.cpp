@@ -1,7 +1,7 @@
 #include "PickRules.h"
 
 #include "IdPicture.h"
-#include "ObjectNames.h"
+#include "files/ObjectNames.h"
 
 #include "scene/math/Pose.h"
 #include "selection/SelectableObject.h"

@@ -1,4 +1,4 @@
-#include "PoseText.h"
+#include "docks/PoseText.h"
 
 #include <gtest/gtest.h>
 

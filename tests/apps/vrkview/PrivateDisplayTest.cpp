@@ -1,5 +1,5 @@
-#include "PrivateDisplay.h"
-#include "StartUp.h"
+#include "start/PrivateDisplay.h"
+#include "start/StartUp.h"
 
 #include <gtest/gtest.h>
 

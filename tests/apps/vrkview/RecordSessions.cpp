@@ -1,9 +1,9 @@
-#include "DemoSolids.h"
 #include "FakeInput.h"
-#include "JointDock.h"
-#include "JointRow.h"
 #include "MouseFixture.h"
-#include "Recorder.h"
+#include "demo/DemoSolids.h"
+#include "docks/JointDock.h"
+#include "docks/JointRow.h"
+#include "recording/Recorder.h"
 
 #include <gmock/gmock.h>
 

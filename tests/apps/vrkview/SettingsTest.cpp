@@ -1,4 +1,4 @@
-#include "Settings.h"
+#include "window/Settings.h"
 
 #include "support/TempFolder.h"
 

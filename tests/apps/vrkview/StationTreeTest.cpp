@@ -1,4 +1,4 @@
-#include "StationTree.h"
+#include "docks/StationTree.h"
 
 #include <gtest/gtest.h>
 

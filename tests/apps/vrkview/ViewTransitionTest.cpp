@@ -1,4 +1,4 @@
-#include "ViewTransition.h"
+#include "canvas/ViewTransition.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
-#include "ViewWindow.h"
+#include "window/ViewWindow.h"
 
 #include "FakeInput.h"
-#include "Surroundings.h"
-#include "ViewState.h"
 #include "WindowFixture.h"
+#include "canvas/Surroundings.h"
+#include "canvas/ViewState.h"
 
 #include "scene/Scene.h"
 #include "view/Camera.h"

@@ -1,8 +1,8 @@
-#include "Visibility.h"
+#include "canvas/Visibility.h"
 
 #include "FakeInput.h"
 #include "MouseFixture.h"
-#include "Surroundings.h"
+#include "canvas/Surroundings.h"
 
 #include "platform/layout/Frame.h"
 #include "platform/layout/Layout.h"

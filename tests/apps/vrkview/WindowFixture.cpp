@@ -1,11 +1,11 @@
 #include "WindowFixture.h"
 
-#include "DemoStation.h"
-#include "DrawMode.h"
 #include "FakeInput.h"
-#include "StartUp.h"
-#include "StationScene.h"
-#include "Surroundings.h"
+#include "canvas/DrawMode.h"
+#include "canvas/Surroundings.h"
+#include "demo/DemoStation.h"
+#include "files/StationScene.h"
+#include "start/StartUp.h"
 
 #include "platform/broker/SignalBroker.h"
 #include "scene/Scene.h"

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ViewWidget.h"
-#include "ViewWindow.h"
+#include "canvas/ViewWidget.h"
+#include "window/ViewWindow.h"
 
 #include <gtest/gtest.h>
 

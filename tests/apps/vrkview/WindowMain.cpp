@@ -1,5 +1,5 @@
-#include "PrivateDisplay.h"
 #include "WindowFixture.h"
+#include "start/PrivateDisplay.h"
 
 #include "support/TempFolder.h"
 

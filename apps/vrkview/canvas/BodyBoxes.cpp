@@ -1,0 +1,89 @@
+#include "canvas/BodyBoxes.h"
+
+#include "scene/Scene.h"
+#include "visual/PointCloudVisual.h"
+
+#include <Ogre.h>
+
+#include <algorithm>
+
+namespace vrkview {
+namespace {
+
+using vrk::VisualType;
+using vrk::rob::Posf;
+using vrk::visual::PointCloudVisual;
+using vrk::visual::Visual;
+
+constexpr std::size_t mostPointsOfACloud = 100000; // as many tell where it ends
+
+/// Of a solid the faces or the edges may be hidden, each by itself.
+bool isSeen(const Visual& visual)
+{
+    const auto isSeenWireFrame = [](const Visual* child) {
+        return child->getType() == VisualType::WireFrame && child->isVisible();
+    };
+    switch (visual.getType()) {
+    case VisualType::Mesh:
+    case VisualType::Curve:
+    case VisualType::Point:
+    case VisualType::PointCloud:
+        return visual.isVisible();
+    case VisualType::Solid:
+        return visual.isVisible() || std::ranges::any_of(visual.getChildren(), isSeenWireFrame);
+    default:
+        return false;
+    }
+}
+
+/// A scan fills its box badly: its corners would leave the picture half empty.
+void addPoints(const PointCloudVisual& cloud, std::vector<Posf>& corners)
+{
+    const vrk::rob::Posef pose = cloud.getWorldPose();
+    const std::vector<Posf>& points = cloud.getPoints();
+    const vrk::visual::Box drawn = cloud.getBoundingBox(); // not all are
+    const std::size_t step = points.size() / mostPointsOfACloud + 1;
+    for (std::size_t i = 0; i < points.size(); i += step)
+        if (drawn.isPointInside(points[i].x, points[i].y, points[i].z))
+            corners.push_back(pose * points[i]);
+}
+
+void addCorners(const Visual& visual, std::vector<Posf>& corners)
+{
+    if (isSeen(visual) && visual.getType() == VisualType::PointCloud) {
+        addPoints(dynamic_cast<const PointCloudVisual&>(visual), corners);
+    } else if (isSeen(visual)) {
+        const Ogre::AxisAlignedBox& box = visual.getSceneNode()->_getWorldAABB();
+        if (box.isFinite())
+            for (const Ogre::Vector3& corner : box.getAllCorners())
+                corners.emplace_back(corner.x, corner.y, corner.z);
+    }
+    for (const Visual* child : visual.getChildren())
+        addCorners(*child, corners);
+}
+
+} // namespace
+
+std::vector<Posf> bodyCorners()
+{
+    const Visual& world = *vrk::visual::Scene::GetWorldVisual();
+    world.getSceneNode()->_update(true, false); // the boxes are else those of the last frame
+    std::vector<Posf> corners;
+    addCorners(world, corners);
+    // A single point has no size, but there must be a way back from it to look at it.
+    if (!corners.empty() && std::ranges::all_of(corners, [&](const Posf& p) { return p == corners.front(); })) {
+        const Posf middle = corners.front();
+        for (unsigned i = 0; i < 8; ++i)
+            corners.push_back(middle + Posf(i & 1 ? 1.0f : -1.0f, i & 2 ? 1.0f : -1.0f, i & 4 ? 1.0f : -1.0f));
+    }
+    return corners;
+}
+
+vrk::visual::Box bodyBox()
+{
+    vrk::visual::Box box;
+    box.addPoints(bodyCorners());
+    return box;
+}
+
+} // namespace vrkview

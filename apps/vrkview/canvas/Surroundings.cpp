@@ -1,0 +1,98 @@
+#include "canvas/Surroundings.h"
+
+#include "canvas/BodyBoxes.h"
+#include "canvas/Visibility.h"
+
+#include "scene/Scene.h"
+#include "scene/core/SceneSettings.h"
+#include "view/AxesCross.h"
+#include "view/Camera.h"
+#include "visual/Visual.h"
+
+#include <Ogre.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace vrkview {
+namespace {
+
+using vrk::VisualType;
+using vrk::visual::Scene;
+using vrk::visual::Visual;
+
+constexpr float framePart = 0.08f; // of the station's radius
+constexpr double frameStep = 1.25;
+constexpr double longestFrame = 100000; // model units
+
+int gridNormal = 2;     // z, as at start-up
+unsigned frameSize = 1; // model units
+
+/// The scene offers nothing that hides its grid, so that its visual is looked for by its name.
+Visual* gridVisual()
+{
+    for (Visual* visual : Scene::GetWorldVisual()->getChildren())
+        if (visual->getType() == VisualType::None && visual->getName().starts_with("Grid"))
+            return visual;
+    return nullptr;
+}
+
+void setFrameSize(double size)
+{
+    frameSize = static_cast<unsigned>(std::clamp(std::round(size), 1.0, longestFrame));
+    Scene::Get()->setFrameSize(frameSize, VisualType::Frame);
+}
+
+} // namespace
+
+void suitSurroundings()
+{
+    const vrk::visual::Box box = bodyBox();
+    if (!box.isValid())
+        return;
+    const vrk::rob::Vec3Template<float> sides = box.max - box.min;
+    showGrid(std::max({sides.x, sides.y, sides.z}) >= static_cast<float>(Scene::GetGridCellLength()));
+    const float wanted = framePart * sides.length() / 2;
+    setFrameSize(wanted);
+    showFrames(wanted >= 0.5f); // they come in whole units, at least one
+}
+
+bool isGridShown()
+{
+    const Visual* grid = gridVisual();
+    return grid && grid->isVisible();
+}
+
+void showGrid(bool shown)
+{
+    Scene::Get()->addRenderTask(
+        [shown] {
+            if (Visual* grid = gridVisual())
+                grid->setVisible(shown, true);
+        },
+        0);
+}
+
+void turnGrid()
+{
+    gridNormal = (gridNormal + 1) % 3;
+    Scene::Get()->setGridNormalDir(gridNormal);
+    showGrid(true);
+}
+
+void enlargeCross(float factor)
+{
+    vrk::visual::AxesCross& cross = vrk::visual::Camera::Get()->axesCross();
+    cross.setScale(factor);
+    // The nodes took the factor in place of their size so far.
+    Scene::GetSceneManager()->getSceneNode("GlobalFrame")->setScale(Ogre::Vector3(cross.getScale()));
+}
+
+void changeFrameSize(int steps)
+{
+    const double wanted = frameSize * std::pow(frameStep, steps);
+    setFrameSize(steps > 0 ? std::max(wanted, frameSize + 1.0) : std::min(wanted, frameSize - 1.0));
+    showFrames(true);
+}
+
+} // namespace vrkview

@@ -1,0 +1,202 @@
+#include "demo/DemoStation.h"
+
+#include "demo/DemoArm.h"
+#include "demo/DemoFurniture.h"
+#include "demo/DemoParts.h"
+#include "demo/DemoPositioner.h"
+#include "demo/DemoScan.h"
+#include "demo/DemoShapes.h"
+
+#include "platform/layout/Assembly.h"
+#include "platform/layout/Body.h"
+#include "platform/layout/Frame.h"
+#include "platform/layout/Mechanism.h"
+#include "platform/layout/Part.h"
+#include "platform/layout/PointCloud.h"
+#include "platform/task/DataItem.h"
+#include "platform/task/Task.h"
+
+#include <array>
+#include <span>
+
+namespace vrkview {
+namespace {
+
+using namespace demo;
+using vrk::layout::Body;
+using vrk::layout::Part;
+using vrk::rob::Posd;
+using vrk::rob::Posed;
+using vrk::rob::Rotationd;
+
+constexpr double pedestalHeight = 250;
+constexpr double bracketScale = 2; // of the one that is welded, and of its scan
+constexpr double fixtureScale = 0.7, fixtureHeight = 25 * fixtureScale;
+
+// Where the arm stands ready, degrees: the torch's tip at the middle of the seam.
+constexpr std::array welding = {-12.1, 23.8, 12.0, 5.5, 40.0, 69.9};
+
+std::shared_ptr<Part> makeFixture()
+{
+    std::shared_ptr<Part> part = makePart("Fixture");
+    addBody(*part, "Fixture plate", scaled(fixturePlate(), fixtureScale), color::slate,
+            {{isCylinder(3.4, 3.6), color::dark}, {isPlaneAt(2, -18 * fixtureScale), color::dark}});
+    // Stops at the back of the bracket, and a clamp on its foot.
+    addBody(*part, "Stop", rounded(box({-142, -60, 0}, {-121, 60, 46}), 6, isAlong(gp::DY())), color::brass);
+    addBody(*part, "Side stop", rounded(box({-70, 91, 0}, {40, 112, 46}), 6, isAlong(gp::DX())), color::brass);
+    return part;
+}
+
+std::shared_ptr<Part> makeWorkpiece(const TopoDS_Shape& largeBracket, unsigned& path)
+{
+    std::shared_ptr<Part> part = makePart("Workpiece");
+    addBody(*part, "Bracket", largeBracket, color::sage,
+            {{isCylinder(11.8, 12.2), color::machined},
+             {isCylinder(19.8, 20.2), color::machined},
+             {isCylinder(47.8, 48.2), color::machined},
+             {isPlaneAt(2, 16), color::machined}});
+    path = addBody(*part, "Weld seam", scaled(weldPath(), bracketScale), color::steelBlue)->getId();
+    return part;
+}
+
+/// A pair of gears on their shafts in a case whose front is left away.
+std::shared_ptr<Part> gearUnit(const Posed& pose, std::vector<HiddenFace>& hidden)
+{
+    constexpr double module = 4, caseHeight = 8, head = 1.5;
+    constexpr int largeTeeth = 26, smallTeeth = 17;
+    constexpr double largeX = -42, axisHeight = 76 + caseHeight;
+    constexpr double smallX = largeX + module * (largeTeeth + smallTeeth) / 2;
+    constexpr double scale = 1.6;
+    const auto place = [](double x, double y, double z) { return at(scale * x, scale * y, scale * z); };
+
+    std::shared_ptr<Part> part = makePart("Gear unit", pose);
+    const auto body = addBody(*part, "Case", scaled(gearCase(), scale), color::casing);
+    body->setPose(place(0, 0, caseHeight));
+    hidden.push_back({body->getId(), faceOf(*body, isPlaneAt(1, -55 * scale))});
+
+    const TopoDS_Shape caseFoot = scaled(foot(12, caseHeight + head), scale);
+    for (const double x : {-85.0, 85.0})
+        for (const double y : {-38.0, 38.0})
+            addBody(*part, "Foot", caseFoot, color::dark)->setPose(place(x, y, 0));
+
+    // The pinion has an odd number of teeth, so that a gap of it stands before the wheel's tooth.
+    const Posed largeAxis = place(largeX, 0, axisHeight), smallAxis = place(smallX, 0, axisHeight);
+    const FaceTest front = isPlaneFacing(1, -1);
+    addBody(*part, "Wheel", scaled(spurGear(largeTeeth, module, 34, 12), scale), color::brass,
+            {{front, color::brightBrass}})
+        ->setPose(largeAxis);
+    addBody(*part, "Pinion", scaled(spurGear(smallTeeth, module, 34, 10), scale), color::steel,
+            {{front, color::brightSteel}})
+        ->setPose(smallAxis);
+    addBody(*part, "Wheel shaft", scaled(shaft(12, 106), scale), color::steel)->setPose(largeAxis);
+    addBody(*part, "Pinion shaft", scaled(shaft(10, 106), scale), color::steelBlue)->setPose(smallAxis);
+    return part;
+}
+
+/// Parts in rows on the pallet.
+void addGoods(const Posed& pallet, std::vector<std::shared_ptr<Part>>& parts)
+{
+    constexpr double scale = 1.6;
+    const TopoDS_Shape bend = scaled(pipeBend(), scale), disc = scaled(flange(), scale);
+    const double faces[] = {0, 12 * scale, 108 * scale, 96 * scale};
+    for (int column = 0; column < 4; ++column) {
+        const double x = -435 + 290.0 * column;
+        parts.push_back(single("Pipe bend", pallet * at(x - 40, 240, palletHeight), bend, color::steelBlue,
+                               {{isPlaneAt(2, faces[0]), color::machined},
+                                {isCylinder(4.9 * scale, 5.1 * scale), color::machined},
+                                {isPlaneAt(2, faces[1]), color::machined},
+                                {isPlaneAt(0, faces[2]), color::machined},
+                                {isPlaneAt(0, faces[3]), color::machined}}));
+        for (const double y : {-250.0, -5.0})
+            parts.push_back(single("Welding-neck flange", pallet * at(x, y, palletHeight), disc, color::silver,
+                                   {{isCylinder(6.4 * scale, 6.6 * scale), color::dark},
+                                    {isCylinder(25.9 * scale, 26.1 * scale), color::machined}}));
+    }
+}
+
+/// What the arm's program is written in: the torch's tip, the fixture, and where the arm stands ready.
+std::shared_ptr<vrk::task::Task> makeTask(const vrk::layout::Manipulator& arm, unsigned torch, unsigned fixture)
+{
+    auto task = std::make_shared<vrk::task::Task>(newId(), "Welding");
+    task->setOwnerId(arm.getId());
+    task->setManipulatorId(arm.getId());
+    auto tip = std::make_shared<vrk::task::ToolDataItem>(newId(), "torch");
+    tip->setOwnerId(torch);
+    tip->setPose(torchTip());
+    task->addDataItem(tip);
+    auto corner = std::make_shared<vrk::task::WObjDataItem>(newId(), "fixture");
+    corner->setOwnerId(fixture);
+    corner->setPose(at(-275 * fixtureScale, -175 * fixtureScale, 0));
+    task->addDataItem(corner);
+    auto ready = std::make_shared<vrk::task::JointTargetDataItem>(newId(), "ready");
+    ready->jointValues = arm.getJointValues();
+    task->addDataItem(ready);
+    return task;
+}
+
+void setJoints(vrk::layout::Mechanism& mechanism, std::span<const double> degrees)
+{
+    std::vector<double> values;
+    for (const double value : degrees)
+        values.push_back(radians(value));
+    mechanism.setJointValues(values);
+}
+
+Posed lookingFrom(const Posd& eye, const Posd& target)
+{
+    const vrk::rob::Dird z = vrk::rob::normalized(eye - target);
+    const vrk::rob::Dird x = vrk::rob::normalized(vrk::rob::Dird(0, 0, 1).cross(z));
+    return {eye, Rotationd::FromAxes(x, vrk::rob::Dird(z.cross(x)), z)};
+}
+
+} // namespace
+
+Station demoStation()
+{
+    Station station;
+    station.title = "Demo station";
+    vrk::layout::StationContent& cell = station.whole.emplace();
+
+    const auto arm = makeArm(at(0, 0, pedestalHeight));
+    setJoints(*arm, welding);
+    const auto torch = makeTorch();
+    const auto positioner = makePositioner(at(1050, 0, 0));
+    const auto fence = makeFence();
+    cell.manipulators = {arm};
+    cell.tools = {torch};
+    cell.devices = {positioner};
+    cell.assemblies = {fence};
+    for (const std::shared_ptr<sdf::SdfObject>& object : cell.objects())
+        if (object->isStandalone())
+            cell.listMembers(*object);
+
+    unsigned path = 0;
+    const auto fixture = makeFixture();
+    const TopoDS_Shape largeBracket = scaled(bracket(), bracketScale);
+    const auto workpiece = makeWorkpiece(largeBracket, path);
+    station.arrowedCurves = {path};
+    const unsigned table = positioner->getLinks().back()->getId();
+    cell.attachments = {{torch->getId(), arm->getWrist()->getId(), {}},
+                        {fixture->getId(), table, at(0, 0, fixtureHeight)},
+                        {workpiece->getId(), fixture->getId(), at(0, 0, 0)}};
+    cell.tasks = {makeTask(*arm, torch->getId(), fixture->getId())};
+
+    const Posed bench = at(770, -920, 0), pallet = at(-430, -1170, 0);
+    const Posed scanned = bench * at(-225, 0, benchHeight + 1.5); // clear of the stone
+    const auto measured = single("Bracket as drawn", scanned, largeBracket, color::sage);
+    station.parts = {makePedestal(pedestalHeight),
+                     fixture,
+                     workpiece,
+                     makeCabinet(at(-1180, 120, 0)),
+                     makeBench(bench),
+                     gearUnit(bench * at(300, 20, benchHeight), station.hiddenFaces),
+                     measured,
+                     makePallet(pallet)};
+    addGoods(pallet, station.parts);
+    cell.visibilities = {measured->getId()};
+    station.clouds = {scanOfBracket(scanned, static_cast<float>(bracketScale))};
+    cell.lastViewPointPose = lookingFrom({5400, -5650, 3950}, {225, -205, 455});
+    return station;
+}
+
+} // namespace vrkview

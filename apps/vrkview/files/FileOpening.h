@@ -1,0 +1,61 @@
+#pragma once
+
+#include "files/Station.h"
+
+#include <QObject>
+
+#include <atomic>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace vrkview {
+
+/// Reads files on a thread of its own, so that the window goes on meanwhile. Nothing is entered in the model: what was read
+/// is handed over when all of it is there. One call at a time is worked on; further ones wait for it.
+///
+/// Thread: the application's; the signals come there.
+class FileOpening : public QObject {
+    Q_OBJECT
+
+public:
+    using Files = std::vector<std::filesystem::path>;
+
+    explicit FileOpening(QObject* parent = nullptr);
+    /// Waits for the present step of the import to end; nothing is told any more.
+    ~FileOpening() override;
+
+    void open(Files files);
+    /// Takes effect at the next report of the import, which in long steps comes some times a second. What waits is given up as well.
+    void cancel();
+    bool isRunning() const { return worker.joinable(); }
+
+signals:
+    void started();
+    /// @param fraction  of the present file, 0 to 1.
+    void progressed(const QString& text, double fraction);
+    void opened(const std::shared_ptr<vrkview::Station>& station, const std::vector<std::filesystem::path>& files);
+    /// @param text  names the file and the cause.
+    void failed(const QString& text);
+    void cancelled();
+    /// After one of the three above, when nothing waits.
+    void finished();
+
+private:
+    struct Result {
+        std::shared_ptr<Station> station; // null where it failed or was cancelled
+        std::string failure;              // empty where it was cancelled
+    };
+
+    void start(Files files);
+    Result read(const Files& files);
+    void finish(const Files& files, const Result& result);
+
+    std::thread worker;
+    std::atomic<bool> isCancelled = false;
+    std::vector<Files> waiting;
+};
+
+} // namespace vrkview

@@ -1,0 +1,91 @@
+#include "files/FileStation.h"
+
+#include "files/ImportProgress.h"
+
+#include "platform/layout/PointCloud.h"
+#include "platform/station/FileKinds.h"
+#include "platform/station/Import.h"
+#include "platform/station/ImportCloud.h"
+#include "platform/station/ImportProgram.h"
+#include "platform/station/ImportUrdf.h"
+#include "platform/station/StationFile.h"
+
+#include <algorithm>
+#include <iterator>
+#include <optional>
+
+namespace vrkview {
+namespace {
+
+std::string titleOf(const std::vector<std::filesystem::path>& files)
+{
+    const std::string first = files.front().filename().string();
+    return files.size() == 1 ? first : first + " and " + std::to_string(files.size() - 1) + " more";
+}
+
+/// The importer of shapes, which has the last word, would name only its own endings.
+void checkKind(const std::filesystem::path& file)
+{
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(file, error) || vrk::station::isShapeFile(file))
+        return;
+    const std::string all = vrk::station::endingsOf([](vrk::station::FileKind) { return true; });
+    throw vrk::station::ImportError(std::filesystem::absolute(file).lexically_normal(),
+                                    "not a kind of file that can be shown (" + all + ")");
+}
+
+} // namespace
+
+Station importFiles(const std::vector<std::filesystem::path>& files, const ImportReport& tell)
+{
+    Station station;
+    station.title = titleOf(files);
+    for (const std::filesystem::path& file : files) {
+        const auto report = [&tell, name = file.filename().string()](std::string_view step, double fraction) {
+            tell(name, step, fraction);
+        };
+        if (vrk::station::isStationFile(file)) {
+            if (station.whole)
+                throw vrk::station::ImportError(file, "a second station file; one can be opened at a time");
+            station.whole = vrk::station::ReadStationFile(file, report);
+        } else if (vrk::station::isUrdfFile(file))
+            station.mechanisms.push_back(vrk::station::ImportUrdf(file, report));
+        else if (vrk::station::isPointCloudFile(file))
+            station.clouds.push_back(vrk::station::ImportPointCloud(file, report));
+        else if (vrk::station::isProgramFile(file))
+            station.programs.push_back(vrk::station::ImportProgram(file, report));
+        else {
+            checkKind(file);
+            std::ranges::move(vrk::station::ImportFile(file, report), std::back_inserter(station.parts));
+        }
+    }
+    return station;
+}
+
+Station importFiles(const std::vector<std::filesystem::path>& files)
+{
+    std::optional<ImportProgress> progress;
+    std::string present;
+    Station station = importFiles(files, [&](const std::string& file, std::string_view step, double fraction) {
+        if (!progress || file != present)
+            progress.emplace(present = file);
+        progress->report(step, fraction);
+    });
+    bringCloudsNear(station);
+    return station;
+}
+
+void bringCloudsNear(Station& station)
+{
+    if (!station.parts.empty() || !station.mechanisms.empty() || station.whole || station.clouds.empty())
+        return;
+    const vrk::rob::Posd origin = station.clouds.front()->getPose().position;
+    for (const std::shared_ptr<vrk::layout::PointCloud>& cloud : station.clouds) {
+        vrk::rob::Posed pose = cloud->getPose();
+        pose.position =
+            vrk::rob::Posd(pose.position.x - origin.x, pose.position.y - origin.y, pose.position.z - origin.z);
+        cloud->setPose(pose);
+    }
+}
+
+} // namespace vrkview

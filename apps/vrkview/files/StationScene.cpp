@@ -1,0 +1,305 @@
+#include "files/StationScene.h"
+
+#include "files/ObjectNames.h"
+#include "files/Station.h"
+
+#include "platform/common/Logger.h"
+#include "platform/layout/Assembly.h"
+#include "platform/layout/Body.h"
+#include "platform/layout/Frame.h"
+#include "platform/layout/Layout.h"
+#include "platform/layout/Mechanism.h"
+#include "platform/layout/Part.h"
+#include "platform/layout/PointCloud.h"
+#include "platform/sdf/SdfManager.h"
+#include "platform/station/ImportProgram.h"
+#include "platform/task/DataItem.h"
+#include "platform/task/Task.h"
+#include "scene/Scene.h"
+#include "visual/Visual.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <numbers>
+#include <shared_mutex>
+#include <stdexcept>
+
+namespace vrkview {
+namespace {
+
+using vrk::VisualType;
+using vrk::layout::Joint;
+using vrk::layout::JointType;
+using vrk::layout::Layout;
+using vrk::layout::LinkPose;
+using vrk::layout::Manipulator;
+using vrk::layout::Mechanism;
+using vrk::layout::StationContent;
+using vrk::visual::Scene;
+using vrk::visual::Visual;
+
+void followJoints()
+{
+    static boost::signals2::scoped_connection following;
+    following = Mechanism::OnLinksMoved([](const std::vector<LinkPose>& poses) {
+        for (const LinkPose& link : poses)
+            Scene::Get()->setVisualPose(link.id, vrk::rob::Posef(link.pose));
+    });
+}
+
+/// The library gives an arm of no known maker one plain colour; here it has those of its bodies. Render thread.
+void showOwnColors(const sdf::SdfObject& object)
+{
+    for (const std::shared_ptr<sdf::SdfObject>& piece : object.getPieces())
+        showOwnColors(*piece);
+    const auto* body = dynamic_cast<const vrk::layout::Body*>(&object);
+    if (!body || !Scene::HasVisual(body->getId()))
+        return;
+    Visual& visual = *Scene::GetVisual(body->getId());
+    if (visual.getType() != VisualType::Solid && visual.getType() != VisualType::Mesh)
+        return;
+    const std::string base = body->getMaterialName();
+    visual.setMaterial(base, base + "Selected", base + "Highlighted");
+    for (Visual* child : visual.getChildren())
+        if (child->getType() == VisualType::WireFrame)
+            child->setMaterial("WireFrame", "BodyCurveSelected", "BodyCurveHighlighted");
+}
+
+/// Behind the posts that show the arm.
+void showOwnColorsOfPlain(const std::shared_ptr<Mechanism>& mechanism)
+{
+    const auto* arm = dynamic_cast<const Manipulator*>(mechanism.get());
+    if (arm && arm->getVendor().empty())
+        Scene::Get()->addRenderTask([mechanism] { showOwnColors(*mechanism); }, 0);
+}
+
+Mechanism* firstThatMoves()
+{
+    const Layout& layout = Layout::inst();
+    for (const auto& manipulator : layout.manipulators)
+        if (manipulator->jointValueCount() > 0)
+            return manipulator.get();
+    for (const auto& device : layout.devices)
+        if (device->jointValueCount() > 0)
+            return device.get();
+    for (const auto& tool : layout.tools)
+        if (tool->jointValueCount() > 0)
+            return tool.get();
+    return nullptr;
+}
+
+/// Takes the visuals of the things of the station out of the scene, and only these: the grid is the scene's own.
+void removeVisuals()
+{
+    std::vector<unsigned> ids;
+    {
+        sdf::SdfManager& model = sdf::SdfManager::inst();
+        const std::shared_lock lock(model.mutex());
+        for (const vrk::visual::Visual* visual : Scene::GetWorldVisual()->getChildren())
+            if (typeName(visual->getType()) && model.find(visual->getId()))
+                ids.push_back(visual->getId());
+    }
+    for (const unsigned id : ids)
+        Scene::Get()->removeVisual(id);
+    Scene::Get()->processMsgs();
+}
+
+void loadStation()
+{
+    Scene::LoadStation();
+    for (const auto& arm : Layout::inst().manipulators)
+        showOwnColorsOfPlain(arm);
+}
+
+void replaceStation(const StationContent& content)
+{
+    removeVisuals();
+    Layout::inst().replace(content);
+    loadStation();
+    Scene::Get()->processMsgs();
+}
+
+void runPosts()
+{
+    if (Scene* scene = Scene::Get())
+        scene->processMsgs();
+}
+
+/// Enters the programs into the model, and tells what of them is not as their text may make one think.
+void addPrograms(const Station& station)
+{
+    for (const vrk::program::Program& program : station.programs) {
+        vrk::station::ProgramSummary summary;
+        const auto task = vrk::station::AddProgram(program, summary);
+        station.tasks.push_back(task);
+        if (summary.placed < summary.moves)
+            vrk::AppLogger::inst()->warn(fmt::format("{}: {}", task->getName(), summary.text()));
+        constexpr std::size_t notesToTell = 5;
+        for (std::size_t i = 0; i < summary.notes.size() && i < notesToTell; ++i)
+            vrk::AppLogger::inst()->warn(
+                fmt::format("{}: line {}: {}", task->getName(), summary.notes[i].line, summary.notes[i].text));
+        if (summary.notes.size() > notesToTell)
+            vrk::AppLogger::inst()->warn(
+                fmt::format("{}: and {} more", task->getName(), summary.notes.size() - notesToTell));
+    }
+}
+
+/// The tasks of the station's programs: new ones, or, where they were taken out again, the same as before.
+void addTasks(const Station& station)
+{
+    if (station.tasks.empty())
+        addPrograms(station);
+    else
+        for (const auto& task : station.tasks)
+            Layout::inst().addTask(task);
+}
+
+void addObjects(const Station& station)
+{
+    Layout& layout = Layout::inst();
+    std::vector<unsigned> ids;
+    for (const auto& part : station.parts) {
+        layout.addPart(part);
+        ids.push_back(part->getId());
+    }
+    for (const auto& mechanism : station.mechanisms) {
+        layout.addMechanism(mechanism);
+        ids.push_back(mechanism->getId());
+    }
+    for (const auto& cloud : station.clouds) {
+        layout.addPointCloud(cloud);
+        ids.push_back(cloud->getId());
+    }
+    addTasks(station);
+    for (const auto& task : station.tasks)
+        ids.push_back(task->getId());
+    if (Scene::Get())
+        for (const unsigned id : ids)
+            addToScene(id);
+}
+
+std::shared_ptr<sdf::SdfObject> shared(unsigned id)
+{
+    sdf::SdfManager& model = sdf::SdfManager::inst();
+    const std::shared_lock lock(model.mutex());
+    return model.share(id);
+}
+
+} // namespace
+
+void showStation(const Station& station)
+{
+    Layout& layout = Layout::inst();
+    if (station.whole)
+        layout.replace(*station.whole);
+    for (const auto& part : station.parts)
+        layout.addPart(part);
+    for (const auto& mechanism : station.mechanisms)
+        layout.addMechanism(mechanism);
+    for (const auto& cloud : station.clouds)
+        layout.addPointCloud(cloud);
+    for (const auto& frame : station.frames)
+        layout.addFrame(frame);
+    addPrograms(station);
+    loadStation();
+    for (const unsigned curve : station.arrowedCurves)
+        for (const bool forward : {false, true})
+            Scene::Get()->addCurveArrow(curve, forward);
+    followJoints();
+}
+
+void addToStation(const Station& station)
+{
+    runPosts(); // what fails of earlier posts is no failure of the station
+    const StationContent before = Layout::inst();
+    try {
+        if (station.whole)
+            replaceStation(*station.whole);
+        addObjects(station);
+        runPosts();
+    } catch (...) {
+        takeFromStation(station);
+        if (station.whole)
+            replaceStation(before);
+        throw;
+    }
+}
+
+void takeFromStation(const Station& station)
+{
+    std::vector<unsigned> ids;
+    for (const auto& part : station.parts)
+        ids.push_back(part->getId());
+    for (const auto& mechanism : station.mechanisms)
+        ids.push_back(mechanism->getId());
+    for (const auto& cloud : station.clouds)
+        ids.push_back(cloud->getId());
+    for (const auto& task : station.tasks)
+        ids.push_back(task->getId());
+    if (Scene::Get())
+        for (const unsigned id : ids)
+            removeFromScene(id);
+    runPosts();
+    for (const unsigned id : ids)
+        Layout::inst().remove(id);
+}
+
+void addToScene(unsigned id)
+{
+    Scene& scene = *Scene::Get();
+    const std::shared_ptr<sdf::SdfObject> object = shared(id);
+    if (auto* part = dynamic_cast<vrk::layout::Part*>(object.get())) {
+        scene.addPart(part);
+    } else if (auto* assembly = dynamic_cast<vrk::layout::Assembly*>(object.get())) {
+        scene.addAssembly(assembly);
+    } else if (const auto mechanism = std::dynamic_pointer_cast<Mechanism>(object)) {
+        scene.addMechanism(mechanism.get(), true);
+        showOwnColorsOfPlain(mechanism);
+        if (const auto* manipulator = dynamic_cast<const Manipulator*>(mechanism.get()))
+            scene.addFrame(manipulator->getControllerTaskFrame().get());
+    } else if (auto* cloud = dynamic_cast<vrk::layout::PointCloud*>(object.get())) {
+        scene.addPointCloud(cloud);
+        if (Scene::HasVisual(cloud->getParentId()))
+            scene.reparentVisual(id, cloud->getParentId()); // as after a load
+    } else if (auto* frame = dynamic_cast<vrk::layout::Frame*>(object.get())) {
+        scene.addFrame(frame);
+    } else if (dynamic_cast<const vrk::task::Task*>(object.get())) {
+        scene.addRenderTask([id] { Scene::Get()->buildTask(id); }, 0);
+    }
+}
+
+void removeFromScene(unsigned id)
+{
+    std::vector<unsigned> ids{id};
+    const std::shared_ptr<sdf::SdfObject> object = shared(id);
+    if (const auto* manipulator = dynamic_cast<const Manipulator*>(object.get()))
+        ids.push_back(manipulator->getControllerTaskFrame()->getId()); // which hangs on the world
+    if (const auto* task = dynamic_cast<const vrk::task::Task*>(object.get()))
+        for (const auto& item : task->getDataItems())
+            ids.push_back(item->getId());
+    for (const unsigned each : ids)
+        if (Scene::HasVisual(each))
+            Scene::Get()->removeVisual(each);
+}
+
+void moveJoints(const std::vector<double>& values)
+{
+    constexpr double radians = std::numbers::pi / 180;
+    Mechanism* mechanism = firstThatMoves();
+    if (!mechanism)
+        throw std::runtime_error("--joints: nothing here has joints that move");
+    std::vector<double> all = mechanism->getJointValues();
+    if (values.size() > all.size())
+        throw std::runtime_error(
+            fmt::format("--joints: {} values, but {} has {} joints", values.size(), mechanism->getName(), all.size()));
+    std::size_t next = 0;
+    for (const Joint& joint : mechanism->getJoints())
+        if (joint.isMoving() && next < values.size()) {
+            all[next] = joint.type == JointType::Prismatic ? values[next] : values[next] * radians;
+            ++next;
+        }
+    mechanism->setJointValues(all);
+}
+
+} // namespace vrkview

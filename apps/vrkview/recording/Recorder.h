@@ -1,0 +1,67 @@
+#pragma once
+
+#include "canvas/Mouse.h"
+
+#include <nlohmann/json_fwd.hpp>
+
+#include <QElapsedTimer>
+#include <QObject>
+
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <vector>
+
+class QAction;
+
+namespace vrkview {
+
+class ViewWindow;
+
+/// Writes what the user does in a window into a file, with what each pick found, for a `Player`.
+///
+/// The mouse over the view and the keys of the window's commands are written as they come, also where a command was chosen
+/// from a menu. Of what is done in the docks the outcome is written: selection, visibility, joint values, opened files.
+/// Dialogs, and so saving, and colours are not.
+///
+/// Thread: the application's, which is the render thread.
+class Recorder : public QObject {
+    Q_OBJECT
+
+public:
+    /// Begins with the next frame of the window, which outlives this.
+    /// @throws std::runtime_error naming the file that cannot be written.
+    Recorder(ViewWindow& window, const std::filesystem::path& file);
+    ~Recorder() override;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void begin();
+    void listen();
+    void write(nlohmann::ordered_json step);
+    void writePick(Mouse::Purpose purpose, const vrk::selection::Result& result);
+    void writeKey(const QAction& command);
+    void writeOpened(const std::vector<std::filesystem::path>& files);
+    void writeJoints(int gesture);
+    /// What changed by other means than those that are written themselves.
+    void writeChanges();
+    void forgetChanges();
+
+    ViewWindow& window;
+    std::filesystem::path file;
+    std::ofstream stream;
+    QElapsedTimer clock;
+    bool hasBegun = false;
+    // As far as they are written
+    std::vector<unsigned> selected;
+    std::vector<unsigned> hidden;
+    std::map<unsigned, std::vector<double>> joints; // by the mechanism's id
+};
+
+/// A pick as it stands in a recording.
+nlohmann::ordered_json describePick(const ViewWindow& window, Mouse::Purpose purpose,
+                                    const vrk::selection::Result& result);
+
+} // namespace vrkview

@@ -1,0 +1,116 @@
+#include "start/Headless.h"
+
+#include "canvas/Surroundings.h"
+#include "files/PictureFile.h"
+#include "files/StationList.h"
+#include "start/Options.h"
+#include "start/StartUp.h"
+
+#include "scene/Scene.h"
+#include "view/Camera.h"
+#include "view/OffscreenTarget.h"
+
+#include <QImage>
+
+#include <fmt/format.h>
+
+#include <Ogre.h>
+
+#include <algorithm>
+#include <iostream>
+#include <stdexcept>
+
+namespace vrkview {
+namespace {
+
+using vrk::visual::Camera;
+using vrk::visual::OffscreenTarget;
+
+constexpr unsigned samples = 4;
+constexpr long maxSupersampled = 4096L * 4096L; // pixels of the picture; above that the samples must do
+
+std::filesystem::path fileFor(const Options& options, const View& view)
+{
+    if (options.views.size() == 1)
+        return options.picture;
+    const std::string name = fmt::format("{}-{}", options.picture.stem().string(), view.name);
+    return options.picture.parent_path() / (name + options.picture.extension().string());
+}
+
+/// The cross of axes has its size in pixels; in a picture it has the part of it that it has in a window.
+void suitCross(const OffscreenTarget& target)
+{
+    constexpr float usualRows = 1000;
+    const auto side = static_cast<float>(std::min(target.getWidth(), target.getHeight()));
+    enlargeCross(side / usualRows);
+}
+
+void showWindowAgain()
+{
+    Camera::Get()->setRenderTarget(Ogre::Root::getSingleton().getRenderTarget("ogrewindow"));
+}
+
+/// What the camera sees after the move that was posted.
+QImage draw(const OffscreenTarget& target)
+{
+    vrk::visual::Scene::Get()->processMsgs();
+    Ogre::Root::getSingleton().renderOneFrame();
+    const std::vector<std::uint8_t> pixels = target.read();
+    const int width = static_cast<int>(target.getWidth());
+    const int height = static_cast<int>(target.getHeight());
+    return QImage(pixels.data(), width, height, 3 * width, QImage::Format_RGB888).copy();
+}
+
+} // namespace
+
+void takePictures(const Options& options)
+{
+    const QSize size(options.pictureWidth, options.pictureHeight);
+    // Twice the size and then averaged: the samples smooth only the edges of triangles, not the highlights within.
+    const int scale = long{size.width()} * size.height() <= maxSupersampled / 4 ? 2 : 1;
+    const OffscreenTarget target(static_cast<unsigned>(scale * size.width()),
+                                 static_cast<unsigned>(scale * size.height()), samples);
+    Camera::Get()->setRenderTarget(target.renderTarget());
+    suitCameraToScene();
+    suitCross(target);
+    const auto take = [&](const std::filesystem::path& file) {
+        QImage picture = draw(target);
+        if (scale > 1)
+            picture = picture.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+        savePicture(picture, file);
+    };
+    if (options.views.empty()) {
+        lookAsLeft();
+        take(options.picture);
+    }
+    for (const View* view : options.views) {
+        lookAlong(*view);
+        take(fileFor(options, *view));
+    }
+    showWindowAgain();
+}
+
+PictureView::PictureView(const Options& options)
+    : target(std::make_unique<OffscreenTarget>(static_cast<unsigned>(options.pictureWidth),
+                                               static_cast<unsigned>(options.pictureHeight), 0u))
+{
+    Camera::Get()->setRenderTarget(target->renderTarget());
+    suitCameraToScene();
+    if (options.views.empty())
+        lookAsLeft();
+    else
+        lookAlong(*options.views.front());
+    vrk::visual::Scene::Get()->processMsgs();
+}
+
+PictureView::~PictureView()
+{
+    showWindowAgain();
+}
+
+void printList(const Station& station)
+{
+    std::cout << listStation(station) << std::endl;
+}
+
+} // namespace vrkview

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "canvas/DrawMode.h"
+#include "canvas/Views.h"
+
+#include <filesystem>
+#include <optional>
+#include <vector>
+
+namespace vrkview {
+
+/// What the command line asks for.
+struct Options {
+    enum class Task { OpenWindow, PlaySession, TakePicture, ListTree, Pick, PickGrid };
+
+    Task task = Task::OpenWindow;
+    std::vector<std::filesystem::path> files; // none: the demo station
+    std::filesystem::path picture;
+    int pictureWidth = 1600;
+    int pictureHeight = 1000;
+    std::vector<const View*> views; // none: the one that the station was left with
+    std::vector<float> picks;       // x, y of each pixel of the picture
+    int gridColumns = 0;
+    int gridRows = 0;
+    std::filesystem::path pickPicture; // empty: none
+    std::filesystem::path recording;   // made of what is done in the window; empty: none
+    std::filesystem::path session;     // to be played
+    std::filesystem::path playPicture; // of the view after that; empty: none
+    const DrawMode* drawMode = nullptr;
+    bool isDrawModeGiven = false; // rather than the usual one
+    bool onPresentDisplay = false;
+    std::vector<double> joints;      // of the first mechanism that moves: degrees or millimetres
+    std::filesystem::path save;      // where the station is written; empty: nowhere
+    std::filesystem::path resources; // empty: the installed ones
+};
+
+/// Reads the command line. What there is to tell (help, version, what is wrong) is printed here.
+/// @return the exit code where the program has nothing more to do: 0 after help and version, 1 for a wrong command line.
+std::optional<int> parseOptions(int argc, const char* const* argv, Options& options);
+
+} // namespace vrkview

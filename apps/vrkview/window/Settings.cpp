@@ -1,0 +1,95 @@
+#include "window/Settings.h"
+
+#include <QFileInfo>
+
+namespace vrkview {
+namespace {
+
+constexpr const char* geometryKey = "window/geometry";
+constexpr const char* stateKey = "window/state";
+constexpr const char* recentKey = "files/recent";
+constexpr const char* drawModeKey = "view/display";
+constexpr const char* gridKey = "view/grid";
+constexpr const char* mouseKey = "input/orbit";
+
+constexpr const char* withLeft = "left";
+constexpr const char* withMiddle = "middle";
+
+} // namespace
+
+Settings::Settings(QObject* parent)
+    : QObject(parent), store(QSettings::IniFormat, QSettings::UserScope, "vrkview", "vrkview")
+{
+}
+
+QByteArray Settings::windowGeometry() const
+{
+    return store.value(geometryKey).toByteArray();
+}
+
+QByteArray Settings::windowState() const
+{
+    return store.value(stateKey).toByteArray();
+}
+
+void Settings::setWindow(const QByteArray& geometry, const QByteArray& state)
+{
+    store.setValue(geometryKey, geometry);
+    store.setValue(stateKey, state);
+}
+
+QStringList Settings::recentFiles() const
+{
+    return store.value(recentKey).toStringList();
+}
+
+void Settings::addRecentFile(const QString& path)
+{
+    const QString absolute = QFileInfo(path).absoluteFilePath();
+    QStringList files = recentFiles();
+    files.removeAll(absolute);
+    files.prepend(absolute);
+    store.setValue(recentKey, files.mid(0, mostRecentFiles));
+    emit recentFilesChanged();
+}
+
+void Settings::forgetRecentFiles()
+{
+    store.remove(recentKey);
+    emit recentFilesChanged();
+}
+
+QString Settings::drawMode() const
+{
+    return store.value(drawModeKey).toString();
+}
+
+void Settings::setDrawMode(const QString& name)
+{
+    store.setValue(drawModeKey, name);
+}
+
+bool Settings::isGridShown(bool fallback) const
+{
+    return store.value(gridKey, fallback).toBool();
+}
+
+void Settings::setGridShown(bool shown)
+{
+    store.setValue(gridKey, shown);
+}
+
+Settings::MouseStyle Settings::mouseStyle() const
+{
+    return store.value(mouseKey).toString() == withLeft ? MouseStyle::OrbitWithLeft : MouseStyle::OrbitWithMiddle;
+}
+
+void Settings::setMouseStyle(MouseStyle style)
+{
+    if (style == mouseStyle())
+        return;
+    store.setValue(mouseKey, style == MouseStyle::OrbitWithLeft ? withLeft : withMiddle);
+    emit mouseStyleChanged();
+}
+
+} // namespace vrkview

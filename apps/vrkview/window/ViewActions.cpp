@@ -1,0 +1,204 @@
+#include "window/ViewActions.h"
+
+#include "canvas/CameraFlight.h"
+#include "canvas/DrawMode.h"
+#include "canvas/Surroundings.h"
+#include "canvas/Views.h"
+#include "window/Glyphs.h"
+#include "window/Settings.h"
+
+#include "scene/Scene.h"
+
+#include <QAction>
+#include <QActionGroup>
+#include <QMenu>
+#include <QToolBar>
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace vrkview {
+namespace {
+
+using vrk::visual::Scene;
+
+struct Looks {
+    std::string_view name; // of a view or a display mode
+    const char* text;
+    Glyph icon;
+};
+
+constexpr std::array looks = {
+    Looks{"iso", QT_TRANSLATE_NOOP("ViewActions", "&Isometric"), Glyph::Isometric},
+    Looks{"front", QT_TRANSLATE_NOOP("ViewActions", "&Front"), Glyph::Front},
+    Looks{"back", QT_TRANSLATE_NOOP("ViewActions", "&Back"), Glyph::Back},
+    Looks{"left", QT_TRANSLATE_NOOP("ViewActions", "&Left"), Glyph::Left},
+    Looks{"right", QT_TRANSLATE_NOOP("ViewActions", "&Right"), Glyph::Right},
+    Looks{"top", QT_TRANSLATE_NOOP("ViewActions", "&Top"), Glyph::Top},
+    Looks{"bottom", QT_TRANSLATE_NOOP("ViewActions", "Botto&m"), Glyph::Bottom},
+    Looks{"shaded", QT_TRANSLATE_NOOP("ViewActions", "&Shaded"), Glyph::Shaded},
+    Looks{"shaded-edges", QT_TRANSLATE_NOOP("ViewActions", "Shaded with &edges"), Glyph::ShadedWithEdges},
+    Looks{"edges", QT_TRANSLATE_NOOP("ViewActions", "E&dges only"), Glyph::Edges},
+    Looks{"wire", QT_TRANSLATE_NOOP("ViewActions", "&Wire"), Glyph::Wire},
+};
+
+const Looks& looksOf(std::string_view name)
+{
+    return *std::ranges::find(looks, name, &Looks::name);
+}
+
+} // namespace
+
+ViewActions::ViewActions(QWidget& window, ViewState& state, CameraFlight& flight, Settings& settings)
+    : QObject(&window), window(window), state(state), flight(flight), settings(settings)
+{
+    addViews();
+    addModes();
+    addSurroundings();
+    addSelection();
+    connect(&state, &ViewState::selectionChanged, this, &ViewActions::followState);
+    connect(&state, &ViewState::visibilityChanged, this, &ViewActions::followState);
+    connect(&state, &ViewState::stationChanged, this, &ViewActions::followState);
+    connect(&state, &ViewState::drawModeChanged, this, &ViewActions::followState);
+    followState();
+}
+
+QAction* ViewActions::add(const QString& text, const QList<QKeySequence>& keys, std::function<void()> run)
+{
+    auto* action = new QAction(text, &window);
+    action->setShortcuts(keys);
+    QString plain = text;
+    plain.remove('&');
+    action->setToolTip(QString("%1 (%2)").arg(plain, keys.front().toString(QKeySequence::NativeText)));
+    connect(action, &QAction::triggered, this, std::move(run));
+    window.addAction(action); // so that the key holds while no menu is open
+    return action;
+}
+
+void ViewActions::addViews()
+{
+    fit = add(tr("&Fit everything"), {Qt::Key_F}, [this] { flight.flyTo(poseForAll()); });
+    fit->setIcon(glyph(Glyph::Fit));
+    focus = add(tr("F&ocus selected"), {Qt::SHIFT | Qt::Key_F}, [this] {
+        if (!state.getSelected().empty())
+            focusOn(state.getSelected().back());
+    });
+    focus->setIcon(glyph(Glyph::Focus));
+    for (const View& view : allViews()) {
+        QList<QKeySequence> keys = {Qt::Key(Qt::Key_0 + view.key)};
+        if (view.key == 0)
+            keys.append(Qt::Key_I);
+        const Looks& look = looksOf(view.name);
+        views.push_back(add(tr(look.text), keys, [this, &view] { flight.flyTo(poseAlong(view)); }));
+        views.back()->setIcon(glyph(look.icon));
+    }
+}
+
+void ViewActions::addModes()
+{
+    modes = new QActionGroup(this);
+    for (const DrawMode& mode : allDrawModes()) {
+        const Looks& look = looksOf(mode.name);
+        QAction* action = add(tr(look.text), {Qt::Key(Qt::Key_F1 + mode.functionKey - 1)}, [this, &mode] {
+            state.setDrawMode(mode);
+            settings.setDrawMode(mode.name);
+        });
+        action->setIcon(glyph(look.icon));
+        action->setCheckable(true);
+        action->setData(QString(mode.name));
+        modes->addAction(action);
+    }
+}
+
+void ViewActions::addSurroundings()
+{
+    grid = add(tr("&Grid"), {Qt::Key_G}, [this] {
+        showGrid(!isGridShown());
+        settings.setGridShown(grid->isChecked());
+    });
+    grid->setCheckable(true);
+    grid->setIcon(glyph(Glyph::Grid));
+    turnedGrid = add(tr("Grid across the &next axis"), {Qt::Key_N}, [] { turnGrid(); });
+    longerFrames = add(tr("&Longer"), {Qt::Key_Plus, Qt::Key_Equal}, [] { changeFrameSize(1); });
+    shorterFrames = add(tr("&Shorter"), {Qt::Key_Minus}, [] { changeFrameSize(-1); });
+}
+
+void ViewActions::addSelection()
+{
+    clear = add(tr("&Clear selection"), {Qt::Key_Escape}, [this] { state.clear(); });
+    hide = add(tr("&Hide selected"), {Qt::Key_H}, [this] { state.hideSelected(); });
+    hide->setIcon(glyph(Glyph::EyeClosed));
+    show = add(tr("&Show all"), {Qt::SHIFT | Qt::Key_H}, [this] { state.showAll(); });
+    show->setIcon(glyph(Glyph::EyeOpen));
+}
+
+void ViewActions::fillViewMenu(QMenu& menu) const
+{
+    menu.addAction(fit);
+    menu.addAction(focus);
+    QMenu* standard = menu.addMenu(tr("&Standard views"));
+    for (QAction* view : views)
+        standard->addAction(view);
+    menu.addSeparator();
+    menu.addActions(modes->actions());
+    menu.addSeparator();
+    menu.addAction(grid);
+    menu.addAction(turnedGrid);
+    QMenu* frames = menu.addMenu(tr("F&rames"));
+    frames->addAction(longerFrames);
+    frames->addAction(shorterFrames);
+}
+
+void ViewActions::fillSelectMenu(QMenu& menu) const
+{
+    menu.addAction(clear);
+    menu.addSeparator();
+    menu.addAction(hide);
+    menu.addAction(show);
+}
+
+void ViewActions::fillTreeMenu(QWidget& tree) const
+{
+    tree.addActions({focus, hide, show});
+}
+
+void ViewActions::fillToolBar(QToolBar& bar) const
+{
+    bar.addAction(fit);
+    bar.addAction(focus);
+    bar.addSeparator();
+    for (QAction* view : views)
+        bar.addAction(view);
+    bar.addSeparator();
+    bar.addActions(modes->actions());
+    bar.addSeparator();
+    bar.addAction(grid);
+    bar.addSeparator();
+    bar.addAction(hide);
+    bar.addAction(show);
+}
+
+void ViewActions::focusOn(unsigned id)
+{
+    if (Scene::HasVisual(id))
+        flight.flyTo(Scene::Get()->getVisualFocusPose(id));
+}
+
+void ViewActions::follow()
+{
+    grid->setChecked(isGridShown());
+}
+
+void ViewActions::followState()
+{
+    const bool any = !state.getSelected().empty();
+    clear->setEnabled(state.isAnySelected());
+    hide->setEnabled(any);
+    focus->setEnabled(any);
+    show->setEnabled(state.isAnyHidden());
+    for (QAction* action : modes->actions())
+        action->setChecked(action->data().toString() == state.getDrawMode().name);
+}
+
+} // namespace vrkview

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "canvas/ViewState.h"
+
+#include <QObject>
+
+#include <functional>
+#include <vector>
+
+class QAction;
+class QActionGroup;
+class QMenu;
+class QToolBar;
+
+namespace vrkview {
+
+class CameraFlight;
+class Settings;
+
+/// The commands that change what is seen: views, display modes, grid, frames, selection and visibility. They know their
+/// keys, which hold in the whole window.
+class ViewActions : public QObject {
+    Q_OBJECT
+
+public:
+    /// @param window  gets the actions, which are its children then; outlives this, as all others do.
+    ViewActions(QWidget& window, ViewState& state, CameraFlight& flight, Settings& settings);
+
+    void fillViewMenu(QMenu& menu) const;
+    void fillSelectMenu(QMenu& menu) const;
+    /// The context menu of the tree.
+    void fillTreeMenu(QWidget& tree) const;
+    void fillToolBar(QToolBar& bar) const;
+
+    /// Flies to where this visual fills the view; nothing for an unknown id.
+    void focusOn(unsigned id);
+    /// Ticks what holds now. Call it after the scene has worked off its posts.
+    void follow();
+
+private:
+    QAction* add(const QString& text, const QList<QKeySequence>& keys, std::function<void()> run);
+    void addViews();
+    void addModes();
+    void addSurroundings();
+    void addSelection();
+    void followState();
+
+    QWidget& window;
+    ViewState& state;
+    CameraFlight& flight;
+    Settings& settings;
+    QAction* fit = nullptr;
+    QAction* focus = nullptr;
+    std::vector<QAction*> views;
+    QActionGroup* modes = nullptr;
+    QAction* grid = nullptr;
+    QAction* turnedGrid = nullptr;
+    QAction* longerFrames = nullptr;
+    QAction* shorterFrames = nullptr;
+    QAction* clear = nullptr;
+    QAction* hide = nullptr;
+    QAction* show = nullptr;
+};
+
+} // namespace vrkview

@@ -1,0 +1,413 @@
+#include "window/ViewWindow.h"
+
+#include "canvas/Contents.h"
+#include "canvas/DrawMode.h"
+#include "canvas/Mouse.h"
+#include "canvas/Surroundings.h"
+#include "canvas/ViewWidget.h"
+#include "canvas/Views.h"
+#include "docks/JointDock.h"
+#include "docks/PropertyDock.h"
+#include "docks/TreeDock.h"
+#include "docks/TreeView.h"
+#include "edit/EditActions.h"
+#include "edit/History.h"
+#include "files/PictureFile.h"
+#include "start/StartUp.h"
+#include "window/Glyphs.h"
+#include "window/KeysHelp.h"
+#include "window/MessageBar.h"
+#include "window/ProgressStrip.h"
+#include "window/ViewActions.h"
+
+#include "platform/broker/SignalBroker.h"
+#include "scene/Scene.h"
+
+#include <QActionGroup>
+#include <QDragEnterEvent>
+#include <QFileDialog>
+#include <QLocale>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QScreen>
+#include <QStatusBar>
+#include <QToolBar>
+#include <QVBoxLayout>
+
+#include <utility>
+
+namespace vrkview {
+namespace {
+
+constexpr QSize startSize(1400, 880);
+constexpr int leftWidth = 270;
+constexpr int rightWidth = 300;
+constexpr int treeHeight = 400;
+constexpr int propertiesHeight = 400;
+constexpr int toolIcon = 20;
+constexpr int propertiesInterval = 100; // milliseconds
+constexpr int noteTime = 5000;          // milliseconds that a note stays in the status line
+
+QString counted(std::uint64_t number, const char* one, const char* many)
+{
+    return QLocale(QLocale::English).toString(static_cast<qulonglong>(number)) + " " + (number == 1 ? one : many);
+}
+
+QString describe(const StationTree& tree)
+{
+    const Contents contents = contentsOf(*vrk::visual::Scene::GetWorldVisual());
+    const auto clouds = std::ranges::count(tree.getRows(), vrk::VisualType::PointCloud, &StationTree::Row::kind);
+    QStringList counts;
+    if (contents.bodies > 0)
+        counts << counted(contents.bodies, "body", "bodies") << counted(contents.faces, "face", "faces")
+               << counted(contents.triangles, "triangle", "triangles");
+    if (contents.curves > 0)
+        counts << counted(contents.curves, "curve", "curves");
+    if (clouds > 0)
+        counts << counted(static_cast<std::uint64_t>(clouds), "cloud", "clouds");
+    if (contents.points > 0)
+        counts << counted(contents.points, "point", "points");
+    return counts.join(", ");
+}
+
+QStringList localFiles(const QMimeData& data)
+{
+    QStringList paths;
+    for (const QUrl& url : data.urls())
+        if (url.isLocalFile())
+            paths << url.toLocalFile();
+    return paths;
+}
+
+} // namespace
+
+ViewWindow::ViewWindow(const Station& station, const DrawMode& mode)
+    : state(mode, station.hiddenFaces), files(state, settings, QString::fromStdString(station.title)),
+      view(new ViewWidget(this)), messages(new MessageBar), tree(new TreeDock(state, this)),
+      joints(new JointDock(state, this)), properties(new PropertyDock(state, this)),
+      actions(new ViewActions(*this, state, flight, settings)), edits(new EditActions(*this, state)),
+      mouse(new Mouse(*view, state, settings, flight, this)), contents(new QLabel), underMouse(new QLabel),
+      frameTime(new QLabel)
+{
+    setAcceptDrops(true);
+    setDockOptions(AnimatedDocks | AllowTabbedDocks | AllowNestedDocks);
+    buildCentre();
+    buildDocks();
+    buildStatusLine();
+    buildMenus();
+    connectView();
+    connectFiles();
+    connectEdits();
+    showContents();
+    restoreLayout();
+}
+
+ViewWindow::~ViewWindow() = default;
+
+// Building
+
+void ViewWindow::buildCentre()
+{
+    auto* centre = new QWidget;
+    auto* column = new QVBoxLayout(centre);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(messages);
+    column->addWidget(view, 1);
+    setCentralWidget(centre);
+}
+
+void ViewWindow::buildDocks()
+{
+    addDockWidget(Qt::LeftDockWidgetArea, tree);
+    addDockWidget(Qt::LeftDockWidgetArea, properties);
+    addDockWidget(Qt::RightDockWidgetArea, joints);
+    resizeDocks({tree, properties}, {treeHeight, propertiesHeight}, Qt::Vertical);
+    resizeDocks({tree, joints}, {leftWidth, rightWidth}, Qt::Horizontal);
+    hadJoints = !joints->getRows().empty();
+    joints->setVisible(hadJoints);
+    connect(tree, &TreeDock::focusRequested, actions, &ViewActions::focusOn);
+    tree->getTreeView().setContextMenuPolicy(Qt::ActionsContextMenu);
+}
+
+void ViewWindow::buildStatusLine()
+{
+    QStatusBar& line = *statusBar();
+    line.setSizeGripEnabled(false);
+    line.addWidget(contents);
+    line.addWidget(underMouse, 1);
+    line.addPermanentWidget(new ProgressStrip(files.getOpening()));
+    line.addPermanentWidget(frameTime);
+    contents->setContentsMargins(6, 0, 0, 0);
+    underMouse->setContentsMargins(24, 0, 0, 0);
+    underMouse->setTextFormat(Qt::PlainText);                                // names come from files
+    underMouse->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // a long one must not widen the window
+    frameTime->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    frameTime->setContentsMargins(0, 0, 8, 0);
+    frameTime->setToolTip(tr("How long the last frame took"));
+    frameTime->setMinimumWidth(fontMetrics().horizontalAdvance("10,000.0 ms"));
+}
+
+QAction* ViewWindow::addCommand(QMenu& menu, const QString& text, const QKeySequence& key, void (ViewWindow::*run)())
+{
+    auto* action = menu.addAction(text);
+    action->setShortcut(key);
+    connect(action, &QAction::triggered, this, run);
+    return action;
+}
+
+void ViewWindow::buildFileMenu()
+{
+    QMenu& menu = *menuBar()->addMenu(tr("&File"));
+    QAction* open = addCommand(menu, tr("&Open…"), QKeySequence::Open, &ViewWindow::askForFiles);
+    open->setIcon(glyph(Glyph::Open));
+    recent = menu.addMenu(tr("Open &recent"));
+    fillRecentMenu();
+    connect(&settings, &Settings::recentFilesChanged, this, &ViewWindow::fillRecentMenu);
+    menu.addSeparator();
+    QAction* save = menu.addAction(tr("&Save station as…"));
+    save->setShortcut(Qt::CTRL | Qt::SHIFT | Qt::Key_S);
+    connect(save, &QAction::triggered, this, &ViewWindow::askWhereToSave);
+    save->setIcon(glyph(Glyph::Save));
+    QAction* shot = addCommand(menu, tr("S&creenshot…"), QKeySequence(Qt::Key_F12), &ViewWindow::askForScreenshot);
+    shot->setIcon(glyph(Glyph::Screenshot));
+    menu.addSeparator();
+    QAction* quit = menu.addAction(tr("&Quit"));
+    quit->setShortcut(Qt::CTRL | Qt::Key_Q);
+    connect(quit, &QAction::triggered, this, &QWidget::close);
+
+    auto* bar = new QToolBar(tr("Toolbar"));
+    bar->setObjectName("toolbar");
+    bar->setIconSize({toolIcon, toolIcon});
+    bar->setMovable(false);
+    for (QAction* action : {open, save, shot}) {
+        action->setToolTip(QString("%1 (%2)").arg(action->text().remove('&').remove(QStringLiteral("…")),
+                                                  action->shortcut().toString(QKeySequence::NativeText)));
+        bar->addAction(action);
+    }
+    bar->addSeparator();
+    actions->fillToolBar(*bar);
+    addToolBar(bar);
+}
+
+void ViewWindow::buildPreferences()
+{
+    QMenu& menu = *menuBar()->addMenu(tr("&Preferences"));
+    QMenu& mouse = *menu.addMenu(tr("&Mouse"));
+    auto* styles = new QActionGroup(this);
+    const auto add = [&](const QString& text, Settings::MouseStyle style) {
+        QAction* action = mouse.addAction(text);
+        action->setCheckable(true);
+        action->setChecked(settings.mouseStyle() == style);
+        styles->addAction(action);
+        connect(action, &QAction::triggered, this, [this, style] { settings.setMouseStyle(style); });
+    };
+    add(tr("Orbit with the &middle button"), Settings::MouseStyle::OrbitWithMiddle);
+    add(tr("Orbit with the &left button"), Settings::MouseStyle::OrbitWithLeft);
+}
+
+void ViewWindow::buildMenus()
+{
+    buildFileMenu();
+    edits->fillEditMenu(*menuBar()->addMenu(tr("&Edit")));
+    QMenu& viewMenu = *menuBar()->addMenu(tr("&View"));
+    actions->fillViewMenu(viewMenu);
+    viewMenu.addSeparator();
+    QMenu& docks = *viewMenu.addMenu(tr("&Docks"));
+    for (QDockWidget* dock : std::initializer_list<QDockWidget*>{tree, properties, joints})
+        docks.addAction(dock->toggleViewAction());
+    actions->fillSelectMenu(*menuBar()->addMenu(tr("&Select")));
+    buildPreferences();
+    QMenu& help = *menuBar()->addMenu(tr("&Help"));
+    addCommand(help, tr("&Keys and mouse"), QKeySequence(Qt::Key_F1), &ViewWindow::showKeys);
+    addCommand(help, tr("&About vrkview"), {}, &ViewWindow::showAbout);
+    actions->fillTreeMenu(tree->getTreeView());
+    edits->fillTreeMenu(tree->getTreeView());
+}
+
+void ViewWindow::connectView()
+{
+    frameTicked = vrk::broker::SignalBroker::onFrameTicked([this](double ms) { showFrameTime(ms); });
+    connect(view, &ViewWidget::ready, this, &ViewWindow::startView);
+    connect(view, &ViewWidget::drained, this, &ViewWindow::followScene);
+    connect(view, &ViewWidget::failed, messages, &MessageBar::tell);
+    connect(mouse, &Mouse::focusRequested, actions, &ViewActions::focusOn);
+    connect(&mouse->getHover(), &Hover::textChanged, underMouse, &QLabel::setText);
+    connect(&state, &ViewState::stationChanged, this, &ViewWindow::showContents);
+    propertiesTimer.setSingleShot(true);
+    propertiesTimer.setInterval(propertiesInterval);
+    connect(&propertiesTimer, &QTimer::timeout, properties, &PropertyDock::refresh);
+}
+
+void ViewWindow::connectFiles()
+{
+    connect(&files, &StationFiles::failed, messages, &MessageBar::tell);
+    connect(&files, &StationFiles::saved, this, [this](const QString& path) {
+        messages->hide();
+        statusBar()->showMessage(tr("Saved %1").arg(path), noteTime);
+    });
+    connect(&files.getOpening(), &FileOpening::cancelled, this,
+            [this] { statusBar()->showMessage(tr("Opening given up; nothing was added"), noteTime); });
+    connect(&files, &StationFiles::shown, this, [this](bool isAnother) {
+        messages->hide();
+        suitCameraToScene();
+        if (isAnother)
+            suitSurroundings();
+        if (const bool any = !joints->getRows().empty(); any != std::exchange(hadJoints, any) && any)
+            joints->show(); // the first ones: the dock was left out so far
+        showContents();
+        flight.flyTo(poseForAll());
+    });
+}
+
+void ViewWindow::connectEdits()
+{
+    connect(edits, &EditActions::failed, messages, &MessageBar::tell);
+    connect(edits, &EditActions::renameRequested, tree, &TreeDock::editName);
+    connect(&state.getHistory(), &History::savedChanged, this, [this](bool isSaved) { setWindowModified(!isSaved); });
+    files.askBeforeLoss([this] { return mayLoseChanges(); });
+}
+
+void ViewWindow::fillRecentMenu()
+{
+    recent->clear();
+    const QStringList paths = settings.recentFiles();
+    for (const QString& path : paths) {
+        QString text = QFileInfo(path).fileName();
+        QAction* action = recent->addAction(text.replace('&', "&&"));
+        action->setStatusTip(path);
+        connect(action, &QAction::triggered, this, [this, path] { files.open({path}); });
+    }
+    recent->setEnabled(!paths.isEmpty());
+    if (paths.isEmpty())
+        return;
+    recent->addSeparator();
+    connect(recent->addAction(tr("&Clear this list")), &QAction::triggered, &settings, &Settings::forgetRecentFiles);
+}
+
+void ViewWindow::restoreLayout()
+{
+    if (!restoreGeometry(settings.windowGeometry()))
+        resize(startSize.boundedTo(screen()->availableSize()));
+    if (restoreState(settings.windowState()) && hadJoints)
+        joints->show(); // it may have been left out for a station without joints
+}
+
+// Running
+
+void ViewWindow::startView()
+{
+    enlargeCross(static_cast<float>(devicePixelRatioF()));
+    suitCameraToScene();
+    showGrid(settings.isGridShown(isGridShown()));
+    lookAsLeft();
+}
+
+void ViewWindow::followScene()
+{
+    state.followScene();
+    actions->follow();
+    if (!state.getSelected().empty() && !propertiesTimer.isActive())
+        propertiesTimer.start();
+}
+
+void ViewWindow::showContents()
+{
+    QString name = files.getTitle();
+    setWindowTitle(name.replace("[*]", "[*][*]") + "[*] - vrkview"); // the place of the mark; twice it is a text
+    contents->setText(files.getTitle() + ":   " + describe(state.getTree()));
+}
+
+void ViewWindow::showFrameTime(double milliseconds)
+{
+    frameTime->setText(QLocale(QLocale::English).toString(milliseconds, 'f', 1) + " ms");
+}
+
+void ViewWindow::closeEvent(QCloseEvent* event)
+{
+    if (!mayLoseChanges()) {
+        event->ignore();
+        return;
+    }
+    settings.setWindow(saveGeometry(), saveState());
+    QMainWindow::closeEvent(event);
+}
+
+void ViewWindow::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (!localFiles(*event->mimeData()).isEmpty())
+        event->acceptProposedAction();
+}
+
+void ViewWindow::dropEvent(QDropEvent* event)
+{
+    files.open(localFiles(*event->mimeData()));
+    event->acceptProposedAction();
+}
+
+// Commands
+
+void ViewWindow::askForFiles()
+{
+    files.open(QFileDialog::getOpenFileNames(this, tr("Open"), {}, StationFiles::OpenFilter()));
+}
+
+bool ViewWindow::askWhereToSave()
+{
+    const QString path = QFileDialog::getSaveFileName(this, tr("Save station as"), {}, tr("Stations (*.station.json)"));
+    return !path.isEmpty() && files.save(path);
+}
+
+bool ViewWindow::mayLoseChanges()
+{
+    if (state.getHistory().isSaved())
+        return true;
+    QMessageBox box(QMessageBox::Warning, tr("Changes that are not saved"),
+                    tr("The station was changed. Save it before the changes are lost?"),
+                    QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, this);
+    box.setDefaultButton(QMessageBox::Save);
+    switch (box.exec()) {
+    case QMessageBox::Save:
+        return askWhereToSave();
+    case QMessageBox::Discard:
+        return true;
+    default:
+        return false;
+    }
+}
+
+void ViewWindow::askForScreenshot()
+{
+    QString path = QFileDialog::getSaveFileName(this, tr("Screenshot"), {}, tr("Pictures (*.png)"));
+    if (path.isEmpty())
+        return;
+    if (QFileInfo(path).suffix().isEmpty())
+        path += ".png";
+    if (view->takePicture(view->toDevice(view->size())).save(path))
+        statusBar()->showMessage(tr("Saved %1").arg(path), noteTime);
+    else
+        messages->tell(QString::fromStdString(pictureCannotBeWritten(path.toStdString())) +
+                       tr(". Choose another folder or name."));
+}
+
+void ViewWindow::showKeys()
+{
+    auto* box = new QMessageBox(QMessageBox::NoIcon, tr("Keys and mouse"),
+                                keysAndMouseHelp(*menuBar(), settings.mouseStyle()), QMessageBox::Close, this);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->open();
+}
+
+void ViewWindow::showAbout()
+{
+    auto* box = new QMessageBox(QMessageBox::NoIcon, tr("About vrkview"),
+                                tr("<h3>vrkview %1</h3><p>Shows robot cells, CAD files, meshes and point clouds.</p>"
+                                   "<p>Drawn by OGRE, with geometry by Open CASCADE and a window by Qt %2.</p>")
+                                    .arg(VRK_VERSION, qVersion()),
+                                QMessageBox::Close, this);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->open();
+}
+
+} // namespace vrkview

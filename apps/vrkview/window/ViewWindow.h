@@ -1,0 +1,105 @@
+#pragma once
+
+#include "canvas/CameraFlight.h"
+#include "canvas/ViewState.h"
+#include "files/Station.h"
+#include "files/StationFiles.h"
+#include "window/Settings.h"
+
+#include <boost/signals2/connection.hpp>
+
+#include <QLabel>
+#include <QMainWindow>
+#include <QTimer>
+
+namespace vrkview {
+
+class EditActions;
+class JointDock;
+class MessageBar;
+class Mouse;
+class PropertyDock;
+class TreeDock;
+class ViewActions;
+class ViewWidget;
+
+/// The viewer's window: the view, the docks and menus around it, and below it a line with what is shown and how long the
+/// last frame took. Files that are dropped on it are opened.
+///
+/// Thread: the application's, which is the render thread.
+class ViewWindow : public QMainWindow {
+    Q_OBJECT
+
+public:
+    /// Needs a started library with the station built and shown in this mode.
+    ViewWindow(const Station& station, const DrawMode& mode);
+    ~ViewWindow() override;
+
+    ViewWidget& getView() const { return *view; }
+    ViewState& getState() { return state; }
+    const ViewState& getState() const { return state; }
+    Settings& getSettings() { return settings; }
+    CameraFlight& getFlight() { return flight; }
+    StationFiles& getFiles() { return files; }
+    Mouse& getMouse() const { return *mouse; }
+    TreeDock& getTreeDock() const { return *tree; }
+    JointDock& getJointDock() const { return *joints; }
+    PropertyDock& getPropertyDock() const { return *properties; }
+    EditActions& getEdits() const { return *edits; }
+    MessageBar& getMessageBar() const { return *messages; }
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+
+private:
+    void buildCentre();
+    void buildDocks();
+    void buildStatusLine();
+    void buildMenus();
+    void buildFileMenu();
+    void connectEdits();
+    void buildPreferences();
+    void connectView();
+    void connectFiles();
+    void fillRecentMenu();
+    QAction* addCommand(QMenu& menu, const QString& text, const QKeySequence& key, void (ViewWindow::*run)());
+    void restoreLayout();
+
+    void startView();
+    void followScene();
+    void showContents();
+    void showFrameTime(double milliseconds);
+    void askForFiles();
+    /// False where it was not saved.
+    bool askWhereToSave();
+    /// Asks what to do with changes that are not saved; false where they are to stay.
+    bool mayLoseChanges();
+    void askForScreenshot();
+    void showKeys();
+    void showAbout();
+
+    Settings settings;
+    ViewState state;
+    CameraFlight flight;
+    StationFiles files;
+    bool hadJoints = false; // when the station last changed
+    QTimer propertiesTimer; // while things move they are read some times a second
+    // Qt's, as children of this
+    ViewWidget* view;
+    MessageBar* messages;
+    TreeDock* tree;
+    JointDock* joints;
+    PropertyDock* properties;
+    ViewActions* actions;
+    EditActions* edits;
+    Mouse* mouse;
+    QMenu* recent = nullptr;
+    QLabel* contents;
+    QLabel* underMouse;
+    QLabel* frameTime;
+    boost::signals2::scoped_connection frameTicked;
+};
+
+} // namespace vrkview
