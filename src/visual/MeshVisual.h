@@ -23,8 +23,8 @@ public:
     static MeshVisual* BuildArrow(Visual* parent, const rob::PosTemplate<float>& position,
                                   const rob::DirTemplate<float>& direction);
 
-    /// Draws the global, registered or STL mesh of that name; so the path of a file is the name of a mesh. Virtual, so
-    /// that a derived visual can do more with its entity.
+    /// Draws the global, registered or STL mesh of that name, in place of one that it drew; so the path of a file is the
+    /// name of a mesh. Virtual, so that a derived visual can do more with its entity.
     /// @throws what `MeshManager::loadStl` does.
     virtual Ogre::Entity* attachMesh(const std::string& name);
 

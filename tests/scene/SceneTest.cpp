@@ -361,7 +361,7 @@ TEST_F(SceneTest, UpdatedSolidKeepsIdAndParent)
     scene.updateSolidVisual(body.get(), test::meshedBox(10, 20, 30));
     drain();
 
-    const auto* solid = dynamic_cast<SolidVisual*>(Scene::GetVisual(body->getId()));
+    auto* solid = dynamic_cast<SolidVisual*>(Scene::GetVisual(body->getId()));
     ASSERT_NE(solid, nullptr);
     EXPECT_EQ(solid->getParent(), world);
     // The mesh is named by the URI as it is now: another shape has got one of its own.
