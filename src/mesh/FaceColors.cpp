@@ -83,7 +83,7 @@ void writeFaceColor(const std::string& meshName, const layout::FaceMap& faces, c
     writeColors(meshName, *slots, run, [&color](std::size_t) { return color; });
 }
 
-void MeshManager::SetRunColor(const std::string& meshName, const VertexRun& run, const rob::Colorf& color)
+void writeRunColor(const std::string& meshName, const VertexRun& run, const rob::Colorf& color)
 {
     const auto slots = colorSlotsOf(meshName);
     if (!slots || run.start >= slots->vertexCount)

@@ -18,7 +18,6 @@ struct ColorInfo;
 namespace vrk::visual {
 
 class SolidVisual;
-struct VertexRun;
 
 /// A shape has no triangle that could be drawn.
 class VRK_EXPORT NoTriangleMesh : public std::exception {};
@@ -96,11 +95,6 @@ public:
     /// The vertices of one face, counted from 1: only their bytes are locked. A hidden face, and face 0, change nothing.
     /// @throws Standard_OutOfRange "NCollection_IndexedMap::FindKey" past the last face.
     static void SetFaceColor(SolidVisual* solid, unsigned face, const rob::ColorTemplate<float>& color);
-    /// Where the vertices of one face lie in the OGRE mesh that the solid has now.
-    /// @throws as `SetFaceColor`.
-    static VertexRun GetFaceRun(const SolidVisual& solid, unsigned face);
-    /// A run of the vertices of the OGRE mesh of that name. What lies past its end is left out.
-    static void SetRunColor(const std::string& meshName, const VertexRun& run, const rob::ColorTemplate<float>& color);
     /// The colour of a face's first vertex, read back from the buffer; black if there is none. For solids without hidden
     /// faces only: it counts the vertices of all faces.
     static rob::ColorTemplate<float> GetFaceColor(const std::string& meshName, const TopoDS_Shape& shape,

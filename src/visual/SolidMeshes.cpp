@@ -49,11 +49,6 @@ void MeshManager::SetFaceColor(SolidVisual* solid, unsigned face, const rob::Col
     writeFaceColor(solid->getCurrentMeshName(), solid->getFaceMap(), visibleFacesOf(*solid), face, color);
 }
 
-VertexRun MeshManager::GetFaceRun(const SolidVisual& solid, unsigned face)
-{
-    return runOfFace(solid.getFaceMap(), visibleFacesOf(solid), face);
-}
-
 void MeshManager::ColorReset(SolidVisual* solid)
 {
     writeModelColors(solid->getCurrentMeshName(), solid->getFaceMap(), visibleFacesOf(*solid), solid->getId());

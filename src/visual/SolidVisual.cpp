@@ -1,5 +1,6 @@
 #include "visual/SolidVisual.h"
 
+#include "mesh/FaceColors.h"
 #include "mesh/MeshManager.h"
 #include "mesh/ShapeTriangles.h"
 #include "platform/geometry/BodyColorTool.h"
@@ -39,6 +40,14 @@ bool isNearIdentity(const rob::PoseTemplate<float>& pose)
 
 /// Render thread: the solids with marks, of which there are few. Solids share meshes, and so the marks on them.
 std::vector<const SolidVisual*> solidsWithMarks;
+
+/// Where the vertices of one face lie in the mesh that the solid has now.
+/// @throws Standard_OutOfRange as `runOfFace`.
+VertexRun runOfVisibleFace(const SolidVisual& solid, unsigned face)
+{
+    return runOfFace(
+        solid.getFaceMap(), [&solid](unsigned each) { return solid.isFaceVisible(each); }, face);
+}
 
 /// The name of the mesh of a body. One that names no geometry has a mesh of its own, as a bare shape does.
 std::string meshNameOf(sdf::SdfNode& node)
@@ -342,7 +351,7 @@ void SolidVisual::putOn(Marks& marks, unsigned face, const rob::ColorTemplate<fl
 {
     const rob::ColorTemplate<float> plain = getFaceColor(face);
     setFaceColor(face, color);
-    const VertexRun run = entity ? MeshManager::GetFaceRun(*this, face) : VertexRun();
+    const VertexRun run = entity ? runOfVisibleFace(*this, face) : VertexRun();
     marks.insert_or_assign(face, Mark{color, plain, run.start, run.count});
     if (std::find(solidsWithMarks.begin(), solidsWithMarks.end(), this) == solidsWithMarks.end())
         solidsWithMarks.push_back(this);
@@ -353,10 +362,10 @@ void SolidVisual::putMarksOn()
     // A highlight is for a moment, and the mesh that is left takes it along.
     highlightMarks.clear();
     for (auto& [face, mark] : selectedMarks) {
-        const VertexRun run = MeshManager::GetFaceRun(*this, face);
+        const VertexRun run = runOfVisibleFace(*this, face);
         mark.firstVertex = run.start;
         mark.vertexCount = run.count;
-        MeshManager::SetRunColor(getCurrentMeshName(), run, mark.color);
+        writeRunColor(getCurrentMeshName(), run, mark.color);
     }
 }
 
@@ -381,7 +390,7 @@ void SolidVisual::takeOff(const Marks& marks) const
             if (const auto same = other->selectedMarks.find(face); same != other->selectedMarks.end())
                 left = same->second.color;
         }
-        MeshManager::SetRunColor(mesh, {mark.firstVertex, mark.vertexCount}, left);
+        writeRunColor(mesh, {mark.firstVertex, mark.vertexCount}, left);
     }
 }
 
