@@ -5,10 +5,14 @@
 #include "mesh/MeshManager.h"
 #include "platform/broker/SignalBroker.h"
 #include "platform/common/Checks.h"
+#include "platform/common/Hash.h"
 #include "platform/common/Logger.h"
 #include "platform/common/ResourcePath.h"
 #include "platform/common/ZipManager.h"
 #include "platform/geometry/BodyColorTool.h"
+#include "platform/geometry/EdgePoints.h"
+#include "platform/geometry/EdgePolygons.h"
+#include "platform/geometry/MfgVector.h"
 #include "platform/geometry/ProjectPoint.h"
 #include "platform/layout/Assembly.h"
 #include "platform/layout/Body.h"
@@ -18,18 +22,24 @@
 #include "platform/layout/Mechanism.h"
 #include "platform/layout/Part.h"
 #include "platform/layout/PointCloud.h"
+#include "platform/program/Program.h"
 #include "platform/sdf/Element.h"
 #include "platform/sdf/SdfManager.h"
 #include "platform/sdf/SdfObject.h"
 #include "platform/smart/SmartComponent.h"
 #include "platform/smart/StationLogic.h"
+#include "platform/station/FileKinds.h"
 #include "platform/station/GeometryCache.h"
 #include "platform/station/Import.h"
 #include "platform/station/ImportCloud.h"
+#include "platform/station/ImportProgram.h"
 #include "platform/station/ImportUrdf.h"
 #include "platform/station/StationFile.h"
 #include "platform/station/Uri.h"
 #include "platform/task/DataItem.h"
+#include "platform/task/EdgeMfgShape.h"
+#include "platform/task/Instruction.h"
+#include "platform/task/Path.h"
 #include "platform/task/Task.h"
 #include "scene/Init.h"
 #include "scene/Scene.h"
@@ -135,6 +145,10 @@ void keepPlatform()
     keep(&common::GetResourcePath);
     keep(&common::ZipManager::Exists);
     keep(&geometry::BodyColorTool::GetColorInfo);
+    keep(&common::Hash::text);
+    keep(&geometry::GetPointAtParameter);
+    keep(&geometry::addEdgePolygons);
+    keep(&geometry::MfgVector::getPose);
     keep(&geometry::ProjectPoint);
     keep(&layout::PartContainer::addPart);
     keep(&construct<layout::Assembly, unsigned, std::string>);
@@ -166,6 +180,14 @@ void keepPlatform()
     keep(&construct<task::WObjDataItem, unsigned, std::string>);
     keep(&construct<task::JointTargetDataItem, unsigned, std::string>);
     keep(&task::Task::addDataItem);
+    keep(&construct<task::Path, unsigned, std::string>);
+    keep(&construct<task::Instruction, unsigned, std::string>);
+    keep(&task::MoveInst::setTargetItem);
+    keep(&task::EdgeMfgShape::addEdge);
+    keep(&program::textOf);
+    keep(&station::ProgramSummary::text);
+    keep(&station::fileKindOf);
+    keep(&station::ImportProgram);
     keep(&construct<task::Operation, unsigned, std::string>);
     keep(&task::GetAllTasks);
 }
