@@ -30,6 +30,7 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QMimeData>
+#include <QPointer>
 #include <QScreen>
 #include <QStatusBar>
 #include <QToolBar>
@@ -234,7 +235,15 @@ void ViewWindow::connectView()
     connect(view, &ViewWidget::failed, messages, &MessageBar::tell);
     connect(mouse, &Mouse::focusRequested, actions, &ViewActions::focusOn);
     connect(&mouse->getHover(), &Hover::textChanged, underMouse, &QLabel::setText);
-    connect(&state, &ViewState::stationChanged, this, &ViewWindow::showContents);
+    connect(&state, &ViewState::stationChanged, this, [this] {
+        // Behind the posts that hide what is hidden, faces too: they do not count.
+        vrk::visual::Scene::Get()->addRenderTask(
+            [window = QPointer<ViewWindow>(this)] {
+                if (window)
+                    window->showContents();
+            },
+            0);
+    });
     propertiesTimer.setSingleShot(true);
     propertiesTimer.setInterval(propertiesInterval);
     connect(&propertiesTimer, &QTimer::timeout, properties, &PropertyDock::refresh);
