@@ -41,6 +41,22 @@ using vrk::rob::Posd;
 using vrk::rob::Posed;
 using vrk::visual::Scene;
 
+// Edges that lie in one place are drawn in the order in which their bodies were hung into the scene, and what left the scene
+// and came back is hung in last: some 200 of 550,000 pixels take the other edge's colour where things touch. The smallest
+// thing that a step here takes away covers thousands.
+constexpr double touchingShare = 0.0005;
+
+double differingShare(const QImage& a, const QImage& b)
+{
+    if (a.size() != b.size())
+        return 1;
+    long count = 0;
+    for (int y = 0; y < a.height(); ++y)
+        for (int x = 0; x < a.width(); ++x)
+            count += a.pixel(x, y) != b.pixel(x, y) ? 1 : 0;
+    return static_cast<double>(count) / (static_cast<double>(a.width()) * a.height());
+}
+
 /// Steps of work in the window; each test ends with the station, and what is seen of it, as it was.
 class EditingTest : public MouseFixture {
 protected:
@@ -58,7 +74,7 @@ protected:
         while (!history().isSaved() && history().canUndo())
             history().undo();
         settle();
-        EXPECT_EQ(seen(), before) << "what is undone is still to be seen";
+        EXPECT_LT(differingShare(seen(), before), touchingShare) << "what is undone is still to be seen";
         MouseFixture::TearDown();
     }
 
@@ -254,7 +270,7 @@ TEST_F(EditingTest, DeletedRobotComesBackWithItsToolDataAndFrames)
     EXPECT_TRUE(Scene::HasVisual(frame));
     EXPECT_TRUE(Scene::GetVisual(torch)->isAttached());
     EXPECT_EQ(state().getTree().getRows().size(), rows);
-    EXPECT_EQ(seen(), before);
+    EXPECT_LT(differingShare(seen(), before), touchingShare);
 }
 
 TEST_F(EditingTest, DeletedHiddenFacesAndHiddenThingsComeBackHidden)
@@ -267,12 +283,12 @@ TEST_F(EditingTest, DeletedHiddenFacesAndHiddenThingsComeBackHidden)
     state().selectVisuals({gears});
     edits().removeSelected();
     settle();
-    ASSERT_NE(seen(), hidden);
+    ASSERT_GT(differingShare(seen(), hidden), 2 * touchingShare);
 
     typeWithControl("z");
 
     EXPECT_TRUE(state().isHidden(bench));
-    EXPECT_EQ(seen(), hidden);
+    EXPECT_LT(differingShare(seen(), hidden), touchingShare);
 }
 
 TEST_F(EditingTest, AssemblyIsPaintedDownToItsMembersAsOneStep)
