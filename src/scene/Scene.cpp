@@ -6,12 +6,8 @@
 #include "scene/DepthClearListener.h"
 #include "scene/Grid.h"
 #include "scene/core/SceneCore.h"
-#include "station/TcpTraceVisual.h"
 #include "view/Camera.h"
-#include "view/OrbitPivotVisual.h"
 #include "visual/FrameVisual.h"
-#include "visual/HighlightedEdge.h"
-#include "visual/SelectedIds.h"
 #include "visual/VisualStateManager.h"
 
 #include <Ogre.h>
@@ -20,6 +16,20 @@ namespace vrk::visual {
 namespace {
 
 const Ogre::ColourValue startAmbient(0.3f, 0.3f, 0.3f, 1.0f);
+
+/// The visuals that were entered by `addTempVisual`, until they die.
+struct TempVisuals {
+    explicit TempVisuals(SceneCore& core)
+    {
+        core.visuals.whenDeleted([this](const Visual* dying) {
+            const auto found = byId.find(dying->getId());
+            if (found != byId.end() && found->second == dying)
+                byId.erase(found);
+        });
+    }
+
+    std::unordered_map<unsigned, Visual*> byId;
+};
 
 bool isRegistered(const Visual* visual, unsigned id)
 {
@@ -45,8 +55,7 @@ Scene* Scene::Instance = nullptr;
 
 Scene::Scene(const std::string& name)
     : core(std::make_unique<SceneCore>(name, Ogre::Root::getSingleton().getSceneManager("VRK_SceneManager"),
-                                       std::make_shared<VisualStateManager>())),
-      selectedVisuals(std::make_unique<SelectedIds>()), highlightedEdge(std::make_unique<HighlightedEdge>())
+                                       std::make_shared<VisualStateManager>()))
 {
     depthClearListener = std::make_unique<DepthClearListener>();
     core->sceneManager->addRenderQueueListener(depthClearListener.get());
@@ -54,7 +63,6 @@ Scene::Scene(const std::string& name)
     core->instanceManagers.create(*core->sceneManager);
     core->worldVisual = new Visual(this);
     core->isSelected = [this](const Visual* visual) { return isSelected(visual); };
-    core->visuals.whenDeleted([this](const Visual* visual) { forgetVisual(visual); });
 }
 
 Scene::~Scene()
@@ -110,11 +118,6 @@ void Scene::addEndOfLook(const Visual* visual, std::function<void()> task)
         addRenderTask(std::move(task), 0);
 }
 
-void Scene::addLoadTask(std::function<void()> task)
-{
-    loadTasks.push_back(std::move(task));
-}
-
 void Scene::processMsgs()
 {
     core->queue.run();
@@ -157,7 +160,7 @@ Ogre::InstanceManager* Scene::GetInstanceMgr(const std::string& name)
 
 void Scene::addTempVisual(Visual* visual)
 {
-    tempVisuals[visual->getId()] = visual;
+    core->record<TempVisuals>().byId[visual->getId()] = visual;
 }
 
 void Scene::deleteVisual(Visual* visual)
@@ -177,15 +180,8 @@ void Scene::doRemoveVisual(unsigned id)
 
 void Scene::removeTempVisual(unsigned id)
 {
-    addRenderTask([this, id] { doRemoveTempVisual(id); }, 0);
-}
-
-void Scene::doRemoveTempVisual(unsigned id)
-{
-    Visual* visual = common::checkedAt(tempVisuals, id);
-    tempVisuals.erase(id);
-    // Also out of the selection: a dead visual there would be met by the next pick.
-    deleteVisual(visual);
+    // Also out of the selection, by `deleteVisual`: a dead visual there would be met by the next pick.
+    addRenderTask([this, id] { deleteVisual(common::checkedAt(core->record<TempVisuals>().byId, id)); }, 0);
 }
 
 void Scene::cleanupInstanceBatches()
@@ -196,32 +192,6 @@ void Scene::cleanupInstanceBatches()
 Camera* Scene::createCamera(const std::string& name)
 {
     return cameras.emplace_back(std::make_unique<Camera>(name, this)).get();
-}
-
-/// Drops a dying visual from every record that points to it.
-void Scene::forgetVisual(const Visual* visual)
-{
-    const auto isOfVisual = [visual](const FaceOfSolid& face) {
-        return static_cast<const void*>(face.first) == visual;
-    };
-    if (static_cast<const Visual*>(tcpTrace) == visual)
-        tcpTrace = nullptr;
-    if (static_cast<const Visual*>(orbitPivot) == visual)
-        orbitPivot = nullptr;
-    if (copiedVisual == visual)
-        copiedVisual = nullptr;
-    if (highlightedVisual == visual)
-        highlightedVisual = nullptr;
-    if (isOfVisual(highlightedFace))
-        highlightedFace = {};
-    if (highlightedEdge->visual == visual) {
-        highlightedEdge->visual = nullptr;
-        highlightedEdge->edge.Nullify();
-    }
-    if (highlightedEdge->drawn == visual)
-        highlightedEdge->drawn = nullptr;
-    std::erase_if(selectedFaces, isOfVisual);
-    std::erase_if(tempVisuals, [visual](const auto& entry) { return entry.second == visual; });
 }
 
 } // namespace vrk::visual

@@ -7,13 +7,10 @@
 #include "visual/VisualType.h"
 
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <memory>
 #include <string>
 #include <unordered_map>
-#include <unordered_set>
-#include <utility>
 #include <vector>
 
 namespace Ogre {
@@ -38,9 +35,6 @@ class Camera;
 class DepthClearListener;
 class Grid;
 class SceneCore;
-struct HighlightedEdge;
-class OrbitPivotVisual;
-class SelectedIds;
 class SolidVisual;
 class TcpTraceVisual;
 class Visual;
@@ -138,7 +132,7 @@ public:
     /// Deletes the trace that was handed to `setTcpTrace`; without one nothing happens.
     void clearTcpTrace();
     /// At once, render thread. The trace that `clearTcpTrace` deletes; null for none.
-    void setTcpTrace(TcpTraceVisual* trace) { tcpTrace = trace; }
+    void setTcpTrace(TcpTraceVisual* trace);
     /// At once, render thread: the work objects and tool data of a program. An id that is no task is passed over.
     void buildTask(unsigned id);
 
@@ -330,47 +324,29 @@ public:
     void updateSolidVisual(sdf::SdfNode* node, const TopoDS_Shape& shape);
 
 private:
-    using FaceOfSolid = std::pair<SolidVisual*, unsigned>;
-
     explicit Scene(const std::string& name);
 
     void addVisualTask(const Visual* visual, std::function<void()> task);
     void addEndOfLook(const Visual* visual, std::function<void()> task);
     void doRemoveVisual(unsigned id);
     void doLoadStation();
-    void loadMechanisms();
-    void loadStandalone();
     void doBuildVisual(smartcomp::SmartComponent* component);
-    void doAddToolData(unsigned id);
-    void drainLoadTasks();
     void doAddAttachment(unsigned child, unsigned parent, const rob::PoseTemplate<double>& pose);
     void doDeleteAttachment(unsigned child, unsigned oldParent, unsigned newParent,
                             const rob::PoseTemplate<double>& pose);
     void doMoveVisualToParent(unsigned child, unsigned parent, const rob::PoseTemplate<float>& worldPose);
     void doShowCopiedVisual(unsigned id, const rob::PoseTemplate<float>& worldPose);
     void doDeleteCopiedVisual();
-    void doSetVisualPose(unsigned id, const rob::PoseTemplate<float>& pose);
     void doSetLocalOrigin(unsigned id, const rob::PoseTemplate<float>& oldOriginWorld,
                           const rob::PoseTemplate<float>& delta);
-    void doRemoveTempVisual(unsigned id);
-    void setVisualVisible(unsigned id, bool visible, std::unordered_set<unsigned>& entered);
     void doSetVisualVisible(unsigned id, bool visible);
     void doSetFramesSize(unsigned size, VisualType type);
-    void setTypeVisible(VisualType type, bool visible, bool recursive);
-    void doAddGeneratedEdge(unsigned id, const TopoDS_Edge& edge);
-    void doHighlightEdge(Visual* visual, const TopoDS_Edge& edge);
     void doSetColor(unsigned id, float r, float g, float b);
     void doResetColor(Visual* visual);
     void doSelectVisual(unsigned id);
-    void doSelectVisual(unsigned id, std::unordered_set<unsigned>& entered);
     void doClearSelectedVisuals();
-    void doSelectPointCloud(const std::unordered_map<unsigned, std::vector<std::uint64_t>>& indicesOfClouds);
-    void doSetOrbitPivotVisible(bool visible, const rob::PoseTemplate<float>& pose);
-    void doSetGridNormalDir(int dir);
-    void doSetDisplayMode(DisplayMode mode);
     void doSetVisible(const std::function<bool(const Visual&)>& test, bool visible);
     void selectFace(unsigned id, unsigned face, const char* color);
-    void forgetVisual(const Visual* visual);
     void createLights();
 
     static Scene* Instance;
@@ -380,16 +356,6 @@ private:
     std::unique_ptr<BorderMask> borderMask;
     std::unique_ptr<Grid> grid;
     std::vector<std::unique_ptr<Camera>> cameras;
-    std::unordered_map<unsigned, Visual*> tempVisuals;
-    std::deque<std::function<void()>> loadTasks;
-    TcpTraceVisual* tcpTrace = nullptr;
-    Visual* copiedVisual = nullptr;
-    OrbitPivotVisual* orbitPivot = nullptr; // made when it is first shown
-    Visual* highlightedVisual = nullptr;
-    std::unique_ptr<SelectedIds> selectedVisuals;
-    FaceOfSolid highlightedFace{};
-    std::unique_ptr<HighlightedEdge> highlightedEdge;
-    std::vector<FaceOfSolid> selectedFaces; // in the order of selection
 };
 
 } // namespace vrk::visual

@@ -84,14 +84,13 @@ void Scene::setGrid(bool on)
 void Scene::setGridNormalDir(int dir)
 {
     core->settings.gridNormalDir = dir;
-    addRenderTask([this, dir] { doSetGridNormalDir(dir); }, 0);
-}
-
-void Scene::doSetGridNormalDir(int dir)
-{
-    if (grid)
-        grid->orient(dir);
-    Camera::Get()->setVerticleDir(dir);
+    addRenderTask(
+        [this, dir] {
+            if (grid)
+                grid->orient(dir);
+            Camera::Get()->setVerticleDir(dir);
+        },
+        0);
 }
 
 unsigned Scene::GetGridCellCount()
@@ -108,33 +107,32 @@ unsigned Scene::GetGridCellLength()
 
 void Scene::setDisplayMode(DisplayMode mode)
 {
-    addRenderTask([this, mode] { doSetDisplayMode(mode); }, 0);
-}
-
-void Scene::doSetDisplayMode(DisplayMode mode)
-{
-    Ogre::Camera& camera = *Camera::Get()->ogreCamera();
-    switch (mode) {
-    case DisplayMode::Shaded:
-        camera.setPolygonMode(Ogre::PM_SOLID);
-        doSetVisible(isSolid, true);
-        doSetVisible(isWireFrame, false);
-        break;
-    case DisplayMode::ShadedWithEdges:
-        camera.setPolygonMode(Ogre::PM_SOLID);
-        doSetVisible([](const Visual& visual) { return isSolid(visual) || isWireFrame(visual); }, true);
-        break;
-    case DisplayMode::Edges:
-        camera.setPolygonMode(Ogre::PM_SOLID);
-        doSetVisible(isSolid, false);
-        doSetVisible(isWireFrame, true);
-        break;
-    case DisplayMode::Wire:
-        camera.setPolygonMode(Ogre::PM_WIREFRAME);
-        doSetVisible(isSolid, true);
-        doSetVisible(isWireFrame, false);
-        break;
-    }
+    addRenderTask(
+        [this, mode] {
+            Ogre::Camera& camera = *Camera::Get()->ogreCamera();
+            switch (mode) {
+            case DisplayMode::Shaded:
+                camera.setPolygonMode(Ogre::PM_SOLID);
+                doSetVisible(isSolid, true);
+                doSetVisible(isWireFrame, false);
+                break;
+            case DisplayMode::ShadedWithEdges:
+                camera.setPolygonMode(Ogre::PM_SOLID);
+                doSetVisible([](const Visual& visual) { return isSolid(visual) || isWireFrame(visual); }, true);
+                break;
+            case DisplayMode::Edges:
+                camera.setPolygonMode(Ogre::PM_SOLID);
+                doSetVisible(isSolid, false);
+                doSetVisible(isWireFrame, true);
+                break;
+            case DisplayMode::Wire:
+                camera.setPolygonMode(Ogre::PM_WIREFRAME);
+                doSetVisible(isSolid, true);
+                doSetVisible(isWireFrame, false);
+                break;
+            }
+        },
+        0);
 }
 
 /// Shows or hides every visual of the tree that passes the test, also those below a hidden one. Picking is not told.

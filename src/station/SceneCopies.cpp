@@ -1,12 +1,17 @@
 #include "scene/Scene.h"
 
 #include "platform/common/Checks.h"
-#include "visual/Visual.h"
+#include "scene/core/SceneCore.h"
+#include "visual/WatchedVisual.h"
 
 namespace vrk::visual {
 namespace {
 
 constexpr const char* copyMaterial = "TransBody";
+
+struct CopiedVisual : WatchedVisual<Visual> {
+    using WatchedVisual::WatchedVisual;
+};
 
 } // namespace
 
@@ -17,25 +22,26 @@ void Scene::showCopiedVisual(unsigned id, const rob::PoseTemplate<float>& worldP
 
 void Scene::doShowCopiedVisual(unsigned id, const rob::PoseTemplate<float>& worldPose)
 {
-    if (copiedVisual && copiedVisual->getId() != id)
+    auto& copied = core->record<CopiedVisual>();
+    if (copied && copied->getId() != id)
         doDeleteCopiedVisual();
-    if (!copiedVisual) {
+    if (!copied) {
         const std::optional<Visual*> made = GetVisual(id)->copy(nullptr);
         if (!made)
             throw common::BadOptionalAccess();
-        copiedVisual = *made;
-        copiedVisual->setMaterial(copyMaterial, {}, {});
+        copied.set(*made);
+        copied->setMaterial(copyMaterial, {}, {});
     }
-    copiedVisual->setVisible(true, true);
-    copiedVisual->setWorldPose(worldPose);
+    copied->setVisible(true, true);
+    copied->setWorldPose(worldPose);
 }
 
 void Scene::hideCopiedVisual()
 {
     addRenderTask(
         [this] {
-            if (copiedVisual)
-                copiedVisual->setVisible(false, true);
+            if (const auto& copied = core->record<CopiedVisual>())
+                copied->setVisible(false, true);
         },
         0);
 }
@@ -48,15 +54,17 @@ void Scene::deleteCopiedVisual()
 /// A copy bears its source's id and stands in no registry: it must not go the way of other visuals.
 void Scene::doDeleteCopiedVisual()
 {
-    if (!copiedVisual)
+    auto& copied = core->record<CopiedVisual>();
+    if (!copied)
         return;
-    copiedVisual->clearCopiedChildren();
-    delete std::exchange(copiedVisual, nullptr);
+    copied->clearCopiedChildren();
+    delete copied.take();
 }
 
 bool Scene::isCopiedVisualVisible() const
 {
-    return copiedVisual && copiedVisual->isVisible();
+    const auto& copied = core->record<CopiedVisual>();
+    return copied && copied->isVisible();
 }
 
 } // namespace vrk::visual

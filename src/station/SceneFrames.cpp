@@ -16,6 +16,14 @@ void forType(const SceneCore& core, VisualType type, const Call& call)
             call(*visual);
 }
 
+void postVisible(VisualType type, bool visible, bool recursive)
+{
+    const auto show = [type, visible, recursive] {
+        forType(*SceneCore::Get(), type, [&](Visual& visual) { visual.setVisible(visible, recursive); });
+    };
+    SceneCore::Get()->queue.post(show, 0);
+}
+
 } // namespace
 
 void Scene::setFrameSize(unsigned size, VisualType type)
@@ -58,29 +66,22 @@ void Scene::doSetFramesSize(unsigned size, VisualType type)
 
 void Scene::setFrameVisualVisible(bool visible)
 {
-    setTypeVisible(VisualType::Frame, visible, false);
+    postVisible(VisualType::Frame, visible, false);
 }
 
 void Scene::setTcpVisualVisible(bool visible)
 {
-    setTypeVisible(VisualType::Tcp, visible, false);
+    postVisible(VisualType::Tcp, visible, false);
 }
 
 void Scene::setTargetVisualVisible(bool visible)
 {
-    setTypeVisible(VisualType::Robtarget, visible, false);
+    postVisible(VisualType::Robtarget, visible, false);
 }
 
 void Scene::setWObjVisualVisible(bool visible)
 {
-    setTypeVisible(VisualType::WObj, visible, true);
-}
-
-void Scene::setTypeVisible(VisualType type, bool visible, bool recursive)
-{
-    addRenderTask([this, type, visible,
-                   recursive] { forType(*core, type, [&](Visual& visual) { visual.setVisible(visible, recursive); }); },
-                  0);
+    postVisible(VisualType::WObj, visible, true);
 }
 
 void Scene::addTaskFrame(unsigned id, const rob::PoseTemplate<double>& pose)

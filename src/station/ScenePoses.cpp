@@ -8,13 +8,12 @@ namespace vrk::visual {
 
 void Scene::setVisualPose(unsigned id, const rob::PoseTemplate<float>& pose)
 {
-    addRenderTask([this, id, pose] { doSetVisualPose(id, pose); }, 0);
-}
-
-void Scene::doSetVisualPose(unsigned id, const rob::PoseTemplate<float>& pose)
-{
-    if (HasVisual(id)) // it may have been removed since the post
-        GetVisual(id)->setPose(pose);
+    addRenderTask(
+        [id, pose] {
+            if (HasVisual(id)) // it may have been removed since the post
+                GetVisual(id)->setPose(pose);
+        },
+        0);
 }
 
 void Scene::setVisualWorldPose(unsigned id, const rob::PoseTemplate<float>& pose)

@@ -11,6 +11,7 @@
 #include "platform/smart/SmartComponent.h"
 #include "platform/task/DataItem.h"
 #include "platform/task/Task.h"
+#include "scene/core/SceneCore.h"
 #include "station/AssemblyVisual.h"
 #include "station/ManipulatorVisual.h"
 #include "station/ParentVisual.h"
@@ -22,11 +23,39 @@
 #include "view/Camera.h"
 #include "visual/FrameVisual.h"
 #include "visual/PointCloudVisual.h"
+#include "visual/WatchedVisual.h"
 
+#include <deque>
 #include <shared_mutex>
 
 namespace vrk::visual {
 namespace {
+
+struct TcpTrace : WatchedVisual<TcpTraceVisual> {
+    using WatchedVisual::WatchedVisual;
+};
+
+/// What waits for the end of the next station load.
+class LoadTasks {
+public:
+    void add(std::function<void()> task) { tasks.push_back(std::move(task)); }
+    void run()
+    {
+        try {
+            while (!tasks.empty()) { // which also runs what a load task adds
+                tasks.front()();
+                tasks.front() = nullptr;
+                tasks.pop_front();
+            }
+        } catch (...) {
+            tasks.clear(); // as with posted tasks: one that throws takes the rest along, and the next load starts anew
+            throw;
+        }
+    }
+
+private:
+    std::deque<std::function<void()>> tasks;
+};
 
 constexpr double noViewPoint = 1e-5; // squared length: a saved view so near the origin, and unturned, is none
 
@@ -56,6 +85,35 @@ std::shared_ptr<sdf::SdfObject> shared(unsigned id)
     sdf::SdfManager& model = sdf::SdfManager::inst();
     const std::shared_lock lock(model.mutex());
     return model.share(id);
+}
+
+void loadMechanisms()
+{
+    for (const auto& manipulator : layout::Layout::inst().manipulators) {
+        ManipulatorVisual::Build(resolveParent(*manipulator), manipulator.get(), true);
+        const layout::Frame& taskFrame = *manipulator->getControllerTaskFrame();
+        FrameVisual::Build(Scene::GetWorldVisual(), taskFrame.getId(), rob::PoseTemplate<float>(taskFrame.getPose()));
+    }
+}
+
+void loadStandalone()
+{
+    const layout::Layout& station = layout::Layout::inst();
+    forStandalone(station.assemblies, [](Visual* parent, sdf::SdfNode* node) { AssemblyVisual::Build(parent, node); });
+    forStandalone(station.parts, [](Visual* parent, sdf::SdfNode* node) { PartVisual::Build(parent, node); });
+    forStandalone(station.pointclouds,
+                  [](Visual* parent, sdf::SdfNode* node) { PointCloudVisual::Build(parent, node); });
+    forStandalone(station.tools, [](Visual* parent, sdf::SdfNode* node) { ToolVisual::Build(parent, node, true); });
+    forStandalone(station.devices, [](Visual* parent, sdf::SdfNode* node) { DeviceVisual::Build(parent, node, true); });
+    for (const auto& frame : station.frames)
+        FrameVisual::Build(resolveParent(*frame), frame.get());
+}
+
+/// On the visual of its owner.
+void buildToolData(unsigned id)
+{
+    if (const std::shared_ptr<sdf::SdfObject> toolData = shared(id))
+        TcpVisual::Build(Scene::GetVisual(toolData->getParentId()), *toolData);
 }
 
 } // namespace
@@ -96,43 +154,12 @@ void Scene::doLoadStation()
     restoreView(station.lastViewPointPose);
     for (const layout::Attachment& attachment : station.attachments)
         doAddAttachment(attachment.child, attachment.parent, attachment.pose);
-    drainLoadTasks();
+    core->record<LoadTasks>().run();
 }
 
-void Scene::loadMechanisms()
+void Scene::addLoadTask(std::function<void()> task)
 {
-    for (const auto& manipulator : layout::Layout::inst().manipulators) {
-        ManipulatorVisual::Build(resolveParent(*manipulator), manipulator.get(), true);
-        const layout::Frame& taskFrame = *manipulator->getControllerTaskFrame();
-        FrameVisual::Build(GetWorldVisual(), taskFrame.getId(), rob::PoseTemplate<float>(taskFrame.getPose()));
-    }
-}
-
-void Scene::loadStandalone()
-{
-    const layout::Layout& station = layout::Layout::inst();
-    forStandalone(station.assemblies, [](Visual* parent, sdf::SdfNode* node) { AssemblyVisual::Build(parent, node); });
-    forStandalone(station.parts, [](Visual* parent, sdf::SdfNode* node) { PartVisual::Build(parent, node); });
-    forStandalone(station.pointclouds,
-                  [](Visual* parent, sdf::SdfNode* node) { PointCloudVisual::Build(parent, node); });
-    forStandalone(station.tools, [](Visual* parent, sdf::SdfNode* node) { ToolVisual::Build(parent, node, true); });
-    forStandalone(station.devices, [](Visual* parent, sdf::SdfNode* node) { DeviceVisual::Build(parent, node, true); });
-    for (const auto& frame : station.frames)
-        FrameVisual::Build(resolveParent(*frame), frame.get());
-}
-
-void Scene::drainLoadTasks()
-{
-    try {
-        while (!loadTasks.empty()) { // which also runs what a load task adds
-            loadTasks.front()();
-            loadTasks.front() = nullptr;
-            loadTasks.pop_front();
-        }
-    } catch (...) {
-        loadTasks.clear(); // as with posted tasks: one that throws takes the rest along, and the next load starts anew
-        throw;
-    }
+    core->record<LoadTasks>().add(std::move(task));
 }
 
 void Scene::addAssembly(sdf::SdfNode* assembly)
@@ -212,13 +239,7 @@ void Scene::doBuildVisual(smartcomp::SmartComponent* component)
 
 void Scene::addToolData(unsigned id)
 {
-    addRenderTask([this, id] { doAddToolData(id); }, 0);
-}
-
-void Scene::doAddToolData(unsigned id)
-{
-    if (const std::shared_ptr<sdf::SdfObject> toolData = shared(id))
-        TcpVisual::Build(GetVisual(toolData->getParentId()), *toolData);
+    addRenderTask([id] { buildToolData(id); }, 0);
 }
 
 void Scene::updateToolData(unsigned id)
@@ -226,7 +247,7 @@ void Scene::updateToolData(unsigned id)
     addRenderTask(
         [this, id] {
             doRemoveVisual(id);
-            doAddToolData(id);
+            buildToolData(id);
         },
         0);
 }
@@ -240,10 +261,15 @@ void Scene::clearTcpTrace()
 {
     addRenderTask(
         [this] {
-            if (tcpTrace)
-                deleteVisual(tcpTrace);
+            if (TcpTraceVisual* trace = core->record<TcpTrace>().get())
+                deleteVisual(trace);
         },
         0);
+}
+
+void Scene::setTcpTrace(TcpTraceVisual* trace)
+{
+    core->record<TcpTrace>().set(trace);
 }
 
 void Scene::buildTask(unsigned id)
@@ -258,7 +284,7 @@ void Scene::buildTask(unsigned id)
             WObjVisual::Build(resolveParent(*item), item.get());
     for (const auto& item : task->getDataItems())
         if (item->asType(sdf::ModelType::ToolData))
-            doAddToolData(item->getId());
+            buildToolData(item->getId());
 }
 
 } // namespace vrk::visual

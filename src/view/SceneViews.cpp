@@ -4,7 +4,7 @@
 #include "scene/core/SceneCore.h"
 #include "view/Camera.h"
 #include "view/OrbitPivotVisual.h"
-#include "visual/Visual.h"
+#include "visual/WatchedVisual.h"
 
 #include <Ogre.h>
 
@@ -22,6 +22,11 @@ constexpr float minDistance = 1e-6f;
 // How much of the view an object fills: a small thing is left at twice the distance, to keep its surroundings in sight.
 constexpr float fill = 1.0f;
 constexpr float smallThingFill = 0.5f;
+
+/// The mark of the pivot, made when it is first shown.
+struct PivotMark : WatchedVisual<OrbitPivotVisual> {
+    using WatchedVisual::WatchedVisual;
+};
 
 /// Node boxes are those of the last frame; this makes them those of now.
 void updateBoxes()
@@ -173,19 +178,19 @@ rob::PoseTemplate<float> Scene::getVisualFocusPose(unsigned id)
 
 void Scene::setOrbitPivotVisible(bool visible, const rob::PoseTemplate<float>& pose)
 {
-    addRenderTask([this, visible, pose] { doSetOrbitPivotVisible(visible, pose); }, 0);
-}
-
-void Scene::doSetOrbitPivotVisible(bool visible, const rob::PoseTemplate<float>& pose)
-{
-    if (visible && !orbitPivot) {
-        orbitPivot = new OrbitPivotVisual(core->worldVisual);
-        orbitPivot->setVisible(false, true);
-    }
-    if (!orbitPivot)
-        return;
-    orbitPivot->setWorldPose(pose);
-    orbitPivot->setVisible(visible, true);
+    addRenderTask(
+        [this, visible, pose] {
+            auto& mark = core->record<PivotMark>();
+            if (visible && !mark) {
+                mark.set(new OrbitPivotVisual(core->worldVisual));
+                mark->setVisible(false, true);
+            }
+            if (!mark)
+                return;
+            mark->setWorldPose(pose);
+            mark->setVisible(visible, true);
+        },
+        0);
 }
 
 } // namespace vrk::visual

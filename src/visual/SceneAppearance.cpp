@@ -4,6 +4,7 @@
 #include "visual/FacetVisual.h"
 #include "visual/VisualCast.h"
 #include "visual/VisualStateManager.h"
+#include "visual/WatchedVisual.h"
 
 #include <Ogre.h>
 
@@ -12,6 +13,11 @@
 
 namespace vrk::visual {
 namespace {
+
+/// The one visual that is highlighted whole. Read and written where the scene's operations are called.
+struct HighlightedVisual : WatchedVisual<Visual> {
+    using WatchedVisual::WatchedVisual;
+};
 
 bool isFacetVisual(const Visual& visual)
 {
@@ -68,12 +74,13 @@ void showLayer(Visual* visual, VisualStateLayer layer, bool on, const std::strin
 
 void Scene::setVisualHighlighted(Visual* visual)
 {
-    if (visual == highlightedVisual)
+    auto& highlighted = core->record<HighlightedVisual>();
+    if (visual == highlighted.get())
         return;
     clearHighlightedVisual();
     if (isSelected(visual))
         return; // it shows that it is selected
-    highlightedVisual = visual;
+    highlighted.set(visual);
     addVisualTask(visual, [visual] { showLayer(visual, VisualStateLayer::Highlighted, true); });
 }
 
@@ -85,8 +92,7 @@ void Scene::setVisualHighlighted(unsigned id)
 void Scene::clearHighlightedBody()
 {
     core->owed.postWhatIsOwed();
-    Visual* visual = std::exchange(highlightedVisual, nullptr);
-    if (visual)
+    if (Visual* visual = core->record<HighlightedVisual>().take())
         addEndOfLook(visual, [visual] { showLayer(visual, VisualStateLayer::Highlighted, false); });
 }
 

@@ -3,8 +3,8 @@
 #include "scene/core/SceneCore.h"
 #include "visual/CurveVisual.h"
 #include "visual/EdgeVisual.h"
-#include "visual/HighlightedEdge.h"
 #include "visual/VisualCast.h"
+#include "visual/WatchedVisual.h"
 
 #include <utility>
 
@@ -30,6 +30,49 @@ EdgeVisual* generatedEdgeOf(unsigned id, const TopoDS_Edge& edge)
     }
     return nullptr;
 }
+
+/// What is known of the one edge that is highlighted.
+class HighlightedEdge {
+public:
+    explicit HighlightedEdge(SceneCore& core) : visual(core), drawn(core) {}
+
+    // Where the scene's operations are called
+
+    bool is(const Visual* other, const TopoDS_Edge& otherEdge) const
+    {
+        return visual && visual.get() == other && edge.IsEqual(otherEdge);
+    }
+    void set(Visual* owner, const TopoDS_Edge& newEdge)
+    {
+        visual.set(owner);
+        edge = newEdge;
+    }
+    /// @return whether there was one.
+    bool clear()
+    {
+        edge.Nullify();
+        return visual.take();
+    }
+
+    // Render thread
+
+    void draw(Visual* owner, const TopoDS_Edge& newEdge)
+    {
+        // None where the edge has no polygon.
+        drawn.set(EdgeVisual::Build(owner, "highlighted_edge", newEdge, highlightMaterials, EdgeOrigin::Curve)
+                      .value_or(nullptr));
+    }
+    void wipe()
+    {
+        if (Visual* visual = drawn.take())
+            Visual::Delete(visual);
+    }
+
+private:
+    WatchedVisual<Visual> visual; // whose edge it is
+    TopoDS_Edge edge;
+    WatchedVisual<Visual> drawn;
+};
 
 } // namespace
 
@@ -75,14 +118,14 @@ void Scene::clearEdgeArrow(unsigned id, const TopoDS_Edge& edge)
 
 void Scene::addGeneratedEdge(unsigned id, const TopoDS_Edge& edge)
 {
-    addRenderTask([this, id, edge] { doAddGeneratedEdge(id, edge); }, 0);
-}
-
-void Scene::doAddGeneratedEdge(unsigned id, const TopoDS_Edge& edge)
-{
-    const auto built = EdgeVisual::Build(GetVisual(id), "genedge_", edge, generatedMaterials, EdgeOrigin::Generated);
-    if (built)
-        core->visuals.enter(*built);
+    addRenderTask(
+        [this, id, edge] {
+            const auto built =
+                EdgeVisual::Build(GetVisual(id), "genedge_", edge, generatedMaterials, EdgeOrigin::Generated);
+            if (built)
+                core->visuals.enter(*built);
+        },
+        0);
 }
 
 void Scene::removeGeneratedEdge(unsigned id, const TopoDS_Edge& edge)
@@ -109,30 +152,20 @@ void Scene::selectGeneratedEdge(unsigned id, const TopoDS_Edge& edge)
 
 void Scene::highlightEdge(Visual* visual, const TopoDS_Edge& edge)
 {
-    if (highlightedEdge->visual == visual && highlightedEdge->edge.IsEqual(edge))
+    auto& highlighted = core->record<HighlightedEdge>();
+    if (highlighted.is(visual, edge))
         return;
     clearHighlightedEdge();
-    highlightedEdge->visual = visual;
-    highlightedEdge->edge = edge;
-    addVisualTask(visual, [this, visual, edge] { doHighlightEdge(visual, edge); });
-}
-
-void Scene::doHighlightEdge(Visual* visual, const TopoDS_Edge& edge)
-{
-    highlightedEdge->drawn =
-        EdgeVisual::Build(visual, "highlighted_edge", edge, highlightMaterials, EdgeOrigin::Curve).value_or(nullptr);
+    highlighted.set(visual, edge);
+    addVisualTask(visual, [&highlighted, visual, edge] { highlighted.draw(visual, edge); });
 }
 
 void Scene::clearHighlightedEdge()
 {
     core->owed.postWhatIsOwed();
-    if (!std::exchange(highlightedEdge->visual, nullptr))
-        return;
-    highlightedEdge->edge.Nullify();
-    core->owed.post([this] {
-        if (Visual* drawn = std::exchange(highlightedEdge->drawn, nullptr))
-            deleteVisual(drawn);
-    });
+    auto& highlighted = core->record<HighlightedEdge>();
+    if (highlighted.clear())
+        core->owed.post([&highlighted] { highlighted.wipe(); });
 }
 
 } // namespace vrk::visual

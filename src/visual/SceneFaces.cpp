@@ -9,12 +9,37 @@
 #include <TopoDS_Face.hxx>
 
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 namespace vrk::visual {
 namespace {
 
 constexpr const char* baseFaceColor = "#10C279";
 constexpr const char* sideFaceColor = "#0D8DDF";
+
+using FaceOfSolid = std::pair<SolidVisual*, unsigned>;
+
+/// The faces that are marked. Read and written where the scene's operations are called.
+struct MarkedFaces {
+    explicit MarkedFaces(SceneCore& core)
+    {
+        core.visuals.whenDeleted([this](const Visual* dying) {
+            const auto isOfIt = [dying](const FaceOfSolid& face) { return face.first == dying; };
+            if (isOfIt(highlighted))
+                highlighted = {};
+            std::erase_if(selected, isOfIt);
+        });
+    }
+
+    bool isSelected(const FaceOfSolid& face) const
+    {
+        return std::find(selected.begin(), selected.end(), face) != selected.end();
+    }
+
+    FaceOfSolid highlighted{};
+    std::vector<FaceOfSolid> selected; ///< in the order of selection
+};
 
 SolidVisual& solidOf(unsigned id)
 {
@@ -25,25 +50,26 @@ SolidVisual& solidOf(unsigned id)
 
 bool Scene::faceIsSelected(SolidVisual* visual, unsigned face) const
 {
-    return std::find(selectedFaces.begin(), selectedFaces.end(), FaceOfSolid(visual, face)) != selectedFaces.end();
+    return core->record<MarkedFaces>().isSelected({visual, face});
 }
 
 void Scene::highlightFace(SolidVisual* visual, unsigned face)
 {
-    if (highlightedFace == FaceOfSolid(visual, face))
+    auto& marked = core->record<MarkedFaces>();
+    if (marked.highlighted == FaceOfSolid(visual, face))
         return;
     visual->checkFace(face); // a number that stands in a record would fail at each later use
     clearHighlightedVisual();
-    if (faceIsSelected(visual, face))
+    if (marked.isSelected({visual, face}))
         return; // its selection colour stays
-    highlightedFace = {visual, face};
+    marked.highlighted = {visual, face};
     addVisualTask(visual, [visual, face] { visual->highLightFace(face); });
 }
 
 void Scene::clearHighlightedFace()
 {
     core->owed.postWhatIsOwed();
-    const auto [visual, face] = std::exchange(highlightedFace, {});
+    const auto [visual, face] = std::exchange(core->record<MarkedFaces>().highlighted, {});
     if (visual)
         addEndOfLook(visual, [visual = visual, face = face] { visual->clearHighLightFace(face); });
 }
@@ -67,7 +93,7 @@ void Scene::selectFace(unsigned id, unsigned face, const char* color)
         return; // a face keeps the first of the two marks
     solid->checkFace(face);
     clearHighlightedVisual();
-    selectedFaces.emplace_back(solid, face);
+    core->record<MarkedFaces>().selected.emplace_back(solid, face);
     addVisualTask(solid, [solid, face, color] { solid->markFace(face, color); });
 }
 
@@ -75,14 +101,14 @@ void Scene::clearSelectedFace(unsigned id, unsigned face)
 {
     clearHighlightedVisual();
     auto* solid = visualCast<SolidVisual>(GetVisual(id), VisualType::Solid);
-    if (solid && std::erase(selectedFaces, FaceOfSolid(solid, face)) > 0)
+    if (solid && std::erase(core->record<MarkedFaces>().selected, FaceOfSolid(solid, face)) > 0)
         addEndOfLook(solid, [solid, face] { solid->clearSelectedFace(face); });
 }
 
 void Scene::clearSelectedFaces()
 {
     core->owed.postWhatIsOwed();
-    for (const auto& [visual, face] : std::exchange(selectedFaces, {}))
+    for (const auto& [visual, face] : std::exchange(core->record<MarkedFaces>().selected, {}))
         addEndOfLook(visual, [visual = visual, face = face] { visual->clearSelectedFace(face); });
 }
 

@@ -9,6 +9,7 @@
 #include "visual/VisualStateManager.h"
 
 #include <shared_mutex>
+#include <unordered_set>
 
 namespace vrk::visual {
 namespace {
@@ -42,6 +43,32 @@ StandsFor whatStandsFor(unsigned id)
             found.ids.push_back(member->getId());
     }
     return found;
+}
+
+void showSelected(SceneCore& core, unsigned id, bool selected)
+{
+    Visual* visual = core.visuals.get(id);
+    core.states->setLayer(visual, VisualStateLayer::Selected, selected, {});
+    core.states->refresh(visual);
+    core.states->refreshBelow(visual);
+}
+
+/// @param entered  the tasks and operations that were looked into: one may come back to itself by way of what it names.
+void selectWhatStandsFor(SceneCore& core, unsigned id, std::unordered_set<unsigned>& entered)
+{
+    // An object without a visual of its own may stand for others, and a task in the end for its robot.
+    while (id != 0 && !core.visuals.has(id)) {
+        if (!entered.insert(id).second)
+            return;
+        const StandsFor others = whatStandsFor(id);
+        for (const unsigned other : others.ids)
+            selectWhatStandsFor(core, other, entered);
+        id = others.robot;
+    }
+    if (id == 0)
+        return;
+    core.record<SelectedIds>().add(id);
+    showSelected(core, id, true);
 }
 
 } // namespace
@@ -78,30 +105,8 @@ void Scene::setVisualsSelected(const std::vector<unsigned>& ids)
 void Scene::doSelectVisual(unsigned id)
 {
     std::unordered_set<unsigned> entered;
-    doSelectVisual(id, entered);
+    selectWhatStandsFor(*core, id, entered);
 }
-
-/// @param entered  the tasks and operations that were looked into: one may come back to itself by way of what it names.
-void Scene::doSelectVisual(unsigned id, std::unordered_set<unsigned>& entered)
-{
-    // An object without a visual of its own may stand for others, and a task in the end for its robot.
-    while (id != 0 && !HasVisual(id)) {
-        if (!entered.insert(id).second)
-            return;
-        const StandsFor others = whatStandsFor(id);
-        for (const unsigned other : others.ids)
-            doSelectVisual(other, entered);
-        id = others.robot;
-    }
-    if (id == 0)
-        return;
-    Visual* visual = GetVisual(id);
-    selectedVisuals->add(id);
-    core->states->setLayer(visual, VisualStateLayer::Selected, true, {});
-    core->states->refresh(visual);
-    core->states->refreshBelow(visual);
-}
-
 void Scene::clearSelectedVisuals()
 {
     core->owed.postWhatIsOwed();
@@ -110,15 +115,11 @@ void Scene::clearSelectedVisuals()
 
 void Scene::doClearSelectedVisuals()
 {
-    for (const unsigned id : selectedVisuals->copy()) {
-        if (!HasVisual(id)) // it died while it was selected
-            continue;
-        Visual* visual = GetVisual(id);
-        core->states->setLayer(visual, VisualStateLayer::Selected, false, {});
-        core->states->refresh(visual);
-        core->states->refreshBelow(visual);
-    }
-    selectedVisuals->clear();
+    auto& selected = core->record<SelectedIds>();
+    for (const unsigned id : selected.copy())
+        if (HasVisual(id)) // else it died while it was selected
+            showSelected(*core, id, false);
+    selected.clear();
 }
 
 void Scene::clearSelections()
@@ -129,15 +130,16 @@ void Scene::clearSelections()
 
 bool Scene::isSelected(const Visual* visual) const
 {
+    const auto& selected = core->record<SelectedIds>();
     for (; visual && visual != core->worldVisual; visual = visual->getParent())
-        if (selectedVisuals->contains(visual->getId()))
+        if (selected.contains(visual->getId()))
             return true;
     return false;
 }
 
 const std::vector<unsigned>& Scene::getSelectedVisuals() const
 {
-    return selectedVisuals->live();
+    return core->record<SelectedIds>().live();
 }
 
 } // namespace vrk::visual

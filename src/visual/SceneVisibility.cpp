@@ -6,6 +6,7 @@
 #include "visual/Visual.h"
 
 #include <shared_mutex>
+#include <unordered_set>
 
 namespace vrk::visual {
 namespace {
@@ -37,26 +38,23 @@ ModelLookUp lookUp(unsigned id)
 
 void Scene::setVisualVisible(unsigned id, bool visible)
 {
-    std::unordered_set<unsigned> entered;
-    setVisualVisible(id, visible, entered);
-}
-
-/// @param entered  the groups that were looked into: one may hold itself.
-void Scene::setVisualVisible(unsigned id, bool visible, std::unordered_set<unsigned>& entered)
-{
-    // The lock is given back before the members are visited: a thread must not take it shared twice.
-    const ModelLookUp found = lookUp(id);
-    if (!found.known)
-        return;
-    if (found.group) {
-        if (!entered.insert(id).second)
+    std::unordered_set<unsigned> entered; // the groups that were looked into: one may hold itself
+    const auto show = [this, visible, &entered](const auto& self, unsigned one) -> void {
+        // The lock is given back before the members are visited: a thread must not take it shared twice.
+        const ModelLookUp found = lookUp(one);
+        if (!found.known)
+            return;
+        if (!found.group) {
+            addRenderTask([this, one, visible] { doSetVisualVisible(one, visible); }, 0);
+            return;
+        }
+        if (!entered.insert(one).second)
             return;
         clearSelections();
         for (const unsigned member : found.members)
-            setVisualVisible(member, visible, entered);
-        return;
-    }
-    addRenderTask([this, id, visible] { doSetVisualVisible(id, visible); }, 0);
+            self(self, member);
+    };
+    show(show, id);
 }
 
 void Scene::doSetVisualVisible(unsigned id, bool visible)

@@ -4,6 +4,7 @@
 #include "scene/core/OwedTasks.h"
 #include "scene/core/PublishedCamera.h"
 #include "scene/core/RenderTaskQueue.h"
+#include "scene/core/SceneRecords.h"
 #include "scene/core/SceneSettings.h"
 #include "scene/core/VisualRegistry.h"
 
@@ -33,6 +34,13 @@ public:
     /// The core of the one scene; null before start-up.
     static SceneCore* Get();
 
+    /// What a family of the scene's operations keeps. See `SceneRecords`.
+    template <typename Record>
+    Record& record()
+    {
+        return records.get<Record>(*this);
+    }
+
     const std::string name;
     Ogre::SceneManager* const sceneManager;
     SceneSettings settings;
@@ -45,6 +53,9 @@ public:
     /// Whether a visual, or one that it belongs to, is selected. The scene keeps the selection, and sets this.
     std::function<bool(const Visual*)> isSelected;
     Visual* worldVisual = nullptr; ///< root of the tree, never deleted
+
+private:
+    SceneRecords records;
 };
 
 } // namespace vrk::visual

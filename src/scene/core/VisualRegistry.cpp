@@ -23,12 +23,20 @@ void VisualRegistry::erase(unsigned id, const Visual* visual)
 
 void VisualRegistry::whenDeleted(std::function<void(Visual*)> told)
 {
-    listeners.push_back(std::move(told));
+    const std::lock_guard lock(mutex);
+    auto longer = std::make_shared<Listeners>(*listeners);
+    longer->push_back(std::move(told));
+    listeners = std::move(longer);
 }
 
 void VisualRegistry::tellDeleted(Visual* visual) const
 {
-    for (const auto& told : listeners)
+    std::shared_ptr<const Listeners> present;
+    {
+        const std::lock_guard lock(mutex); // not while they are told: one of them may delete more, or ask to be told
+        present = listeners;
+    }
+    for (const auto& told : *present)
         told(visual);
 }
 

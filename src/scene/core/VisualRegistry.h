@@ -3,6 +3,8 @@
 #include "platform/common/Export.h"
 
 #include <functional>
+#include <memory>
+#include <mutex>
 #include <unordered_map>
 #include <vector>
 
@@ -12,7 +14,8 @@ class Visual;
 
 /// The visuals by id. It only indexes: a visual belongs to its parent in the tree.
 ///
-/// Thread: render thread. Others may look up while the application knows that the station is not being changed.
+/// Thread: render thread. Others may look up while the application knows that the station is not being changed, and
+/// may ask to be told of deletions at any time.
 class VRK_EXPORT VisualRegistry {
 public:
     /// @throws std::out_of_range "invalid unordered_map<K, T> key" for an unknown id.
@@ -35,8 +38,11 @@ public:
     void tellDeleted(Visual* visual) const;
 
 private:
+    using Listeners = std::vector<std::function<void(Visual*)>>;
+
     std::unordered_map<unsigned, Visual*> visuals;
-    std::vector<std::function<void(Visual*)>> listeners;
+    mutable std::mutex mutex;                                                   // of the pointer below
+    std::shared_ptr<const Listeners> listeners = std::make_shared<Listeners>(); // never changed, but replaced
 };
 
 } // namespace vrk::visual
