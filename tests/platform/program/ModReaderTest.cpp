@@ -1,6 +1,6 @@
 #include "ProgramTexts.h"
 
-#include <chrono>
+#include <ctime>
 
 namespace vrk::program {
 namespace {
@@ -220,23 +220,33 @@ INSTANTIATE_TEST_SUITE_P(
                "line 2: brackets nested too deeply"}),
     [](const auto& info) { return std::string(info.param.name); });
 
-TEST(ModReader, LongProgramIsReadInTime)
+/// The seconds of this thread that a program of as many targets and moves takes.
+double secondsToRead(int moves)
 {
     std::string declarations, statements;
-    for (int i = 0; i < 100000; ++i) {
+    for (int i = 0; i < moves; ++i) {
         const std::string name = "p" + std::to_string(i);
         declarations += p(name, "[" + std::to_string(i) + ".5,20.25,30.125],[0.7071,0,0.7071,0]");
         statements += "MoveL " + name + ",v1000,z50,torch\\WObj:=table;\n";
     }
-
-    const auto begin = std::chrono::steady_clock::now();
+    const std::clock_t begin = std::clock();
     const Program program = moduleOf(declarations, statements);
-    const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - begin;
+    const double seconds = static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC;
 
-    EXPECT_EQ(movesOf(program).size(), 100000u);
-    EXPECT_EQ(targetOf(program, 99999).pose.position.x, 99999.5);
-    RecordProperty("seconds", std::to_string(seconds.count()));
-    EXPECT_LT(seconds.count(), 20.0) << "it takes a tenth of that in a release build on an idle machine";
+    EXPECT_EQ(movesOf(program).size(), static_cast<std::size_t>(moves));
+    EXPECT_EQ(targetOf(program, static_cast<std::size_t>(moves) - 1).pose.position.x, moves - 0.5);
+    return seconds;
+}
+
+TEST(ModReader, LongProgramIsReadInTime)
+{
+    const double tenth = secondsToRead(10'000);
+    const double whole = secondsToRead(100'000); // of 200,000 lines
+    RecordProperty("seconds", std::to_string(whole));
+    EXPECT_LT(whole, 30 * tenth) << "the time grows faster than the program";
+#ifdef NDEBUG
+    EXPECT_LT(whole, 2.0); // builds for debugging may take what they need
+#endif
 }
 
 } // namespace
