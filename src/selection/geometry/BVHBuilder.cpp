@@ -40,7 +40,7 @@ struct Bin {
     {
         count += o.count;
         if (o.count > 0)
-            box.addBox(o.box);
+            box.cover(o.box);
     }
 };
 
@@ -90,10 +90,16 @@ BVH BVHBuilder::build()
         return bvh;
     indices.clear();
     indices.reserve(n);
+    centers.clear();
+    centers.reserve(n);
     for (std::size_t i = 0; i < n; ++i) {
+        BVHPrimitive& primitive = *container->primitives[i];
         // The slab tests take an inverted box for one that is everywhere, so it must not get in.
-        if (container->primitives[i]->enabled && container->primitives[i]->box.isValid())
-            indices.push_back(static_cast<unsigned>(i));
+        if (!primitive.enabled || !primitive.box.isValid())
+            continue;
+        indices.push_back(static_cast<unsigned>(i));
+        // Also settles the centre: the walks read boxes on several threads, so none may be left to settle there.
+        centers.push_back(primitive.box.getCenter());
     }
     const auto count = static_cast<unsigned>(indices.size());
     if (count > 0)
@@ -135,12 +141,12 @@ BVHNode* BVHBuilder::buildRange(unsigned begin, unsigned end, Arena& arena)
 /// Orders the range, if it is wide enough, and tells where its second half begins. Neither half is empty.
 BVHBuilder::Split BVHBuilder::split(unsigned begin, unsigned end)
 {
-    const visual::Box centers = boxOfCenters(begin, end);
-    const unsigned axis = centers.maxDim();
-    const float binWidth = centers.getExtent(axis) * (1.0f / binCount);
+    const visual::Box middles = boxOfCenters(begin, end);
+    const unsigned axis = middles.maxDim();
+    const float binWidth = middles.getExtent(axis) * (1.0f / binCount);
     if (binWidth < minBinWidth)
         return {axis, begin + (end - begin) / 2};
-    const float edge = rob::Vec3Template<float>(centers.min)[axis];
+    const float edge = rob::Vec3Template<float>(middles.min)[axis];
     return {axis, partition(begin, end, axis, findSplit(begin, end, axis, edge, binWidth))};
 }
 
@@ -151,21 +157,18 @@ BVHPrimitive& BVHBuilder::primitive(unsigned position) const
 
 visual::Box BVHBuilder::boxOfCenters(unsigned begin, unsigned end) const
 {
-    visual::Box centers;
+    visual::Box box;
     for (unsigned i = begin; i < end; ++i)
-        centers.addPoint(primitive(i).box.getCenter());
-    centers.updateCenter();
-    return centers;
+        box.addPoint(centers[i]);
+    box.updateCenter();
+    return box;
 }
 
 BVHNode* BVHBuilder::makeLeaf(unsigned begin, unsigned end, Arena& arena) const
 {
     auto* leaf = new (arena.allocate(sizeof(BVHLeaf), nodeAlignment)) BVHLeaf();
-    for (unsigned i = begin; i < end; ++i) {
-        // The walks read boxes on several threads, so no centre may be left to settle there.
-        primitive(i).box.getCenter();
+    for (unsigned i = begin; i < end; ++i)
         leaf->add(&primitive(i));
-    }
     return leaf;
 }
 
@@ -174,10 +177,10 @@ float BVHBuilder::findSplit(unsigned begin, unsigned end, unsigned axis, float e
 {
     std::array<Bin, binCount> bins;
     for (unsigned i = begin; i < end; ++i) {
-        visual::Box& box = primitive(i).box;
-        Bin& bin = bins[binOf(box.getCenter()[axis], edge, binWidth)];
+        const visual::Box& box = primitive(i).box;
+        Bin& bin = bins[binOf(centers[i][axis], edge, binWidth)];
         ++bin.count;
-        bin.box.addBox(box);
+        bin.box.cover(box);
     }
     return static_cast<float>(cheapestPlane(bins) + 1) * binWidth + edge;
 }
@@ -186,7 +189,7 @@ float BVHBuilder::findSplit(unsigned begin, unsigned end, unsigned axis, float e
 /// each split makes progress even if all centres fall on one side.
 unsigned BVHBuilder::partition(unsigned begin, unsigned end, unsigned axis, float splitValue)
 {
-    const auto isBelow = [this, axis, splitValue](unsigned i) { return centerOf(i, axis) < splitValue; };
+    const auto isBelow = [this, axis, splitValue](unsigned i) { return centers[i][axis] < splitValue; };
     unsigned i = begin;
     unsigned j = end - 1;
     for (;;) {
@@ -197,6 +200,7 @@ unsigned BVHBuilder::partition(unsigned begin, unsigned end, unsigned axis, floa
         if (i >= j)
             break;
         std::swap(indices[i], indices[j]);
+        std::swap(centers[i], centers[j]);
         ++i;
         --j;
     }

@@ -37,14 +37,14 @@ private:
     BVHNode* buildOnAllCores(unsigned begin, unsigned end, Arena& arena, unsigned grain);
     Split split(unsigned begin, unsigned end);
     BVHPrimitive& primitive(unsigned position) const;
-    float centerOf(unsigned position, unsigned axis) const { return primitive(position).box.getCenter()[axis]; }
     visual::Box boxOfCenters(unsigned begin, unsigned end) const;
     BVHNode* makeLeaf(unsigned begin, unsigned end, Arena& arena) const;
     float findSplit(unsigned begin, unsigned end, unsigned axis, float edge, float binWidth) const;
     unsigned partition(unsigned begin, unsigned end, unsigned axis, float splitValue);
 
     PrimitiveContainer* container;
-    std::vector<unsigned> indices; // positions in the container's vector; each node has a range of them
+    std::vector<unsigned> indices;                // positions in the container's vector; each node has a range of them
+    std::vector<rob::PosTemplate<float>> centers; // of these, side by side: each split reads all of its range twice
 };
 
 } // namespace vrk::selection

@@ -47,9 +47,15 @@ struct VRK_EXPORT Box {
     /// The union; the centre is settled.
     void addBox(const Box& o)
     {
+        cover(o);
+        updateCenter();
+    }
+    /// The union, with the centre left dirty.
+    void cover(const Box& o)
+    {
         min = lower(min, o.min);
         max = upper(max, o.max);
-        updateCenter();
+        centerDirty = true;
     }
     /// Leaves the centre dirty, so that many points cost one update.
     void addPoint(const rob::PosTemplate<float>& p)
