@@ -9,11 +9,11 @@ namespace vrkview {
 
 // Render thread.
 
-/// Places between which all lies that is shown: the corners of the boxes of bodies, curves and points, along the world's
-/// axes, and of a cloud its points, or some 100,000 of them. Grid and frames do not count. Where all lies in one place,
-/// the corners of a cube of two units around it.
+/// Points whose convex hull encloses what is shown, for fitting it into a view: the eight corners of each world box of a
+/// body, curve or point, and of each cloud its points, at most some 100,000 of them. Grid and frames are left out. If
+/// everything lies in one point, the corners of a cube of two model units around it.
 std::vector<vrk::rob::PosTemplate<float>> bodyCorners();
-/// The box around them; not valid where nothing is shown.
+/// The box around these points; not valid where nothing is shown.
 vrk::visual::Box bodyBox();
 
 } // namespace vrkview

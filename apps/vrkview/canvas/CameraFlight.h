@@ -26,12 +26,12 @@ public:
     void flyTo(const vrk::rob::Posef& pose);
     /// The camera stays where it is.
     void stop();
-    /// The camera is where it was to get to, at once; nothing while it does not fly.
+    /// Puts the camera at the end of its flight at once. Does nothing while it does not fly.
     void finish();
     bool isFlying() const { return timer.isActive(); }
 
 signals:
-    /// Another flight begins, or `stop` was called, while the camera was still on its way: it has got to here.
+    /// A flight ended early, by another one or by `stop`. `pose` is where the camera was by then.
     void interrupted(const vrk::rob::Posef& pose);
 
 private:

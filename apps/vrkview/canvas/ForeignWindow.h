@@ -7,10 +7,10 @@
 
 namespace vrkview {
 
-/// A native window that another package made inside one of Qt's, as OGRE does: what neither of the two does with it.
+/// Does for a native window that lies inside one of Qt's, as OGRE's does, what neither Qt nor OGRE does for it.
 ///
-/// Qt does not see when such a window has to be drawn again or when the mouse leaves it, since it covers Qt's own; and OGRE leaves the size of a
-/// window that lies in another one to who made that.
+/// It covers Qt's own window, so Qt hears neither that it must be drawn again nor that the mouse has left it. OGRE does not
+/// resize a window that has a parent: it expects whoever made the parent to do so.
 ///
 /// Thread: the application's. X11 only, as the view is.
 class ForeignWindow : public QAbstractNativeEventFilter {
@@ -20,7 +20,8 @@ public:
     ForeignWindow(unsigned long handle, std::function<void()> exposed, std::function<void()> left);
     ~ForeignWindow() override;
 
-    /// Device pixels. It has that size for every client of the display when this returns.
+    /// @param size  device pixels. The X server has applied it when this returns, so that OGRE, which has a connection of
+    ///              its own, reads the new size.
     void resize(const QSize& size);
     bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;
 

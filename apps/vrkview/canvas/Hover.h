@@ -26,7 +26,7 @@ public:
     /// Highlights the thing that was hit or, if it is of a solid, the face and its edge that is near by.
     void show(const vrk::selection::Result& result, Of what);
     void clear();
-    /// Ends what it shows of things that are gone. Call it after the scene has worked off its posts.
+    /// Stops showing things that have died. Call it after the scene has run its posted tasks.
     void followScene();
     /// Empty while there is nothing under the mouse.
     const QString& getText() const { return text; }

@@ -22,8 +22,9 @@ class ViewWidget;
 
 /// What the mouse does in the view: navigates, selects, and shows what is under it.
 ///
-/// Moves wait for the end of the present turn of the event loop, and for a few milliseconds since the one before, so that
-/// a fast mouse costs one pick or one camera move a frame. Every other event first has the waiting move handled.
+/// A move of the mouse is not handled at once: it waits for the end of the present turn of the event loop, and until a few
+/// milliseconds have passed since the last one that was handled. Later moves replace the waiting one, so that a fast mouse
+/// costs one pick or one camera move a frame. Any other event has the waiting move handled first.
 ///
 /// Thread: the application's, which is the render thread. Places are device pixels of the view.
 class Mouse : public QObject {

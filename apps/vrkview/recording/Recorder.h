@@ -20,9 +20,9 @@ class ViewWindow;
 
 /// Writes what the user does in a window into a file, with what each pick found, for a `Player`.
 ///
-/// The mouse over the view and the keys of the window's commands are written as they come, also where a command was chosen
-/// from a menu. Of what is done in the docks the outcome is written: selection, visibility, joint values, opened files.
-/// Dialogs, and so saving, and colours are not.
+/// The mouse over the view is written event by event. A command of the window is written as its key, also if it was chosen
+/// from a menu. Of work in the docks only the outcome is written: selection, visibility, joint values, opened files. What
+/// happens in dialogs is not written, which leaves out saving and colours.
 ///
 /// Thread: the application's, which is the render thread.
 class Recorder : public QObject {

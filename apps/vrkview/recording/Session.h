@@ -52,9 +52,9 @@ struct Session {
 Session readSession(const std::filesystem::path& file);
 nlohmann::ordered_json toJson(const SessionHead& head);
 
-// The parts of steps. Reading throws std::exception of what is missing or of the wrong type.
+// The parts that steps are made of. The readers throw std::exception where a field is missing or of the wrong type.
 
-/// With "event" and what this kind of event has.
+/// The step of a mouse event: its kind under "event", and the fields which that kind has.
 nlohmann::ordered_json toJson(const InputEvent& event);
 /// Whether the step is one of the mouse, for the function below.
 bool isInput(const nlohmann::ordered_json& step);
@@ -66,8 +66,8 @@ QSize sizeFrom(const nlohmann::ordered_json& numbers);
 const char* nameOf(Settings::MouseStyle style);
 Settings::MouseStyle styleFrom(const nlohmann::ordered_json& name);
 
-/// What differs between a pick as it was recorded and as it is made now, in words; empty where they agree. Whole numbers
-/// and texts must be the same, measures agree to a thousandth.
+/// Tells in words where a pick that is made now differs from the recorded one; empty if they agree. Whole numbers and texts
+/// must be equal, measures to a thousandth of their size, or of 1 where that is larger.
 std::string differenceOf(const nlohmann::ordered_json& recorded, const nlohmann::ordered_json& now);
 
 } // namespace vrkview

@@ -11,7 +11,8 @@ namespace vrkview {
 struct Options;
 struct Station;
 
-/// The main camera looks at the station as in the first picture that would be taken, until this ends; nothing is drawn.
+/// While it lives, the main camera stands where the first picture would be taken from, with a target of that size. Picks
+/// from the command line are asked through it; nothing is drawn.
 /// Render thread.
 class PictureView {
 public:
