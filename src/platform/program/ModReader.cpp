@@ -630,6 +630,8 @@ private:
     {
         if (declared.isChanging)
             return {Placing::RunTime, none};
+        if (declared.targets.empty())
+            return {Placing::Missing, none}; // an array whose brackets hold nothing
         std::size_t element = 0;
         if (index) {
             const double i = index->isNumber() ? index->number : 0;
