@@ -12,6 +12,8 @@ namespace {
 using task::Motion;
 using task::MoveLine;
 
+constexpr double highestPosition = 1e6; // its number; no controller has as many
+
 std::string_view trimmed(std::string_view text)
 {
     const std::size_t first = text.find_first_not_of(" \t\r\f\v");
@@ -126,7 +128,7 @@ private:
             failAtLine(number, inQuotes(line) + " where a position is expected");
         Tokens head(line.substr(open + 1), 0, number);
         double index = 0;
-        if (!parseNumber(head.next().text, index))
+        if (!parseNumber(head.next().text, index) || index > highestPosition)
             failAtLine(number, "a position without its number");
         std::string block(line.substr(open + 1));
         while (block.find('}') == std::string::npos) {
@@ -295,7 +297,8 @@ private:
             at.next();
         }
         double value = 0;
-        if (!word.isWord("P") || index.kind != Token::Kind::Number || !parseNumber(index.text, value) || value > 1e6)
+        if (!word.isWord("P") || index.kind != Token::Kind::Number || !parseNumber(index.text, value) ||
+            value > highestPosition)
             return {Placing::RunTime, none, {}, {}};
         const auto found = positions.find(static_cast<int>(value));
         return found == positions.end() ? Position() : found->second;
