@@ -1,3 +1,4 @@
+#include "platform/program/ProgramParts.h"
 #include "platform/program/ProgramText.h"
 
 #include <fmt/format.h>
@@ -11,6 +12,8 @@ namespace {
 
 using task::Motion;
 using task::MoveLine;
+
+constexpr double highestPosition = 1e6; // its number; no controller has as many
 
 std::string_view trimmed(std::string_view text)
 {
@@ -28,8 +31,7 @@ struct Statement {
 
 /// A position at the end of the file.
 struct Position {
-    Placing placing = Placing::Missing;
-    int target = none;
+    Place place{Placing::Missing, none};
     std::optional<int> frame; ///< the number of its user frame; empty for the one that is in force
     std::optional<int> tool;
 };
@@ -126,7 +128,7 @@ private:
             failAtLine(number, inQuotes(line) + " where a position is expected");
         Tokens head(line.substr(open + 1), 0, number);
         double index = 0;
-        if (!parseNumber(head.next().text, index))
+        if (!parseNumber(head.next().text, index) || index > highestPosition)
             failAtLine(number, "a position without its number");
         std::string block(line.substr(open + 1));
         while (block.find('}') == std::string::npos) {
@@ -168,17 +170,15 @@ private:
                 isWhole = takeValue(at, numbers[lowerCase(word.text)]) && isWhole;
             }
         }
-        position.placing = enter(name, line, numbers, isWhole, position.target);
-        program.declaredWithoutPlace += position.placing == Placing::Placed ? 0 : 1;
+        position.place = enter(name, line, numbers, isWhole);
+        program.declaredWithoutPlace += position.place.placing == Placing::Placed ? 0 : 1;
         return position;
     }
 
     /// "=  1349.372 mm". Stars stand for a value that was never taught.
     static bool takeValue(Tokens& at, double& value)
     {
-        bool isNegative = false;
-        while (at.peek().isSymbol("-") || at.peek().isSymbol("+"))
-            isNegative = at.next().isSymbol("-") != isNegative;
+        const bool isNegative = takeSigns(at);
         if (at.peek().kind != Token::Kind::Number || !parseNumber(at.peek().text, value))
             return false;
         at.next();
@@ -186,8 +186,8 @@ private:
         return true;
     }
 
-    Placing enter(const std::string& name, unsigned line, const std::unordered_map<std::string, double>& numbers,
-                  bool isWhole, int& index)
+    Place enter(const std::string& name, unsigned line, const std::unordered_map<std::string, double>& numbers,
+                bool isWhole)
     {
         Target target{name, line, {}, {}};
         const auto number = [&](const char* key) {
@@ -206,13 +206,7 @@ private:
                            fromZyx(number("r"), number("p"), number("w"))};
             isWhole = isWhole && makePlace(target.pose);
         }
-        if (!isWhole) {
-            program.notes.push_back({line, fmt::format("{}: {}", inQuotes(name), faultyPlace)});
-            return Placing::Faulty;
-        }
-        program.targets.push_back(std::move(target));
-        index = static_cast<int>(program.targets.size()) - 1;
-        return Placing::Placed;
+        return isWhole ? enterTarget(program, std::move(target)) : enterFault(program, name, line);
     }
 
     // Statements
@@ -221,9 +215,7 @@ private:
     {
         if (statement.text.empty() || statement.text[0] == '!')
             return; // a remark
-        Step step;
-        step.text = onOneLine(statement.text);
-        step.line = statement.line;
+        Step& step = addStep(program, statement.text, statement.line);
         Tokens at(statement.text, 0, statement.line);
         const Token first = at.next();
         const bool isMove = (first.isWord("J") || first.isWord("L") || first.isWord("C") || first.isWord("A")) &&
@@ -232,7 +224,6 @@ private:
             readMove(at, step, first);
         else
             readState(statement);
-        program.routines.back().steps.push_back(std::move(step));
     }
 
     /// "UFRAME_NUM=1", "UTOOL_NUM=R[2]"
@@ -253,29 +244,24 @@ private:
         step.isMove = true;
         step.motion = way.isWord("J") ? Motion::Joint : way.isWord("C") ? Motion::Circular : Motion::Linear;
         Position target = takePosition(at);
-        Position via;
+        std::optional<Place> via;
         if (way.isWord("C")) {
-            via = target;
+            via = target.place;
             if (!(at.peek().isWord("P") || at.peek().isWord("PR")))
                 failAtLine(step.line, "a circular move without its second position");
             target = takePosition(at);
         }
-        step.placing = target.placing;
-        step.target = target.target;
-        step.via = via.target;
-        if (way.isWord("C") && step.placing == Placing::Placed)
-            step.placing = via.placing;
+        setPlace(step, target.place, via);
         readTail(at, step);
-        const bool isPosture =
-            step.placing == Placing::Placed && !program.targets[static_cast<std::size_t>(step.target)].joints.empty();
+        const bool isToPosture = step.placing == Placing::Placed && isPosture(program, step.target);
         // One of a row of points of an arc is drawn as the piece of a line that it is not.
-        const bool isDashed = (way.isWord("J") && !isPosture) || way.isWord("A");
+        const bool isDashed = (way.isWord("J") && !isToPosture) || way.isWord("A");
         step.drawn = isDashed ? MoveLine::Dashed : MoveLine::Solid;
         const std::optional<int> frame = target.frame ? target.frame : frameInForce;
         const std::optional<int> tool = target.tool ? target.tool : toolInForce;
-        if (!frame && step.placing == Placing::Placed && !isPosture)
+        if (!frame && step.placing == Placing::Placed && !isToPosture)
             step.placing = Placing::RunTime;
-        if (frame && step.placing == Placing::Placed && !isPosture)
+        if (frame && step.placing == Placing::Placed && !isToPosture)
             step.workObject = frameNumbered(*frame, step.line);
         if (tool)
             step.tool = toolNumbered(*tool);
@@ -286,7 +272,7 @@ private:
     {
         const Token word = at.next();
         if (!at.peek().isSymbol("["))
-            return {Placing::RunTime, none, {}, {}};
+            return {{Placing::RunTime, none}, {}, {}};
         at.next();
         const Token index = at.peek();
         int depth = 1;
@@ -295,8 +281,9 @@ private:
             at.next();
         }
         double value = 0;
-        if (!word.isWord("P") || index.kind != Token::Kind::Number || !parseNumber(index.text, value) || value > 1e6)
-            return {Placing::RunTime, none, {}, {}};
+        if (!word.isWord("P") || index.kind != Token::Kind::Number || !parseNumber(index.text, value) ||
+            value > highestPosition)
+            return {{Placing::RunTime, none}, {}, {}};
         const auto found = positions.find(static_cast<int>(value));
         return found == positions.end() ? Position() : found->second;
     }

@@ -1,20 +1,15 @@
 #include "platform/program/ProgramText.h"
 
-#include "platform/common/Checks.h"
-
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <charconv>
-#include <cmath>
 #include <limits>
-#include <numbers>
 
 namespace vrk::program {
 namespace {
 
 constexpr std::size_t longestText = 200; // bytes of an instruction that is listed
-constexpr double shortestRotation = 1e-6;
 
 char lower(char c)
 {
@@ -66,22 +61,6 @@ bool isUtf8(std::string_view text)
 }
 
 } // namespace
-
-std::string_view textOf(Placing placing)
-{
-    switch (placing) {
-    case Placing::RunTime:
-        return "not known before it runs";
-    case Placing::Missing:
-        return "its target is not in the files";
-    case Placing::Faulty:
-        return "its numbers are no place";
-    case Placing::NoRobot:
-        return "a posture, and no robot of as many joints";
-    default:
-        return "placed";
-    }
-}
 
 void failAtLine(unsigned line, const std::string& cause)
 {
@@ -243,33 +222,30 @@ std::string_view Tokens::between(std::size_t from, std::size_t to) const
     return text.substr(from, to - from);
 }
 
-double toRadians(double degrees)
+bool isOneOf(const Token& token, std::initializer_list<std::string_view> words)
 {
-    return degrees * std::numbers::pi / 180;
+    for (const std::string_view word : words)
+        if (token.isWord(word))
+            return true;
+    return false;
 }
 
-rob::Rotationd fromZyx(double aboutZ, double aboutY, double aboutX)
+bool opens(const Token& token)
 {
-    return rob::Rotationd(toRadians(aboutZ), rob::Dird(0, 0, 1)) *
-           rob::Rotationd(toRadians(aboutY), rob::Dird(0, 1, 0)) *
-           rob::Rotationd(toRadians(aboutX), rob::Dird(1, 0, 0));
+    return token.isSymbol("(") || token.isSymbol("[") || token.isSymbol("{");
 }
 
-rob::Rotationd fromXyz(double aboutX, double aboutY, double aboutZ)
+bool closes(const Token& token)
 {
-    return rob::Rotationd(toRadians(aboutX), toRadians(aboutY), toRadians(aboutZ));
+    return token.isSymbol(")") || token.isSymbol("]") || token.isSymbol("}");
 }
 
-bool makePlace(rob::Posed& pose)
+bool takeSigns(Tokens& at)
 {
-    const rob::Orientd& o = pose.orientation;
-    const double length = std::sqrt(o.w * o.w + o.x * o.x + o.y * o.y + o.z * o.z);
-    const rob::Posd& p = pose.position;
-    const double farthest = std::max({std::abs(p.x), std::abs(p.y), std::abs(p.z)});
-    if (!p.isFinite() || farthest > common::farthestPlace || !std::isfinite(length) || length < shortestRotation)
-        return false;
-    pose.orientation = {o.w / length, o.x / length, o.y / length, o.z / length};
-    return true;
+    bool isNegative = false;
+    while (at.peek().isSymbol("-") || at.peek().isSymbol("+"))
+        isNegative = at.next().isSymbol("-") != isNegative;
+    return isNegative;
 }
 
 } // namespace vrk::program

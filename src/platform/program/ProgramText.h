@@ -2,9 +2,9 @@
 
 #include "platform/program/Program.h"
 
-#include <cstdint>
+#include <initializer_list>
 
-/// What the readers of programs share: words, numbers and failures. Not installed.
+/// What the readers of programs share of their texts: words, numbers and failures. Not installed.
 namespace vrk::program {
 
 /// @throws ProgramFault "line 12: <cause>"
@@ -54,7 +54,6 @@ public:
     std::string_view between(std::size_t from, std::size_t to) const;
     /// The byte behind the token that was last taken.
     std::size_t behind() const { return endOfLast; }
-    std::string_view all() const { return text; }
 
 private:
     void scan();
@@ -67,20 +66,13 @@ private:
     Token present;
 };
 
-// Rotations of the languages. Angles are degrees.
+/// Whether a token is one of the words.
+bool isOneOf(const Token& token, std::initializer_list<std::string_view> words);
+/// Whether a token is a bracket of any kind.
+bool opens(const Token& token);
+bool closes(const Token& token);
 
-/// About z, then the new y, then the new x: Rz(a) * Ry(b) * Rx(c).
-rob::Rotationd fromZyx(double aboutZ, double aboutY, double aboutX);
-/// About x, then the new y, then the new z: Rx(a) * Ry(b) * Rz(c).
-rob::Rotationd fromXyz(double aboutX, double aboutY, double aboutZ);
-double toRadians(double degrees);
-
-/// Whether the numbers are a place that the model takes: finite, not too far out, a rotation that has a length. The
-/// rotation is given the length 1.
-bool makePlace(rob::Posed& pose);
-
-/// The cause of a fault in a place's numbers, for a note.
-inline constexpr const char* faultyPlace =
-    "numbers that are no place (not finite, too far out, or a rotation of length 0)";
+/// Takes the signs in front of a value, of which there may be several. @return whether they make it negative.
+bool takeSigns(Tokens& at);
 
 } // namespace vrk::program

@@ -122,6 +122,8 @@ INSTANTIATE_TEST_SUITE_P(
                            "line 3: expected the number of a line and a colon"},
                     Damage{"OpenBlock", "/PROG A\n/POS\nP[1]{\n GP1:\n/END", "line 3: the block of P[1] is not closed"},
                     Damage{"OtherBlock", "/PROG A\n/POS\nQ{\n};\n/END", "line 3: 'Q{' where a position is expected"},
+                    Damage{"NumberOfAPositionThatNoneHas", "/PROG A\n/POS\nP[3000000000]{\n};\n/END",
+                           "line 3: a position without its number"},
                     Damage{"CircleOfOne", "/PROG A\n/MN\n1:C P[1] 5mm/sec FINE ;\n/END",
                            "line 3: a circular move without its second position"}),
     [](const auto& info) { return std::string(info.param.name); });

@@ -78,6 +78,15 @@ TEST(ModReader, ArraysOffsetsAndBracketsOfNumbersArePlaced)
     EXPECT_EQ(movesOf(program)[4].placing, Placing::Missing);
 }
 
+TEST(ModReader, ElementsOfAnArrayWithNoneAreMissing)
+{
+    const Program program = moduleOf("CONST robtarget row{0}:=[];", "MoveL row{1}, v1, fine, tool0;\n"
+                                                                    "MoveL row, v1, fine, tool0;\n"
+                                                                    "MoveL Offs(row{1},1,2,3), v1, fine, tool0;");
+
+    EXPECT_THAT(placingsOf(program), ElementsAre(Placing::Missing, Placing::Missing, Placing::RunTime));
+}
+
 TEST(ModReader, AnglesAreTakenInTheirOrder)
 {
     // Rz(30) Ry(60) Rx(90) and Rx(30) Ry(60) Rz(90), worked out by hand.
