@@ -3,17 +3,13 @@
 #include "scene/core/SceneCore.h"
 
 namespace vrk::selection {
-namespace {
 
-/// Null where there is nothing to measure pixels by.
 std::shared_ptr<const visual::CameraSnapshot> cameraWithPixels()
 {
     const visual::SceneCore* core = visual::SceneCore::Get();
     std::shared_ptr<const visual::CameraSnapshot> camera = core ? core->mainCamera.latest() : nullptr;
     return camera && camera->hasPixels() ? camera : nullptr;
 }
-
-} // namespace
 
 std::optional<float> worldUnitsPerPixel(float distance)
 {

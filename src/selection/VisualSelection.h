@@ -6,6 +6,7 @@
 
 #include <array>
 #include <atomic>
+#include <cstdint>
 #include <unordered_map>
 #include <vector>
 
@@ -22,6 +23,9 @@ class Visual;
 namespace vrk::selection {
 
 class SelectableObject;
+
+/// Numbers of points by the id of the cloud's visual.
+using PointsOfClouds = std::unordered_map<unsigned, std::vector<std::uint64_t>>;
 
 /// Creates the picking service. The application calls it before `vrk::visual::Init`: visuals register as they are made.
 VRK_EXPORT void Init();
@@ -112,6 +116,20 @@ public:
     Result sense(const rob::LineTemplate<float>& line) const;
     /// @throws std::logic_error "Two triangles are on the same plane" as `Math::Intersect` does.
     Result sense(const rob::TriangleTemplate<float>& triangle) const;
+
+    // What a region of the view encloses, in pixels from the top left corner of the main camera's view, as it is now.
+    // A dirty service answers with nothing, and so it does without a camera that has pixels.
+
+    /// The visuals, but for clouds, whose boxes in the world are not outside of a rectangle: their geometry is not looked
+    /// at, and what lies behind others or behind the camera counts.
+    std::vector<visual::Visual*> boxSelect(float x1, float y1, float x2, float y2) const;
+    /// The points inside a rectangle, by the id of the cloud's visual and ascending. A cloud without one has no entry.
+    PointsOfClouds boxSelectPointCloud(float x1, float y1, float x2, float y2) const;
+    /// The points inside a polygon, in no order. A cloud that is covered in part has an entry even if no point is inside.
+    /// One that lies inside with all of its box has an entry without a number: all of its points are meant.
+    PointsOfClouds lassoSelectPointCloud(const std::vector<rob::PosTemplate<float>>& polygon) const;
+    /// The same, whether or not the polygon is convex.
+    PointsOfClouds convexSelectPointCloud(const std::vector<rob::PosTemplate<float>>& polygon) const;
 
     /// Both do nothing. They are for callers that want to mark which of their threads ask questions; nothing is checked.
     static void MarkRenderThread();

@@ -177,6 +177,30 @@ void walkTriangle(const BVHNode* root, const rob::TriangleTemplate<float>& trian
         [&normal](unsigned axis) { return normal[axis] > 0; }, visit);
 }
 
+/// Visits all primitives of each leaf whose own box, and whose nodes' boxes, `meets` accepts; their boxes are not asked. Of
+/// two children the right one comes first.
+template <typename Meets, typename Visit>
+void walkVolume(const BVHNode* root, const Meets& meets, const Visit& visit)
+{
+    PendingStack<const BVHNode*> pending;
+    if (root != nullptr)
+        pending.push(root);
+    while (!pending.empty()) {
+        const BVHNode* node = pending.pop();
+        if (!meets(node->box))
+            continue;
+        if (node->kind == BVHNode::Leaf) {
+            const auto* leaf = static_cast<const BVHLeaf*>(node);
+            for (unsigned i = 0; i < leaf->count; ++i)
+                visit(leaf->primitives[i]);
+        } else {
+            const auto* inner = static_cast<const BVHInnerNode*>(node);
+            pending.push(inner->left);
+            pending.push(inner->right);
+        }
+    }
+}
+
 template <typename Visit>
 void walkBox(const BVHNode* root, const visual::Box& question, Visit&& visit)
 {

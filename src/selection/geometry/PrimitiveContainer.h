@@ -10,6 +10,8 @@
 
 namespace vrk::selection {
 
+class SelectionVolume;
+
 /// Primitives and a hierarchy over them.
 ///
 /// Owner: owns its primitives and deletes them.
@@ -30,6 +32,9 @@ public:
     void queryTriangle(const rob::TriangleTemplate<float>& triangle, std::vector<BVHPrimitive*>& out) const;
     void queryRay(const visual::Ray& ray, std::vector<BVHPrimitive*>& out) const;
     void queryBox(const visual::Box& box, std::vector<BVHPrimitive*>& out) const;
+    /// Every enabled primitive of the leaves that are not outside, far children first: the boxes of the primitives
+    /// themselves are not asked.
+    void queryVolume(const SelectionVolume& volume, std::vector<BVHPrimitive*>& out) const;
 
     /// The nearest hit of any primitive, the first that the query reaches among equally near ones. A default result if
     /// there is none.
