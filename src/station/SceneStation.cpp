@@ -9,7 +9,6 @@
 #include "platform/layout/PointCloud.h"
 #include "platform/sdf/SdfManager.h"
 #include "platform/smart/SmartComponent.h"
-#include "platform/task/DataItem.h"
 #include "platform/task/Task.h"
 #include "station/AssemblyVisual.h"
 #include "station/ManipulatorVisual.h"
@@ -48,14 +47,6 @@ void restoreView(const rob::PoseTemplate<double>& pose)
     const rob::PoseTemplate<float> narrowed(pose);
     Camera::Get()->setWorldPosition(narrowed.position);
     Camera::Get()->setWorldRotation(narrowed.rotation());
-}
-
-/// The object of that id, kept alive while it is used.
-std::shared_ptr<sdf::SdfObject> shared(unsigned id)
-{
-    sdf::SdfManager& model = sdf::SdfManager::inst();
-    const std::shared_lock lock(model.mutex());
-    return model.share(id);
 }
 
 } // namespace
@@ -217,7 +208,7 @@ void Scene::addToolData(unsigned id)
 
 void Scene::doAddToolData(unsigned id)
 {
-    if (const std::shared_ptr<sdf::SdfObject> toolData = shared(id))
+    if (const std::shared_ptr<sdf::SdfObject> toolData = sdf::Share(id))
         TcpVisual::Build(GetVisual(toolData->getParentId()), *toolData);
 }
 
@@ -244,21 +235,6 @@ void Scene::clearTcpTrace()
                 deleteVisual(tcpTrace);
         },
         0);
-}
-
-void Scene::buildTask(unsigned id)
-{
-    const std::shared_ptr<sdf::SdfObject> object = shared(id);
-    const auto* task = dynamic_cast<task::Task*>(object.get());
-    if (!task)
-        return;
-    // A tool data item may hang on a work object, which must have its visual by then wherever it stands in the list.
-    for (const auto& item : task->getDataItems())
-        if (item->asType(sdf::ModelType::WObjData))
-            WObjVisual::Build(resolveParent(*item), item.get());
-    for (const auto& item : task->getDataItems())
-        if (item->asType(sdf::ModelType::ToolData))
-            doAddToolData(item->getId());
 }
 
 } // namespace vrk::visual
