@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <unordered_map>
 #include <vector>
 
@@ -24,6 +25,10 @@ class SdfNode;
 namespace vrk::smartcomp {
 class SmartComponent;
 }
+namespace vrk::task {
+class MoveInst;
+class Path;
+} // namespace vrk::task
 class TopoDS_Edge;
 class TopoDS_Face;
 class TopoDS_Shape;
@@ -133,8 +138,6 @@ public:
     void clearTcpTrace();
     /// At once, render thread. The trace that `clearTcpTrace` deletes; null for none.
     void setTcpTrace(TcpTraceVisual* trace);
-    /// At once, render thread: the work objects and tool data of a program. An id that is no task is passed over.
-    void buildTask(unsigned id);
 
     // Attachment and tree; posted. Ids must have visuals, or the render thread fails as `GetVisual` does; a new parent may
     // be 0, the world.
@@ -323,6 +326,43 @@ public:
     /// old one is forgotten. Does nothing where the node has no solid.
     void updateSolidVisual(sdf::SdfNode* node, const TopoDS_Shape& shape);
 
+    // Robot programs. Posted, but for what is said to be at once. The visuals follow the model when they are told: what is
+    // read of it at the call must stay as it is until the task has run. Where an id must have a visual, one that has none
+    // fails on the render thread as `GetVisual` does.
+
+    void addTask(unsigned id);
+    /// At once, render thread: the work objects, tool data and paths of a program. An id that is no task is passed over.
+    void buildTask(unsigned id);
+    /// A path and its moves, whose work objects must have visuals: this is looked up at once.
+    /// @throws std::out_of_range as `GetVisual` does, at once, with nothing posted.
+    void addPath(task::Path* path);
+    /// The moves of a path, which must all have visuals, and then the path. An id that is no path is passed over.
+    void removePathVisual(unsigned id);
+    /// Shows where the targets of a path are now: they are moved, its arrows and lines are made anew. A path without moves,
+    /// or unknown to the model, stays as it is; moves without visuals are passed over.
+    void updatePath(unsigned id);
+    /// These in one task.
+    void updatePaths(std::vector<unsigned> ids);
+    /// The same for one move and its arrow, and all lines of its path.
+    void updateInstruction(unsigned id);
+    /// At once, render thread.
+    /// @throws std::bad_optional_access "Bad optional access" if no move visual has that id.
+    void doUpdateInstruction(unsigned id);
+    /// Hangs the visual of a move elsewhere; its pose in its parent stays.
+    /// The spelling is part of the interface and stays.
+    void upadateInstructionParent(unsigned id, unsigned parentId);
+    /// Without an arrow, and without a change of the lines: both come with the next update.
+    void buildMoveInstruction(task::MoveInst* move);
+    /// Moves with the one before, which may be null, and the id of the visual to hang on; then the lines of the path of the
+    /// last one.
+    void buildMoveInstructions(std::vector<std::tuple<task::MoveInst*, task::MoveInst*, unsigned>>&& moves);
+    // What is drawn of all programs. The settings change at once. Call them on a real change only: arrows or targets that
+    // are switched on when they are there are made a second time, beside the first.
+    void setDrawPathArrow(bool draw);
+    /// Reads the registry at once.
+    void setDrawSegVisual(bool draw);
+    void setDrawTargetVisual(bool draw);
+
 private:
     explicit Scene(const std::string& name);
 
@@ -331,6 +371,7 @@ private:
     void doRemoveVisual(unsigned id);
     void doLoadStation();
     void doBuildVisual(smartcomp::SmartComponent* component);
+    void doAddToolData(unsigned id);
     void doAddAttachment(unsigned child, unsigned parent, const rob::PoseTemplate<double>& pose);
     void doDeleteAttachment(unsigned child, unsigned oldParent, unsigned newParent,
                             const rob::PoseTemplate<double>& pose);

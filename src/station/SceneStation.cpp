@@ -9,7 +9,6 @@
 #include "platform/layout/PointCloud.h"
 #include "platform/sdf/SdfManager.h"
 #include "platform/smart/SmartComponent.h"
-#include "platform/task/DataItem.h"
 #include "platform/task/Task.h"
 #include "scene/core/SceneCore.h"
 #include "station/AssemblyVisual.h"
@@ -79,14 +78,6 @@ void restoreView(const rob::PoseTemplate<double>& pose)
     Camera::Get()->setWorldRotation(narrowed.rotation());
 }
 
-/// The object of that id, kept alive while it is used.
-std::shared_ptr<sdf::SdfObject> shared(unsigned id)
-{
-    sdf::SdfManager& model = sdf::SdfManager::inst();
-    const std::shared_lock lock(model.mutex());
-    return model.share(id);
-}
-
 void loadMechanisms()
 {
     for (const auto& manipulator : layout::Layout::inst().manipulators) {
@@ -107,13 +98,6 @@ void loadStandalone()
     forStandalone(station.devices, [](Visual* parent, sdf::SdfNode* node) { DeviceVisual::Build(parent, node, true); });
     for (const auto& frame : station.frames)
         FrameVisual::Build(resolveParent(*frame), frame.get());
-}
-
-/// On the visual of its owner.
-void buildToolData(unsigned id)
-{
-    if (const std::shared_ptr<sdf::SdfObject> toolData = shared(id))
-        TcpVisual::Build(Scene::GetVisual(toolData->getParentId()), *toolData);
 }
 
 } // namespace
@@ -239,7 +223,13 @@ void Scene::doBuildVisual(smartcomp::SmartComponent* component)
 
 void Scene::addToolData(unsigned id)
 {
-    addRenderTask([id] { buildToolData(id); }, 0);
+    addRenderTask([this, id] { doAddToolData(id); }, 0);
+}
+
+void Scene::doAddToolData(unsigned id)
+{
+    if (const std::shared_ptr<sdf::SdfObject> toolData = sdf::Share(id))
+        TcpVisual::Build(GetVisual(toolData->getParentId()), *toolData);
 }
 
 void Scene::updateToolData(unsigned id)
@@ -247,7 +237,7 @@ void Scene::updateToolData(unsigned id)
     addRenderTask(
         [this, id] {
             doRemoveVisual(id);
-            buildToolData(id);
+            doAddToolData(id);
         },
         0);
 }
@@ -270,21 +260,6 @@ void Scene::clearTcpTrace()
 void Scene::setTcpTrace(TcpTraceVisual* trace)
 {
     core->record<TcpTrace>().set(trace);
-}
-
-void Scene::buildTask(unsigned id)
-{
-    const std::shared_ptr<sdf::SdfObject> object = shared(id);
-    const auto* task = dynamic_cast<task::Task*>(object.get());
-    if (!task)
-        return;
-    // A tool data item may hang on a work object, which must have its visual by then wherever it stands in the list.
-    for (const auto& item : task->getDataItems())
-        if (item->asType(sdf::ModelType::WObjData))
-            WObjVisual::Build(resolveParent(*item), item.get());
-    for (const auto& item : task->getDataItems())
-        if (item->asType(sdf::ModelType::ToolData))
-            buildToolData(item->getId());
 }
 
 } // namespace vrk::visual

@@ -3,6 +3,7 @@
 #include "scene/core/OgreCompat.h"
 #include "scene/core/SceneCore.h"
 #include "selection/VisualSelection.h"
+#include "task/PathParts.h"
 #include "visual/FrameVisual.h" // SizeOf
 #include "visual/Picking.h"
 #include "visual/RenderGroups.h"
@@ -37,6 +38,8 @@ InstanceFrameVisual::InstanceFrameVisual(Visual* parent, unsigned id, const std:
 
 InstanceFrameVisual::~InstanceFrameVisual()
 {
+    if (keeper)
+        keeper->forgetPart(this);
     picking::removeObject(this);
     for (Ogre::InstancedEntity* each : {entity, highlightEntity, selectedEntity})
         if (each)

@@ -10,6 +10,8 @@ class InstancedEntity;
 
 namespace vrk::visual {
 
+class PartKeeper;
+
 /// The frame of a target, drawn as one instance among thousands: a program may have tens of thousands of targets, and a
 /// node with three lines for each would be too much.
 ///
@@ -44,6 +46,8 @@ public:
     void clearHighlightOrSelect() override;
     /// Takes size and axes from the scene anew, whatever the argument.
     virtual void updateEntity(bool);
+    /// Who is told when this target dies; null for nobody.
+    void setKeeper(PartKeeper* newKeeper) { keeper = newKeeper; }
 
 protected:
     void sceneEnteredOrLeft() override;
@@ -57,6 +61,7 @@ private:
     Ogre::InstancedEntity* highlightEntity = nullptr; // null until it is first needed
     Ogre::InstancedEntity* selectedEntity = nullptr;  // null until it is first needed
     Ogre::InstancedEntity* shown = nullptr;           // one of the three
+    PartKeeper* keeper = nullptr;
 };
 
 } // namespace vrk::visual

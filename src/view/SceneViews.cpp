@@ -3,6 +3,7 @@
 #include "scene/core/OgreCompat.h"
 #include "scene/core/SceneCore.h"
 #include "view/Camera.h"
+#include "view/FocusBox.h"
 #include "view/OrbitPivotVisual.h"
 #include "visual/WatchedVisual.h"
 
@@ -165,6 +166,13 @@ rob::PoseTemplate<float> Scene::getVisualFocusPose(unsigned id)
     case VisualType::WObj:
         box = finiteBoxOf(*visual.getSceneNode());
         k = smallThingFill;
+        break;
+    case VisualType::MoveInstruction:
+        if (const auto target = targetOfMove(visual); target && fitsBox(*target)) {
+            const auto size = static_cast<float>(SceneCore::Get()->settings.targetFrameSize);
+            box = {toOgre(*target), toOgre(*target) + Ogre::Vector3(size)};
+            k = smallThingFill;
+        }
         break;
     default:
         mergeBodies(visual, box);

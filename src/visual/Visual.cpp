@@ -91,14 +91,37 @@ Visual::~Visual()
 {
     if (sceneNode == sceneNode->getCreator()->getRootSceneNode())
         return; // OGRE's own. Known by the node, since anyone may call another visual a world
-    if (Ogre::SceneNode* parent = sceneNode->getParentSceneNode())
-        parent->removeChild(sceneNode);
+    leaveParentNode();
     sceneNode->getCreator()->destroySceneNode(sceneNode);
 }
 
 void Visual::bind()
 {
     sceneNode->getUserObjectBindings().setUserAny(Ogre::Any(this));
+    noteOrder();
+}
+
+/// To be called when the node has just become the last child of its parent.
+void Visual::noteOrder()
+{
+    if (const Ogre::Node* parent = sceneNode->getParent())
+        order = static_cast<std::uint32_t>(parent->getChildren().size() - 1);
+}
+
+/// Takes the node from its parent, if it has one. OGRE looks for it among all its siblings, from the first: of a million
+/// targets that are removed one after the other each would cost a walk over those that are left.
+void Visual::leaveParentNode()
+{
+    Ogre::Node* parent = sceneNode->getParent();
+    if (!parent)
+        return;
+    const std::size_t first = removeChildNode(*parent, *sceneNode, order);
+    // What stands elsewhere now
+    const auto& siblings = parent->getChildren();
+    for (const std::size_t place : {first, static_cast<std::size_t>(order)})
+        if (place < siblings.size())
+            if (Visual* const* moved = Ogre::any_cast<Visual*>(&siblings[place]->getUserObjectBindings().getUserAny()))
+                (*moved)->order = static_cast<std::uint32_t>(place);
 }
 
 void Visual::update() {}
@@ -225,9 +248,9 @@ void Visual::attachTo(Visual* parent)
         if (above == sceneNode)
             return; // OGRE would walk such a ring for ever
     const bool wasInScene = sceneNode->isInSceneGraph();
-    if (Ogre::Node* old = sceneNode->getParent())
-        old->removeChild(sceneNode);
+    leaveParentNode();
     parent->sceneNode->addChild(sceneNode);
+    noteOrder();
     if (sceneNode->isInSceneGraph() != wasInScene)
         tellSceneEnteredOrLeft();
     picking::markDirty(this);
@@ -246,7 +269,8 @@ void Visual::detach()
 
 void Visual::detachVisual(Visual* child)
 {
-    sceneNode->removeChild(child->sceneNode);
+    if (child->sceneNode->getParent() == sceneNode)
+        child->leaveParentNode();
     child->tellSceneEnteredOrLeft();
 }
 

@@ -191,9 +191,14 @@ protected:
 private:
     Visual(unsigned id, Ogre::SceneNode* node, bool ofRoot);
     void bind();
+    void leaveParentNode();
+    void noteOrder();
     void tellSceneEnteredOrLeft();
     template <typename Number>
     Number sumOfChildren(Number (Visual::*count)());
+
+    std::uint32_t order =
+        0; // where the node stood last among the children of its parent; it may stand elsewhere by now
 };
 
 /// The visual that a node points back to; null for a node that carries none.

@@ -71,6 +71,10 @@
 #include "station/WObjVisual.h"
 #include "task/InstanceFrameVisual.h"
 #include "task/JointTargetVisual.h"
+#include "task/MoveInstructionVisual.h"
+#include "task/PathArrowVisual.h"
+#include "task/PathLineVisual.h"
+#include "task/PathVisual.h"
 #include "task/RobtargetVisual.h"
 #include "view/AxesCross.h"
 #include "view/Camera.h"
@@ -253,6 +257,10 @@ void keepStationAndView()
     keep(&InstanceFrameVisual::getFrameSize);
     keep(&JointTargetVisual::Build);
     keep(&RobtargetVisual::Build);
+    keep(&MoveInstructionVisual::Build);
+    keep(&PathArrowVisual::setScale);
+    keep(&PathLineVisual::finish);
+    keep(&PathVisual::Build);
     keep(&AxesCross::setScale);
     keep(&Camera::Published);
     keep(&OffscreenTarget::read);

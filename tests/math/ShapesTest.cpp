@@ -73,6 +73,20 @@ TEST(TPCircle, ArcOfMoreThanHalfACirclePassesTheMiddlePoint)
     EXPECT_TRUE(isNear(circle.getPoint(1), Posd(0, -1, 0)));
 }
 
+TEST(TPCircle, CentreAndLengthOfACircleInSpaceAreThoseOfTheTriangle)
+{
+    // Corners of the triangle that the unit vectors make: its centre is the third of their sum, each side sees 120 degrees.
+    const TPCircle circle(Posf(6, 0, 0), Posf(0, 6, 0), Posf(0, 0, 6));
+
+    EXPECT_TRUE(isNear(circle.getCenter(), Posd(2, 2, 2)));
+    EXPECT_NEAR(circle.getLength(), std::sqrt(24.0) * 4 * halfTurn / 3, 1e-6);
+    EXPECT_TRUE(isNear(circle.getPoint(0.5), Posd(0, 6, 0)));
+    // Unequal sides: 3, 4, 5, so the hypotenuse is the diameter.
+    const TPCircle right(Posf(3, 0, 7), Posf(0, 0, 7), Posf(0, 4, 7));
+    EXPECT_TRUE(isNear(right.getCenter(), Posd(1.5, 2, 7)));
+    EXPECT_NEAR(right.getLength(), 2.5 * halfTurn, 1e-6);
+}
+
 TEST(TPCircle, ReversedPointsRunTheSameArcBackwards)
 {
     const Posf a(3, 0, 0), b(0, 3, 0), c(0, 0, 3);

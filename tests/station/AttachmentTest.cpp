@@ -2,6 +2,13 @@
 #include "station/support/TestStation.h"
 #include "visual/Visual.h"
 
+#include <Ogre.h>
+
+#include <algorithm>
+#include <ctime>
+#include <random>
+#include <set>
+
 namespace vrk::visual {
 namespace {
 
@@ -179,6 +186,62 @@ TEST_F(Attachments, VisualThatIsRemovedFirstIsPassedOver)
     EXPECT_EQ(carrierVisual->getBodiesNum(), 1u);
     const std::vector<Visual*> left(world->getChildren().begin(), world->getChildren().end());
     EXPECT_THAT(left, testing::Not(testing::Contains(carriedVisual)));
+}
+
+TEST_F(Attachments, ChildrenOfAWideParentComeAndGoInAnyOrder)
+{
+    std::mt19937 random(20261122);
+    auto* wide = new Visual(world);
+    auto* other = new Visual(world);
+    std::set<Visual*> children;
+    while (children.size() < 300)
+        children.insert(new Visual(wide));
+    std::vector<Visual*> order(children.begin(), children.end());
+    std::shuffle(order.begin(), order.end(), random);
+
+    for (std::size_t i = 0; i < order.size(); ++i) {
+        Visual* child = order[i];
+        children.erase(child);
+        if (i % 3 == 0)
+            scene.deleteVisual(child);
+        else
+            other->attachVisual(child);
+        if (i % 3 == 1) // and back, to the end
+            wide->attachVisual(*children.insert(child).first);
+        if (i % 7 == 0) // past the visuals, as a host may
+            wide->getSceneNode()->addChild(wide->getSceneNode()->removeChild(static_cast<unsigned short>(i % 100)));
+        ASSERT_EQ(std::set<Visual*>(wide->getChildren().begin(), wide->getChildren().end()), children) << i;
+    }
+    EXPECT_EQ(children.size(), 100u);
+    EXPECT_EQ(other->getSceneNode()->numChildren(), 100u);
+}
+
+TEST_F(Attachments, RemovalOneByOneTakesAboutAsLongAsThatOfAllChildren)
+{
+    // In the order in which they were made OGRE looks at half of the children that are left for each that goes.
+    constexpr unsigned count = 100'000;
+    auto* wide = new Visual(world);
+    const auto fill = [wide] {
+        std::vector<Visual*> children;
+        for (unsigned i = 0; i < count; ++i)
+            children.push_back(new Visual(wide));
+        return children;
+    };
+    const auto timeOf = [](const auto& call) {
+        const auto before = std::clock();
+        call();
+        return static_cast<double>(std::clock() - before) / CLOCKS_PER_SEC;
+    };
+
+    fill();
+    const double together = timeOf([wide] { wide->clearChildren(); });
+    const std::vector<Visual*> children = fill();
+    const double oneByOne = timeOf([&] {
+        for (Visual* child : children)
+            scene.deleteVisual(child);
+    });
+
+    EXPECT_LT(oneByOne, 4 * together);
 }
 
 TEST_F(Attachments, RemovedCarrierTakesWhatItCarriesAlong)

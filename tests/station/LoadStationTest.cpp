@@ -4,6 +4,8 @@
 #include "platform/sdf/SdfManager.h"
 #include "platform/smart/SmartComponent.h"
 #include "platform/smart/StationLogic.h"
+#include "platform/task/Instruction.h"
+#include "platform/task/Path.h"
 #include "scene/core/SceneCore.h"
 #include "selection/VisualSelection.h"
 #include "station/support/TestStation.h"
@@ -51,6 +53,10 @@ protected:
         toolData->setOwnerId(tool->getId());
         program->addDataItem(workObject);
         program->addDataItem(toolData);
+        program->addDataItem(target);
+        move->setWObjItem(workObject);
+        path->addInstruction(move);
+        program->addPath(path);
         Layout& station = Layout::inst();
         station.addTask(program);
         station.addPointCloud(cloud);
@@ -81,6 +87,9 @@ protected:
             {workObject->getId(), VisualType::WObj},
             {workObject->getObjectFrame()->getId(), VisualType::ObjectFrame},
             {toolData->getId(), VisualType::Tcp},
+            {path->getId(), VisualType::Path},
+            {move->getId(), VisualType::MoveInstruction},
+            {target->getId(), VisualType::Robtarget},
         };
         for (const auto& [id, type] : expected) {
             ASSERT_NE(visualOfId(id), nullptr) << "id " << id;
@@ -90,6 +99,7 @@ protected:
         EXPECT_EQ(visualOfId(arm->getWrist()->getId())->getParent(), visualOfId(arm->getLinks()[1]->getId()));
         EXPECT_EQ(visualOfId(assembly->getParts()[0]->getId())->getParent(), visualOfId(assembly->getId()));
         EXPECT_EQ(visualOfId(toolData->getId())->getParent(), visualOfId(tool->getId()));
+        EXPECT_EQ(visualOfId(move->getId())->getParent(), visualOfId(workObject->getId()));
     }
 
     std::shared_ptr<layout::Manipulator> arm = test::makeArm();
@@ -103,6 +113,10 @@ protected:
     std::shared_ptr<task::WObjDataItem> workObject = std::make_shared<task::WObjDataItem>(test::newId(), "wobj");
     std::shared_ptr<task::ToolDataItem> toolData = std::make_shared<task::ToolDataItem>(test::newId(), "tcp");
     std::shared_ptr<task::Task> program = std::make_shared<task::Task>(test::newId(), "task");
+    std::shared_ptr<task::Path> path = std::make_shared<task::Path>(test::newId(), "main");
+    std::shared_ptr<task::RobTargetDataItem> target = std::make_shared<task::RobTargetDataItem>(test::newId(), "p10");
+    std::shared_ptr<task::MoveInst> move =
+        std::make_shared<task::MoveInst>(test::newId(), "move", task::Motion::Linear, target);
 };
 
 TEST_F(WholeStation, EveryKindOfObjectHasItsVisual)

@@ -1,6 +1,14 @@
+#include "platform/sdf/SdfManager.h"
+#include "platform/task/Instruction.h"
+#include "platform/task/Path.h"
 #include "scene/core/SceneCore.h"
 #include "selection/VisualSelection.h"
 #include "station/support/TestStation.h"
+#include "task/MoveInstructionVisual.h"
+#include "task/PathArrowVisual.h"
+#include "task/PathLineVisual.h"
+#include "task/PathVisual.h"
+#include "task/RobtargetVisual.h"
 #include "visual/FrameVisual.h"
 #include "visual/VisualStateManager.h"
 
@@ -19,6 +27,7 @@ constexpr std::size_t mostObjects = 40; // beyond that objects are removed first
 /// the address sanitizer as well: what dangles shows there.
 class StationRandom : public test::SceneFixture {
 protected:
+    ~StationRandom() override { SceneCore::Get()->settings = test::testSettings(); }
     unsigned below(std::size_t n) { return static_cast<unsigned>(random() % n); }
     unsigned anyId()
     {
@@ -59,10 +68,136 @@ protected:
             break;
         }
     }
+    rob::Posed anyPose() { return rob::Posed(rob::Posd(below(100), below(100), below(100))); }
+
+    /// A program of a few moves of all kinds in two work objects, one of them on whatever there is.
+    void addProgram()
+    {
+        auto task = std::make_shared<task::Task>(test::newId(), "task");
+        std::vector<std::shared_ptr<task::WObjDataItem>> frames;
+        for (const unsigned owner : {0u, anyId()}) {
+            frames.push_back(std::make_shared<task::WObjDataItem>(test::newId(), "wobj"));
+            frames.back()->setOwnerId(owner);
+            task->addDataItem(frames.back());
+        }
+        auto path = std::make_shared<task::Path>(test::newId(), "main");
+        task->addPath(path);
+        for (unsigned i = 0; i < 6; ++i)
+            addMove(*task, *path, frames[i / 4]);
+        layout::Layout::inst().addTask(task);
+        programs.push_back(task);
+    }
+    std::shared_ptr<task::DataItem> addItem(task::Task& task, bool isPosture)
+    {
+        std::shared_ptr<task::DataItem> item;
+        if (isPosture)
+            item = std::make_shared<task::JointTargetDataItem>(test::newId(), "home");
+        else
+            item = std::make_shared<task::RobTargetDataItem>(test::newId(), "p");
+        item->setPose(anyPose());
+        task.addDataItem(item);
+        sdf::SdfManager::inst().add(item);
+        return item;
+    }
+    task::MoveInst* addMove(task::Task& task, task::Path& path, const std::shared_ptr<task::WObjDataItem>& frame)
+    {
+        const unsigned kind = below(6);
+        const bool isCircular = kind == 1;
+        const auto target = addItem(task, kind == 0);
+        auto move = std::make_shared<task::MoveInst>(test::newId(), "move",
+                                                     isCircular ? task::Motion::Circular : task::Motion::Linear, target,
+                                                     kind == 2 ? task::MoveLine::Dashed : task::MoveLine::Solid);
+        move->setWObjItem(frame);
+        if (isCircular)
+            move->setCircleItem(addItem(task, false));
+        path.addInstruction(move);
+        sdf::SdfManager::inst().add(move);
+        return move.get();
+    }
+    task::Path& anyPath() { return *programs[below(programs.size())]->getOwnPaths().front(); }
+    task::MoveInst* anyMove()
+    {
+        const auto& moves = anyPath().getMoveInstructions();
+        return moves[below(moves.size())];
+    }
+    /// A switch only ever changes: switched on twice, targets and arrows stand there twice.
+    void doSwitch()
+    {
+        SceneSettings& settings = SceneCore::Get()->settings;
+        switch (below(4)) {
+        case 0:
+            scene.setDrawTargetVisual(!settings.drawTargetVisual);
+            break;
+        case 1:
+            scene.setDrawPathArrow(!settings.drawPathArrow);
+            break;
+        case 2:
+            scene.setDrawSegVisual(!settings.drawSegVisual);
+            break;
+        default:
+            scene.setDrawTargetZAxisOnly(!settings.drawTargetZAxisOnly);
+            break;
+        }
+    }
+    void doSomethingWithAProgram()
+    {
+        task::MoveInst* move = anyMove();
+        task::Path& path = anyPath();
+        switch (below(10)) {
+        case 0:
+            scene.removePathVisual(path.getId());
+            break;
+        // What is there already would stand there twice, and of the first nobody would know the id.
+        case 1:
+            if (!Scene::HasVisual(path.getId()) && !Scene::HasVisual(move->getWObjItemId()))
+                scene.addTask(path.getTask()->getId());
+            break;
+        case 2:
+            if (!Scene::HasVisual(path.getId()))
+                addPathTo(path);
+            break;
+        case 3:
+            move->getTargetItem()->setPose(anyPose());
+            scene.updateInstruction(move->getId());
+            break;
+        case 4:
+            move->getTargetItem()->setPose(anyPose());
+            scene.updatePaths({path.getId(), anyPath().getId()});
+            break;
+        case 5:
+            scene.upadateInstructionParent(move->getId(), below(4) ? move->getWObjItemId() : anyId());
+            break;
+        case 6:
+            if (!Scene::HasVisual(move->getId()))
+                scene.buildMoveInstruction(move);
+            break;
+        case 7:
+            scene.removeVisual(below(2) ? move->getId() : move->getTargetItemId());
+            break;
+        case 8:
+            scene.updateWObj(move->getWObjItemId());
+            break;
+        default:
+            doSwitch();
+            break;
+        }
+    }
+    void addPathTo(task::Path& path)
+    {
+        try {
+            scene.addPath(&path);
+        } catch (const std::out_of_range&) {
+            ++refused; // a work object without visual is told at the call
+        }
+    }
     void doSomething()
     {
         const unsigned id = anyId();
-        const rob::Posed pose(rob::Posd(below(100), below(100), below(100)));
+        const rob::Posed pose = anyPose();
+        if (below(3) == 0) {
+            doSomethingWithAProgram();
+            return;
+        }
         switch (below(14)) {
         case 0:
             if (world->getSceneNode()->numChildren() < mostObjects)
@@ -120,6 +255,10 @@ protected:
             collect(child, found);
         }
     }
+    static std::vector<const Visual*> partsOf(const MoveInstructionVisual& move)
+    {
+        return {move.getTarget(), move.getCircle(), move.getArrow()};
+    }
     void checkEverything()
     {
         std::set<const Visual*> tree;
@@ -132,12 +271,24 @@ protected:
             ASSERT_TRUE(tree.contains(visual)) << "pickable and not in the tree";
         for (const visual::Visual* visual : Scene::GetStateManager()->visualsWithLayers())
             ASSERT_TRUE(tree.contains(visual)) << "has layers and is not in the tree";
+        for (const auto& [id, visual] : SceneCore::Get()->visuals.all()) {
+            const auto* path = dynamic_cast<const PathVisual*>(visual);
+            for (const PathLineVisual* line : path ? path->getLines() : std::vector<PathLineVisual*>())
+                ASSERT_TRUE(tree.contains(line)) << "a line of a path that is not in the tree";
+            const auto* move = dynamic_cast<const MoveInstructionVisual*>(visual);
+            for (const Visual* part : move ? partsOf(*move) : std::vector<const Visual*>())
+                ASSERT_TRUE(!part || tree.contains(part)) << "a part of a move that is not in the tree";
+            movesSeen += move ? 1 : 0;
+        }
     }
 
     std::mt19937 random{20240607};
     std::vector<std::shared_ptr<layout::Part>> parts;
     std::vector<std::shared_ptr<layout::Assembly>> assemblies;
     std::vector<std::shared_ptr<layout::Mechanism>> mechanisms;
+    std::vector<std::shared_ptr<task::Task>> programs;
+    int refused = 0;
+    std::size_t movesSeen = 0; // summed over all steps
 };
 
 TEST_F(StationRandom, NothingDanglesAfterAnySequenceOfOperations)
@@ -145,8 +296,11 @@ TEST_F(StationRandom, NothingDanglesAfterAnySequenceOfOperations)
     for (int i = 0; i < 4; ++i)
         addObject();
     drain();
+    for (int i = 0; i < 3; ++i)
+        addProgram();
+    for (const auto& program : programs)
+        scene.buildTask(program->getId());
 
-    int refused = 0;
     for (int step = 0; step < operations; ++step) {
         SCOPED_TRACE(testing::Message() << "step " << step);
         doSomething();
@@ -163,6 +317,7 @@ TEST_F(StationRandom, NothingDanglesAfterAnySequenceOfOperations)
     }
     EXPECT_GT(refused, operations / 100);
     EXPECT_LT(refused, operations / 2);
+    EXPECT_GT(movesSeen, 2 * operations) << "the programs were there";
     scene.deleteCopiedVisual();
     drain();
 }

@@ -70,6 +70,13 @@ unsigned SdfManager::GenerateTransientId()
     return firstTransientId | count.fetch_add(1, std::memory_order_relaxed);
 }
 
+std::shared_ptr<SdfObject> Share(unsigned id)
+{
+    SdfManager& manager = SdfManager::inst();
+    const std::shared_lock lock(manager.mutex());
+    return manager.share(id);
+}
+
 vrk::rob::Posed GetPose(unsigned id)
 {
     SdfManager& manager = SdfManager::inst();

@@ -51,6 +51,9 @@ private:
     std::unordered_map<unsigned, std::shared_ptr<SdfObject>> objects;
 };
 
+/// The object of that id, kept alive while it is used; null for an unknown one. Takes the lock shared.
+VRK_EXPORT std::shared_ptr<SdfObject> Share(unsigned id);
+
 /// The pose of the object of that id, local to its parent; identity for an unknown one. Takes the lock shared.
 VRK_EXPORT vrk::rob::Posed GetPose(unsigned id);
 

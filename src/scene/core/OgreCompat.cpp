@@ -2,6 +2,8 @@
 
 #include <Ogre.h>
 
+#include <utility>
+
 // The Debian build hides Ogre::GL3PlusPlugin; the plug-in's own entry point creates that object and installs it in the
 // root that stands.
 extern "C" void dllStartPlugin();
@@ -23,6 +25,11 @@ std::string freeName(const std::string& wanted, IsTaken isTaken)
     return name;
 }
 
+/// OGRE gives its list of children only to be read.
+struct ChildrenOf : Ogre::Node {
+    using Ogre::Node::mChildren;
+};
+
 } // namespace
 
 void installGL3Plus(Ogre::Root&)
@@ -43,6 +50,18 @@ Ogre::SceneNode* createLooseNode(Ogre::SceneManager& manager, const std::string&
 {
     return manager.createSceneNode(
         freeName(wanted, [&](const std::string& name) { return manager.hasSceneNode(name); }));
+}
+
+std::size_t removeChildNode(Ogre::Node& parent, Ogre::Node& child, std::size_t place)
+{
+    // OGRE walks the list from its front, and fills the gap with the last child.
+    constexpr std::size_t soonFound = 64; // places that it passes as quickly as it can be helped
+    auto& children = parent.*(&ChildrenOf::mChildren);
+    const bool isHelped = place >= soonFound && place < children.size() && children[place] == &child;
+    if (isHelped)
+        std::swap(children.front(), children[place]);
+    parent.removeChild(&child);
+    return isHelped ? 0 : place;
 }
 
 std::string freeObjectName(Ogre::SceneManager& manager, const std::string& wanted, const std::string& type)

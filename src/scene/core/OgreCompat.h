@@ -13,6 +13,7 @@
 #include <string>
 
 namespace Ogre {
+class Node;
 class Root;
 class SceneManager;
 class SceneNode;
@@ -74,6 +75,9 @@ void installGL3Plus(Ogre::Root& root);
 Ogre::SceneNode* createChildNode(Ogre::SceneNode& parent, const std::string& wanted);
 /// The same for a node without parent.
 Ogre::SceneNode* createLooseNode(Ogre::SceneManager& manager, const std::string& wanted);
+/// Takes a child from its parent without a look at all its siblings, where it stands at `place`; else as OGRE does. Up to two
+/// siblings change their places: they stand at `place` and at the place that is returned.
+std::size_t removeChildNode(Ogre::Node& parent, Ogre::Node& child, std::size_t place);
 /// `wanted`, or with "#" and a number behind it if the scene has a movable object of that type and name already.
 std::string freeObjectName(Ogre::SceneManager& manager, const std::string& wanted, const std::string& type);
 
