@@ -72,6 +72,8 @@
 #include "task/InstanceFrameVisual.h"
 #include "task/JointTargetVisual.h"
 #include "task/RobtargetVisual.h"
+#include "task/bands/BandVectorVisual.h"
+#include "task/bands/VectorBandVisual.h"
 #include "view/AxesCross.h"
 #include "view/Camera.h"
 #include "view/OffscreenTarget.h"
@@ -253,6 +255,8 @@ void keepStationAndView()
     keep(&InstanceFrameVisual::getFrameSize);
     keep(&JointTargetVisual::Build);
     keep(&RobtargetVisual::Build);
+    keep(&BandVectorVisual::getPathPoint);
+    keep(&VectorBandVisual::updateBand);
     keep(&AxesCross::setScale);
     keep(&Camera::Published);
     keep(&OffscreenTarget::read);

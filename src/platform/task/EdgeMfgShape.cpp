@@ -109,7 +109,10 @@ MfgVector EdgeMfgShape::getMfgVector(PathPoint point) const
 
 std::optional<int> EdgeMfgShape::getMfgVectorsIndex(const TopoDS_Edge& edge) const
 {
-    const auto found = std::ranges::find_if(edges, [&](const MfgVectors& of) { return of.edge.IsSame(edge); });
+    // A run may take an edge there and back.
+    auto found = std::ranges::find_if(edges, [&](const MfgVectors& of) { return of.edge.IsEqual(edge); });
+    if (found == edges.end())
+        found = std::ranges::find_if(edges, [&](const MfgVectors& of) { return of.edge.IsSame(edge); });
     return found == edges.end() ? std::nullopt : std::optional(static_cast<int>(found - edges.begin()));
 }
 
