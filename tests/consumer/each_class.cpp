@@ -40,6 +40,8 @@
 #include "platform/task/EdgeMfgShape.h"
 #include "platform/task/Instruction.h"
 #include "platform/task/Path.h"
+#include "platform/task/Seam.h"
+#include "platform/task/SeamPath.h"
 #include "platform/task/Task.h"
 #include "scene/Init.h"
 #include "scene/Scene.h"
@@ -186,6 +188,8 @@ void keepPlatform()
     keep(&construct<task::Instruction, unsigned, std::string>);
     keep(&task::MoveInst::setTargetItem);
     keep(&task::EdgeMfgShape::addEdge);
+    keep(&task::TangentChain);
+    keep(&task::MakeSeamPath);
     keep(&program::textOf);
     keep(&station::ProgramSummary::text);
     keep(&station::fileKindOf);

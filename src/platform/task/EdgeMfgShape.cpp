@@ -41,6 +41,9 @@ void EdgeMfgShape::addEdge(MfgVectors vectors)
 {
     if (vectors.vectors.empty())
         throw std::invalid_argument("an edge of a run needs a vector");
+    for (const MfgVector& vector : vectors.vectors)
+        if (!std::isfinite(vector.parameter) || !std::isfinite(vector.direction.length()))
+            throw std::invalid_argument("a vector of a run needs numbers that are finite");
     const double sense = senseOf(vectors.edge);
     std::ranges::stable_sort(vectors.vectors, {}, [sense](const MfgVector& v) { return sense * v.parameter; });
     const auto [first, last] = geometry::GetEdgeParameters(vectors.edge);

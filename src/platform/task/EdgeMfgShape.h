@@ -25,7 +25,8 @@ public:
     ~EdgeMfgShape() override;
 
     /// Appends an edge with at least one vector. The run ends at the end of the last edge until told otherwise.
-    /// @throws std::invalid_argument "an edge of a run needs a vector"
+    /// @throws std::invalid_argument "an edge of a run needs a vector", "a vector of a run needs numbers that are finite";
+    ///         the run is as before then.
     void addEdge(geometry::MfgVectors vectors);
     /// Narrows the run. @throws std::out_of_range "invalid vector subscript" for an edge that is not there.
     void setStart(PathPoint point);
