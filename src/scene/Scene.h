@@ -135,6 +135,10 @@ public:
     void setTcpTrace(TcpTraceVisual* trace);
     /// At once, render thread: the work objects and tool data of a program. An id that is no task is passed over.
     void buildTask(unsigned id);
+    /// Posted. The band of a manufacturing shape, registered under its id, on the visual of the body whose edges it runs
+    /// along; in place of one that is there. An id that is no such shape is passed over, and one on a body without a visual.
+    /// What cannot be drawn, as a tool direction along its edge, is not: the log tells why.
+    void addBand(unsigned id);
 
     // Attachment and tree; posted. Ids must have visuals, or the render thread fails as `GetVisual` does; a new parent may
     // be 0, the world.

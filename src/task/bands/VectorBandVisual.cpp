@@ -4,6 +4,7 @@
 #include "visual/CurveVisual.h"
 #include "visual/ManualDrawing.h"
 #include "visual/MeshVisual.h"
+#include "visual/Picking.h"
 #include "visual/RenderGroups.h"
 
 #include <Ogre.h>
@@ -200,6 +201,15 @@ void VectorBandVisual::clearSelectedRange()
 {
     if (selectedBand)
         (*selectedBand)->clear();
+}
+
+void VectorBandVisual::setVisible(bool nowVisible, bool recursive)
+{
+    Visual::setVisible(nowVisible, recursive);
+    if (MeshVisual* arrow = getArrow())
+        arrow->setVisible(nowVisible, recursive);
+    if (recursive)
+        picking::setCompoundObjectEnabled(this, nowVisible);
 }
 
 void VectorBandVisual::setColor(const rob::ColorTemplate<float>& color, float alpha)

@@ -55,6 +55,9 @@ public:
     void updateSelectedBand(const task::EdgeMfgShape& shape, PathPoint from, PathPoint to);
     void clearSelectedRange();
 
+    /// The arrow goes along, and with the children their part in picking: a line that is not seen is not picked.
+    void setVisible(bool visible, bool recursive) override;
+
     // The look of the ribbon
 
     void setRegionReorderCandidate();

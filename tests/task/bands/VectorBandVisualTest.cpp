@@ -474,6 +474,22 @@ TEST_F(VectorBandVisualTest, RangeThatIsRefusedLeavesNoneAndCanBeFollowedByAnoth
     EXPECT_THAT(sectionsOf(*band->getSelectedBand()), SizeIs(1));
 }
 
+TEST_F(VectorBandVisualTest, HiddenBandHidesItsArrowAndIsNotPicked)
+{
+    VectorBandVisual* band = addBand();
+    BandVectorVisual* vector = band->getBandVectors()[0];
+
+    band->setVisible(false, true);
+
+    EXPECT_FALSE(band->getArrow()->isVisible());
+    EXPECT_FALSE(vector->isVisible());
+    EXPECT_FALSE(picking.isEnabled(vector));
+    band->setVisible(true, true);
+    EXPECT_TRUE(band->getArrow()->isVisible());
+    EXPECT_TRUE(vector->isVisible());
+    EXPECT_TRUE(picking.isEnabled(vector));
+}
+
 // Ends. The arrow hangs beside the band, and either may die first.
 
 TEST_F(VectorBandVisualTest, ArrowDrawingsAndVectorsEndWithTheBand)
