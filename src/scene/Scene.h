@@ -362,6 +362,10 @@ public:
     /// Reads the registry at once.
     void setDrawSegVisual(bool draw);
     void setDrawTargetVisual(bool draw);
+    /// The band of a manufacturing shape, registered under its id, on the visual of the body whose edges it runs
+    /// along; in place of one that is there. An id that is no such shape is passed over, and one on a body without a visual.
+    /// What cannot be drawn, as a tool direction along its edge, is not: the log tells why.
+    void addBand(unsigned id);
 
 private:
     explicit Scene(const std::string& name);

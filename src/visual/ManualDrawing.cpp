@@ -21,6 +21,12 @@ ManualDrawing::ManualDrawing(Visual& visual, const std::string& name) : visual(v
     visual.attachObject(object);
 }
 
+ManualDrawing::ManualDrawing(Visual& visual)
+    : visual(visual), object(visual.getSceneNode()->getCreator()->createManualObject())
+{
+    visual.attachObject(object);
+}
+
 ManualDrawing::~ManualDrawing()
 {
     visual.detachObject(object);

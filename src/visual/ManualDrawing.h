@@ -25,6 +25,8 @@ class VRK_EXPORT ManualDrawing {
 public:
     /// @param name  the object's; with "#" and a number behind it if the scene has an object of that name already.
     ManualDrawing(Visual& visual, const std::string& name);
+    /// With a name of OGRE's.
+    explicit ManualDrawing(Visual& visual);
     ~ManualDrawing();
     ManualDrawing(const ManualDrawing&) = delete;
     ManualDrawing& operator=(const ManualDrawing&) = delete;

@@ -40,6 +40,8 @@
 #include "platform/task/EdgeMfgShape.h"
 #include "platform/task/Instruction.h"
 #include "platform/task/Path.h"
+#include "platform/task/Seam.h"
+#include "platform/task/SeamPath.h"
 #include "platform/task/Task.h"
 #include "scene/Init.h"
 #include "scene/Scene.h"
@@ -76,6 +78,8 @@
 #include "task/PathLineVisual.h"
 #include "task/PathVisual.h"
 #include "task/RobtargetVisual.h"
+#include "task/bands/BandVectorVisual.h"
+#include "task/bands/VectorBandVisual.h"
 #include "view/AxesCross.h"
 #include "view/Camera.h"
 #include "view/OffscreenTarget.h"
@@ -188,6 +192,8 @@ void keepPlatform()
     keep(&construct<task::Instruction, unsigned, std::string>);
     keep(&task::MoveInst::setTargetItem);
     keep(&task::EdgeMfgShape::addEdge);
+    keep(&task::TangentChain);
+    keep(&task::MakeSeamPath);
     keep(&program::textOf);
     keep(&station::ProgramSummary::text);
     keep(&station::fileKindOf);
@@ -261,6 +267,8 @@ void keepStationAndView()
     keep(&PathArrowVisual::setScale);
     keep(&PathLineVisual::finish);
     keep(&PathVisual::Build);
+    keep(&BandVectorVisual::getPathPoint);
+    keep(&VectorBandVisual::updateBand);
     keep(&AxesCross::setScale);
     keep(&Camera::Published);
     keep(&OffscreenTarget::read);

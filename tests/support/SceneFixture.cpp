@@ -86,10 +86,14 @@ SceneFixture::~SceneFixture()
     scene.clearHighlightedVisual();
     scene.clearSelections();
     drain();
-    std::vector<visual::Visual*> made(world->getChildren().begin(), world->getChildren().end());
-    std::erase(made, worldFrame);
-    std::erase(made, gridVisual());
-    for (visual::Visual* visual : made)
+    // Read afresh each time: one may take others along that hang beside it.
+    const auto made = [&]() -> visual::Visual* {
+        for (visual::Visual* child : world->getChildren())
+            if (child != worldFrame && child != gridVisual())
+                return child;
+        return nullptr;
+    };
+    while (visual::Visual* visual = made())
         scene.deleteVisual(visual);
     worldFrame->setVisible(true, false); // a hidden frame would keep the size that it shows
     scene.setFrameSize(static_cast<unsigned>(testSettings().worldFrameSize), VisualType::Frame);

@@ -41,6 +41,9 @@ void EdgeMfgShape::addEdge(MfgVectors vectors)
 {
     if (vectors.vectors.empty())
         throw std::invalid_argument("an edge of a run needs a vector");
+    for (const MfgVector& vector : vectors.vectors)
+        if (!std::isfinite(vector.parameter) || !std::isfinite(vector.direction.length()))
+            throw std::invalid_argument("a vector of a run needs numbers that are finite");
     const double sense = senseOf(vectors.edge);
     std::ranges::stable_sort(vectors.vectors, {}, [sense](const MfgVector& v) { return sense * v.parameter; });
     const auto [first, last] = geometry::GetEdgeParameters(vectors.edge);
@@ -109,7 +112,10 @@ MfgVector EdgeMfgShape::getMfgVector(PathPoint point) const
 
 std::optional<int> EdgeMfgShape::getMfgVectorsIndex(const TopoDS_Edge& edge) const
 {
-    const auto found = std::ranges::find_if(edges, [&](const MfgVectors& of) { return of.edge.IsSame(edge); });
+    // A run may take an edge there and back.
+    auto found = std::ranges::find_if(edges, [&](const MfgVectors& of) { return of.edge.IsEqual(edge); });
+    if (found == edges.end())
+        found = std::ranges::find_if(edges, [&](const MfgVectors& of) { return of.edge.IsSame(edge); });
     return found == edges.end() ? std::nullopt : std::optional(static_cast<int>(found - edges.begin()));
 }
 

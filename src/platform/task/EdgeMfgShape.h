@@ -25,7 +25,8 @@ public:
     ~EdgeMfgShape() override;
 
     /// Appends an edge with at least one vector. The run ends at the end of the last edge until told otherwise.
-    /// @throws std::invalid_argument "an edge of a run needs a vector"
+    /// @throws std::invalid_argument "an edge of a run needs a vector", "a vector of a run needs numbers that are finite";
+    ///         the run is as before then.
     void addEdge(geometry::MfgVectors vectors);
     /// Narrows the run. @throws std::out_of_range "invalid vector subscript" for an edge that is not there.
     void setStart(PathPoint point);
@@ -38,7 +39,7 @@ public:
     /// The vector at a place: the one that is there, or between two of the edge one with a direction between theirs.
     /// @throws std::out_of_range "invalid vector subscript" for an edge that is not there.
     geometry::MfgVector getMfgVector(PathPoint point) const;
-    /// The index of an edge of the run; empty for any other.
+    /// The index of an edge of the run, in the same orientation if it is there in both; empty for any other.
     std::optional<int> getMfgVectorsIndex(const TopoDS_Edge& edge) const;
     /// @throws std::out_of_range "invalid vector subscript"
     const TopoDS_Edge& getEdge(int index) const;
