@@ -1,5 +1,7 @@
 #pragma once
 
+#include "selection/geometry/Box.h"
+
 #include <vector>
 
 namespace vrkview {
@@ -12,5 +14,8 @@ bool isOfProgram(unsigned id);
 /// The visuals that look selected for these ids, in their order: those of a program are its paths. What draws nothing, as a
 /// condition, has none.
 std::vector<unsigned> visualsOf(const std::vector<unsigned>& ids);
+
+/// The box in the world around the targets of a program, a path or a move; not valid where it has none.
+vrk::visual::Box boxOfTargets(unsigned id);
 
 } // namespace vrkview

@@ -14,7 +14,7 @@
 namespace vrkview {
 namespace {
 
-constexpr int stepWidth = 130, speedWidth = 58, zoneWidth = 50;
+constexpr int stepWidth = 112, speedWidth = 52, zoneWidth = 42;
 constexpr std::size_t manyRows = 20000; // above that what a filter lets through stays closed
 
 } // namespace

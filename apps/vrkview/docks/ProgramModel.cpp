@@ -284,7 +284,7 @@ QVariant ProgramModel::data(const QModelIndex& index, int role) const
         return programToolTip(object);
     case Qt::ForegroundRole:
         if (!isDrawn(object))
-            return QGuiApplication::palette().brush(QPalette::Disabled, QPalette::Text);
+            return QGuiApplication::palette().brush(QPalette::PlaceholderText);
         return {};
     default:
         return {};

@@ -2,6 +2,7 @@
 
 #include "window/Glyphs.h"
 
+#include "platform/sdf/SdfManager.h"
 #include "platform/task/Instruction.h"
 #include "platform/task/Path.h"
 #include "platform/task/Task.h"
@@ -10,6 +11,7 @@
 #include <QObject>
 
 #include <algorithm>
+#include <shared_mutex>
 
 namespace vrkview {
 namespace {
@@ -105,6 +107,24 @@ QString programToolTip(const sdf::SdfObject& object)
     if (step && !step->remark.empty())
         words += '\n' + text(step->remark);
     return words.toHtmlEscaped().replace('\n', QStringLiteral("<br>"));
+}
+
+QString describeProgramThing(unsigned id)
+{
+    const std::shared_lock lock(sdf::SdfManager::inst().mutex());
+    const sdf::SdfObject* object = sdf::SdfManager::inst().find(id);
+    const auto* path = dynamic_cast<const Path*>(object);
+    const auto* step = dynamic_cast<const Instruction*>(object);
+    QStringList words;
+    if (step && step->getPath())
+        path = step->getPath();
+    if (path && path->getTask())
+        words << text(path->getTask()->getName());
+    if (path)
+        words << text(path->getName());
+    if (const MoveInst* move = step ? moveOf(*step) : nullptr)
+        words << QObject::tr("%1 to %2").arg(programStep(*move), programTarget(*move));
+    return words.join(QStringLiteral(" › "));
 }
 
 QIcon programIcon(const sdf::SdfObject& object)

@@ -26,6 +26,8 @@ QString programSpeed(const sdf::SdfObject& object);
 QString programZone(const sdf::SdfObject& object);
 /// "line 12: MoveL p20, v100, fine, torch"
 QString programToolTip(const sdf::SdfObject& object);
+/// "Welding › weldBracket › Linear to seam1", in one line; takes the model's lock shared. Empty for an unknown id.
+QString describeProgramThing(unsigned id);
 QIcon programIcon(const sdf::SdfObject& object);
 
 } // namespace vrkview

@@ -2,12 +2,13 @@
 
 #include "docks/ProgramModel.h"
 
-#include <QHeaderView>
 #include <QPainter>
 #include <QStyledItemDelegate>
 
 namespace vrkview {
 namespace {
+
+constexpr int narrowIndentation = 12; // there are columns to show
 
 /// The last column of the row with a text.
 int lastWithText(const QModelIndex& row)
@@ -38,6 +39,7 @@ ProgramView::ProgramView(QWidget* parent) : TreeView(std::nullopt, parent)
 {
     setItemDelegate(new ShortTexts(this));
     setHeaderHidden(false);
+    setIndentation(narrowIndentation);
 }
 
 void ProgramView::drawRow(QPainter* painter, const QStyleOptionViewItem& options, const QModelIndex& index) const

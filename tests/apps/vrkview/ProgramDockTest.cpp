@@ -4,10 +4,13 @@
 #include "WindowFixture.h"
 #include "docks/ProgramModel.h"
 #include "docks/ProgramView.h"
+#include "docks/PropertyDock.h"
 #include "docks/TreeDock.h"
 #include "docks/TreeView.h"
+#include "edit/ModelPlaces.h"
 
 #include "platform/layout/Layout.h"
+#include "view/Camera.h"
 
 #include <gmock/gmock.h>
 
@@ -15,6 +18,9 @@
 #include <QAction>
 #include <QElapsedTimer>
 #include <QLineEdit>
+
+#include <algorithm>
+#include <cmath>
 
 namespace vrkview::test {
 namespace {
@@ -41,6 +47,24 @@ protected:
     {
         tree().selectionModel()->select(model().indexOf(id),
                                         QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    }
+    static QString valueOf(const QString& name)
+    {
+        for (const Properties::Line& line : window().getPropertyDock().getShown().lines)
+            if (line.name == name && !line.value.isEmpty())
+                return line.value;
+        return {};
+    }
+    /// x, y and z below that heading.
+    static std::vector<QString> placeUnder(const QString& heading)
+    {
+        const std::vector<Properties::Line>& lines = window().getPropertyDock().getShown().lines;
+        const auto found = std::ranges::find(lines, heading, &Properties::Line::name);
+        std::vector<QString> place;
+        for (auto line = found; line != lines.end() && place.size() < 3; ++line)
+            if (line != found)
+                place.push_back(line->value);
+        return place;
     }
     static std::vector<unsigned> marked()
     {
@@ -132,6 +156,96 @@ TEST_F(ProgramDockTest, ProgramThatComesIsShownAndThatGoesIsNot)
 
     EXPECT_EQ(model().rowCount(), 1);
     EXPECT_THAT(state().getSelected(), IsEmpty());
+}
+
+TEST_F(ProgramDockTest, PropertiesOfAMoveTellWhereItsTargetIs)
+{
+    const MoveInst& move = *welding().getMoveInstructions()[3];
+
+    state().selectVisuals({move.getId()});
+
+    const Properties& shown = window().getPropertyDock().getShown();
+    EXPECT_EQ(shown.title, "seam1");
+    EXPECT_EQ(shown.subtitle, QString("Linear move · id %1").arg(move.getId()));
+    EXPECT_EQ(valueOf("Speed"), "v100");
+    EXPECT_EQ(valueOf("Zone"), "fine");
+    EXPECT_EQ(valueOf("Tool"), "torch");
+    EXPECT_EQ(valueOf("Work object"), "fixture");
+    EXPECT_EQ(valueOf("Program"), "Welding");
+    EXPECT_EQ(valueOf("Path"), "weldBracket");
+    EXPECT_THAT(placeUnder("In fixture (mm, °)"), ElementsAre("102.500", "32.500", "3.000"));
+    // The positioner stands at x = 1050, its table is 530 above the floor, the fixture's top 17.5 above the table.
+    EXPECT_THAT(placeUnder("In the world (mm, °)"), ElementsAre("960.000", "-90.000", "550.500"));
+    settle();
+    shoot("program_properties");
+}
+
+TEST_F(ProgramDockTest, PropertiesFollowTheObjectFrameAndTheViaPoint)
+{
+    const MoveInst& arc = *welding().getMoveInstructions()[5];
+    WObjDataItem& fixture = *arc.getWObjItem();
+    const vrk::rob::Posed before = fixture.getObjectFrame()->getPose();
+    Layout::inst().tasks.front()->moveObjectFrame(fixture, vrk::rob::Posed(vrk::rob::Posd(10, 20, 30)));
+
+    state().selectVisuals({arc.getId()});
+
+    EXPECT_EQ(window().getPropertyDock().getShown().title, "seam4");
+    EXPECT_THAT(placeUnder("In fixture (mm, °)"), ElementsAre("312.500", "68.500", "3.000"));
+    EXPECT_THAT(placeUnder("In the world (mm, °)"), ElementsAre("1180.000", "-34.000", "580.500"));
+    EXPECT_EQ(placeUnder("seam3: In fixture (mm, °)").size(), 3u);
+    Layout::inst().tasks.front()->moveObjectFrame(fixture, before);
+}
+
+TEST_F(ProgramDockTest, PropertiesOfAPostureTellItsJoints)
+{
+    state().selectVisuals({welding().getMoveInstructions()[0]->getId()});
+
+    EXPECT_EQ(valueOf("axis 1"), "-35.000");
+    EXPECT_EQ(valueOf("axis 5"), "60.000");
+}
+
+TEST_F(ProgramDockTest, PropertiesTellWhatAProgramHoldsAndWhatIsNotDrawn)
+{
+    const Task& task = *Layout::inst().tasks.front();
+    state().selectVisuals({task.getId()});
+    EXPECT_EQ(window().getPropertyDock().getShown().title, "Welding");
+    EXPECT_EQ(valueOf("Paths"), "2");
+    EXPECT_EQ(valueOf("Instructions"), "17");
+    EXPECT_EQ(valueOf("Moves"), "10");
+    EXPECT_EQ(valueOf("Moves that are not drawn"), "1");
+    EXPECT_EQ(valueOf("Robot"), "Robot");
+
+    state().selectVisuals({task.getOwnPaths()[1]->getInstructions()[1]->getId()});
+    EXPECT_EQ(valueOf("Not drawn"), "not known before it runs");
+
+    state().selectVisuals({task.getOwnPaths()[0]->getId(), task.getOwnPaths()[1]->getId()});
+    EXPECT_EQ(window().getPropertyDock().getShown().title, "2 things selected");
+}
+
+TEST_F(ProgramDockTest, FocusOnAPathShowsAllOfItsTargets)
+{
+    using vrk::visual::Camera;
+    const vrk::rob::Posef before = Camera::Get()->getWorldPose();
+
+    emit dock().focusRequested(welding().getId());
+    ASSERT_TRUE(waitFor([] { return !window().getFlight().isFlying(); }));
+    settle();
+
+    const vrk::rob::Posef there = Camera::Get()->getWorldPose();
+    EXPECT_NE(there.position, before.position);
+    const float slope = std::tan(Camera::Get()->getVFOV() / 2);
+    for (const MoveInst* move : welding().getMoveInstructions()) {
+        const vrk::rob::Posd place =
+            (worldPoseOfThing(move->getTargetItem()->getOwnerId()) * move->getTargetItem()->getPose()).position;
+        const vrk::rob::Posf seen =
+            there.inverse() *
+            vrk::rob::Posf(static_cast<float>(place.x), static_cast<float>(place.y), static_cast<float>(place.z));
+        EXPECT_LT(seen.z, 0);
+        EXPECT_LT(std::abs(seen.y / seen.z), slope);
+        EXPECT_LT(std::abs(seen.x / seen.z), slope * Camera::Get()->getAspectRatio());
+    }
+    window().getFlight().flyTo(before);
+    ASSERT_TRUE(waitFor([] { return !window().getFlight().isFlying(); }));
 }
 
 TEST_F(ProgramDockTest, NothingOfAProgramCanBeRenamedOrDeleted)
