@@ -1,5 +1,6 @@
 #include "canvas/Picked.h"
 
+#include "docks/ProgramText.h"
 #include "docks/StationTree.h"
 
 #include "selection/geometry/Result.h"
@@ -13,6 +14,15 @@ namespace {
 using vrk::VisualType;
 using vrk::selection::Result;
 using vrk::visual::Visual;
+
+/// The move whose target or arrow was hit, or the path whose line; null for anything else.
+const Visual* moveOf(const Result& result)
+{
+    for (const Visual* visual = result.hit ? result.visual : nullptr; visual; visual = visual->getParent())
+        if (visual->getType() == VisualType::MoveInstruction || visual->getType() == VisualType::Path)
+            return visual;
+    return nullptr;
+}
 
 /// The row of what was hit, or of the next thing above it that has one: edges of a body have none.
 int rowOf(const StationTree& tree, const Visual* visual)
@@ -59,6 +69,8 @@ int wholeOf(const StationTree& tree, int row)
 
 unsigned thingOf(const StationTree& tree, const Result& result)
 {
+    if (const Visual* move = moveOf(result))
+        return move->getId();
     const int row = rowOf(tree, result.hit ? result.visual : nullptr);
     return row == StationTree::none ? 0 : at(tree, wholeOf(tree, row)).id;
 }
@@ -71,6 +83,8 @@ unsigned faceOf(const Result& result)
 
 QString describeForUser(const StationTree& tree, const Result& result)
 {
+    if (const Visual* move = moveOf(result))
+        return describeProgramThing(move->getId());
     const int row = rowOf(tree, result.hit ? result.visual : nullptr);
     if (row == StationTree::none)
         return {};

@@ -1,6 +1,7 @@
 #include "canvas/ViewState.h"
 
 #include "canvas/DrawMode.h"
+#include "canvas/ProgramThings.h"
 #include "canvas/Visibility.h"
 #include "edit/HideThings.h"
 #include "edit/History.h"
@@ -52,7 +53,7 @@ void ViewState::selectVisuals(std::vector<unsigned> ids)
     Scene& scene = *Scene::Get();
     scene.setVisualsSelected(toldScene);
     // The outline costs a pass over the picture, so that it goes with the last thing that it is drawn around.
-    scene.addRenderTask([&scene, any = !selected.empty()] { scene.setBorderHighlightEnabled(any); }, 0);
+    scene.addRenderTask([&scene, any = !toldScene.empty()] { scene.setBorderHighlightEnabled(any); }, 0);
     emit selectionChanged();
 }
 
@@ -61,7 +62,7 @@ std::vector<unsigned> ViewState::ownersFirst() const
     std::vector<unsigned> ids = selected;
     // A row comes behind what it hangs on; what has no row stands for itself.
     std::ranges::stable_sort(ids, {}, [this](unsigned id) { return tree.find(id); });
-    return ids;
+    return visualsOf(ids);
 }
 
 void ViewState::toggle(unsigned id)
@@ -367,7 +368,7 @@ void ViewState::stationWasReplaced(std::vector<HiddenFace> itsHiddenFaces)
 
 void ViewState::forgetWhatIsGone()
 {
-    const auto isGone = [this](unsigned id) { return tree.find(id) == StationTree::none; };
+    const auto isGone = [this](unsigned id) { return tree.find(id) == StationTree::none && !isOfProgram(id); };
     std::erase_if(selectedFaces, [&](const auto& face) { return isGone(face.first); });
     std::vector<unsigned> left = selected;
     std::erase_if(left, isGone);

@@ -34,7 +34,8 @@ constexpr std::array views = {
     View{"bottom", 6, {0, 0, 1}, {0, -1, 0}},
 };
 
-constexpr float filled = 0.92f; // of the picture's width or height
+constexpr float leastAround = 10, partAround = 0.1f; // room around a box: model units, and part of its size
+constexpr float filled = 0.92f;                      // of the picture's width or height
 
 /// The narrowest wedge of a given slope that holds some points, seen across it.
 class Wedge {
@@ -55,11 +56,9 @@ private:
     float left = std::numeric_limits<float>::lowest();
 };
 
-/// The scene's own fit leaves room for the ball around everything; seen from where it puts the camera, this one draws
-/// nearer and to the middle until the boxes of the bodies fill the picture.
-Posef closer(const Posef& fit)
+/// Where these places fill the picture, turned as `fit`; with none, `fit` itself.
+Posef fitted(const std::vector<Posf>& corners, const Posef& fit)
 {
-    const std::vector<Posf> corners = bodyCorners();
     if (corners.empty())
         return fit;
 
@@ -74,6 +73,13 @@ Posef closer(const Posef& fit)
     }
     const float depth = std::min(horizontal.apexDepth(), upright.apexDepth());
     return {fit * Posf(horizontal.apexAcross(), upright.apexAcross(), -depth), fit.rotation()};
+}
+
+/// The scene's own fit leaves room for the ball around everything; seen from where it puts the camera, this one draws
+/// nearer and to the middle until the boxes of the bodies fill the picture.
+Posef closer(const Posef& fit)
+{
+    return fitted(bodyCorners(), fit);
 }
 
 template <typename Wanted, typename Field>
@@ -125,6 +131,17 @@ Posef poseAlong(const View& view)
 Posef poseForAll()
 {
     return closer(Scene::Get()->getViewAllPose());
+}
+
+Posef poseForBox(const vrk::visual::Box& box)
+{
+    const float around = std::max(leastAround, partAround * (box.max - box.min).length());
+    std::vector<Posf> corners;
+    for (unsigned i = 0; i < 8; ++i)
+        corners.emplace_back(i & 1 ? box.max.x + around : box.min.x - around,
+                             i & 2 ? box.max.y + around : box.min.y - around,
+                             i & 4 ? box.max.z + around : box.min.z - around);
+    return fitted(corners, Camera::Get()->getWorldPose());
 }
 
 void lookAlong(const View& view)

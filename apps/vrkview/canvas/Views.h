@@ -1,6 +1,7 @@
 #pragma once
 
 #include "scene/math/Pose.h"
+#include "selection/geometry/Box.h"
 
 #include <span>
 #include <string>
@@ -30,6 +31,8 @@ std::string viewNames();
 vrk::rob::Posef poseAlong(const View& view);
 /// Where everything is in view, the direction kept.
 vrk::rob::Posef poseForAll();
+/// Where this box, with some room around it, fills the picture, the direction kept.
+vrk::rob::Posef poseForBox(const vrk::visual::Box& box);
 /// Posts the move to `poseAlong`.
 void lookAlong(const View& view);
 /// Posts the move to the view that the station was left with; where it has none, to the first of the directions.

@@ -4,6 +4,7 @@
 #include "demo/DemoFurniture.h"
 #include "demo/DemoParts.h"
 #include "demo/DemoPositioner.h"
+#include "demo/DemoProgram.h"
 #include "demo/DemoScan.h"
 #include "demo/DemoShapes.h"
 
@@ -13,7 +14,6 @@
 #include "platform/layout/Mechanism.h"
 #include "platform/layout/Part.h"
 #include "platform/layout/PointCloud.h"
-#include "platform/task/DataItem.h"
 #include "platform/task/Task.h"
 
 #include <array>
@@ -114,26 +114,6 @@ void addGoods(const Posed& pallet, std::vector<std::shared_ptr<Part>>& parts)
     }
 }
 
-/// What the arm's program is written in: the torch's tip, the fixture, and where the arm stands ready.
-std::shared_ptr<vrk::task::Task> makeTask(const vrk::layout::Manipulator& arm, unsigned torch, unsigned fixture)
-{
-    auto task = std::make_shared<vrk::task::Task>(newId(), "Welding");
-    task->setOwnerId(arm.getId());
-    task->setManipulatorId(arm.getId());
-    auto tip = std::make_shared<vrk::task::ToolDataItem>(newId(), "torch");
-    tip->setOwnerId(torch);
-    tip->setPose(torchTip());
-    task->addDataItem(tip);
-    auto corner = std::make_shared<vrk::task::WObjDataItem>(newId(), "fixture");
-    corner->setOwnerId(fixture);
-    corner->setPose(at(-275 * fixtureScale, -175 * fixtureScale, 0));
-    task->addDataItem(corner);
-    auto ready = std::make_shared<vrk::task::JointTargetDataItem>(newId(), "ready");
-    ready->jointValues = arm.getJointValues();
-    task->addDataItem(ready);
-    return task;
-}
-
 void setJoints(vrk::layout::Mechanism& mechanism, std::span<const double> degrees)
 {
     std::vector<double> values;
@@ -195,6 +175,7 @@ Station demoStation()
     addGoods(pallet, station.parts);
     cell.visibilities = {measured->getId()};
     station.clouds = {scanOfBracket(scanned, static_cast<float>(bracketScale))};
+    addProgram(*cell.tasks.front());
     cell.lastViewPointPose = lookingFrom({5400, -5650, 3950}, {225, -205, 455});
     return station;
 }

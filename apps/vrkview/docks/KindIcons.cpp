@@ -171,6 +171,10 @@ void drawKind(QPainter& painter, const QColor&, int number)
 
 QIcon kindIcon(VisualType kind)
 {
+    if (kind == VisualType::Path)
+        return stepIcon(StepIcon::Path);
+    if (kind == VisualType::MoveInstruction)
+        return stepIcon(StepIcon::Linear);
     return QIcon(new GlyphEngine(drawKind, static_cast<int>(kind)));
 }
 

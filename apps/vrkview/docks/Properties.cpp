@@ -1,7 +1,9 @@
 #include "docks/Properties.h"
 
 #include "canvas/Contents.h"
+#include "canvas/ProgramThings.h"
 #include "docks/PoseText.h"
+#include "docks/ProgramProperties.h"
 #include "docks/StationTree.h"
 #include "files/ObjectNames.h"
 
@@ -15,6 +17,7 @@
 #include <QLocale>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <shared_mutex>
 
@@ -26,36 +29,14 @@ using vrk::rob::Posed;
 using vrk::visual::Scene;
 using vrk::visual::Visual;
 
-/// Without the minus of what rounds to zero.
-QString fixed(double value, int decimals)
-{
-    const double half = 0.5 * std::pow(10.0, -decimals);
-    return QLocale::c().toString(std::abs(value) < half ? 0.0 : value, 'f', decimals);
-}
-
-void addPose(Properties& properties, const QString& heading, const Posed& pose)
-{
-    properties.lines.push_back({heading + QStringLiteral(" (mm, °)"), {}, {}, {}});
-    const std::array<double, 3> place = {pose.position.x, pose.position.y, pose.position.z};
-    const std::array<double, 3> angles = anglesOf(pose.rotation());
-    const std::array<QString, 3> axes = {"X", "Y", "Z"};
-    for (std::size_t i = 0; i < axes.size(); ++i)
-        properties.lines.push_back({axes[i], fixed(place[i], 3), "R" + axes[i].toLower(), fixed(angles[i], 3)});
-}
-
 void addCounts(Properties& properties, const Contents& contents)
 {
-    properties.lines.push_back({"Contents", {}, {}, {}});
-    const auto add = [&properties](const char* name, std::uint64_t count) {
-        if (count > 0)
-            properties.lines.push_back(
-                {name, QLocale(QLocale::English).toString(static_cast<qulonglong>(count)), {}, {}});
-    };
-    add("Bodies", contents.bodies);
-    add("Faces", contents.faces);
-    add("Triangles", contents.triangles);
-    add("Curves", contents.curves);
-    add("Points", contents.points);
+    properties.addHeading("Contents");
+    properties.addCount("Bodies", contents.bodies);
+    properties.addCount("Faces", contents.faces);
+    properties.addCount("Triangles", contents.triangles);
+    properties.addCount("Curves", contents.curves);
+    properties.addCount("Points", contents.points);
     if (properties.lines.back().value.isEmpty())
         properties.lines.pop_back(); // nothing to count
 }
@@ -102,20 +83,19 @@ Properties ofOne(Visual& visual, const StationTree& tree)
     QString name = kind ? kind : "object";
     name[0] = name[0].toUpper();
     properties.subtitle = QString("%1 · id %2").arg(name).arg(visual.getId());
-    addPose(properties, "In the world", Posed(visual.getWorldPose()));
+    properties.addPose("In the world", Posed(visual.getWorldPose()));
     if (const Visual* parent = visual.getParent(); parent && parent != Scene::GetWorldVisual()) {
         const int above = tree.find(parent->getId());
-        addPose(properties,
-                above == StationTree::none
-                    ? QString("Relative")
-                    : "In " + QString::fromStdString(tree.getRows()[static_cast<std::size_t>(above)].name),
-                Posed(visual.getPose()));
+        properties.addPose(above == StationTree::none
+                               ? QString("Relative")
+                               : "In " + QString::fromStdString(tree.getRows()[static_cast<std::size_t>(above)].name),
+                           Posed(visual.getPose()));
     }
     addCounts(properties, contentsOf(visual));
     const std::shared_lock lock(sdf::SdfManager::inst().mutex());
     if (const QString file = fileOf(sdf::SdfManager::inst().find(visual.getId())); !file.isEmpty()) {
-        properties.lines.push_back({"Geometry", {}, {}, {}});
-        properties.lines.push_back({"File", file, {}, {}});
+        properties.addHeading("Geometry");
+        properties.addValue("File", file);
     }
     properties.canBePainted = takesColor(visual);
     return properties;
@@ -123,23 +103,56 @@ Properties ofOne(Visual& visual, const StationTree& tree)
 
 } // namespace
 
+QString fixedNumber(double value, int decimals)
+{
+    const double half = 0.5 * std::pow(10.0, -decimals);
+    return QLocale::c().toString(std::abs(value) < half ? 0.0 : value, 'f', decimals);
+}
+
+void Properties::addValue(const QString& name, const QString& value)
+{
+    if (!value.isEmpty()) // which would be a heading
+        lines.push_back({name, value, {}, {}});
+}
+
+void Properties::addCount(const QString& name, std::uint64_t count)
+{
+    if (count > 0)
+        addValue(name, QLocale(QLocale::English).toString(static_cast<qulonglong>(count)));
+}
+
+void Properties::addPose(const QString& heading, const Posed& pose)
+{
+    addHeading(heading + QStringLiteral(" (mm, °)"));
+    const std::array<double, 3> place = {pose.position.x, pose.position.y, pose.position.z};
+    const std::array<double, 3> angles = anglesOf(pose.rotation());
+    const std::array<QString, 3> axes = {"X", "Y", "Z"};
+    for (std::size_t i = 0; i < axes.size(); ++i)
+        lines.push_back({axes[i], fixedNumber(place[i], 3), "R" + axes[i].toLower(), fixedNumber(angles[i], 3)});
+}
+
 Properties propertiesOf(std::span<const unsigned> ids, const StationTree& tree)
 {
+    if (ids.size() == 1 && isOfProgram(ids.front()))
+        return propertiesOfProgram(ids.front());
     std::vector<Visual*> visuals;
+    std::size_t ofPrograms = 0;
     for (const unsigned id : ids)
-        if (Scene::HasVisual(id))
+        if (isOfProgram(id))
+            ++ofPrograms;
+        else if (Scene::HasVisual(id))
             visuals.push_back(Scene::GetVisual(id));
-    if (visuals.size() == 1)
+    if (visuals.size() == 1 && ofPrograms == 0)
         return ofOne(*visuals.front(), tree);
 
     Properties properties;
     Contents sum;
-    if (visuals.empty()) {
+    if (visuals.empty() && ofPrograms == 0) {
         properties.title = "Nothing selected";
         properties.subtitle = "The whole station";
         sum = contentsOf(*Scene::GetWorldVisual());
     } else {
-        properties.title = QString("%1 things selected").arg(visuals.size());
+        properties.title = QString("%1 things selected").arg(visuals.size() + ofPrograms);
         properties.subtitle = "Together";
         for (Visual* visual : visuals)
             sum += contentsOf(*visual);

@@ -1,18 +1,13 @@
 #include "docks/TreeDock.h"
 
+#include "docks/FilterLine.h"
 #include "docks/StationTreeModel.h"
 #include "docks/TreeView.h"
 
-#include <QEvent>
 #include <QHeaderView>
-#include <QKeyEvent>
-#include <QLineEdit>
 #include <QScopedValueRollback>
 #include <QSortFilterProxyModel>
 #include <QVBoxLayout>
-
-#include <algorithm>
-#include <map>
 
 namespace vrkview {
 namespace {
@@ -20,24 +15,12 @@ namespace {
 constexpr int eyeWidth = 28;
 constexpr int manyRows = 20000; // above that what a filter lets through stays closed
 
-/// The ranges that these indexes, of one parent, make.
-void appendRanges(std::vector<QModelIndex>& indexes, QItemSelection& ranges)
-{
-    std::sort(indexes.begin(), indexes.end());
-    for (std::size_t first = 0; first < indexes.size();) {
-        std::size_t end = first + 1;
-        while (end < indexes.size() && indexes[end].row() == indexes[end - 1].row() + 1)
-            ++end;
-        ranges.append(QItemSelectionRange(indexes[first], indexes[end - 1]));
-        first = end;
-    }
-}
-
 } // namespace
 
 TreeDock::TreeDock(ViewState& state, QWidget* parent)
-    : QDockWidget(tr("Station"), parent), state(state), filter(new QLineEdit), tree(new TreeView),
-      model(new StationTreeModel(state, this)), filtered(new QSortFilterProxyModel(this))
+    : QDockWidget(tr("Station"), parent), state(state), filter(new FilterLine(tr("Filter by name"))),
+      tree(new TreeView(StationTreeModel::Eye)), model(new StationTreeModel(state, this)),
+      filtered(new QSortFilterProxyModel(this))
 {
     setObjectName("tree");
     buildTree();
@@ -49,9 +32,6 @@ TreeDock::TreeDock(ViewState& state, QWidget* parent)
     column->addWidget(tree);
     setWidget(content);
 
-    filter->setPlaceholderText(tr("Filter by name"));
-    filter->setClearButtonEnabled(true);
-    filter->installEventFilter(this);
     connect(filter, &QLineEdit::textChanged, this, &TreeDock::applyFilter);
     connect(&state, &ViewState::selectionChanged, this, &TreeDock::showSelection);
 }
@@ -126,22 +106,11 @@ void TreeDock::showSelection()
     if (isShowing)
         return;
     const QScopedValueRollback showing(isShowing, true);
-    // Neighbours make one range: with a range for each row a selection of thousands takes seconds.
-    std::map<QModelIndex, std::vector<QModelIndex>> byParent;
-    QModelIndex last;
+    std::vector<QModelIndex> rows;
     for (const unsigned id : state.getSelected())
-        if (const QModelIndex index = filtered->mapFromSource(model->indexOf(id)); index.isValid()) {
-            byParent[index.parent()].push_back(index);
-            last = index;
-        }
-    QItemSelection rows;
-    for (auto& [parent, indexes] : byParent)
-        appendRanges(indexes, rows);
-    tree->selectionModel()->select(rows, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
-    if (last.isValid()) {
-        tree->selectionModel()->setCurrentIndex(last, QItemSelectionModel::NoUpdate);
-        tree->scrollTo(last); // which opens what it lies in
-    }
+        if (const QModelIndex index = filtered->mapFromSource(model->indexOf(id)); index.isValid())
+            rows.push_back(index);
+    tree->markRows(rows);
 }
 
 void TreeDock::applyFilter(const QString& text)
@@ -169,20 +138,6 @@ void TreeDock::toggleEye(const QModelIndex& index)
     const bool visible = state.shownOf(id) == ViewState::Shown::Not;
     // The eye of a selected thing is that of all of them.
     state.setVisible(state.isSelected(id) ? state.getSelected() : std::vector{id}, visible);
-}
-
-bool TreeDock::eventFilter(QObject* watched, QEvent* event)
-{
-    // Esc belongs to the filter as long as there is something in it.
-    if (watched == filter && !filter->text().isEmpty() &&
-        (event->type() == QEvent::ShortcutOverride || event->type() == QEvent::KeyPress) &&
-        static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) {
-        if (event->type() == QEvent::KeyPress)
-            filter->clear();
-        event->accept();
-        return true;
-    }
-    return QDockWidget::eventFilter(watched, event);
 }
 
 } // namespace vrkview

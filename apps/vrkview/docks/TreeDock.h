@@ -4,7 +4,6 @@
 
 #include <unordered_set>
 
-class QItemSelection;
 class QLineEdit;
 class QSortFilterProxyModel;
 
@@ -32,9 +31,6 @@ public:
 signals:
     /// The user wants to look at this visual.
     void focusRequested(unsigned id);
-
-protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     void buildTree();

@@ -1,13 +1,30 @@
 #include "docks/TreeView.h"
 
-#include "docks/StationTreeModel.h"
-
 #include <QHeaderView>
 #include <QMouseEvent>
 
-namespace vrkview {
+#include <algorithm>
+#include <map>
 
-TreeView::TreeView(QWidget* parent) : QTreeView(parent)
+namespace vrkview {
+namespace {
+
+/// The ranges that these indexes, of one parent, make.
+void appendRanges(std::vector<QModelIndex>& indexes, QItemSelection& ranges)
+{
+    std::sort(indexes.begin(), indexes.end());
+    for (std::size_t first = 0; first < indexes.size();) {
+        std::size_t end = first + 1;
+        while (end < indexes.size() && indexes[end].row() == indexes[end - 1].row() + 1)
+            ++end;
+        ranges.append(QItemSelectionRange(indexes[first], indexes[end - 1]));
+        first = end;
+    }
+}
+
+} // namespace
+
+TreeView::TreeView(std::optional<int> eyeColumn, QWidget* parent) : QTreeView(parent), eyeColumn(eyeColumn)
 {
     setUniformRowHeights(true); // with many thousands of rows none is asked for its height
     setHeaderHidden(true);
@@ -20,10 +37,26 @@ TreeView::TreeView(QWidget* parent) : QTreeView(parent)
     setTextElideMode(Qt::ElideRight);
 }
 
+void TreeView::markRows(const std::vector<QModelIndex>& rows)
+{
+    // Neighbours make one range: with a range for each row a selection of thousands takes seconds.
+    std::map<QModelIndex, std::vector<QModelIndex>> byParent;
+    for (const QModelIndex& row : rows)
+        byParent[row.parent()].push_back(row);
+    QItemSelection ranges;
+    for (auto& [parent, indexes] : byParent)
+        appendRanges(indexes, ranges);
+    selectionModel()->select(ranges, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    if (rows.empty())
+        return;
+    selectionModel()->setCurrentIndex(rows.back(), QItemSelectionModel::NoUpdate);
+    scrollTo(rows.back());
+}
+
 bool TreeView::clickEye(const QMouseEvent& event)
 {
     const QModelIndex index = indexAt(event.position().toPoint());
-    if (event.button() != Qt::LeftButton || index.column() != StationTreeModel::Eye)
+    if (event.button() != Qt::LeftButton || !index.isValid() || index.column() != eyeColumn)
         return false;
     emit eyeClicked(index);
     return true;

@@ -2,14 +2,21 @@
 
 #include <QTreeView>
 
+#include <optional>
+#include <vector>
+
 namespace vrkview {
 
-/// The view of the station's tree: a click into the column of eyes is told and selects nothing.
+/// A tree in a dock, with rows of one height. A click into its column of eyes, if it has one, is told and selects nothing.
 class TreeView : public QTreeView {
     Q_OBJECT
 
 public:
-    explicit TreeView(QWidget* parent = nullptr);
+    explicit TreeView(std::optional<int> eyeColumn, QWidget* parent = nullptr);
+
+    /// Marks these rows and no others, and scrolls to the last one, which opens what it lies in.
+    /// @param rows  indexes of first columns.
+    void markRows(const std::vector<QModelIndex>& rows);
 
 signals:
     void eyeClicked(const QModelIndex& index);
@@ -22,6 +29,8 @@ protected:
 private:
     /// Whether the event was for an eye.
     bool clickEye(const QMouseEvent& event);
+
+    std::optional<int> eyeColumn;
 };
 
 } // namespace vrkview

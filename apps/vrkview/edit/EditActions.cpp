@@ -196,7 +196,7 @@ void EditActions::followState()
 {
     const std::vector<unsigned>& ids = state.getSelected();
     const bool canAttachNow = canAttach(ids);
-    rename->setEnabled(ids.size() == 1);
+    rename->setEnabled(ids.size() == 1 && state.getTree().find(ids.front()) != StationTree::none);
     place->setEnabled(ids.size() == 1 && isThingOfItsOwn(ids.front()));
     attach->setEnabled(canAttachNow);
     attach->setText(canAttachNow ? tr("&Attach to %1").arg(nameOfThing(ids.back()).replace('&', "&&")) : tr("&Attach"));

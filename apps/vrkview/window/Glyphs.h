@@ -32,8 +32,12 @@ enum class Glyph {
     Reset,
 };
 
+/// What a program is made of.
+enum class StepIcon { Program, Path, Linear, Circular, Dashed, Other };
+
 /// Icons drawn by code in the colours of the palette, at every size and number of pixels. Application thread.
 QIcon glyph(Glyph which);
 QIcon kindIcon(vrk::VisualType kind);
+QIcon stepIcon(StepIcon which);
 
 } // namespace vrkview

@@ -7,6 +7,7 @@ namespace {
 
 constexpr const char* geometryKey = "window/geometry";
 constexpr const char* stateKey = "window/state";
+constexpr const char* closedKey = "window/closed";
 constexpr const char* recentKey = "files/recent";
 constexpr const char* drawModeKey = "view/display";
 constexpr const char* gridKey = "view/grid";
@@ -36,6 +37,16 @@ void Settings::setWindow(const QByteArray& geometry, const QByteArray& state)
 {
     store.setValue(geometryKey, geometry);
     store.setValue(stateKey, state);
+}
+
+QStringList Settings::closedDocks() const
+{
+    return store.value(closedKey).toStringList();
+}
+
+void Settings::setClosedDocks(const QStringList& names)
+{
+    store.setValue(closedKey, names);
 }
 
 QStringList Settings::recentFiles() const

@@ -23,6 +23,10 @@ public:
     QByteArray windowState() const;
     void setWindow(const QByteArray& geometry, const QByteArray& state);
 
+    /// The names of docks that the user closed although the station had something for them.
+    QStringList closedDocks() const;
+    void setClosedDocks(const QStringList& names);
+
     /// Absolute paths, the last one opened first.
     QStringList recentFiles() const;
     void addRecentFile(const QString& path);

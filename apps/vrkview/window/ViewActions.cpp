@@ -2,12 +2,14 @@
 
 #include "canvas/CameraFlight.h"
 #include "canvas/DrawMode.h"
+#include "canvas/ProgramThings.h"
 #include "canvas/Surroundings.h"
 #include "canvas/Views.h"
 #include "window/Glyphs.h"
 #include "window/Settings.h"
 
 #include "scene/Scene.h"
+#include "visual/Visual.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -22,6 +24,11 @@ namespace vrkview {
 namespace {
 
 using vrk::visual::Scene;
+
+bool isMoveOnScreen(unsigned id)
+{
+    return Scene::HasVisual(id) && Scene::GetVisual(id)->getType() == vrk::VisualType::MoveInstruction;
+}
 
 struct Looks {
     std::string_view name; // of a view or a display mode
@@ -181,8 +188,13 @@ void ViewActions::fillToolBar(QToolBar& bar) const
 
 void ViewActions::focusOn(unsigned id)
 {
-    if (Scene::HasVisual(id))
+    // Programs and paths have no shape that the scene's own focus would find.
+    if (isOfProgram(id) && !isMoveOnScreen(id)) {
+        if (const vrk::visual::Box targets = boxOfTargets(id); targets.isValid())
+            flight.flyTo(poseForBox(targets));
+    } else if (Scene::HasVisual(id)) {
         flight.flyTo(Scene::Get()->getVisualFocusPose(id));
+    }
 }
 
 void ViewActions::follow()

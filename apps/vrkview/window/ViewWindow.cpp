@@ -7,6 +7,8 @@
 #include "canvas/ViewWidget.h"
 #include "canvas/Views.h"
 #include "docks/JointDock.h"
+#include "docks/ProgramDock.h"
+#include "docks/ProgramView.h"
 #include "docks/PropertyDock.h"
 #include "docks/TreeDock.h"
 #include "docks/TreeView.h"
@@ -46,6 +48,8 @@ constexpr int leftWidth = 270;
 constexpr int rightWidth = 300;
 constexpr int treeHeight = 400;
 constexpr int propertiesHeight = 400;
+constexpr int jointsHeight = 420;
+constexpr int programHeight = 380;
 constexpr int toolIcon = 20;
 constexpr int propertiesInterval = 100; // milliseconds
 constexpr int noteTime = 5000;          // milliseconds that a note stays in the status line
@@ -86,10 +90,10 @@ QStringList localFiles(const QMimeData& data)
 ViewWindow::ViewWindow(const Station& station, const DrawMode& mode)
     : state(mode, station.hiddenFaces), files(state, settings, QString::fromStdString(station.title)),
       view(new ViewWidget(this)), messages(new MessageBar), tree(new TreeDock(state, this)),
-      joints(new JointDock(state, this)), properties(new PropertyDock(state, this)),
-      actions(new ViewActions(*this, state, flight, settings)), edits(new EditActions(*this, state)),
-      mouse(new Mouse(*view, state, settings, flight, this)), contents(new QLabel), underMouse(new QLabel),
-      frameTime(new QLabel)
+      joints(new JointDock(state, this)), program(new ProgramDock(state, this)),
+      properties(new PropertyDock(state, this)), actions(new ViewActions(*this, state, flight, settings)),
+      edits(new EditActions(*this, state)), mouse(new Mouse(*view, state, settings, flight, this)),
+      contents(new QLabel), underMouse(new QLabel), frameTime(new QLabel)
 {
     setAcceptDrops(true);
     setDockOptions(AnimatedDocks | AllowTabbedDocks | AllowNestedDocks);
@@ -124,11 +128,15 @@ void ViewWindow::buildDocks()
     addDockWidget(Qt::LeftDockWidgetArea, tree);
     addDockWidget(Qt::LeftDockWidgetArea, properties);
     addDockWidget(Qt::RightDockWidgetArea, joints);
+    addDockWidget(Qt::RightDockWidgetArea, program);
     resizeDocks({tree, properties}, {treeHeight, propertiesHeight}, Qt::Vertical);
     resizeDocks({tree, joints}, {leftWidth, rightWidth}, Qt::Horizontal);
+    resizeDocks({joints, program}, {jointsHeight, programHeight}, Qt::Vertical);
     hadJoints = !joints->getRows().empty();
-    joints->setVisible(hadJoints);
+    hadPrograms = program->hasPrograms();
     connect(tree, &TreeDock::focusRequested, actions, &ViewActions::focusOn);
+    connect(program, &ProgramDock::focusRequested, actions, &ViewActions::focusOn);
+    program->getTreeView().setContextMenuPolicy(Qt::ActionsContextMenu);
     tree->getTreeView().setContextMenuPolicy(Qt::ActionsContextMenu);
 }
 
@@ -216,7 +224,7 @@ void ViewWindow::buildMenus()
     actions->fillViewMenu(viewMenu);
     viewMenu.addSeparator();
     QMenu& docks = *viewMenu.addMenu(tr("&Docks"));
-    for (QDockWidget* dock : std::initializer_list<QDockWidget*>{tree, properties, joints})
+    for (QDockWidget* dock : std::initializer_list<QDockWidget*>{tree, properties, joints, program})
         docks.addAction(dock->toggleViewAction());
     actions->fillSelectMenu(*menuBar()->addMenu(tr("&Select")));
     buildPreferences();
@@ -263,8 +271,7 @@ void ViewWindow::connectFiles()
         suitCameraToScene();
         if (isAnother)
             suitSurroundings();
-        if (const bool any = !joints->getRows().empty(); any != std::exchange(hadJoints, any) && any)
-            joints->show(); // the first ones: the dock was left out so far
+        showNewDocks();
         showContents();
         flight.flyTo(poseForAll());
     });
@@ -299,8 +306,40 @@ void ViewWindow::restoreLayout()
 {
     if (!restoreGeometry(settings.windowGeometry()))
         resize(startSize.boundedTo(screen()->availableSize()));
-    if (restoreState(settings.windowState()) && hadJoints)
-        joints->show(); // it may have been left out for a station without joints
+    restoreState(settings.windowState());
+    // As it was left, a dock may have been hidden only because the station had nothing for it.
+    showDockIfUsed(*joints, hadJoints);
+    showDockIfUsed(*program, hadPrograms);
+}
+
+void ViewWindow::showDockIfUsed(QDockWidget& dock, bool isUsed)
+{
+    dock.setVisible(isUsed && !settings.closedDocks().contains(dock.objectName()));
+}
+
+/// Of what the station has for the first time: the dock was left out so far.
+void ViewWindow::showNewDocks()
+{
+    if (const bool any = !joints->getRows().empty(); any != std::exchange(hadJoints, any) && any)
+        showDockIfUsed(*joints, true);
+    if (const bool any = program->hasPrograms(); any != std::exchange(hadPrograms, any) && any)
+        showDockIfUsed(*program, true);
+}
+
+void ViewWindow::saveLayout()
+{
+    QStringList closed = settings.closedDocks();
+    const auto note = [&](const QDockWidget& dock, bool isUsed) {
+        if (!isUsed)
+            return; // nobody was asked
+        closed.removeAll(dock.objectName());
+        if (dock.isHidden())
+            closed << dock.objectName();
+    };
+    note(*joints, hadJoints);
+    note(*program, hadPrograms);
+    settings.setWindow(saveGeometry(), saveState());
+    settings.setClosedDocks(closed);
 }
 
 // Running
@@ -339,7 +378,7 @@ void ViewWindow::closeEvent(QCloseEvent* event)
         event->ignore();
         return;
     }
-    settings.setWindow(saveGeometry(), saveState());
+    saveLayout();
     QMainWindow::closeEvent(event);
 }
 

@@ -18,6 +18,7 @@ class EditActions;
 class JointDock;
 class MessageBar;
 class Mouse;
+class ProgramDock;
 class PropertyDock;
 class TreeDock;
 class ViewActions;
@@ -44,6 +45,7 @@ public:
     Mouse& getMouse() const { return *mouse; }
     TreeDock& getTreeDock() const { return *tree; }
     JointDock& getJointDock() const { return *joints; }
+    ProgramDock& getProgramDock() const { return *program; }
     PropertyDock& getPropertyDock() const { return *properties; }
     EditActions& getEdits() const { return *edits; }
     MessageBar& getMessageBar() const { return *messages; }
@@ -66,6 +68,9 @@ private:
     void fillRecentMenu();
     QAction* addCommand(QMenu& menu, const QString& text, const QKeySequence& key, void (ViewWindow::*run)());
     void restoreLayout();
+    void saveLayout();
+    void showDockIfUsed(QDockWidget& dock, bool isUsed);
+    void showNewDocks();
 
     void startView();
     void followScene();
@@ -85,12 +90,14 @@ private:
     CameraFlight flight;
     StationFiles files;
     bool hadJoints = false; // when the station last changed
+    bool hadPrograms = false;
     QTimer propertiesTimer; // while things move they are read some times a second
     // Qt's, as children of this
     ViewWidget* view;
     MessageBar* messages;
     TreeDock* tree;
     JointDock* joints;
+    ProgramDock* program;
     PropertyDock* properties;
     ViewActions* actions;
     EditActions* edits;

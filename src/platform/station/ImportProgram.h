@@ -12,6 +12,10 @@ class Task;
 
 namespace vrk::station {
 
+/// Where joint values, one for each joint that moves, bring the wrist of a robot: in the robot's own coordinates. Takes no
+/// lock. The robot may stand in the station or not yet.
+VRK_EXPORT rob::Posed WristPoseAt(const layout::Manipulator& robot, const std::vector<double>& values);
+
 /// Whether the file's ending is that of a robot program: .mod, .src or .ls, in any case.
 VRK_EXPORT bool isProgramFile(const std::filesystem::path& file);
 

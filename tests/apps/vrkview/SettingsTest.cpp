@@ -23,6 +23,7 @@ TEST_F(SettingsTest, BeforeTheFirstChoiceThereAreOnlyDefaults)
     EXPECT_TRUE(settings.recentFiles().isEmpty());
     EXPECT_TRUE(settings.drawMode().isEmpty());
     EXPECT_TRUE(settings.windowState().isEmpty());
+    EXPECT_TRUE(settings.closedDocks().isEmpty());
     EXPECT_TRUE(settings.isGridShown(true));
     EXPECT_FALSE(settings.isGridShown(false));
     EXPECT_EQ(settings.mouseStyle(), Settings::MouseStyle::OrbitWithMiddle);
@@ -36,6 +37,7 @@ TEST_F(SettingsTest, ChoicesAreThereInTheNextRun)
         settings.setGridShown(true);
         settings.setMouseStyle(Settings::MouseStyle::OrbitWithLeft);
         settings.setWindow("geometry", "state");
+        settings.setClosedDocks({"program"});
     }
 
     const Settings next;
@@ -45,6 +47,7 @@ TEST_F(SettingsTest, ChoicesAreThereInTheNextRun)
     EXPECT_EQ(next.mouseStyle(), Settings::MouseStyle::OrbitWithLeft);
     EXPECT_EQ(next.windowGeometry(), "geometry");
     EXPECT_EQ(next.windowState(), "state");
+    EXPECT_EQ(next.closedDocks(), QStringList("program"));
 }
 
 TEST_F(SettingsTest, FileThatIsOpenedAgainComesFirstAndStandsOnce)

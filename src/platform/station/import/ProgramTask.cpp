@@ -47,34 +47,6 @@ rob::Posed worldPose(const sdf::SdfObject& object)
     return pose;
 }
 
-/// Where joint values bring the wrist of a robot, in its own coordinates.
-rob::Posed wristPoseAt(const layout::Manipulator& robot, const std::vector<double>& values)
-{
-    std::unordered_map<unsigned, std::pair<unsigned, rob::Posed>> onParent; // of each link on a joint
-    std::size_t next = 0;
-    for (const layout::Joint& joint : robot.getJoints()) {
-        rob::Posed motion;
-        if (joint.isMoving()) {
-            const double value = values[next++];
-            motion = joint.type == layout::JointType::Prismatic
-                         ? rob::Posed(rob::Posd(joint.axis.x * value, joint.axis.y * value, joint.axis.z * value))
-                         : rob::Posed(rob::Posd(), rob::Rotationd(value, joint.axis));
-        }
-        onParent[joint.childLink] = {joint.parentLink, joint.origin * motion};
-    }
-    const layout::Wrist& wrist = *robot.getWrist();
-    rob::Posed pose = wrist.getPose();
-    unsigned link = wrist.getParentId();
-    for (auto found = onParent.find(link); found != onParent.end(); found = onParent.find(link)) {
-        pose = found->second.second * pose;
-        link = found->second.first;
-    }
-    for (const auto& root : robot.getLinks())
-        if (root->getId() == link)
-            pose = root->getPose() * pose;
-    return pose;
-}
-
 /// Whether three points lie on a line, as the view sees it: then a circular move is drawn straight.
 bool areOnALine(const rob::Posd& a, const rob::Posd& b, const rob::Posd& c)
 {
@@ -179,7 +151,7 @@ private:
             auto posture = std::make_shared<task::JointTargetDataItem>(newId(), from.name);
             posture->jointValues = from.joints;
             posture->setOwnerId(robot->getId());
-            posture->setPose(wristPoseAt(*robot, from.joints));
+            posture->setPose(WristPoseAt(*robot, from.joints));
             item = posture;
         } else {
             item = std::make_shared<task::RobTargetDataItem>(newId(), from.name);
@@ -287,6 +259,33 @@ private:
 };
 
 } // namespace
+
+rob::Posed WristPoseAt(const layout::Manipulator& robot, const std::vector<double>& values)
+{
+    std::unordered_map<unsigned, std::pair<unsigned, rob::Posed>> onParent; // of each link on a joint
+    std::size_t next = 0;
+    for (const layout::Joint& joint : robot.getJoints()) {
+        rob::Posed motion;
+        if (joint.isMoving()) {
+            const double value = values[next++];
+            motion = joint.type == layout::JointType::Prismatic
+                         ? rob::Posed(rob::Posd(joint.axis.x * value, joint.axis.y * value, joint.axis.z * value))
+                         : rob::Posed(rob::Posd(), rob::Rotationd(value, joint.axis));
+        }
+        onParent[joint.childLink] = {joint.parentLink, joint.origin * motion};
+    }
+    const layout::Wrist& wrist = *robot.getWrist();
+    rob::Posed pose = wrist.getPose();
+    unsigned link = wrist.getParentId();
+    for (auto found = onParent.find(link); found != onParent.end(); found = onParent.find(link)) {
+        pose = found->second.second * pose;
+        link = found->second.first;
+    }
+    for (const auto& root : robot.getLinks())
+        if (root->getId() == link)
+            pose = root->getPose() * pose;
+    return pose;
+}
 
 std::shared_ptr<task::Task> MakeTask(const Program& program, const layout::Manipulator* robot, ProgramSummary& summary)
 {
