@@ -9,6 +9,7 @@
 #include "visual/VisualStateManager.h"
 
 #include <algorithm>
+#include <memory>
 #include <shared_mutex>
 #include <utility>
 
@@ -96,6 +97,11 @@ void PathVisual::buildLines()
 template <typename Call>
 void PathVisual::forParts(const Call& call)
 {
+    // The path may have been hung below one of its own moves, whose look reaches down to it again.
+    if (isAtParts)
+        return;
+    isAtParts = true;
+    const std::unique_ptr<bool, void (*)(bool*)> end(&isAtParts, [](bool* flag) { *flag = false; });
     SceneCore& core = *SceneCore::Get();
     const auto isMove = [](const sdf::SdfObject& child) { return child.asType(sdf::ModelType::MoveInst); };
     for (const unsigned id : childrenOf(*path, isMove)) {

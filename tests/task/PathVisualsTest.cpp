@@ -431,6 +431,21 @@ TEST_F(LooksOfPaths, EndOfAPathsLookLeavesMovesAndTargetsTheirOwn)
     EXPECT_THAT(looks(), ElementsAre(normalLook, selectedLook));
 }
 
+TEST_F(LooksOfPaths, PathBelowOneOfItsOwnMovesIsShownOnce)
+{
+    const task::MoveInst* move = program.linear(Posd(0, 0, 0));
+    program.linear(Posd(100, 0, 0));
+    show();
+    scene.reparentVisual(program.path->getId(), move->getId());
+    scene.setVisualSelected(program.path->getId());
+    drain();
+    EXPECT_EQ(looksOf(*visualOf(move)->getTarget()), selectedLook);
+
+    scene.clearSelections();
+    drain();
+    EXPECT_EQ(looksOf(*visualOf(move)->getTarget()), normalLook);
+}
+
 TEST_F(LooksOfPaths, PartRemovedByItsOwnIdIsForgotten)
 {
     scene.deleteVisual(visualOf(move)->getTarget());
