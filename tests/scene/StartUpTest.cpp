@@ -137,17 +137,21 @@ TEST_F(StartUp, NothingLiesUnderAPixelBeforeTheRenderTarget)
     EXPECT_FALSE(selection::worldUnitsPerPixel(1000).has_value());
 }
 
+using Milliseconds = std::chrono::duration<double, std::milli>;
+
 TEST_F(StartUp, EachFrameTicksOnce)
 {
     std::vector<double> ticks;
     const boost::signals2::scoped_connection connection =
         broker::SignalBroker::onFrameTicked([&ticks](double milliseconds) { ticks.push_back(milliseconds); });
 
+    const auto before = std::chrono::steady_clock::now();
     EXPECT_TRUE(Ogre::Root::getSingleton().renderOneFrame()) << "the timer lets the frames go on";
+    const double whole = Milliseconds(std::chrono::steady_clock::now() - before).count();
 
     ASSERT_EQ(ticks.size(), 1u);
     EXPECT_GT(ticks.front(), 0.0);
-    EXPECT_LT(ticks.front(), 10'000.0);
+    EXPECT_LE(ticks.front(), whole);
 }
 
 /// Makes each frame long.
@@ -164,7 +168,6 @@ public:
 
 TEST_F(StartUp, TickTellsTheMillisecondsOfTheFrameThatEnded)
 {
-    using Milliseconds = std::chrono::duration<double, std::milli>;
     double tick = 0;
     const boost::signals2::scoped_connection connection =
         broker::SignalBroker::onFrameTicked([&tick](double milliseconds) { tick = milliseconds; });

@@ -7,7 +7,7 @@
 namespace vrkview {
 
 /// The turns about x, y and z in degrees that make up a rotation as the product Rx * Ry * Rz, as `rob::Rotation` takes
-/// them. That about y lies between -90 and 90; at these two only the sum of the others counts, and z gets none of it.
+/// them (Tait-Bryan angles). That about y is -90 to 90; at either end only the others' sum is determined, and z is 0.
 std::array<double, 3> anglesOf(const vrk::rob::Rotationd& rotation);
 
 } // namespace vrkview

@@ -6,8 +6,8 @@
 
 namespace vrkview {
 
-/// Other things are hidden than before. The scene is told by who follows `Touched::Visibility`: what is seen of the model's
-/// list takes more than the list.
+/// Other things are hidden than before. This writes the model's list alone. `ViewState` hides and shows the visuals when it
+/// hears of `Touched::Visibility`, because what is seen depends on more than that list.
 class HideThings : public Change {
 public:
     /// @param hidden  what the model's list says from now on.

@@ -13,8 +13,8 @@ namespace vrkview {
 
 /// Bodies get one colour, faces with colours of their own included.
 ///
-/// The colours lie in the mesh, so that bodies of one geometry share them in the view: those beside the ones that are
-/// painted get the colour in the model, too, and a station that is opened again looks the same.
+/// In the view the colours belong to the mesh, which all bodies of one geometry share. So every body of that geometry gets
+/// the colour in the model, too; otherwise a station that is saved and opened again would look different.
 class PaintBodies : public Change {
 public:
     /// @param things  all bodies in these are meant, however deep: of an assembly those of its members.

@@ -29,7 +29,7 @@ private:
     bool isMade = false; // of steps
 };
 
-/// One thing leaves the station, which carries nothing.
+/// One thing that carries nothing leaves the station.
 class RemoveThing : public Change {
 public:
     explicit RemoveThing(unsigned thing);

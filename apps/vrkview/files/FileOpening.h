@@ -28,7 +28,7 @@ public:
     ~FileOpening() override;
 
     void open(Files files);
-    /// Takes effect at the next report of the import, which in long steps comes some times a second. What waits is given up as well.
+    /// Ends the import at its next report of progress: some times a second in long steps. What waits is given up, too.
     void cancel();
     bool isRunning() const { return worker.joinable(); }
 

@@ -23,8 +23,8 @@ struct Station {
     std::vector<std::shared_ptr<vrk::layout::Mechanism>> mechanisms;
     std::vector<std::shared_ptr<vrk::layout::PointCloud>> clouds;
     std::vector<std::shared_ptr<vrk::layout::Frame>> frames;
-    std::vector<vrk::program::Program> programs; // of the first robot that is there then
-    // Of the programs, made when these are entered: who takes them out and enters them again has the same objects.
+    std::vector<vrk::program::Program> programs; // run by the station's first robot, found when they are entered
+    // Made of the programs when these are first entered; taking the step back and making it again enters the same objects.
     mutable std::vector<std::shared_ptr<vrk::task::Task>> tasks;
     std::vector<HiddenFace> hiddenFaces;
     std::vector<unsigned> arrowedCurves; // ids of bodies that are wires or edges; an arrow at either end

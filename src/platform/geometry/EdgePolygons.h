@@ -13,7 +13,7 @@ namespace vrk::geometry {
 ///
 /// It writes into the edges, which other shapes may share: no other thread may read them meanwhile.
 /// @param deflection  of the polygon of an edge that bounds no face with triangles, which is then taken from its curve;
-///                    without one it is left bare. In the unit of the shape.
+///                    without a deflection that edge gets no polygon. In the unit of the shape.
 VRK_EXPORT void addEdgePolygons(const TopoDS_Shape& shape, std::optional<double> deflection = {});
 
 } // namespace vrk::geometry

@@ -15,8 +15,8 @@ struct VRK_EXPORT MfgVector {
     rob::Dird getDir(const TopoDS_Edge& edge) const;
     /// In the direction of travel. @throws std::overflow_error as `GetEdgePointInfoAtParam`
     rob::Dird getEdgeTangent(const TopoDS_Edge& edge) const;
-    /// Where a tool stands: its z axis runs against the direction into the edge, its x axis as nearly along the tangent as
-    /// that leaves it.
+    /// Where a tool stands: the z axis points into the edge, against `direction`; the x axis is the tangent, made square to
+    /// z by taking off its share along z (Gram-Schmidt).
     /// @throws std::overflow_error "0-length vector cannot be normalized." for a direction along the edge.
     rob::Posed getPose(const TopoDS_Edge& edge) const;
 };

@@ -13,8 +13,8 @@ struct SurfaceParameters {
     double v;
 };
 
-/// Where on the surface of a face a point is nearest: within the parameters that the face spans, or on the whole surface
-/// for a point that has no foot there. Empty for a face without surface, and where nothing is nearest. Any thread.
+/// The nearest foot of the perpendicular from a point (model units) to the surface of a face: within the parameters that the
+/// face spans or, where it has none there, on the whole surface. Empty where there is no surface or no foot. Any thread.
 VRK_EXPORT std::optional<SurfaceParameters> ProjectPoint(double x, double y, double z, const TopoDS_Face& face);
 
 } // namespace vrk::geometry

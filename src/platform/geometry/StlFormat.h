@@ -50,7 +50,7 @@ enum class StlFault {
     NoFacet,  ///< the text has none
     CutShort, ///< it ends within a facet, but not in place of a number
     Normal,   ///< a normal has not three numbers that a float can hold
-    Vertex,   ///< nor a vertex
+    Vertex,   ///< a vertex has not three such numbers
     Facet,    ///< a facet has not one normal and three vertices
 };
 

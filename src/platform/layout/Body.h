@@ -26,18 +26,18 @@ public:
     Body(unsigned id, std::string name, const Part& part);
     ~Body() override;
 
-    /// Puts another shape in place; the face map is made anew when it is next asked for. Its edges get the polygons by which
-    /// they are drawn, where faces of it have triangles.
+    /// Replaces the shape. The face map is made anew when it is next asked for. Edges of faces that have triangles get the
+    /// polygons by which they are drawn, see `geometry::addEdgePolygons`.
     ///
-    /// The view draws one mesh for a URI. So a body that had another shape, and one whose URI stands for another body's
-    /// shape, gets a URI of its own, made from the one that it has and the content of the shape.
+    /// The view draws one mesh for each URI, so a URI must stand for one shape. A body that is given another shape, or whose
+    /// URI another body uses for another shape, gets a URI of its own, made from its URI and the content of the shape.
     void setShape(const TopoDS_Shape& shape);
-    /// Whether the shape is no longer, or never was, what `setGeometry` was told.
+    /// Whether the body has a URI of its own, because the URI that was given to `setGeometry` stands for another shape.
     bool hasOwnUri() const { return ownUri; }
-    /// The URI that `setGeometry` was told.
+    /// The URI that was given to `setGeometry`, also where the body has one of its own.
     std::string getGivenUri() const { return ownUri ? givenUri : getGeometryUri(); }
     const TopoDS_Shape& getShape() const { return shape; }
-    /// The faces of the shape, numbered from 1. Made on first use: not to be raced for.
+    /// The faces of the shape, numbered from 1. Made on first use; two threads must not ask first at the same time.
     const FaceMap& getFaceMap() const;
     /// Reads the shape from the geometry's file if there is none; a body made in memory has one from the start.
     /// @throws std::runtime_error naming the file and the cause.
@@ -45,7 +45,7 @@ public:
 
     std::string getGeometryUri() const;
     std::string getFileType() const;
-    /// @param uri  another one is taken if that stands for another body's shape.
+    /// @param uri  where another body uses it for another shape, this body gets a URI of its own.
     void setGeometry(const std::string& uri, const std::string& fileType);
     /// The base of the three names of the body's looks: "visual/material/name"; where that is empty "MeshBody" for STL
     /// bodies and "Body" for others.

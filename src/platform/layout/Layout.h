@@ -85,9 +85,9 @@ public:
     void addTask(std::shared_ptr<task::Task> task);
     void addOperation(std::shared_ptr<task::Operation> operation);
 
-    /// Removes a standalone object with what it owns, and with the tool data and the runs along edges that lie on these,
-    /// from the station and from the object table; groups, operations, attachments and `visibilities` forget them. What else lay on them lies on the
-    /// world then. An unknown id does nothing. A point cloud's visual points to its points: remove that first.
+    /// Removes a standalone object with what it owns, and the tool data and edge runs that lie on these, from the station
+    /// and the object table. Groups, operations, attachments and `visibilities` forget the ids; other things that lay on
+    /// them lie on the world then. An unknown id does nothing. Remove a point cloud's visual first: it reads the points.
     void remove(unsigned id);
     void removePart(unsigned id) { remove(id); }
     void removePointCloud(unsigned id) { remove(id); }

@@ -74,12 +74,12 @@ public:
     /// The values of the joints that move, in order: radians, or model units of prismatic ones.
     std::vector<double> getJointValues() const;
     std::size_t jointValueCount() const;
-    /// Moves the joints, holding each value to its limits, places the links and tells `OnLinksMoved`. Takes the manager's
-    /// lock and gives it back before it tells.
+    /// Moves the joints, holding each value to its limits, places the links and calls the receivers of `OnLinksMoved`. Takes
+    /// the manager's unique lock and releases it before the receivers are called, which may take it themselves.
     /// @throws std::invalid_argument "one value for each joint that moves", "joint values must be finite"; nothing has
     ///         moved then.
     void setJointValues(std::span<const double> values);
-    /// What hangs on joints where they stand now. Call it under the manager's lock.
+    /// The poses of the links that hang on joints, for the present joint values. Call it under the manager's lock.
     std::vector<LinkPose> getLinkPoses() const;
 
     /// Calls `receiver` with every link that a change of joint values has placed anew, on the thread that changes them.
@@ -119,7 +119,7 @@ public:
     /// @param on  the id of one of these.
     /// @throws std::invalid_argument "the wrist lies on its manipulator or one of its links"
     void placeWrist(unsigned on, const rob::Posed& pose);
-    /// The frame that the robot's controller counts from; its pose is in the world.
+    /// The frame in which the robot's controller tells positions; its pose is in the world.
     const std::shared_ptr<Frame>& getControllerTaskFrame() const { return controllerTaskFrame; }
 
     std::vector<std::shared_ptr<sdf::SdfObject>> getPieces() const override;

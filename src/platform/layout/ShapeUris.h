@@ -4,7 +4,7 @@
 
 #include <string>
 
-/// What keeps shapes apart that are drawn by name. Not installed.
+/// Keeps shapes apart in the view, which knows them by their URIs alone. Not installed.
 namespace vrk::layout {
 
 /// The text that tells one shape from another: the same for shapes that are drawn alike, in every run. It writes the shape
@@ -23,7 +23,7 @@ public:
     ShapeClaim& operator=(const ShapeClaim&) = delete;
 
     /// Holds `uri` for `shape` in place of what was held.
-    /// @return false, and nothing is held, if other bodies have it for another shape.
+    /// @return false, and nothing is held, if other bodies hold the URI for a shape of other content.
     bool take(const std::string& uri, const TopoDS_Shape& shape);
     void release();
 

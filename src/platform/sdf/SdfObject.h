@@ -25,7 +25,7 @@ public:
     unsigned getId() const { return id; }
     /// 0 for an object that belongs to the station itself.
     unsigned getParentId() const { return parentId; }
-    /// The object stands by itself then, wherever it is placed; containers take it in as a piece with `addChild`.
+    /// Places the object on another without making it a piece of that: it stands by itself. `addChild` makes pieces.
     void setParentId(unsigned parent)
     {
         parentId = parent;
@@ -37,8 +37,8 @@ public:
 
     /// Whether the object is of this kind or of one derived from it.
     virtual bool asType(ModelType wanted) const { return wanted == type; }
-    /// Whether the object stands by itself rather than as a piece of another, such as an assembly or a mechanism. One that
-    /// only has its place on another does.
+    /// Whether the object stands by itself, rather than as a piece of another such as an assembly or a mechanism. An object
+    /// that only has its place on another stands by itself, too.
     virtual bool isStandalone() const { return !piece; }
     /// The objects that this one owns, in order: they enter the object table and leave it with it.
     virtual std::vector<std::shared_ptr<SdfObject>> getPieces() const { return {}; }

@@ -24,8 +24,8 @@ class VRK_EXPORT GeometryCache {
 public:
     static constexpr std::uintmax_t sizeLimit = std::uintmax_t(4) << 30;
 
-    /// The file of what `key` describes in full, written with the bytes of `make` where it is missing.
-    /// @param stem    what the file's name begins with, for who looks at the folder.
+    /// The file for `key`, which describes its content in full. Where it is missing it is written from what `make` returns.
+    /// @param stem    what the file's name begins with, for people who look at the folder.
     /// @param ending  such as ".stl"
     /// @throws ImportError "<folder>: no folder to keep geometry in can be written"; whatever `make` throws.
     static std::filesystem::path Get(const std::string& stem, const std::string& key, const std::string& ending,
@@ -38,7 +38,7 @@ public:
     static bool Holds(const std::filesystem::path& file);
 };
 
-/// 16 digits that differ for different texts, and are the same in every run.
+/// The 64-bit FNV-1a hash of a text as 16 digits (Fowler, Noll, Vo): the same in every run.
 VRK_EXPORT std::string hashOf(std::string_view text);
 
 /// Writes a file so that it is there whole or not at all, in place of one of that name.

@@ -30,9 +30,9 @@ using Progress = std::function<void(std::string_view step, double fraction)>;
 
 /// Reads a STEP (.step, .stp), BREP (.brep) or STL (.stl) file; the ending may be in any case.
 ///
-/// An assembly becomes one part per occurrence of a product, at its place in the assembly. Names, body colours and face
-/// colours are kept. Wires, edges and vertices that belong to no face are bodies as well. Shapes without a triangulation are meshed, on all cores; `meshShape` states how finely. The parts
-/// are complete but not yet in the station: nothing is half-loaded when it fails.
+/// Each occurrence of a product in an assembly becomes a part at its place. Names, body and face colours are kept. Wires,
+/// edges and vertices that belong to no face become bodies, too. Shapes without triangles are meshed on all cores, see
+/// `meshShape`. The parts are complete but not yet in the station, so that a failure leaves nothing half-loaded.
 ///
 /// @throws ImportError
 VRK_EXPORT std::vector<std::shared_ptr<layout::Part>> ImportFile(const std::filesystem::path& file,
@@ -41,7 +41,7 @@ VRK_EXPORT std::vector<std::shared_ptr<layout::Part>> ImportFile(const std::file
 /// The shape that a body's "geometry/uri" names, as `ImportFile` gave it to the body: "<file>#<name>". A BREP file without
 /// a name is meant as a whole.
 ///
-/// The file is read, and its shapes are kept, until another file is asked for; of them only the one asked for is meshed.
+/// The file is read once: its shapes are kept until another file is asked for. Only the shape asked for is meshed.
 /// @throws ImportError  also where the file holds no such shape.
 VRK_EXPORT TopoDS_Shape ImportShape(const std::string& uri);
 
@@ -49,8 +49,8 @@ VRK_EXPORT TopoDS_Shape ImportShape(const std::string& uri);
 /// between 0.005 and 2 model units.
 VRK_EXPORT double deflectionFor(double diagonal);
 
-/// Gives every face of the shape that has no triangulation one: linear deflection `deflectionFor` its size, angular
-/// deflection 0.35 radians, on all cores. Faces that have one keep it. Every edge without a polygon gets one to be drawn by:
+/// Meshes the faces of the shape that have no triangles (`BRepMesh_IncrementalMesh`): linear deflection `deflectionFor` its
+/// size, angular deflection 0.35 radians, on all cores. Every edge without a polygon gets one to be drawn by:
 /// the points that it has in the triangles of a face; where it bounds none, points with the same linear deflection and an
 /// angular one of 0.1 radians.
 VRK_EXPORT void meshShape(const TopoDS_Shape& shape);

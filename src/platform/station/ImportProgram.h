@@ -45,7 +45,7 @@ struct VRK_EXPORT ProgramSummary {
 ///
 /// Work objects lie on the robot at its controller's task frame, or on its wrist; without a robot in the world. Targets that
 /// no move uses lie in the robot's own frame. Tools lie on the wrist; without a robot, and where the files do not tell where
-/// the tool is, there are none. Postures are where they bring the wrist. Takes the manager's lock, shared.
+/// the tool is, there are none. A posture stands where it brings the wrist. Takes the manager's lock, shared.
 ///
 /// @param robot  in the station or not yet; null for none.
 VRK_EXPORT std::shared_ptr<task::Task> MakeTask(const program::Program& program, const layout::Manipulator* robot,

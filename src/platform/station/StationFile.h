@@ -21,7 +21,7 @@ VRK_EXPORT bool isStationFile(const std::filesystem::path& file);
 VRK_EXPORT layout::StationContent ReadStationFile(const std::filesystem::path& file, const Progress& progress = {});
 
 /// The same, put in place of the station of the process, which stays as it was where the file is refused. Its folder
-/// becomes the one of "station://" URIs. What is seen of the old station is the application's to remove first.
+/// becomes the one of "station://" URIs. The application removes the visuals of the old station first.
 /// @throws StationFileError
 VRK_EXPORT void LoadStationFile(const std::filesystem::path& file, const Progress& progress = {});
 

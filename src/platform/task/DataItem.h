@@ -7,8 +7,8 @@
 
 namespace vrk::task {
 
-/// Something that a robot program is written in terms of. It belongs to a task and lies on its owner, an object of the
-/// station, whose id is its parent id; 0 and the station's id mean the world. Its element holds "pose".
+/// What the moves of a robot program refer to: a tool, a work object, a target. It belongs to a task and lies on its owner,
+/// an object of the station, whose id is its parent id; 0 and the station's id mean the world. Its element holds "pose".
 class VRK_EXPORT DataItem : public sdf::SdfNode {
 public:
     ~DataItem() override;
@@ -58,8 +58,8 @@ public:
 
 /// A place that a robot's tool moves to.
 ///
-/// Its owner is the work object that it is told in. Its pose is in that work object's user frame, with the object frame
-/// included: moves hang on the user frame. A target that is used in two work objects is two items.
+/// Its owner is the work object in which the program tells it. Its pose is relative to the user frame and includes the
+/// object frame, because the visuals of moves hang on user frames. A target that is used in two work objects is two items.
 class VRK_EXPORT RobTargetDataItem : public DataItem {
 public:
     RobTargetDataItem(unsigned id, std::string name);

@@ -36,7 +36,7 @@ public:
     const std::vector<geometry::MfgVectors>& getMfgVectors() const { return edges; }
     /// The same, with the vectors between start and end; edges without any are left out.
     std::vector<geometry::MfgVectors> getUsedMfgVectors() const;
-    /// The vector at a place: the one that is there, or between two of the edge one with a direction between theirs.
+    /// The vector at a place. Between two of the edge the direction is interpolated on their arc (slerp, Shoemake 1985).
     /// @throws std::out_of_range "invalid vector subscript" for an edge that is not there.
     geometry::MfgVector getMfgVector(PathPoint point) const;
     /// The index of an edge of the run, in the same orientation if it is there in both; empty for any other.

@@ -65,7 +65,7 @@ public:
     bool isMoveInst() const override { return true; }
     bool isRobTargetInst() const override;
     bool isJointTargetInst() const override { return !isRobTargetInst(); }
-    /// 31 is every move; 33 those that are circular, 34 those that are dashed.
+    /// Every move is of the kind `MoveInst`; circular ones are of `CircularMoveInst` and dashed ones of `DashedMoveInst`, too.
     bool asType(sdf::ModelType wanted) const override;
 
     Motion getMotion() const { return motion; }

@@ -12,8 +12,8 @@ class EdgeMfgShape;
 class Path;
 class WObjDataItem;
 
-/// A robot program. Its children are its data items, whose parents are their owners and not the task, its paths and its
-/// manufacturing shapes. Its own parent is the object that it belongs to, most often a manipulator.
+/// A robot program. Its children are its paths, its manufacturing shapes and its data items; the parent of a data item is
+/// that item's owner and not the task. The task's own parent is the object it belongs to, most often a manipulator.
 class VRK_EXPORT Task : public sdf::SdfContainer {
 public:
     Task(unsigned id, std::string name);
@@ -53,7 +53,7 @@ private:
     std::vector<std::shared_ptr<EdgeMfgShape>> shapes;
 };
 
-/// A step of production: it gathers what takes part in it, which is shown selected in its place.
+/// A step of production. It gathers the objects that take part in it; these are shown selected where it is selected.
 class VRK_EXPORT Operation : public sdf::SdfObject {
 public:
     Operation(unsigned id, std::string name);

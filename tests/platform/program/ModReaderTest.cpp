@@ -229,7 +229,7 @@ INSTANTIATE_TEST_SUITE_P(
                "line 2: brackets nested too deeply"}),
     [](const auto& info) { return std::string(info.param.name); });
 
-/// The seconds of this thread that a program of as many targets and moves takes.
+/// The seconds of the processor that a program of as many targets and moves takes.
 double secondsToRead(int moves)
 {
     std::string declarations, statements;

@@ -112,7 +112,7 @@ struct PointColumns {
 void expectNoMoreLines(LineReader& lines, std::uint64_t points);
 /// @throws CloudFault "ends at byte 1234 of 5678" where `bytes` is shorter than `needed`.
 void expectBytes(std::string_view bytes, std::uint64_t needed);
-/// Writers may fill up a page. @throws CloudFault "byte 5678: 3 bytes more than the 10 points of the header" where other
+/// Writers may pad the last page. @throws CloudFault "byte 5678: 3 bytes more than the 10 points of the header" where other
 /// than zero bytes and blanks stand from byte `end` on.
 void expectNothingFrom(std::string_view bytes, std::size_t end, std::uint64_t points);
 

@@ -20,12 +20,12 @@ public:
         unsigned parent = 0; // 0 for the world
     };
 
-    /// The id at "id", entered with what is told of it.
+    /// Reads the id at "id" and enters it with its type, whether it is seen, and its parent.
     /// @throws StationFileError  where another object has it.
     unsigned read(const JsonPlace& at, sdf::ModelType type, bool isSeen, unsigned parent = 0);
     /// The owner at `key`: 0 where there is none, the station, or an id, which `check` looks at.
     unsigned readOwner(const JsonPlace& at, std::string_view key, unsigned of);
-    /// The owner of what is built on the visual of its owner, which must be there by then.
+    /// The owner of an object whose visual is built on the owner's: the owner must be seen and stand earlier in the file.
     unsigned readSeenOwner(const JsonPlace& at, std::string_view key, unsigned of);
     /// Takes the ids at "members" into a group or an operation; `check` looks at them.
     template <typename Gathering>
