@@ -1,6 +1,7 @@
 #include "canvas/BodyBoxes.h"
 
 #include "scene/Scene.h"
+#include "task/MoveInstructionVisual.h"
 #include "visual/PointCloudVisual.h"
 
 #include <Ogre.h>
@@ -50,7 +51,10 @@ void addPoints(const PointCloudVisual& cloud, std::vector<Posf>& corners)
 
 void addCorners(const Visual& visual, std::vector<Posf>& corners)
 {
-    if (isSeen(visual) && visual.getType() == VisualType::PointCloud) {
+    const auto* move = dynamic_cast<const vrk::visual::MoveInstructionVisual*>(&visual);
+    if (move && move->isVisible()) {
+        corners.push_back(move->getTargetInWorld()); // the boxes of its parts hold more than is drawn
+    } else if (isSeen(visual) && visual.getType() == VisualType::PointCloud) {
         addPoints(dynamic_cast<const PointCloudVisual&>(visual), corners);
     } else if (isSeen(visual)) {
         const Ogre::AxisAlignedBox& box = visual.getSceneNode()->_getWorldAABB();
@@ -58,6 +62,8 @@ void addCorners(const Visual& visual, std::vector<Posf>& corners)
             for (const Ogre::Vector3& corner : box.getAllCorners())
                 corners.emplace_back(corner.x, corner.y, corner.z);
     }
+    if (move)
+        return;
     for (const Visual* child : visual.getChildren())
         addCorners(*child, corners);
 }

@@ -22,6 +22,8 @@ using vrk::visual::Scene;
 using vrk::visual::Visual;
 
 constexpr float framePart = 0.08f; // of the station's radius
+constexpr float targetPart = 0.05f;
+constexpr float longestTarget = 50; // model units: in a large station they are smaller than its parts
 constexpr double frameStep = 1.25;
 constexpr double longestFrame = 100000; // model units
 
@@ -55,6 +57,9 @@ void suitSurroundings()
     const float wanted = framePart * sides.length() / 2;
     setFrameSize(wanted);
     showFrames(wanted >= 0.5f); // they come in whole units, at least one
+    const auto targetSize = static_cast<unsigned>(std::clamp(targetPart * sides.length() / 2, 1.0f, longestTarget));
+    for (const VisualType type : {VisualType::Robtarget, VisualType::JointTarget})
+        Scene::Get()->setFrameSize(targetSize, type);
 }
 
 bool isGridShown()

@@ -7,6 +7,8 @@
 #include "platform/layout/Group.h"
 #include "platform/sdf/SdfManager.h"
 #include "platform/task/DataItem.h"
+#include "platform/task/Instruction.h"
+#include "platform/task/Path.h"
 #include "platform/task/Task.h"
 #include "scene/Scene.h"
 
@@ -50,6 +52,21 @@ std::vector<unsigned> carriedBy(unsigned thing)
         if (pieces.contains(attachment.parent))
             carried.push_back(attachment.child);
     return carried;
+}
+
+std::vector<std::pair<vrk::task::MoveInst*, std::shared_ptr<vrk::task::ToolDataItem>>>
+toolsOfMoves(const vrk::task::Task& task)
+{
+    std::vector<std::pair<vrk::task::MoveInst*, std::shared_ptr<vrk::task::ToolDataItem>>> tools;
+    for (const auto& path : task.getOwnPaths())
+        for (vrk::task::MoveInst* move : path->getMoveInstructions())
+            tools.emplace_back(move, move->getToolItem());
+    return tools;
+}
+
+bool hasMoves(const vrk::task::Task& task)
+{
+    return std::ranges::any_of(task.getOwnPaths(), [](const auto& path) { return path->moveInstructionCount() > 0; });
 }
 
 template <typename Gathering>
@@ -104,12 +121,15 @@ RemoveThing::RemoveThing(unsigned thing)
 void RemoveThing::apply()
 {
     memory = read();
+    hidePrograms();
     takeFromScene(); // ahead of the model: the visual of a cloud points to its points
     Layout::inst().remove(thing);
+    showPrograms();
 }
 
 void RemoveThing::revert()
 {
+    hidePrograms();
     restoreModel();
     bringToScene();
     memory.reset();
@@ -126,8 +146,12 @@ RemoveThing::Memory RemoveThing::read() const
     for (const std::shared_ptr<sdf::SdfObject>& object : layout.objects())
         if (isGone(object->getParentId()) && !isGone(object->getId()))
             read.owners.emplace_back(object, object->getParentId());
-    for (const auto& task : layout.tasks)
-        read.tasks.push_back({task, task->getManipulatorId(), task->getDataItems()});
+    for (const auto& task : layout.tasks) {
+        read.tasks.push_back({task, task->getManipulatorId(), task->getDataItems(), toolsOfMoves(*task)});
+        const auto liesOnIt = [&](const auto& item) { return isGone(item->getOwnerId()); };
+        if (!isGone(task->getId()) && (liesOnIt(task) || std::ranges::any_of(task->getDataItems(), liesOnIt)))
+            read.programs.push_back(task->getId());
+    }
     for (const auto& group : layout.groups)
         if (std::ranges::any_of(group->getMemberIds(), isGone))
             read.groups.emplace_back(group, group->getMemberIds());
@@ -149,10 +173,15 @@ void RemoveThing::restoreModel() const
             before.task->setManipulatorId(before.manipulator);
             if (before.task->getDataItems() == before.items)
                 continue;
-            for (const auto& item : std::vector(before.task->getDataItems()))
-                before.task->removeDataItem(item->getId());
+            // Into their old order, but for what moves need: that stayed, and what comes back follows it.
+            if (!hasMoves(*before.task))
+                for (const auto& item : std::vector(before.task->getDataItems()))
+                    before.task->removeDataItem(item->getId());
             for (const auto& item : before.items)
-                before.task->addDataItem(item);
+                if (std::ranges::find(before.task->getDataItems(), item) == before.task->getDataItems().end())
+                    before.task->addDataItem(item);
+            for (const auto& [move, tool] : before.tools)
+                move->setToolItem(tool);
         }
         for (const auto& [group, members] : memory->groups)
             restoreMembers(*group, members);
@@ -162,6 +191,25 @@ void RemoveThing::restoreModel() const
     Layout::inst().replace(std::move(content));
 }
 
+/// Of programs that lie on the thing: their work objects, postures and tools hang on its visual, and would go with it.
+void RemoveThing::hidePrograms() const
+{
+    if (!Scene::Get())
+        return;
+    for (const unsigned program : memory->programs)
+        removeFromScene(program);
+    Scene::Get()->processMsgs();
+}
+
+void RemoveThing::showPrograms() const
+{
+    if (!Scene::Get())
+        return;
+    for (const unsigned program : memory->programs)
+        addToScene(program);
+    Scene::Get()->processMsgs();
+}
+
 void RemoveThing::takeFromScene() const
 {
     Scene* scene = Scene::Get();
@@ -169,7 +217,7 @@ void RemoveThing::takeFromScene() const
         return;
     // What only lies on it must not die with it.
     for (const auto& [object, owner] : memory->owners)
-        if (object->getModelType() != sdf::ModelType::ToolData && Scene::HasVisual(object->getId()))
+        if (Scene::HasVisual(object->getId()))
             scene->reparentVisual(object->getId(), 0);
     removeFromScene(thing);
     scene->processMsgs();
@@ -182,15 +230,10 @@ void RemoveThing::bringToScene() const
         return;
     addToScene(thing);
     scene->processMsgs();
-    for (const auto& [object, owner] : memory->owners) {
-        const unsigned id = object->getId();
-        if (!Scene::HasVisual(owner))
-            continue;
-        if (object->getModelType() == sdf::ModelType::ToolData)
-            scene->addToolData(id);
-        else if (Scene::HasVisual(id))
-            scene->reparentVisual(id, owner);
-    }
+    for (const auto& [object, owner] : memory->owners)
+        if (Scene::HasVisual(owner) && Scene::HasVisual(object->getId()))
+            scene->reparentVisual(object->getId(), owner);
+    showPrograms();
     for (const Attachment& attachment : memory->content.attachments)
         if (attachment.child == thing)
             scene->addAttachment(thing, attachment.parent, attachment.pose);

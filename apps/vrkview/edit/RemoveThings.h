@@ -9,7 +9,9 @@
 
 namespace vrk::task {
 class DataItem;
-}
+class MoveInst;
+class ToolDataItem;
+} // namespace vrk::task
 
 namespace vrkview {
 
@@ -44,17 +46,22 @@ private:
             std::shared_ptr<vrk::task::Task> task;
             unsigned manipulator = 0;
             std::vector<std::shared_ptr<vrk::task::DataItem>> items;
+            std::vector<std::pair<vrk::task::MoveInst*, std::shared_ptr<vrk::task::ToolDataItem>>>
+                tools; // of all moves
         };
 
         vrk::layout::StationContent content;
         std::vector<std::pair<std::shared_ptr<sdf::SdfObject>, unsigned>> owners; // of what lay on it
         std::vector<OfTask> tasks;
+        std::vector<unsigned> programs; // those that lie on it
         std::vector<std::pair<std::shared_ptr<vrk::layout::Group>, std::vector<unsigned>>> groups;
         std::vector<std::pair<std::shared_ptr<vrk::task::Operation>, std::vector<unsigned>>> operations;
     };
 
     Memory read() const;
     void restoreModel() const;
+    void hidePrograms() const;
+    void showPrograms() const;
     void takeFromScene() const;
     void bringToScene() const;
 

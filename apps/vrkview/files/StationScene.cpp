@@ -14,6 +14,8 @@
 #include "platform/sdf/SdfManager.h"
 #include "platform/station/ImportProgram.h"
 #include "platform/task/DataItem.h"
+#include "platform/task/Instruction.h"
+#include "platform/task/Path.h"
 #include "platform/task/Task.h"
 #include "scene/Scene.h"
 #include "visual/Visual.h"
@@ -21,6 +23,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <iterator>
 #include <numbers>
 #include <shared_mutex>
 #include <stdexcept>
@@ -89,6 +92,11 @@ Mechanism* firstThatMoves()
     return nullptr;
 }
 
+bool isOfStation(VisualType type)
+{
+    return typeName(type) || type == VisualType::Path || type == VisualType::MoveInstruction;
+}
+
 /// Takes the visuals of the things of the station out of the scene, and only these: the grid is the scene's own.
 void removeVisuals()
 {
@@ -97,7 +105,7 @@ void removeVisuals()
         sdf::SdfManager& model = sdf::SdfManager::inst();
         const std::shared_lock lock(model.mutex());
         for (const vrk::visual::Visual* visual : Scene::GetWorldVisual()->getChildren())
-            if (typeName(visual->getType()) && model.find(visual->getId()))
+            if (isOfStation(visual->getType()) && model.find(visual->getId()))
                 ids.push_back(visual->getId());
     }
     for (const unsigned id : ids)
@@ -179,11 +187,22 @@ void addObjects(const Station& station)
             addToScene(id);
 }
 
-std::shared_ptr<sdf::SdfObject> shared(unsigned id)
+/// What of a program has a visual, in an order in which nothing takes along what comes later: tool data may hang on a work
+/// object, and one work object on another, which is passed over then.
+std::vector<unsigned> visualsOfProgram(const vrk::task::Task& task)
 {
-    sdf::SdfManager& model = sdf::SdfManager::inst();
-    const std::shared_lock lock(model.mutex());
-    return model.share(id);
+    std::vector<unsigned> ids;
+    const std::shared_lock lock(sdf::SdfManager::inst().mutex());
+    for (const auto& path : task.getOwnPaths()) {
+        for (const vrk::task::MoveInst* move : path->getMoveInstructions())
+            ids.push_back(move->getId());
+        ids.push_back(path->getId());
+    }
+    for (const sdf::ModelType kind : {sdf::ModelType::ToolData, sdf::ModelType::WObjData})
+        for (const auto& item : task.getDataItems())
+            if (item->asType(kind))
+                ids.push_back(item->getId());
+    return ids;
 }
 
 } // namespace
@@ -248,7 +267,7 @@ void takeFromStation(const Station& station)
 void addToScene(unsigned id)
 {
     Scene& scene = *Scene::Get();
-    const std::shared_ptr<sdf::SdfObject> object = shared(id);
+    const std::shared_ptr<sdf::SdfObject> object = sdf::Share(id);
     if (auto* part = dynamic_cast<vrk::layout::Part*>(object.get())) {
         scene.addPart(part);
     } else if (auto* assembly = dynamic_cast<vrk::layout::Assembly*>(object.get())) {
@@ -265,22 +284,26 @@ void addToScene(unsigned id)
     } else if (auto* frame = dynamic_cast<vrk::layout::Frame*>(object.get())) {
         scene.addFrame(frame);
     } else if (dynamic_cast<const vrk::task::Task*>(object.get())) {
-        scene.addRenderTask([id] { Scene::Get()->buildTask(id); }, 0);
+        scene.addTask(id);
     }
 }
 
 void removeFromScene(unsigned id)
 {
     std::vector<unsigned> ids{id};
-    const std::shared_ptr<sdf::SdfObject> object = shared(id);
+    const std::shared_ptr<sdf::SdfObject> object = sdf::Share(id);
     if (const auto* manipulator = dynamic_cast<const Manipulator*>(object.get()))
         ids.push_back(manipulator->getControllerTaskFrame()->getId()); // which hangs on the world
     if (const auto* task = dynamic_cast<const vrk::task::Task*>(object.get()))
-        for (const auto& item : task->getDataItems())
-            ids.push_back(item->getId());
-    for (const unsigned each : ids)
-        if (Scene::HasVisual(each))
-            Scene::Get()->removeVisual(each);
+        std::ranges::copy(visualsOfProgram(*task), std::back_inserter(ids));
+    // What hangs on something that goes as well is gone by then.
+    Scene::Get()->addRenderTask(
+        [ids] {
+            for (const unsigned each : ids)
+                if (Scene::HasVisual(each))
+                    Scene::Get()->deleteVisual(Scene::GetVisual(each));
+        },
+        0);
 }
 
 void moveJoints(const std::vector<double>& values)

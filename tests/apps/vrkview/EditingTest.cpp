@@ -5,19 +5,25 @@
 #include "docks/PropertyDock.h"
 #include "docks/StationTreeModel.h"
 #include "docks/TreeDock.h"
+#include "edit/AddThings.h"
 #include "edit/Attaching.h"
 #include "edit/EditActions.h"
 #include "edit/History.h"
 #include "edit/ModelPlaces.h"
 #include "edit/MoveThing.h"
 #include "edit/PlaceDialog.h"
+#include "files/Station.h"
 
 #include "support/TempFolder.h"
 
 #include "platform/layout/Frame.h"
 #include "platform/layout/Layout.h"
 #include "platform/layout/Mechanism.h"
+#include "platform/program/Program.h"
 #include "platform/sdf/SdfManager.h"
+#include "platform/task/Instruction.h"
+#include "platform/task/Path.h"
+#include "platform/task/Task.h"
 #include "scene/Scene.h"
 #include "visual/Visual.h"
 
@@ -271,6 +277,47 @@ TEST_F(EditingTest, DeletedRobotComesBackWithItsToolDataAndFrames)
     EXPECT_TRUE(Scene::GetVisual(torch)->isAttached());
     EXPECT_EQ(state().getTree().getRows().size(), rows);
     EXPECT_LT(differingShare(seen(), before), touchingShare);
+}
+
+TEST_F(EditingTest, ProgramIsShownStaysWithoutItsRobotAndIsTakenBack)
+{
+    const auto program = std::make_shared<Station>();
+    program->title = "weld.mod";
+    program->programs.push_back(
+        vrk::program::readMod("MODULE weld\nCONST jointtarget home:=[[0,0,0,0,0,0],[9E9,9E9,9E9,9E9,9E9,9E9]];\n"
+                              "PROC main()\nMoveAbsJ home,v100,fine,tool0;\n"
+                              "MoveL [[900,0,800],[0,0,1,0],[0,0,0,0],[9E9,9E9,9E9,9E9,9E9,9E9]],v100,fine,tool0;\n"
+                              "MoveL [[900,300,800],[0,0,1,0],[0,0,0,0],[9E9,9E9,9E9,9E9,9E9,9E9]],v100,fine,tool0;\n"
+                              "ENDPROC\nENDMODULE\n"));
+    const auto arm = Layout::inst().manipulators.front();
+    history().push(std::make_unique<AddThings>(program));
+    settle();
+    const QImage shown = seen();
+    const vrk::task::Path& path = *program->tasks.front()->getOwnPaths().front();
+    const unsigned posture = path.getMoveInstructions().front()->getId(),
+                   last = path.getMoveInstructions().back()->getId();
+    ASSERT_TRUE(Scene::HasVisual(path.getId()) && Scene::HasVisual(posture) && Scene::HasVisual(last));
+    EXPECT_EQ(Scene::GetVisual(posture)->getParent()->getId(), arm->getId());
+    EXPECT_NE(shown, before);
+    shoot("program");
+
+    state().selectVisuals({arm->getId()});
+    edits().removeSelected();
+    settle();
+    EXPECT_FALSE(Scene::HasVisual(arm->getId()));
+    ASSERT_TRUE(Scene::HasVisual(posture) && Scene::HasVisual(last));
+    EXPECT_EQ(Scene::GetVisual(posture)->getParent(), Scene::GetWorldVisual());
+
+    typeWithControl("z");
+    ASSERT_TRUE(Scene::HasVisual(posture) && Scene::HasVisual(last));
+    EXPECT_EQ(Scene::GetVisual(posture)->getParent()->getId(), arm->getId());
+    EXPECT_LT(differingShare(seen(), shown), touchingShare);
+
+    typeWithControl("z");
+    EXPECT_FALSE(Scene::HasVisual(path.getId()) || Scene::HasVisual(posture) || Scene::HasVisual(last));
+    EXPECT_LT(differingShare(seen(), before), touchingShare);
+    typeRedo();
+    EXPECT_TRUE(Scene::HasVisual(path.getId()) && Scene::HasVisual(posture) && Scene::HasVisual(last));
 }
 
 TEST_F(EditingTest, DeletedHiddenFacesAndHiddenThingsComeBackHidden)

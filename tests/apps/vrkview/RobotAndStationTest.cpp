@@ -119,6 +119,22 @@ TEST(ViewerProgram, IsListedWithItsPathsAndWhatIsNotPlaced)
     EXPECT_EQ(weld["paths"][0]["not_placed"], json::array({unplaced}));
 }
 
+TEST(ViewerProgram, IsSeenInAPictureWithAndWithoutARobot)
+{
+    const Files files;
+    const std::string post = files.write("post.urdf", robot);
+    const std::string way =
+        files.write("way.mod", "MODULE way\nCONST robtarget a:=[[-300,300,900],[1,0,0,0],[0,0,0,0],[9E9,9E9,9E9,"
+                               "9E9,9E9,9E9]];\nPROC main()\nMoveJ a,v100,fine,tool0;\n"
+                               "MoveL Offs(a,600,0,0),v100,fine,tool0;\nENDPROC\nENDMODULE\n");
+    const std::string station = files.path("cell.station.json");
+
+    const std::string withProgram = pictureOf(files, "both.png", {post, way, "--save", station});
+    EXPECT_NE(withProgram, pictureOf(files, "post.png", {post}));
+    EXPECT_EQ(withProgram, pictureOf(files, "saved.png", {station}));
+    EXPECT_NE(pictureOf(files, "alone.png", {way}), pictureOf(files, "other.png", {files.write("weld.mod", program)}));
+}
+
 TEST(ViewerProgram, IsSavedWithTheStation)
 {
     const Files files;
