@@ -26,6 +26,7 @@ struct Station {
     std::vector<vrk::program::Program> programs; // of the first robot that is there then
     // Of the programs, made when these are entered: who takes them out and enters them again has the same objects.
     mutable std::vector<std::shared_ptr<vrk::task::Task>> tasks;
+    mutable std::vector<std::string> summaries; // of these, in their order: "weld: 7 moves, 7 placed; 9 targets"
     std::vector<HiddenFace> hiddenFaces;
     std::vector<unsigned> arrowedCurves; // ids of bodies that are wires or edges; an arrow at either end
 };
