@@ -1,4 +1,5 @@
 #include "canvas/Pick.h"
+#include "canvas/ProgramParts.h"
 #include "canvas/Surroundings.h"
 #include "canvas/ViewWidget.h"
 #include "demo/DemoStation.h"
@@ -109,6 +110,9 @@ int openWindow(int argc, char** argv, const Station& station, const Options& opt
     QApplication::setApplicationName("vrkview");
     std::setlocale(LC_NUMERIC, "C"); // Qt took the user's, with which other packages would misread numbers
     const DrawMode& mode = chooseDrawMode(options);
+    for (const ProgramPartName& each : allProgramParts())
+        draw(each.part,
+             Settings().isDrawn(each.part)); // ahead of the start: of a long program each change takes its time
     build(station, options, mode);
     ViewWindow window(station, mode);
     std::optional<Recorder> recorder;

@@ -37,6 +37,11 @@ bool isSeen(const Visual& visual)
     }
 }
 
+bool isTarget(const Visual& visual)
+{
+    return visual.getType() == VisualType::Robtarget || visual.getType() == VisualType::JointTarget;
+}
+
 /// A scan fills its box badly: its corners would leave the picture half empty.
 void addPoints(const PointCloudVisual& cloud, std::vector<Posf>& corners)
 {
@@ -56,6 +61,8 @@ void addCorners(const Visual& visual, std::vector<Posf>& corners)
         corners.push_back(move->getTargetInWorld()); // the boxes of its parts hold more than is drawn
     } else if (isSeen(visual) && visual.getType() == VisualType::PointCloud) {
         addPoints(dynamic_cast<const PointCloudVisual&>(visual), corners);
+    } else if (isTarget(visual) && visual.isVisible()) {
+        corners.push_back(visual.getWorldPose().position);
     } else if (isSeen(visual)) {
         const Ogre::AxisAlignedBox& box = visual.getSceneNode()->_getWorldAABB();
         if (box.isFinite())

@@ -26,6 +26,7 @@ struct Station {
     std::vector<vrk::program::Program> programs; // run by the station's first robot, found when they are entered
     // Made of the programs when these are first entered; taking the step back and making it again enters the same objects.
     mutable std::vector<std::shared_ptr<vrk::task::Task>> tasks;
+    mutable std::vector<std::string> summaries; // of these, in their order: "weld: 7 moves, 7 placed; 9 targets"
     std::vector<HiddenFace> hiddenFaces;
     std::vector<unsigned> arrowedCurves; // ids of bodies that are wires or edges; an arrow at either end
 };

@@ -91,6 +91,11 @@ void StationFiles::show(const std::shared_ptr<Station>& station, const FileOpeni
     for (const std::filesystem::path& file : files)
         settings.addRecentFile(QString::fromStdString(file.string()));
     emit shown(isAnother);
+    QStringList summaries;
+    for (const std::string& summary : station->summaries)
+        summaries << QString::fromStdString(summary);
+    if (!summaries.isEmpty())
+        emit programsShown(summaries.join(QStringLiteral("   ")));
 }
 
 bool StationFiles::save(QString path)

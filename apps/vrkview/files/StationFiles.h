@@ -41,6 +41,8 @@ signals:
     void saved(const QString& path);
     /// @param isAnother  a station file took the place of what was there.
     void shown(bool isAnother);
+    /// What became of the robot programs among what was opened: "weld: 7 moves, 7 placed; 9 targets".
+    void programsShown(const QString& summary);
 
 private:
     void show(const std::shared_ptr<Station>& station, const FileOpening::Files& files);

@@ -141,8 +141,9 @@ void addPrograms(const Station& station)
         vrk::station::ProgramSummary summary;
         const auto task = vrk::station::AddProgram(program, summary);
         station.tasks.push_back(task);
+        station.summaries.push_back(fmt::format("{}: {}", task->getName(), summary.text()));
         if (summary.placed < summary.moves)
-            vrk::AppLogger::inst()->warn(fmt::format("{}: {}", task->getName(), summary.text()));
+            vrk::AppLogger::inst()->warn(station.summaries.back());
         constexpr std::size_t notesToTell = 5;
         for (std::size_t i = 0; i < summary.notes.size() && i < notesToTell; ++i)
             vrk::AppLogger::inst()->warn(

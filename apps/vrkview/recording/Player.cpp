@@ -97,6 +97,8 @@ void Player::begin()
     window.getMouse().setClickRadius(head.clickRadius);
     window.getState().setDrawMode(*findDrawMode(head.display));
     showGrid(head.grid);
+    for (const auto& [part, drawn] : head.programParts)
+        draw(part, drawn);
     moveCamera(head.camera);
     settle();
     picks.clear();

@@ -89,10 +89,16 @@ void Recorder::begin()
     hasBegun = true;
     clock.start();
     const ViewWidget& view = window.getView();
-    const SessionHead head{window.getFiles().getTitle().toStdString(), view.toDevice(view.size()),
-                           window.getSettings().mouseStyle(),          window.getMouse().getClickRadius(),
-                           window.getState().getDrawMode().name,       isGridShown(),
-                           vrk::visual::Camera::Get()->getWorldPose()};
+    SessionHead head{window.getFiles().getTitle().toStdString(),
+                     view.toDevice(view.size()),
+                     window.getSettings().mouseStyle(),
+                     window.getMouse().getClickRadius(),
+                     window.getState().getDrawMode().name,
+                     isGridShown(),
+                     {},
+                     vrk::visual::Camera::Get()->getWorldPose()};
+    for (const ProgramPartName& each : allProgramParts())
+        head.programParts.emplace_back(each.part, isDrawn(each.part));
     stream << toJson(head).dump() << std::endl;
     forgetChanges();
     listen();

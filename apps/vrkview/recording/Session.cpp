@@ -87,6 +87,11 @@ SessionHead headFrom(const Json& line)
     if (!findDrawMode(head.display))
         throw SessionError(fmt::format("display '{}' is none of {}", head.display, drawModeNames()));
     head.grid = line.at("grid").get<bool>();
+    // Older recordings tell nothing of programs: their stations showed none.
+    const Json programs = line.value("programs", Json::object());
+    for (const ProgramPartName& each : allProgramParts())
+        if (programs.contains(each.name))
+            head.programParts.emplace_back(each.part, programs.at(each.name).get<bool>());
     head.camera = poseFrom(line.at("camera"));
     return head;
 }
@@ -181,9 +186,19 @@ Session readSession(const std::filesystem::path& file)
 
 Json toJson(const SessionHead& head)
 {
-    return {{"vrkview", magic},          {"version", version},          {"station", head.station},
-            {"view", toJson(head.view)}, {"mouse", nameOf(head.mouse)}, {"clickRadius", head.clickRadius},
-            {"display", head.display},   {"grid", head.grid},           {"camera", toJson(head.camera)}};
+    Json programs = Json::object();
+    for (const auto& [part, drawn] : head.programParts)
+        programs[std::ranges::find(allProgramParts(), part, &ProgramPartName::part)->name] = drawn;
+    return {{"vrkview", magic},
+            {"version", version},
+            {"station", head.station},
+            {"view", toJson(head.view)},
+            {"mouse", nameOf(head.mouse)},
+            {"clickRadius", head.clickRadius},
+            {"display", head.display},
+            {"grid", head.grid},
+            {"programs", programs},
+            {"camera", toJson(head.camera)}};
 }
 
 Json toJson(const InputEvent& event)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "canvas/InputEvent.h"
+#include "canvas/ProgramParts.h"
 #include "window/Settings.h"
 
 #include "scene/math/Pose.h"
@@ -12,6 +13,7 @@
 #include <filesystem>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vrkview {
@@ -33,6 +35,7 @@ struct SessionHead {
     double clickRadius = 0; // device pixels
     std::string display;    // the name of a `DrawMode`
     bool grid = false;
+    std::vector<std::pair<ProgramPart, bool>> programParts; // those that were told
     vrk::rob::Posef camera;
 };
 

@@ -1,6 +1,7 @@
 #include "start/StartUp.h"
 
 #include "canvas/BodyBoxes.h"
+#include "canvas/ProgramParts.h"
 #include "start/Resources.h"
 
 #include "scene/Init.h"
@@ -46,10 +47,10 @@ vrk::visual::SceneSettings settings()
     settings.zoomStepLimit = 1000;
     settings.zoomMinDistance = 10;
     settings.orbitReserved = 0;
-    settings.drawSegVisual = true;
-    settings.drawPathArrow = true;
-    settings.drawTargetZAxisOnly = false;
-    settings.drawTargetVisual = true;
+    settings.drawSegVisual = isDrawn(ProgramPart::Lines);
+    settings.drawPathArrow = isDrawn(ProgramPart::Arrows);
+    settings.drawTargetZAxisOnly = isDrawn(ProgramPart::ZAxesOnly);
+    settings.drawTargetVisual = isDrawn(ProgramPart::Targets);
     settings.gridNormalDir = 2;
     settings.handleScale = 1;
     return settings;

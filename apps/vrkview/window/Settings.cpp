@@ -2,6 +2,8 @@
 
 #include <QFileInfo>
 
+#include <algorithm>
+
 namespace vrkview {
 namespace {
 
@@ -15,6 +17,11 @@ constexpr const char* mouseKey = "input/orbit";
 
 constexpr const char* withLeft = "left";
 constexpr const char* withMiddle = "middle";
+
+QString keyOf(ProgramPart part)
+{
+    return QStringLiteral("programs/") + std::ranges::find(allProgramParts(), part, &ProgramPartName::part)->name;
+}
 
 } // namespace
 
@@ -88,6 +95,16 @@ bool Settings::isGridShown(bool fallback) const
 void Settings::setGridShown(bool shown)
 {
     store.setValue(gridKey, shown);
+}
+
+bool Settings::isDrawn(ProgramPart part) const
+{
+    return store.value(keyOf(part), part != ProgramPart::ZAxesOnly).toBool();
+}
+
+void Settings::setDrawn(ProgramPart part, bool drawn)
+{
+    store.setValue(keyOf(part), drawn);
 }
 
 Settings::MouseStyle Settings::mouseStyle() const

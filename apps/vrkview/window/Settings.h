@@ -1,5 +1,7 @@
 #pragma once
 
+#include "canvas/ProgramParts.h"
+
 #include <QByteArray>
 #include <QObject>
 #include <QSettings>
@@ -38,6 +40,8 @@ public:
     /// Before the first choice the size of the station says, and so `fallback`.
     bool isGridShown(bool fallback) const;
     void setGridShown(bool shown);
+    bool isDrawn(ProgramPart part) const;
+    void setDrawn(ProgramPart part, bool drawn);
 
     MouseStyle mouseStyle() const;
     void setMouseStyle(MouseStyle style);

@@ -2,6 +2,7 @@
 
 #include "canvas/CameraFlight.h"
 #include "canvas/DrawMode.h"
+#include "canvas/ProgramParts.h"
 #include "canvas/ProgramThings.h"
 #include "canvas/Surroundings.h"
 #include "canvas/Views.h"
@@ -63,6 +64,7 @@ ViewActions::ViewActions(QWidget& window, ViewState& state, CameraFlight& flight
     addViews();
     addModes();
     addSurroundings();
+    addProgramParts();
     addSelection();
     connect(&state, &ViewState::selectionChanged, this, &ViewActions::followState);
     connect(&state, &ViewState::visibilityChanged, this, &ViewActions::followState);
@@ -131,6 +133,22 @@ void ViewActions::addSurroundings()
     shorterFrames = add(tr("&Shorter"), {Qt::Key_Minus}, [] { changeFrameSize(-1); });
 }
 
+void ViewActions::addProgramParts()
+{
+    const auto addPart = [this](ProgramPart part, const QString& text, Qt::Key key) {
+        QAction* action = add(text, {key}, [this, part] {
+            draw(part, !isDrawn(part));
+            settings.setDrawn(part, isDrawn(part));
+        });
+        action->setCheckable(true);
+        programParts.push_back(action);
+    };
+    addPart(ProgramPart::Targets, tr("&Targets"), Qt::Key_T);
+    addPart(ProgramPart::Arrows, tr("&Arrows"), Qt::Key_A);
+    addPart(ProgramPart::Lines, tr("&Lines"), Qt::Key_L);
+    addPart(ProgramPart::ZAxesOnly, tr("&Z axes only"), Qt::Key_Z);
+}
+
 void ViewActions::addSelection()
 {
     clear = add(tr("&Clear selection"), {Qt::Key_Escape}, [this] { state.clear(); });
@@ -155,6 +173,9 @@ void ViewActions::fillViewMenu(QMenu& menu) const
     QMenu* frames = menu.addMenu(tr("F&rames"));
     frames->addAction(longerFrames);
     frames->addAction(shorterFrames);
+    QMenu* programs = menu.addMenu(tr("&Programs"));
+    for (QAction* part : programParts)
+        programs->addAction(part);
 }
 
 void ViewActions::fillSelectMenu(QMenu& menu) const
@@ -200,6 +221,8 @@ void ViewActions::focusOn(unsigned id)
 void ViewActions::follow()
 {
     grid->setChecked(isGridShown());
+    for (std::size_t i = 0; i < programParts.size(); ++i)
+        programParts[i]->setChecked(isDrawn(allProgramParts()[i].part));
 }
 
 void ViewActions::followState()

@@ -42,6 +42,7 @@ private:
     void addViews();
     void addModes();
     void addSurroundings();
+    void addProgramParts();
     void addSelection();
     void followState();
 
@@ -57,6 +58,7 @@ private:
     QAction* turnedGrid = nullptr;
     QAction* longerFrames = nullptr;
     QAction* shorterFrames = nullptr;
+    std::vector<QAction*> programParts; // in the order of all of them
     QAction* clear = nullptr;
     QAction* hide = nullptr;
     QAction* show = nullptr;

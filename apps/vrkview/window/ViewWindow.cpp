@@ -3,6 +3,7 @@
 #include "canvas/Contents.h"
 #include "canvas/DrawMode.h"
 #include "canvas/Mouse.h"
+#include "canvas/ProgramParts.h"
 #include "canvas/Surroundings.h"
 #include "canvas/ViewWidget.h"
 #include "canvas/Views.h"
@@ -53,6 +54,7 @@ constexpr int programHeight = 380;
 constexpr int toolIcon = 20;
 constexpr int propertiesInterval = 100; // milliseconds
 constexpr int noteTime = 5000;          // milliseconds that a note stays in the status line
+constexpr int longNoteTime = 15000;     // one with numbers to read
 
 QString counted(std::uint64_t number, const char* one, const char* many)
 {
@@ -264,6 +266,8 @@ void ViewWindow::connectFiles()
         messages->hide();
         statusBar()->showMessage(tr("Saved %1").arg(path), noteTime);
     });
+    connect(&files, &StationFiles::programsShown, this,
+            [this](const QString& summary) { statusBar()->showMessage(summary, longNoteTime); });
     connect(&files.getOpening(), &FileOpening::cancelled, this,
             [this] { statusBar()->showMessage(tr("Opening given up; nothing was added"), noteTime); });
     connect(&files, &StationFiles::shown, this, [this](bool isAnother) {
@@ -349,6 +353,8 @@ void ViewWindow::startView()
     enlargeCross(static_cast<float>(devicePixelRatioF()));
     suitCameraToScene();
     showGrid(settings.isGridShown(isGridShown()));
+    for (const ProgramPartName& each : allProgramParts())
+        draw(each.part, settings.isDrawn(each.part));
     lookAsLeft();
 }
 

@@ -2,7 +2,10 @@
 #include "WindowFixture.h"
 #include "docks/JointDock.h"
 #include "docks/JointRow.h"
+#include "docks/ProgramDock.h"
+#include "docks/ProgramModel.h"
 #include "docks/TreeDock.h"
+#include "edit/History.h"
 #include "window/MessageBar.h"
 
 #include "support/TempFolder.h"
@@ -26,6 +29,7 @@
 #include <QMimeData>
 #include <QPushButton>
 #include <QSlider>
+#include <QStatusBar>
 
 #include <fstream>
 
@@ -55,6 +59,17 @@ constexpr const char* pillar = R"(<robot name="Pillar">
     <limit lower="-1.5" upper="1.5" effort="1" velocity="1"/></joint>
 </robot>)";
 
+const std::string program = R"(MODULE weld
+CONST robtarget p1:=[[600,0,900],[0,0,1,0],[0,0,0,0],[9E9,9E9,9E9,9E9,9E9,9E9]];
+CONST robtarget p2:=[[600,300,900],[0,0,1,0],[0,0,0,0],[9E9,9E9,9E9,9E9,9E9,9E9]];
+PROC main()
+MoveL p1,v100,fine,tool0;
+MoveL p2,v100,fine,tool0;
+MoveL Offs(p2,0,0,depth()),v100,fine,tool0;
+ENDPROC
+ENDMODULE
+)";
+
 int magentaOf(const QImage& picture)
 {
     int pixels = 0;
@@ -79,6 +94,14 @@ protected:
         files().open(paths);
         ASSERT_TRUE(waitFor([] { return !files().getOpening().isRunning(); }));
         settle();
+    }
+    static QStringList programs()
+    {
+        const ProgramModel& model = window().getProgramDock().getModel();
+        QStringList names;
+        for (int i = 0; i < model.rowCount(); ++i)
+            names << model.index(i, 0).data().toString();
+        return names;
     }
     static std::size_t rowCount() { return window().getState().getTree().getRows().size(); }
 
@@ -107,6 +130,43 @@ TEST_F(OpeningTest, MissingFileIsTold)
 
     EXPECT_THAT(window().getMessageBar().getText().toStdString(), HasSubstr("file.step"));
     window().getMessageBar().hide();
+}
+
+TEST_F(OpeningTest, DamagedProgramIsToldWithItsLineAndTheStationStays)
+{
+    const QStringList before = programs();
+    const QString good = write("good.mod", program), bad = write("weld.mod", program + "MODULE more\nPROC main()\n");
+    const bool couldUndo = window().getState().getHistory().canUndo();
+
+    openAndWait({good, bad});
+
+    const std::string text = window().getMessageBar().getText().toStdString();
+    EXPECT_THAT(text, HasSubstr("weld.mod: line 11: 'main' of line 10 has no ENDPROC"));
+    EXPECT_THAT(text, HasSubstr("Nothing was added."));
+    EXPECT_EQ(programs(), before);
+    EXPECT_EQ(window().getState().getHistory().canUndo(), couldUndo);
+    window().getMessageBar().hide();
+}
+
+TEST_F(OpeningTest, ProgramJoinsAsAStepAndASecondOfItsNameIsKept)
+{
+    const QStringList before = programs();
+    const QString path = write("weld.mod", program);
+    History& history = window().getState().getHistory();
+
+    openAndWait({path});
+    EXPECT_EQ(window().statusBar()->currentMessage(), "weld: 3 moves, 2 placed, 1 not known before it runs; 2 targets");
+    openAndWait({path});
+
+    EXPECT_EQ(programs(), before + QStringList({"weld", "weld (2)"}));
+    shoot("opened_programs");
+    history.undo();
+    history.undo();
+    EXPECT_EQ(programs(), before);
+    history.redo();
+    EXPECT_EQ(programs(), before + QStringList("weld"));
+    history.undo();
+    settle();
 }
 
 TEST_F(OpeningTest, DroppedRobotJoinsTheStationAndItsJointsFollowTheSliders)

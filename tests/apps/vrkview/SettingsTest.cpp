@@ -26,6 +26,8 @@ TEST_F(SettingsTest, BeforeTheFirstChoiceThereAreOnlyDefaults)
     EXPECT_TRUE(settings.closedDocks().isEmpty());
     EXPECT_TRUE(settings.isGridShown(true));
     EXPECT_FALSE(settings.isGridShown(false));
+    for (const ProgramPartName& each : allProgramParts())
+        EXPECT_EQ(settings.isDrawn(each.part), each.part != ProgramPart::ZAxesOnly) << each.name;
     EXPECT_EQ(settings.mouseStyle(), Settings::MouseStyle::OrbitWithMiddle);
 }
 
@@ -35,6 +37,8 @@ TEST_F(SettingsTest, ChoicesAreThereInTheNextRun)
         Settings settings;
         settings.setDrawMode("wire");
         settings.setGridShown(true);
+        settings.setDrawn(ProgramPart::Arrows, false);
+        settings.setDrawn(ProgramPart::ZAxesOnly, true);
         settings.setMouseStyle(Settings::MouseStyle::OrbitWithLeft);
         settings.setWindow("geometry", "state");
         settings.setClosedDocks({"program"});
@@ -44,6 +48,9 @@ TEST_F(SettingsTest, ChoicesAreThereInTheNextRun)
 
     EXPECT_EQ(next.drawMode(), "wire");
     EXPECT_TRUE(next.isGridShown(false));
+    EXPECT_TRUE(next.isDrawn(ProgramPart::Targets));
+    EXPECT_FALSE(next.isDrawn(ProgramPart::Arrows));
+    EXPECT_TRUE(next.isDrawn(ProgramPart::ZAxesOnly));
     EXPECT_EQ(next.mouseStyle(), Settings::MouseStyle::OrbitWithLeft);
     EXPECT_EQ(next.windowGeometry(), "geometry");
     EXPECT_EQ(next.windowState(), "state");

@@ -1,0 +1,192 @@
+#include "FakeInput.h"
+#include "MouseFixture.h"
+#include "canvas/Picked.h"
+#include "canvas/ProgramParts.h"
+#include "docks/ProgramDock.h"
+#include "docks/ProgramModel.h"
+#include "docks/ProgramView.h"
+#include "edit/ModelPlaces.h"
+
+#include "platform/layout/Layout.h"
+#include "platform/task/Instruction.h"
+#include "platform/task/Path.h"
+#include "platform/task/Task.h"
+#include "scene/Scene.h"
+#include "selection/geometry/Result.h"
+#include "view/Camera.h"
+#include "visual/Visual.h"
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+
+namespace vrkview::test {
+namespace {
+
+using namespace vrk::task;
+using testing::ElementsAre;
+using vrk::VisualType;
+using vrk::visual::Camera;
+using vrk::visual::Scene;
+using vrk::visual::Visual;
+
+/// The demo's weld path from near by.
+class ProgramInViewTest : public MouseFixture {
+protected:
+    void SetUp() override
+    {
+        MouseFixture::SetUp();
+        emit window().getProgramDock().focusRequested(welding().getId());
+        ASSERT_TRUE(waitFor([] { return !window().getFlight().isFlying(); }));
+        settle();
+    }
+    void TearDown() override
+    {
+        for (const ProgramPartName& each : allProgramParts()) {
+            draw(each.part, each.part != ProgramPart::ZAxesOnly);
+            window().getSettings().setDrawn(each.part, isDrawn(each.part));
+        }
+        MouseFixture::TearDown();
+    }
+    static const Path& welding() { return *vrk::layout::Layout::inst().tasks.front()->getOwnPaths().front(); }
+    static const MoveInst& move(std::size_t index) { return *welding().getMoveInstructions()[index]; }
+    /// Where the view shows the target of a move, in logical pixels.
+    static QPoint targetOnScreen(const MoveInst& move)
+    {
+        const DataItem& item = *move.getTargetItem();
+        const vrk::rob::Posd place = (worldPoseOfThing(item.getOwnerId()) * item.getPose()).position;
+        const vrk::rob::Posf seen =
+            camera().inverse() *
+            vrk::rob::Posf(static_cast<float>(place.x), static_cast<float>(place.y), static_cast<float>(place.z));
+        const float slope = std::tan(Camera::Get()->getVFOV() / 2);
+        const float right = seen.x / -seen.z / (slope * Camera::Get()->getAspectRatio());
+        const float up = seen.y / -seen.z / slope;
+        return {static_cast<int>(std::lround((1 + right) / 2 * view().width())),
+                static_cast<int>(std::lround((1 - up) / 2 * view().height()))};
+    }
+    static int countBelow(const Visual& visual, VisualType type)
+    {
+        int count = visual.getType() == type ? 1 : 0;
+        for (const Visual* child : visual.getChildren())
+            count += countBelow(*child, type);
+        return count;
+    }
+    static int count(VisualType type) { return countBelow(*Scene::GetWorldVisual(), type); }
+};
+
+TEST_F(ProgramInViewTest, EveryMoveStandsInTheScene)
+{
+    shoot("program_in_view");
+
+    for (const MoveInst* each : welding().getMoveInstructions())
+        EXPECT_TRUE(Scene::HasVisual(each->getId())) << each->getName();
+    EXPECT_EQ(count(VisualType::MoveInstruction), 10);
+    EXPECT_EQ(count(VisualType::Robtarget), 9); // with the via point
+    EXPECT_EQ(count(VisualType::JointTarget), 2);
+}
+
+TEST_F(ProgramInViewTest, ClickOnATargetSelectsItsMoveAndMarksItsRow)
+{
+    const MoveInst& above = move(1);
+
+    clickAt(targetOnScreen(above));
+    settle();
+
+    EXPECT_THAT(state().getSelected(), ElementsAre(above.getId()));
+    EXPECT_THAT(Scene::Get()->getSelectedVisuals(), ElementsAre(above.getId()));
+    const QModelIndexList marked = window().getProgramDock().getTreeView().selectionModel()->selectedRows();
+    ASSERT_EQ(marked.size(), 1);
+    EXPECT_EQ(marked[0].data(ProgramModel::IdRole).toUInt(), above.getId());
+    shoot("program_move_selected");
+}
+
+TEST_F(ProgramInViewTest, TargetUnderTheMouseIsNamedWithItsProgram)
+{
+    const vrk::selection::Result result = resultAt(targetOnScreen(move(1)));
+
+    EXPECT_EQ(describeForUser(state().getTree(), result), "Welding › weldBracket › Joint to above");
+}
+
+TEST_F(ProgramInViewTest, SelectedRowLooksSelectedInTheView)
+{
+    const QImage before = seen();
+
+    state().selectVisuals({welding().getId()});
+    settle();
+    const QImage ofPath = seen();
+    EXPECT_NE(ofPath, before);
+    state().selectVisuals({vrk::layout::Layout::inst().tasks.front()->getId()});
+    settle();
+
+    // The program, whose visuals are its paths, and not the robot that runs it.
+    EXPECT_THAT(state().getSelected(), ElementsAre(vrk::layout::Layout::inst().tasks.front()->getId()));
+    EXPECT_EQ(seen(), ofPath);
+    state().clear();
+    settle();
+    EXPECT_EQ(seen(), before);
+}
+
+TEST_F(ProgramInViewTest, DoubleClickOnATargetFliesToIt)
+{
+    const MoveInst& above = move(1);
+    const vrk::rob::Posef before = camera();
+
+    emit window().getProgramDock().focusRequested(above.getId());
+    ASSERT_TRUE(waitFor([] { return !window().getFlight().isFlying(); }));
+    settle();
+
+    EXPECT_NE(camera().position, before.position);
+    const QPoint middle = view().rect().center(), there = targetOnScreen(above);
+    EXPECT_LT(std::abs(there.x() - middle.x()), view().width() / 4);
+    EXPECT_LT(std::abs(there.y() - middle.y()), view().height() / 4);
+    shoot("program_focus");
+}
+
+struct SwitchCase {
+    const char* name;
+    const char* key;
+    ProgramPart part;
+};
+class ProgramSwitches : public ProgramInViewTest, public testing::WithParamInterface<SwitchCase> {};
+
+TEST_P(ProgramSwitches, ChangesThePictureIsKeptAndBringsBackTheSameAsBefore)
+{
+    const auto [name, key, part] = GetParam();
+    const bool atFirst = isDrawn(part);
+    const QImage before = seen();
+    const int targets = count(VisualType::Robtarget);
+
+    const QImage other = after(key);
+    EXPECT_NE(other, before);
+    EXPECT_EQ(isDrawn(part), !atFirst);
+    EXPECT_EQ(window().getSettings().isDrawn(part), !atFirst);
+    shoot(name);
+
+    // Arrows, too, go again where lines go, and not from one frame to another.
+    EXPECT_EQ(after(key), before);
+    EXPECT_EQ(isDrawn(part), atFirst);
+    draw(part, atFirst); // as it is: nothing is there twice
+    settle();
+    EXPECT_EQ(count(VisualType::Robtarget), targets);
+    EXPECT_EQ(seen(), before);
+}
+
+TEST_P(ProgramSwitches, WhatIsSelectedStillLooksSo)
+{
+    state().selectVisuals({welding().getId()});
+    settle();
+    const QImage before = seen();
+    after(GetParam().key);
+
+    EXPECT_EQ(after(GetParam().key), before);
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, ProgramSwitches,
+                         testing::Values(SwitchCase{"Targets", "t", ProgramPart::Targets},
+                                         SwitchCase{"Arrows", "a", ProgramPart::Arrows},
+                                         SwitchCase{"Lines", "l", ProgramPart::Lines},
+                                         SwitchCase{"ZAxesOnly", "z", ProgramPart::ZAxesOnly}),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+} // namespace
+} // namespace vrkview::test
