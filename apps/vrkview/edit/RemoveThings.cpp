@@ -7,6 +7,7 @@
 #include "platform/layout/Group.h"
 #include "platform/sdf/SdfManager.h"
 #include "platform/task/DataItem.h"
+#include "platform/task/EdgeMfgShape.h"
 #include "platform/task/Task.h"
 #include "scene/Scene.h"
 
@@ -127,7 +128,7 @@ RemoveThing::Memory RemoveThing::read() const
         if (isGone(object->getParentId()) && !isGone(object->getId()))
             read.owners.emplace_back(object, object->getParentId());
     for (const auto& task : layout.tasks)
-        read.tasks.push_back({task, task->getManipulatorId(), task->getDataItems()});
+        read.tasks.push_back({task, task->getManipulatorId(), task->getDataItems(), task->getMfgShapes()});
     for (const auto& group : layout.groups)
         if (std::ranges::any_of(group->getMemberIds(), isGone))
             read.groups.emplace_back(group, group->getMemberIds());
@@ -147,6 +148,12 @@ void RemoveThing::restoreModel() const
             object->setParentId(owner);
         for (const Memory::OfTask& before : memory->tasks) {
             before.task->setManipulatorId(before.manipulator);
+            if (before.task->getMfgShapes() != before.bands) {
+                for (const auto& band : std::vector(before.task->getMfgShapes()))
+                    before.task->removeMfgShape(band->getId());
+                for (const auto& band : before.bands)
+                    before.task->addMfgShape(band);
+            }
             if (before.task->getDataItems() == before.items)
                 continue;
             for (const auto& item : std::vector(before.task->getDataItems()))

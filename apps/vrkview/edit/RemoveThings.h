@@ -9,7 +9,8 @@
 
 namespace vrk::task {
 class DataItem;
-}
+class EdgeMfgShape;
+} // namespace vrk::task
 
 namespace vrkview {
 
@@ -44,6 +45,7 @@ private:
             std::shared_ptr<vrk::task::Task> task;
             unsigned manipulator = 0;
             std::vector<std::shared_ptr<vrk::task::DataItem>> items;
+            std::vector<std::shared_ptr<vrk::task::EdgeMfgShape>> bands;
         };
 
         vrk::layout::StationContent content;

@@ -14,6 +14,7 @@
 #include "platform/sdf/SdfManager.h"
 #include "platform/station/ImportProgram.h"
 #include "platform/task/DataItem.h"
+#include "platform/task/EdgeMfgShape.h"
 #include "platform/task/Task.h"
 #include "scene/Scene.h"
 #include "visual/Visual.h"
@@ -97,7 +98,7 @@ void removeVisuals()
         sdf::SdfManager& model = sdf::SdfManager::inst();
         const std::shared_lock lock(model.mutex());
         for (const vrk::visual::Visual* visual : Scene::GetWorldVisual()->getChildren())
-            if (typeName(visual->getType()) && model.find(visual->getId()))
+            if (kindOf(*visual) && model.find(visual->getId()))
                 ids.push_back(visual->getId());
     }
     for (const unsigned id : ids)
@@ -105,9 +106,28 @@ void removeVisuals()
     Scene::Get()->processMsgs();
 }
 
+/// Posts the bands of all programs: on the bodies that are in the scene by then.
+void addBands()
+{
+    std::vector<unsigned> bands, hidden;
+    {
+        const std::shared_lock lock(sdf::SdfManager::inst().mutex());
+        for (const vrk::task::Task* task : vrk::task::GetAllTasks())
+            for (const auto& band : task->getMfgShapes())
+                bands.push_back(band->getId());
+        hidden = Layout::inst().visibilities;
+    }
+    for (const unsigned band : bands) {
+        Scene::Get()->addBand(band);
+        if (std::ranges::find(hidden, band) != hidden.end())
+            Scene::Get()->setVisualVisible(band, false);
+    }
+}
+
 void loadStation()
 {
     Scene::LoadStation();
+    addBands();
     for (const auto& arm : Layout::inst().manipulators)
         showOwnColorsOfPlain(arm);
 }
@@ -251,13 +271,16 @@ void addToScene(unsigned id)
     const std::shared_ptr<sdf::SdfObject> object = shared(id);
     if (auto* part = dynamic_cast<vrk::layout::Part*>(object.get())) {
         scene.addPart(part);
+        addBands();
     } else if (auto* assembly = dynamic_cast<vrk::layout::Assembly*>(object.get())) {
         scene.addAssembly(assembly);
+        addBands();
     } else if (const auto mechanism = std::dynamic_pointer_cast<Mechanism>(object)) {
         scene.addMechanism(mechanism.get(), true);
         showOwnColorsOfPlain(mechanism);
         if (const auto* manipulator = dynamic_cast<const Manipulator*>(mechanism.get()))
             scene.addFrame(manipulator->getControllerTaskFrame().get());
+        addBands();
     } else if (auto* cloud = dynamic_cast<vrk::layout::PointCloud*>(object.get())) {
         scene.addPointCloud(cloud);
         if (Scene::HasVisual(cloud->getParentId()))
@@ -266,6 +289,7 @@ void addToScene(unsigned id)
         scene.addFrame(frame);
     } else if (dynamic_cast<const vrk::task::Task*>(object.get())) {
         scene.addRenderTask([id] { Scene::Get()->buildTask(id); }, 0);
+        addBands();
     }
 }
 
@@ -276,11 +300,15 @@ void removeFromScene(unsigned id)
     if (const auto* manipulator = dynamic_cast<const Manipulator*>(object.get()))
         ids.push_back(manipulator->getControllerTaskFrame()->getId()); // which hangs on the world
     if (const auto* task = dynamic_cast<const vrk::task::Task*>(object.get()))
-        for (const auto& item : task->getDataItems())
-            ids.push_back(item->getId());
+        for (const auto& piece : task->getPieces())
+            ids.push_back(piece->getId());
     for (const unsigned each : ids)
-        if (Scene::HasVisual(each))
-            Scene::Get()->removeVisual(each);
+        Scene::Get()->addRenderTask(
+            [each] {
+                if (Scene::HasVisual(each)) // a band is gone with the body that it lay on
+                    Scene::Get()->deleteVisual(Scene::GetVisual(each));
+            },
+            0);
 }
 
 void moveJoints(const std::vector<double>& values)

@@ -14,6 +14,7 @@
 
 namespace vrkview {
 
+class BandActions;
 class EditActions;
 class JointDock;
 class MessageBar;
@@ -46,6 +47,7 @@ public:
     JointDock& getJointDock() const { return *joints; }
     PropertyDock& getPropertyDock() const { return *properties; }
     EditActions& getEdits() const { return *edits; }
+    BandActions& getBands() const { return *bands; }
     MessageBar& getMessageBar() const { return *messages; }
 
 protected:
@@ -94,6 +96,7 @@ private:
     PropertyDock* properties;
     ViewActions* actions;
     EditActions* edits;
+    BandActions* bands;
     Mouse* mouse;
     QMenu* recent = nullptr;
     QLabel* contents;
