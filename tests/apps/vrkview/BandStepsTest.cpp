@@ -195,5 +195,23 @@ TEST_F(BandStepsTest, EdgeIsSelectedByAltAndControlAndGoesWithTheNextSelection)
     EXPECT_FALSE(state().isAnySelected());
 }
 
+TEST_F(BandStepsTest, BandOfTheDemoStandsInTheTreeAndIsSelected)
+{
+    unsigned band = 0;
+    for (const auto& shape : Layout::inst().tasks.front()->getMfgShapes())
+        band = shape->getId();
+    ASSERT_NE(band, 0u);
+    ASSERT_TRUE(Scene::HasVisual(band));
+    auto& visual = dynamic_cast<VectorBandVisual&>(*Scene::GetVisual(band));
+    EXPECT_GT(visual.getBandVectors().size(), 10u);
+    EXPECT_NE(state().getTree().find(band), StationTree::none);
+
+    state().selectVisuals({band});
+    settle();
+
+    EXPECT_THAT(state().getSelected(), testing::ElementsAre(band));
+    shoot("demo-band");
+}
+
 } // namespace
 } // namespace vrkview::test
