@@ -1,5 +1,7 @@
 #include "canvas/Contents.h"
 
+#include "task/bands/VectorBandVisual.h"
+#include "visual/MeshVisual.h"
 #include "visual/PointCloudVisual.h"
 
 namespace vrkview {
@@ -9,9 +11,19 @@ using vrk::VisualType;
 using vrk::visual::PointCloudVisual;
 using vrk::visual::Visual;
 
+/// Whether it shows how the robot works on the station, and is no piece of it: a band, and the arrow where it begins, which
+/// lies beside it.
+bool isOfProgram(const Visual& visual)
+{
+    const auto* mesh = dynamic_cast<const vrk::visual::MeshVisual*>(&visual);
+    return (mesh && mesh->getMeshName() == "mfg_arrow") || dynamic_cast<const vrk::visual::VectorBandVisual*>(&visual);
+}
+
 /// The library's own sums leave out what is attached to something else.
 void count(Visual& visual, Contents& contents)
 {
+    if (isOfProgram(visual))
+        return;
     switch (visual.getType()) {
     case VisualType::Solid:
     case VisualType::Mesh:

@@ -249,7 +249,7 @@ void Mouse::click()
     const Qt::KeyboardModifiers modifiers = pressed->modifiers;
     const Result result = pick(pressed->place, Purpose::Click);
     if (modifiers.testFlag(Qt::AltModifier)) {
-        clickFace(result);
+        modifiers.testFlag(Qt::ControlModifier) ? clickEdge(result) : clickFace(result);
         return;
     }
     const unsigned thing = thingOf(state.getTree(), result);
@@ -270,6 +270,12 @@ void Mouse::clickFace(const Result& result)
         const bool asSide = pressed->modifiers.testFlag(Qt::ShiftModifier);
         state.toggleFace(result.visual->getId(), face, asSide ? ViewState::FaceUse::Side : ViewState::FaceUse::Base);
     }
+}
+
+void Mouse::clickEdge(const Result& result)
+{
+    if (const unsigned edge = edgeOf(result))
+        state.toggleEdge(result.visual->getId(), edge);
 }
 
 Result Mouse::pick(const QPointF& place, Purpose purpose)

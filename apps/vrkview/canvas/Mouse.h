@@ -70,6 +70,7 @@ private:
     void endDrag();
     void click();
     void clickFace(const vrk::selection::Result& result);
+    void clickEdge(const vrk::selection::Result& result);
     vrk::selection::Result pick(const QPointF& place, Purpose purpose);
     void prepareNavigation();
 

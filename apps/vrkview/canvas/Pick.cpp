@@ -42,9 +42,9 @@ Json toJson(const vrk::rob::PosTemplate<float>& p)
 }
 
 /// Of all that can be picked, the frames of a work object too, which the tree of the station leaves out.
-const char* kindOf(const Visual& visual)
+const char* kindOfPicked(const Visual& visual)
 {
-    const char* listed = typeName(visual.getType());
+    const char* listed = kindOf(visual);
     return listed ? listed : "frame";
 }
 
@@ -86,7 +86,7 @@ public:
         for (const Object& object : objects)
             list.push_back({{"id", object.visual->getId()},
                             {"name", nameOf(*object.visual)},
-                            {"type", kindOf(*object.visual)},
+                            {"type", kindOfPicked(*object.visual)},
                             {"color", QColor(object.color).name().toStdString()},
                             {"cells", object.count}});
         const auto hits = cells.size() - static_cast<std::size_t>(std::ranges::count(cells, nullptr));
@@ -173,7 +173,7 @@ Json describe(const Result& result)
     if (result.hit) {
         text["id"] = result.visual->getId();
         text["name"] = nameOf(*result.visual);
-        text["type"] = kindOf(*result.visual);
+        text["type"] = kindOfPicked(*result.visual);
         if (const auto* solid = dynamic_cast<const SolidVisual*>(result.visual); solid && !result.face.IsNull())
             text["face"] = solid->getFaceIndex(TopoDS::Face(result.face));
         if (Json edge = edgeOf(result); !edge.is_null())

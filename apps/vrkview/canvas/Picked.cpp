@@ -6,6 +6,8 @@
 #include "selection/geometry/Result.h"
 #include "visual/SolidVisual.h"
 
+#include <TopExp.hxx>
+#include <TopTools_IndexedMapOfShape.hxx>
 #include <TopoDS.hxx>
 
 namespace vrkview {
@@ -79,6 +81,17 @@ unsigned faceOf(const Result& result)
 {
     const auto* solid = dynamic_cast<const vrk::visual::SolidVisual*>(result.visual);
     return result.hit && solid && !result.face.IsNull() ? solid->getFaceIndex(TopoDS::Face(result.face)) : 0;
+}
+
+unsigned edgeOf(const Result& result)
+{
+    const auto* solid = dynamic_cast<const vrk::visual::SolidVisual*>(result.visual);
+    const auto edge = solid ? result.getFaceEdge() : std::nullopt;
+    if (!edge)
+        return 0;
+    TopTools_IndexedMapOfShape edges; // the result counts those of the face
+    TopExp::MapShapes(solid->getShape(), TopAbs_EDGE, edges);
+    return static_cast<unsigned>(edges.FindIndex(edge->edge));
 }
 
 QString describeForUser(const StationTree& tree, const Result& result)

@@ -17,6 +17,8 @@ class StationTree;
 unsigned thingOf(const StationTree& tree, const vrk::selection::Result& result);
 /// The face of a solid, from 1; 0 for anything else.
 unsigned faceOf(const vrk::selection::Result& result);
+/// The edge of a solid that lies near where its face was hit, by its number, from 1, in the shape of the solid; 0 for none.
+unsigned edgeOf(const vrk::selection::Result& result);
 /// For the user: the thing, what of it was hit, and the number of the face or point. Empty where nothing is to be told.
 QString describeForUser(const StationTree& tree, const vrk::selection::Result& result);
 

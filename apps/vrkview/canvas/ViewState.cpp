@@ -10,7 +10,12 @@
 #include "platform/layout/Layout.h"
 #include "platform/sdf/SdfManager.h"
 #include "scene/Scene.h"
-#include "visual/Visual.h"
+#include "visual/SolidVisual.h"
+
+#include <TopExp.hxx>
+#include <TopTools_IndexedMapOfShape.hxx>
+#include <TopoDS.hxx>
+#include <TopoDS_Edge.hxx>
 
 #include <algorithm>
 #include <mutex>
@@ -20,6 +25,19 @@ namespace {
 
 using vrk::layout::Layout;
 using vrk::visual::Scene;
+
+/// An edge of a solid that is in the scene; null where there is none.
+TopoDS_Edge edgeOfBody(unsigned body, unsigned edge)
+{
+    const auto* solid =
+        Scene::HasVisual(body) ? dynamic_cast<const vrk::visual::SolidVisual*>(Scene::GetVisual(body)) : nullptr;
+    if (!solid)
+        return {};
+    TopTools_IndexedMapOfShape edges;
+    TopExp::MapShapes(solid->getShape(), TopAbs_EDGE, edges);
+    return edge >= 1 && static_cast<int>(edge) <= edges.Size() ? TopoDS::Edge(edges(static_cast<int>(edge)))
+                                                               : TopoDS_Edge();
+}
 
 } // namespace
 
@@ -45,9 +63,10 @@ bool ViewState::isSelected(unsigned id) const
 void ViewState::selectVisuals(std::vector<unsigned> ids)
 {
     std::erase_if(ids, [this](unsigned id) { return isHidden(id); });
-    if (ids == selected && selectedFaces.empty())
+    if (ids == selected && selectedFaces.empty() && selectedEdges.empty())
         return;
     selected = std::move(ids);
+    clearEdges();
     selectedFaces.clear(); // as the scene does
     toldScene = ownersFirst();
     Scene& scene = *Scene::Get();
@@ -102,6 +121,27 @@ void ViewState::toggleFace(unsigned body, unsigned face, FaceUse use)
             scene.selectSideFace(body, face);
     }
     emit selectionChanged();
+}
+
+void ViewState::toggleEdge(unsigned body, unsigned edge)
+{
+    const TopoDS_Edge shape = edgeOfBody(body, edge);
+    if (shape.IsNull() || isHidden(body))
+        return;
+    if (std::erase(selectedEdges, std::pair(body, edge)) > 0) {
+        Scene::Get()->removeGeneratedEdge(body, shape);
+    } else {
+        selectedEdges.emplace_back(body, edge);
+        Scene::Get()->addGeneratedEdge(body, shape);
+    }
+    emit selectionChanged();
+}
+
+void ViewState::clearEdges()
+{
+    for (const auto& [body, edge] : std::exchange(selectedEdges, {}))
+        if (const TopoDS_Edge shape = edgeOfBody(body, edge); !shape.IsNull())
+            Scene::Get()->removeGeneratedEdge(body, shape);
 }
 
 // Visibility
@@ -269,11 +309,17 @@ void ViewState::deselectHidden()
         Scene::Get()->clearSelectedFace(face.first, face.second);
         return true;
     });
+    const auto edges = std::erase_if(selectedEdges, [this](const auto& edge) {
+        if (!isHidden(edge.first))
+            return false;
+        Scene::Get()->removeGeneratedEdge(edge.first, edgeOfBody(edge.first, edge.second));
+        return true;
+    });
     std::vector<unsigned> left = selected;
     std::erase_if(left, [this](unsigned id) { return isHidden(id); });
     if (left != selected)
         selectVisuals(std::move(left));
-    else if (faces > 0)
+    else if (faces > 0 || edges > 0)
         emit selectionChanged();
 }
 
@@ -370,6 +416,7 @@ void ViewState::forgetWhatIsGone()
 {
     const auto isGone = [this](unsigned id) { return tree.find(id) == StationTree::none && !isOfProgram(id); };
     std::erase_if(selectedFaces, [&](const auto& face) { return isGone(face.first); });
+    std::erase_if(selectedEdges, [&](const auto& edge) { return isGone(edge.first); });
     std::vector<unsigned> left = selected;
     std::erase_if(left, isGone);
     if (left != selected)

@@ -45,7 +45,7 @@ public:
     void toggle(unsigned id);
     /// Nothing selected, faces included.
     void clear() { selectVisuals({}); }
-    bool isAnySelected() const { return !selected.empty() || !selectedFaces.empty(); }
+    bool isAnySelected() const { return !selected.empty() || !selectedFaces.empty() || !selectedEdges.empty(); }
     /// Takes over what the scene itself did to its selection. Call it after the scene has worked off its posts.
     void followScene();
 
@@ -56,6 +56,13 @@ public:
     /// Selects the face in the colour of this use or, if it is selected, in whichever use, takes it out. Nothing for what
     /// is no solid.
     void toggleFace(unsigned body, unsigned face, FaceUse use);
+
+    // Edges of solids, in the order of selection, likewise
+
+    /// Body and number, from 1, in the body's shape.
+    const std::vector<std::pair<unsigned, unsigned>>& getSelectedEdges() const { return selectedEdges; }
+    /// Selects the edge or, if it is selected, takes it out. Nothing for what is no solid, and for an edge that it has not.
+    void toggleEdge(unsigned body, unsigned edge);
 
     // Visibility of things of the station, with what is below them. What hangs on a hidden thing by an attachment is hidden
     // with it and comes back with it, unless it is hidden itself. Each call that changes something is one step of work.
@@ -102,6 +109,7 @@ private:
     void sum();
     std::vector<unsigned> ownersFirst() const;
     void deselectHidden();
+    void clearEdges();
     std::vector<unsigned> listForModel() const;
     void pushHidden(const QString& text, std::unordered_set<unsigned> before);
     void drawAnew() const;
@@ -114,6 +122,7 @@ private:
     std::vector<unsigned> selected;
     std::vector<unsigned> toldScene;                          // the same, as the scene was given it
     std::vector<std::pair<unsigned, unsigned>> selectedFaces; // body and face
+    std::vector<std::pair<unsigned, unsigned>> selectedEdges; // likewise
     std::unordered_set<unsigned> hidden;                      // by the user
     std::unordered_set<unsigned> hiddenWithCarrier;           // by what carries them; none of these in `hidden`
     std::vector<int> hiddenBelow;                             // for each row, how many below it are hidden

@@ -14,10 +14,20 @@
 #include "platform/layout/Mechanism.h"
 #include "platform/layout/Part.h"
 #include "platform/layout/PointCloud.h"
+#include "platform/task/Seam.h"
 #include "platform/task/Task.h"
 
+#include <BRepAdaptor_Curve.hxx>
+#include <TopExp.hxx>
+#include <TopTools_IndexedMapOfShape.hxx>
+#include <TopoDS.hxx>
+#include <TopoDS_Edge.hxx>
+
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <span>
+#include <stdexcept>
 
 namespace vrkview {
 namespace {
@@ -114,6 +124,36 @@ void addGoods(const Posed& pallet, std::vector<std::shared_ptr<Part>>& parts)
     }
 }
 
+/// The tool's way around the upper edge of the bracket's foot, from one end to the other without a corner.
+std::shared_ptr<vrk::task::EdgeMfgShape> makeSeam(const Body& of)
+{
+    constexpr double border = -45 * bracketScale, height = 14 * bracketScale;
+    TopTools_IndexedMapOfShape edges;
+    TopExp::MapShapes(of.getShape(), TopAbs_EDGE, edges);
+    for (int i = 1; i <= edges.Size(); ++i) {
+        const BRepAdaptor_Curve curve(TopoDS::Edge(edges(i)));
+        const gp_Pnt first = curve.Value(curve.FirstParameter()), last = curve.Value(curve.LastParameter());
+        const auto isOnEdge = [](const gp_Pnt& p) {
+            return std::abs(p.Y() - border) < 0.01 && std::abs(p.Z() - height) < 0.01;
+        };
+        if (!isOnEdge(first) || !isOnEdge(last))
+            continue;
+        const std::vector<unsigned> chain =
+            vrk::task::TangentChain(of.getShape(), static_cast<unsigned>(i), radians(5));
+        // Upright on the foot, to whichever hand that is: halfway over, the band would be seen edge on from the front.
+        const unsigned id = newId();
+        for (const auto side : {vrk::task::ToolSide::Left, vrk::task::ToolSide::Right}) {
+            const auto seam = vrk::task::MakeSeam(id, "Edge of the bracket", of.getShape(), of.getId(), chain,
+                                                  {.side = side, .chordTolerance = 1});
+            const auto foot = std::ranges::find(seam->getMfgVectors(), static_cast<unsigned>(i),
+                                                &vrk::geometry::MfgVectors::edgeNumber);
+            if (foot->vectors.front().direction.z > 0.5) // elsewhere it may go up the wall
+                return seam;
+        }
+    }
+    throw std::runtime_error("the bracket has no edge along its foot");
+}
+
 void setJoints(vrk::layout::Mechanism& mechanism, std::span<const double> degrees)
 {
     std::vector<double> values;
@@ -176,6 +216,7 @@ Station demoStation()
     cell.visibilities = {measured->getId()};
     station.clouds = {scanOfBracket(scanned, static_cast<float>(bracketScale))};
     addProgram(*cell.tasks.front());
+    cell.tasks.front()->addMfgShape(makeSeam(*workpiece->getBodies().front()));
     cell.lastViewPointPose = lookingFrom({5400, -5650, 3950}, {225, -205, 455});
     return station;
 }

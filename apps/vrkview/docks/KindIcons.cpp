@@ -128,6 +128,26 @@ void drawToolData(QPainter& painter)
     painter.drawEllipse(QPointF(8, 11.8), 2.2, 2.2);
 }
 
+void drawBand(QPainter& painter)
+{
+    // A ribbon that bends away, with its seam in front.
+    QPainterPath ribbon(QPointF(1.6, 12.6));
+    ribbon.cubicTo(5, 15.4, 9, 8.4, 14.4, 10.2);
+    ribbon.lineTo(14.4, 3.4);
+    ribbon.cubicTo(9, 1.6, 5, 8.6, 1.6, 5.8);
+    ribbon.closeSubpath();
+    QColor through = scan;
+    through.setAlphaF(0.45f);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(through);
+    painter.drawPath(ribbon);
+    QPainterPath seam(QPointF(1.6, 12.6));
+    seam.cubicTo(5, 15.4, 9, 8.4, 14.4, 10.2);
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(pen(scan, 1.7));
+    painter.drawPath(seam);
+}
+
 void drawKind(QPainter& painter, const QColor&, int number)
 {
     switch (static_cast<VisualType>(number)) {
@@ -158,6 +178,8 @@ void drawKind(QPainter& painter, const QColor&, int number)
         return;
     case VisualType::PointCloud:
         return drawCloud(painter);
+    case VisualType::None:
+        return drawBand(painter);
     case VisualType::WObj:
         return drawWorkObject(painter);
     case VisualType::Tcp:

@@ -79,7 +79,7 @@ Properties ofOne(Visual& visual, const StationTree& tree)
     properties.title = row == StationTree::none
                            ? QString::fromStdString(visual.getName())
                            : QString::fromStdString(tree.getRows()[static_cast<std::size_t>(row)].name);
-    const char* kind = typeName(visual.getType());
+    const char* kind = kindOf(visual);
     QString name = kind ? kind : "object";
     name[0] = name[0].toUpper();
     properties.subtitle = QString("%1 · id %2").arg(name).arg(visual.getId());

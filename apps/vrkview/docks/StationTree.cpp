@@ -21,7 +21,7 @@ using Children = std::unordered_map<unsigned, std::vector<const Visual*>>; // by
 unsigned parentOf(const Visual& visual, const std::unordered_map<unsigned, std::string>& names)
 {
     for (const Visual* above = visual.getParent(); above; above = above->getParent())
-        if (typeName(above->getType()) && names.contains(above->getId()))
+        if (kindOf(*above) && names.contains(above->getId()))
             return above->getId();
     return 0;
 }
@@ -74,7 +74,7 @@ StationTree StationTree::OfScene()
         if (!Scene::HasVisual(object->getId()))
             continue;
         const Visual& visual = *Scene::GetVisual(object->getId());
-        if (typeName(visual.getType()))
+        if (kindOf(visual))
             children[parentOf(visual, names)].push_back(&visual);
     }
     std::vector<Row> rows;

@@ -18,7 +18,7 @@ public:
 
     struct Row {
         unsigned id = 0;
-        vrk::VisualType kind = vrk::VisualType::None;
+        vrk::VisualType kind = vrk::VisualType::None; // of a band
         std::string name;
         int parent = none;         // always an earlier row
         int position = 0;          // among the children of its parent

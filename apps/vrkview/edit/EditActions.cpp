@@ -2,6 +2,7 @@
 
 #include "canvas/ViewState.h"
 #include "edit/Attaching.h"
+#include "edit/Bands.h"
 #include "edit/Changes.h"
 #include "edit/History.h"
 #include "edit/ModelPlaces.h"
@@ -51,6 +52,27 @@ private:
     unsigned carrier;
     bool isMade = false; // of steps
 };
+
+/// Bands and things leave together, a band ahead of what it lies on.
+class RemoveSelection : public Changes {
+public:
+    explicit RemoveSelection(const std::vector<unsigned>& ids)
+        : Changes(QObject::tr("Delete %1").arg(nameOfThings(ids)), Touched::Things)
+    {
+        std::vector<unsigned> things;
+        for (const unsigned id : ids)
+            if (isBand(id))
+                add(std::make_unique<RemoveBand>(id));
+            else
+                things.push_back(id);
+        add(std::make_unique<RemoveThings>(things));
+    }
+};
+
+bool canRemove(unsigned id)
+{
+    return isThingOfItsOwn(id) || isBand(id);
+}
 
 bool isCarried(unsigned id)
 {
@@ -126,7 +148,7 @@ void EditActions::removeSelected()
 {
     const std::vector<unsigned> ids = state.getSelected();
     state.clear(); // nothing of what goes stays selected
-    push(std::make_unique<RemoveThings>(ids));
+    push(std::make_unique<RemoveSelection>(ids));
 }
 
 void EditActions::attachSelected()
@@ -201,7 +223,7 @@ void EditActions::followState()
     attach->setEnabled(canAttachNow);
     attach->setText(canAttachNow ? tr("&Attach to %1").arg(nameOfThing(ids.back()).replace('&', "&&")) : tr("&Attach"));
     detach->setEnabled(std::ranges::any_of(ids, isCarried));
-    remove->setEnabled(!ids.empty() && std::ranges::all_of(ids, isThingOfItsOwn));
+    remove->setEnabled(!ids.empty() && std::ranges::all_of(ids, canRemove));
 }
 
 } // namespace vrkview

@@ -7,6 +7,7 @@
 #include "platform/layout/Group.h"
 #include "platform/sdf/SdfManager.h"
 #include "platform/task/DataItem.h"
+#include "platform/task/EdgeMfgShape.h"
 #include "platform/task/Instruction.h"
 #include "platform/task/Path.h"
 #include "platform/task/Task.h"
@@ -147,7 +148,8 @@ RemoveThing::Memory RemoveThing::read() const
         if (isGone(object->getParentId()) && !isGone(object->getId()))
             read.owners.emplace_back(object, object->getParentId());
     for (const auto& task : layout.tasks) {
-        read.tasks.push_back({task, task->getManipulatorId(), task->getDataItems(), toolsOfMoves(*task)});
+        read.tasks.push_back(
+            {task, task->getManipulatorId(), task->getDataItems(), toolsOfMoves(*task), task->getMfgShapes()});
         const auto liesOnIt = [&](const auto& item) { return isGone(item->getOwnerId()); };
         if (!isGone(task->getId()) && (liesOnIt(task) || std::ranges::any_of(task->getDataItems(), liesOnIt)))
             read.programs.push_back(task->getId());
@@ -171,6 +173,12 @@ void RemoveThing::restoreModel() const
             object->setParentId(owner);
         for (const Memory::OfTask& before : memory->tasks) {
             before.task->setManipulatorId(before.manipulator);
+            if (before.task->getMfgShapes() != before.bands) {
+                for (const auto& band : std::vector(before.task->getMfgShapes()))
+                    before.task->removeMfgShape(band->getId());
+                for (const auto& band : before.bands)
+                    before.task->addMfgShape(band);
+            }
             if (before.task->getDataItems() == before.items)
                 continue;
             // Into their old order, but for what moves need: that stayed, and what comes back follows it.

@@ -9,6 +9,7 @@
 
 namespace vrk::task {
 class DataItem;
+class EdgeMfgShape;
 class MoveInst;
 class ToolDataItem;
 } // namespace vrk::task
@@ -48,6 +49,7 @@ private:
             std::vector<std::shared_ptr<vrk::task::DataItem>> items;
             std::vector<std::pair<vrk::task::MoveInst*, std::shared_ptr<vrk::task::ToolDataItem>>>
                 tools; // of all moves
+            std::vector<std::shared_ptr<vrk::task::EdgeMfgShape>> bands;
         };
 
         vrk::layout::StationContent content;

@@ -2,7 +2,7 @@
 
 #include "platform/sdf/SdfManager.h"
 #include "platform/sdf/SdfObject.h"
-#include "visual/Visual.h"
+#include "task/bands/VectorBandVisual.h"
 
 namespace vrkview {
 
@@ -44,6 +44,13 @@ const char* typeName(VisualType type)
     default:
         return nullptr;
     }
+}
+
+const char* kindOf(const vrk::visual::Visual& visual)
+{
+    if (dynamic_cast<const vrk::visual::VectorBandVisual*>(&visual))
+        return "band"; // which has no type of its own
+    return typeName(visual.getType());
 }
 
 std::string nameOf(const vrk::visual::Visual& visual)

@@ -40,14 +40,14 @@ Json treesBelow(const Visual& visual)
     Json trees = Json::array();
     const sdf::SdfManager& model = sdf::SdfManager::inst();
     for (Visual* child : visual.getChildren())
-        if (typeName(child->getType()) && model.find(child->getId()))
+        if (kindOf(*child) && model.find(child->getId()))
             trees.push_back(treeOf(*child));
     return trees;
 }
 
 Json treeOf(Visual& visual)
 {
-    Json entry = {{"id", visual.getId()}, {"type", typeName(visual.getType())}, {"name", nameOf(visual)}};
+    Json entry = {{"id", visual.getId()}, {"type", kindOf(visual)}, {"name", nameOf(visual)}};
     entry.update(counts(visual));
     Json children = treesBelow(visual);
     if (!children.empty())

@@ -14,6 +14,7 @@
 #include "platform/sdf/SdfManager.h"
 #include "platform/station/ImportProgram.h"
 #include "platform/task/DataItem.h"
+#include "platform/task/EdgeMfgShape.h"
 #include "platform/task/Instruction.h"
 #include "platform/task/Path.h"
 #include "platform/task/Task.h"
@@ -113,9 +114,28 @@ void removeVisuals()
     Scene::Get()->processMsgs();
 }
 
+/// Posts the bands of all programs: on the bodies that are in the scene by then.
+void addBands()
+{
+    std::vector<unsigned> bands, hidden;
+    {
+        const std::shared_lock lock(sdf::SdfManager::inst().mutex());
+        for (const vrk::task::Task* task : vrk::task::GetAllTasks())
+            for (const auto& band : task->getMfgShapes())
+                bands.push_back(band->getId());
+        hidden = Layout::inst().visibilities;
+    }
+    for (const unsigned band : bands) {
+        Scene::Get()->addBand(band);
+        if (std::ranges::find(hidden, band) != hidden.end())
+            Scene::Get()->setVisualVisible(band, false);
+    }
+}
+
 void loadStation()
 {
     Scene::LoadStation();
+    addBands();
     for (const auto& arm : Layout::inst().manipulators)
         showOwnColorsOfPlain(arm);
 }
@@ -199,6 +219,8 @@ std::vector<unsigned> visualsOfProgram(const vrk::task::Task& task)
             ids.push_back(move->getId());
         ids.push_back(path->getId());
     }
+    for (const auto& band : task.getMfgShapes())
+        ids.push_back(band->getId());
     for (const sdf::ModelType kind : {sdf::ModelType::ToolData, sdf::ModelType::WObjData})
         for (const auto& item : task.getDataItems())
             if (item->asType(kind))
@@ -271,13 +293,16 @@ void addToScene(unsigned id)
     const std::shared_ptr<sdf::SdfObject> object = sdf::Share(id);
     if (auto* part = dynamic_cast<vrk::layout::Part*>(object.get())) {
         scene.addPart(part);
+        addBands();
     } else if (auto* assembly = dynamic_cast<vrk::layout::Assembly*>(object.get())) {
         scene.addAssembly(assembly);
+        addBands();
     } else if (const auto mechanism = std::dynamic_pointer_cast<Mechanism>(object)) {
         scene.addMechanism(mechanism.get(), true);
         showOwnColorsOfPlain(mechanism);
         if (const auto* manipulator = dynamic_cast<const Manipulator*>(mechanism.get()))
             scene.addFrame(manipulator->getControllerTaskFrame().get());
+        addBands();
     } else if (auto* cloud = dynamic_cast<vrk::layout::PointCloud*>(object.get())) {
         scene.addPointCloud(cloud);
         if (Scene::HasVisual(cloud->getParentId()))
@@ -286,6 +311,7 @@ void addToScene(unsigned id)
         scene.addFrame(frame);
     } else if (dynamic_cast<const vrk::task::Task*>(object.get())) {
         scene.addTask(id);
+        addBands();
     }
 }
 

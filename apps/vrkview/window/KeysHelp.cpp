@@ -87,6 +87,7 @@ QString mouseHelp(Settings::MouseStyle style)
     add(tr("Click in empty space"), tr("selects nothing"));
     add(tr("Alt+click"), tr("selects a face as base, or takes it out"));
     add(tr("Alt+Shift+click"), tr("selects a face as side, or takes it out"));
+    add(tr("Alt+Ctrl+click"), tr("selects the edge that is near by, or takes it out"));
     return table(rows);
 }
 

@@ -13,6 +13,7 @@
 #include "docks/PropertyDock.h"
 #include "docks/TreeDock.h"
 #include "docks/TreeView.h"
+#include "edit/BandActions.h"
 #include "edit/EditActions.h"
 #include "edit/History.h"
 #include "files/PictureFile.h"
@@ -94,8 +95,9 @@ ViewWindow::ViewWindow(const Station& station, const DrawMode& mode)
       view(new ViewWidget(this)), messages(new MessageBar), tree(new TreeDock(state, this)),
       joints(new JointDock(state, this)), program(new ProgramDock(state, this)),
       properties(new PropertyDock(state, this)), actions(new ViewActions(*this, state, flight, settings)),
-      edits(new EditActions(*this, state)), mouse(new Mouse(*view, state, settings, flight, this)),
-      contents(new QLabel), underMouse(new QLabel), frameTime(new QLabel)
+      edits(new EditActions(*this, state)), bands(new BandActions(*this, state)),
+      mouse(new Mouse(*view, state, settings, flight, this)), contents(new QLabel), underMouse(new QLabel),
+      frameTime(new QLabel)
 {
     setAcceptDrops(true);
     setDockOptions(AnimatedDocks | AllowTabbedDocks | AllowNestedDocks);
@@ -221,7 +223,10 @@ void ViewWindow::buildPreferences()
 void ViewWindow::buildMenus()
 {
     buildFileMenu();
-    edits->fillEditMenu(*menuBar()->addMenu(tr("&Edit")));
+    QMenu& editMenu = *menuBar()->addMenu(tr("&Edit"));
+    edits->fillEditMenu(editMenu);
+    editMenu.addSeparator();
+    bands->fillMenu(editMenu);
     QMenu& viewMenu = *menuBar()->addMenu(tr("&View"));
     actions->fillViewMenu(viewMenu);
     viewMenu.addSeparator();
@@ -235,6 +240,7 @@ void ViewWindow::buildMenus()
     addCommand(help, tr("&About vrkview"), {}, &ViewWindow::showAbout);
     actions->fillTreeMenu(tree->getTreeView());
     edits->fillTreeMenu(tree->getTreeView());
+    bands->fillTreeMenu(tree->getTreeView());
 }
 
 void ViewWindow::connectView()
@@ -284,6 +290,7 @@ void ViewWindow::connectFiles()
 void ViewWindow::connectEdits()
 {
     connect(edits, &EditActions::failed, messages, &MessageBar::tell);
+    connect(bands, &BandActions::failed, messages, &MessageBar::tell);
     connect(edits, &EditActions::renameRequested, tree, &TreeDock::editName);
     connect(&state.getHistory(), &History::savedChanged, this, [this](bool isSaved) { setWindowModified(!isSaved); });
     files.askBeforeLoss([this] { return mayLoseChanges(); });

@@ -14,6 +14,7 @@
 
 namespace vrkview {
 
+class BandActions;
 class EditActions;
 class JointDock;
 class MessageBar;
@@ -48,6 +49,7 @@ public:
     ProgramDock& getProgramDock() const { return *program; }
     PropertyDock& getPropertyDock() const { return *properties; }
     EditActions& getEdits() const { return *edits; }
+    BandActions& getBands() const { return *bands; }
     MessageBar& getMessageBar() const { return *messages; }
 
 protected:
@@ -101,6 +103,7 @@ private:
     PropertyDock* properties;
     ViewActions* actions;
     EditActions* edits;
+    BandActions* bands;
     Mouse* mouse;
     QMenu* recent = nullptr;
     QLabel* contents;
