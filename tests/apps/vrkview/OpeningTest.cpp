@@ -141,7 +141,7 @@ TEST_F(OpeningTest, DamagedProgramIsToldWithItsLineAndTheStationStays)
     openAndWait({good, bad});
 
     const std::string text = window().getMessageBar().getText().toStdString();
-    EXPECT_THAT(text, HasSubstr("weld.mod: line 11: 'main' of line 10 has no ENDPROC"));
+    EXPECT_THAT(text, HasSubstr("weld.mod: line 12: 'main' of line 11 has no ENDPROC"));
     EXPECT_THAT(text, HasSubstr("Nothing was added."));
     EXPECT_EQ(programs(), before);
     EXPECT_EQ(window().getState().getHistory().canUndo(), couldUndo);
