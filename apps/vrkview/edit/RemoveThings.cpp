@@ -65,11 +65,6 @@ toolsOfMoves(const vrk::task::Task& task)
     return tools;
 }
 
-bool hasMoves(const vrk::task::Task& task)
-{
-    return std::ranges::any_of(task.getOwnPaths(), [](const auto& path) { return path->moveInstructionCount() > 0; });
-}
-
 template <typename Gathering>
 void restoreMembers(Gathering& gathering, const std::vector<unsigned>& members)
 {
@@ -181,13 +176,10 @@ void RemoveThing::restoreModel() const
             }
             if (before.task->getDataItems() == before.items)
                 continue;
-            // Into their old order, but for what moves need: that stayed, and what comes back follows it.
-            if (!hasMoves(*before.task))
-                for (const auto& item : std::vector(before.task->getDataItems()))
-                    before.task->removeDataItem(item->getId());
             for (const auto& item : before.items)
                 if (std::ranges::find(before.task->getDataItems(), item) == before.task->getDataItems().end())
                     before.task->addDataItem(item);
+            before.task->orderDataItems(before.items);
             for (const auto& [move, tool] : before.tools)
                 move->setToolItem(tool);
         }

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <unordered_map>
 
 namespace vrk::task {
 
@@ -22,6 +23,18 @@ void Task::addDataItem(std::shared_ptr<DataItem> item)
 {
     addForeignChild(*item);
     items.push_back(std::move(item));
+}
+
+void Task::orderDataItems(const std::vector<std::shared_ptr<DataItem>>& order)
+{
+    std::unordered_map<const DataItem*, std::size_t> places;
+    for (const std::shared_ptr<DataItem>& item : order)
+        places.emplace(item.get(), places.size());
+    const auto placeOf = [&](const std::shared_ptr<DataItem>& item) {
+        const auto found = places.find(item.get());
+        return found == places.end() ? places.size() : found->second;
+    };
+    std::ranges::stable_sort(items, {}, placeOf);
 }
 
 void Task::removeDataItem(unsigned id)

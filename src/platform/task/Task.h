@@ -38,6 +38,8 @@ public:
     void removeMfgShape(unsigned id);
     const std::vector<std::shared_ptr<DataItem>>& getDataItems() const { return items; }
     void addDataItem(std::shared_ptr<DataItem> item);
+    /// Brings the items into the order that they have in `order`; those that it does not name stand last, as they stood.
+    void orderDataItems(const std::vector<std::shared_ptr<DataItem>>& order);
     /// Moves forget the work object, tool or via point that goes.
     /// @throws std::invalid_argument "a move needs this target" for the target of a move; nothing is removed then.
     void removeDataItem(unsigned id);

@@ -52,17 +52,6 @@ using vrk::visual::Scene;
 // thing that a step here takes away covers thousands.
 constexpr double touchingShare = 0.0005;
 
-double differingShare(const QImage& a, const QImage& b)
-{
-    if (a.size() != b.size())
-        return 1;
-    long count = 0;
-    for (int y = 0; y < a.height(); ++y)
-        for (int x = 0; x < a.width(); ++x)
-            count += a.pixel(x, y) != b.pixel(x, y) ? 1 : 0;
-    return static_cast<double>(count) / (static_cast<double>(a.width()) * a.height());
-}
-
 /// Steps of work in the window; each test ends with the station, and what is seen of it, as it was.
 class EditingTest : public MouseFixture {
 protected:

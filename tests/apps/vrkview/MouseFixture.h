@@ -38,4 +38,16 @@ protected:
     static void leaveView();
 };
 
+/// How much of one picture is not as in another of its size; all of it where the sizes differ.
+inline double differingShare(const QImage& a, const QImage& b)
+{
+    if (a.size() != b.size())
+        return 1;
+    long count = 0;
+    for (int y = 0; y < a.height(); ++y)
+        for (int x = 0; x < a.width(); ++x)
+            count += a.pixel(x, y) != b.pixel(x, y) ? 1 : 0;
+    return static_cast<double>(count) / (static_cast<double>(a.width()) * a.height());
+}
+
 } // namespace vrkview::test

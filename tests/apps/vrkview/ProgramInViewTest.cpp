@@ -30,12 +30,17 @@ using vrk::visual::Camera;
 using vrk::visual::Scene;
 using vrk::visual::Visual;
 
+// A target's axes begin where lines meet: which of them lies on top there goes by the order of their making, which a switch
+// changes. That is some pixels; the smallest thing that is switched here covers more.
+constexpr double touchingShare = 0.00003;
+
 /// The demo's weld path from near by.
 class ProgramInViewTest : public MouseFixture {
 protected:
     void SetUp() override
     {
         MouseFixture::SetUp();
+        start = camera();
         emit window().getProgramDock().focusRequested(welding().getId());
         ASSERT_TRUE(waitFor([] { return !window().getFlight().isFlying(); }));
         settle();
@@ -46,6 +51,8 @@ protected:
             draw(each.part, each.part != ProgramPart::ZAxesOnly);
             window().getSettings().setDrawn(each.part, isDrawn(each.part));
         }
+        Scene::Get()->setCameraPose(start);
+        settle();
         MouseFixture::TearDown();
     }
     static const Path& welding() { return *vrk::layout::Layout::inst().tasks.front()->getOwnPaths().front(); }
@@ -72,6 +79,8 @@ protected:
         return count;
     }
     static int count(VisualType type) { return countBelow(*Scene::GetWorldVisual(), type); }
+
+    vrk::rob::Posef start; // of the camera
 };
 
 TEST_F(ProgramInViewTest, EveryMoveStandsInTheScene)
@@ -109,6 +118,11 @@ TEST_F(ProgramInViewTest, TargetUnderTheMouseIsNamedWithItsProgram)
 
 TEST_F(ProgramInViewTest, SelectedRowLooksSelectedInTheView)
 {
+    // Once selected, things are outlined: the frame is drawn in two steps from then on, and its edges are other ones.
+    state().selectVisuals({move(1).getId()});
+    settle();
+    state().clear();
+    settle();
     const QImage before = seen();
 
     state().selectVisuals({welding().getId()});
@@ -123,7 +137,7 @@ TEST_F(ProgramInViewTest, SelectedRowLooksSelectedInTheView)
     EXPECT_EQ(seen(), ofPath);
     state().clear();
     settle();
-    EXPECT_EQ(seen(), before);
+    EXPECT_LT(differingShare(seen(), before), touchingShare);
 }
 
 TEST_F(ProgramInViewTest, DoubleClickOnATargetFliesToIt)
@@ -157,18 +171,18 @@ TEST_P(ProgramSwitches, ChangesThePictureIsKeptAndBringsBackTheSameAsBefore)
     const int targets = count(VisualType::Robtarget);
 
     const QImage other = after(key);
-    EXPECT_NE(other, before);
+    EXPECT_GT(differingShare(other, before), touchingShare);
     EXPECT_EQ(isDrawn(part), !atFirst);
     EXPECT_EQ(window().getSettings().isDrawn(part), !atFirst);
     shoot(name);
 
     // Arrows, too, go again where lines go, and not from one frame to another.
-    EXPECT_EQ(after(key), before);
+    EXPECT_LT(differingShare(after(key), before), touchingShare);
     EXPECT_EQ(isDrawn(part), atFirst);
     draw(part, atFirst); // as it is: nothing is there twice
     settle();
     EXPECT_EQ(count(VisualType::Robtarget), targets);
-    EXPECT_EQ(seen(), before);
+    EXPECT_LT(differingShare(seen(), before), touchingShare);
 }
 
 TEST_P(ProgramSwitches, WhatIsSelectedStillLooksSo)
@@ -178,7 +192,7 @@ TEST_P(ProgramSwitches, WhatIsSelectedStillLooksSo)
     const QImage before = seen();
     after(GetParam().key);
 
-    EXPECT_EQ(after(GetParam().key), before);
+    EXPECT_LT(differingShare(after(GetParam().key), before), touchingShare);
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, ProgramSwitches,
