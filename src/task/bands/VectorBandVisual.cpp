@@ -103,6 +103,16 @@ void VectorBandVisual::drawArrow(const task::EdgeMfgShape& shape)
                     ->getName();
 }
 
+Ogre::ManualObject* VectorBandVisual::getBand() const
+{
+    return &**band;
+}
+
+Ogre::ManualObject* VectorBandVisual::getSelectedBand() const
+{
+    return selectedBand ? &**selectedBand : nullptr;
+}
+
 MeshVisual* VectorBandVisual::getArrow() const
 {
     // Looked up, since it may have died with the parent that it hangs under, or by itself.

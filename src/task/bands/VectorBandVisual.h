@@ -8,6 +8,10 @@
 #include <string>
 #include <vector>
 
+namespace Ogre {
+class ManualObject;
+}
+
 namespace vrk::visual {
 
 class ManualDrawing;
@@ -68,9 +72,9 @@ public:
     /// Ends everything that is selected or previewed on the band, too.
     void clearHighlightOrSelect() override;
 
-    const ManualDrawing& getBand() const { return *band; }
+    Ogre::ManualObject* getBand() const;
     /// Null before the first range.
-    const ManualDrawing* getSelectedBand() const { return selectedBand.get(); }
+    Ogre::ManualObject* getSelectedBand() const;
     const std::vector<BandVectorVisual*>& getBandVectors() const { return bandVectors; }
     // Null without
     BandVectorVisual* getSelectedVector() const { return selectedVector; }

@@ -9,7 +9,6 @@
 #include "support/SceneFixture.h"
 #include "task/bands/BandShapes.h"
 #include "task/bands/VectorBandVisual.h"
-#include "visual/ManualDrawing.h"
 #include "visual/MeshVisual.h"
 
 namespace vrk::visual {

@@ -5,7 +5,6 @@
 #include "task/bands/BandShapes.h"
 #include "task/bands/Ribbon.h"
 #include "visual/CurveVisual.h"
-#include "visual/ManualDrawing.h"
 #include "visual/MeshVisual.h"
 
 #include <TopoDS.hxx>
@@ -44,11 +43,14 @@ protected:
     {
         return new VectorBandVisual(shape.getId(), parent ? parent : world, shape);
     }
-    static const std::vector<Ogre::ManualObject::ManualObjectSection*>& sectionsOf(const ManualDrawing& drawing)
+    static const std::vector<Ogre::ManualObject::ManualObjectSection*>& sectionsOf(const Ogre::ManualObject& drawing)
     {
-        return drawing->getSections();
+        return drawing.getSections();
     }
-    static Ogre::Vector4 colorOf(const ManualDrawing& drawing) { return sectionsOf(drawing)[0]->getCustomParameter(0); }
+    static Ogre::Vector4 colorOf(const Ogre::ManualObject& drawing)
+    {
+        return sectionsOf(drawing)[0]->getCustomParameter(0);
+    }
     static Ogre::Vector4 colorOf(const BandVectorVisual& vector)
     {
         return vector.getLines().front()->getCustomParameter(0);
@@ -86,8 +88,8 @@ TEST_F(VectorBandVisualTest, RibbonIsAStripThroughThePointsOfTheRun)
 
     EXPECT_EQ(band->getId(), 900u);
     EXPECT_EQ(band->getBand()->getParentSceneNode(), band->getSceneNode());
-    ASSERT_THAT(sectionsOf(band->getBand()), SizeIs(1));
-    Ogre::ManualObject::ManualObjectSection& section = *sectionsOf(band->getBand())[0];
+    ASSERT_THAT(sectionsOf(*band->getBand()), SizeIs(1));
+    Ogre::ManualObject::ManualObjectSection& section = *sectionsOf(*band->getBand())[0];
     EXPECT_EQ(section.getMaterialName(), "VectorBand");
     EXPECT_EQ(section.getMaterialGroup(), Ogre::ResourceGroupManager::DEFAULT_RESOURCE_GROUP_NAME);
     EXPECT_EQ(section.getRenderOperation()->operationType, Ogre::RenderOperation::OT_TRIANGLE_STRIP);
@@ -134,7 +136,7 @@ TEST_F(VectorBandVisualTest, VectorsInUseEdgesAndArrowComeWithIt)
     EXPECT_EQ(band->getArrow()->getParent(), world) << "beside the band, not under it";
     EXPECT_EQ(band->getArrow()->getPosition(), rob::Posf(50, 0, 0));
     EXPECT_NEAR((band->getArrow()->getPose().rotation() * rob::Dirf(0, 0, 1)).x, 1, 1e-6);
-    EXPECT_EQ(colorOf(band->getBand()), normalColor);
+    EXPECT_EQ(colorOf(*band->getBand()), normalColor);
 }
 
 TEST_F(VectorBandVisualTest, EdgeGivenTwiceKeepsTheVectorsOfBothWays)
@@ -167,13 +169,13 @@ TEST_P(BandLooks, AreTheParameterOfTheRibbonUntilItIsReset)
 
     (band->*GetParam().set)();
 
-    EXPECT_EQ(colorOf(band->getBand()), GetParam().color);
-    EXPECT_EQ(sectionsOf(band->getBand())[0]->getMaterialName(), "VectorBand");
+    EXPECT_EQ(colorOf(*band->getBand()), GetParam().color);
+    EXPECT_EQ(sectionsOf(*band->getBand())[0]->getMaterialName(), "VectorBand");
     EXPECT_EQ(band->getBandVectors(), vectors) << "they stay as they are";
     for (const BandVectorVisual* vector : vectors)
         EXPECT_EQ(colorOf(*vector), vectorPlain);
     band->resetAppearance();
-    EXPECT_EQ(colorOf(band->getBand()), normalColor);
+    EXPECT_EQ(colorOf(*band->getBand()), normalColor);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -304,9 +306,9 @@ TEST_F(VectorBandVisualTest, RangeSelectedTwiceLeavesOneSection)
     band->updateSelectedBand(shape, {0, 30}, {1, 0.5});
 
     ASSERT_NE(band->getSelectedBand(), nullptr);
-    const ManualDrawing& range = *band->getSelectedBand();
+    const Ogre::ManualObject& range = *band->getSelectedBand();
     ASSERT_THAT(sectionsOf(range), SizeIs(1));
-    EXPECT_EQ(range->getParentSceneNode(), band->getSceneNode());
+    EXPECT_EQ(range.getParentSceneNode(), band->getSceneNode());
     EXPECT_EQ(sectionsOf(range)[0]->getMaterialName(), "SelectedBand");
     EXPECT_EQ(sectionsOf(range)[0]->getRenderOperation()->operationType, Ogre::RenderOperation::OT_TRIANGLE_STRIP);
     EXPECT_EQ(colorOf(range), Ogre::Vector4(252 / 255.0f, 100 / 255.0f, 54 / 255.0f, 0.5f));
@@ -315,8 +317,8 @@ TEST_F(VectorBandVisualTest, RangeSelectedTwiceLeavesOneSection)
     ASSERT_EQ(vertices.size(), told.size());
     EXPECT_EQ(vertices.front().first, rob::Posf(30, 0, 0));
     EXPECT_EQ(vertices.back().first, rob::Posf(told.back().position));
-    EXPECT_THAT(sectionsOf(band->getBand()), SizeIs(1));
-    EXPECT_EQ(colorOf(band->getBand()), normalColor);
+    EXPECT_THAT(sectionsOf(*band->getBand()), SizeIs(1));
+    EXPECT_EQ(colorOf(*band->getBand()), normalColor);
 }
 
 TEST_F(VectorBandVisualTest, ClearedRangeDrawsNothing)
@@ -339,10 +341,10 @@ TEST_F(VectorBandVisualTest, RangeOnAHiddenBandStaysHidden)
     band->setVisible(false, true);
 
     band->selectRange(shape, {0, 10}, {0, 90});
-    EXPECT_FALSE((*band->getSelectedBand())->getVisible());
+    EXPECT_FALSE(band->getSelectedBand()->getVisible());
 
     band->setVisible(true, true);
-    EXPECT_TRUE((*band->getSelectedBand())->getVisible());
+    EXPECT_TRUE(band->getSelectedBand()->getVisible());
 }
 
 TEST_F(VectorBandVisualTest, SelectionPreviewAndRangeEndTogetherAndTheLookGoesBack)
@@ -357,7 +359,7 @@ TEST_F(VectorBandVisualTest, SelectionPreviewAndRangeEndTogetherAndTheLookGoesBa
 
     static_cast<Visual*>(band)->clearHighlightOrSelect();
 
-    EXPECT_EQ(colorOf(band->getBand()), normalColor);
+    EXPECT_EQ(colorOf(*band->getBand()), normalColor);
     EXPECT_EQ(band->getExtraSelectedVector(), nullptr);
     EXPECT_EQ(band->getPreviewVector(), nullptr);
     EXPECT_THAT(sectionsOf(*band->getSelectedBand()), IsEmpty());
@@ -375,9 +377,9 @@ TEST_F(VectorBandVisualTest, ChangedShapeIsDrawnAnewOverTheEdgesThatWereThere)
 
     band->updateBand(shape);
 
-    ASSERT_THAT(sectionsOf(band->getBand()), SizeIs(1));
-    EXPECT_EQ(verticesOf(*sectionsOf(band->getBand())[0]).front().first, rob::Posf(40, 0, 0));
-    EXPECT_EQ(colorOf(band->getBand()), normalColor);
+    ASSERT_THAT(sectionsOf(*band->getBand()), SizeIs(1));
+    EXPECT_EQ(verticesOf(*sectionsOf(*band->getBand())[0]).front().first, rob::Posf(40, 0, 0));
+    EXPECT_EQ(colorOf(*band->getBand()), normalColor);
     EXPECT_THAT(band->getBandVectors(), SizeIs(2));
     EXPECT_THAT(vectorsUnder(*band), SizeIs(2));
     EXPECT_EQ(band->getSelectedVector(), nullptr);
@@ -406,13 +408,13 @@ TEST_F(VectorBandVisualTest, ShapeWithoutPointsIsAnEmptyRibbon)
 
     band->updateBand(empty);
 
-    EXPECT_THAT(sectionsOf(band->getBand()), IsEmpty());
+    EXPECT_THAT(sectionsOf(*band->getBand()), IsEmpty());
     EXPECT_THAT(band->getBandVectors(), IsEmpty());
     EXPECT_EQ(band->getArrow(), nullptr);
     EXPECT_EQ(empty.getStart(), (EdgeMfgShape::PathPoint{0, 0}));
     band->setSelected(); // no section to colour
     band->updateBand(shape);
-    EXPECT_THAT(sectionsOf(band->getBand()), SizeIs(1));
+    EXPECT_THAT(sectionsOf(*band->getBand()), SizeIs(1));
     EXPECT_NE(band->getArrow(), nullptr);
 }
 
@@ -423,8 +425,8 @@ TEST_F(VectorBandVisualTest, RunOfOnePointHasAnArrowAndNoTriangle)
 
     const VectorBandVisual* band = addBand();
 
-    ASSERT_THAT(sectionsOf(band->getBand()), SizeIs(1));
-    EXPECT_THAT(verticesOf(*sectionsOf(band->getBand())[0]), SizeIs(2));
+    ASSERT_THAT(sectionsOf(*band->getBand()), SizeIs(1));
+    EXPECT_THAT(verticesOf(*sectionsOf(*band->getBand())[0]), SizeIs(2));
     EXPECT_THAT(band->getBandVectors(), IsEmpty());
     EXPECT_EQ(band->getArrow()->getPosition(), rob::Posf(30, 0, 0));
 }
@@ -455,10 +457,10 @@ TEST_F(VectorBandVisualTest, UpdateThatIsRefusedCanBeFollowedByOneThatIsNot)
             band->updateBand(*test::straightShape({{80, {1, 0, 0}}}));
         },
         ThrowsMessage<std::overflow_error>(StrEq("0-length vector cannot be normalized.")));
-    EXPECT_THAT(sectionsOf(band->getBand()), IsEmpty());
+    EXPECT_THAT(sectionsOf(*band->getBand()), IsEmpty());
     band->updateBand(shape);
 
-    EXPECT_THAT(sectionsOf(band->getBand()), SizeIs(1));
+    EXPECT_THAT(sectionsOf(*band->getBand()), SizeIs(1));
     EXPECT_THAT(band->getBandVectors(), SizeIs(3));
 }
 
