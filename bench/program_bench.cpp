@@ -171,6 +171,16 @@ private:
     visual::OffscreenTarget target;
 };
 
+/// A window of the usual size, which is not drawn: how far from a line a pick may pass goes by its pixels.
+class PickView {
+public:
+    PickView() : target(1920, 1080, 0) { visual::Camera::Get()->setRenderTarget(target.renderTarget()); }
+    ~PickView() { visual::Camera::Get()->setRenderTarget(Ogre::Root::getSingleton().getRenderTarget("ogrewindow")); }
+
+private:
+    visual::OffscreenTarget target;
+};
+
 void removeProgram(Scene& scene, const Program& program)
 {
     for (const auto& path : program.task->getOwnPaths())
@@ -330,26 +340,37 @@ void loadProgram(benchmark::State& state)
     Scene& scene = bench::startedScene();
     switchEverythingOn();
     selection::VisualSelection& picking = *selection::VisualSelection::Get();
+    View view;
     const Program program = makeProgram(pathCount, movesOfPath);
     const double moves = pathCount * movesOfPath;
-    View view;
     view.draw();
     for (auto _ : state) {
-        double built = 0;
-        const Cost ours = costOf(view, [&] {
-            scene.addTask(program.task->getId());
-            built = secondsOf([&] { scene.processMsgs(); });
+        double built = 0, builtFirst = 0;
+        Cost ours, withNodes, without;
+        // Each picture stands twice, and the second time is told: what the driver and malloc keep of a picture that is gone
+        // would else be a gift to whoever comes later.
+        for (const bool isFirst : {true, false}) {
+            ours = costOf(view, [&] {
+                scene.addTask(program.task->getId());
+                built = secondsOf([&] { scene.processMsgs(); });
+                picking.update();
+            });
+            if (isFirst)
+                builtFirst = built;
+            checkShown(program);
+            removeProgram(scene, program);
+            scene.cleanupInstanceBatches();
+            scene.processMsgs();
             picking.update();
-        });
-        checkShown(program);
-        removeProgram(scene, program);
-        std::unique_ptr<BarePicture> picture;
-        const Cost withNodes = costOf(view, [&] { picture = std::make_unique<BarePicture>(program, true); });
-        picture.reset();
-        const Cost without = costOf(view, [&] { picture = std::make_unique<BarePicture>(program, false); });
-        picture.reset();
+            std::unique_ptr<BarePicture> picture;
+            withNodes = costOf(view, [&] { picture = std::make_unique<BarePicture>(program, true); });
+            picture.reset();
+            without = costOf(view, [&] { picture = std::make_unique<BarePicture>(program, false); });
+            picture.reset();
+        }
         state.SetIterationTime(ours.load);
         state.counters["visuals s"] = built;
+        state.counters["visuals s, first"] = builtFirst;
         state.counters["bytes a move"] = ours.heap / moves;
         state.counters["bytes a move, nodes"] = withNodes.heap / moves;
         state.counters["bytes a move, no nodes"] = without.heap / moves;
@@ -401,7 +422,7 @@ void pickTargets(benchmark::State& state)
     selection::VisualSelection& picking = *selection::VisualSelection::Get();
     const Program program = makeProgram(pathCount, movesOfPath);
     scene.buildTask(program.task->getId());
-    const View view;
+    const PickView view;
     // Near enough to tell targets apart: from 200 above each of those that are asked for.
     std::vector<visual::Visual*> targets;
     for (const auto& path : program.task->getOwnPaths())

@@ -14,10 +14,20 @@ public:
     /// Fills the visual.
     void intersectRay(Result& result, const visual::Ray& ray) const override;
     void update() override { updateFromHierarchy(); }
+    bool mayBeHit(const visual::Ray& ray, const PickLimits& limits) const override;
 
 private:
     void buildPrimitives() override;
     bool appendFrameAxes(); // false if the visual is not the frame of a target
+    void appendSections();
+    void buildSphere();
+    visual::Box partsBox() const override;
+    void closestHitOfFew(Result& result, const visual::Ray& ray) const;
+    bool isFew() const { return primitives.size() <= BVHLeaf::capacity; }
+
+    // Around the lines without their tolerance, in the object's coordinates
+    rob::PosTemplate<float> middle;
+    float radius = 0;
 };
 
 } // namespace vrk::selection

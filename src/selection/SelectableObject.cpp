@@ -43,9 +43,9 @@ void SelectableObject::updateFromHierarchy()
     if (!beginUpdate())
         return;
     takePose(visual->getWorldPose());
-    box = Box();
-    if (bvh.root != nullptr) // without parts there is no box, and the scene's hierarchy leaves the object out
-        box = bvh.root->box.transformed(worldPose);
+    const visual::Box parts = partsBox();
+    // Without parts there is no box, and the scene's hierarchy leaves the object out.
+    box = parts.isValid() ? parts.transformed(worldPose) : visual::Box();
     worldDirty = false;
 }
 

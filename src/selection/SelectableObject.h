@@ -4,6 +4,7 @@
 #include "selection/geometry/PrimitiveContainer.h"
 
 #include <atomic>
+#include <optional>
 #include <string>
 
 namespace vrk::visual {
@@ -11,6 +12,12 @@ class Visual;
 }
 
 namespace vrk::selection {
+
+/// What a pick knows before it asks an object.
+struct PickLimits {
+    float nearest;                 ///< the distance of the hit that it has already
+    std::optional<float> pixelAt1; ///< the size of a pixel at a distance of 1 from the camera; empty without a view
+};
 
 /// What the scene's hierarchy holds for one visual: its box in the world, and in coordinates of its own the parts of it
 /// that can be hit.
@@ -34,6 +41,8 @@ public:
     void buildParts();
     virtual std::string getDescription() const { return {}; }
 
+    /// False where the ray surely gets no hit that is nearer than the one there is: a quick look, from outside.
+    virtual bool mayBeHit(const visual::Ray&, const PickLimits&) const { return true; }
     /// As `intersectRay`, for a caller that has a hit at the distance `limit` already: one that is not nearer may be left
     /// out.
     virtual void intersectRayWithin(Result& result, const visual::Ray& ray, float limit) const;
@@ -55,8 +64,10 @@ public:
 protected:
     SelectableObject(ObjectKind kind, visual::Visual* visual) : visual(visual), kind(kind) {}
 
-    /// The update of an object whose box is that of its hierarchy.
+    /// The update of an object whose box is that of its parts.
     void updateFromHierarchy();
+    /// Around all parts, in the object's coordinates; one that is not valid without any.
+    virtual visual::Box partsBox() const { return bvh.root ? bvh.root->box : visual::Box(); }
     /// Whether the parts are made of the object alone, with no camera and nothing that another object makes as well.
     virtual bool canBuildOnAnyThread() { return false; }
     /// What every update starts with: false if there is nothing to do, else the parts are there.

@@ -39,6 +39,7 @@ Result pick(const BVHNode* root, const visual::Ray& ray)
     Result found;
     const RayBoxTest test(ray);
     const Reach reach(ray);
+    const std::optional<float> pixelAt1 = worldUnitsPerPixel(1);
     walkRay(root, ray, [&](const BVHPrimitive* primitive) {
         const SelectableObject& object = asObject(primitive);
         if (object.priority) { // from any distance
@@ -48,6 +49,8 @@ Result pick(const BVHNode* root, const visual::Ray& ray)
             return !found.hit;
         }
         if (object.isHitWithinBox() && test.entry(object.box) > reach(best.distance))
+            return true;
+        if (!object.mayBeHit(ray, {best.distance, pixelAt1}))
             return true;
         object.intersectRayWithin(found, ray, best.distance);
         if (found.hit && best.distance > found.distance)

@@ -10,16 +10,14 @@ namespace {
 
 using Vec = rob::Vec3Template<float>;
 
-constexpr float tolerancePixels = 5.0f;
-constexpr float toleranceWithoutView = 5.0f; // units
-constexpr float farAway = 10000.0f;          // the distance for which boxes have room
+constexpr float farAway = 10000.0f; // the distance for which boxes have room
 constexpr float tiny = 1e-6f;
 
 /// Five pixels at a distance from the camera, in units.
 float toleranceAt(float distance)
 {
     const std::optional<float> pixel = worldUnitsPerPixel(distance);
-    return pixel ? *pixel * tolerancePixels : toleranceWithoutView;
+    return pixel ? *pixel * linePixels : lineWithoutView;
 }
 
 Vec unitOr(const Vec& v, const Vec& otherwise)

@@ -4,6 +4,10 @@
 
 namespace vrk::selection {
 
+/// How near a ray must pass to a line.
+constexpr float linePixels = 5.0f;      ///< from the camera's view
+constexpr float lineWithoutView = 5.0f; ///< units
+
 /// A line section, hit by a ray that passes within five pixels of it.
 ///
 /// Its box has room for five pixels at 10000 units from the camera, as the view was when it was made: a ray farther away

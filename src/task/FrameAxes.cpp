@@ -23,6 +23,7 @@ bool LineObject::appendFrameAxes()
     if (size == 0)
         return true;
     const rob::PosTemplate<float> origin;
+    primitives.reserve(3);
     if (!visual::SceneCore::Get()->settings.drawTargetZAxisOnly) {
         primitives.push_back(new SensitiveLine(origin, {size, 0, 0}));
         primitives.push_back(new SensitiveLine(origin, {0, size, 0}));

@@ -29,10 +29,10 @@ Ogre::Vector3 scaleOf(unsigned size)
 
 InstanceFrameVisual::InstanceFrameVisual(Visual* parent, unsigned id, const std::string& name, VisualType givenType,
                                          std::string material)
-    : Visual(id, name, parent), materialName(std::move(material))
+    : Visual(id, name, parent)
 {
     type = givenType;
-    entity = makeEntity("VRK_FrameInstanceManager", materialName);
+    entity = makeEntity("VRK_FrameInstanceManager", material);
     showOnly(entity); // OGRE reuses instances, and this one may have been hidden in its former life
 }
 

@@ -56,7 +56,6 @@ private:
     Ogre::InstancedEntity* makeEntity(const std::string& manager, const std::string& material);
     void showOnly(Ogre::InstancedEntity* wanted);
 
-    std::string materialName; // of the normal look
     Ogre::InstancedEntity* entity = nullptr;
     Ogre::InstancedEntity* highlightEntity = nullptr; // null until it is first needed
     Ogre::InstancedEntity* selectedEntity = nullptr;  // null until it is first needed

@@ -33,9 +33,8 @@ PathArrowVisual::PathArrowVisual(Visual* parent, PartKeeper* keeper, const PathA
     setScale(arrow.scale, arrow.scale, arrow.scale);
     attachObject(entity);
     sceneEnteredOrLeft();
-    setPosition(arrow.position);
     constexpr rob::DirTemplate<float> meshDirection(0, 0, 1);
-    setRotation(rob::RotationTemplate<float>::From2Dirs(meshDirection, arrow.direction));
+    setPose({arrow.position, rob::RotationTemplate<float>::From2Dirs(meshDirection, arrow.direction)});
 }
 
 PathArrowVisual::~PathArrowVisual()

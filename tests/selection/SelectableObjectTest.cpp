@@ -13,6 +13,7 @@
 #include "selection/SensitiveLine.h"
 #include "selection/SensitivePoints.h"
 #include "selection/ShapeObject.h"
+#include "selection/ViewPixels.h"
 #include "task/RobtargetVisual.h"
 #include "visual/EdgeVisual.h"
 #include "visual/FrameVisual.h"
@@ -27,6 +28,7 @@
 #include <cmath>
 #include <limits>
 #include <mutex>
+#include <random>
 
 /// The six kinds of objects, each by itself, and the primitives that need a visual.
 namespace vrk::selection {
@@ -590,6 +592,66 @@ TEST_F(SelectableObjectTest, LineKeepsTheSectionsItWasBuiltFrom)
     service.addLineVisual(line);
     service.update();
     EXPECT_TRUE(along(300, 0).hit);
+}
+
+TEST_F(SelectableObjectTest, QuickLookAtLinesPassesEveryHit)
+{
+    std::mt19937 random(7);
+    std::uniform_real_distribution<float> any(-1, 1);
+    const auto point = [&](float size) { return Posf(size * any(random), size * any(random), size * any(random)); };
+    const std::optional<float> pixelAt1 = worldUnitsPerPixel(1);
+    ASSERT_TRUE(pixelAt1);
+    unsigned hits = 0, refused = 0;
+    for (int i = 0; i < 200; ++i) {
+        const unsigned sections = 1 + static_cast<unsigned>(i % 7); // those of more than four have a hierarchy
+        std::vector<Posf> points;
+        for (unsigned k = 0; k <= sections; ++k)
+            points.push_back(point(i % 3 == 0 ? 5 : 100));
+        visual::LineVisual* visual = addLine(points);
+        visual->setPose({point(3000), rob::Rotationf(3 * any(random), rob::normalized(point(1) - Posf()))});
+        LineObject lines(visual);
+        lines.update();
+        for (int k = 0; k < 100; ++k) {
+            const Posf origin = point(5000);
+            const Posf aim = visual->getWorldPosition() + (point(400) - Posf());
+            const Ray ray(origin, rob::normalized(k % 4 == 0 ? origin - aim : aim - origin));
+            const Result hit = rayHit(lines, ray);
+            const float nearest = 6000 * (1 + any(random));
+            const bool passes = lines.mayBeHit(ray, {nearest, pixelAt1});
+            EXPECT_TRUE(passes || !hit.hit || hit.distance >= nearest) << i << ", " << k;
+            hits += hit.hit && hit.distance < nearest ? 1 : 0;
+            refused += passes ? 0 : 1;
+        }
+    }
+    EXPECT_GT(hits, 500u);
+    EXPECT_GT(refused, 10'000u);
+}
+
+TEST_F(SelectableObjectTest, FewLinesAnswerAsTheirHierarchyDoes)
+{
+    std::mt19937 random(8);
+    std::uniform_real_distribution<float> any(-50, 50);
+    const auto point = [&] { return Posf(any(random), any(random), any(random)); };
+    visual::LineVisual* visual = addLine({point(), point(), point(), point()});
+    LineObject lines(visual);
+    lines.update();
+
+    EXPECT_EQ(lines.bvh.root, nullptr); // nobody has asked
+    unsigned hits = 0;
+    for (int k = 0; k < 1000; ++k) {
+        const Posf origin(any(random), -200, any(random));
+        const Ray ray(origin, rob::normalized(point() - origin));
+        Result byHierarchy;
+        lines.closestHitRay(byHierarchy, ray);
+        const Result hit = rayHit(lines, ray);
+        EXPECT_EQ(hit.hit, byHierarchy.hit);
+        EXPECT_EQ(hit.distance, byHierarchy.distance);
+        hits += hit.hit ? 1 : 0;
+    }
+    EXPECT_NE(lines.bvh.root, nullptr);
+    EXPECT_EQ(lines.box.min, lines.bvh.root->box.min);
+    EXPECT_EQ(lines.box.max, lines.bvh.root->box.max);
+    EXPECT_GT(hits, 50u);
 }
 
 TEST_F(SelectableObjectTest, BoxOfAPointIsTenUnitsWide)

@@ -1,10 +1,11 @@
 #include "platform/common/ParallelFor.h"
 
+#include "platform/common/Cores.h"
+
 #include <algorithm>
 #include <atomic>
 #include <exception>
 #include <future>
-#include <thread>
 #include <vector>
 
 namespace vrk {
@@ -12,7 +13,7 @@ namespace vrk {
 void parallelFor(std::size_t count, const std::function<void(std::size_t, std::size_t)>& work)
 {
     constexpr std::size_t chunksPerThread = 32;
-    const std::size_t threads = std::min<std::size_t>(std::max(1u, std::thread::hardware_concurrency()), count);
+    const std::size_t threads = std::min<std::size_t>(coreCount(), count);
     if (threads <= 1) {
         if (count > 0)
             work(0, count);

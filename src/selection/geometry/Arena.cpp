@@ -22,7 +22,9 @@ std::size_t offsetAfter(std::size_t used, std::size_t alignment)
 
 } // namespace
 
-Arena::Arena() : head(MakeBlock(blockSize)), current(head) {}
+// The memory of the first block comes with its first piece: an object that nobody asks about keeps an empty hierarchy, and
+// there are hundreds of thousands of them.
+Arena::Arena() : head(new Block()), current(head) {}
 
 Arena::~Arena()
 {
@@ -56,6 +58,8 @@ void* Arena::do_allocate(std::size_t bytes, std::size_t alignment)
         current = block;
         offset = offsetAfter(0, alignment);
     }
+    if (current->buffer == nullptr)
+        current->buffer = MakeBuffer(blockSize);
     std::byte* piece = current->buffer + offset;
     const std::uint64_t size = bytes;
     std::memcpy(piece - headerSize, &size, headerSize);
@@ -66,10 +70,16 @@ void* Arena::do_allocate(std::size_t bytes, std::size_t alignment)
 Arena::Block* Arena::MakeBlock(std::size_t size)
 {
     auto block = std::make_unique<Block>();
-    block->buffer = static_cast<std::byte*>(std::malloc(size));
-    if (block->buffer == nullptr)
-        throw std::bad_alloc();
+    block->buffer = MakeBuffer(size);
     return block.release();
+}
+
+std::byte* Arena::MakeBuffer(std::size_t size)
+{
+    auto* buffer = static_cast<std::byte*>(std::malloc(size));
+    if (buffer == nullptr)
+        throw std::bad_alloc();
+    return buffer;
 }
 
 } // namespace vrk::selection

@@ -25,9 +25,9 @@ public:
 
 private:
     struct Block {
-        std::byte* buffer;
-        std::size_t used; // bytes from the start of the buffer
-        Block* next;
+        std::byte* buffer = nullptr; // null until the first piece is asked for
+        std::size_t used = 0;        // bytes from the start of the buffer
+        Block* next = nullptr;
     };
 
     /// @throws std::bad_alloc if there is no memory, or none of this alignment.
@@ -37,6 +37,7 @@ private:
     bool do_is_equal(const std::pmr::memory_resource&) const noexcept override { return false; }
 
     static Block* MakeBlock(std::size_t size);
+    static std::byte* MakeBuffer(std::size_t size);
 
     Block* head;
     Block* current;

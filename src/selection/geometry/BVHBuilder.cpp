@@ -1,5 +1,6 @@
 #include "selection/geometry/BVHBuilder.h"
 
+#include "platform/common/Cores.h"
 #include "selection/geometry/PrimitiveContainer.h"
 
 #include <algorithm>
@@ -8,7 +9,6 @@
 #include <limits>
 #include <new>
 #include <stdexcept>
-#include <thread>
 #include <utility>
 
 namespace vrk::selection {
@@ -23,7 +23,7 @@ unsigned grainOf(unsigned count)
 {
     constexpr unsigned smallest = 8192;
     constexpr unsigned rangesPerCore = 4;
-    const unsigned cores = std::max(1u, std::thread::hardware_concurrency());
+    const unsigned cores = coreCount();
     return cores == 1 ? count : std::max(smallest, count / (cores * rangesPerCore));
 }
 
