@@ -10,6 +10,7 @@
 #include "platform/layout/Layout.h"
 #include "platform/sdf/SdfManager.h"
 #include "scene/Scene.h"
+#include "visual/PointCloudVisual.h"
 #include "visual/SolidVisual.h"
 
 #include <TopExp.hxx>
@@ -63,10 +64,11 @@ bool ViewState::isSelected(unsigned id) const
 void ViewState::selectVisuals(std::vector<unsigned> ids)
 {
     std::erase_if(ids, [this](unsigned id) { return isHidden(id); });
-    if (ids == selected && selectedFaces.empty() && selectedEdges.empty())
+    if (ids == selected && selectedFaces.empty() && selectedEdges.empty() && selectedPoints.empty())
         return;
     selected = std::move(ids);
     clearEdges();
+    clearPoints();
     selectedFaces.clear(); // as the scene does
     toldScene = ownersFirst();
     Scene& scene = *Scene::Get();
@@ -142,6 +144,35 @@ void ViewState::clearEdges()
     for (const auto& [body, edge] : std::exchange(selectedEdges, {}))
         if (const TopoDS_Edge shape = edgeOfBody(body, edge); !shape.IsNull())
             Scene::Get()->removeGeneratedEdge(body, shape);
+}
+
+void ViewState::selectPoints(CloudPoints points)
+{
+    std::erase_if(points, [this](auto& entry) {
+        auto& [id, numbers] = entry;
+        const auto* cloud =
+            Scene::HasVisual(id) ? dynamic_cast<const vrk::visual::PointCloudVisual*>(Scene::GetVisual(id)) : nullptr;
+        if (!cloud || isHidden(id))
+            return true;
+        std::erase_if(numbers, [cloud](std::uint32_t number) { return number >= cloud->getPoints().size(); });
+        return numbers.empty();
+    });
+    if (points == selectedPoints)
+        return;
+    if (!selected.empty() || !selectedFaces.empty() || !selectedEdges.empty())
+        selectVisuals({});
+    selectedPoints = std::move(points);
+    std::unordered_map<unsigned, std::vector<std::uint64_t>> forScene;
+    for (const auto& [id, numbers] : selectedPoints)
+        forScene.emplace(id, std::vector<std::uint64_t>(numbers.begin(), numbers.end()));
+    Scene::Get()->selectPointCloud(forScene);
+    emit selectionChanged();
+}
+
+void ViewState::clearPoints()
+{
+    if (!std::exchange(selectedPoints, {}).empty())
+        Scene::Get()->selectPointCloud({});
 }
 
 // Visibility

@@ -5,6 +5,8 @@
 
 #include <QObject>
 
+#include <cstdint>
+#include <map>
 #include <memory>
 #include <unordered_set>
 #include <utility>
@@ -45,7 +47,10 @@ public:
     void toggle(unsigned id);
     /// Nothing selected, faces included.
     void clear() { selectVisuals({}); }
-    bool isAnySelected() const { return !selected.empty() || !selectedFaces.empty() || !selectedEdges.empty(); }
+    bool isAnySelected() const
+    {
+        return !selected.empty() || !selectedFaces.empty() || !selectedEdges.empty() || !selectedPoints.empty();
+    }
     /// Takes over what the scene itself did to its selection. Call it after the scene has worked off its posts.
     void followScene();
 
@@ -63,6 +68,14 @@ public:
     const std::vector<std::pair<unsigned, unsigned>>& getSelectedEdges() const { return selectedEdges; }
     /// Selects the edge or, if it is selected, takes it out. Nothing for what is no solid, and for an edge that it has not.
     void toggleEdge(unsigned body, unsigned edge);
+
+    // Points of clouds, likewise: a selection of whole things ends that of points, and the other way round
+
+    /// By the cloud's id: numbers of points, ascending. No cloud is without any.
+    using CloudPoints = std::map<unsigned, std::vector<std::uint32_t>>;
+    const CloudPoints& getSelectedPoints() const { return selectedPoints; }
+    /// These and nothing else. What is no cloud, hidden clouds and numbers that a cloud has not are passed over.
+    void selectPoints(CloudPoints points);
 
     // Visibility of things of the station, with what is below them. What hangs on a hidden thing by an attachment is hidden
     // with it and comes back with it, unless it is hidden itself. Each call that changes something is one step of work.
@@ -110,6 +123,7 @@ private:
     std::vector<unsigned> ownersFirst() const;
     void deselectHidden();
     void clearEdges();
+    void clearPoints();
     std::vector<unsigned> listForModel() const;
     void pushHidden(const QString& text, std::unordered_set<unsigned> before);
     void drawAnew() const;
@@ -123,9 +137,10 @@ private:
     std::vector<unsigned> toldScene;                          // the same, as the scene was given it
     std::vector<std::pair<unsigned, unsigned>> selectedFaces; // body and face
     std::vector<std::pair<unsigned, unsigned>> selectedEdges; // likewise
-    std::unordered_set<unsigned> hidden;                      // by the user
-    std::unordered_set<unsigned> hiddenWithCarrier;           // by what carries them; none of these in `hidden`
-    std::vector<int> hiddenBelow;                             // for each row, how many below it are hidden
+    CloudPoints selectedPoints;
+    std::unordered_set<unsigned> hidden;            // by the user
+    std::unordered_set<unsigned> hiddenWithCarrier; // by what carries them; none of these in `hidden`
+    std::vector<int> hiddenBelow;                   // for each row, how many below it are hidden
 };
 
 } // namespace vrkview
