@@ -97,7 +97,9 @@ void ViewState::toggle(unsigned id)
 void ViewState::followScene()
 {
     const std::vector<unsigned>& inScene = Scene::Get()->getSelectedVisuals();
-    if (inScene == toldScene)
+    // Of clouds with selected points the scene lists the clouds.
+    const auto isForPoints = [this](unsigned id) { return selectedPoints.contains(id); };
+    if (inScene == toldScene || (!selectedPoints.empty() && std::ranges::all_of(inScene, isForPoints)))
         return;
     selected = toldScene = inScene;
     emit selectionChanged();
@@ -148,15 +150,14 @@ void ViewState::clearEdges()
 
 void ViewState::selectPoints(CloudPoints points)
 {
-    std::erase_if(points, [this](auto& entry) {
-        auto& [id, numbers] = entry;
-        const auto* cloud =
-            Scene::HasVisual(id) ? dynamic_cast<const vrk::visual::PointCloudVisual*>(Scene::GetVisual(id)) : nullptr;
-        if (!cloud || isHidden(id))
-            return true;
-        std::erase_if(numbers, [cloud](std::uint32_t number) { return number >= cloud->getPoints().size(); });
-        return numbers.empty();
-    });
+    for (auto& [id, numbers] : points) {
+        const auto* cloud = Scene::HasVisual(id) && !isHidden(id)
+                                ? dynamic_cast<const vrk::visual::PointCloudVisual*>(Scene::GetVisual(id))
+                                : nullptr;
+        const std::size_t count = cloud ? cloud->getPoints().size() : 0;
+        std::erase_if(numbers, [count](std::uint32_t number) { return number >= count; });
+    }
+    std::erase_if(points, [](const auto& cloud) { return cloud.second.empty(); });
     if (points == selectedPoints)
         return;
     if (!selected.empty() || !selectedFaces.empty() || !selectedEdges.empty())
@@ -346,6 +347,9 @@ void ViewState::deselectHidden()
         Scene::Get()->removeGeneratedEdge(edge.first, edgeOfBody(edge.first, edge.second));
         return true;
     });
+    CloudPoints points = selectedPoints;
+    if (std::erase_if(points, [this](const auto& cloud) { return isHidden(cloud.first); }) > 0)
+        selectPoints(std::move(points));
     std::vector<unsigned> left = selected;
     std::erase_if(left, [this](unsigned id) { return isHidden(id); });
     if (left != selected)
@@ -448,6 +452,7 @@ void ViewState::forgetWhatIsGone()
     const auto isGone = [this](unsigned id) { return tree.find(id) == StationTree::none && !isOfProgram(id); };
     std::erase_if(selectedFaces, [&](const auto& face) { return isGone(face.first); });
     std::erase_if(selectedEdges, [&](const auto& edge) { return isGone(edge.first); });
+    std::erase_if(selectedPoints, [&](const auto& cloud) { return isGone(cloud.first); });
     std::vector<unsigned> left = selected;
     std::erase_if(left, isGone);
     if (left != selected)
