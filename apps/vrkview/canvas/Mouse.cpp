@@ -3,6 +3,7 @@
 #include "canvas/CameraFlight.h"
 #include "canvas/Pick.h"
 #include "canvas/Picked.h"
+#include "canvas/RegionTool.h"
 #include "canvas/ViewState.h"
 #include "canvas/ViewWidget.h"
 #include "window/Settings.h"
@@ -49,10 +50,17 @@ void showPivot(bool shown)
         0);
 }
 
+/// With Ctrl, what a region holds is added or taken out.
+RegionTool::Effect effectOf(Qt::KeyboardModifiers modifiers)
+{
+    return modifiers.testFlag(Qt::ControlModifier) ? RegionTool::Effect::Toggle : RegionTool::Effect::Replace;
+}
+
 } // namespace
 
-Mouse::Mouse(ViewWidget& view, ViewState& state, const Settings& settings, CameraFlight& flight, QObject* parent)
-    : QObject(parent), view(view), state(state), settings(settings), flight(flight), hover(state)
+Mouse::Mouse(ViewWidget& view, ViewState& state, const Settings& settings, CameraFlight& flight, RegionTool& region,
+             QObject* parent)
+    : QObject(parent), view(view), state(state), settings(settings), flight(flight), region(region), hover(state)
 {
     timer.setSingleShot(true);
     timer.setTimerType(Qt::PreciseTimer);
@@ -142,7 +150,7 @@ void Mouse::press(const InputEvent& event)
     pressed = event;
     isSecondClick = event.kind == Kind::DoubleClick && event.button == Qt::LeftButton &&
                     event.modifiers == Qt::NoModifier; // with one, two quick clicks stay two
-    if (!isSecondClick)
+    if (!isSecondClick || region.isLassoOn())
         return;
     const Result result = pick(event.place, Purpose::Focus);
     if (const unsigned thing = thingOf(state.getTree(), result))
@@ -155,7 +163,7 @@ void Mouse::release(const InputEvent& event)
         return;
     if (isDragging())
         endDrag();
-    else if (pressed->button == Qt::LeftButton && !isSecondClick)
+    else if (pressed->button == Qt::LeftButton && !clickLasso(event) && !isSecondClick)
         click();
     pressed.reset();
 }
@@ -164,7 +172,7 @@ void Mouse::move(const InputEvent& event)
 {
     // A release that went elsewhere, as to a dialog, ends the gesture as well.
     if (pressed && !event.held.testFlag(pressed->button)) {
-        endDrag();
+        giveUpDrag();
         pressed.reset();
     }
     if (pressed) {
@@ -173,6 +181,8 @@ void Mouse::move(const InputEvent& event)
             startDrag();
         if (isDragging())
             dragOn(event.place);
+    } else if (region.isDrawing()) {
+        region.follow(event.place);
     } else if (event.held == Qt::NoButton) {
         const bool ofFaces = event.modifiers.testFlag(Qt::AltModifier);
         hover.show(pick(event.place, Purpose::Hover), ofFaces ? Hover::Of::Face : Hover::Of::Thing);
@@ -198,6 +208,8 @@ void Mouse::startDrag()
     drag = dragOfPress();
     last = pressed->place;
     hover.clear();
+    if (drag == Drag::Region)
+        beginRegion();
     if (drag != Drag::Orbit)
         return;
     prepareNavigation();
@@ -205,8 +217,19 @@ void Mouse::startDrag()
     showPivot(true);
 }
 
+void Mouse::beginRegion()
+{
+    if (region.isDrawing())
+        return; // a polygon goes on, corner by corner
+    region.begin(region.isLassoOn() ? RegionTool::Shape::Freehand : RegionTool::Shape::Rectangle, pressed->place,
+                 effectOf(pressed->modifiers));
+}
+
 Mouse::Drag Mouse::dragOfPress()
 {
+    if (pressed->button == Qt::LeftButton && (region.isLassoOn() || (pressed->modifiers.testFlag(Qt::ShiftModifier) &&
+                                                                     !pressed->modifiers.testFlag(Qt::AltModifier))))
+        return Drag::Region;
     if (isSecondClick)
         return Drag::Nothing; // the camera is on its way
     const bool withLeft = settings.mouseStyle() == Settings::MouseStyle::OrbitWithLeft;
@@ -231,6 +254,8 @@ void Mouse::dragOn(const QPointF& place)
         prepareNavigation();
         // From where the thing was grabbed: there it still lies under the mouse.
         Camera::Get()->translateScene(x(last), y(last), x(way), y(way));
+    } else if (drag == Drag::Region) {
+        region.follow(place);
     }
     last = place;
 }
@@ -239,7 +264,27 @@ void Mouse::endDrag()
 {
     if (drag == Drag::Orbit)
         showPivot(false);
+    else if (drag == Drag::Region)
+        endRegion();
     drag = Drag::None;
+}
+
+void Mouse::giveUpDrag()
+{
+    if (drag == Drag::Region) {
+        region.cancel();
+        drag = Drag::None;
+    }
+    endDrag();
+}
+
+/// Corners of a polygon may be set by short drags, too.
+void Mouse::endRegion()
+{
+    if (region.getShape() == RegionTool::Shape::Polygon)
+        region.addCorner(last);
+    else
+        region.finish();
 }
 
 // Clicks and picks
@@ -262,6 +307,20 @@ void Mouse::click()
     } else {
         state.selectVisuals({thing});
     }
+}
+
+/// A click while the lasso is on sets a corner, the second one of a double click ends the polygon.
+bool Mouse::clickLasso(const InputEvent& event)
+{
+    if (!region.isLassoOn())
+        return false;
+    if (isSecondClick && region.isDrawing())
+        region.finish(effectOf(event.modifiers));
+    else if (!region.isDrawing())
+        region.begin(RegionTool::Shape::Polygon, event.place, effectOf(event.modifiers));
+    else
+        region.addCorner(event.place);
+    return true;
 }
 
 void Mouse::clickFace(const Result& result)

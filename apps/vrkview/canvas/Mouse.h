@@ -16,6 +16,7 @@ struct Result;
 namespace vrkview {
 
 class CameraFlight;
+class RegionTool;
 class Settings;
 class ViewState;
 class ViewWidget;
@@ -32,7 +33,7 @@ class Mouse : public QObject {
 
 public:
     /// All outlive this.
-    Mouse(ViewWidget& view, ViewState& state, const Settings& settings, CameraFlight& flight,
+    Mouse(ViewWidget& view, ViewState& state, const Settings& settings, CameraFlight& flight, RegionTool& region,
           QObject* parent = nullptr);
 
     Hover& getHover() { return hover; }
@@ -54,7 +55,7 @@ signals:
     void focusRequested(unsigned id);
 
 private:
-    enum class Drag { None, Orbit, Pan, Nothing };
+    enum class Drag { None, Orbit, Pan, Region, Nothing };
 
     void take(const InputEvent& event);
     void handleWaiting();
@@ -65,10 +66,14 @@ private:
     void turnWheel(const InputEvent& event);
 
     void startDrag();
+    void beginRegion();
     Drag dragOfPress();
     void dragOn(const QPointF& place);
     void endDrag();
+    void giveUpDrag();
+    void endRegion();
     void click();
+    bool clickLasso(const InputEvent& event);
     void clickFace(const vrk::selection::Result& result);
     void clickEdge(const vrk::selection::Result& result);
     vrk::selection::Result pick(const QPointF& place, Purpose purpose);
@@ -78,6 +83,7 @@ private:
     ViewState& state;
     const Settings& settings;
     CameraFlight& flight;
+    RegionTool& region;
     Hover hover;
     std::optional<InputEvent> waiting; // the last move
     QTimer timer;                      // for its turn

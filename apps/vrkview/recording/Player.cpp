@@ -3,6 +3,7 @@
 #include "canvas/CameraFlight.h"
 #include "canvas/DrawMode.h"
 #include "canvas/Mouse.h"
+#include "canvas/RegionTool.h"
 #include "canvas/Surroundings.h"
 #include "canvas/ViewWidget.h"
 #include "docks/JointDock.h"
@@ -57,6 +58,8 @@ Player::Player(ViewWindow& window, const Session& session) : window(window), ses
             [this](Mouse::Purpose purpose, const vrk::selection::Result& result) {
                 picks.push_back(describePick(this->window, purpose, result));
             });
+    connect(&window.getRegion(), &RegionTool::taken, this,
+            [this](const RegionContent& content) { picks.push_back(describeRegion(content)); });
     // The lines behind the first one are advice to who sits before the window.
     const auto note = [this](const QString& text) { failure = text.section('\n', 0, 0).toStdString(); };
     connect(&window.getFiles(), &StationFiles::failed, this, note);

@@ -2,6 +2,7 @@
 
 #include "canvas/Pick.h"
 #include "canvas/Picked.h"
+#include "canvas/RegionTool.h"
 #include "canvas/Surroundings.h"
 #include "docks/JointDock.h"
 #include "recording/Session.h"
@@ -70,6 +71,14 @@ Json describePick(const ViewWindow& window, Mouse::Purpose purpose, const vrk::s
     return text;
 }
 
+Json describeRegion(const RegionContent& content)
+{
+    Json points = Json::array();
+    for (const auto& [id, numbers] : content.points)
+        points.push_back({id, numbers.size()});
+    return {{"pick", "region"}, {"things", content.things}, {"points", points}};
+}
+
 Recorder::Recorder(ViewWindow& window, const std::filesystem::path& file) : window(window), file(file), stream(file)
 {
     if (!stream)
@@ -110,9 +119,14 @@ void Recorder::listen()
     connect(&mouse, &Mouse::handling, this, [this](const InputEvent& event) {
         writeChanges();
         write(toJson(event));
+        isOfMouse = true;
     });
     connect(&mouse, &Mouse::picked, this, &Recorder::writePick);
-    connect(&mouse, &Mouse::handled, this, &Recorder::forgetChanges);
+    connect(&mouse, &Mouse::handled, this, [this] {
+        isOfMouse = false;
+        forgetChanges();
+    });
+    connect(&window.getRegion(), &RegionTool::taken, this, &Recorder::writeRegion);
     for (QAction* command : window.QWidget::actions())
         if (!command->shortcut().isEmpty()) // others ask, or change the station: these are not recorded
             connect(command, &QAction::triggered, this, [this, command] { writeKey(*command); });
@@ -154,9 +168,19 @@ void Recorder::writePick(Mouse::Purpose purpose, const vrk::selection::Result& r
     write(describePick(window, purpose, result));
 }
 
+void Recorder::writeRegion(const RegionContent& content)
+{
+    if (isOfMouse)
+        write(describeRegion(content));
+    else
+        results.push_back(describeRegion(content));
+}
+
 void Recorder::writeKey(const QAction& command)
 {
     write({{"event", "key"}, {"key", command.shortcut().toString(QKeySequence::PortableText).toStdString()}});
+    for (const Json& result : std::exchange(results, {}))
+        write(result);
     forgetChanges();
 }
 

@@ -2,7 +2,7 @@
 
 #include "canvas/Mouse.h"
 
-#include <nlohmann/json_fwd.hpp>
+#include <nlohmann/json.hpp>
 
 #include <QElapsedTimer>
 #include <QObject>
@@ -17,6 +17,7 @@ class QAction;
 namespace vrkview {
 
 class ViewWindow;
+struct RegionContent;
 
 /// Writes what the user does in a window into a file, with what each pick found, for a `Player`.
 ///
@@ -42,6 +43,7 @@ private:
     void listen();
     void write(nlohmann::ordered_json step);
     void writePick(Mouse::Purpose purpose, const vrk::selection::Result& result);
+    void writeRegion(const RegionContent& content);
     void writeKey(const QAction& command);
     void writeOpened(const std::vector<std::filesystem::path>& files);
     void writeJoints(int gesture);
@@ -54,12 +56,16 @@ private:
     std::ofstream stream;
     QElapsedTimer clock;
     bool hasBegun = false;
+    bool isOfMouse = false;                      // an event of the mouse is dealt with, which is written already
+    std::vector<nlohmann::ordered_json> results; // of a key, which is written behind what it did
     // As far as they are written
     std::vector<unsigned> selected;
     std::vector<unsigned> hidden;
     std::map<unsigned, std::vector<double>> joints; // by the mechanism's id
 };
 
+/// What a region selected, as a pick stands in a recording: the things, and of each cloud how many points.
+nlohmann::ordered_json describeRegion(const RegionContent& content);
 /// A pick as it stands in a recording.
 nlohmann::ordered_json describePick(const ViewWindow& window, Mouse::Purpose purpose,
                                     const vrk::selection::Result& result);

@@ -156,6 +156,25 @@ void drawGrid(QPainter& painter, const QColor& ink)
     }
 }
 
+void drawLasso(QPainter& painter, const QColor& ink)
+{
+    painter.setPen(pen(ink, 1.2));
+    QPainterPath loop; // with the end of the rope hanging down
+    loop.addEllipse(QRectF(2, 2.2, 12, 7.4));
+    loop.moveTo(5.2, 9);
+    loop.cubicTo(3.6, 10.4, 6.6, 11.4, 5.2, 14);
+    painter.drawPath(loop);
+}
+
+void drawPoints(QPainter& painter, const QColor& ink)
+{
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(ink);
+    for (const QPointF& place : {QPointF(3.2, 11.6), QPointF(5.6, 7.2), QPointF(8.4, 4.2), QPointF(11.2, 7.6),
+                                 QPointF(8.2, 9.4), QPointF(12.8, 12.2), QPointF(7.2, 13), QPointF(12.6, 3.6)})
+        painter.drawEllipse(place, 1.05, 1.05);
+}
+
 void drawWire(QPainter& painter, const QColor& ink)
 {
     drawCubeEdges(painter, ink);
@@ -226,6 +245,10 @@ void drawGlyph(QPainter& painter, const QColor& ink, int number)
         return drawWire(painter, ink);
     case Glyph::Grid:
         return drawGrid(painter, ink);
+    case Glyph::Lasso:
+        return drawLasso(painter, ink);
+    case Glyph::Points:
+        return drawPoints(painter, ink);
     case Glyph::Warning:
         return drawWarning(painter, ink);
     case Glyph::Close:

@@ -27,6 +27,8 @@ enum class Glyph {
     Edges,
     Wire,
     Grid,
+    Lasso,
+    Points,
     Warning,
     Close,
     Reset,

@@ -4,6 +4,7 @@
 #include "canvas/DrawMode.h"
 #include "canvas/ProgramParts.h"
 #include "canvas/ProgramThings.h"
+#include "canvas/RegionTool.h"
 #include "canvas/Surroundings.h"
 #include "canvas/Views.h"
 #include "window/Glyphs.h"
@@ -58,14 +59,17 @@ const Looks& looksOf(std::string_view name)
 
 } // namespace
 
-ViewActions::ViewActions(QWidget& window, ViewState& state, CameraFlight& flight, Settings& settings)
-    : QObject(&window), window(window), state(state), flight(flight), settings(settings)
+ViewActions::ViewActions(QWidget& window, ViewState& state, CameraFlight& flight, Settings& settings,
+                         RegionTool& region)
+    : QObject(&window), window(window), state(state), flight(flight), settings(settings), region(region)
 {
     addViews();
     addModes();
     addSurroundings();
     addProgramParts();
     addSelection();
+    addRegions();
+    connect(&region, &RegionTool::changed, this, &ViewActions::followState);
     connect(&state, &ViewState::selectionChanged, this, &ViewActions::followState);
     connect(&state, &ViewState::visibilityChanged, this, &ViewActions::followState);
     connect(&state, &ViewState::stationChanged, this, &ViewActions::followState);
@@ -151,11 +155,27 @@ void ViewActions::addProgramParts()
 
 void ViewActions::addSelection()
 {
-    clear = add(tr("&Clear selection"), {Qt::Key_Escape}, [this] { state.clear(); });
+    clear = add(tr("&Clear selection"), {Qt::Key_Escape}, [this] {
+        if (!region.cancel())
+            state.clear();
+    });
     hide = add(tr("&Hide selected"), {Qt::Key_H}, [this] { state.hideSelected(); });
     hide->setIcon(glyph(Glyph::EyeClosed));
     show = add(tr("&Show all"), {Qt::SHIFT | Qt::Key_H}, [this] { state.showAll(); });
     show->setIcon(glyph(Glyph::EyeOpen));
+}
+
+void ViewActions::addRegions()
+{
+    lasso = add(tr("&Lasso"), {Qt::SHIFT | Qt::Key_L}, [this] { region.setLassoOn(!region.isLassoOn()); });
+    lasso->setCheckable(true);
+    lasso->setIcon(glyph(Glyph::Lasso));
+    closeLasso = add(tr("Close the lasso"), {Qt::Key_Return, Qt::Key_Enter}, [this] { region.finish(); });
+    dropCorner = add(tr("Take the last corner back"), {Qt::Key_Backspace}, [this] { region.removeLastCorner(); });
+    pointsOnly = add(tr("Only &points of clouds"), {Qt::SHIFT | Qt::Key_P},
+                     [this] { region.setForPointsOnly(!region.isForPointsOnly()); });
+    pointsOnly->setCheckable(true);
+    pointsOnly->setIcon(glyph(Glyph::Points));
 }
 
 void ViewActions::fillViewMenu(QMenu& menu) const
@@ -182,6 +202,11 @@ void ViewActions::fillSelectMenu(QMenu& menu) const
 {
     menu.addAction(clear);
     menu.addSeparator();
+    menu.addAction(lasso);
+    menu.addAction(closeLasso);
+    menu.addAction(dropCorner);
+    menu.addAction(pointsOnly);
+    menu.addSeparator();
     menu.addAction(hide);
     menu.addAction(show);
 }
@@ -203,6 +228,8 @@ void ViewActions::fillToolBar(QToolBar& bar) const
     bar.addSeparator();
     bar.addAction(grid);
     bar.addSeparator();
+    bar.addAction(lasso);
+    bar.addAction(pointsOnly);
     bar.addAction(hide);
     bar.addAction(show);
 }
@@ -228,7 +255,12 @@ void ViewActions::follow()
 void ViewActions::followState()
 {
     const bool any = !state.getSelected().empty();
-    clear->setEnabled(state.isAnySelected());
+    clear->setEnabled(state.isAnySelected() || region.isDrawing() || region.isLassoOn());
+    const bool isPolygon = region.getShape() == RegionTool::Shape::Polygon;
+    closeLasso->setEnabled(isPolygon);
+    dropCorner->setEnabled(isPolygon);
+    lasso->setChecked(region.isLassoOn());
+    pointsOnly->setChecked(region.isForPointsOnly());
     hide->setEnabled(any);
     focus->setEnabled(any);
     show->setEnabled(state.isAnyHidden());

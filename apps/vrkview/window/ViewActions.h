@@ -15,16 +15,17 @@ class QToolBar;
 namespace vrkview {
 
 class CameraFlight;
+class RegionTool;
 class Settings;
 
-/// The commands that change what is seen: views, display modes, grid, frames, selection and visibility. They know their
+/// The commands that change what is seen: views, display modes, grid, frames, selection, regions and visibility. They know their
 /// keys, which hold in the whole window.
 class ViewActions : public QObject {
     Q_OBJECT
 
 public:
     /// @param window  gets the actions, which are its children then; outlives this, as all others do.
-    ViewActions(QWidget& window, ViewState& state, CameraFlight& flight, Settings& settings);
+    ViewActions(QWidget& window, ViewState& state, CameraFlight& flight, Settings& settings, RegionTool& region);
 
     void fillViewMenu(QMenu& menu) const;
     void fillSelectMenu(QMenu& menu) const;
@@ -44,12 +45,14 @@ private:
     void addSurroundings();
     void addProgramParts();
     void addSelection();
+    void addRegions();
     void followState();
 
     QWidget& window;
     ViewState& state;
     CameraFlight& flight;
     Settings& settings;
+    RegionTool& region;
     QAction* fit = nullptr;
     QAction* focus = nullptr;
     std::vector<QAction*> views;
@@ -60,6 +63,10 @@ private:
     QAction* shorterFrames = nullptr;
     std::vector<QAction*> programParts; // in the order of all of them
     QAction* clear = nullptr;
+    QAction* lasso = nullptr;
+    QAction* pointsOnly = nullptr;
+    QAction* closeLasso = nullptr;
+    QAction* dropCorner = nullptr;
     QAction* hide = nullptr;
     QAction* show = nullptr;
 };

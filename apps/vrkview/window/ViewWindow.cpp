@@ -4,6 +4,7 @@
 #include "canvas/DrawMode.h"
 #include "canvas/Mouse.h"
 #include "canvas/ProgramParts.h"
+#include "canvas/RegionTool.h"
 #include "canvas/Surroundings.h"
 #include "canvas/ViewWidget.h"
 #include "canvas/Views.h"
@@ -92,11 +93,11 @@ QStringList localFiles(const QMimeData& data)
 
 ViewWindow::ViewWindow(const Station& station, const DrawMode& mode)
     : state(mode, station.hiddenFaces), files(state, settings, QString::fromStdString(station.title)),
-      view(new ViewWidget(this)), messages(new MessageBar), tree(new TreeDock(state, this)),
-      joints(new JointDock(state, this)), program(new ProgramDock(state, this)),
-      properties(new PropertyDock(state, this)), actions(new ViewActions(*this, state, flight, settings)),
+      view(new ViewWidget(this)), region(new RegionTool(*view, state, this)), messages(new MessageBar),
+      tree(new TreeDock(state, this)), joints(new JointDock(state, this)), program(new ProgramDock(state, this)),
+      properties(new PropertyDock(state, this)), actions(new ViewActions(*this, state, flight, settings, *region)),
       edits(new EditActions(*this, state)), bands(new BandActions(*this, state)),
-      mouse(new Mouse(*view, state, settings, flight, this)), contents(new QLabel), underMouse(new QLabel),
+      mouse(new Mouse(*view, state, settings, flight, *region, this)), contents(new QLabel), underMouse(new QLabel),
       frameTime(new QLabel)
 {
     setAcceptDrops(true);
@@ -251,6 +252,8 @@ void ViewWindow::connectView()
     connect(view, &ViewWidget::failed, messages, &MessageBar::tell);
     connect(mouse, &Mouse::focusRequested, actions, &ViewActions::focusOn);
     connect(&mouse->getHover(), &Hover::textChanged, underMouse, &QLabel::setText);
+    connect(region, &RegionTool::textChanged, underMouse, &QLabel::setText);
+    connect(region, &RegionTool::failed, messages, &MessageBar::tell);
     connect(&state, &ViewState::stationChanged, this, [this] {
         // Behind the posts that hide what is hidden, faces too: they do not count.
         vrk::visual::Scene::Get()->addRenderTask(

@@ -21,6 +21,7 @@ class MessageBar;
 class Mouse;
 class ProgramDock;
 class PropertyDock;
+class RegionTool;
 class TreeDock;
 class ViewActions;
 class ViewWidget;
@@ -44,6 +45,7 @@ public:
     CameraFlight& getFlight() { return flight; }
     StationFiles& getFiles() { return files; }
     Mouse& getMouse() const { return *mouse; }
+    RegionTool& getRegion() const { return *region; }
     TreeDock& getTreeDock() const { return *tree; }
     JointDock& getJointDock() const { return *joints; }
     ProgramDock& getProgramDock() const { return *program; }
@@ -96,6 +98,7 @@ private:
     QTimer propertiesTimer; // while things move they are read some times a second
     // Qt's, as children of this
     ViewWidget* view;
+    RegionTool* region;
     MessageBar* messages;
     TreeDock* tree;
     JointDock* joints;

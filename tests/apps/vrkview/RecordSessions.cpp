@@ -90,6 +90,34 @@ TEST_F(RecordSessions, SelectFacesAndHide)
     finish();
 }
 
+TEST_F(RecordSessions, RectangleAndLasso)
+{
+    record("rectangle-and-lasso");
+    const QPoint pedestal = placeOf("Pedestal");
+    {
+        const HeldKey shift("Shift_L");
+        drag(1, {4, 4}, {view().width() / 2, view().height() - 4});
+        drag(1, pedestal + QPoint(8, 8), pedestal - QPoint(8, 8));
+        const HeldKey control("Control_L");
+        const QPoint gears = placeOf("Gear unit");
+        drag(1, gears + QPoint(5, 5), gears - QPoint(5, 5));
+    }
+    {
+        const HeldKey shift("Shift_L");
+        key("l");
+    }
+    for (const QPoint& corner :
+         {QPoint(6, 6), QPoint(view().width() - 6, 6), view().rect().center(), QPoint(6, view().height() - 6)})
+        clickAt(corner);
+    key("BackSpace");
+    clickAt({view().width() - 6, view().height() - 6});
+    clickAt({6, view().height() - 6});
+    key("Return");
+    key("Escape");
+
+    finish();
+}
+
 TEST_F(RecordSessions, LoadAttachJoints)
 {
     BRepTools::Write(demo::box({500, 700, 0}, {900, 1100, 300}), (folder() / "block.brep").c_str());
