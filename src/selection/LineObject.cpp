@@ -10,7 +10,8 @@ LineObject::LineObject(visual::Visual* visual) : SelectableObject(ObjectKind::Li
 
 void LineObject::buildPrimitives()
 {
-    if (appendFrameAxes()) {
+    ofFrame = appendFrameAxes();
+    if (ofFrame) {
         buildHierarchy();
         return;
     }

@@ -13,11 +13,15 @@ public:
 
     /// Fills the visual.
     void intersectRay(Result& result, const visual::Ray& ray) const override;
+    /// Of a target, by its axes.
+    bool isOfFrame() const { return ofFrame; }
     void update() override { updateFromHierarchy(); }
 
 private:
     void buildPrimitives() override;
     bool appendFrameAxes(); // false if the visual is not the frame of a target
+
+    bool ofFrame = false;
 };
 
 } // namespace vrk::selection
