@@ -14,7 +14,8 @@ LineObject::LineObject(visual::Visual* visual) : SelectableObject(ObjectKind::Li
 
 void LineObject::buildPrimitives()
 {
-    if (!appendFrameAxes())
+    ofFrame = appendFrameAxes();
+    if (!ofFrame)
         appendSections();
     buildSphere();
     // Of a few lines, as the frame of a target has, a hierarchy is a single leaf, and takes a whole block of memory.

@@ -13,6 +13,8 @@ public:
 
     /// Fills the visual.
     void intersectRay(Result& result, const visual::Ray& ray) const override;
+    /// Of a target, by its axes.
+    bool isOfFrame() const { return ofFrame; }
     void update() override { updateFromHierarchy(); }
     bool mayBeHit(const visual::Ray& ray, const PickLimits& limits) const override;
 
@@ -28,6 +30,7 @@ private:
     // Around the lines without their tolerance, in the object's coordinates
     rob::PosTemplate<float> middle;
     float radius = 0;
+    bool ofFrame = false;
 };
 
 } // namespace vrk::selection

@@ -3,8 +3,6 @@
 #include "selection/SensitiveMesh.h"
 #include "visual/MeshVisual.h"
 
-#include <OgreSceneNode.h>
-
 namespace vrk::selection {
 namespace {
 
@@ -16,15 +14,6 @@ rob::Vec3Template<float> times(const rob::Vec3Template<float>& v, const rob::Vec
 rob::Vec3Template<float> divided(const rob::Vec3Template<float>& v, const rob::Vec3Template<float>& scale)
 {
     return {v.x / scale.x, v.y / scale.y, v.z / scale.z};
-}
-
-rob::Vec3Template<float> scaleOf(const visual::Visual& visual)
-{
-    const Ogre::SceneNode* node = visual.getSceneNode();
-    if (!node)
-        return {1, 1, 1};
-    const Ogre::Vector3& scale = node->_getDerivedScale();
-    return {scale.x, scale.y, scale.z};
 }
 
 } // namespace
@@ -45,7 +34,6 @@ void MeshObject::update()
     if (!beginUpdate())
         return;
     takePose(visual->getWorldPose());
-    scale = scaleOf(*visual);
     box = Box();
     if (bvh.root != nullptr) {
         for (unsigned i = 0; i < 8; ++i)
@@ -57,12 +45,12 @@ void MeshObject::update()
 
 rob::PosTemplate<float> MeshObject::toMesh(const rob::PosTemplate<float>& p) const
 {
-    return rob::PosTemplate<float>(divided(rob::Vec3Template<float>(inverseWorldPose * p), scale));
+    return rob::PosTemplate<float>(divided(rob::Vec3Template<float>(inverseWorldPose * p), worldScale));
 }
 
 rob::PosTemplate<float> MeshObject::toWorld(const rob::PosTemplate<float>& p) const
 {
-    return worldPose * rob::PosTemplate<float>(times(rob::Vec3Template<float>(p), scale));
+    return worldPose * rob::PosTemplate<float>(times(rob::Vec3Template<float>(p), worldScale));
 }
 
 void MeshObject::intersectLine(Result& result, const rob::LineTemplate<float>& line) const
@@ -86,8 +74,8 @@ void MeshObject::intersectTriangle(Result& result, const rob::TriangleTemplate<f
 void MeshObject::intersectRay(Result& result, const visual::Ray& ray) const
 {
     const visual::Ray moved = ray.transformed(inverseWorldPose);
-    const rob::Vec3Template<float> direction = divided(rob::Vec3Template<float>(moved.direction), scale);
-    const rob::PosTemplate<float> origin(divided(rob::Vec3Template<float>(moved.origin), scale));
+    const rob::Vec3Template<float> direction = divided(rob::Vec3Template<float>(moved.direction), worldScale);
+    const rob::PosTemplate<float> origin(divided(rob::Vec3Template<float>(moved.origin), worldScale));
     closestHitRay(result, visual::Ray(origin, rob::normalized(direction)));
     if (result.hit)
         result.position = toWorld(result.position);

@@ -16,18 +16,16 @@ public:
     void intersectTriangle(Result& result, const rob::TriangleTemplate<float>& triangle) const override;
     void intersectRay(Result& result, const visual::Ray& ray) const override;
     void forEachInBox(const visual::Box& box, std::function<void(unsigned)> callback) const override;
-    bool isHitWithinBox() const override { return scale == rob::Vec3Template<float>(1, 1, 1); }
+    bool isHitWithinBox() const override { return worldScale == rob::Vec3Template<float>(1, 1, 1); }
     void update() override;
 
-    const rob::Vec3Template<float>& getScale() const { return scale; }
+    const rob::Vec3Template<float>& getScale() const { return worldScale; }
 
 private:
     void buildPrimitives() override;
     /// From the world to the mesh.
     rob::PosTemplate<float> toMesh(const rob::PosTemplate<float>& p) const;
     rob::PosTemplate<float> toWorld(const rob::PosTemplate<float>& p) const;
-
-    rob::Vec3Template<float> scale{1, 1, 1};
 };
 
 } // namespace vrk::selection

@@ -2,13 +2,15 @@
 
 #include "selection/SelectableObject.h"
 
-#include <vector>
+#include <memory>
 
 namespace vrk::visual {
 class PointCloudVisual;
 }
 
 namespace vrk::selection {
+
+class CloudPoints;
 
 /// A cloud, by groups of up to a thousand points that lie together. Only rays find it.
 class VRK_EXPORT PointCloudObject final : public SelectableObject {
@@ -20,16 +22,14 @@ public:
     void intersectRayWithin(Result& result, const visual::Ray& ray, float limit) const override;
     void update() override { updateFromHierarchy(); }
 
-private:
-    struct Corners {
-        rob::PosTemplate<float> min;
-        rob::PosTemplate<float> max;
-    };
+    /// Null before the first update.
+    const std::shared_ptr<const CloudPoints>& getPoints() const { return points; }
 
+private:
     void buildPrimitives() override;
-    void splitPoints(std::vector<unsigned>&& indices, const Corners& box);
 
     visual::PointCloudVisual* cloud;
+    std::shared_ptr<const CloudPoints> points;
 };
 
 } // namespace vrk::selection

@@ -3,6 +3,8 @@
 #include "selection/geometry/BVHBuilder.h"
 #include "visual/Visual.h"
 
+#include <OgreSceneNode.h>
+
 namespace vrk::selection {
 
 void SelectableObject::intersectRayWithin(Result& result, const visual::Ray& ray, float) const
@@ -36,6 +38,10 @@ void SelectableObject::takePose(const rob::PoseTemplate<float>& pose)
 {
     worldPose = pose;
     inverseWorldPose = pose.inverse();
+    if (const Ogre::SceneNode* node = visual->getSceneNode()) {
+        const Ogre::Vector3& scale = node->_getDerivedScale();
+        worldScale = {scale.x, scale.y, scale.z};
+    }
 }
 
 void SelectableObject::updateFromHierarchy()

@@ -59,7 +59,8 @@ public:
     bool priority = false;  ///< a hit ends a pick, whatever lies in front of it
     bool built = false;     ///< the parts are made
     rob::PoseTemplate<float> worldPose;
-    std::size_t place = 0; ///< in the service's container
+    rob::Vec3Template<float> worldScale{1, 1, 1}; ///< of the object's coordinates as they are drawn, before the pose
+    std::size_t place = 0;                        ///< in the service's container
 
 protected:
     SelectableObject(ObjectKind kind, visual::Visual* visual) : visual(visual), kind(kind) {}
@@ -72,6 +73,7 @@ protected:
     virtual bool canBuildOnAnyThread() { return false; }
     /// What every update starts with: false if there is nothing to do, else the parts are there.
     bool beginUpdate();
+    /// Takes the pose, and the scale with which the visual is drawn.
     void takePose(const rob::PoseTemplate<float>& pose);
     /// Appends the parts. A failure leaves none behind.
     virtual void buildPrimitives() {}

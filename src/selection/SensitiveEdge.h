@@ -24,6 +24,8 @@ public:
     void intersectRay(Result& result, const visual::Ray& ray) const override;
 
     const TopoDS_Shape& getEdge() const { return edge; }
+    /// From the strip to the curve.
+    const rob::PoseTemplate<float>& getPose() const { return pose; }
 
 private:
     TopoDS_Shape edge;

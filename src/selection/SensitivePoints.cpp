@@ -1,5 +1,6 @@
 #include "selection/SensitivePoints.h"
 
+#include "selection/CloudPoints.h"
 #include "selection/geometry/Math.h"
 #include "visual/PointCloudVisual.h"
 
@@ -44,14 +45,32 @@ private:
 
 } // namespace
 
-SensitivePoints::SensitivePoints(visual::PointCloudVisual* visual, std::vector<unsigned>&& indices)
-    : indices(std::move(indices)), visual(visual)
+SensitivePoints::SensitivePoints(visual::PointCloudVisual* visual, std::vector<unsigned>&& numbers)
+    : ownIndices(std::move(numbers)), indices(ownIndices), visual(visual)
 {
     const std::vector<rob::PosTemplate<float>>& points = visual->getPoints();
-    for (const unsigned index : this->indices)
-        box.addPoint(points[index]);
-    if (this->indices.empty())
+    ownPlaces.reserve(indices.size());
+    for (const unsigned index : indices)
+        ownPlaces.push_back(points[index]);
+    places = ownPlaces;
+    settleBox();
+}
+
+SensitivePoints::SensitivePoints(visual::PointCloudVisual* visual, const std::shared_ptr<const CloudPoints>& points,
+                                 std::size_t group)
+    : shared(points), visual(visual)
+{
+    const CloudPoints::Node& node = points->getNodes()[group];
+    indices = points->getNumbers().subspan(node.begin, node.end - node.begin);
+    places = points->getPlaces().subspan(node.begin, node.end - node.begin);
+    settleBox();
+}
+
+void SensitivePoints::settleBox()
+{
+    if (places.empty())
         return;
+    box.addPoints(places);
     box.expand();
     box.updateCenter();
 }
@@ -66,29 +85,28 @@ bool SensitivePoints::nearestWithin(Result& result, const visual::Ray& ray, floa
 {
     if (distanceTo(box, ray.origin) > limit)
         return false;
-    const std::vector<rob::PosTemplate<float>>& points = visual->getPoints();
     const NearRay nearRay(ray);
-    int nearest = -1;
-    for (const unsigned index : indices) {
-        if (nearRay.isOutside(points[index]))
+    const rob::PosTemplate<float>* nearest = nullptr;
+    for (const rob::PosTemplate<float>& place : places) {
+        if (nearRay.isOutside(place))
             continue;
-        if (!(tolerance > Math::DistancePointLine(points[index], ray.origin, ray.direction)))
+        if (!(tolerance > Math::DistancePointLine(place, ray.origin, ray.direction)))
             continue;
-        const float range = (points[index] - ray.origin).length();
+        const float range = (place - ray.origin).length();
         if (!(range < limit))
             continue;
         limit = range;
-        nearest = static_cast<int>(index);
+        nearest = &place;
     }
-    if (nearest < 0)
+    if (!nearest)
         return false;
     result = Result();
     result.hit = true;
     result.distance = limit;
-    result.position = points[static_cast<unsigned>(nearest)];
+    result.position = *nearest;
     result.localPosition = result.position;
     result.visual = visual;
-    result.pointIndex = nearest;
+    result.pointIndex = static_cast<int>(indices[static_cast<std::size_t>(nearest - places.data())]);
     return true;
 }
 

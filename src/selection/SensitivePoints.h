@@ -2,6 +2,8 @@
 
 #include "selection/geometry/BVHPrimitive.h"
 
+#include <memory>
+#include <span>
 #include <vector>
 
 namespace vrk::visual {
@@ -9,6 +11,8 @@ class PointCloudVisual;
 }
 
 namespace vrk::selection {
+
+class CloudPoints;
 
 /// Some points of a cloud that lie together, hit by a ray that passes within three units.
 ///
@@ -18,6 +22,9 @@ class VRK_EXPORT SensitivePoints : public BVHPrimitive {
 public:
     /// @param indices  numbers of points in the cloud.
     SensitivePoints(visual::PointCloudVisual* visual, std::vector<unsigned>&& indices);
+    /// A group of the points of `visual`. @param group  the index of its node.
+    SensitivePoints(visual::PointCloudVisual* visual, const std::shared_ptr<const CloudPoints>& points,
+                    std::size_t group);
 
     /// Of the points within reach the one nearest to the origin of the ray, not the one nearest to the ray. Fills the
     /// visual and the point's number.
@@ -26,10 +33,18 @@ public:
     /// leaves `result` as it is and returns false.
     bool nearestWithin(Result& result, const visual::Ray& ray, float limit) const;
 
-    const std::vector<unsigned>& getIndices() const { return indices; }
+    std::span<const unsigned> getIndices() const { return indices; }
 
 private:
-    std::vector<unsigned> indices;
+    void settleBox();
+
+    // What the two below are stretches of
+    std::shared_ptr<const CloudPoints> shared;
+    std::vector<unsigned> ownIndices;
+    std::vector<rob::PosTemplate<float>> ownPlaces;
+
+    std::span<const unsigned> indices;
+    std::span<const rob::PosTemplate<float>> places; // of each index
     visual::PointCloudVisual* visual;
 };
 

@@ -190,6 +190,14 @@ void SensitiveTriangleSet::getTriangles(rob::TriangleTemplate<float>* triangles,
     }
 }
 
+void SensitiveTriangleSet::readTriangles(std::size_t begin, unsigned count, rob::TriangleTemplate<float>* out) const
+{
+    unsigned indices[64];
+    for (unsigned i = 0; i < count; ++i)
+        indices[i] = asTriangle(primitives[begin + i]).index;
+    getTriangles(out, indices, count);
+}
+
 void SensitiveTriangleSet::takePose(const rob::PoseTemplate<float>& newPose)
 {
     pose = newPose;

@@ -51,6 +51,9 @@ public:
     /// `limit`, and then the result is true.
     bool nearestOfRay(RayHit& hit, const visual::Ray& ray, float limit) const;
 
+    /// The triangles of the primitives `begin` to `begin` + `count`, as `getTriangle` gives them. @param count  up to 64.
+    void readTriangles(std::size_t begin, unsigned count, rob::TriangleTemplate<float>* out) const;
+
     /// Whether there is no triangle in the hierarchies.
     bool isEmpty() const { return !bounds.isValid(); }
     /// The box of the boxes of all triangles in the hierarchies; invalid without any.

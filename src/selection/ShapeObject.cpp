@@ -1,6 +1,7 @@
 #include "selection/ShapeObject.h"
 
 #include "selection/SensitiveFace.h"
+#include "selection/ShapeEdges.h"
 #include "selection/geometry/BVHWalk.h"
 #include "visual/SolidVisual.h"
 
@@ -13,6 +14,14 @@ namespace vrk::selection {
 ShapeObject::ShapeObject(const TopoDS_Shape& shape, visual::SolidVisual* visual)
     : SelectableObject(ObjectKind::Shape, visual), solid(visual), shape(shape)
 {
+}
+
+ShapeObject::~ShapeObject() = default;
+
+const ShapeEdges& ShapeObject::getEdges() const
+{
+    std::call_once(edgesAsked, [this] { edges = std::make_unique<const ShapeEdges>(shape); });
+    return *edges;
 }
 
 void ShapeObject::buildPrimitives()

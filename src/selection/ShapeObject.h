@@ -4,16 +4,22 @@
 
 #include <TopoDS_Shape.hxx>
 
+#include <memory>
+#include <mutex>
+
 namespace vrk::visual {
 class SolidVisual;
 }
 
 namespace vrk::selection {
 
+class ShapeEdges;
+
 /// A solid, by those of its faces that are shown and have triangles.
 class VRK_EXPORT ShapeObject final : public SelectableObject {
 public:
     ShapeObject(const TopoDS_Shape& shape, visual::SolidVisual* visual);
+    ~ShapeObject() override;
 
     void intersectLine(Result& result, const rob::LineTemplate<float>& line) const override;
     void intersectTriangle(Result& result, const rob::TriangleTemplate<float>& triangle) const override;
@@ -24,6 +30,8 @@ public:
     void update() override { updateFromHierarchy(); }
     /// The name of the visual.
     std::string getDescription() const override;
+    /// Read from the shape by the first question for them, on whichever thread.
+    const ShapeEdges& getEdges() const;
 
 private:
     void buildPrimitives() override;
@@ -31,6 +39,8 @@ private:
 
     visual::SolidVisual* solid;
     TopoDS_Shape shape;
+    mutable std::once_flag edgesAsked;
+    mutable std::unique_ptr<const ShapeEdges> edges;
 };
 
 } // namespace vrk::selection

@@ -19,6 +19,7 @@
 #include <OgreSceneNode.h>
 
 #include <algorithm>
+#include <mutex>
 
 namespace vrk::selection {
 namespace {
@@ -57,6 +58,7 @@ void VisualSelection::checkThread() {}
 
 void VisualSelection::enter(SelectableObject* object, bool detectable)
 {
+    const std::lock_guard alone(access);
     object->detectable = detectable;
     std::vector<BVHPrimitive*>& all = containerOf(*object).primitives;
     object->place = all.size();
@@ -111,6 +113,7 @@ void VisualSelection::removeObject(visual::Visual* visual)
     const auto found = objects.find(visual);
     if (found == objects.end())
         return;
+    const std::lock_guard alone(access);
     SelectableObject* object = found->second;
     dirty.exchange(true);
     objects.erase(found);
@@ -153,6 +156,7 @@ void VisualSelection::setObjectEnabled(visual::Visual* visual, bool enabled)
     SelectableObject* object = find(visual);
     if (!object)
         return;
+    const std::lock_guard alone(access);
     dirty.exchange(true);
     object->enabled = enabled;
 }
@@ -171,6 +175,7 @@ void VisualSelection::setDetectable(visual::Visual* visual, bool detectable)
 
 void VisualSelection::setLineEnabled(bool enabled)
 {
+    const std::lock_guard alone(access);
     bool isChanged = false;
     for (const auto& [visual, object] : objects) {
         if (object->kind != SelectableObject::ObjectKind::Line)
@@ -246,6 +251,12 @@ void VisualSelection::buildPartsOnAllCores()
 
 void VisualSelection::updateWorldBoxes()
 {
+    const std::lock_guard alone(access);
+    updateObjects();
+}
+
+void VisualSelection::updateObjects()
+{
     closeGaps();
     buildPartsOnAllCores();
     for (PrimitiveContainer& container : containers)
@@ -257,10 +268,13 @@ void VisualSelection::update()
 {
     if (!dirty)
         return;
-    updateWorldBoxes();
-    for (PrimitiveContainer& container : containers)
-        container.bvh = BVHBuilder(&container).build();
-    dirty.exchange(false);
+    {
+        const std::lock_guard alone(access);
+        updateObjects();
+        for (PrimitiveContainer& container : containers)
+            container.bvh = BVHBuilder(&container).build();
+        dirty.exchange(false);
+    }
     broker::SignalBroker::snapResultInvalidated();
 }
 

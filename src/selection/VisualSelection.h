@@ -7,6 +7,7 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
+#include <shared_mutex>
 #include <unordered_map>
 #include <vector>
 
@@ -23,6 +24,9 @@ class Visual;
 namespace vrk::selection {
 
 class SelectableObject;
+struct RegionAnswer;
+struct RegionQuery;
+struct RegionView;
 
 /// Numbers of points by the id of the cloud's visual.
 using PointsOfClouds = std::unordered_map<unsigned, std::vector<std::uint64_t>>;
@@ -131,6 +135,16 @@ public:
     /// The same, whether or not the polygon is convex.
     PointsOfClouds convexSelectPointCloud(const std::vector<rob::PosTemplate<float>>& polygon) const;
 
+    /// What a region of a view holds: bodies, faces, edges, frames and points of clouds, as `RegionQuery` tells it. What
+    /// has priority, as handles have, is left out, and so is what is disabled.
+    ///
+    /// Any thread, at any time: while it runs, what changes the service waits for its end, so neither an object nor what it
+    /// was made of goes away under it. It is shared out to all cores.
+    /// @throws std::invalid_argument "a region needs at least three corners", "a corner of the region is not finite", "the
+    ///         window of depth is not a number", "the view has no pixels", "the view is not finite".
+    /// @throws std::logic_error "the selection is not up to date" while the service is dirty.
+    RegionAnswer askRegion(const RegionQuery& query, const RegionView& view) const;
+
     /// Both do nothing. They are for callers that want to mark which of their threads ask questions; nothing is checked.
     static void MarkRenderThread();
     void checkThread();
@@ -143,10 +157,13 @@ private:
     /// Removal leaves gaps, so that the removal of many does not move the others each time.
     void closeGaps();
     void buildPartsOnAllCores();
+    void updateObjects();
     SelectableObject* find(visual::Visual* visual) const;
 
     std::unordered_map<visual::Visual*, SelectableObject*> objects;
     std::array<PrimitiveContainer, 2> containers; // own the objects
+    // Shared by the questions that any thread may ask at any time, and alone with what changes what they read.
+    mutable std::shared_mutex access;
     std::atomic<bool> dirty{false};
 };
 

@@ -1,11 +1,8 @@
 #include "visual/WireFrameVisual.h"
 
+#include "platform/geometry/EdgePolygons.h"
 #include "scene/math/Trsf.h"
 
-#include <BRep_Tool.hxx>
-#include <Poly_Polygon3D.hxx>
-#include <Poly_PolygonOnTriangulation.hxx>
-#include <Poly_Triangulation.hxx>
 #include <TopExp.hxx>
 #include <TopTools_IndexedMapOfShape.hxx>
 #include <TopoDS.hxx>
@@ -14,34 +11,16 @@
 namespace vrk::visual {
 namespace {
 
-/// Draws a polyline of `count` nodes, `node(i)` being the i-th one, counted from 1.
-template <typename Node>
-void addPolyline(WireFrameVisual& visual, int count, const TopLoc_Location& location, const Node& node)
-{
-    const gp_Trsf& trsf = location.Transformation();
-    gp_Pnt previous;
-    for (int i = 1; i <= count; ++i) {
-        const gp_Pnt point = node(i).Transformed(trsf);
-        if (i > 1)
-            visual.addSegment(previous, point);
-        previous = point;
-    }
-}
-
 void addEdge(WireFrameVisual& visual, const TopoDS_Edge& edge)
 {
-    if (BRep_Tool::Degenerated(edge))
-        return;
-    TopLoc_Location location;
-    if (const Handle(Poly_Polygon3D) polygon = BRep_Tool::Polygon3D(edge, location); !polygon.IsNull()) {
-        addPolyline(visual, polygon->NbNodes(), location, [&](int i) { return polygon->Nodes()(i); });
-        return;
-    }
-    Handle(Poly_PolygonOnTriangulation) polygon;
-    Handle(Poly_Triangulation) triangulation;
-    BRep_Tool::PolygonOnTriangulation(edge, polygon, triangulation, location);
-    if (!polygon.IsNull() && !triangulation.IsNull())
-        addPolyline(visual, polygon->NbNodes(), location, [&](int i) { return triangulation->Node(polygon->Node(i)); });
+    gp_Pnt previous;
+    bool isFirst = true;
+    geometry::forEachNode(edge, [&](const gp_Pnt& node) {
+        if (!isFirst)
+            visual.addSegment(previous, node);
+        previous = node;
+        isFirst = false;
+    });
 }
 
 } // namespace

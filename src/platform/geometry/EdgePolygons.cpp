@@ -68,4 +68,18 @@ void addEdgePolygons(const TopoDS_Shape& shape, std::optional<double> deflection
         addPolygon(TopoDS::Edge(edge.Current()), deflection);
 }
 
+void forEachNode(const TopoDS_Edge& edge, const std::function<void(const gp_Pnt&)>& call)
+{
+    if (BRep_Tool::Degenerated(edge))
+        return;
+    TopLoc_Location location;
+    if (const Handle(Poly_Polygon3D) polygon = BRep_Tool::Polygon3D(edge, location); !polygon.IsNull()) {
+        for (int i = 1; i <= polygon->NbNodes(); ++i)
+            call(polygon->Nodes()(i).Transformed(location.Transformation()));
+        return;
+    }
+    for (const gp_Pnt& point : pointsOn(edge, {}))
+        call(point);
+}
+
 } // namespace vrk::geometry

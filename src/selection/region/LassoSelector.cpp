@@ -159,9 +159,9 @@ void LassoSelector::selectPointCloud(PointCloudObject* cloud, PointsOfClouds& re
     std::vector<std::vector<unsigned>> inside(groups.size());
     parallelFor(groups.size(), [&](std::size_t begin, std::size_t end) {
         for (std::size_t i = begin; i < end; ++i) {
-            const auto& indices = static_cast<const SensitivePoints*>(groups[i].second)->getIndices();
+            const auto indices = static_cast<const SensitivePoints*>(groups[i].second)->getIndices();
             if (groups[i].first == wholly) {
-                inside[i] = indices;
+                inside[i].assign(indices.begin(), indices.end());
                 continue;
             }
             for (const unsigned index : indices)

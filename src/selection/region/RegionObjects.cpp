@@ -1,0 +1,270 @@
+#include "selection/region/RegionObjects.h"
+
+#include "selection/LineObject.h"
+#include "selection/SensitiveEdge.h"
+#include "selection/SensitiveFace.h"
+#include "selection/SensitiveLine.h"
+#include "selection/SensitiveMesh.h"
+#include "selection/ShapeEdges.h"
+#include "selection/ShapeObject.h"
+#include "selection/geometry/BVHWalk.h"
+#include "selection/region/SeenMap.h"
+#include "visual/Visual.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace vrk::selection {
+namespace {
+
+using Coverage = RegionTest::Coverage;
+using Cover = RegionQuery::Cover;
+using Kind = SelectableObject::ObjectKind;
+using Place = rob::PosTemplate<float>;
+
+constexpr std::size_t worthAHierarchy = 256; // triangles; fewer are asked one by one
+
+/// One object, asked for all that is looked for.
+class Question {
+public:
+    Question(const SelectableObject& object, const RegionQuery& query, const RegionView& view,
+             const ScreenRegion& region, const SeenMap* seen)
+        : object(object), query(query), seen(seen),
+          test(query, region,
+               ObjectInView(view, rob::Posed(object.worldPose), rob::Vec3Template<double>(object.worldScale)))
+    {
+    }
+
+    void ask(RegionAnswer& answer) const
+    {
+        const bool isBody = object.kind == Kind::Shape || object.kind == Kind::Mesh;
+        const bool isFrame = object.kind == Kind::Line && static_cast<const LineObject&>(object).isOfFrame();
+        if (object.primitives.empty() ||
+            !(isBody || (isFrame && query.kinds.frames) || (object.kind == Kind::Curve && query.kinds.edges)))
+            return;
+        // The boxes of lines have room for the rays that pass them by; they enclose the lines all the same.
+        Box all;
+        for (const BVHPrimitive* part : object.primitives)
+            if (part->box.isValid())
+                all.addBox(part->box);
+        if (!all.isValid())
+            return;
+        const Coverage coverage = test.classify(all.min, all.max);
+        if (coverage == Coverage::Outside)
+            return;
+        const RegionAnswer::Whole whole{object.visual, object.visual->getId()};
+        if (isFrame) {
+            if (isFrameIn())
+                answer.frames.push_back(whole);
+            return;
+        }
+        if (object.kind == Kind::Curve)
+            return askCurve(answer);
+        if (query.kinds.bodies && isBodyIn(coverage))
+            answer.bodies.push_back(whole);
+        if (object.kind != Kind::Shape)
+            return;
+        if (query.kinds.faces)
+            askFaces(coverage, answer);
+        if (query.kinds.edges)
+            askEdges(coverage, answer);
+    }
+
+private:
+    bool isWhollyWanted() const { return query.cover == Cover::WhollyInside; }
+
+    const SensitiveTriangleSet& trianglesOf(const BVHPrimitive* part) const
+    {
+        if (object.kind == Kind::Shape)
+            return *static_cast<const SensitiveFace*>(part);
+        return *static_cast<const SensitiveMesh*>(part);
+    }
+
+    bool isBodyIn(Coverage coverage) const
+    {
+        if (seen && !seen->isSeen(object))
+            return false;
+        if (coverage == Coverage::Inside || (seen && !isWhollyWanted())) // a ray through the region has met it
+            return true;
+        const auto isIn = [this](const BVHPrimitive* part) { return areTrianglesIn(trianglesOf(part), part->box); };
+        return isWhollyWanted() ? std::ranges::all_of(object.primitives, isIn)
+                                : std::ranges::any_of(object.primitives, isIn);
+    }
+
+    void askFaces(Coverage coverage, RegionAnswer& answer) const
+    {
+        for (std::size_t i = 0; i < object.primitives.size(); ++i) {
+            const auto* face = static_cast<const SensitiveFace*>(object.primitives[i]);
+            if (face->isEmpty() || (seen && !seen->isSeen(object, i)))
+                continue;
+            if (coverage == Coverage::Inside || (seen && !isWhollyWanted()) || areTrianglesIn(*face, face->box))
+                answer.faces.push_back({object.visual, object.visual->getId(), face->getFaceIndex()});
+        }
+    }
+
+    void askEdges(Coverage coverage, RegionAnswer& answer) const
+    {
+        const ShapeEdges& edges = static_cast<const ShapeObject&>(object).getEdges();
+        for (const ShapeEdges::Edge& edge : edges.getEdges()) {
+            const auto nodes = edges.nodesOf(edge);
+            const Coverage own = coverage == Coverage::Inside ? coverage : test.classify(edge.box.min, edge.box.max);
+            if (isStripIn(test, nodes, own))
+                answer.edges.push_back({object.visual, object.visual->getId(), edge.number});
+        }
+    }
+
+    void askCurve(RegionAnswer& answer) const
+    {
+        unsigned number = 0;
+        std::vector<Place> nodes;
+        for (const BVHPrimitive* part : object.primitives) {
+            const auto* edge = static_cast<const SensitiveEdge*>(part);
+            ++number;
+            nodes.clear();
+            for (const BVHPrimitive* section : edge->primitives) {
+                const auto* line = static_cast<const SensitiveLine*>(section);
+                if (nodes.empty())
+                    nodes.push_back(line->getStart());
+                nodes.push_back(line->getEnd());
+            }
+            if (!nodes.empty() && isStripIn(test.ofPart(rob::Posed(edge->getPose())), nodes, Coverage::Partial))
+                answer.edges.push_back({object.visual, object.visual->getId(), number});
+        }
+    }
+
+    bool isFrameIn() const
+    {
+        bool isAnySeen = false;
+        for (const BVHPrimitive* part : object.primitives) {
+            const auto* line = static_cast<const SensitiveLine*>(part);
+            const std::array<Place, 2> ends{line->getStart(), line->getEnd()};
+            const bool isIn = isWhollyWanted() ? test.holdsAll(ends) : test.touches(ends);
+            if (isWhollyWanted() && !isIn)
+                return false;
+            isAnySeen = isAnySeen || (isIn && isAnyOfItSeen(test, ends[0], ends[1]));
+        }
+        return isAnySeen;
+    }
+
+    /// @param coverage  of a box around the strip.
+    bool isStripIn(const RegionTest& ofPart, std::span<const Place> nodes, Coverage coverage) const
+    {
+        if (coverage == Coverage::Outside)
+            return false;
+        const std::size_t sections = std::max<std::size_t>(nodes.size(), 2) - 1;
+        const auto endsOf = [&](std::size_t i) {
+            return std::array<Place, 2>{nodes[i], nodes[std::min(i + 1, nodes.size() - 1)]};
+        };
+        bool isAnySeen = false;
+        for (std::size_t i = 0; i < sections; ++i) {
+            const std::array<Place, 2> ends = endsOf(i);
+            const bool isIn =
+                coverage == Coverage::Inside || (isWhollyWanted() ? ofPart.holdsAll(ends) : ofPart.touches(ends));
+            if (isWhollyWanted() && !isIn)
+                return false;
+            isAnySeen = isAnySeen || (isIn && isAnyOfItSeen(ofPart, ends[0], ends[1]));
+            if (isAnySeen && (!isWhollyWanted() || coverage == Coverage::Inside))
+                return true;
+        }
+        return isAnySeen;
+    }
+
+    /// Whether no body hides some place of a section within the region: looked at as often as the rays are apart.
+    bool isAnyOfItSeen(const RegionTest& ofPart, const Place& from, const Place& to) const
+    {
+        if (!seen)
+            return true;
+        const ObjectInView& view = ofPart.getView();
+        const rob::Posd start(from), end(to);
+        const auto pixelOf = [&view](const rob::Posd& p) {
+            const double w = view.w.at(p);
+            return ScreenRegion::Place(view.x.at(p) / w, view.y.at(p) / w);
+        };
+        constexpr double most = 4096;
+        double pieces = most; // of a section that reaches behind the eye
+        if (view.w.at(start) > 0 && view.w.at(end) > 0)
+            pieces = std::clamp(std::ceil((pixelOf(end) - pixelOf(start)).length() / seen->getStep()), 1.0, most);
+        for (double i = 0; i <= pieces; ++i) {
+            // Evenly in the view, which is not so in the world.
+            const double s = i / pieces, ofStart = (1 - s) * view.w.at(end), ofEnd = s * view.w.at(start);
+            const double t = view.w.at(start) > 0 && view.w.at(end) > 0 ? ofEnd / (ofStart + ofEnd) : s;
+            const rob::Posd p = start + (end - start) * t;
+            if (ofPart.holds(rob::PosTemplate<float>(p)) && !seen->isHidden(pixelOf(p), view.w.at(p), view.depth.at(p)))
+                return true;
+        }
+        return false;
+    }
+
+    /// Whether a set of triangles is in the region, as it is asked. @param box  in the coordinates of the object.
+    bool areTrianglesIn(const SensitiveTriangleSet& set, const Box& box) const
+    {
+        if (set.isEmpty())
+            return isWhollyWanted(); // nothing of it is outside
+        const Coverage coverage = test.classify(box.min, box.max);
+        if (coverage != Coverage::Partial)
+            return coverage == Coverage::Inside;
+        const RegionTest ofSet = set.hasPose ? test.ofPart(rob::Posed(set.pose)) : test;
+        rob::TriangleTemplate<float> triangle;
+        const auto isTriangleIn = [&](const SensitiveIndexedTriangle& primitive) {
+            set.getTriangle(triangle, primitive);
+            const std::array<Place, 3> corners{triangle.a, triangle.b, triangle.c};
+            return isWhollyWanted() ? ofSet.holdsAll(corners) : ofSet.touches(corners);
+        };
+        if (set.primitives.size() <= worthAHierarchy) {
+            const auto isPrimitiveIn = [&](const BVHPrimitive* p) {
+                return isTriangleIn(*static_cast<const SensitiveIndexedTriangle*>(p));
+            };
+            return isWhollyWanted() ? std::ranges::all_of(set.primitives, isPrimitiveIn)
+                                    : std::ranges::any_of(set.primitives, isPrimitiveIn);
+        }
+        return isHierarchyIn(set.getRoot(), ofSet, isTriangleIn);
+    }
+
+    /// Down to the triangles only where a box does not tell. Nothing decides before all have been asked but one that is
+    /// inside, where any will do, or outside, where none may be.
+    template <typename IsIn>
+    bool isHierarchyIn(const BVHNode* root, const RegionTest& ofSet, const IsIn& isTriangleIn) const
+    {
+        const bool wholly = isWhollyWanted();
+        PendingStack<const BVHNode*> pending;
+        if (root)
+            pending.push(root);
+        while (!pending.empty()) {
+            const BVHNode* node = pending.pop();
+            const Coverage coverage = ofSet.classify(node->box.min, node->box.max);
+            if (coverage != Coverage::Partial) {
+                const bool isIn = coverage == Coverage::Inside;
+                if (isIn != wholly)
+                    return isIn;
+                continue;
+            }
+            if (node->kind == BVHNode::Inner) {
+                const auto* inner = static_cast<const BVHInnerNode*>(node);
+                pending.push(inner->left);
+                pending.push(inner->right);
+                continue;
+            }
+            const auto* leaf = static_cast<const BVHLeaf*>(node);
+            for (unsigned i = 0; i < leaf->count; ++i)
+                if (isTriangleIn(*static_cast<const SensitiveIndexedTriangle*>(leaf->primitives[i])) != wholly)
+                    return !wholly;
+        }
+        return wholly;
+    }
+
+    const SelectableObject& object;
+    const RegionQuery& query;
+    const SeenMap* seen;
+    RegionTest test;
+};
+
+} // namespace
+
+void askObject(const SelectableObject& object, const RegionQuery& query, const RegionView& view,
+               const ScreenRegion& region, const SeenMap* seen, RegionAnswer& answer)
+{
+    Question(object, query, view, region, seen).ask(answer);
+}
+
+} // namespace vrk::selection
