@@ -30,7 +30,7 @@ using vrk::visual::Visual;
 constexpr qint64 previewLimit = 30; // milliseconds that a drag may wait for what would be selected
 constexpr double freehandStep = 3;  // logical pixels: a hand's line needs no more corners
 
-vrk::rob::Vec2d toVec(const QPointF& place)
+vrk::rob::Vec2Template<double> toVec(const QPointF& place)
 {
     return {place.x(), place.y()};
 }
@@ -293,7 +293,7 @@ RegionContent RegionTool::ask()
     } else {
         if (places.size() < 3)
             return content;
-        std::vector<vrk::rob::Vec2d> polygon;
+        std::vector<vrk::rob::Vec2Template<double>> polygon;
         std::ranges::transform(places, std::back_inserter(polygon), toVec);
         query = RegionQuery::Polygon(std::move(polygon));
     }

@@ -132,6 +132,7 @@ TEST_F(RegionToolTest, RectangleLeavesTheCameraInBothMouseStyles)
 TEST_F(RegionToolTest, WhatWouldBeSelectedIsHighlightedWhileTheRectangleIsDrawn)
 {
     const auto [from, to] = patchOf("Pedestal");
+    leaveView();
     settle();
     const QImage before = seen();
     const HeldKey shift("Shift_L");
