@@ -373,6 +373,8 @@ private:
     void addVisualTask(const Visual* visual, std::function<void()> task);
     void addEndOfLook(const Visual* visual, std::function<void()> task);
     void doRemoveVisual(unsigned id);
+    /// What draws the bands on a visual again when another has taken its place.
+    std::function<void()> keepBands(const Visual& carrier);
     void doLoadStation();
     void doBuildVisual(smartcomp::SmartComponent* component);
     void doAddToolData(unsigned id);

@@ -3,7 +3,7 @@
 #include "scene/core/OgreCompat.h"
 #include "scene/core/SceneCore.h"
 #include "selection/VisualSelection.h"
-#include "task/PathParts.h"
+#include "task/PathMoves.h"
 #include "visual/FrameVisual.h" // SizeOf
 #include "visual/Picking.h"
 #include "visual/RenderGroups.h"
@@ -129,6 +129,12 @@ void InstanceFrameVisual::setHighlighted()
 void InstanceFrameVisual::clearHighlightOrSelect()
 {
     setVisible(visible, false);
+}
+
+void InstanceFrameVisual::showLookOfWhole()
+{
+    if (keeper)
+        showLook(*this, keeper->getLook());
 }
 
 } // namespace vrk::visual

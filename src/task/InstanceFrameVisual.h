@@ -44,6 +44,7 @@ public:
     void setSelected() override;
     void setHighlighted() override;
     void clearHighlightOrSelect() override;
+    void showLookOfWhole() override; // of its keeper
     /// Takes size and axes from the scene anew, whatever the argument.
     virtual void updateEntity(bool);
     /// Who is told when this target dies; null for nobody.

@@ -2,10 +2,12 @@
 
 #include "platform/sdf/SdfManager.h"
 #include "platform/task/Instruction.h"
+#include "platform/task/Path.h"
 #include "scene/core/SceneCore.h"
 #include "task/JointTargetVisual.h"
 #include "task/PathArrowVisual.h"
 #include "task/PathMoves.h"
+#include "task/PathVisual.h"
 #include "task/RobtargetVisual.h"
 #include "visual/Picking.h"
 
@@ -20,10 +22,17 @@ void takePose(InstanceFrameVisual* target, unsigned id)
         target->setPose(rob::PoseTemplate<float>(sdf::GetPose(id)));
 }
 
+/// 0 for a move of none.
+unsigned pathIdOf(const task::MoveInst& move)
+{
+    return move.getPath() ? move.getPath()->getId() : 0;
+}
+
 } // namespace
 
 MoveInstructionVisual::MoveInstructionVisual(Visual* parent, task::MoveInst* move)
-    : Visual(move->getId(), "INSTRUCTION_" + std::to_string(move->getId()), parent), moveInst(move)
+    : Visual(move->getId(), "INSTRUCTION_" + std::to_string(move->getId()), parent), moveInst(move),
+      pathId(pathIdOf(*move))
 {
     type = VisualType::MoveInstruction;
     try {
@@ -143,6 +152,7 @@ void MoveInstructionVisual::buildArrow(const task::MoveInst* previous)
 void MoveInstructionVisual::updateFrom(task::MoveInst* move)
 {
     moveInst = move;
+    pathId = pathIdOf(*move);
     takePose(targetVisual, move->getTargetItemId());
     takePose(circleVisual, move->getCircleItemId());
     removeArrow();
@@ -195,6 +205,14 @@ void MoveInstructionVisual::clearHighlightOrSelect()
 {
     look = PartLook::Normal;
     forTargets([](Visual& target) { target.clearHighlightOrSelect(); });
+}
+
+void MoveInstructionVisual::showLookOfWhole()
+{
+    const VisualRegistry& visuals = SceneCore::Get()->visuals;
+    const auto* whole = visuals.has(pathId) ? dynamic_cast<const PathVisual*>(visuals.get(pathId)) : nullptr;
+    if (whole)
+        showLook(*this, whole->getLook());
 }
 
 } // namespace vrk::visual

@@ -49,6 +49,7 @@ public:
     // The arrow has one look for both.
     void setHighlighted() override;
     void clearHighlightOrSelect() override;
+    void showLookOfWhole() override; // of its path
     void forgetPart(const Visual* part) override;
 
 private:
@@ -61,10 +62,10 @@ private:
     void forTargets(const Call& call);
 
     task::MoveInst* moveInst;
+    unsigned pathId; // by itself: the move may be gone from the model when the end of a look comes
     InstanceFrameVisual* targetVisual = nullptr;
     RobtargetVisual* circleVisual = nullptr;
     PathArrowVisual* arrow = nullptr;
-    PartLook look = PartLook::Normal;
 };
 
 } // namespace vrk::visual

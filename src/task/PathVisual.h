@@ -50,7 +50,6 @@ private:
 
     task::Path* path;
     std::vector<PathLineVisual*> lines;
-    PartLook look = PartLook::Normal;
     bool isAtParts = false; // a call for all parts is under way
 };
 

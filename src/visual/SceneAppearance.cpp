@@ -66,8 +66,7 @@ void showLayer(Visual* visual, VisualStateLayer layer, bool on, const std::strin
 {
     VisualStateManager& states = *SceneCore::Get()->states;
     states.setLayer(visual, layer, on, material);
-    states.refresh(visual);
-    states.refreshBelow(visual);
+    states.refreshWithParts(visual);
 }
 
 } // namespace
@@ -181,8 +180,7 @@ void Scene::setVisualCollisionEmphasizeState(unsigned id, VisualCollisionState s
         VisualStateManager& states = *SceneCore::Get()->states;
         states.setLayer(visual, VisualStateLayer::EmphasizeGroupA, state == VisualCollisionState::GroupA, {});
         states.setLayer(visual, VisualStateLayer::EmphasizeGroupB, state == VisualCollisionState::GroupB, {});
-        states.refresh(visual);
-        states.refreshBelow(visual);
+        states.refreshWithParts(visual);
     });
 }
 

@@ -129,9 +129,12 @@ void Scene::updateSolidVisual(sdf::SdfNode* node, const TopoDS_Shape& shape)
         return;
     addRenderTask(
         [this, node, shape] {
-            Visual* parent = GetVisual(node->getId())->getParent();
+            const Visual* old = GetVisual(node->getId());
+            Visual* parent = old->getParent();
+            const std::function<void()> drawBands = keepBands(*old);
             doRemoveVisual(node->getId());
             SolidVisual::Build(parent, node, shape);
+            drawBands(); // they are none of the body's state, but things of their own that hang on its visual
         },
         0);
 }

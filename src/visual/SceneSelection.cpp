@@ -49,8 +49,7 @@ void showSelected(SceneCore& core, unsigned id, bool selected)
 {
     Visual* visual = core.visuals.get(id);
     core.states->setLayer(visual, VisualStateLayer::Selected, selected, {});
-    core.states->refresh(visual);
-    core.states->refreshBelow(visual);
+    core.states->refreshWithParts(visual);
 }
 
 /// @param entered  the tasks and operations that were looked into: one may come back to itself by way of what it names.

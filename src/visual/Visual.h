@@ -111,6 +111,9 @@ public:
     virtual void setSelected();
     virtual void setHighlighted();
     virtual void clearHighlightOrSelect();
+    /// Called when this visual shows nothing of its own any more. A part of something that it does not hang under takes the
+    /// look of the whole, which nobody would show again on it.
+    virtual void showLookOfWhole() {}
 
     // Identity and tree
     Ogre::SceneNode* getSceneNode() const { return sceneNode; }

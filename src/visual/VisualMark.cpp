@@ -33,8 +33,7 @@ void VisualMark::postLayer(bool on) const
             return;
         VisualStateManager& states = *SceneCore::Get()->states;
         states.setLayer(visual, layer, on, {});
-        states.refresh(visual);
-        states.refreshBelow(visual);
+        states.refreshWithParts(visual);
     };
     if (isRegistered && !on)
         SceneCore::Get()->owed.post(task);

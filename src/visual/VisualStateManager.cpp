@@ -138,6 +138,14 @@ void VisualStateManager::refreshBelow(Visual* visual)
     }
 }
 
+void VisualStateManager::refreshWithParts(Visual* visual)
+{
+    refresh(visual);
+    if (!hasEntry(visual))
+        visual->showLookOfWhole();
+    refreshBelow(visual);
+}
+
 void VisualStateManager::remove(Visual* visual)
 {
     entries.erase(visual);

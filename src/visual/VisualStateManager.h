@@ -43,6 +43,8 @@ public:
     /// Refreshes the descendants that have layers of their own, from the top down: what was shown of the visual as a whole
     /// has gone over them.
     void refreshBelow(Visual* visual);
+    /// Refreshes the visual and all that its look goes over. Without a layer it looks as what it is a part of.
+    void refreshWithParts(Visual* visual);
     /// Forgets a visual, without a refresh.
     void remove(Visual* visual);
     /// Whether the visual has an entry: it has none before its first layer and after its last.

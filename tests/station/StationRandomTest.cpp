@@ -1,6 +1,8 @@
 #include "platform/sdf/SdfManager.h"
+#include "platform/task/EdgeMfgShape.h"
 #include "platform/task/Instruction.h"
 #include "platform/task/Path.h"
+#include "platform/task/Seam.h"
 #include "scene/core/SceneCore.h"
 #include "selection/VisualSelection.h"
 #include "station/support/TestStation.h"
@@ -9,7 +11,9 @@
 #include "task/PathLineVisual.h"
 #include "task/PathVisual.h"
 #include "task/RobtargetVisual.h"
+#include "task/bands/VectorBandVisual.h"
 #include "visual/FrameVisual.h"
+#include "visual/MeshVisual.h"
 #include "visual/VisualStateManager.h"
 
 #include <Ogre.h>
@@ -22,6 +26,8 @@ namespace {
 
 constexpr int operations = 10'000;
 constexpr std::size_t mostObjects = 40; // beyond that objects are removed first
+constexpr std::size_t mostBands = 12;
+constexpr unsigned edgesOfABox = 12;
 
 /// A station on which everything that moves, attaches, hides, marks and removes visuals is done in any order. Run it under
 /// the address sanitizer as well: what dangles shows there.
@@ -49,6 +55,7 @@ protected:
         switch (below(4)) {
         case 0:
             parts.push_back(test::makePart("part"));
+            layout::Layout::inst().addPart(parts.back());
             scene.addPart(parts.back().get());
             break;
         case 1:
@@ -182,6 +189,96 @@ protected:
             break;
         }
     }
+    /// On a body, whether it has a visual or not, and now and then on the world.
+    void addBand()
+    {
+        const std::shared_ptr<layout::Body> body = anyBody();
+        const auto seam = task::MakeSeam(test::newId(), "seam", body->getShape(), below(8) ? body->getId() : 0,
+                                         {1 + below(edgesOfABox)});
+        const auto& program = programs[below(programs.size())];
+        program->addMfgShape(seam);
+        sdf::SdfManager::inst().add(seam);
+        bands.push_back({program, seam});
+        scene.addBand(seam->getId());
+    }
+    /// Out of the model, with its visual or ahead of it.
+    void forgetBand(std::size_t index)
+    {
+        const auto [program, seam] = bands[index];
+        if (below(2) && Scene::HasVisual(seam->getId()))
+            scene.removeVisual(seam->getId());
+        program->removeMfgShape(seam->getId());
+        sdf::SdfManager::inst().remove(seam->getId());
+        bands.erase(bands.begin() + static_cast<std::ptrdiff_t>(index));
+    }
+    /// Mostly one that has a visual.
+    std::shared_ptr<layout::Body> anyBody()
+    {
+        constexpr int tries = 8;
+        std::shared_ptr<layout::Body> body;
+        for (int i = 0; i < tries && (!body || !Scene::HasVisual(body->getId())); ++i)
+            body = parts[below(parts.size())]->getBodies().front();
+        return body;
+    }
+    void doSomethingOnABand(VectorBandVisual& band, const task::EdgeMfgShape& seam)
+    {
+        const task::EdgeMfgShape::PathPoint point{0, 0.5 * (1 + below(20))};
+        switch (below(6)) {
+        case 0:
+            band.selectVector(seam, below(2) ? seam.getStart() : point);
+            break;
+        case 1:
+            band.previewVector(seam, point);
+            break;
+        case 2:
+            band.selectRange(seam, seam.getStart(), point);
+            break;
+        case 3:
+            band.clearHighlightOrSelect();
+            break;
+        case 4:
+            scene.deleteVisual(band.getBandVectors().empty() ? static_cast<Visual*>(&band)
+                                                             : band.getBandVectors().front());
+            break;
+        default:
+            band.updateBand(seam);
+            break;
+        }
+    }
+    void doSomethingWithABand()
+    {
+        const std::shared_ptr<layout::Body> body = anyBody();
+        if (bands.size() < mostBands && (bands.empty() || below(3) == 0)) {
+            addBand();
+            return;
+        }
+        const std::size_t index = below(bands.size());
+        const std::shared_ptr<task::EdgeMfgShape> seam = bands[index].second;
+        switch (below(8)) {
+        case 0:
+            forgetBand(index);
+            break;
+        case 1:
+            scene.removeVisual(seam->getId());
+            break;
+        case 2:
+            scene.addBand(seam->getId());
+            break;
+        case 3:
+            scene.setVisualVisible(seam->getId(), below(2) == 0);
+            break;
+        case 4:
+            scene.updateSolidVisual(body.get(), body->getShape());
+            break;
+        case 5:
+            scene.removeVisual(body->getId());
+            break;
+        default:
+            if (Scene::HasVisual(seam->getId()))
+                doSomethingOnABand(dynamic_cast<VectorBandVisual&>(*Scene::GetVisual(seam->getId())), *seam);
+            break;
+        }
+    }
     void addPathTo(task::Path& path)
     {
         try {
@@ -194,9 +291,16 @@ protected:
     {
         const unsigned id = anyId();
         const rob::Posed pose = anyPose();
-        if (below(3) == 0) {
+        switch (below(6)) {
+        case 0:
+        case 1:
             doSomethingWithAProgram();
             return;
+        case 2:
+            doSomethingWithABand();
+            return;
+        default:
+            break;
         }
         switch (below(14)) {
         case 0:
@@ -259,6 +363,14 @@ protected:
     {
         return {move.getTarget(), move.getCircle(), move.getArrow()};
     }
+    static std::vector<const Visual*> partsOf(const VectorBandVisual& band)
+    {
+        std::vector<const Visual*> found(band.getBandVectors().begin(), band.getBandVectors().end());
+        for (const Visual* part : std::initializer_list<const Visual*>{
+                 band.getArrow(), band.getSelectedVector(), band.getExtraSelectedVector(), band.getPreviewVector()})
+            found.push_back(part);
+        return found;
+    }
     void checkEverything()
     {
         std::set<const Visual*> tree;
@@ -279,6 +391,10 @@ protected:
             for (const Visual* part : move ? partsOf(*move) : std::vector<const Visual*>())
                 ASSERT_TRUE(!part || tree.contains(part)) << "a part of a move that is not in the tree";
             movesSeen += move ? 1 : 0;
+            const auto* band = dynamic_cast<const VectorBandVisual*>(visual);
+            for (const Visual* part : band ? partsOf(*band) : std::vector<const Visual*>())
+                ASSERT_TRUE(!part || tree.contains(part)) << "a part of a band that is not in the tree";
+            bandsSeen += band ? 1 : 0;
         }
     }
 
@@ -288,12 +404,17 @@ protected:
     std::vector<std::shared_ptr<layout::Mechanism>> mechanisms;
     std::vector<std::shared_ptr<task::Task>> programs;
     int refused = 0;
-    std::size_t movesSeen = 0; // summed over all steps
+    std::vector<std::pair<std::shared_ptr<task::Task>, std::shared_ptr<task::EdgeMfgShape>>> bands; // of the model
+    // Summed over all steps
+    std::size_t movesSeen = 0;
+    std::size_t bandsSeen = 0;
 };
 
 TEST_F(StationRandom, NothingDanglesAfterAnySequenceOfOperations)
 {
     for (int i = 0; i < 4; ++i)
+        addObject();
+    while (parts.empty())
         addObject();
     drain();
     for (int i = 0; i < 3; ++i)
@@ -318,6 +439,7 @@ TEST_F(StationRandom, NothingDanglesAfterAnySequenceOfOperations)
     EXPECT_GT(refused, operations / 100);
     EXPECT_LT(refused, operations / 2);
     EXPECT_GT(movesSeen, 2 * operations) << "the programs were there";
+    EXPECT_GT(bandsSeen, operations / 2) << "and the bands";
     scene.deleteCopiedVisual();
     drain();
     // A path whose moves were taken away one by one has no look to go back to: the end of a highlight would fail.

@@ -94,5 +94,80 @@ TEST_F(PathPicture, SwitchesTakeAwayWhatTheyName)
     EXPECT_LT(largestDifference(render(fromAbove), whole), 2) << "and give it back";
 }
 
+// The looks, one by one
+
+struct ProgramLook {
+    const char* baseline;
+    void (*take)(Scene& scene, const test::TestProgram& program);
+    bool isLineYellow;
+};
+class LooksOfAProgram : public PathPicture, public testing::WithParamInterface<ProgramLook> {};
+
+TEST_P(LooksOfAProgram, AreTheirPictures)
+{
+    setSize(480, 300);
+    for (const task::MoveInst* move : program.path->getMoveInstructions()) // their z axes out of the plate, to be seen
+        for (const auto& item : {move->getTargetItem(), move->getCircleItem()})
+            if (item)
+                item->setPose(rob::Posed(item->getPose().position));
+    show();
+    const Picture whole = render(fromAbove);
+    const Posf onLine(-100, -100, 10);
+    ASSERT_TRUE(isYellow(whole, onLine));
+
+    GetParam().take(scene, program);
+    drain();
+    const Picture picture = render(fromAbove);
+
+    EXPECT_EQ(isYellow(picture, onLine), GetParam().isLineYellow);
+    EXPECT_GT(largestDifference(picture, whole), 50);
+    EXPECT_TRUE(matchesBaseline(picture, GetParam().baseline));
+}
+
+void drawOnly(Scene& scene, bool targets, bool arrows, bool lines)
+{
+    if (!targets)
+        scene.setDrawTargetVisual(false);
+    if (!arrows)
+        scene.setDrawPathArrow(false);
+    if (!lines)
+        scene.setDrawSegVisual(false);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, LooksOfAProgram,
+    testing::Values(
+        ProgramLook{"program_targets",
+                    [](Scene& scene, const test::TestProgram&) { drawOnly(scene, true, false, false); }, false},
+        ProgramLook{"program_arrows",
+                    [](Scene& scene, const test::TestProgram&) { drawOnly(scene, false, true, false); }, false},
+        ProgramLook{"program_lines",
+                    [](Scene& scene, const test::TestProgram&) { drawOnly(scene, false, false, true); }, true},
+        ProgramLook{"program_z_axes",
+                    [](Scene& scene, const test::TestProgram&) { scene.setDrawTargetZAxisOnly(true); }, true},
+        ProgramLook{"program_highlighted",
+                    [](Scene& scene, const test::TestProgram& of) { scene.setVisualHighlighted(of.path->getId()); },
+                    false},
+        ProgramLook{"program_selected",
+                    [](Scene& scene, const test::TestProgram& of) { scene.setVisualsSelected({of.path->getId()}); },
+                    false}),
+    [](const auto& info) { return std::string(info.param.baseline); });
+
+TEST_F(PathPicture, JointMovesAreDashed)
+{
+    setSize(480, 300);
+    for (const task::MoveInst* move : std::vector(program.path->getMoveInstructions()))
+        program.path->removeInstruction(move->getId());
+    for (const Posd& to : {Posd(-200, -100, 150), Posd(-200, -100, 10), Posd(140, -100, 10), Posd(140, 60, 10)})
+        place(program.dashed(to));
+    show();
+
+    const Picture picture = render(fromAbove);
+
+    EXPECT_TRUE(isYellow(picture, {-200 + 340 * 0.08f, -100, 10})) << "a dash";
+    EXPECT_FALSE(isYellow(picture, {-200 + 340 * 0.175f, -100, 10})) << "a gap";
+    EXPECT_TRUE(matchesBaseline(picture, "program_dashed"));
+}
+
 } // namespace
 } // namespace vrk::visual

@@ -1,5 +1,6 @@
 #include "ProgramFixture.h"
 
+#include "visual/VisualMark.h"
 #include "visual/VisualStateManager.h"
 
 #include <OgreMaterial.h>
@@ -429,6 +430,38 @@ TEST_F(LooksOfPaths, EndOfAPathsLookLeavesMovesAndTargetsTheirOwn)
 
     EXPECT_THAT(looksOf(*visualOf(first)->getTarget()), ElementsAre(selectedLook));
     EXPECT_THAT(looks(), ElementsAre(normalLook, selectedLook));
+}
+
+TEST_F(LooksOfPaths, EndOfTheLookOfAMoveOrATargetLeavesThatOfTheirPath)
+{
+    scene.setVisualSelected(program.path->getId());
+    for (const unsigned part : {move->getTargetItemId(), move->getCircleItemId(), move->getId()}) {
+        SCOPED_TRACE(part);
+        scene.setVisualHighlighted(part);
+        drain();
+        scene.clearHighlightedVisual();
+        drain();
+        EXPECT_THAT(looks(), ElementsAre(selectedLook, selectedLook));
+    }
+
+    scene.setVisualHighlighted(move->getTargetItemId());
+    scene.clearSelections();
+    scene.clearHighlightedVisual();
+    drain();
+    EXPECT_THAT(looks(), ElementsAre(normalLook, normalLook));
+}
+
+TEST_F(LooksOfPaths, EndOfTheLookOfATargetLeavesThatOfItsMove)
+{
+    scene.setVisualHighlighted(move->getId());
+    {
+        const SelectedVisual mark(visualOf(move)->getTarget());
+        drain();
+        EXPECT_THAT(looks(), ElementsAre(selectedLook, highlightedLook));
+    }
+    drain();
+
+    EXPECT_THAT(looks(), ElementsAre(highlightedLook, highlightedLook));
 }
 
 TEST_F(LooksOfPaths, PathBelowOneOfItsOwnMovesIsShownOnce)

@@ -1,5 +1,7 @@
 #include "canvas/BodyBoxes.h"
 
+#include "platform/task/DataItem.h"
+#include "platform/task/Instruction.h"
 #include "scene/Scene.h"
 #include "task/MoveInstructionVisual.h"
 #include "visual/PointCloudVisual.h"
@@ -13,6 +15,7 @@ namespace {
 
 using vrk::VisualType;
 using vrk::rob::Posf;
+using vrk::visual::MoveInstructionVisual;
 using vrk::visual::PointCloudVisual;
 using vrk::visual::Visual;
 
@@ -37,11 +40,6 @@ bool isSeen(const Visual& visual)
     }
 }
 
-bool isTarget(const Visual& visual)
-{
-    return visual.getType() == VisualType::Robtarget || visual.getType() == VisualType::JointTarget;
-}
-
 /// A scan fills its box badly: its corners would leave the picture half empty.
 void addPoints(const PointCloudVisual& cloud, std::vector<Posf>& corners)
 {
@@ -54,23 +52,30 @@ void addPoints(const PointCloudVisual& cloud, std::vector<Posf>& corners)
             corners.push_back(pose * points[i]);
 }
 
+/// Of a move the places that it goes to, whatever of it is drawn: lines go there without targets, too, and the boxes of its
+/// parts hold more than is seen.
+void addPlaces(const MoveInstructionVisual& move, std::vector<Posf>& corners)
+{
+    corners.push_back(move.getTargetInWorld());
+    if (const auto& via = move.getMove()->getCircleItem())
+        corners.push_back(move.getWorldPose() * Posf(via->getPose().position));
+}
+
 void addCorners(const Visual& visual, std::vector<Posf>& corners)
 {
-    const auto* move = dynamic_cast<const vrk::visual::MoveInstructionVisual*>(&visual);
-    if (move && move->isVisible()) {
-        corners.push_back(move->getTargetInWorld()); // the boxes of its parts hold more than is drawn
-    } else if (isSeen(visual) && visual.getType() == VisualType::PointCloud) {
+    if (const auto* move = dynamic_cast<const MoveInstructionVisual*>(&visual)) {
+        if (move->isVisible())
+            addPlaces(*move, corners);
+        return;
+    }
+    if (isSeen(visual) && visual.getType() == VisualType::PointCloud) {
         addPoints(dynamic_cast<const PointCloudVisual&>(visual), corners);
-    } else if (isTarget(visual) && visual.isVisible()) {
-        corners.push_back(visual.getWorldPose().position);
     } else if (isSeen(visual)) {
         const Ogre::AxisAlignedBox& box = visual.getSceneNode()->_getWorldAABB();
         if (box.isFinite())
             for (const Ogre::Vector3& corner : box.getAllCorners())
                 corners.emplace_back(corner.x, corner.y, corner.z);
     }
-    if (move)
-        return;
     for (const Visual* child : visual.getChildren())
         addCorners(*child, corners);
 }

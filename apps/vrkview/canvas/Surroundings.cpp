@@ -23,7 +23,7 @@ using vrk::visual::Visual;
 
 constexpr float framePart = 0.08f; // of the station's radius
 constexpr float targetPart = 0.05f;
-constexpr float longestTarget = 50; // model units: in a large station they are smaller than its parts
+constexpr float longestTarget = 30; // model units: in a large station they are smaller than its parts
 constexpr double frameStep = 1.25;
 constexpr double longestFrame = 100000; // model units
 

@@ -114,15 +114,15 @@ private:
 void writeWelding(Writer& writer, const std::shared_ptr<DataItem>& ready)
 {
     constexpr double along = -90, across = 0, middle = corner * (1 - std::numbers::sqrt2 / 2);
-    const auto above = writer.target("above", torchAt({-190, -190, 260}, along, 60));
-    const auto approach = writer.target("approach", torchAt({-130, -145, 110}, along));
+    const auto above = writer.target("above", torchAt({-210, -330, 430}, along, 60));
+    const auto approach = writer.target("approach", torchAt({-150, -190, 140}, along));
     const auto start = writer.target("seam1", torchAt({-90, side, height}, along));
     const auto bend = writer.target("seam2", torchAt({end - corner, side, height}, along));
     const auto round = writer.target("seam3", torchAt({end - middle, side + middle, height}, (along + across) / 2));
     const auto back = writer.target("seam4", torchAt({end, side + corner, height}, across));
     const auto stop = writer.target("seam5", torchAt({end, 40, height}, across));
-    const auto depart = writer.target("depart", torchAt({180, 80, 110}, across));
-    const auto leave = writer.target("leave", torchAt({210, 20, 260}, across, 60));
+    const auto depart = writer.target("depart", torchAt({230, 30, 140}, across));
+    const auto leave = writer.target("leave", torchAt({370, -60, 430}, across, 60));
 
     writer.begin("weldBracket");
     writer.move(Motion::Joint, ready, "v1000", "z50");

@@ -7,9 +7,6 @@
 #include <BRepPrimAPI_MakePrism.hxx>
 #include <BRepPrimAPI_MakeRevol.hxx>
 #include <GC_MakeArcOfCircle.hxx>
-#include <GeomAPI_Interpolate.hxx>
-#include <Geom_BSplineCurve.hxx>
-#include <TColgp_HArray1OfPnt.hxx>
 #include <TopoDS.hxx>
 #include <TopoDS_Edge.hxx>
 #include <TopoDS_Face.hxx>
@@ -23,17 +20,6 @@ namespace vrkview::demo {
 namespace {
 
 constexpr double pi = std::numbers::pi;
-
-TopoDS_Edge spline(const std::vector<gp_Pnt>& points, const gp_Vec& start, const gp_Vec& end)
-{
-    const Handle(TColgp_HArray1OfPnt) through = new TColgp_HArray1OfPnt(1, static_cast<int>(points.size()));
-    for (std::size_t i = 0; i < points.size(); ++i)
-        through->SetValue(static_cast<int>(i) + 1, points[i]);
-    GeomAPI_Interpolate interpolate(through, false, 1e-6);
-    interpolate.Load(start, end); // only their directions count
-    interpolate.Perform();
-    return BRepBuilderAPI_MakeEdge(interpolate.Curve()).Edge();
-}
 
 std::vector<TopoDS_Shape> holesOnCircle(int count, double circle, double radius, double height)
 {
@@ -102,11 +88,10 @@ TopoDS_Shape bracket()
 
 TopoDS_Shape weldPath()
 {
-    // Along the foot, around its rounded corner and back along the end, with a smooth way in and out. The tangent where
-    // one edge ends is that with which the next begins.
+    // Along the foot, around its rounded corner and back along the end. The tangent where one edge ends is that with which
+    // the next begins.
     constexpr double side = -45, end = 60, corner = 18, height = 1.5;
     BRepBuilderAPI_MakeWire wire;
-    wire.Add(spline({{-75, -95, 70}, {-62, -60, 22}, {-45, side, height}}, {0.1, 1, -1}, {1, 0, 0}));
     wire.Add(BRepBuilderAPI_MakeEdge(gp_Pnt(-45, side, height), gp_Pnt(end - corner, side, height)).Edge());
     const double middle = corner * (1 - std::numbers::sqrt2 / 2);
     wire.Add(BRepBuilderAPI_MakeEdge(GC_MakeArcOfCircle(gp_Pnt(end - corner, side, height),
@@ -115,7 +100,6 @@ TopoDS_Shape weldPath()
                                          .Value())
                  .Edge());
     wire.Add(BRepBuilderAPI_MakeEdge(gp_Pnt(end, side + corner, height), gp_Pnt(end, 20, height)).Edge());
-    wire.Add(spline({{end, 20, height}, {75, 42, 22}, {105, 50, 70}}, {0, 1, 0}, {1, 0.1, 1}));
     return wire.Wire();
 }
 

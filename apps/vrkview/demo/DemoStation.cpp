@@ -124,34 +124,56 @@ void addGoods(const Posed& pallet, std::vector<std::shared_ptr<Part>>& parts)
     }
 }
 
-/// The tool's way around the upper edge of the bracket's foot, from one end to the other without a corner.
+/// The same run with a few vectors on each edge: the directions between them turn evenly.
+std::shared_ptr<vrk::task::EdgeMfgShape> withFewVectors(const vrk::task::EdgeMfgShape& run)
+{
+    constexpr std::size_t parts = 3; // of an edge
+    auto thin = std::make_shared<vrk::task::EdgeMfgShape>(run.getId(), run.getName());
+    thin->chordTolerance = run.chordTolerance;
+    for (const vrk::geometry::MfgVectors& edge : run.getMfgVectors()) {
+        vrk::geometry::MfgVectors few = edge;
+        few.vectors.clear();
+        const std::size_t last = edge.vectors.size() - 1;
+        for (std::size_t i = 0; i <= std::min(parts, last); ++i)
+            few.vectors.push_back(edge.vectors[i * last / std::min(parts, last)]);
+        thin->addEdge(few);
+    }
+    return thin;
+}
+
+/// The tool's way over the back of the bracket: up one side, around the round corners and down the other, pointing away
+/// from it.
 std::shared_ptr<vrk::task::EdgeMfgShape> makeSeam(const Body& of)
 {
-    constexpr double border = -45 * bracketScale, height = 14 * bracketScale;
+    constexpr double front = -44 * bracketScale, lowest = 26 * bracketScale, top = 128 * bracketScale;
     TopTools_IndexedMapOfShape edges;
     TopExp::MapShapes(of.getShape(), TopAbs_EDGE, edges);
+    std::vector<unsigned> chain;
+    unsigned upper = 0;
     for (int i = 1; i <= edges.Size(); ++i) {
         const BRepAdaptor_Curve curve(TopoDS::Edge(edges(i)));
-        const gp_Pnt first = curve.Value(curve.FirstParameter()), last = curve.Value(curve.LastParameter());
-        const auto isOnEdge = [](const gp_Pnt& p) {
-            return std::abs(p.Y() - border) < 0.01 && std::abs(p.Z() - height) < 0.01;
-        };
-        if (!isOnEdge(first) || !isOnEdge(last))
+        const gp_Pnt ends[] = {curve.Value(curve.FirstParameter()), curve.Value(curve.LastParameter())};
+        const bool isOnBack = std::ranges::all_of(
+            ends, [](const gp_Pnt& p) { return std::abs(p.X() - front) < 0.01 && p.Z() > lowest - 0.01; });
+        const bool isClosed = ends[0].IsEqual(ends[1], 0.01); // the eye
+        const bool isRib =
+            std::ranges::all_of(ends, [](const gp_Pnt& p) { return std::abs(p.Y()) < 6.01 * bracketScale; }) &&
+            ends[0].Z() < top - 0.01;
+        if (!isOnBack || isClosed || isRib)
             continue;
-        const std::vector<unsigned> chain =
-            vrk::task::TangentChain(of.getShape(), static_cast<unsigned>(i), radians(5));
-        // Upright on the foot, to whichever hand that is: halfway over, the band would be seen edge on from the front.
-        const unsigned id = newId();
-        for (const auto side : {vrk::task::ToolSide::Left, vrk::task::ToolSide::Right}) {
-            const auto seam = vrk::task::MakeSeam(id, "Edge of the bracket", of.getShape(), of.getId(), chain,
-                                                  {.side = side, .chordTolerance = 1});
-            const auto foot = std::ranges::find(seam->getMfgVectors(), static_cast<unsigned>(i),
-                                                &vrk::geometry::MfgVectors::edgeNumber);
-            if (foot->vectors.front().direction.z > 0.5) // elsewhere it may go up the wall
-                return seam;
-        }
+        chain.push_back(static_cast<unsigned>(i));
+        if (ends[0].Z() > top - 0.01 && ends[1].Z() > top - 0.01)
+            upper = chain.back();
     }
-    throw std::runtime_error("the bracket has no edge along its foot");
+    const unsigned id = newId();
+    const auto seamOn = [&](vrk::task::ToolSide side) {
+        return vrk::task::MakeSeam(id, "Edge of the bracket", of.getShape(), of.getId(), chain,
+                                   {.side = side, .chordTolerance = 1});
+    };
+    // Away from the back, to whichever hand that is: along its thickness the band would be a tunnel.
+    const auto seam = seamOn(vrk::task::ToolSide::Left);
+    const auto onTop = std::ranges::find(seam->getMfgVectors(), upper, &vrk::geometry::MfgVectors::edgeNumber);
+    return withFewVectors(*(onTop->vectors.front().direction.z > 0.5 ? seam : seamOn(vrk::task::ToolSide::Right)));
 }
 
 void setJoints(vrk::layout::Mechanism& mechanism, std::span<const double> degrees)

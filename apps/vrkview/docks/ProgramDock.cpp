@@ -4,9 +4,9 @@
 #include "docks/FilterLine.h"
 #include "docks/ProgramModel.h"
 #include "docks/ProgramView.h"
+#include "docks/TreeSelection.h"
 
 #include <QHeaderView>
-#include <QScopedValueRollback>
 #include <QVBoxLayout>
 
 #include <utility>
@@ -34,7 +34,6 @@ ProgramDock::ProgramDock(ViewState& state, QWidget* parent)
     setWidget(content);
 
     connect(filter, &QLineEdit::textChanged, this, &ProgramDock::applyFilter);
-    connect(&state, &ViewState::selectionChanged, this, &ProgramDock::showSelection);
     connect(&state, &ViewState::stationChanged, this, &ProgramDock::followStation);
     expandNew();
 }
@@ -50,7 +49,8 @@ void ProgramDock::buildTree()
     header.resizeSection(ProgramModel::Zone, zoneWidth);
     header.setSectionsMovable(false);
 
-    connect(tree->selectionModel(), &QItemSelectionModel::selectionChanged, this, &ProgramDock::takeSelection);
+    selection = new TreeSelection(
+        *tree, state, ProgramModel::IdRole, [this](unsigned id) { return model->indexOf(id); }, this);
     connect(tree, &TreeView::focusRequested, this,
             [this](const QModelIndex& index) { emit focusRequested(idOf(index)); });
     connect(tree, &QTreeView::expanded, this, [this](const QModelIndex& index) {
@@ -76,11 +76,11 @@ unsigned ProgramDock::idOf(const QModelIndex& index) const
 void ProgramDock::followStation()
 {
     {
-        const QScopedValueRollback showing(isShowing, true); // what is gone was selected no more
+        const auto held = selection->hold(); // what is gone was selected no more
         model->follow();
         expandNew();
     }
-    showSelection();
+    selection->show();
 }
 
 /// Programs open so that their paths are seen, and the steps of a path that is alone.
@@ -96,37 +96,10 @@ void ProgramDock::expandNew()
     }
 }
 
-void ProgramDock::takeSelection()
-{
-    if (isShowing)
-        return;
-    std::vector<unsigned> ids;
-    for (const QModelIndex& index : tree->selectionModel()->selectedRows())
-        ids.push_back(idOf(index));
-    {
-        const QScopedValueRollback showing(isShowing, true); // the tree has it already
-        state.selectVisuals(ids);
-    }
-    if (state.getSelected() != ids)
-        showSelection(); // but for what is hidden, which cannot be selected
-}
-
-void ProgramDock::showSelection()
-{
-    if (isShowing)
-        return;
-    const QScopedValueRollback showing(isShowing, true);
-    std::vector<QModelIndex> rows;
-    for (const unsigned id : state.getSelected())
-        if (const QModelIndex index = model->indexOf(id); index.isValid())
-            rows.push_back(index);
-    tree->markRows(rows);
-}
-
 void ProgramDock::applyFilter(const QString& text)
 {
     {
-        const QScopedValueRollback showing(isShowing, true); // what the filter takes out stays selected in the view
+        const auto held = selection->hold(); // what the filter takes out stays selected in the view
         model->setFilter(text);
         if (text.isEmpty()) {
             tree->collapseAll();
@@ -137,7 +110,7 @@ void ProgramDock::applyFilter(const QString& text)
             tree->expandAll();
         }
     }
-    showSelection();
+    selection->show();
 }
 
 } // namespace vrkview

@@ -10,6 +10,7 @@ namespace vrkview {
 
 class ProgramModel;
 class ProgramView;
+class TreeSelection;
 class ViewState;
 
 /// The dock with the station's programs, their paths and their instructions: what is selected in it is selected in the view,
@@ -33,19 +34,17 @@ signals:
 private:
     void buildTree();
     void followStation();
-    void takeSelection();
-    void showSelection();
     void applyFilter(const QString& text);
     void expandNew();
     unsigned idOf(const QModelIndex& index) const;
 
     ViewState& state;
+    TreeSelection* selection = nullptr;
     QLineEdit* filter;
     ProgramView* tree;
     ProgramModel* model;
     std::unordered_set<unsigned> known;    // programs that were there before, which stay as the user left them
     std::unordered_set<unsigned> expanded; // what is open, over a filter
-    bool isShowing = false;                // the selection comes from the view
 };
 
 } // namespace vrkview

@@ -2,10 +2,10 @@
 
 #include "docks/FilterLine.h"
 #include "docks/StationTreeModel.h"
+#include "docks/TreeSelection.h"
 #include "docks/TreeView.h"
 
 #include <QHeaderView>
-#include <QScopedValueRollback>
 #include <QSortFilterProxyModel>
 #include <QVBoxLayout>
 
@@ -33,7 +33,6 @@ TreeDock::TreeDock(ViewState& state, QWidget* parent)
     setWidget(content);
 
     connect(filter, &QLineEdit::textChanged, this, &TreeDock::applyFilter);
-    connect(&state, &ViewState::selectionChanged, this, &TreeDock::showSelection);
 }
 
 void TreeDock::buildTree()
@@ -51,7 +50,9 @@ void TreeDock::buildTree()
     header.setSectionResizeMode(StationTreeModel::Eye, QHeaderView::Fixed);
     header.resizeSection(StationTreeModel::Eye, eyeWidth);
 
-    connect(tree->selectionModel(), &QItemSelectionModel::selectionChanged, this, &TreeDock::takeSelection);
+    selection = new TreeSelection(
+        *tree, state, StationTreeModel::IdRole,
+        [this](unsigned id) { return filtered->mapFromSource(model->indexOf(id)); }, this);
     connect(tree, &TreeView::eyeClicked, this, &TreeDock::toggleEye);
     connect(tree, &TreeView::focusRequested, this,
             [this](const QModelIndex& index) { emit focusRequested(idOf(index)); });
@@ -65,7 +66,7 @@ void TreeDock::buildTree()
     });
     connect(filtered, &QAbstractItemModel::modelReset, this, [this] {
         keepExpanded();
-        showSelection();
+        selection->show();
     });
 }
 
@@ -86,36 +87,9 @@ void TreeDock::editName(unsigned id)
     tree->edit(index);
 }
 
-void TreeDock::takeSelection()
-{
-    if (isShowing)
-        return;
-    std::vector<unsigned> ids;
-    for (const QModelIndex& index : tree->selectionModel()->selectedRows())
-        ids.push_back(idOf(index));
-    {
-        const QScopedValueRollback showing(isShowing, true); // the tree has it already
-        state.selectVisuals(ids);
-    }
-    if (state.getSelected() != ids)
-        showSelection(); // but for what is hidden, which cannot be selected
-}
-
-void TreeDock::showSelection()
-{
-    if (isShowing)
-        return;
-    const QScopedValueRollback showing(isShowing, true);
-    std::vector<QModelIndex> rows;
-    for (const unsigned id : state.getSelected())
-        if (const QModelIndex index = filtered->mapFromSource(model->indexOf(id)); index.isValid())
-            rows.push_back(index);
-    tree->markRows(rows);
-}
-
 void TreeDock::applyFilter(const QString& text)
 {
-    const QScopedValueRollback showing(isShowing, true); // what the filter takes out stays selected in the view
+    const auto held = selection->hold(); // what the filter takes out stays selected in the view
     filtered->setFilterFixedString(text);
     if (text.isEmpty()) {
         tree->collapseAll();

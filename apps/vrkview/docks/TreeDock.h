@@ -10,6 +10,7 @@ class QSortFilterProxyModel;
 namespace vrkview {
 
 class StationTreeModel;
+class TreeSelection;
 class TreeView;
 class ViewState;
 
@@ -34,20 +35,18 @@ signals:
 
 private:
     void buildTree();
-    void takeSelection();
-    void showSelection();
     void applyFilter(const QString& text);
     void keepExpanded();
     void toggleEye(const QModelIndex& index);
     unsigned idOf(const QModelIndex& index) const;
 
     ViewState& state;
+    TreeSelection* selection = nullptr;
     QLineEdit* filter;
     TreeView* tree;
     StationTreeModel* model;
     QSortFilterProxyModel* filtered;
     std::unordered_set<unsigned> expanded; // what is open, over a filter and another station
-    bool isShowing = false;                // the selection comes from the view
 };
 
 } // namespace vrkview

@@ -2,6 +2,7 @@
 
 #include <QHeaderView>
 #include <QMouseEvent>
+#include <QScopedValueRollback>
 
 #include <algorithm>
 #include <map>
@@ -51,6 +52,20 @@ void TreeView::markRows(const std::vector<QModelIndex>& rows)
         return;
     selectionModel()->setCurrentIndex(rows.back(), QItemSelectionModel::NoUpdate);
     scrollTo(rows.back());
+}
+
+bool TreeView::viewportEvent(QEvent* event)
+{
+    const auto* mouse = dynamic_cast<const QMouseEvent*>(event);
+    const QScopedValueRollback held(extending, mouse && mouse->modifiers().testFlag(Qt::ControlModifier));
+    return QTreeView::viewportEvent(event);
+}
+
+void TreeView::keyPressEvent(QKeyEvent* event)
+{
+    const bool isAll = event->matches(QKeySequence::SelectAll); // of this tree, and nothing else
+    const QScopedValueRollback held(extending, !isAll && event->modifiers().testFlag(Qt::ControlModifier));
+    QTreeView::keyPressEvent(event);
 }
 
 bool TreeView::clickEye(const QMouseEvent& event)

@@ -18,11 +18,16 @@ public:
     /// @param rows  indexes of first columns.
     void markRows(const std::vector<QModelIndex>& rows);
 
+    /// Whether the selection changes, right now, by a click or a key with Ctrl: what is selected elsewhere is to stay.
+    bool isExtending() const { return extending; }
+
 signals:
     void eyeClicked(const QModelIndex& index);
     void focusRequested(const QModelIndex& index);
 
 protected:
+    bool viewportEvent(QEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
 
@@ -31,6 +36,7 @@ private:
     bool clickEye(const QMouseEvent& event);
 
     std::optional<int> eyeColumn;
+    bool extending = false;
 };
 
 } // namespace vrkview

@@ -1,6 +1,7 @@
 #include "edit/BandActions.h"
 
 #include "canvas/ViewState.h"
+#include "edit/Attempt.h"
 #include "edit/Bands.h"
 #include "edit/History.h"
 
@@ -8,8 +9,6 @@
 #include <QActionGroup>
 #include <QInputDialog>
 #include <QMenu>
-
-#include <Standard_Failure.hxx>
 
 #include <algorithm>
 #include <stdexcept>
@@ -124,13 +123,7 @@ void BandActions::askForChord()
 
 void BandActions::attempt(const std::function<void()>& act)
 {
-    try {
-        act();
-    } catch (const Standard_Failure& failure) {
-        emit failed(tr("%1\nThe station is as before.").arg(failure.GetMessageString()));
-    } catch (const std::exception& failure) {
-        emit failed(tr("%1\nThe station is as before.").arg(failure.what()));
-    }
+    vrkview::attempt(act, [this](const QString& text) { emit failed(text); });
 }
 
 void BandActions::followState()

@@ -2,6 +2,7 @@
 
 #include "canvas/ViewState.h"
 #include "edit/Attaching.h"
+#include "edit/Attempt.h"
 #include "edit/Bands.h"
 #include "edit/Changes.h"
 #include "edit/History.h"
@@ -12,8 +13,6 @@
 
 #include <QAction>
 #include <QMenu>
-
-#include <Standard_Failure.hxx>
 
 #include <algorithm>
 
@@ -192,13 +191,7 @@ void EditActions::push(std::unique_ptr<Change> change)
 
 void EditActions::attempt(const std::function<void()>& act)
 {
-    try {
-        act();
-    } catch (const Standard_Failure& failure) {
-        emit failed(tr("%1\nThe station is as before.").arg(failure.GetMessageString()));
-    } catch (const std::exception& failure) {
-        emit failed(tr("%1\nThe station is as before.").arg(failure.what()));
-    }
+    vrkview::attempt(act, [this](const QString& text) { emit failed(text); });
 }
 
 // Following

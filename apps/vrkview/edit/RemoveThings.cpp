@@ -12,6 +12,7 @@
 #include "platform/task/Path.h"
 #include "platform/task/Task.h"
 #include "scene/Scene.h"
+#include "visual/Visual.h"
 
 #include <QObject>
 
@@ -63,6 +64,23 @@ toolsOfMoves(const vrk::task::Task& task)
         for (vrk::task::MoveInst* move : path->getMoveInstructions())
             tools.emplace_back(move, move->getToolItem());
     return tools;
+}
+
+/// The things of the station whose visuals hang on work objects or tools of these programs, each with that one's id.
+std::vector<std::pair<unsigned, unsigned>> thingsOn(const std::vector<unsigned>& programs)
+{
+    std::vector<unsigned> carriers;
+    for (const unsigned program : programs)
+        if (const auto task = std::dynamic_pointer_cast<vrk::task::Task>(sdf::Share(program)))
+            for (const auto& item : task->getDataItems())
+                if (Scene::HasVisual(item->getId()))
+                    carriers.push_back(item->getId());
+    std::vector<std::pair<unsigned, unsigned>> found;
+    for (const unsigned carrier : carriers)
+        for (const vrk::visual::Visual* child : Scene::GetVisual(carrier)->getChildren())
+            if (isThingOfItsOwn(child->getId()))
+                found.emplace_back(child->getId(), carrier);
+    return found;
 }
 
 template <typename Gathering>
@@ -192,21 +210,29 @@ void RemoveThing::restoreModel() const
 }
 
 /// Of programs that lie on the thing: their work objects, postures and tools hang on its visual, and would go with it.
-void RemoveThing::hidePrograms() const
+/// What hangs on these waits on the world.
+void RemoveThing::hidePrograms()
 {
     if (!Scene::Get())
         return;
+    parked = thingsOn(memory->programs);
+    for (const auto& [child, carrier] : parked)
+        Scene::Get()->reparentVisual(child, 0);
     for (const unsigned program : memory->programs)
         removeFromScene(program);
     Scene::Get()->processMsgs();
 }
 
-void RemoveThing::showPrograms() const
+void RemoveThing::showPrograms()
 {
     if (!Scene::Get())
         return;
     for (const unsigned program : memory->programs)
         addToScene(program);
+    Scene::Get()->processMsgs();
+    for (const auto& [child, carrier] : parked)
+        if (Scene::HasVisual(child) && Scene::HasVisual(carrier))
+            Scene::Get()->reparentVisual(child, carrier); // whose pose on it never changed
     Scene::Get()->processMsgs();
 }
 
@@ -223,7 +249,7 @@ void RemoveThing::takeFromScene() const
     scene->processMsgs();
 }
 
-void RemoveThing::bringToScene() const
+void RemoveThing::bringToScene()
 {
     Scene* scene = Scene::Get();
     if (!scene)

@@ -62,13 +62,14 @@ private:
 
     Memory read() const;
     void restoreModel() const;
-    void hidePrograms() const;
-    void showPrograms() const;
+    void hidePrograms();
+    void showPrograms();
     void takeFromScene() const;
-    void bringToScene() const;
+    void bringToScene();
 
     unsigned thing;
-    std::optional<Memory> memory; // while it is removed
+    std::vector<std::pair<unsigned, unsigned>> parked; // what hangs on hidden programs, and on what of them
+    std::optional<Memory> memory;                      // while it is removed
 };
 
 } // namespace vrkview

@@ -9,6 +9,8 @@
 #include <fmt/format.h>
 
 #include <shared_mutex>
+#include <utility>
+#include <vector>
 
 namespace vrk::visual {
 namespace {
@@ -62,7 +64,27 @@ void doAddBand(unsigned id)
     }
 }
 
+struct KeptBand {
+    unsigned id;
+    bool isHidden;
+};
+
 } // namespace
+
+std::function<void()> Scene::keepBands(const Visual& carrier)
+{
+    std::vector<KeptBand> bands;
+    for (const Visual* child : carrier.getChildren())
+        if (dynamic_cast<const VectorBandVisual*>(child))
+            bands.push_back({child->getId(), carrier.isVisible() && !child->isVisible()});
+    return [bands = std::move(bands)] {
+        for (const KeptBand& band : bands) {
+            doAddBand(band.id);
+            if (band.isHidden && HasVisual(band.id))
+                GetVisual(band.id)->setVisible(false, true);
+        }
+    };
+}
 
 void Scene::addBand(unsigned id)
 {

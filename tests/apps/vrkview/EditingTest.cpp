@@ -309,6 +309,42 @@ TEST_F(EditingTest, ProgramIsShownStaysWithoutItsRobotAndIsTakenBack)
     EXPECT_TRUE(Scene::HasVisual(path.getId()) && Scene::HasVisual(posture) && Scene::HasVisual(last));
 }
 
+TEST_F(EditingTest, WhatHangsOnAWorkObjectStaysThereWhenItsProgramIsShownAnew)
+{
+    const unsigned arm = Layout::inst().manipulators.front()->getId(), cabinet = thing("Controller");
+    const vrk::layout::StationContent content = Layout::inst();
+    unsigned workObject = 0;
+    for (const auto& item : Layout::inst().tasks.front()->getDataItems())
+        if (item->asType(sdf::ModelType::WObjData))
+            workObject = item->getId();
+    const Posed pose = Posed(Scene::GetVisual(workObject)->getWorldPose()).inverse() *
+                       Posed(Scene::GetVisual(cabinet)->getWorldPose());
+    const Posed standing(Scene::GetVisual(cabinet)->getPose());
+    const Posd place = placeInView(cabinet);
+    Layout::inst().attachments.push_back({cabinet, workObject, pose}); // as in a file: no command attaches to it
+    Scene::Get()->addAttachment(cabinet, workObject, pose);
+    settle();
+    const auto hangsOnIt = [=] {
+        return Scene::HasVisual(cabinet) && Scene::HasVisual(workObject) &&
+               Scene::GetVisual(cabinet)->getParent() == Scene::GetVisual(workObject) &&
+               Scene::GetVisual(cabinet)->isAttached() && (placeInView(cabinet) - place).length() < 0.01;
+    };
+    ASSERT_TRUE(hangsOnIt());
+
+    state().selectVisuals({arm});
+    edits().removeSelected();
+    settle();
+    EXPECT_TRUE(hangsOnIt());
+    EXPECT_NE(state().getTree().find(cabinet), StationTree::none);
+    typeWithControl("z");
+    EXPECT_TRUE(hangsOnIt());
+
+    Layout::inst().attachments = content.attachments;
+    ASSERT_TRUE(Scene::HasVisual(cabinet));
+    Scene::Get()->deleteAttachment(cabinet, workObject, 0, standing);
+    settle();
+}
+
 TEST_F(EditingTest, DeletedHiddenFacesAndHiddenThingsComeBackHidden)
 {
     const unsigned bench = thing("Measuring bench");

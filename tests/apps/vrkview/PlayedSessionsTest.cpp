@@ -48,7 +48,8 @@ TEST_P(PlayedSession, PicksTheSameAndEndsWithTheSamePicture)
 INSTANTIATE_TEST_SUITE_P(Table, PlayedSession,
                          Values(SessionCase{"orbit-and-pick", "session_orbit_and_pick"},
                                 SessionCase{"select-faces-and-hide", "session_select_faces_and_hide"},
-                                SessionCase{"load-attach-joints", "session_load_attach_joints"}),
+                                SessionCase{"load-attach-joints", "session_load_attach_joints"},
+                                SessionCase{"band-and-path", "session_band_and_path"}),
                          [](const auto& info) { return std::string(info.param.baseline); });
 
 /// The lines of a shipped recording, to be spoilt.

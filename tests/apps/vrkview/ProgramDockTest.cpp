@@ -5,6 +5,7 @@
 #include "docks/ProgramModel.h"
 #include "docks/ProgramView.h"
 #include "docks/PropertyDock.h"
+#include "docks/StationTreeModel.h"
 #include "docks/TreeDock.h"
 #include "docks/TreeView.h"
 #include "edit/ModelPlaces.h"
@@ -28,6 +29,7 @@ namespace {
 using namespace vrk::task;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::UnorderedElementsAre;
 using vrk::layout::Layout;
 
 class ProgramDockTest : public WindowFixture {
@@ -104,6 +106,61 @@ TEST_F(ProgramDockTest, SelectedRowStaysSelectedAndTheTreeOfTheStationIsEmpty)
     clickRow(path);
     settle();
     EXPECT_THAT(state().getSelected(), ElementsAre(path));
+}
+
+TEST_F(ProgramDockTest, ClickWithControlAddsToWhatIsSelectedInTheOtherTree)
+{
+    TreeView& things = window().getTreeDock().getTreeView();
+    const unsigned thing = things.model()->index(0, 0).data(StationTreeModel::IdRole).toUInt();
+    const unsigned move = welding().getMoveInstructions()[1]->getId(),
+                   other = welding().getMoveInstructions()[2]->getId();
+    const auto clickOn = [](TreeView& view, const QModelIndex& row) {
+        view.scrollTo(row);
+        settle();
+        moveMouse(*view.viewport(), view.visualRect(row).center());
+        clickLeft();
+    };
+    const auto areSelected = [](const auto& matcher) {
+        return waitFor([&] { return testing::Matches(matcher)(state().getSelected()); });
+    };
+
+    clickOn(tree(), model().indexOf(move));
+    ASSERT_TRUE(areSelected(ElementsAre(move)));
+    {
+        const HeldKey control("Control_L");
+        clickOn(things, things.model()->index(0, 0));
+        EXPECT_TRUE(areSelected(ElementsAre(move, thing)));
+        clickOn(tree(), model().indexOf(other));
+        EXPECT_TRUE(areSelected(UnorderedElementsAre(move, thing, other)));
+        EXPECT_THAT(marked(), UnorderedElementsAre(move, other));
+        EXPECT_EQ(things.selectionModel()->selectedRows().size(), 1);
+        clickOn(tree(), model().indexOf(move));
+        EXPECT_TRUE(areSelected(UnorderedElementsAre(thing, other)));
+    }
+    clickOn(tree(), model().indexOf(move));
+    EXPECT_TRUE(areSelected(ElementsAre(move)));
+}
+
+TEST_F(ProgramDockTest, ClickWithControlKeepsWhatTheFilterTakesOut)
+{
+    TreeView& things = window().getTreeDock().getTreeView();
+    QLineEdit& filter = window().getTreeDock().getFilter();
+    const StationTree::Row &first = state().getTree().getRows().front(), &last = state().getTree().getRows().back();
+    state().selectVisuals({first.id});
+    filter.setText(QString::fromStdString(last.name));
+    ASSERT_THAT(things.selectionModel()->selectedRows(), IsEmpty());
+    const QModelIndexList found =
+        things.model()->match(things.model()->index(0, 0), StationTreeModel::IdRole, last.id, 1, Qt::MatchRecursive);
+    ASSERT_EQ(found.size(), 1);
+    settle();
+
+    {
+        const HeldKey control("Control_L");
+        moveMouse(*things.viewport(), things.visualRect(found.front()).center());
+        clickLeft();
+        EXPECT_TRUE(waitFor([&] { return state().getSelected() == std::vector{first.id, last.id}; }));
+    }
+    filter.clear();
 }
 
 TEST_F(ProgramDockTest, WhatIsSelectedElsewhereIsMarkedAndOpened)

@@ -1,5 +1,6 @@
 #include "FakeInput.h"
 #include "MouseFixture.h"
+#include "canvas/BodyBoxes.h"
 #include "canvas/Picked.h"
 #include "canvas/ProgramParts.h"
 #include "docks/ProgramDock.h"
@@ -18,6 +19,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cmath>
 
 namespace vrkview::test {
@@ -92,6 +94,29 @@ TEST_F(ProgramInViewTest, EveryMoveStandsInTheScene)
     EXPECT_EQ(count(VisualType::MoveInstruction), 10);
     EXPECT_EQ(count(VisualType::Robtarget), 9); // with the via point
     EXPECT_EQ(count(VisualType::JointTarget), 2);
+}
+
+TEST_F(ProgramInViewTest, FitHoldsWhereTheMovesGoWhateverIsDrawnOfThem)
+{
+    const auto inWorld = [](const DataItem& item) {
+        return vrk::rob::Posf((worldPoseOfThing(item.getOwnerId()) * item.getPose()).position);
+    };
+    std::vector<vrk::rob::Posf> places;
+    for (const MoveInst* each : welding().getMoveInstructions()) {
+        places.push_back(inWorld(*each->getTargetItem()));
+        if (each->getCircleItem())
+            places.push_back(inWorld(*each->getCircleItem()));
+    }
+    ASSERT_EQ(places.size(), 11u);
+
+    for (const bool areTargets : {true, false}) {
+        draw(ProgramPart::Targets, areTargets);
+        settle();
+        const std::vector<vrk::rob::Posf> corners = bodyCorners();
+        for (const vrk::rob::Posf& place : places)
+            EXPECT_TRUE(std::ranges::any_of(corners, [&](const auto& p) { return (p - place).length() < 0.01f; }))
+                << place.x << ' ' << place.y << ' ' << place.z << ", targets: " << areTargets;
+    }
 }
 
 TEST_F(ProgramInViewTest, ClickOnATargetSelectsItsMoveAndMarksItsRow)

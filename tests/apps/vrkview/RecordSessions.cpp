@@ -1,8 +1,10 @@
 #include "FakeInput.h"
 #include "MouseFixture.h"
+#include "canvas/Picked.h"
 #include "demo/DemoSolids.h"
 #include "docks/JointDock.h"
 #include "docks/JointRow.h"
+#include "edit/History.h"
 #include "recording/Recorder.h"
 
 #include <gmock/gmock.h>
@@ -136,6 +138,41 @@ TEST_F(RecordSessions, LoadAttachJoints)
     moveTo(placeOf("Welding torch"));
     key("1");
     moveTo(placeOf("block"));
+
+    finish();
+}
+
+TEST_F(RecordSessions, BandAndPath)
+{
+    const QPoint middle = placeOf("Controller");
+    QPoint onEdge;
+    for (int step = 0; step < 400 && (step == 0 || edgeOf(resultAt(onEdge)) == 0); ++step) // until an edge is near
+        onEdge = middle + QPoint(step % 20 * 4 - 40, step / 20 * 4 - 40);
+    ASSERT_NE(edgeOf(resultAt(onEdge)), 0u);
+    const QString before = state().getHistory().undoText();
+    record("band-and-path");
+
+    {
+        const HeldKey alt("Alt_L"), control("Control_L");
+        clickAt(onEdge);
+    }
+    {
+        const HeldKey control("Control_L"), shift("Shift_L");
+        key("b");
+    }
+    ASSERT_EQ(state().getSelected().size(), 1u);
+    {
+        const HeldKey control("Control_L");
+        key("h");
+    }
+    moveTo(onEdge + QPoint(3, 3));
+    shoot("band_and_path");
+    for (int i = 0; i < 2; ++i) {
+        const HeldKey control("Control_L");
+        key("z");
+    }
+    moveTo(middle);
+    EXPECT_EQ(state().getHistory().undoText(), before);
 
     finish();
 }

@@ -160,6 +160,60 @@ TEST_F(SceneBands, BandOfAHiddenBodyStartsHidden)
     EXPECT_FALSE(bandOf(*seam).getArrow()->isVisible());
 }
 
+TEST_F(SceneBands, BodyMadeAnewKeepsItsBandsAndTheirHiding)
+{
+    const auto seam = addSeam();
+    const auto hidden = addShape(task::MakeSeam(newId(), "hidden seam", body->getShape(), body->getId(), {2}));
+    scene.addBand(seam->getId());
+    scene.addBand(hidden->getId());
+    scene.setVisualVisible(hidden->getId(), false);
+    drain();
+    const Visual* before = Scene::GetVisual(body->getId());
+    const std::size_t children = test::childrenOf(*before).size();
+
+    scene.updateSolidVisual(body.get(), body->getShape());
+    drain();
+
+    const Visual* anew = Scene::GetVisual(body->getId());
+    ASSERT_TRUE(Scene::HasVisual(seam->getId()));
+    ASSERT_TRUE(Scene::HasVisual(hidden->getId()));
+    EXPECT_EQ(bandOf(*seam).getParent(), anew);
+    EXPECT_TRUE(bandOf(*seam).isVisible());
+    EXPECT_TRUE(picking.isEnabled(bandOf(*seam).getBandVectors().front()));
+    EXPECT_EQ(bandOf(*hidden).getParent(), anew);
+    EXPECT_FALSE(bandOf(*hidden).isVisible());
+    EXPECT_FALSE(picking.isEnabled(bandOf(*hidden).getBandVectors().front()));
+    EXPECT_EQ(test::childrenOf(*anew).size(), children);
+}
+
+TEST_F(SceneBands, HiddenBodyMadeAnewIsShownWithItsBand)
+{
+    const auto seam = addSeam();
+    scene.addBand(seam->getId());
+    scene.setVisualVisible(part->getId(), false);
+    drain();
+
+    scene.updateSolidVisual(body.get(), body->getShape());
+    drain();
+
+    EXPECT_TRUE(Scene::GetVisual(body->getId())->isVisible()) << "it has no state of the old one";
+    ASSERT_TRUE(Scene::HasVisual(seam->getId()));
+    EXPECT_TRUE(bandOf(*seam).isVisible());
+}
+
+TEST_F(SceneBands, BandThatIsNoLongerInTheModelGoesWithTheOldBody)
+{
+    const auto seam = addSeam();
+    scene.addBand(seam->getId());
+    drain();
+    sdf::SdfManager::inst().remove(seam->getId());
+
+    scene.updateSolidVisual(body.get(), body->getShape());
+    drain();
+
+    EXPECT_FALSE(Scene::HasVisual(seam->getId()));
+}
+
 TEST_F(SceneBands, VectorIsPickedWhereTheBodyStands)
 {
     const auto seam = addSeam();
