@@ -223,26 +223,18 @@ TEST_F(BoxSelect, RectanglesThatAreNoneOrOutsideTheViewDoNoHarm)
 TEST_F(BoxSelect, AgreesWithALoopOverAllPoints)
 {
     std::mt19937 random(5);
-    const auto uniform = [&](double from, double to) {
-        return std::uniform_real_distribution<double>(from, to)(random);
-    };
     int tested = 0, inside = 0;
     for (int round = 0; round < 30; ++round) {
-        auto* parent = new visual::Visual(900000u + static_cast<unsigned>(round), "Parent", world);
-        parent->setPose({{static_cast<float>(uniform(-200, 200)), 0, static_cast<float>(uniform(-200, 200))},
-                         rob::Rotationf(static_cast<float>(uniform(-3, 3)), static_cast<float>(uniform(-1, 1)),
-                                        static_cast<float>(uniform(-3, 3)))});
-        std::vector<rob::Posf> points;
-        for (int i = 0; i < 3000; ++i)
-            points.emplace_back(static_cast<float>(uniform(-400, 400)), static_cast<float>(uniform(-400, 400)),
-                                static_cast<float>(uniform(-400, 400)));
-        visual::PointCloudVisual* cloud = addCloud(points);
-        parent->attachVisual(cloud);
-        service.markDirty(cloud);
+        visual::PointCloudVisual* cloud =
+            addRandomCloud(random, 900000u + static_cast<unsigned>(round),
+                           [this](const std::vector<rob::Posf>& points) { return addCloud(points); });
         useOrthogonal(round % 3 == 2);
-        look({{static_cast<float>(uniform(-1500, 1500)), -1500, static_cast<float>(uniform(-500, 1500))}, {0, 0, 0}});
+        look(
+            {{static_cast<float>(uniform(random, -1500, 1500)), -1500, static_cast<float>(uniform(random, -500, 1500))},
+             {0, 0, 0}});
 
-        const double x1 = uniform(0, 400), y1 = uniform(0, 300), x2 = uniform(0, 400), y2 = uniform(0, 300);
+        const double x1 = uniform(random, 0, 400), y1 = uniform(random, 0, 300), x2 = uniform(random, 0, 400),
+                     y2 = uniform(random, 0, 300);
         const PointsOfClouds found = selectPoints(static_cast<float>(x1), static_cast<float>(y1),
                                                   static_cast<float>(x2), static_cast<float>(y2));
         std::set<std::uint64_t> numbers;

@@ -230,28 +230,20 @@ TEST_F(LassoSelect, PolygonsThatAreNoneDoNoHarm)
 TEST_F(LassoSelect, AgreesWithALoopOverAllPoints)
 {
     std::mt19937 random(7);
-    const auto uniform = [&](double from, double to) {
-        return std::uniform_real_distribution<double>(from, to)(random);
-    };
     int tested = 0, inside = 0;
     for (int round = 0; round < 30; ++round) {
-        auto* parent = new visual::Visual(910000u + static_cast<unsigned>(round), "Parent", world);
-        parent->setPose({{static_cast<float>(uniform(-200, 200)), 0, static_cast<float>(uniform(-200, 200))},
-                         rob::Rotationf(static_cast<float>(uniform(-3, 3)), static_cast<float>(uniform(-1, 1)),
-                                        static_cast<float>(uniform(-3, 3)))});
-        std::vector<rob::Posf> points;
-        for (int i = 0; i < 3000; ++i)
-            points.emplace_back(static_cast<float>(uniform(-400, 400)), static_cast<float>(uniform(-400, 400)),
-                                static_cast<float>(uniform(-400, 400)));
-        visual::PointCloudVisual* cloud = addCloud(points);
-        parent->attachVisual(cloud);
-        service.markDirty(cloud);
+        visual::PointCloudVisual* cloud =
+            addRandomCloud(random, 910000u + static_cast<unsigned>(round),
+                           [this](const std::vector<rob::Posf>& points) { return addCloud(points); });
         useOrthogonal(round % 3 == 2);
-        look({{static_cast<float>(uniform(-1500, 1500)), -1500, static_cast<float>(uniform(-500, 1500))}, {0, 0, 0}});
+        look(
+            {{static_cast<float>(uniform(random, -1500, 1500)), -1500, static_cast<float>(uniform(random, -500, 1500))},
+             {0, 0, 0}});
 
         Polygon polygon;
         for (int i = 0; i < 3 + round % 9; ++i)
-            polygon.emplace_back(static_cast<float>(uniform(60, 340)), static_cast<float>(uniform(60, 240)), 0.0f);
+            polygon.emplace_back(static_cast<float>(uniform(random, 60, 340)),
+                                 static_cast<float>(uniform(random, 60, 240)), 0.0f);
         const PointsOfClouds found = select(polygon);
         const auto entry = found.find(cloud->getId());
         const DoubleView view;

@@ -26,6 +26,8 @@ public:
                 for (unsigned k = 0; k < 4; ++k)
                     matrix[row][column] +=
                         static_cast<double>(projection[row][k]) * static_cast<double>(view[k][column]);
+        for (unsigned column = 0; column < 4; ++column)
+            depth[column] = -static_cast<double>(view[2][column]);
         width = camera.getViewport()->getActualWidth();
         height = camera.getViewport()->getActualHeight();
     }
@@ -42,8 +44,12 @@ public:
         return {(row(0) / w + 1) / 2 * width, (1 - row(1) / w) / 2 * height, w};
     }
 
+    /// Along the direction in which the camera looks.
+    double depthOf(const rob::Posd& p) const { return depth[0] * p.x + depth[1] * p.y + depth[2] * p.z + depth[3]; }
+
 private:
     double matrix[4][4] = {};
+    double depth[4] = {};
     double width = 0, height = 0;
 };
 
@@ -56,7 +62,8 @@ inline void useOrthogonal(bool orthogonal)
         camera.setOrthoWindowHeight(1500);
 }
 
-/// The place of each of a cloud's points in the world.
+/// The place of each of a cloud's points in the world by the pose of its visual alone, which is what the rectangle and the lasso
+/// of the picking service go by: they know no scale.
 inline std::vector<rob::Posd> worldPoints(const visual::PointCloudVisual& cloud)
 {
     const rob::Posed pose(cloud.getWorldPose());
@@ -64,6 +71,46 @@ inline std::vector<rob::Posd> worldPoints(const visual::PointCloudVisual& cloud)
     for (const rob::Posf& p : cloud.getPoints())
         points.push_back(pose * rob::Posd(p));
     return points;
+}
+
+/// The place in the world where each of a cloud's points is drawn, with the scale that its parents bring.
+inline std::vector<rob::Posd> drawnPoints(const visual::PointCloudVisual& cloud)
+{
+    const rob::Posed pose(cloud.getWorldPose());
+    const Ogre::Vector3& scale = cloud.getSceneNode()->_getDerivedScale();
+    std::vector<rob::Posd> points;
+    for (const rob::Posf& p : cloud.getPoints())
+        points.push_back(pose * rob::Posd(static_cast<double>(p.x) * scale.x, static_cast<double>(p.y) * scale.y,
+                                          static_cast<double>(p.z) * scale.z));
+    return points;
+}
+
+inline double uniform(std::mt19937& random, double from, double to)
+{
+    return std::uniform_real_distribution<double>(from, to)(random);
+}
+
+/// 3000 points about the origin, turned, moved and scaled by a parent of its own.
+/// @param addCloud  makes the cloud of these points.
+template <typename AddCloud>
+visual::PointCloudVisual* addRandomCloud(std::mt19937& random, unsigned parentId, const AddCloud& addCloud)
+{
+    const auto number = [&random](double from, double to) { return static_cast<float>(uniform(random, from, to)); };
+    auto* parent = new visual::Visual(parentId, "Parent", visual::Scene::GetWorldVisual());
+    const float x = number(-200, 200), z = number(-200, 200);
+    const float a = number(-3, 3), b = number(-1, 1), c = number(-3, 3);
+    parent->setPose({{x, 0, z}, rob::Rotationf(a, b, c)});
+    const float scale = number(0.5, 2);
+    parent->getSceneNode()->setScale(scale, scale * number(0.8, 1.2), scale);
+    std::vector<rob::Posf> points;
+    for (int i = 0; i < 3000; ++i) {
+        const float px = number(-400, 400), py = number(-400, 400), pz = number(-400, 400);
+        points.emplace_back(px, py, pz);
+    }
+    visual::PointCloudVisual* cloud = addCloud(points);
+    parent->attachVisual(cloud);
+    VisualSelection::Get()->markDirty(cloud);
+    return cloud;
 }
 
 enum class Inside { No, Yes, Unsure };

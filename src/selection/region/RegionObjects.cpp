@@ -142,7 +142,11 @@ private:
             const bool isIn = isWhollyWanted() ? test.holdsAll(ends) : test.touches(ends);
             if (isWhollyWanted() && !isIn)
                 return false;
-            isAnySeen = isAnySeen || (isIn && isAnyOfItSeen(test, ends[0], ends[1]));
+            if (isIn && !isAnySeen) {
+                SeenRun run;
+                lookAt(test, ends[0], ends[1], run);
+                isAnySeen = run.isEnough();
+            }
         }
         return isAnySeen;
     }
@@ -156,25 +160,40 @@ private:
         const auto endsOf = [&](std::size_t i) {
             return std::array<Place, 2>{nodes[i], nodes[std::min(i + 1, nodes.size() - 1)]};
         };
-        bool isAnySeen = false;
+        SeenRun run;
         for (std::size_t i = 0; i < sections; ++i) {
             const std::array<Place, 2> ends = endsOf(i);
             const bool isIn =
                 coverage == Coverage::Inside || (isWhollyWanted() ? ofPart.holdsAll(ends) : ofPart.touches(ends));
             if (isWhollyWanted() && !isIn)
                 return false;
-            isAnySeen = isAnySeen || (isIn && isAnyOfItSeen(ofPart, ends[0], ends[1]));
-            if (isAnySeen && (!isWhollyWanted() || coverage == Coverage::Inside))
+            if (isIn && run.longest < 2)
+                lookAt(ofPart, ends[0], ends[1], run);
+            if (run.isEnough() && (!seen || run.longest > 1) && (!isWhollyWanted() || coverage == Coverage::Inside))
                 return true;
         }
-        return isAnySeen;
+        return run.isEnough();
     }
 
-    /// Whether no body hides some place of a section within the region: looked at as often as the rays are apart.
-    bool isAnyOfItSeen(const RegionTest& ofPart, const Place& from, const Place& to) const
+    /// What is seen of a line: two places side by side, or the only one. One alone may be the corner at which a line begins
+    /// that turns away.
+    struct SeenRun {
+        unsigned asked = 0, now = 0, longest = 0;
+
+        void add(bool isSeen)
+        {
+            ++asked;
+            now = isSeen ? now + 1 : 0;
+            longest = std::max(longest, now);
+        }
+        bool isEnough() const { return longest > 0 && longest >= std::min(2u, asked); }
+    };
+
+    /// Adds the places of a section within the region, as often as the rays are apart.
+    void lookAt(const RegionTest& ofPart, const Place& from, const Place& to, SeenRun& run) const
     {
         if (!seen)
-            return true;
+            return run.add(true);
         const ObjectInView& view = ofPart.getView();
         const rob::Posd start(from), end(to);
         const auto pixelOf = [&view](const rob::Posd& p) {
@@ -185,15 +204,16 @@ private:
         double pieces = most; // of a section that reaches behind the eye
         if (view.w.at(start) > 0 && view.w.at(end) > 0)
             pieces = std::clamp(std::ceil((pixelOf(end) - pixelOf(start)).length() / seen->getStep()), 1.0, most);
-        for (double i = 0; i <= pieces; ++i) {
+        for (double i = 0.5; i < pieces; ++i) { // not at an end, which is seen where another edge begins
             // Evenly in the view, which is not so in the world.
             const double s = i / pieces, ofStart = (1 - s) * view.w.at(end), ofEnd = s * view.w.at(start);
             const double t = view.w.at(start) > 0 && view.w.at(end) > 0 ? ofEnd / (ofStart + ofEnd) : s;
             const rob::Posd p = start + (end - start) * t;
-            if (ofPart.holds(rob::PosTemplate<float>(p)) && !seen->isHidden(pixelOf(p), view.w.at(p), view.depth.at(p)))
-                return true;
+            if (ofPart.holds(rob::PosTemplate<float>(p)))
+                run.add(!seen->isHiddenAtNearest(pixelOf(p), view.w.at(p), view.depth.at(p)));
+            if (run.longest > 1)
+                return;
         }
-        return false;
     }
 
     /// Whether a set of triangles is in the region, as it is asked. @param box  in the coordinates of the object.

@@ -111,6 +111,8 @@ struct RegionAnswer {
     std::vector<Whole> frames;
     std::vector<Cloud> clouds; ///< those with a point inside
     bool isStopped = false;    ///< the question was ended early, and nothing else is told
+
+    bool operator==(const RegionAnswer&) const = default;
 };
 
 } // namespace vrk::selection

@@ -274,17 +274,23 @@ bool SeenMap::isSeen(const SelectableObject& body, std::size_t face) const
 bool SeenMap::isHidden(const ScreenRegion::Place& pixel, double w, double depth) const
 {
     const double before = depth - slackPerStep * w;
+    const double x = (pixel.x - left) / step, y = (pixel.y - top) / step;
+    return sampleAt(x, y).depth < before && sampleAt(x + 1, y).depth < before && sampleAt(x, y + 1).depth < before &&
+           sampleAt(x + 1, y + 1).depth < before;
+}
+
+bool SeenMap::isHiddenAtNearest(const ScreenRegion::Place& pixel, double w, double depth) const
+{
+    return sampleAt((pixel.x - left) / step + 0.5, (pixel.y - top) / step + 0.5).depth < depth - slackPerStep * w;
+}
+
+/// The sample at or before a place, in samples; the outermost ones stand for what lies beyond.
+const SeenMap::Sample& SeenMap::sampleAt(double x, double y) const
+{
     const auto indexOf = [](double at, std::size_t count) {
         return at > 0 ? std::min(static_cast<std::size_t>(at), count - 1) : std::size_t{0};
     };
-    const double x = (pixel.x - left) / step, y = (pixel.y - top) / step;
-    const std::size_t fromX = indexOf(x, columns), toX = indexOf(x + 1, columns);
-    const std::size_t fromY = indexOf(y, rows), toY = indexOf(y + 1, rows);
-    for (const std::size_t row : {fromY, toY})
-        for (const std::size_t column : {fromX, toX})
-            if (!(grid[row * columns + column].depth < before))
-                return false;
-    return true;
+    return grid[indexOf(y, rows) * columns + indexOf(x, columns)];
 }
 
 } // namespace vrk::selection

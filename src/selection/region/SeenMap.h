@@ -33,6 +33,8 @@ public:
     /// farther behind than two samples are apart.
     /// @param pixel  in the view. @param w  of `ObjectInView`.
     bool isHidden(const ScreenRegion::Place& pixel, double w, double depth) const;
+    /// The same by the nearest sample alone, for what lies where a body ends.
+    bool isHiddenAtNearest(const ScreenRegion::Place& pixel, double w, double depth) const;
     /// The distance of two samples in pixels.
     double getStep() const { return step; }
 
@@ -55,6 +57,7 @@ private:
 
     std::vector<Item> itemsOf(const std::vector<const SelectableObject*>& bodies);
     void paint(const RegionView& view, const std::vector<Item>& items, RegionWork& work);
+    const Sample& sampleAt(double x, double y) const;
     void markSeen(const RegionQuery& query, const ScreenRegion& region);
 
     double left = 0, top = 0, step = 1; // pixels: of the first sample, and between two
