@@ -319,8 +319,10 @@ bool ScreenRegion::touches(std::span<const Place> convex) const
     const std::vector<Place> part = clipped(convex, bounds);
     if (part.empty())
         return false;
-    // Where no edge passes through it, it lies wholly on one side.
-    return rectangular || holds(part.front()) || isMetByEdge(part, boxOf(part));
+    // Where no edge passes through it, it lies wholly on one side. A place that was cut may lie outside by its rounding.
+    const Place first{std::clamp(part.front().x, bounds.minX, bounds.maxX),
+                      std::clamp(part.front().y, bounds.minY, bounds.maxY)};
+    return rectangular || holds(first) || isMetByEdge(part, boxOf(part));
 }
 
 bool ScreenRegion::holdsAll(std::span<const Place> convex) const
