@@ -212,13 +212,13 @@ void PickSearch::gatherBorders(const Surface& surface, PickKinds kinds, std::vec
     }
 }
 
-/// The nearest of the line sections under a node, its place in the world.
-std::optional<PickSearch::Nearest> PickSearch::nearestOfLines(const BVHNode* root, const ObjectPlace& place,
+/// The nearest of some line sections, its place in the world.
+std::optional<PickSearch::Nearest> PickSearch::nearestOfLines(const PrimitiveContainer& lines, const ObjectPlace& place,
                                                               const BVHPrimitive** which) const
 {
     std::optional<Nearest> best;
     const PickMatrix toClip = product(lens.getWorldToClip(), place.getToWorld());
-    walkBeam(root, place.toLocal(ray), beam, place.getLocalUnits(), [&](const BVHPrimitive* primitive) {
+    const auto look = [&](const BVHPrimitive* primitive) {
         const auto& line = static_cast<const SensitiveLine&>(*primitive);
         const rob::Posd start(line.getStart()), end(line.getEnd());
         const auto nearest = nearestOf(applied(toClip, start), applied(toClip, end), start, end);
@@ -226,7 +226,11 @@ std::optional<PickSearch::Nearest> PickSearch::nearestOfLines(const BVHNode* roo
             return;
         best = nearest;
         *which = primitive;
-    });
+    };
+    if (lines.primitives.size() <= BVHLeaf::capacity) // which keeps no hierarchy unless it is asked for one
+        std::ranges::for_each(lines.primitives, look);
+    else
+        walkBeam(lines.getRoot(), place.toLocal(ray), beam, place.getLocalUnits(), look);
     if (best)
         best->place = place.toWorld(best->place);
     return best;
@@ -238,7 +242,7 @@ void PickSearch::gatherCurve(const SelectableObject& object, std::vector<PickCan
     walkBeam(object.getRoot(), place.toLocal(ray), beam, 1, [&](const BVHPrimitive* primitive) {
         const auto& edge = static_cast<const SensitiveEdge&>(*primitive);
         const BVHPrimitive* section = nullptr;
-        const auto nearest = nearestOfLines(edge.getRoot(), place * ObjectPlace(edge.getPose()), &section);
+        const auto nearest = nearestOfLines(edge, place * ObjectPlace(edge.getPose()), &section);
         if (!nearest)
             return;
         TopTools_IndexedMapOfShape edges;
@@ -250,7 +254,7 @@ void PickSearch::gatherCurve(const SelectableObject& object, std::vector<PickCan
 void PickSearch::gatherLine(const SelectableObject& object, std::vector<PickCandidate>& found) const
 {
     const BVHPrimitive* section = nullptr;
-    const auto nearest = nearestOfLines(object.getRoot(), placeOf(object), &section);
+    const auto nearest = nearestOfLines(object, placeOf(object), &section);
     if (!nearest)
         return;
     const auto number = std::ranges::find(object.primitives, section) - object.primitives.begin();

@@ -58,7 +58,7 @@ private:
     void gatherPoint(const SelectableObject& object, std::vector<PickCandidate>& found) const;
     void gatherCloud(const SelectableObject& object, std::vector<PickCandidate>& found) const;
     std::vector<CloudPoint> pointsInBeam(const SelectableObject& object) const;
-    std::optional<Nearest> nearestOfLines(const BVHNode* root, const ObjectPlace& place,
+    std::optional<Nearest> nearestOfLines(const PrimitiveContainer& lines, const ObjectPlace& place,
                                           const BVHPrimitive** which) const;
     std::optional<Nearest> nearestOf(const ClipPoint& point, const rob::Posd& place) const;
     std::optional<Nearest> nearestOf(const ClipPoint& a, const ClipPoint& b, const rob::Posd& start,
