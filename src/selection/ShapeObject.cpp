@@ -27,7 +27,7 @@ const ShapeEdges& ShapeObject::getEdges() const
 
 const ShapeBorders& ShapeObject::getBorders() const
 {
-    std::call_once(isGathering, [this] { borders = std::make_unique<const ShapeBorders>(shape, primitives); });
+    std::call_once(bordersAsked, [this] { borders = std::make_unique<const ShapeBorders>(shape, primitives); });
     return *borders;
 }
 

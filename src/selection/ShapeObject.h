@@ -13,8 +13,8 @@ class SolidVisual;
 
 namespace vrk::selection {
 
-class ShapeEdges;
 class ShapeBorders;
+class ShapeEdges;
 
 /// A solid, by those of its faces that are shown and have triangles.
 class VRK_EXPORT ShapeObject final : public SelectableObject {
@@ -46,7 +46,7 @@ private:
     TopoDS_Shape shape;
     mutable std::once_flag edgesAsked;
     mutable std::unique_ptr<const ShapeEdges> edges;
-    mutable std::once_flag isGathering;
+    mutable std::once_flag bordersAsked;
     mutable std::unique_ptr<const ShapeBorders> borders;
 };
 
