@@ -12,6 +12,7 @@
 #include "scene/math/Trsf.h"
 #include "selection/SelectableObject.h"
 #include "selection/VisualSelection.h"
+#include "selection/pick/PickQuery.h"
 #include "visual/SolidVisual.h"
 
 #include <TopoDS.hxx>
@@ -22,6 +23,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <unordered_map>
@@ -105,7 +107,7 @@ VisualSelection& startedService()
     return *VisualSelection::Get();
 }
 
-unsigned faceOf(const selection::Result& result)
+std::size_t numberOf(const visual::Visual* solid)
 {
     static const std::unordered_map<const visual::Visual*, std::size_t> numbers = [] {
         std::unordered_map<const visual::Visual*, std::size_t> made;
@@ -113,9 +115,14 @@ unsigned faceOf(const selection::Result& result)
             made.emplace(shownStation()[i], i);
         return made;
     }();
+    return numbers.at(solid);
+}
+
+unsigned faceOf(const selection::Result& result)
+{
     if (!result.hit)
         return noFace;
-    const std::size_t solid = numbers.at(result.visual);
+    const std::size_t solid = numberOf(result.visual);
     return station().firstFace[solid] + shownStation()[solid]->getFaceIndex(TopoDS::Face(result.face)) - 1;
 }
 
@@ -187,6 +194,86 @@ void pickInStation(benchmark::State& state)
     contest.report(state, "ns p99", "Embree", 0.99);
 }
 
+selection::PickQuery queryOf(const bench::PickPixel& pixel)
+{
+    constexpr double near = 1, far = 100'000;
+    const double height = 1 / std::tan(bench::pickFovY / 2);
+    selection::PickQuery query;
+    query.camera.width = 1920;
+    query.camera.height = 1080;
+    selection::PickCamera::Matrix& view = query.camera.view;
+    const rob::Vec3d axes[3] = {pixel.right, pixel.up, -pixel.forward};
+    for (unsigned row = 0; row < 3; ++row) {
+        for (unsigned column = 0; column < 3; ++column)
+            view[4 * row + column] = axes[row][column];
+        view[4 * row + 3] = -axes[row].dot(pixel.eye);
+    }
+    view[15] = 1;
+    selection::PickCamera::Matrix& projection = query.camera.projection;
+    projection[0] = height * 1080 / 1920;
+    projection[5] = height;
+    projection[10] = -(far + near) / (far - near);
+    projection[11] = -2 * far * near / (far - near);
+    projection[14] = -1;
+    query.x = pixel.x;
+    query.y = pixel.y;
+    return query;
+}
+
+unsigned faceOf(const std::optional<selection::PickCandidate>& candidate)
+{
+    if (!candidate)
+        return noFace;
+    return station().firstFace[numberOf(candidate->visual)] + static_cast<unsigned>(candidate->subId) - 1;
+}
+
+/// The answers of a loop over all triangles in double precision, to the last one.
+void checkAnswers(const VisualSelection& service, const std::vector<selection::PickQuery>& faces,
+                  const std::vector<selection::PickQuery>& everything)
+{
+    bench::Checksum sum;
+    for (std::size_t i = 0; i < faces.size(); ++i) {
+        const unsigned face = faceOf(faces[i].askBest(service));
+        sum.add(face);
+        bool isAmong = face == noFace;
+        for (const selection::PickCandidate& candidate : everything[i].askAll(service).candidates)
+            isAmong = isAmong || (candidate.kind == selection::PickKind::Face && faceOf(candidate) == face);
+        if (!isAmong)
+            throw std::logic_error("the nearest face is not among all candidates");
+    }
+    if (!bench::isSmall() && sum.value != 0xb7219d2de7867e98)
+        throw std::logic_error("the faces are others than those of a loop over all triangles");
+}
+
+/// The pick that explains itself beside the plain one: asked for the nearest face, and for all candidates of all kinds.
+void queryInStation(benchmark::State& state)
+{
+    const std::vector<visual::Ray> rays = bench::makePickRays();
+    const VisualSelection& service = startedService();
+    std::vector<selection::PickQuery> everything, faces;
+    for (const bench::PickPixel& pixel : bench::makePickPixels()) {
+        everything.push_back(queryOf(pixel));
+        faces.push_back(everything.back());
+        faces.back().kinds = {selection::PickKind::Face};
+    }
+    checkAnswers(service, faces, everything);
+
+    bench::Contest contest;
+    for (auto _ : state) {
+        contest.timePicks("select", rays.size(),
+                          [&](std::size_t i) { benchmark::DoNotOptimize(service.select(rays[i])); });
+        contest.timePicks("ours", rays.size(),
+                          [&](std::size_t i) { benchmark::DoNotOptimize(faces[i].askBest(service)); });
+        contest.timePicks("best of all kinds", rays.size(),
+                          [&](std::size_t i) { benchmark::DoNotOptimize(everything[i].askBest(service)); });
+        contest.timePicks("all candidates", rays.size(),
+                          [&](std::size_t i) { benchmark::DoNotOptimize(everything[i].askAll(service)); });
+        state.SetIterationTime(contest.of("all candidates") * 1e-9);
+    }
+    contest.report(state, "ns", "select");
+    contest.report(state, "ns p99", "select", 0.99);
+}
+
 /// All local hierarchies, from shapes and triangles.
 void buildStation(benchmark::State& state)
 {
@@ -234,6 +321,7 @@ void moveOneBody(benchmark::State& state)
 }
 
 BENCHMARK(pickInStation)->Unit(benchmark::kNanosecond)->UseManualTime()->Iterations(5);
+BENCHMARK(queryInStation)->Unit(benchmark::kNanosecond)->UseManualTime()->Iterations(5);
 BENCHMARK(buildStation)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(5);
 BENCHMARK(moveOneBody)->Unit(benchmark::kMicrosecond)->UseManualTime()->Iterations(200);
 

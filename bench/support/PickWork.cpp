@@ -54,18 +54,15 @@ void checkCounts(const PickStation& station, unsigned faces)
                                std::to_string(triangles) + " triangles, " + std::to_string(vertices) + " vertices");
 }
 
-struct View {
-    rob::Vec3d eye, forward, right, up;
-};
-
-View viewOf(unsigned k)
+/// The pixel is not set.
+PickPixel viewOf(unsigned k)
 {
     const double a = 2 * pi * k / 10, radius = k % 2 == 0 ? 12000 : 7000;
     const rob::Vec3d eye(10000 + radius * std::cos(a), 10000 + radius * std::sin(a), k % 2 == 0 ? 3800 : 8000);
     const rob::Vec3d center(10000, 10000, k % 2 == 0 ? 1200 : 1500);
     const rob::Vec3d forward(rob::normalized(center - eye));
     const rob::Vec3d right(rob::normalized(forward.cross(rob::Vec3d(0, 0, 1))));
-    return {eye, forward, right, right.cross(forward)};
+    return {eye, forward, right, right.cross(forward), 0, 0};
 }
 
 } // namespace
@@ -91,17 +88,27 @@ PickStation makePickStation(unsigned solidCount)
     return station;
 }
 
-std::vector<visual::Ray> makePickRays()
+std::vector<PickPixel> makePickPixels()
 {
     Rng r(0x5EED0001);
-    const double half = std::tan(pi / 8);
-    std::vector<visual::Ray> rays;
+    std::vector<PickPixel> pixels;
     for (unsigned i = 0; i < 10'000; ++i) {
-        const View view = viewOf(i % 10);
-        const auto px = static_cast<double>(r.below(1920)), py = static_cast<double>(r.below(1080));
-        const double x = ((px + 0.5) / 1920 * 2 - 1) * half * 1920 / 1080, y = (1 - (py + 0.5) / 1080 * 2) * half;
-        const rob::Vec3d d = view.forward + view.right * x + view.up * y;
-        rays.emplace_back(rob::Posf(view.eye), rob::Dirf(rob::normalized(d)));
+        PickPixel pixel = viewOf(i % 10);
+        pixel.x = static_cast<double>(r.below(1920)) + 0.5;
+        pixel.y = static_cast<double>(r.below(1080)) + 0.5;
+        pixels.push_back(pixel);
+    }
+    return pixels;
+}
+
+std::vector<visual::Ray> makePickRays()
+{
+    const double half = std::tan(pickFovY / 2);
+    std::vector<visual::Ray> rays;
+    for (const PickPixel& pixel : makePickPixels()) {
+        const double x = (pixel.x / 1920 * 2 - 1) * half * 1920 / 1080, y = (1 - pixel.y / 1080 * 2) * half;
+        const rob::Vec3d d = pixel.forward + pixel.right * x + pixel.up * y;
+        rays.emplace_back(rob::Posf(pixel.eye), rob::Dirf(rob::normalized(d)));
     }
     return rays;
 }

@@ -36,7 +36,17 @@ constexpr unsigned pickStationSolids = 1000;
 /// @throws std::logic_error unless all of them have 20,000 faces, 1,374,428 triangles and 1,167,028 vertices.
 PickStation makePickStation(unsigned solidCount = pickStationSolids);
 
-/// 10,000 rays from ten cameras around the station.
+/// A camera of 1920 x 1080 pixels that looks at the station, and the middle of one of its pixels.
+struct PickPixel {
+    rob::Vec3d eye, forward, right, up; ///< of unit length
+    double x, y;
+};
+
+constexpr double pickFovY = 0.78539816339744831; ///< radians
+
+/// 10,000 pixels of ten cameras around the station.
+std::vector<PickPixel> makePickPixels();
+/// The rays from the eyes through them.
 std::vector<visual::Ray> makePickRays();
 /// 10,000 rays at the big mesh, from all around.
 std::vector<visual::Ray> makeBigMeshRays();

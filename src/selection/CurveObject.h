@@ -18,6 +18,7 @@ public:
     /// Fills the edge, the shape, the pose and the visual.
     void intersectRay(Result& result, const visual::Ray& ray) const override;
     void update() override { updateFromHierarchy(); }
+    const TopoDS_Shape& getShape() const { return shape; }
 
 private:
     void buildPrimitives() override;

@@ -79,6 +79,16 @@ void SensitiveFace::getTriangles(rob::TriangleTemplate<float>* triangles, const 
     }
 }
 
+rob::TriangleTemplate<double> SensitiveFace::getStoredTriangle(unsigned index) const
+{
+    const Nodes nodes(*triangulation, static_cast<int>(index));
+    const auto at = [this](int node) {
+        const gp_Pnt p = triangulation->Node(node);
+        return rob::PosTemplate<double>(p.X(), p.Y(), p.Z());
+    };
+    return {at(nodes.third), at(nodes.second), at(nodes.first)};
+}
+
 void SensitiveFace::intersectLine(Result& result, const rob::LineTemplate<float>& line) const
 {
     result = Result();

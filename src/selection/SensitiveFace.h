@@ -26,12 +26,11 @@ public:
     /// The nearest hit below `limit` and its position in the shape's coordinates, without the cost of a whole result.
     bool nearestInShape(RayHit& hit, const visual::Ray& ray, float limit) const;
     void getTriangle(rob::TriangleTemplate<float>& triangle, const SensitiveIndexedTriangle& primitive) const override;
+    void getTriangles(rob::TriangleTemplate<float>* triangles, const unsigned* indices, unsigned count) const override;
+    rob::TriangleTemplate<double> getStoredTriangle(unsigned index) const override;
 
     unsigned getFaceIndex() const { return faceIndex; }
     const TopoDS_Face& getFace() const { return face; }
-
-protected:
-    void getTriangles(rob::TriangleTemplate<float>* triangles, const unsigned* indices, unsigned count) const override;
 
 private:
     void buildTriangles();

@@ -26,8 +26,6 @@ public:
     /// order, where there are several triangles and cores.
     void forEachInBox(const visual::Box& box, std::function<void(unsigned)> callback) const override;
     void getTriangle(rob::TriangleTemplate<float>& triangle, const SensitiveIndexedTriangle& primitive) const override;
-
-protected:
     void getTriangles(rob::TriangleTemplate<float>* triangles, const unsigned* indices, unsigned count) const override;
 
 private:

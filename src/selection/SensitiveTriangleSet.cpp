@@ -198,6 +198,14 @@ void SensitiveTriangleSet::readTriangles(std::size_t begin, unsigned count, rob:
     getTriangles(out, indices, count);
 }
 
+rob::TriangleTemplate<double> SensitiveTriangleSet::getStoredTriangle(unsigned index) const
+{
+    rob::TriangleTemplate<float> triangle;
+    getTriangles(&triangle, &index, 1);
+    return {rob::PosTemplate<double>(triangle.a), rob::PosTemplate<double>(triangle.b),
+            rob::PosTemplate<double>(triangle.c)};
+}
+
 void SensitiveTriangleSet::takePose(const rob::PoseTemplate<float>& newPose)
 {
     pose = newPose;

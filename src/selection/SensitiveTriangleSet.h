@@ -40,6 +40,10 @@ public:
     /// The corners from the last to the first.
     virtual void getTriangle(rob::TriangleTemplate<float>& triangle,
                              const SensitiveIndexedTriangle& primitive) const = 0;
+    /// What `getTriangle` gives, of the triangles with these indices: for a set that is quicker at several of them.
+    virtual void getTriangles(rob::TriangleTemplate<float>* triangles, const unsigned* indices, unsigned count) const;
+    /// The same of one triangle as it is stored, which may be in double precision.
+    virtual rob::TriangleTemplate<double> getStoredTriangle(unsigned index) const;
 
     /// The hit nearest to the start of the line, by `Math::Intersect`.
     void nearestOfLine(Result& result, const rob::LineTemplate<float>& line) const;
@@ -58,6 +62,8 @@ public:
     bool isEmpty() const { return !bounds.isValid(); }
     /// The box of the boxes of all triangles in the hierarchies; invalid without any.
     const visual::Box& getBounds() const { return bounds; }
+    /// Over the indices of the triangles, for one's own walk along a ray.
+    const NearestHitTree& getRayTree() const { return forRays; }
 
     bool hasPose = false;
     rob::PoseTemplate<float> pose; ///< from set coordinates to those of the object
@@ -70,8 +76,6 @@ protected:
     /// Drops the triangles from `count` on, which were made but are not wanted.
     void keepFirst(std::size_t count);
     void buildHierarchy();
-    /// What `getTriangle` gives, of the triangles with these indices: for a set that is quicker at several of them.
-    virtual void getTriangles(rob::TriangleTemplate<float>* triangles, const unsigned* indices, unsigned count) const;
     void takePose(const rob::PoseTemplate<float>& newPose);
 
 private:

@@ -3,6 +3,7 @@
 #include "selection/SensitiveFace.h"
 #include "selection/ShapeEdges.h"
 #include "selection/geometry/BVHWalk.h"
+#include "selection/pick/ShapeBorders.h"
 #include "visual/SolidVisual.h"
 
 #include <BRep_Tool.hxx>
@@ -22,6 +23,12 @@ const ShapeEdges& ShapeObject::getEdges() const
 {
     std::call_once(edgesAsked, [this] { edges = std::make_unique<const ShapeEdges>(shape); });
     return *edges;
+}
+
+const ShapeBorders& ShapeObject::getBorders() const
+{
+    std::call_once(bordersAsked, [this] { borders = std::make_unique<const ShapeBorders>(shape, primitives); });
+    return *borders;
 }
 
 void ShapeObject::buildPrimitives()

@@ -13,6 +13,7 @@ class SolidVisual;
 
 namespace vrk::selection {
 
+class ShapeBorders;
 class ShapeEdges;
 
 /// A solid, by those of its faces that are shown and have triangles.
@@ -32,6 +33,10 @@ public:
     std::string getDescription() const override;
     /// Read from the shape by the first question for them, on whichever thread.
     const ShapeEdges& getEdges() const;
+    const TopoDS_Shape& getShape() const { return shape; }
+    /// The edges and vertices of the faces that are shown. They are gathered by the first who asks, on any thread, once
+    /// the parts are made.
+    const ShapeBorders& getBorders() const;
 
 private:
     void buildPrimitives() override;
@@ -41,6 +46,8 @@ private:
     TopoDS_Shape shape;
     mutable std::once_flag edgesAsked;
     mutable std::unique_ptr<const ShapeEdges> edges;
+    mutable std::once_flag bordersAsked;
+    mutable std::unique_ptr<const ShapeBorders> borders;
 };
 
 } // namespace vrk::selection

@@ -96,6 +96,11 @@ public:
     bool isDetectable(visual::Visual* visual) const;
     bool isDirty() const { return dirty; }
 
+    /// The hierarchy over all objects but clouds, and that over the clouds, as of the latest update: for queries that stand
+    /// beside the ones below. Null without objects.
+    const BVHNode* getObjectTree() const { return containers[0].getRoot(); }
+    const BVHNode* getCloudTree() const { return containers[clouds].getRoot(); }
+
     /// Brings what it knows up to date and raises `snapResultInvalidated`; does nothing if it is clean. A failure leaves it
     /// dirty.
     void update();

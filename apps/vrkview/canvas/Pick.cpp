@@ -7,6 +7,7 @@
 
 #include "scene/Scene.h"
 #include "selection/VisualSelection.h"
+#include "selection/pick/PickQuery.h"
 #include "visual/SolidVisual.h"
 
 #include <QColor>
@@ -59,6 +60,36 @@ Json edgeOf(const Result& result)
     if (const auto edge = result.getFaceEdge())
         return {{"index", edge->index}, {"param", edge->param}};
     return nullptr;
+}
+
+/// All that a click there could mean, best first.
+Json candidatesAt(float x, float y)
+{
+    using Clock = std::chrono::steady_clock;
+    VisualSelection& service = *VisualSelection::Get();
+    service.update();
+    vrk::selection::PickQuery query;
+    query.camera = vrk::selection::PickCamera::Main();
+    query.x = x;
+    query.y = y;
+    const Clock::time_point start = Clock::now();
+    const vrk::selection::PickAnswer answer = query.askAll(service);
+    const double microseconds = std::chrono::duration<double, std::micro>(Clock::now() - start).count();
+    Json list = Json::array();
+    for (const vrk::selection::PickCandidate& candidate : answer.candidates) {
+        Json entry = {{"kind", nameOf(candidate.kind)},
+                      {"id", candidate.visualId},
+                      {"name", nameOf(*candidate.visual)},
+                      {"type", kindOfPicked(*candidate.visual)}};
+        if (candidate.subId >= 0)
+            entry["number"] = candidate.subId;
+        entry["distance"] = candidate.distance;
+        entry["pixels"] = candidate.pixels;
+        entry["position"] = {candidate.place.x, candidate.place.y, candidate.place.z};
+        entry["verdict"] = candidate.reason;
+        list.push_back(std::move(entry));
+    }
+    return {{"x", x}, {"y", y}, {"candidates", list}, {"microseconds", microseconds}};
 }
 
 /// What was hit under which cells of a grid.
@@ -192,6 +223,10 @@ void printPicks(const Options& options)
     Json list = Json::array();
     for (std::size_t i = 0; i + 1 < options.picks.size(); i += 2) {
         const float x = options.picks[i], y = options.picks[i + 1];
+        if (options.listsCandidates) {
+            list.push_back(candidatesAt(x, y));
+            continue;
+        }
         const Pick pick = pickAt(x, y);
         Json entry = {{"x", x}, {"y", y}};
         entry.update(describe(pick.result));

@@ -26,7 +26,7 @@ Pick pickAt(float x, float y);
 /// a cloud: what there is.
 nlohmann::ordered_json describe(const vrk::selection::Result& result);
 
-/// Prints what lies under each of the pixels that were asked for, as JSON.
+/// Prints what lies under each of the pixels that were asked for, or all that a click there could mean, as JSON.
 void printPicks(const Options& options);
 /// Picks a grid of pixels and prints what was found and how fast; writes the picture of it, each object in a colour of its
 /// own, if one was asked for.

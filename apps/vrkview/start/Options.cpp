@@ -169,6 +169,9 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
                             ->type_name("X,Y,...")
                             ->allow_extra_args(false)
                             ->excludes(shot);
+    app.add_flag("--all", options.listsCandidates,
+                 "With --pick: print all that a click could mean there, with why it is taken or not")
+        ->needs(pick);
     CLI::Option* pickGrid = app.add_option("--pick-grid", grid,
                                            "Pick so many pixels across and down, and print what was found and how fast")
                                 ->type_name("NxM")

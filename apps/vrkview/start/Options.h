@@ -20,6 +20,7 @@ struct Options {
     int pictureHeight = 1000;
     std::vector<const View*> views; // none: the one that the station was left with
     std::vector<float> picks;       // x, y of each pixel of the picture
+    bool listsCandidates = false;   // of each of them
     int gridColumns = 0;
     int gridRows = 0;
     std::filesystem::path pickPicture; // empty: none

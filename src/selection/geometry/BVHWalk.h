@@ -128,20 +128,17 @@ private:
     float slack;
 };
 
-/// As walkRay, in the same order, but for what the ray enters beyond `limit`. The visitor lowers `limit` as it finds hits.
+/// Visits what a ray, or something wider along it, enters within `limit`, as `test` tells it. The visitor lowers `limit` as it
+/// finds hits.
 ///
-/// Only for primitives whose hits lie within their boxes: lines are hit from some pixels away, so they are not such.
-template <typename Visit>
-void walkRayWithin(const BVHNode* root, const visual::Ray& ray, const float& limit, Visit&& visit)
+/// @param test  float entry(const Box&), infinite for a miss, and bool pointsUp(unsigned axis).
+template <typename Test, typename Visit>
+void walkWithin(const BVHNode* root, const Test& test, const Reach& reach, const float& limit, Visit&& visit)
 {
-    if (root == nullptr)
-        return;
     struct Pending {
         const BVHNode* node;
         float entry;
     };
-    const RayBoxTest test(ray);
-    const Reach reach(ray);
     PendingStack<Pending> pending;
     Pending next{root, test.entry(root->box)};
     for (;;) {
@@ -166,6 +163,16 @@ void walkRayWithin(const BVHNode* root, const visual::Ray& ray, const float& lim
             return;
         next = pending.pop();
     }
+}
+
+/// As walkRay, in the same order, but for what the ray enters beyond `limit`. The visitor lowers `limit` as it finds hits.
+///
+/// Only for primitives whose hits lie within their boxes: lines are hit from some pixels away, so they are not such.
+template <typename Visit>
+void walkRayWithin(const BVHNode* root, const visual::Ray& ray, const float& limit, Visit&& visit)
+{
+    if (root != nullptr)
+        walkWithin(root, RayBoxTest(ray), Reach(ray), limit, visit);
 }
 
 template <typename Visit>

@@ -51,6 +51,7 @@ INSTANTIATE_TEST_SUITE_P(
         WrongLine{"PickOutsideThePicture",
                   {"--size", "100x50", "--pick", "10,51"},
                   "--pick: 51 lies outside the picture of 100x50"},
+        WrongLine{"AllWithoutPick", {"--all"}, "--all requires --pick"},
         WrongLine{"PickOfNoNumber", {"--pick", "a,b"}, "Could not convert: --pick = a,b"},
         WrongLine{"PickWithAGap", {"--pick", "10,,20"}, "Could not convert: --pick = 10,,20"},
         WrongLine{"PickOfNothing", {"--pick", ""}, "Could not convert: --pick = "},

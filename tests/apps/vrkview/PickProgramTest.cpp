@@ -72,6 +72,34 @@ TEST(ViewerPick, SolidIsToldWithItsFaceAndItsPlace)
     expectPosition(pick, 15, 10, 10, 0.01);
 }
 
+TEST(ViewerPick, AllThatAClickCouldMeanIsToldInItsOrderWithTheVerdicts)
+{
+    const Files files;
+
+    const Outcome outcome =
+        runViewer({"--pick", "150,100", "--all", "--size", "300x200", "--view", "top", files.writeBrep("box.brep")});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    const json list = json::parse(outcome.out);
+
+    ASSERT_EQ(list.size(), 1u);
+    EXPECT_THAT(keysOf(list[0]), UnorderedElementsAre("x", "y", "candidates", "microseconds"));
+    const json& candidates = list[0]["candidates"];
+    ASSERT_EQ(candidates.size(), 3u) << candidates; // the box is 10 high
+    EXPECT_THAT(keysOf(candidates[0]), UnorderedElementsAre("kind", "id", "name", "type", "number", "distance",
+                                                            "pixels", "position", "verdict"));
+    EXPECT_EQ(candidates[0]["kind"], "face");
+    EXPECT_EQ(candidates[0]["number"], 6);
+    EXPECT_EQ(candidates[0]["name"], "box");
+    EXPECT_EQ(candidates[0]["type"], "solid");
+    EXPECT_EQ(candidates[0]["verdict"], "chosen");
+    expectPosition(candidates[0], 15, 10, 10, 0.01);
+    EXPECT_EQ(candidates[1]["kind"], "body");
+    EXPECT_EQ(candidates[1]["verdict"], "possible");
+    EXPECT_EQ(candidates[2]["kind"], "face");
+    EXPECT_EQ(candidates[2]["number"], 5);
+    EXPECT_EQ(candidates[2]["verdict"], "behind by 10 mm");
+}
+
 TEST(ViewerPick, NearTheBorderOfAFaceTheEdgeIsToldToo)
 {
     const Files files;
