@@ -115,7 +115,7 @@ public:
         std::ranges::sort(sorted);
         Json list = Json::array();
         for (const Object& object : objects)
-            list.push_back({{"id", object.visual->getId()},
+            list.push_back({{"id", object.id},
                             {"name", nameOf(*object.visual)},
                             {"type", kindOfPicked(*object.visual)},
                             {"color", QColor(object.color).name().toStdString()},
@@ -143,21 +143,25 @@ public:
 private:
     struct Object {
         const Visual* visual;
+        unsigned id;
         QRgb color;
         int count;
     };
 
-    /// By ids, so that an object keeps its colour as long as the station stays the same.
+    /// By ids, so that an object keeps its colour as long as the station stays the same. A target that several moves go to
+    /// is drawn by each of them, and is one object.
     void gatherObjects()
     {
         for (const Visual* visual : cells) {
-            const auto known = std::ranges::find(objects, visual, &Object::visual);
+            if (!visual)
+                continue;
+            const auto known = std::ranges::find(objects, visual->getId(), &Object::id);
             if (known != objects.end())
                 ++known->count;
-            else if (visual)
-                objects.push_back({visual, 0, 1});
+            else
+                objects.push_back({visual, visual->getId(), 0, 1});
         }
-        std::ranges::sort(objects, {}, [](const Object& object) { return object.visual->getId(); });
+        std::ranges::sort(objects, {}, &Object::id);
         constexpr double goldenTurn = 0.6180339887; // neighbours in the list get colours far apart
         double hue = 0;
         int step = 0;
@@ -170,8 +174,7 @@ private:
 
     QRgb colorOf(const Visual* visual) const
     {
-        const auto known = std::ranges::find(objects, visual, &Object::visual);
-        return known == objects.end() ? nothingColor : known->color;
+        return visual ? std::ranges::find(objects, visual->getId(), &Object::id)->color : nothingColor;
     }
 
     int columns;
