@@ -7,6 +7,7 @@
 
 #include "platform/layout/PointCloud.h"
 #include "platform/sdf/SdfManager.h"
+#include "selection/VisualSelection.h"
 #include "visual/PointCloudVisual.h"
 
 #include <Ogre.h>
@@ -128,10 +129,50 @@ void selectThirdOfCloud(benchmark::State& state)
     visual::Visual::Delete(cloud);
 }
 
+std::vector<std::uint32_t> thirdOfCloud()
+{
+    std::vector<std::uint32_t> third;
+    for (std::uint32_t i = 0; i < pointCount; i += 3)
+        third.push_back(i);
+    return third;
+}
+
+/// The same third, marked: over the vertices that are there.
+void markThirdOfCloud(benchmark::State& state)
+{
+    bench::startedScene();
+    layout::PointCloud node = makeCloud(state.range(0) != 0);
+    auto* cloud = new visual::PointCloudVisual(visual::Scene::GetWorldVisual(), &node);
+    const std::vector<std::uint32_t> third = thirdOfCloud();
+    for (auto _ : state)
+        cloud->markPoints(third);
+    if (cloud->getMarkedPoints().size() != third.size())
+        throw std::logic_error("not all are marked");
+    visual::Visual::Delete(cloud);
+}
+
+/// The same third, hidden, until the picking service answers again.
+void hideThirdOfCloud(benchmark::State& state)
+{
+    bench::startedScene();
+    selection::VisualSelection& service = *selection::VisualSelection::Get();
+    layout::PointCloud node = makeCloud(state.range(0) != 0);
+    auto* cloud = new visual::PointCloudVisual(visual::Scene::GetWorldVisual(), &node);
+    service.update();
+    const std::vector<std::uint32_t> third = thirdOfCloud();
+    for (auto _ : state) {
+        cloud->hidePoints(std::make_shared<const layout::PointSet>(third));
+        service.update();
+    }
+    visual::Visual::Delete(cloud);
+}
+
 BENCHMARK(copyVertexBuffer)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(uploadVertexBuffer)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(buildManualObject)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(buildCloudVisual)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(selectThirdOfCloud)->Arg(0)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(markThirdOfCloud)->Arg(0)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(hideThirdOfCloud)->Arg(0)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 } // namespace

@@ -10,13 +10,13 @@
 namespace vrk::selection {
 
 PointCloudObject::PointCloudObject(visual::PointCloudVisual* visual)
-    : SelectableObject(ObjectKind::PointCloud, visual), cloud(visual)
+    : SelectableObject(ObjectKind::PointCloud, visual), hidden(visual->getHiddenPoints()), cloud(visual)
 {
 }
 
 void PointCloudObject::buildPrimitives()
 {
-    points = std::make_shared<const CloudPoints>(cloud->getPoints(), cloud->getBoundingBox());
+    points = std::make_shared<const CloudPoints>(cloud->getPoints(), cloud->getBoxOfAllPoints());
     const std::span<const CloudPoints::Node> nodes = points->getNodes();
     for (std::size_t i = 0; i < nodes.size(); ++i)
         if (nodes[i].isGroup(i))
@@ -35,7 +35,7 @@ void PointCloudObject::intersectRayWithin(Result& result, const visual::Ray& ray
     result = Result();
     const visual::Ray local = ray.transformed(inverseWorldPose);
     walkRay(bvh.root, local, [&](const BVHPrimitive* group) {
-        if (static_cast<const SensitivePoints*>(group)->nearestWithin(result, local, limit))
+        if (static_cast<const SensitivePoints*>(group)->nearestWithin(result, local, limit, hidden.get()))
             limit = result.distance;
     });
     if (result.hit)

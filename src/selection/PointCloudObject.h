@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/layout/PointSet.h"
 #include "selection/SelectableObject.h"
 
 #include <memory>
@@ -24,6 +25,10 @@ public:
 
     /// Null before the first update.
     const std::shared_ptr<const CloudPoints>& getPoints() const { return points; }
+
+    /// What is hidden of the cloud is in the groups as well, but no query finds it; null where nothing is. It is as the
+    /// visual had it when the service was last told.
+    std::shared_ptr<const layout::PointSet> hidden;
 
 private:
     void buildPrimitives() override;

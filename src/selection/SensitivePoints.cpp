@@ -81,7 +81,8 @@ void SensitivePoints::intersectRay(Result& result, const visual::Ray& ray) const
     nearestWithin(result, ray, std::numeric_limits<float>::infinity());
 }
 
-bool SensitivePoints::nearestWithin(Result& result, const visual::Ray& ray, float limit) const
+bool SensitivePoints::nearestWithin(Result& result, const visual::Ray& ray, float limit,
+                                    const layout::PointSet* hidden) const
 {
     if (distanceTo(box, ray.origin) > limit)
         return false;
@@ -93,7 +94,7 @@ bool SensitivePoints::nearestWithin(Result& result, const visual::Ray& ray, floa
         if (!(tolerance > Math::DistancePointLine(place, ray.origin, ray.direction)))
             continue;
         const float range = (place - ray.origin).length();
-        if (!(range < limit))
+        if (!(range < limit) || (hidden && hidden->contains(indices[static_cast<std::size_t>(&place - places.data())])))
             continue;
         limit = range;
         nearest = &place;

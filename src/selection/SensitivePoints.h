@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/layout/PointSet.h"
 #include "selection/geometry/BVHPrimitive.h"
 
 #include <memory>
@@ -31,7 +32,9 @@ public:
     void intersectRay(Result& result, const visual::Ray& ray) const override;
     /// As intersectRay, for a caller that has a hit at the distance `limit` already: unless there is a nearer one, it
     /// leaves `result` as it is and returns false.
-    bool nearestWithin(Result& result, const visual::Ray& ray, float limit) const;
+    /// @param hidden  points that it passes by; null for none.
+    bool nearestWithin(Result& result, const visual::Ray& ray, float limit,
+                       const layout::PointSet* hidden = nullptr) const;
 
     std::span<const unsigned> getIndices() const { return indices; }
 

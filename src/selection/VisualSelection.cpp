@@ -151,6 +151,16 @@ void VisualSelection::updateShapeFaces(visual::SolidVisual* visual)
     addShape(visual->getShape(), visual, detectable);
 }
 
+void VisualSelection::setHiddenPoints(visual::PointCloudVisual* visual)
+{
+    SelectableObject* object = find(visual);
+    if (!object)
+        return;
+    const std::lock_guard alone(access);
+    dirty.exchange(true);
+    static_cast<PointCloudObject*>(object)->hidden = visual->getHiddenPoints();
+}
+
 void VisualSelection::setObjectEnabled(visual::Visual* visual, bool enabled)
 {
     SelectableObject* object = find(visual);

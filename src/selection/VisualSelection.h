@@ -74,6 +74,9 @@ public:
     /// Registers the solid anew, with its detectable flag kept and the other flags back at their defaults. What hangs on it
     /// stays registered as it is.
     void updateShapeFaces(visual::SolidVisual* visual);
+    /// Takes over which of its points the cloud hides; no query finds those. What was made of the cloud stays, so that the
+    /// next update is a quick one.
+    void setHiddenPoints(visual::PointCloudVisual* visual);
 
     // State; visuals that are not registered are passed over
     void enableObject(visual::Visual* visual) { setObjectEnabled(visual, true); }

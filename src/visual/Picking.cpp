@@ -47,6 +47,11 @@ void addPointCloudVisual(PointCloudVisual* visual, bool detectable)
     tell([&](auto& service) { service.addPointCloudVisual(visual, detectable); });
 }
 
+void setHiddenPoints(PointCloudVisual* visual)
+{
+    tell([&](auto& service) { service.setHiddenPoints(visual); });
+}
+
 void removeObject(Visual* visual)
 {
     tell([&](auto& service) { service.removeObject(visual); });

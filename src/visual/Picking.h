@@ -25,6 +25,8 @@ void addCurveVisual(const TopoDS_Shape& shape, CurveVisual* visual, bool detecta
 void addMeshVisual(Visual* visual, bool detectable, bool priority);
 void addPointVisual(PointVisual* visual, bool detectable);
 void addPointCloudVisual(PointCloudVisual* visual, bool detectable);
+/// The set of points that the cloud hides changed.
+void setHiddenPoints(PointCloudVisual* visual);
 /// Forgets this visual, if it is known, but not its descendants.
 void removeObject(Visual* visual);
 void addLineVisual(LineVisual* visual);

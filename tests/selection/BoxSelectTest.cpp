@@ -77,6 +77,18 @@ TEST_F(BoxSelect, RectangleMayBeGivenFromAnyCorner)
     EXPECT_EQ(selectPoints(80, 120, 130, 80), points);
 }
 
+TEST_F(BoxSelect, HiddenPointsAreLeftOut)
+{
+    visual::PointCloudVisual* cloud = addCloud({at(90, 90), at(110, 110), at(115, 110), at(200, 200)});
+    cloud->hidePoints(std::make_shared<const layout::PointSet>(std::vector<std::uint32_t>{1}));
+    EXPECT_EQ(selectPoints(80, 80, 130, 120), (PointsOfClouds{{cloud->getId(), {0, 2}}}));
+
+    cloud->hidePoints(std::make_shared<const layout::PointSet>(std::vector<std::uint32_t>{0, 1, 2}));
+    EXPECT_THAT(selectPoints(80, 80, 130, 120), IsEmpty());
+    cloud->hidePoints(nullptr);
+    EXPECT_EQ(selectPoints(80, 80, 130, 120), (PointsOfClouds{{cloud->getId(), {0, 1, 2}}}));
+}
+
 TEST_F(BoxSelect, RightChildrenComeFirst)
 {
     // Five objects make a hierarchy of two leaves, the two left ones and the three right ones by x.

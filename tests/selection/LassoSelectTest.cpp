@@ -53,6 +53,27 @@ TEST_F(LassoSelect, PointsInsideAreFound)
     EXPECT_EQ(sorted(found.at(cloud->getId())), (std::vector<std::uint64_t>{0, 2}));
 }
 
+TEST_F(LassoSelect, HiddenPointsAreLeftOut)
+{
+    visual::PointCloudVisual* cloud = addCloud({at(150, 150), at(50, 150), at(101, 199), at(120, 150)});
+    cloud->hidePoints(std::make_shared<const layout::PointSet>(std::vector<std::uint32_t>{2}));
+    EXPECT_EQ(sorted(select(square).at(cloud->getId())), (std::vector<std::uint64_t>{0, 3}));
+
+    cloud->hidePoints(std::make_shared<const layout::PointSet>(std::vector<std::uint32_t>{0, 2, 3}));
+    EXPECT_THAT(select(square), IsEmpty());
+}
+
+TEST_F(LassoSelect, CloudWhollyInsideThatHidesPointsIsListed)
+{
+    // Without a number the entry would stand for all points.
+    visual::PointCloudVisual* cloud = addCloud({at(150, 150), at(120, 150), at(160, 170)});
+    cloud->hidePoints(std::make_shared<const layout::PointSet>(std::vector<std::uint32_t>{1}));
+    EXPECT_EQ(sorted(select(square).at(cloud->getId())), (std::vector<std::uint64_t>{0, 2}));
+
+    cloud->hidePoints(std::make_shared<const layout::PointSet>(std::vector<std::uint32_t>{0, 1, 2}));
+    EXPECT_THAT(select(square), IsEmpty());
+}
+
 TEST_F(LassoSelect, ConvexIsTheSame)
 {
     addCloud({at(150, 150), at(50, 150), at(101, 199)});

@@ -438,6 +438,25 @@ TEST_F(RegionQueryTest, ChangesWaitForQuestionsOnOtherThreads)
 }
 
 /// Random clouds in random poses, turned and scaled by their parents, in random views: against loops in double precision.
+TEST_F(RegionQueryTest, HiddenPointsOfACloudAreNotFoundAndTheOthersAreTheWholeOfIt)
+{
+    visual::PointCloudVisual* cloud = addCloud(
+        {at(100, 100), {std::numeric_limits<float>::quiet_NaN(), 0, 0}, at(120, 100), at(300, 200), at(140, 100)});
+    const RegionQuery query = forPoints(RegionQuery::Rectangle(50, 50, 200, 150));
+    const auto hide = [cloud](const std::vector<std::uint32_t>& numbers) {
+        cloud->hidePoints(std::make_shared<const layout::PointSet>(numbers));
+    };
+
+    hide({1, 2});
+    EXPECT_THAT(ask(query).clouds.at(0).points, ElementsAre(0, 4));
+    EXPECT_FALSE(ask(query).clouds[0].isWhole);
+    hide({1, 2, 3});
+    EXPECT_THAT(ask(query).clouds.at(0).points, ElementsAre(0, 4));
+    EXPECT_TRUE(ask(query).clouds[0].isWhole);
+    hide({0, 2, 4});
+    EXPECT_THAT(ask(query).clouds, IsEmpty());
+}
+
 TEST_F(RegionQueryTest, PointsAgreeWithALoopOverAllPoints)
 {
     std::mt19937 random(11);

@@ -8,6 +8,8 @@
 
 #include <Ogre.h>
 
+#include <numeric>
+
 namespace vrk::visual {
 namespace {
 
@@ -117,6 +119,40 @@ TEST_F(PointPicture, SelectedPointsStandOut)
         EXPECT_TRUE(matchesBaseline(picture, withNormals ? "cloud_phong_selected" : "cloud_selected"));
         scene.deleteVisual(cloud);
     }
+}
+
+TEST_F(PointPicture, MarkedPointsLookLikeSelectedOnes)
+{
+    for (const bool withNormals : {false, true}) {
+        PointCloudVisual* cloud = addCloud(scan, withNormals);
+        const std::vector<std::uint64_t> right = rightHalfOfBall(scan);
+        cloud->markPoints({right.begin(), right.end()});
+        const Picture marked = render(overBall);
+
+        EXPECT_TRUE(isYellow(pixelAt(marked, {60, -60, 152})));
+        EXPECT_TRUE(matchesBaseline(marked, withNormals ? "cloud_phong_selected" : "cloud_selected"));
+        cloud->markPoints({});
+        EXPECT_FALSE(isYellow(pixelAt(render(overBall), {60, -60, 152})));
+        scene.deleteVisual(cloud);
+    }
+}
+
+TEST_F(PointPicture, HiddenPointsAreGoneAndTheOthersStayAsTheyAre)
+{
+    PointCloudVisual* cloud = addCloud(scan, true);
+    const Picture before = render(overBall);
+    std::vector<std::uint32_t> ball(scan.points.size() / 2);
+    std::iota(ball.begin(), ball.end(), static_cast<std::uint32_t>(scan.points.size() / 2));
+
+    cloud->hidePoints(std::make_shared<const layout::PointSet>(ball));
+    const Picture floor = render(overBall);
+    cloud->hidePoints(std::make_shared<const layout::PointSet>(layout::PointSet::AllBut(ball, scan.points.size())));
+    const Picture onlyBall = render(overBall);
+
+    EXPECT_TRUE(isNear(meanAround(floor, {0, -180, 0}), meanAround(before, {0, -180, 0})));
+    EXPECT_FALSE(isNear(meanAround(floor, {0, -20, 197}), meanAround(before, {0, -20, 197})));
+    EXPECT_TRUE(isNear(pixelAt(onlyBall, {0, -190, 0}), background));
+    EXPECT_TRUE(isNear(meanAround(onlyBall, {0, -20, 197}), meanAround(before, {0, -20, 197})));
 }
 
 TEST_F(PointPicture, HiddenUnselectedPointsAreGone)

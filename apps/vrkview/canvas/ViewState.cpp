@@ -40,6 +40,17 @@ TopoDS_Edge edgeOfBody(unsigned body, unsigned edge)
                                                                : TopoDS_Edge();
 }
 
+/// Posts it. The scene's own selection of points would build the whole cloud anew.
+void markPoints(unsigned cloud, const std::vector<std::uint32_t>& numbers)
+{
+    Scene::Get()->addRenderTask(
+        [cloud, numbers] {
+            if (Scene::HasVisual(cloud))
+                dynamic_cast<vrk::visual::PointCloudVisual&>(*Scene::GetVisual(cloud)).markPoints(numbers);
+        },
+        0);
+}
+
 } // namespace
 
 ViewState::ViewState(const DrawMode& mode, std::vector<HiddenFace> hiddenFaces)
@@ -47,9 +58,7 @@ ViewState::ViewState(const DrawMode& mode, std::vector<HiddenFace> hiddenFaces)
       tree(StationTree::OfScene())
 {
     readHidden();
-    connect(history.get(), &History::changed, this, [this](Touches touches) {
-        follow(touches.testFlag(Touched::Things), touches.testFlag(Touched::Visibility));
-    });
+    connect(history.get(), &History::changed, this, &ViewState::follow);
 }
 
 ViewState::~ViewState() = default;
@@ -97,9 +106,7 @@ void ViewState::toggle(unsigned id)
 void ViewState::followScene()
 {
     const std::vector<unsigned>& inScene = Scene::Get()->getSelectedVisuals();
-    // Of clouds with selected points the scene lists the clouds.
-    const auto isForPoints = [this](unsigned id) { return selectedPoints.contains(id); };
-    if (inScene == toldScene || (!selectedPoints.empty() && std::ranges::all_of(inScene, isForPoints)))
+    if (inScene == toldScene)
         return;
     selected = toldScene = inScene;
     emit selectionChanged();
@@ -155,25 +162,28 @@ void ViewState::selectPoints(CloudPoints points)
                                 ? dynamic_cast<const vrk::visual::PointCloudVisual*>(Scene::GetVisual(id))
                                 : nullptr;
         const std::size_t count = cloud ? cloud->getPoints().size() : 0;
-        std::erase_if(numbers, [count](std::uint32_t number) { return number >= count; });
+        const auto gone = cloud ? cloud->getHiddenPoints() : nullptr;
+        std::erase_if(numbers,
+                      [&](std::uint32_t number) { return number >= count || (gone && gone->contains(number)); });
     }
     std::erase_if(points, [](const auto& cloud) { return cloud.second.empty(); });
     if (points == selectedPoints)
         return;
     if (!selected.empty() || !selectedFaces.empty() || !selectedEdges.empty())
         selectVisuals({});
-    selectedPoints = std::move(points);
-    std::unordered_map<unsigned, std::vector<std::uint64_t>> forScene;
+    const CloudPoints before = std::exchange(selectedPoints, std::move(points));
+    for (const auto& [id, numbers] : before)
+        if (!selectedPoints.contains(id))
+            markPoints(id, {});
     for (const auto& [id, numbers] : selectedPoints)
-        forScene.emplace(id, std::vector<std::uint64_t>(numbers.begin(), numbers.end()));
-    Scene::Get()->selectPointCloud(forScene);
+        markPoints(id, numbers);
     emit selectionChanged();
 }
 
 void ViewState::clearPoints()
 {
-    if (!std::exchange(selectedPoints, {}).empty())
-        Scene::Get()->selectPointCloud({});
+    for (const auto& [id, numbers] : std::exchange(selectedPoints, {}))
+        markPoints(id, {});
 }
 
 // Visibility
@@ -387,12 +397,27 @@ void ViewState::setDrawMode(const DrawMode& mode)
     emit drawModeChanged();
 }
 
-void ViewState::follow(bool areThings, bool isVisibility)
+void ViewState::follow(Touches touches)
 {
-    if (areThings)
+    if (touches.testFlag(Touched::Things)) {
+        if (touches.testFlag(Touched::Points) && !selectedPoints.empty()) { // the numbers may be those of other points
+            clearPoints();
+            emit selectionChanged();
+        }
         stationHasChanged(); // what is hidden is read anew, too
-    else if (isVisibility)
-        followVisibility();
+    } else {
+        if (touches.testFlag(Touched::Visibility))
+            followVisibility();
+        if (touches.testFlag(Touched::Points))
+            followPoints();
+    }
+}
+
+/// Points are hidden or shown: those that are hidden are no longer selected.
+void ViewState::followPoints()
+{
+    selectPoints(selectedPoints);
+    emit visibilityChanged();
 }
 
 std::unordered_set<unsigned> ViewState::allHidden() const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "docks/StationTree.h"
+#include "edit/Change.h"
 #include "files/Station.h"
 
 #include <QObject>
@@ -56,6 +57,8 @@ public:
 
     // Faces of solids, beside the selection of whole things; a new one of those ends that of faces
 
+    /// Body and number, from 1.
+    const std::vector<std::pair<unsigned, unsigned>>& getSelectedFaces() const { return selectedFaces; }
     /// @param face  from 1.
     bool isFaceSelected(unsigned body, unsigned face) const;
     /// Selects the face in the colour of this use or, if it is selected, in whichever use, takes it out. Nothing for what
@@ -74,7 +77,7 @@ public:
     /// By the cloud's id: numbers of points, ascending. No cloud is without any.
     using CloudPoints = std::map<unsigned, std::vector<std::uint32_t>>;
     const CloudPoints& getSelectedPoints() const { return selectedPoints; }
-    /// These and nothing else. What is no cloud, hidden clouds and numbers that a cloud has not are passed over.
+    /// These and nothing else. What is no cloud, hidden clouds, and numbers of hidden points and of none are passed over.
     void selectPoints(CloudPoints points);
 
     // Visibility of things of the station, with what is below them. What hangs on a hidden thing by an attachment is hidden
@@ -110,7 +113,8 @@ signals:
     void stationChanged();
 
 private:
-    void follow(bool areThings, bool isVisibility);
+    void follow(Touches touches);
+    void followPoints();
     void followVisibility();
     void readHidden();
     std::unordered_set<unsigned> allHidden() const;

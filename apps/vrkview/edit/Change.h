@@ -12,6 +12,7 @@ enum class Touched {
     Things = 1, ///< something came, went, hangs elsewhere or has another name
     Visibility = 2,
     Colors = 4,
+    Points = 8, ///< which points of clouds there are, or are hidden
 };
 Q_DECLARE_FLAGS(Touches, Touched)
 

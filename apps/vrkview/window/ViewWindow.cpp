@@ -15,6 +15,7 @@
 #include "docks/TreeDock.h"
 #include "docks/TreeView.h"
 #include "edit/BandActions.h"
+#include "edit/CloudActions.h"
 #include "edit/EditActions.h"
 #include "edit/History.h"
 #include "files/PictureFile.h"
@@ -23,6 +24,7 @@
 #include "window/KeysHelp.h"
 #include "window/MessageBar.h"
 #include "window/ProgressStrip.h"
+#include "window/SelectionLine.h"
 #include "window/ViewActions.h"
 
 #include "platform/broker/SignalBroker.h"
@@ -97,8 +99,8 @@ ViewWindow::ViewWindow(const Station& station, const DrawMode& mode)
       tree(new TreeDock(state, this)), joints(new JointDock(state, this)), program(new ProgramDock(state, this)),
       properties(new PropertyDock(state, this)), actions(new ViewActions(*this, state, flight, settings, *region)),
       edits(new EditActions(*this, state)), bands(new BandActions(*this, state)),
-      mouse(new Mouse(*view, state, settings, flight, *region, this)), contents(new QLabel), underMouse(new QLabel),
-      frameTime(new QLabel)
+      clouds(new CloudActions(*this, state)), mouse(new Mouse(*view, state, settings, flight, *region, this)),
+      contents(new QLabel), underMouse(new QLabel), selection(new SelectionLine(state)), frameTime(new QLabel)
 {
     setAcceptDrops(true);
     setDockOptions(AnimatedDocks | AllowTabbedDocks | AllowNestedDocks);
@@ -151,9 +153,11 @@ void ViewWindow::buildStatusLine()
     line.setSizeGripEnabled(false);
     line.addWidget(contents);
     line.addWidget(underMouse, 1);
+    line.addPermanentWidget(selection);
     line.addPermanentWidget(new ProgressStrip(files.getOpening()));
     line.addPermanentWidget(frameTime);
     contents->setContentsMargins(6, 0, 0, 0);
+    selection->setContentsMargins(0, 0, 12, 0);
     underMouse->setContentsMargins(24, 0, 0, 0);
     underMouse->setTextFormat(Qt::PlainText);                                // names come from files
     underMouse->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // a long one must not widen the window
@@ -228,6 +232,8 @@ void ViewWindow::buildMenus()
     edits->fillEditMenu(editMenu);
     editMenu.addSeparator();
     bands->fillMenu(editMenu);
+    editMenu.addSeparator();
+    clouds->fillMenu(editMenu);
     QMenu& viewMenu = *menuBar()->addMenu(tr("&View"));
     actions->fillViewMenu(viewMenu);
     viewMenu.addSeparator();
@@ -242,6 +248,7 @@ void ViewWindow::buildMenus()
     actions->fillTreeMenu(tree->getTreeView());
     edits->fillTreeMenu(tree->getTreeView());
     bands->fillTreeMenu(tree->getTreeView());
+    clouds->fillTreeMenu(tree->getTreeView());
 }
 
 void ViewWindow::connectView()
@@ -294,6 +301,9 @@ void ViewWindow::connectEdits()
 {
     connect(edits, &EditActions::failed, messages, &MessageBar::tell);
     connect(bands, &BandActions::failed, messages, &MessageBar::tell);
+    connect(clouds, &CloudActions::failed, messages, &MessageBar::tell);
+    connect(clouds, &CloudActions::saved, this,
+            [this](const QString& path) { statusBar()->showMessage(tr("Saved %1").arg(path), noteTime); });
     connect(edits, &EditActions::renameRequested, tree, &TreeDock::editName);
     connect(&state.getHistory(), &History::savedChanged, this, [this](bool isSaved) { setWindowModified(!isSaved); });
     files.askBeforeLoss([this] { return mayLoseChanges(); });

@@ -15,6 +15,7 @@
 namespace vrkview {
 
 class BandActions;
+class CloudActions;
 class EditActions;
 class JointDock;
 class MessageBar;
@@ -52,6 +53,8 @@ public:
     PropertyDock& getPropertyDock() const { return *properties; }
     EditActions& getEdits() const { return *edits; }
     BandActions& getBands() const { return *bands; }
+    CloudActions& getClouds() const { return *clouds; }
+    QString getSelectionText() const { return selection->text(); }
     MessageBar& getMessageBar() const { return *messages; }
 
 protected:
@@ -107,10 +110,12 @@ private:
     ViewActions* actions;
     EditActions* edits;
     BandActions* bands;
+    CloudActions* clouds;
     Mouse* mouse;
     QMenu* recent = nullptr;
     QLabel* contents;
     QLabel* underMouse;
+    QLabel* selection;
     QLabel* frameTime;
     boost::signals2::scoped_connection frameTicked;
 };

@@ -1,5 +1,7 @@
 #include "platform/layout/PointCloud.h"
 
+#include <utility>
+
 namespace vrk::layout {
 
 PointCloud::PointCloud(unsigned id, std::string name, Points points, Normals normals)
@@ -9,6 +11,22 @@ PointCloud::PointCloud(unsigned id, std::string name, Points points, Normals nor
 }
 
 PointCloud::~PointCloud() = default;
+
+void PointCloud::setHiddenPoints(PointSet set)
+{
+    hidden = set.empty() ? nullptr : std::make_shared<const PointSet>(std::move(set));
+}
+
+void PointCloud::exchange(Content& content)
+{
+    std::swap(points, content.points);
+    std::swap(normals, content.normals);
+    std::swap(hidden, content.hidden);
+    std::string uri = getGeometryUri(), fileType = getFileType();
+    setGeometry(content.uri, content.fileType);
+    content.uri = std::move(uri);
+    content.fileType = std::move(fileType);
+}
 
 std::string PointCloud::getGeometryUri() const
 {

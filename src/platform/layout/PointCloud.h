@@ -1,7 +1,9 @@
 #pragma once
 
+#include "platform/layout/PointSet.h"
 #include "platform/sdf/SdfObject.h"
 
+#include <memory>
 #include <vector>
 
 namespace vrk::layout {
@@ -9,7 +11,8 @@ namespace vrk::layout {
 /// A scanned cloud of points, with or without normals. Its element holds "pose" and, where it came from a file,
 /// "geometry/uri" and "geometry/file_type" ("ply", "pcd" or "xyz").
 ///
-/// The two vectors stay where they are as long as the cloud lives: visuals point to them.
+/// The two vectors stay where they are as long as the cloud lives: visuals point to them. Points that are hidden stay
+/// where they are in them.
 ///
 /// Units: model units, relative to the pose.
 class VRK_EXPORT PointCloud : public sdf::SdfNode {
@@ -24,13 +27,31 @@ public:
     const Points& getPoints() const { return points; }
     const Normals& getNormals() const { return normals; }
 
+    /// Of the points those that are not shown; null where all are.
+    const std::shared_ptr<const PointSet>& getHiddenPoints() const { return hidden; }
+    /// Numbers that the cloud has not say nothing. What shows the cloud must be told, see `PointCloudVisual::hidePoints`.
+    void setHiddenPoints(PointSet points);
+
     std::string getGeometryUri() const;
     std::string getFileType() const;
     void setGeometry(const std::string& uri, const std::string& fileType);
 
+    /// What is in a cloud, beside its name and its place.
+    struct Content {
+        Points points;
+        Normals normals;
+        std::shared_ptr<const PointSet> hidden;
+        std::string uri; ///< empty where no file holds these points
+        std::string fileType;
+    };
+    /// Takes this content and gives the one it had. Under the model's unique lock, on the render thread, and nobody may
+    /// read the points meanwhile; what shows the cloud must be told at once, see `PointCloudVisual::takeOtherPoints`.
+    void exchange(Content& content);
+
 private:
     Points points;
     Normals normals;
+    std::shared_ptr<const PointSet> hidden;
 };
 
 } // namespace vrk::layout

@@ -2,6 +2,7 @@
 
 #include "selection/CurveObject.h"
 #include "selection/MeshObject.h"
+#include "selection/PointCloudObject.h"
 #include "selection/SensitiveEdge.h"
 #include "selection/SensitiveFace.h"
 #include "selection/SensitiveLine.h"
@@ -274,8 +275,11 @@ std::vector<PickSearch::CloudPoint> PickSearch::pointsInBeam(const SelectableObj
     const ObjectPlace place = placeOf(object);
     const PickMatrix toClip = product(lens.getWorldToClip(), place.getToWorld());
     const auto& points = static_cast<const visual::PointCloudVisual&>(*object.visual).getPoints();
+    const layout::PointSet* hidden = static_cast<const PointCloudObject&>(object).hidden.get();
     walkBeam(object.getRoot(), place.toLocal(ray), beam, 1, [&](const BVHPrimitive* primitive) {
         for (const unsigned index : static_cast<const SensitivePoints&>(*primitive).getIndices()) {
+            if (hidden && hidden->contains(index))
+                continue;
             const rob::Posd local(points[index]);
             const auto nearest = nearestOf(applied(toClip, local), local);
             if (!nearest)

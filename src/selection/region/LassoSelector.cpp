@@ -177,6 +177,8 @@ void LassoSelector::selectPointCloud(PointCloudObject* cloud, PointsOfClouds& re
     all.reserve(count);
     for (const auto& group : inside)
         all.insert(all.end(), group.begin(), group.end());
+    if (cloud->hidden)
+        std::erase_if(all, [cloud](std::uint64_t number) { return cloud->hidden->contains(number); });
 }
 
 } // namespace vrk::selection

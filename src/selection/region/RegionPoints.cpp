@@ -34,8 +34,9 @@ std::uint64_t RegionPoints::StepsOf(const CloudPoints& cloud)
     return cloud.getNumbers().size() / pointsOfStep + 1;
 }
 
-RegionPoints::RegionPoints(const CloudPoints& cloud, const RegionTest& test, const SeenMap* seen, RegionWork& work)
-    : cloud(cloud), test(test), seen(seen)
+RegionPoints::RegionPoints(const CloudPoints& cloud, const layout::PointSet* hidden, const RegionTest& test,
+                           const SeenMap* seen, RegionWork& work)
+    : cloud(cloud), hidden(hidden), test(test), seen(seen)
 {
     const std::vector<Stretch> stretches = stretchesInside();
     std::size_t points = 0;
@@ -74,9 +75,23 @@ RegionPoints::RegionPoints(const CloudPoints& cloud, const RegionTest& test, con
         for (std::size_t k = 1; k < free.size(); ++k)
             for (std::size_t i = begin; i < end; ++i)
                 all[i] |= free[k][i];
+        if (hidden)
+            for (std::size_t i = begin; i < end; ++i)
+                all[i] &= ~hidden->word(i);
     });
     listMarked(all);
-    whole = !numbers.empty() && numbers.size() == cloud.getNumbers().size();
+    whole = !numbers.empty() && areAllThatAreDrawn();
+}
+
+bool RegionPoints::areAllThatAreDrawn() const
+{
+    const std::span<const unsigned> ofCloud = cloud.getNumbers();
+    if (!hidden)
+        return numbers.size() == ofCloud.size();
+    // The set may name points that are not finite, which are no points of this cloud.
+    return numbers.size() + hidden->size() >= ofCloud.size() &&
+           numbers.size() == static_cast<std::size_t>(std::ranges::count_if(
+                                 ofCloud, [this](unsigned number) { return !hidden->contains(number); }));
 }
 
 /// What is not outside, in the order of the points: large stretches that lie wholly inside are cut into pieces of equal work.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/layout/PointSet.h"
 #include "selection/region/ObjectInView.h"
 
 #include <cstdint>
@@ -16,8 +17,10 @@ class SeenMap;
 /// lie wholly inside or outside are not looked into. The work is shared out to all cores.
 class RegionPoints {
 public:
-    /// @param seen  what hides points; null where hidden ones count too.
-    RegionPoints(const CloudPoints& cloud, const RegionTest& test, const SeenMap* seen, RegionWork& work);
+    /// @param hidden  points that are not drawn; null for none.
+    /// @param seen    what stands before points; null where those behind it count too.
+    RegionPoints(const CloudPoints& cloud, const layout::PointSet* hidden, const RegionTest& test, const SeenMap* seen,
+                 RegionWork& work);
 
     bool isWhole() const { return whole; }
     std::vector<std::uint32_t> takeNumbers() { return std::move(numbers); }
@@ -37,7 +40,10 @@ private:
     bool isHidden(std::uint32_t at) const;
     void listMarked(const Bits& bits);
 
+    bool areAllThatAreDrawn() const;
+
     const CloudPoints& cloud;
+    const layout::PointSet* hidden;
     const RegionTest& test;
     const SeenMap* seen;
     bool whole = false;

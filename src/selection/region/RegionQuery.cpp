@@ -177,7 +177,8 @@ RegionAnswer VisualSelection::askRegion(const RegionQuery& query, const RegionVi
             const RegionTest test(
                 query, region,
                 ObjectInView(view, rob::Posed(cloud->worldPose), rob::Vec3Template<double>(cloud->worldScale)));
-            RegionPoints points(pointsOf(cloud), test, sight, work);
+            const layout::PointSet* hidden = static_cast<const PointCloudObject*>(cloud)->hidden.get();
+            RegionPoints points(pointsOf(cloud), hidden, test, sight, work);
             work.advance(0);
             if (auto numbers = points.takeNumbers(); !numbers.empty())
                 answer.clouds.push_back({cloud->visual, cloud->visual->getId(), points.isWhole(), std::move(numbers)});

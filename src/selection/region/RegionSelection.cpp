@@ -38,6 +38,8 @@ std::vector<std::uint64_t> pointsInside(const visual::PointCloudVisual& cloud, c
                                 [](std::size_t sum, const auto& range) { return sum + range.size(); }));
     for (const auto& range : inside)
         all.insert(all.end(), range.begin(), range.end());
+    if (const auto& hidden = cloud.getHiddenPoints())
+        std::erase_if(all, [&hidden](std::uint64_t number) { return hidden->contains(number); });
     return all;
 }
 
@@ -88,11 +90,14 @@ PointsOfClouds VisualSelection::lassoSelectPointCloud(const std::vector<rob::Pos
         auto* cloud = static_cast<PointCloudObject*>(primitive);
         if (!cloud->enabled)
             continue;
-        if (coverage != 0) {
+        if (coverage != 0 || cloud->hidden) {
             lasso.selectPointCloud(cloud, selected);
+            // Without a number the entry would stand for all points, those that are hidden among them.
+            if (const unsigned id = cloud->visual->getId(); cloud->hidden && selected[id].empty())
+                selected.erase(id);
             continue;
         }
-        // A cloud that is wholly inside has an entry without a number, which stands for all of its points: callers rely
+        // A cloud that is wholly inside, and hides none of its points, has an entry without a number, which stands for all of its points: callers rely
         // on it, since a list of all of them would cost more than the question.
         std::vector<std::uint64_t>& points = selected[cloud->visual->getId()];
         points.reserve(static_cast<const visual::PointCloudVisual*>(cloud->visual)->getPoints().size());

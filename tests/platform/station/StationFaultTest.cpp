@@ -118,8 +118,8 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Fault{"OtherFormat", "/format", "\"other\"", "/format: expected \"vrk-station\""},
         Fault{"NoFormat", "/format", nullptr, "/: expected the key 'format'"},
-        Fault{"LaterVersion", "/version", "3", "/version: expected 1 or 2"},
-        Fault{"VersionAsText", "/version", "\"1\"", "/version: expected 1 or 2"},
+        Fault{"LaterVersion", "/version", "4", "/version: expected 1, 2 or 3"},
+        Fault{"VersionAsText", "/version", "\"1\"", "/version: expected 1, 2 or 3"},
         Fault{"UnknownKey", "/robots", "[]", "/robots: expected no such key"},
         Fault{"UnknownKeyInside", "/parts/0/nmae", "\"p\"", "/parts/0/nmae: expected no such key"},
         Fault{"ListThatIsNone", "/parts", "{}", "/parts: expected an array"},

@@ -279,6 +279,65 @@ TEST_F(StationGeometry, PointCloudIsReadFromItsFile)
     EXPECT_EQ(save("again.station.json"), text);
 }
 
+TEST_F(StationGeometry, HiddenPointsAreSavedWithTheCloud)
+{
+    const auto cloud = ImportPointCloud(folder.write("scan.xyz", "1 2 3\n4 5 6\n7 8 9\n1 1 1\n2 2 2\n"));
+    Layout::inst().addPointCloud(cloud);
+    EXPECT_THAT(save(), HasSubstr("\"version\": 1,")) << "older readers open what has none";
+    cloud->setHiddenPoints(layout::PointSet(std::vector<std::uint32_t>{4, 0, 1, 2}));
+    const std::string text = save();
+    EXPECT_THAT(text, HasSubstr("\"version\": 3,"));
+    EXPECT_THAT(text, HasSubstr("\"hidden_points\": \"0-2,4\""));
+
+    LoadStationFile(folder / "cell.station.json");
+
+    const auto& hidden = Layout::inst().pointclouds.at(0)->getHiddenPoints();
+    ASSERT_NE(hidden, nullptr);
+    EXPECT_EQ(hidden->numbers(), (std::vector<std::uint32_t>{0, 1, 2, 4}));
+    EXPECT_EQ(save("again.station.json"), text);
+}
+
+TEST_F(StationGeometry, HiddenPointsThatAreNoneAreRefused)
+{
+    const auto cloud = ImportPointCloud(folder.write("scan.xyz", "1 2 3\n4 5 6\n7 8 9\n"));
+    Layout::inst().addPointCloud(cloud);
+    cloud->setHiddenPoints(layout::PointSet(std::vector<std::uint32_t>{0, 2}));
+    const std::string text = save();
+    const auto expectRefused = [&](const std::string& points, const std::string& cause) {
+        SCOPED_TRACE(points);
+        folder.write("cell.station.json", std::regex_replace(text, std::regex("\"0,2\""), '"' + points + '"'));
+        EXPECT_THAT([&] { LoadStationFile(folder / "cell.station.json"); },
+                    ThrowsMessage<StationFileError>((folder / "cell.station.json").string() +
+                                                    ": /pointclouds/0/hidden_points: expected " + cause));
+    };
+    for (const char* wrong : {"", ",", "1,", "2,1", "1,1", "0,1", "0-1,2", "1-1", "2-1", "-1", "1-", "a", "01", "1 ",
+                              "0-4294967296", "0,99999999999999"})
+        expectRefused(wrong, "numbers of points as \"0-99,105\", ascending");
+    expectRefused("0,3", "numbers below 3, as the cloud has so many points");
+    expectRefused("0-4294967295", "numbers below 3, as the cloud has so many points");
+    folder.write("cell.station.json", std::regex_replace(text, std::regex("\"version\": 3"), "\"version\": 2"));
+    EXPECT_THROW(LoadStationFile(folder / "cell.station.json"), StationFileError) << "an unknown key there";
+}
+
+TEST_F(StationGeometry, CloudThatNoFileHoldsIsWrittenBesideTheStation)
+{
+    const auto cloud = std::make_shared<layout::PointCloud>(sdf::SdfManager::inst().generateId(), "my scan",
+                                                            layout::PointCloud::Points{{1, 2, 3}, {0.1f, 0.2f, 0.3f}},
+                                                            layout::PointCloud::Normals{{0, 0, 1}, {0, 1, 0}});
+    cloud->setHiddenPoints(layout::PointSet(std::vector<std::uint32_t>{1}));
+    Layout::inst().addPointCloud(cloud);
+    const std::string text = save();
+    EXPECT_THAT(text, HasSubstr("\"uri\": \"cell.files/my_scan-"));
+
+    LoadStationFile(folder / "cell.station.json");
+
+    const layout::PointCloud& loaded = *Layout::inst().pointclouds.at(0);
+    EXPECT_EQ(loaded.getPoints(), cloud->getPoints());
+    EXPECT_EQ(loaded.getNormals(), cloud->getNormals());
+    EXPECT_EQ(*loaded.getHiddenPoints(), *cloud->getHiddenPoints());
+    EXPECT_EQ(save("cell.station.json"), text);
+}
+
 TEST_F(StationGeometry, MissingPointCloudIsRefused)
 {
     const std::filesystem::path file = folder.write("scan.xyz", "1 2 3\n");

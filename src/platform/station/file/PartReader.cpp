@@ -5,6 +5,8 @@
 #include "platform/layout/Part.h"
 #include "platform/layout/PointCloud.h"
 
+#include "platform/station/file/PointRanges.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -98,12 +100,32 @@ std::shared_ptr<layout::Assembly> PartReader::readAssembly(const JsonPlace& at, 
 
 std::shared_ptr<layout::PointCloud> PartReader::readCloud(const JsonPlace& at)
 {
-    at.expectObject({"id", "name", "parent", "pose", "geometry"});
+    if (withHiddenPoints)
+        at.expectObject({"id", "name", "parent", "pose", "geometry", "hidden_points"});
+    else
+        at.expectObject({"id", "name", "parent", "pose", "geometry"});
     const unsigned id = ids.read(at, sdf::ModelType::PointCloud, true);
     auto cloud = geometry.makeCloud(id, nameAt(at), at.at("geometry"));
     cloud->setParentId(ids.readOwner(at, "parent", id));
     cloud->setPose(at.at("pose").asPose());
+    if (at.has("hidden_points"))
+        readHiddenPoints(at.at("hidden_points"), *cloud);
     return cloud;
+}
+
+void PartReader::readHiddenPoints(const JsonPlace& at, layout::PointCloud& cloud) const
+{
+    const auto ranges = parseRanges(at.asText());
+    if (!ranges)
+        at.fail("numbers of points as \"0-99,105\", ascending");
+    if (!geometry.isLoading())
+        return; // there are no points to compare with
+    if (ranges->back().second >= cloud.getPoints().size())
+        at.fail(fmt::format("numbers below {}, as the cloud has so many points", cloud.getPoints().size()));
+    layout::PointSet hidden;
+    for (const auto& [first, last] : *ranges)
+        hidden.addRange(first, last);
+    cloud.setHiddenPoints(std::move(hidden));
 }
 
 const layout::Body* PartReader::findBody(unsigned id) const

@@ -8,6 +8,7 @@ class Assembly;
 class Body;
 class Part;
 class PartContainer;
+class PointCloud;
 } // namespace vrk::layout
 
 namespace vrk::station {
@@ -25,12 +26,15 @@ public:
     /// Reads the "members" of an assembly or a link into it. @param depth  of assemblies around them
     void readMembers(const JsonPlace& at, layout::PartContainer& container, int depth);
 
+    bool withHiddenPoints = false; ///< whether clouds may have them
+
     /// A body that was read; null for any other id.
     const layout::Body* findBody(unsigned id) const;
     /// Whether the shapes of bodies are there, as they are unless geometry is skipped.
     bool hasShapes() const { return geometry.isLoading(); }
 
 private:
+    void readHiddenPoints(const JsonPlace& at, layout::PointCloud& cloud) const;
     void readBody(const JsonPlace& at, layout::Part& part);
 
     StationIds& ids;

@@ -5,6 +5,7 @@
 #include "platform/layout/Part.h"
 #include "platform/layout/PointCloud.h"
 #include "platform/station/file/ObjectJson.h"
+#include "platform/station/file/PointRanges.h"
 
 #include <fmt/format.h>
 
@@ -77,6 +78,8 @@ Json PartWriter::jsonOf(const layout::PointCloud& cloud)
 {
     Json json = placed(cloud);
     json["geometry"] = geometry.jsonOf(cloud, path);
+    if (const auto& hidden = cloud.getHiddenPoints())
+        json["hidden_points"] = rangesText(*hidden);
     return json;
 }
 

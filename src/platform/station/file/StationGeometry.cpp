@@ -7,6 +7,7 @@
 #include "platform/station/ImportCloud.h"
 #include "platform/station/StationFile.h"
 #include "platform/station/Uri.h"
+#include "platform/station/clouds/CloudWriters.h"
 
 #include <BRepTools.hxx>
 
@@ -37,6 +38,14 @@ bool isFile(const std::filesystem::path& file)
 {
     std::error_code error;
     return std::filesystem::is_regular_file(file, error);
+}
+
+/// What a file may be called in any folder.
+std::string plainName(std::string name)
+{
+    std::ranges::replace_if(
+        name, [](unsigned char c) { return !std::isalnum(c) && c != '-' && c != '_'; }, '_');
+    return name;
 }
 
 std::string nameBase(const std::filesystem::path& stationFile)
@@ -151,6 +160,8 @@ Json GeometryWriter::jsonOf(const layout::Body& body, const std::string& path)
 
 Json GeometryWriter::jsonOf(const layout::PointCloud& cloud, const std::string& path)
 {
+    if (cloud.getGeometryUri().empty() && !cloud.getPoints().empty())
+        return {{"uri", exported(cloud, path)}, {"file_type", "ply"}};
     return {{"uri", reference(cloud.getGeometryUri(), nullptr, path + "/geometry/uri")},
             {"file_type", cloud.getFileType()}};
 }
@@ -199,13 +210,29 @@ std::string GeometryWriter::exported(const std::string& uri, const TopoDS_Shape&
         return known;
     std::ostringstream stream;
     BRepTools::Write(shape, stream);
-    std::string stem = uri.substr(uri.rfind('#') + 1);
-    std::ranges::replace_if(
-        stem, [](unsigned char c) { return !std::isalnum(c) && c != '-' && c != '_'; }, '_');
+    const std::string stem = plainName(uri.substr(uri.rfind('#') + 1));
     // Named by what it holds: a station that refers to an older state of the shape keeps that.
     const std::string name = fmt::format("{}-{}.brep", stem.empty() ? "shape" : stem, hashOf(stream.str()));
     texts.emplace(name, stream.str());
     return known = filesName + '/' + name;
+}
+
+/// Named by what it holds, too.
+std::string GeometryWriter::exported(const layout::PointCloud& cloud, const std::string& path)
+{
+    // Readers drop a point that is not finite, and the numbers behind it would be those of others.
+    if (!std::ranges::all_of(cloud.getPoints(), &rob::PosTemplate<float>::isFinite))
+        throw StationFileError(stationFile, path, "expected points that are finite, as no file holds them yet");
+    ExportedPoints points;
+    points.points.reserve(cloud.getPoints().size());
+    for (const rob::PosTemplate<float>& point : cloud.getPoints())
+        points.points.emplace_back(point);
+    if (cloud.getNormals().size() == cloud.getPoints().size())
+        points.normals = cloud.getNormals();
+    std::string bytes = plyOf(points);
+    const std::string name = fmt::format("{}-{}.ply", plainName(cloud.getName()), hashOf(bytes));
+    texts.emplace(name, std::move(bytes));
+    return filesName + '/' + name;
 }
 
 void GeometryWriter::write() const

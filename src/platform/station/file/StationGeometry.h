@@ -62,6 +62,8 @@ private:
     /// The name of the copy of a file, or of a text, beside the station.
     std::string copied(const std::filesystem::path& source);
     std::string exported(const std::string& uri, const TopoDS_Shape& shape);
+    /// Of a cloud that no file holds.
+    std::string exported(const layout::PointCloud& cloud, const std::string& path);
 
     std::filesystem::path stationFile;
     std::filesystem::path folder;

@@ -17,6 +17,7 @@ using Json = nlohmann::ordered_json;
 /// The formats that are read. A station is written in the first one that can hold it, so that older readers open it.
 inline constexpr int firstVersion = 1;
 inline constexpr int programVersion = 2; ///< with paths, robot targets and manufacturing shapes
+inline constexpr int cloudVersion = 3;   ///< with hidden points of clouds
 inline constexpr std::string_view stationFormat = "vrk-station";
 
 /// The value of a text, in which no key stands twice.

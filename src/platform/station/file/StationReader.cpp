@@ -62,9 +62,10 @@ private:
         if (format.asText() != stationFormat)
             format.fail(fmt::format("\"{}\"", stationFormat));
         const JsonPlace version = root.at("version");
-        if (version.get() != firstVersion && version.get() != programVersion)
-            version.fail(fmt::format("{} or {}", firstVersion, programVersion));
-        tasks.withPrograms = version.get() == programVersion;
+        if (version.get() != firstVersion && version.get() != programVersion && version.get() != cloudVersion)
+            version.fail(fmt::format("{}, {} or {}", firstVersion, programVersion, cloudVersion));
+        tasks.withPrograms = version.get() != firstVersion;
+        parts.withHiddenPoints = version.get() == cloudVersion;
     }
 
     template <typename List, typename Read>

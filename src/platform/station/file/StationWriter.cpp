@@ -31,7 +31,12 @@ public:
     {
         const bool hasPrograms =
             std::ranges::any_of(content.tasks, [](const auto& task) { return needsPrograms(*task); });
-        Json json{{"format", stationFormat}, {"version", hasPrograms ? programVersion : firstVersion}};
+        const bool hasHiddenPoints = std::ranges::any_of(
+            content.pointclouds, [](const auto& cloud) { return cloud->getHiddenPoints() != nullptr; });
+        Json json{{"format", stationFormat},
+                  {"version", hasHiddenPoints ? cloudVersion
+                              : hasPrograms   ? programVersion
+                                              : firstVersion}};
         if (content.lastViewPointPose != rob::Posed())
             json["view"] = station::jsonOf(content.lastViewPointPose);
         addList(json, "manipulators", content.manipulators,
