@@ -14,6 +14,9 @@
 
 #include <gmock/gmock.h>
 
+#include <QAction>
+#include <QLocale>
+
 #include <numeric>
 
 namespace vrkview::test {
@@ -54,7 +57,7 @@ protected:
     static std::string line() { return window().getSelectionText().toStdString(); }
     static QAction& action(const QString& text)
     {
-        for (QAction* each : window().actions())
+        for (QAction* each : window().QWidget::actions())
             if (each->text().remove('&') == text)
                 return *each;
         throw std::logic_error("no action " + text.toStdString());

@@ -196,18 +196,21 @@ TEST_P(ProgramSwitches, ChangesThePictureIsKeptAndBringsBackTheSameAsBefore)
     const int targets = count(VisualType::Robtarget);
 
     const QImage other = after(key);
-    EXPECT_GT(differingShare(other, before), touchingShare);
+    const double changed = differingShare(other, before);
+    EXPECT_GT(changed, touchingShare);
+    // What came back may lie the other way round where it touches: the axes of targets in one place.
+    const double mayDiffer = std::max(touchingShare, changed / 20);
     EXPECT_EQ(isDrawn(part), !atFirst);
     EXPECT_EQ(window().getSettings().isDrawn(part), !atFirst);
     shoot(name);
 
     // Arrows, too, go again where lines go, and not from one frame to another.
-    EXPECT_LT(differingShare(after(key), before), touchingShare);
+    EXPECT_LT(differingShare(after(key), before), mayDiffer);
     EXPECT_EQ(isDrawn(part), atFirst);
     draw(part, atFirst); // as it is: nothing is there twice
     settle();
     EXPECT_EQ(count(VisualType::Robtarget), targets);
-    EXPECT_LT(differingShare(seen(), before), touchingShare);
+    EXPECT_LT(differingShare(seen(), before), mayDiffer);
 }
 
 TEST_P(ProgramSwitches, WhatIsSelectedStillLooksSo)
