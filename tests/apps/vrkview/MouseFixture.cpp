@@ -36,6 +36,15 @@ void expect(InputEvent::Kind kind, const std::function<void()>& act)
     EXPECT_TRUE(waitFor([&] { return count(kind) > before; }));
 }
 
+/// The second of two presses that follow each other quickly comes as a double click.
+void expectPress(const std::function<void()>& act)
+{
+    const auto presses = [] { return count(InputEvent::Kind::Press) + count(InputEvent::Kind::DoubleClick); };
+    const int before = presses();
+    act();
+    EXPECT_TRUE(waitFor([&] { return presses() > before; }));
+}
+
 void watch(const Mouse& mouse)
 {
     static bool isWatching = false;
@@ -133,7 +142,7 @@ void MouseFixture::moveTo(const QPoint& place)
 void MouseFixture::clickAt(const QPoint& place, unsigned button)
 {
     moveTo(place);
-    expect(InputEvent::Kind::Press, [button] { pressButton(button); });
+    expectPress([button] { pressButton(button); });
     expect(InputEvent::Kind::Release, [button] { releaseButton(button); });
     waitFor([] { return !view().isFrameRequested(); });
 }
@@ -141,7 +150,7 @@ void MouseFixture::clickAt(const QPoint& place, unsigned button)
 void MouseFixture::drag(unsigned button, const QPoint& from, const QPoint& to)
 {
     moveTo(from);
-    expect(InputEvent::Kind::Press, [button] { pressButton(button); });
+    expectPress([button] { pressButton(button); });
     for (int i = 1; i <= dragSteps; ++i)
         moveTo(from + (to - from) * i / dragSteps);
     expect(InputEvent::Kind::Release, [button] { releaseButton(button); });
