@@ -38,7 +38,7 @@ void Hover::show(const Result& result, Of what)
     const unsigned face = what == Of::Face ? faceOf(result) : 0;
     if (face != 0)
         words += showFace(result, face);
-    else if (what == Of::Thing && Scene::HasVisual(thing))
+    else if (what == Of::Thing && Scene::HasVisual(thing) && hasHighlight(*Scene::GetVisual(thing)))
         scene.setVisualHighlighted(thing);
     else
         scene.clearHighlightedVisual();

@@ -77,6 +77,11 @@ unsigned thingOf(const StationTree& tree, const Result& result)
     return row == StationTree::none ? 0 : at(tree, wholeOf(tree, row)).id;
 }
 
+bool hasHighlight(const Visual& thing)
+{
+    return thing.getType() != VisualType::PointCloud;
+}
+
 unsigned faceOf(const Result& result)
 {
     const auto* solid = dynamic_cast<const vrk::visual::SolidVisual*>(result.visual);

@@ -357,7 +357,7 @@ void RegionTool::mark(const std::vector<unsigned>& things)
 {
     std::erase_if(marks, [&things](const auto& each) { return std::ranges::find(things, each.first) == things.end(); });
     for (const unsigned id : things)
-        if (!marks.contains(id) && Scene::HasVisual(id))
+        if (!marks.contains(id) && Scene::HasVisual(id) && hasHighlight(*Scene::GetVisual(id)))
             marks.emplace(id, std::make_unique<vrk::visual::HighlightedVisual>(Scene::GetVisual(id)));
 }
 

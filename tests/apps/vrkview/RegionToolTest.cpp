@@ -269,6 +269,25 @@ TEST_F(RegionToolTest, CloudThatLiesWhollyInsideIsSelectedWhole)
     EXPECT_THAT(state().getSelectedPoints(), IsEmpty());
 }
 
+TEST_F(RegionToolTest, CloudIsNeverHighlighted)
+{
+    ASSERT_NE(scan(), 0u); // it has no look for that, and would be drawn anew
+    moveTo(placeOf("Scan of the bracket"));
+    settle();
+    EXPECT_FALSE(isHighlighted(scan()));
+    EXPECT_FALSE(mouse().getHover().getText().isEmpty());
+
+    const HeldKey shift("Shift_L");
+    moveTo(topLeft());
+    pressButton(1);
+    moveTo(bottomRight() / 2);
+    moveTo(bottomRight());
+    settle();
+    EXPECT_TRUE(isHighlighted(thing("Gear unit")));
+    EXPECT_FALSE(isHighlighted(scan()));
+    releaseButton(1);
+}
+
 TEST_F(RegionToolTest, PartOfACloudIsASelectionOfPoints)
 {
     ASSERT_NE(scan(), 0u);
