@@ -49,7 +49,8 @@ INSTANTIATE_TEST_SUITE_P(Table, PlayedSession,
                          Values(SessionCase{"orbit-and-pick", "session_orbit_and_pick"},
                                 SessionCase{"select-faces-and-hide", "session_select_faces_and_hide"},
                                 SessionCase{"load-attach-joints", "session_load_attach_joints"},
-                                SessionCase{"band-and-path", "session_band_and_path"}),
+                                SessionCase{"band-and-path", "session_band_and_path"},
+                                SessionCase{"rectangle-and-lasso", "session_rectangle_and_lasso"}),
                          [](const auto& info) { return std::string(info.param.baseline); });
 
 /// The lines of a shipped recording, to be spoilt.

@@ -94,11 +94,13 @@ TEST_F(RecordSessions, SelectFacesAndHide)
 
 TEST_F(RecordSessions, RectangleAndLasso)
 {
+    state().setVisible({thing("Bracket as drawn")}, false); // as the demo begins; the tests show all
+    settle();
     record("rectangle-and-lasso");
     const QPoint pedestal = placeOf("Pedestal");
     {
         const HeldKey shift("Shift_L");
-        drag(1, {4, 4}, {view().width() / 2, view().height() - 4});
+        drag(1, {4, 4}, {view().width() * 2 / 5, view().height() - 4});
         drag(1, pedestal + QPoint(8, 8), pedestal - QPoint(8, 8));
         const HeldKey control("Control_L");
         const QPoint gears = placeOf("Gear unit");
