@@ -1,11 +1,11 @@
 #include "platform/common/Logger.h"
 #include "station/support/TestStation.h"
+#include "support/ProcessorTime.h"
 #include "visual/Visual.h"
 
 #include <Ogre.h>
 
 #include <algorithm>
-#include <ctime>
 #include <random>
 #include <set>
 
@@ -227,16 +227,11 @@ TEST_F(Attachments, RemovalOneByOneTakesAboutAsLongAsThatOfAllChildren)
             children.push_back(new Visual(wide));
         return children;
     };
-    const auto timeOf = [](const auto& call) {
-        const auto before = std::clock();
-        call();
-        return static_cast<double>(std::clock() - before) / CLOCKS_PER_SEC;
-    };
 
     fill();
-    const double together = timeOf([wide] { wide->clearChildren(); });
+    const double together = test::threadSecondsOf([wide] { wide->clearChildren(); });
     const std::vector<Visual*> children = fill();
-    const double oneByOne = timeOf([&] {
+    const double oneByOne = test::threadSecondsOf([&] {
         for (Visual* child : children)
             scene.deleteVisual(child);
     });

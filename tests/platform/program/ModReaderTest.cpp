@@ -1,6 +1,6 @@
 #include "ProgramTexts.h"
 
-#include <ctime>
+#include "support/ProcessorTime.h"
 
 namespace vrk::program {
 namespace {
@@ -238,9 +238,8 @@ double secondsToRead(int moves)
         declarations += p(name, "[" + std::to_string(i) + ".5,20.25,30.125],[0.7071,0,0.7071,0]");
         statements += "MoveL " + name + ",v1000,z50,torch\\WObj:=table;\n";
     }
-    const std::clock_t begin = std::clock();
-    const Program program = moduleOf(declarations, statements);
-    const double seconds = static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC;
+    Program program;
+    const double seconds = test::threadSecondsOf([&] { program = moduleOf(declarations, statements); });
 
     EXPECT_EQ(movesOf(program).size(), static_cast<std::size_t>(moves));
     EXPECT_EQ(targetOf(program, static_cast<std::size_t>(moves) - 1).pose.position.x, moves - 0.5);

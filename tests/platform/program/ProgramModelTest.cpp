@@ -8,6 +8,7 @@
 #include "platform/task/Instruction.h"
 #include "platform/task/Path.h"
 #include "platform/task/Task.h"
+#include "support/ProcessorTime.h"
 #include "support/TempFolder.h"
 
 #include <BRepBuilderAPI_MakeEdge.hxx>
@@ -20,7 +21,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <ctime>
 #include <numbers>
 
 namespace vrk::task {
@@ -456,10 +456,9 @@ double secondsToRead(int instructions)
     for (int i = 0; i < instructions; ++i)
         text += (i == 0 ? "{\"id\":" : ",{\"id\":") + std::to_string(3 + i) + ",\"name\":\"\"}";
     text += "]}]}]}";
-    const std::clock_t begin = std::clock();
-    const layout::StationContent content =
-        station::parseStation(text, "/cell.station.json", station::GeometryUse::Skip);
-    const double seconds = static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC;
+    layout::StationContent content;
+    const double seconds = test::threadSecondsOf(
+        [&] { content = station::parseStation(text, "/cell.station.json", station::GeometryUse::Skip); });
     EXPECT_EQ(content.tasks.at(0)->getOwnPaths().at(0)->getInstructions().size(),
               static_cast<std::size_t>(instructions));
     return seconds;
