@@ -123,9 +123,19 @@ double angleBetween(const rob::Dird& a, const rob::Dird& b)
     return std::atan2(a.cross(b).length(), a.dot(b));
 }
 
-/// What goes on best behind a leg; empty where nothing does.
-std::optional<Leg> nextOf(const Leg& leg, const Edges& edges, const std::vector<unsigned>& taken, double tolerance)
+/// Whether a chain that goes on with this leg would run into itself, other than back to where it began.
+bool runsIntoItself(const std::vector<Leg>& chain, const Leg& next)
 {
+    const TopoDS_Vertex end = next.end();
+    const auto beginsThere = [&end](const Leg& leg) { return meet(leg.begin(), end); };
+    return !beginsThere(chain.front()) && (beginsThere(next) || std::ranges::any_of(chain, beginsThere));
+}
+
+/// What goes on best behind the last leg; empty where nothing does.
+std::optional<Leg> nextOf(const std::vector<Leg>& chain, const Edges& edges, const std::vector<unsigned>& taken,
+                          double tolerance)
+{
+    const Leg& leg = chain.back();
     const rob::Dird along = tangentAt(leg, geometry::GetEdgeParameters(leg.edge).second);
     std::optional<Leg> best;
     unsigned bestShared = 0;
@@ -135,7 +145,7 @@ std::optional<Leg> nextOf(const Leg& leg, const Edges& edges, const std::vector<
             continue;
         const Leg forward{number, edges.get(number)};
         for (const Leg& other : {forward, forward.reversed()}) {
-            if (!meet(leg.end(), other.begin()))
+            if (!meet(leg.end(), other.begin()) || runsIntoItself(chain, other))
                 continue;
             const double angle = angleBetween(along, tangentAt(other, geometry::GetEdgeParameters(other.edge).first));
             const unsigned shared = edges.sharedFaces(leg.number, number);
@@ -153,7 +163,7 @@ std::optional<Leg> nextOf(const Leg& leg, const Edges& edges, const std::vector<
 void follow(std::vector<Leg>& chain, const Edges& edges, std::vector<unsigned>& taken, double tolerance)
 {
     while (!meet(chain.back().end(), chain.front().begin())) {
-        const std::optional<Leg> next = nextOf(chain.back(), edges, taken, tolerance);
+        const std::optional<Leg> next = nextOf(chain, edges, taken, tolerance);
         if (!next)
             return;
         taken.push_back(next->number);

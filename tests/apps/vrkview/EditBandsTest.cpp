@@ -1,6 +1,7 @@
 #include "edit/Bands.h"
 
 #include "demo/DemoParts.h"
+#include "demo/DemoStation.h"
 #include "edit/History.h"
 #include "edit/RemoveThings.h"
 
@@ -17,8 +18,12 @@
 #include "platform/task/Task.h"
 
 #include <BRepPrimAPI_MakeBox.hxx>
+#include <TopExp.hxx>
+#include <TopTools_IndexedMapOfShape.hxx>
 
 #include <gmock/gmock.h>
+
+#include <algorithm>
 
 namespace vrkview::test {
 namespace {
@@ -64,6 +69,30 @@ protected:
     History history;
     std::string before;
 };
+
+TEST(TangentChainOfTheBracket, IsARunWhereverItBegins)
+{
+    const Station demo = demoStation();
+    const auto part =
+        std::ranges::find(demo.parts, "Bracket as drawn", [](const auto& each) { return each->getName(); });
+    ASSERT_NE(part, demo.parts.end());
+    const TopoDS_Shape shape = (*part)->getBodies().front()->getShape();
+    TopTools_IndexedMapOfShape edges;
+    TopExp::MapShapes(shape, TopAbs_EDGE, edges);
+    ASSERT_GT(edges.Size(), 60);
+
+    for (unsigned first = 1; first <= static_cast<unsigned>(edges.Size()); ++first) {
+        const std::vector<unsigned> chain = vrk::task::TangentChain(shape, first, 0.02);
+        EXPECT_THAT(chain, testing::Contains(first));
+        try {
+            vrk::task::MakeSeam(1, "seam", shape, 2, chain, {});
+        } catch (const std::invalid_argument& refusal) { // for its faces it may be refused
+            EXPECT_THAT(refusal.what(), testing::Not(testing::ContainsRegex("chain|branches")))
+                << "edge " << first << ": " << testing::PrintToString(chain);
+        }
+    }
+    Layout::inst().clear();
+}
 
 TEST_F(EditBandsTest, FirstBandBringsAProgramAndBothGoAgain)
 {

@@ -21,6 +21,7 @@
 #include <TopoDS.hxx>
 #include <TopoDS_Compound.hxx>
 
+#include <gp_Circ.hxx>
 #include <gp_Pln.hxx>
 
 #include <gmock/gmock.h>
@@ -513,6 +514,38 @@ TEST(TangentChain, OfAClosedEdgeIsThatEdge)
     const auto rim = edgesWhere(cylinder, [](const Posd& p) { return isNear(p.z, 100); });
 
     EXPECT_THAT(TangentChain(cylinder, rim[0], 10 * degrees), ElementsAre(rim[0]));
+}
+
+TEST(TangentChain, EndsBeforeItRunsIntoItself)
+{
+    // A straight edge that enters a circle of two halves along its tangent.
+    const gp_Pnt entry(0, 0, 0), top(0, 100, 0);
+    const gp_Circ circle(gp_Ax2({0, 50, 0}, gp::DZ()), 50);
+    const TopoDS_Compound six = together({BRepBuilderAPI_MakeEdge(gp_Pnt(-80, 0, 0), entry).Edge(),
+                                          BRepBuilderAPI_MakeEdge(circle, entry, top).Edge(),
+                                          BRepBuilderAPI_MakeEdge(circle, top, entry).Edge()});
+
+    EXPECT_THAT(TangentChain(six, 1, 1 * degrees), ElementsAre(1u, 2u));
+    EXPECT_THAT(TangentChain(six, 2, 1 * degrees), ElementsAre(2u, 3u)) << "back to where it began";
+}
+
+TEST(TangentChain, IsARunWhereverItBegins)
+{
+    // A block with an arch through it, whose round end meets the straight sides along their tangents.
+    TopoDS_Shape block = BRepPrimAPI_MakeBox(gp_Pnt(-60, -30, 0), gp_Pnt(60, 30, 100)).Shape();
+    const gp_Ax2 through(gp_Pnt(0, -40, 40), gp::DY());
+    block = BRepAlgoAPI_Cut(block, BRepPrimAPI_MakeCylinder(through, 25, 80).Shape());
+    block = BRepAlgoAPI_Cut(block, BRepPrimAPI_MakeBox(gp_Pnt(-25, -40, -10), gp_Pnt(25, 40, 40)).Shape());
+    BRepFilletAPI_MakeFillet rounded(block);
+    for (const unsigned number : edgesWhere(block, [](const Posd& p) { return isNear(p.z, 100); }))
+        rounded.Add(10, TopoDS::Edge(edgesOf(block)(static_cast<int>(number))));
+    const TopoDS_Shape shape = rounded.Shape();
+
+    for (unsigned number = 1; number <= static_cast<unsigned>(edgesOf(shape).Size()); ++number) {
+        const std::vector<unsigned> chain = TangentChain(shape, number, 5 * degrees);
+        EXPECT_THAT(chain, testing::Contains(number));
+        EXPECT_NO_THROW(expectOneChain(*seamOf(shape, chain))) << testing::PrintToString(chain);
+    }
 }
 
 TEST(EdgeMfgShape, VectorWithoutFiniteNumbersIsRefused)
