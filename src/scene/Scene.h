@@ -185,6 +185,8 @@ public:
     /// next frames are built in that size too; in that the size of tool frames counts for plain ones, and that of joint
     /// targets for robot targets.
     void setFrameSize(unsigned size, VisualType type);
+    /// How long the axes of robot targets and joint targets are, those that are there and those to come. Posted.
+    void setTargetSize(unsigned size);
     void setFrameVisualVisible(bool visible);
     void setTcpVisualVisible(bool visible);
     /// Robot targets; joint targets stay as they are.

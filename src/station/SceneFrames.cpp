@@ -3,6 +3,7 @@
 #include "scene/core/SceneCore.h"
 #include "station/WObjVisual.h"
 #include "task/InstanceFrameVisual.h"
+#include "task/TargetVisuals.h"
 #include "visual/FrameVisual.h"
 
 namespace vrk::visual {
@@ -45,7 +46,7 @@ void Scene::doSetFramesSize(unsigned size, VisualType type)
         break;
     case VisualType::Robtarget:
     case VisualType::JointTarget:
-        forType(*core, type, [&](Visual& visual) {
+        forTargets(*core, type, [&](Visual& visual) {
             core->settings.targetFrameSize = static_cast<std::int32_t>(size);
             dynamic_cast<InstanceFrameVisual&>(visual).setFrameSize(size);
         });
@@ -64,6 +65,17 @@ void Scene::doSetFramesSize(unsigned size, VisualType type)
     }
 }
 
+void Scene::setTargetSize(unsigned size)
+{
+    const auto resize = [this, size] {
+        core->settings.targetFrameSize = core->settings.jointTargetFrameSize = static_cast<std::int32_t>(size);
+        for (const VisualType type : {VisualType::Robtarget, VisualType::JointTarget})
+            forTargets(*core, type,
+                       [size](Visual& visual) { dynamic_cast<InstanceFrameVisual&>(visual).setFrameSize(size); });
+    };
+    addRenderTask(resize, 0);
+}
+
 void Scene::setFrameVisualVisible(bool visible)
 {
     postVisible(VisualType::Frame, visible, false);
@@ -76,7 +88,10 @@ void Scene::setTcpVisualVisible(bool visible)
 
 void Scene::setTargetVisualVisible(bool visible)
 {
-    postVisible(VisualType::Robtarget, visible, false);
+    const auto show = [this, visible] {
+        forTargets(*core, VisualType::Robtarget, [&](Visual& visual) { visual.setVisible(visible, false); });
+    };
+    core->queue.post(show, 0);
 }
 
 void Scene::setWObjVisualVisible(bool visible)

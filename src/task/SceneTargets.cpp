@@ -2,6 +2,7 @@
 
 #include "scene/core/SceneCore.h"
 #include "task/InstanceFrameVisual.h"
+#include "task/TargetVisuals.h"
 
 namespace vrk::visual {
 
@@ -12,9 +13,10 @@ void Scene::setDrawTargetZAxisOnly(bool zAxisOnly)
         return; // there are no targets
     addRenderTask(
         [this, zAxisOnly] {
-            for (const auto& [id, visual] : core->visuals.all())
-                if (visual->getType() == VisualType::Robtarget || visual->getType() == VisualType::JointTarget)
-                    dynamic_cast<InstanceFrameVisual&>(*visual).updateEntity(zAxisOnly);
+            for (const VisualType type : {VisualType::Robtarget, VisualType::JointTarget})
+                forTargets(*core, type, [zAxisOnly](Visual& visual) {
+                    dynamic_cast<InstanceFrameVisual&>(visual).updateEntity(zAxisOnly);
+                });
         },
         0);
 }

@@ -1,4 +1,4 @@
-#include "TargetFixture.h"
+#include "ProgramFixture.h"
 
 #include "platform/broker/SignalBroker.h"
 #include "platform/sdf/SdfManager.h"
@@ -17,6 +17,7 @@ using test::scalesOf;
 using test::selectedLook;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Property;
 
 using SceneTargets = test::WithTargets<test::SceneFixture>;
 
@@ -222,6 +223,76 @@ TEST_F(SceneTargets, TargetsByThemselvesDoNotTellThatTheViewChanged)
     drain();
 
     EXPECT_EQ(told, 0);
+}
+
+/// Two moves go to one target, and another two to one posture: of each the registry knows the visual of but one move.
+class TargetsOfSeveralMoves : public test::WithProgram<test::SceneFixture> {
+protected:
+    void SetUp() override
+    {
+        const auto target = program.addTarget(test::at(10, 0, 0));
+        const auto posture = program.addPosture(test::at(0, 10, 0));
+        for (const auto& item : {target, posture, target, posture})
+            program.add(task::Motion::Joint, item);
+        show();
+    }
+    std::vector<const InstanceFrameVisual*> targets() const
+    {
+        std::vector<const InstanceFrameVisual*> found;
+        for (const task::MoveInst* move : program.path->getMoveInstructions())
+            for (const Visual* child : visualOf(move)->getChildren())
+                if (const auto* target = dynamic_cast<const InstanceFrameVisual*>(child))
+                    found.push_back(target);
+        return found;
+    }
+};
+
+TEST_F(TargetsOfSeveralMoves, AllOfThemGetTheSizeOfTheirType)
+{
+    ASSERT_EQ(targets().size(), 4u);
+
+    scene.setFrameSize(35, VisualType::Robtarget);
+    scene.setFrameSize(25, VisualType::JointTarget);
+    drain();
+
+    EXPECT_THAT(targets(), ElementsAre(Property(&InstanceFrameVisual::getFrameSize, 35),
+                                       Property(&InstanceFrameVisual::getFrameSize, 25),
+                                       Property(&InstanceFrameVisual::getFrameSize, 35),
+                                       Property(&InstanceFrameVisual::getFrameSize, 25)));
+}
+
+TEST_F(TargetsOfSeveralMoves, AllOfThemAreDrawnByTheirZAxisAlone)
+{
+    scene.setDrawTargetZAxisOnly(true);
+    drain();
+
+    for (const InstanceFrameVisual* target : targets())
+        EXPECT_EQ(scalesOf(*target).front().x, 0.01f);
+}
+
+TEST_F(TargetsOfSeveralMoves, AllRobotTargetsAreHiddenTogether)
+{
+    scene.setTargetVisualVisible(false);
+    drain();
+
+    EXPECT_THAT(targets(), ElementsAre(Property(&Visual::isVisible, false), Property(&Visual::isVisible, true),
+                                       Property(&Visual::isVisible, false), Property(&Visual::isVisible, true)));
+}
+
+TEST_F(TargetsOfSeveralMoves, OneSizeReachesTargetsAndPosturesAndThoseToCome)
+{
+    scene.setTargetSize(15);
+    EXPECT_EQ(targets().front()->getFrameSize(), 50) << "it is posted";
+    drain();
+    scene.setDrawTargetVisual(false);
+    drain();
+    ASSERT_TRUE(targets().empty());
+    scene.setDrawTargetVisual(true);
+    drain();
+
+    ASSERT_EQ(targets().size(), 4u);
+    for (const InstanceFrameVisual* target : targets())
+        EXPECT_EQ(target->getFrameSize(), 15);
 }
 
 } // namespace

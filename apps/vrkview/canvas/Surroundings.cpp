@@ -57,9 +57,8 @@ void suitSurroundings()
     const float wanted = framePart * sides.length() / 2;
     setFrameSize(wanted);
     showFrames(wanted >= 0.5f); // they come in whole units, at least one
-    const auto targetSize = static_cast<unsigned>(std::clamp(targetPart * sides.length() / 2, 1.0f, longestTarget));
-    for (const VisualType type : {VisualType::Robtarget, VisualType::JointTarget})
-        Scene::Get()->setFrameSize(targetSize, type);
+    Scene::Get()->setTargetSize(
+        static_cast<unsigned>(std::clamp(targetPart * sides.length() / 2, 1.0f, longestTarget)));
 }
 
 bool isGridShown()
