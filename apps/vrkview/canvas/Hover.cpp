@@ -1,20 +1,17 @@
 #include "canvas/Hover.h"
 
+#include "canvas/BodyEdge.h"
 #include "canvas/Picked.h"
 #include "canvas/ViewState.h"
 
 #include "scene/Scene.h"
-#include "selection/geometry/Result.h"
 #include "visual/SolidVisual.h"
-
-#include <TopoDS.hxx>
-#include <TopoDS_Edge.hxx>
 
 namespace vrkview {
 
-using vrk::selection::Result;
 using vrk::visual::Scene;
 using vrk::visual::SolidVisual;
+using vrk::visual::Visual;
 
 Hover::Hover(const ViewState& state, QObject* parent) : QObject(parent), state(state)
 {
@@ -25,43 +22,49 @@ Hover::Hover(const ViewState& state, QObject* parent) : QObject(parent), state(s
     });
 }
 
-void Hover::show(const Result& result, Of what)
+void Hover::show(const Picked& found, Of what, const Picked* edge)
 {
-    const unsigned found = thingOf(state.getTree(), result);
-    if (found == 0 || state.isHidden(found) || state.isHidden(result.visual->getId())) {
+    const unsigned visual = found.candidate.visualId;
+    if (found.thing == 0 || !Scene::HasVisual(visual) || state.isHidden(found.thing) || state.isHidden(visual)) {
         clear();
         return;
     }
-    thing = found;
+    hit = visual;
+    thing = found.thing;
     Scene& scene = *Scene::Get();
-    QString words = describeForUser(state.getTree(), result);
-    const unsigned face = what == Of::Face ? faceOf(result) : 0;
-    if (face != 0)
-        words += showFace(result, face);
-    else if (what == Of::Thing && Scene::HasVisual(thing) && hasHighlight(*Scene::GetVisual(thing)))
+    if (what == Of::Piece && (found.face() != 0 || found.edge() != 0))
+        showPiece(found, edge);
+    else if (Scene::HasVisual(thing) && hasHighlight(*Scene::GetVisual(thing)))
         scene.setVisualHighlighted(thing);
     else
         scene.clearHighlightedVisual();
-    hit = result.visual->getId();
-    setText(words);
+    setText(edge ? found.text + tr(", edge %1").arg(edge->edge()) : found.text);
 }
 
-QString Hover::showFace(const Result& result, unsigned face)
+void Hover::showPiece(const Picked& found, const Picked* edge)
 {
     Scene& scene = *Scene::Get();
-    scene.highlightFace(dynamic_cast<SolidVisual*>(result.visual), face); // never null: its face has a number
-    const auto edge = result.getFaceEdge();
-    if (!edge) {
-        scene.clearHighlightedEdge();
-        return {};
+    Visual* solid = Scene::GetVisual(hit);
+    if (found.face() != 0) {
+        scene.highlightFace(dynamic_cast<SolidVisual*>(solid), found.face()); // never null: its faces have numbers
+    } else {
+        scene.clearHighlightedBody();
+        scene.clearHighlightedFace();
     }
-    scene.highlightEdge(result.visual, TopoDS::Edge(edge->edge));
-    return QStringLiteral(", edge %1").arg(edge->index);
+    const unsigned number = edge ? edge->edge() : found.edge();
+    if (number == 0) {
+        scene.clearHighlightedEdge();
+        return;
+    }
+    if (lastEdge.body != hit || lastEdge.number != number) // a mouse follows the same edge for a while
+        lastEdge = {hit, number, edgeOfBody(hit, number)};
+    scene.highlightEdge(solid, lastEdge.shape);
 }
 
 void Hover::clear()
 {
     hit = thing = 0;
+    lastEdge = {};
     Scene::Get()->clearHighlightedVisual();
     setText({});
 }

@@ -3,13 +3,12 @@
 #include <QObject>
 #include <QString>
 
-namespace vrk::selection {
-struct Result;
-}
+#include <TopoDS_Edge.hxx>
 
 namespace vrkview {
 
 class ViewState;
+struct Picked;
 
 /// Shows what a click would take: its highlight in the view, and its name for whoever displays that.
 ///
@@ -18,13 +17,15 @@ class Hover : public QObject {
     Q_OBJECT
 
 public:
-    enum class Of { Thing, Face };
-
     /// @param state  outlives this.
     explicit Hover(const ViewState& state, QObject* parent = nullptr);
 
-    /// Highlights the thing that was hit or, if it is of a solid, the face and its edge that is near by.
-    void show(const vrk::selection::Result& result, Of what);
+    /// What of the found is highlighted.
+    enum class Of { Thing, Piece };
+
+    /// Highlights the whole thing, or the face or the edge that was found of it; what is no piece of a solid as a whole.
+    /// @param edge  highlighted and named beside a face; null for none.
+    void show(const Picked& found, Of what, const Picked* edge = nullptr);
     void clear();
     /// Stops showing things that have died. Call it after the scene has run its posted tasks.
     void followScene();
@@ -35,13 +36,19 @@ signals:
     void textChanged(const QString& text);
 
 private:
-    /// @return what the edge adds to the text.
-    QString showFace(const vrk::selection::Result& result, unsigned face);
+    struct Edge {
+        unsigned body = 0;
+        unsigned number = 0;
+        TopoDS_Edge shape;
+    };
+
+    void showPiece(const Picked& found, const Picked* edge);
     void setText(const QString& wanted);
 
     const ViewState& state;
     unsigned hit = 0;   // the visual under the mouse
     unsigned thing = 0; // what it belongs to
+    Edge lastEdge;
     QString text;
 };
 

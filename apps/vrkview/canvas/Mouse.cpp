@@ -1,8 +1,6 @@
 #include "canvas/Mouse.h"
 
 #include "canvas/CameraFlight.h"
-#include "canvas/Pick.h"
-#include "canvas/Picked.h"
 #include "canvas/RegionTool.h"
 #include "canvas/ViewState.h"
 #include "canvas/ViewWidget.h"
@@ -14,6 +12,8 @@
 #include "view/OrbitViewController.h"
 #include "visual/Visual.h"
 
+#include <QGuiApplication>
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -21,13 +21,14 @@
 namespace vrkview {
 namespace {
 
-using vrk::selection::Result;
 using vrk::visual::Camera;
 using vrk::visual::Scene;
 using Kind = InputEvent::Kind;
 
 constexpr int moveInterval = 8;        // milliseconds: two moves for a frame of a usual display
 constexpr double usualClickRadius = 4; // logical pixels: a hand is not quite still while it clicks
+constexpr int usualLongPress = 600;    // milliseconds: twice as long as a slow click
+constexpr double listRadius = 16;      // logical pixels that the mouse may move while candidates are listed
 
 float x(const QPointF& place)
 {
@@ -50,6 +51,14 @@ void showPivot(bool shown)
         0);
 }
 
+/// Alt is for pieces of solids.
+PickAim aimOf(Qt::KeyboardModifiers modifiers)
+{
+    if (!modifiers.testFlag(Qt::AltModifier))
+        return PickAim::Thing;
+    return modifiers.testFlag(Qt::ControlModifier) ? PickAim::Edge : PickAim::Face;
+}
+
 /// With Ctrl, what a region holds is added or taken out.
 RegionTool::Effect effectOf(Qt::KeyboardModifiers modifiers)
 {
@@ -60,8 +69,21 @@ RegionTool::Effect effectOf(Qt::KeyboardModifiers modifiers)
 
 Mouse::Mouse(ViewWidget& view, ViewState& state, const Settings& settings, CameraFlight& flight, RegionTool& region,
              QObject* parent)
-    : QObject(parent), view(view), state(state), settings(settings), flight(flight), region(region), hover(state)
+    : QObject(parent), view(view), state(state), settings(settings), flight(flight), region(region),
+      finder(view, state.getTree()), hover(state), candidates(new CandidateList(&view))
 {
+    longPress.setSingleShot(true);
+    longPress.setInterval(usualLongPress);
+    connect(&longPress, &QTimer::timeout, this, &Mouse::pressedLong);
+    connect(candidates, &CandidateList::currentChanged, this, &Mouse::showCandidate);
+    connect(candidates, &CandidateList::rowClicked, this, [this] {
+        const Qt::KeyboardModifiers modifiers = QGuiApplication::keyboardModifiers();
+        emit candidateClicked(candidates->currentRow(), modifiers);
+        takeCandidate(candidates->currentRow(), modifiers);
+    });
+    connect(&finder, &ViewPick::changed, this, &Mouse::closeCandidates);
+    connect(&state, &ViewState::stationChanged, this, &Mouse::closeCandidates);
+    connect(&state, &ViewState::visibilityChanged, this, &Mouse::closeCandidates);
     timer.setSingleShot(true);
     timer.setTimerType(Qt::PreciseTimer);
     connect(&timer, &QTimer::timeout, this, &Mouse::handleWaiting);
@@ -88,6 +110,10 @@ Mouse::Mouse(ViewWidget& view, ViewState& state, const Settings& settings, Camer
         take({Kind::Wheel, place, Qt::NoButton, {}, modifiers, notches});
     });
     connect(&view, &ViewWidget::drained, &hover, &Hover::followScene);
+    connect(&view, &ViewWidget::drained, this, [this] {
+        if (candidates->isStale())
+            closeCandidates();
+    });
 }
 
 double Mouse::getClickRadius() const
@@ -121,6 +147,11 @@ void Mouse::handle(const InputEvent& event)
     else if (event.kind == Kind::Move && !pressed && flight.isFlying())
         return; // what passes by under the mouse is of no interest
     emit handling(event);
+    lastPlace = event.kind == Kind::Leave ? std::nullopt : std::optional(event.place);
+    if (isForCandidates(event)) {
+        emit handled();
+        return;
+    }
     switch (event.kind) {
     case Kind::Press:
     case Kind::DoubleClick:
@@ -148,22 +179,27 @@ void Mouse::press(const InputEvent& event)
     if (pressed)
         return; // another button of a gesture that goes on
     pressed = event;
+    isSpent = false;
     isSecondClick = event.kind == Kind::DoubleClick && event.button == Qt::LeftButton &&
                     event.modifiers == Qt::NoModifier; // with one, two quick clicks stay two
+    const bool mayBecomeLong = event.button == Qt::LeftButton && event.modifiers == Qt::NoModifier &&
+                               longPress.interval() > 0 && !isSecondClick && !region.isLassoOn();
+    if (mayBecomeLong)
+        longPress.start();
     if (!isSecondClick || region.isLassoOn())
         return;
-    const Result result = pick(event.place, Purpose::Focus);
-    if (const unsigned thing = thingOf(state.getTree(), result))
-        emit focusRequested(thing);
+    if (const auto found = pick(event.place, Purpose::Focus, PickAim::Thing); found && found->thing != 0)
+        emit focusRequested(found->thing);
 }
 
 void Mouse::release(const InputEvent& event)
 {
     if (!pressed || pressed->button != event.button)
         return;
+    longPress.stop();
     if (isDragging())
         endDrag();
-    else if (pressed->button == Qt::LeftButton && !clickLasso(event) && !isSecondClick)
+    else if (!isSpent && pressed->button == Qt::LeftButton && !clickLasso(event) && !isSecondClick)
         click();
     pressed.reset();
 }
@@ -184,9 +220,26 @@ void Mouse::move(const InputEvent& event)
     } else if (region.isDrawing()) {
         region.follow(event.place);
     } else if (event.held == Qt::NoButton) {
-        const bool ofFaces = event.modifiers.testFlag(Qt::AltModifier);
-        hover.show(pick(event.place, Purpose::Hover), ofFaces ? Hover::Of::Face : Hover::Of::Thing);
+        hoverAt(event);
     }
+}
+
+void Mouse::hoverAt(const InputEvent& event)
+{
+    const PickAim aim = aimOf(event.modifiers);
+    const auto found = pick(event.place, Purpose::Hover, aim);
+    if (!found) {
+        hover.clear();
+        return;
+    }
+    if (aim == PickAim::Thing && !finder.takesPieces()) {
+        hover.show(*found, Hover::Of::Thing);
+        return;
+    }
+    // With Ctrl the edge would be taken that lies near by: it is shown before that, too.
+    const auto edge = aim == PickAim::Face ? finder.at(event.place, PickAim::Edge) : std::nullopt;
+    const bool isOfFace = edge && edge->candidate.visualId == found->candidate.visualId;
+    hover.show(*found, Hover::Of::Piece, isOfFace ? &*edge : nullptr);
 }
 
 void Mouse::turnWheel(const InputEvent& event)
@@ -205,6 +258,7 @@ void Mouse::turnWheel(const InputEvent& event)
 
 void Mouse::startDrag()
 {
+    longPress.stop();
     drag = dragOfPress();
     last = pressed->place;
     hover.clear();
@@ -227,6 +281,8 @@ void Mouse::beginRegion()
 
 Mouse::Drag Mouse::dragOfPress()
 {
+    if (isSpent)
+        return Drag::Nothing;
     if (pressed->button == Qt::LeftButton && (region.isLassoOn() || (pressed->modifiers.testFlag(Qt::ShiftModifier) &&
                                                                      !pressed->modifiers.testFlag(Qt::AltModifier))))
         return Drag::Region;
@@ -239,7 +295,7 @@ Mouse::Drag Mouse::dragOfPress()
     case Qt::RightButton:
         return withLeft ? Drag::Pan : Drag::Nothing;
     case Qt::LeftButton:
-        return withLeft || !pick(pressed->place, Purpose::Orbit).hit ? Drag::Orbit : Drag::Nothing;
+        return withLeft || !pick(pressed->place, Purpose::Orbit, PickAim::Thing) ? Drag::Orbit : Drag::Nothing;
     default:
         return Drag::Nothing;
     }
@@ -291,22 +347,77 @@ void Mouse::endRegion()
 
 void Mouse::click()
 {
-    const Qt::KeyboardModifiers modifiers = pressed->modifiers;
-    const Result result = pick(pressed->place, Purpose::Click);
-    if (modifiers.testFlag(Qt::AltModifier)) {
-        modifiers.testFlag(Qt::ControlModifier) ? clickEdge(result) : clickFace(result);
-        return;
-    }
-    const unsigned thing = thingOf(state.getTree(), result);
+    const auto found = pick(pressed->place, Purpose::Click, aimOf(pressed->modifiers));
+    apply(found ? &*found : nullptr, pressed->modifiers);
+}
+
+/// What a click does with what it found.
+void Mouse::apply(const Picked* found, Qt::KeyboardModifiers modifiers)
+{
     const bool adds = modifiers.testFlag(Qt::ControlModifier);
-    if (thing == 0) {
+    if (modifiers.testFlag(Qt::AltModifier)) {
+        if (found && adds)
+            state.toggleEdge(found->candidate.visualId, found->edge());
+        else if (found)
+            toggleFace(*found, modifiers);
+    } else if (!found || found->thing == 0) {
         if (!adds)
             state.clear();
-    } else if (adds) {
-        state.toggle(thing);
+    } else if (finder.takesPieces()) {
+        applyToPiece(*found, modifiers);
     } else {
-        state.selectVisuals({thing});
+        applyToThing(found->thing, adds);
     }
+}
+
+void Mouse::applyToThing(unsigned thing, bool adds)
+{
+    if (adds)
+        state.toggle(thing);
+    else
+        state.selectVisuals({thing});
+}
+
+void Mouse::applyToPiece(const Picked& found, Qt::KeyboardModifiers modifiers)
+{
+    const bool adds = modifiers.testFlag(Qt::ControlModifier);
+    const bool isPoint = found.candidate.kind == vrk::selection::PickKind::CloudPoint;
+    if (isPoint) {
+        togglePoint(found, adds);
+        return;
+    }
+    if (found.face() == 0 && found.edge() == 0) { // a vertex stands for its thing, a frame is one
+        applyToThing(found.thing, adds);
+        return;
+    }
+    if (!adds)
+        state.clear();
+    if (found.face() != 0)
+        toggleFace(found, modifiers);
+    else
+        state.toggleEdge(found.candidate.visualId, found.edge());
+}
+
+void Mouse::toggleFace(const Picked& found, Qt::KeyboardModifiers modifiers)
+{
+    const bool asSide = modifiers.testFlag(Qt::ShiftModifier);
+    state.toggleFace(found.candidate.visualId, found.face(),
+                     asSide ? ViewState::FaceUse::Side : ViewState::FaceUse::Base);
+}
+
+void Mouse::togglePoint(const Picked& found, bool adds)
+{
+    ViewState::CloudPoints points;
+    if (adds)
+        points = state.getSelectedPoints();
+    const auto number = static_cast<std::uint32_t>(found.candidate.subId);
+    std::vector<std::uint32_t>& ofCloud = points[found.candidate.visualId];
+    const auto place = std::ranges::lower_bound(ofCloud, number);
+    if (place != ofCloud.end() && *place == number)
+        ofCloud.erase(place);
+    else
+        ofCloud.insert(place, number);
+    state.selectPoints(std::move(points));
 }
 
 /// A click while the lasso is on sets a corner, the second one of a double click ends the polygon.
@@ -323,26 +434,90 @@ bool Mouse::clickLasso(const InputEvent& event)
     return true;
 }
 
-void Mouse::clickFace(const Result& result)
-{
-    if (const unsigned face = faceOf(result)) {
-        const bool asSide = pressed->modifiers.testFlag(Qt::ShiftModifier);
-        state.toggleFace(result.visual->getId(), face, asSide ? ViewState::FaceUse::Side : ViewState::FaceUse::Base);
-    }
-}
-
-void Mouse::clickEdge(const Result& result)
-{
-    if (const unsigned edge = edgeOf(result))
-        state.toggleEdge(result.visual->getId(), edge);
-}
-
-Result Mouse::pick(const QPointF& place, Purpose purpose)
+std::optional<Picked> Mouse::pick(const QPointF& place, Purpose purpose, PickAim aim)
 {
     view.drain(); // the answer is of what the user sees next, not of what was before the last posts
-    const Result result = pickAt(x(place), y(place)).result;
-    emit picked(purpose, result);
-    return result;
+    std::optional<Picked> found = finder.at(place, aim);
+    emit picked(purpose, found ? &*found : nullptr);
+    return found;
+}
+
+// Candidates
+
+void Mouse::listCandidates(int step)
+{
+    handleWaiting();
+    if (candidates->isOpen()) {
+        candidates->step(step);
+        return;
+    }
+    if (!lastPlace || isDragging() || region.isDrawing() || flight.isFlying())
+        return;
+    view.drain();
+    std::vector<Picked> found = finder.allAt(*lastPlace, PickAim::Thing);
+    std::erase_if(found, [this](const Picked& picked) { return state.isHidden(picked.thing); });
+    isSpent = pressed.has_value();
+    listedAt = *lastPlace;
+    candidates->open(std::move(found), view.mapToGlobal((listedAt / view.devicePixelRatioF()).toPoint()));
+    emit candidatesChanged();
+}
+
+void Mouse::takeCandidate(int row, Qt::KeyboardModifiers modifiers)
+{
+    if (row < 0 || static_cast<std::size_t>(row) >= candidates->getAll().size())
+        return;
+    const Picked found = candidates->getAll()[static_cast<std::size_t>(row)];
+    closeCandidates();
+    emit picked(Purpose::Click, &found);
+    apply(&found, modifiers & ~Qt::AltModifier); // pieces are not listed for it
+}
+
+bool Mouse::closeCandidates()
+{
+    if (!candidates->isOpen())
+        return false;
+    candidates->dismiss();
+    hover.clear();
+    emit candidatesChanged();
+    return true;
+}
+
+/// Whether an event is meant for the list, and for nothing else. Any that is not ends the list.
+bool Mouse::isForCandidates(const InputEvent& event)
+{
+    if (!candidates->isOpen())
+        return false;
+    const QPointF way = event.place - listedAt;
+    const bool isNear = std::hypot(way.x(), way.y()) <= listRadius * view.devicePixelRatioF();
+    switch (event.kind) {
+    case Kind::Release: // of the press that listed them
+        return false;
+    case Kind::Leave: // for the list
+        return true;
+    case Kind::Move:
+        if (isNear)
+            return true;
+        break;
+    case Kind::Press:
+        if (isNear && event.button == Qt::LeftButton && !pressed) {
+            pressed = event;
+            isSpent = true;
+            isSecondClick = false;
+            takeCandidate(candidates->currentRow(), event.modifiers);
+            return true;
+        }
+        break;
+    default:
+        break;
+    }
+    closeCandidates();
+    return false;
+}
+
+void Mouse::showCandidate()
+{
+    if (const Picked* picked = candidates->current())
+        hover.show(*picked, finder.takesPieces() ? Hover::Of::Piece : Hover::Of::Thing);
 }
 
 void Mouse::prepareNavigation()

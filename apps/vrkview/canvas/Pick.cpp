@@ -7,7 +7,6 @@
 
 #include "scene/Scene.h"
 #include "selection/VisualSelection.h"
-#include "selection/pick/PickQuery.h"
 #include "visual/SolidVisual.h"
 
 #include <QColor>
@@ -76,19 +75,8 @@ Json candidatesAt(float x, float y)
     const vrk::selection::PickAnswer answer = query.askAll(service);
     const double microseconds = std::chrono::duration<double, std::micro>(Clock::now() - start).count();
     Json list = Json::array();
-    for (const vrk::selection::PickCandidate& candidate : answer.candidates) {
-        Json entry = {{"kind", nameOf(candidate.kind)},
-                      {"id", candidate.visualId},
-                      {"name", nameOf(*candidate.visual)},
-                      {"type", kindOfPicked(*candidate.visual)}};
-        if (candidate.subId >= 0)
-            entry["number"] = candidate.subId;
-        entry["distance"] = candidate.distance;
-        entry["pixels"] = candidate.pixels;
-        entry["position"] = {candidate.place.x, candidate.place.y, candidate.place.z};
-        entry["verdict"] = candidate.reason;
-        list.push_back(std::move(entry));
-    }
+    for (const vrk::selection::PickCandidate& candidate : answer.candidates)
+        list.push_back(describe(candidate));
     return {{"x", x}, {"y", y}, {"candidates", list}, {"microseconds", microseconds}};
 }
 
@@ -217,6 +205,21 @@ Json describe(const Result& result)
         text["distance"] = result.distance;
     }
     text["position"] = toJson(result.position); // without a hit, where the ray meets the floor
+    return text;
+}
+
+Json describe(const vrk::selection::PickCandidate& candidate)
+{
+    Json text = {{"kind", nameOf(candidate.kind)},
+                 {"id", candidate.visualId},
+                 {"name", nameOf(*candidate.visual)},
+                 {"type", kindOfPicked(*candidate.visual)}};
+    if (candidate.subId >= 0)
+        text["number"] = candidate.subId;
+    text["distance"] = candidate.distance;
+    text["pixels"] = candidate.pixels;
+    text["position"] = {candidate.place.x, candidate.place.y, candidate.place.z};
+    text["verdict"] = candidate.reason;
     return text;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "selection/geometry/Result.h"
+#include "selection/pick/PickQuery.h"
 
 #include <nlohmann/json_fwd.hpp>
 
@@ -25,6 +26,9 @@ Pick pickAt(float x, float y);
 /// What was hit, by id, name and kind, with the face and the nearest edge of a solid, the edge of a curve, or the point of
 /// a cloud: what there is.
 nlohmann::ordered_json describe(const vrk::selection::Result& result);
+
+/// A candidate by kind, id, name and type, with its number, place and distances, and the verdict in words.
+nlohmann::ordered_json describe(const vrk::selection::PickCandidate& candidate);
 
 /// Prints what lies under each of the pixels that were asked for, or all that a click there could mean, as JSON.
 void printPicks(const Options& options);

@@ -3,30 +3,26 @@
 #include "docks/ProgramText.h"
 #include "docks/StationTree.h"
 
-#include "selection/geometry/Result.h"
-#include "visual/SolidVisual.h"
-
-#include <TopExp.hxx>
-#include <TopTools_IndexedMapOfShape.hxx>
-#include <TopoDS.hxx>
+#include "visual/Visual.h"
 
 namespace vrkview {
 namespace {
 
 using vrk::VisualType;
-using vrk::selection::Result;
+using vrk::selection::PickCandidate;
+using vrk::selection::PickKind;
 using vrk::visual::Visual;
 
-/// The move whose target or arrow was hit, or the path whose line; null for anything else.
-const Visual* moveOf(const Result& result)
+/// The move whose target or arrow this is, or the path whose line; null for anything else.
+const Visual* moveOf(const Visual& part)
 {
-    for (const Visual* visual = result.hit ? result.visual : nullptr; visual; visual = visual->getParent())
+    for (const Visual* visual = &part; visual; visual = visual->getParent())
         if (visual->getType() == VisualType::MoveInstruction || visual->getType() == VisualType::Path)
             return visual;
     return nullptr;
 }
 
-/// The row of what was hit, or of the next thing above it that has one: edges of a body have none.
+/// The row of this, or of the next thing above it that has one: edges of a body have none.
 int rowOf(const StationTree& tree, const Visual* visual)
 {
     for (; visual; visual = visual->getParent())
@@ -67,13 +63,33 @@ int wholeOf(const StationTree& tree, int row)
     return row;
 }
 
+/// What of the thing was found, beyond its name.
+QString describePiece(const PickCandidate& found)
+{
+    switch (found.kind) {
+    case PickKind::Face:
+        return QStringLiteral(", face %1").arg(found.subId);
+    case PickKind::Edge:
+        return QStringLiteral(", edge %1").arg(found.subId);
+    case PickKind::CloudPoint:
+        return QStringLiteral(", point %1").arg(found.subId);
+    case PickKind::Vertex:
+        return QStringLiteral(", vertex at (%1, %2, %3)")
+            .arg(found.place.x, 0, 'f', 2)
+            .arg(found.place.y, 0, 'f', 2)
+            .arg(found.place.z, 0, 'f', 2);
+    default:
+        return {};
+    }
+}
+
 } // namespace
 
-unsigned thingOf(const StationTree& tree, const Result& result)
+unsigned thingOf(const StationTree& tree, const Visual& visual)
 {
-    if (const Visual* move = moveOf(result))
+    if (const Visual* move = moveOf(visual))
         return move->getId();
-    const int row = rowOf(tree, result.hit ? result.visual : nullptr);
+    const int row = rowOf(tree, &visual);
     return row == StationTree::none ? 0 : at(tree, wholeOf(tree, row)).id;
 }
 
@@ -82,28 +98,11 @@ bool hasHighlight(const Visual& thing)
     return thing.getType() != VisualType::PointCloud;
 }
 
-unsigned faceOf(const Result& result)
+QString describeForUser(const StationTree& tree, const PickCandidate& found)
 {
-    const auto* solid = dynamic_cast<const vrk::visual::SolidVisual*>(result.visual);
-    return result.hit && solid && !result.face.IsNull() ? solid->getFaceIndex(TopoDS::Face(result.face)) : 0;
-}
-
-unsigned edgeOf(const Result& result)
-{
-    const auto* solid = dynamic_cast<const vrk::visual::SolidVisual*>(result.visual);
-    const auto edge = solid ? result.getFaceEdge() : std::nullopt;
-    if (!edge)
-        return 0;
-    TopTools_IndexedMapOfShape edges; // the result counts those of the face
-    TopExp::MapShapes(solid->getShape(), TopAbs_EDGE, edges);
-    return static_cast<unsigned>(edges.FindIndex(edge->edge));
-}
-
-QString describeForUser(const StationTree& tree, const Result& result)
-{
-    if (const Visual* move = moveOf(result))
+    if (const Visual* move = moveOf(*found.visual))
         return describeProgramThing(move->getId());
-    const int row = rowOf(tree, result.hit ? result.visual : nullptr);
+    const int row = rowOf(tree, found.visual);
     if (row == StationTree::none)
         return {};
     const StationTree::Row& piece = at(tree, row);
@@ -112,11 +111,12 @@ QString describeForUser(const StationTree& tree, const Result& result)
     // A part of one body has mostly its name.
     if (&piece != &whole && piece.name != whole.name)
         text += QStringLiteral(" › ") + QString::fromStdString(piece.name);
-    if (const unsigned face = faceOf(result))
-        text += QStringLiteral(", face %1").arg(face);
-    if (result.pointIndex >= 0)
-        text += QStringLiteral(", point %1").arg(result.pointIndex);
-    return text;
+    return text + describePiece(found);
+}
+
+Picked::Picked(const StationTree& tree, const PickCandidate& candidate)
+    : candidate(candidate), thing(thingOf(tree, *candidate.visual)), text(describeForUser(tree, candidate))
+{
 }
 
 } // namespace vrkview

@@ -35,14 +35,6 @@ vrk::rob::Vec2Template<double> toVec(const QPointF& place)
     return {place.x(), place.y()};
 }
 
-unsigned thingOfVisual(const StationTree& tree, Visual* visual)
-{
-    vrk::selection::Result result;
-    result.hit = true;
-    result.visual = visual;
-    return thingOf(tree, result);
-}
-
 QString counted(std::size_t number, const QString& one, const QString& many)
 {
     return QLocale(QLocale::English).toString(static_cast<qulonglong>(number)) + " " + (number == 1 ? one : many);
@@ -277,7 +269,7 @@ void RegionTool::countBodies()
     for (Visual* visual : service.registeredVisuals()) {
         const VisualType type = visual->getType();
         if ((type == VisualType::Solid || type == VisualType::Mesh) && service.isEnabled(visual))
-            ++bodies[thingOfVisual(state.getTree(), visual)];
+            ++bodies[thingOf(state.getTree(), *visual)];
     }
 }
 
@@ -307,14 +299,14 @@ RegionContent RegionTool::ask()
     std::map<unsigned, unsigned> found; // by thing, ascending
     const StationTree& tree = state.getTree();
     for (const RegionAnswer::Whole& body : answer.bodies)
-        ++found[thingOfVisual(tree, body.visual)];
+        ++found[thingOf(tree, *body.visual)];
     if (!isTouching)
         std::erase_if(found, [this](const auto& thing) { return thing.second < bodies[thing.first]; });
     for (const RegionAnswer::Whole& frame : answer.frames)
-        ++found[thingOfVisual(tree, frame.visual)];
+        ++found[thingOf(tree, *frame.visual)];
     for (const RegionAnswer::Cloud& cloud : answer.clouds)
         if (cloud.isWhole)
-            ++found[thingOfVisual(tree, cloud.visual)];
+            ++found[thingOf(tree, *cloud.visual)];
     found.erase(0);
     for (const auto& [thing, count] : found)
         content.things.push_back(thing);

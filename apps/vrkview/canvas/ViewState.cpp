@@ -1,5 +1,6 @@
 #include "canvas/ViewState.h"
 
+#include "canvas/BodyEdge.h"
 #include "canvas/DrawMode.h"
 #include "canvas/ProgramThings.h"
 #include "canvas/Visibility.h"
@@ -11,11 +12,7 @@
 #include "platform/sdf/SdfManager.h"
 #include "scene/Scene.h"
 #include "visual/PointCloudVisual.h"
-#include "visual/SolidVisual.h"
 
-#include <TopExp.hxx>
-#include <TopTools_IndexedMapOfShape.hxx>
-#include <TopoDS.hxx>
 #include <TopoDS_Edge.hxx>
 
 #include <algorithm>
@@ -26,19 +23,6 @@ namespace {
 
 using vrk::layout::Layout;
 using vrk::visual::Scene;
-
-/// An edge of a solid that is in the scene; null where there is none.
-TopoDS_Edge edgeOfBody(unsigned body, unsigned edge)
-{
-    const auto* solid =
-        Scene::HasVisual(body) ? dynamic_cast<const vrk::visual::SolidVisual*>(Scene::GetVisual(body)) : nullptr;
-    if (!solid)
-        return {};
-    TopTools_IndexedMapOfShape edges;
-    TopExp::MapShapes(solid->getShape(), TopAbs_EDGE, edges);
-    return edge >= 1 && static_cast<int>(edge) <= edges.Size() ? TopoDS::Edge(edges(static_cast<int>(edge)))
-                                                               : TopoDS_Edge();
-}
 
 /// Posts it. The scene's own selection of points would build the whole cloud anew.
 void markPoints(unsigned cloud, const std::vector<std::uint32_t>& numbers)

@@ -55,9 +55,8 @@ Player::Player(ViewWindow& window, const Session& session) : window(window), ses
     window.getView().installEventFilter(this);
     window.getFiles().askBeforeLoss({}); // there is nobody to answer
     connect(&window.getMouse(), &Mouse::picked, this,
-            [this](Mouse::Purpose purpose, const vrk::selection::Result& result) {
-                picks.push_back(describePick(this->window, purpose, result));
-            });
+            [this](Mouse::Purpose purpose, const Picked* found) { picks.push_back(describePick(purpose, found)); });
+    window.getMouse().setLongPress(0); // one that was long stands in the recording as the key that it stood for
     connect(&window.getRegion(), &RegionTool::taken, this,
             [this](const RegionContent& content) { picks.push_back(describeRegion(content)); });
     // The lines behind the first one are advice to who sits before the window.
@@ -102,6 +101,8 @@ void Player::begin()
     showGrid(head.grid);
     for (const auto& [part, drawn] : head.programParts)
         draw(part, drawn);
+    for (const auto& [group, isTaken] : head.pickGroups)
+        window.getMouse().getPick().setTaken(group, isTaken);
     moveCamera(head.camera);
     settle();
     picks.clear();
@@ -139,6 +140,8 @@ void Player::act(const Json& step)
         state.selectVisuals(knownThings(step.at("ids")));
     } else if (event == "hide") {
         state.hideOnly(knownThings(step.at("ids"))); // one step of work, as it was
+    } else if (event == "candidate") {
+        window.getMouse().takeCandidate(step.at("row").get<int>(), modifiersFrom(step));
     } else if (event == "open") {
         open(step.at("files").get<std::vector<std::string>>());
     } else {

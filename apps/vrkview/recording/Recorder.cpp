@@ -64,10 +64,11 @@ std::map<unsigned, std::vector<double>> jointValues()
 
 } // namespace
 
-Json describePick(const ViewWindow& window, Mouse::Purpose purpose, const vrk::selection::Result& result)
+Json describePick(Mouse::Purpose purpose, const Picked* found)
 {
-    Json text = {{"pick", nameOf(purpose)}, {"thing", thingOf(window.getState().getTree(), result)}};
-    text.update(describe(result));
+    Json text = {{"pick", nameOf(purpose)}, {"thing", found ? found->thing : 0}};
+    if (found)
+        text.update(describe(found->candidate));
     return text;
 }
 
@@ -105,9 +106,12 @@ void Recorder::begin()
                      window.getState().getDrawMode().name,
                      isGridShown(),
                      {},
-                     vrk::visual::Camera::Get()->getWorldPose()};
+                     vrk::visual::Camera::Get()->getWorldPose(),
+                     {}};
     for (const ProgramPartName& each : allProgramParts())
         head.programParts.emplace_back(each.part, isDrawn(each.part));
+    for (const PickGroupName& each : allPickGroups())
+        head.pickGroups.emplace_back(each.group, window.getMouse().getPick().takes(each.group));
     stream << toJson(head).dump() << std::endl;
     forgetChanges();
     listen();
@@ -122,6 +126,11 @@ void Recorder::listen()
         isOfMouse = true;
     });
     connect(&mouse, &Mouse::picked, this, &Recorder::writePick);
+    connect(&mouse, &Mouse::candidateClicked, this, [this](int row, Qt::KeyboardModifiers modifiers) {
+        Json step = {{"event", "candidate"}, {"row", row}};
+        step.update(toJson(modifiers));
+        write(std::move(step));
+    });
     connect(&mouse, &Mouse::handled, this, [this] {
         isOfMouse = false;
         forgetChanges();
@@ -163,9 +172,9 @@ void Recorder::write(Json step)
            << std::endl; // what is written outlives a crash
 }
 
-void Recorder::writePick(Mouse::Purpose purpose, const vrk::selection::Result& result)
+void Recorder::writePick(Mouse::Purpose purpose, const Picked* found)
 {
-    write(describePick(window, purpose, result));
+    write(describePick(purpose, found));
 }
 
 void Recorder::writeRegion(const RegionContent& content)

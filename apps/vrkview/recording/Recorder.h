@@ -42,7 +42,7 @@ private:
     void begin();
     void listen();
     void write(nlohmann::ordered_json step);
-    void writePick(Mouse::Purpose purpose, const vrk::selection::Result& result);
+    void writePick(Mouse::Purpose purpose, const Picked* found);
     void writeRegion(const RegionContent& content);
     void writeKey(const QAction& command);
     void writeOpened(const std::vector<std::filesystem::path>& files);
@@ -67,7 +67,6 @@ private:
 /// What a region selected, as a pick stands in a recording: the things, and of each cloud how many points.
 nlohmann::ordered_json describeRegion(const RegionContent& content);
 /// A pick as it stands in a recording.
-nlohmann::ordered_json describePick(const ViewWindow& window, Mouse::Purpose purpose,
-                                    const vrk::selection::Result& result);
+nlohmann::ordered_json describePick(Mouse::Purpose purpose, const Picked* found);
 
 } // namespace vrkview

@@ -92,6 +92,10 @@ SessionHead headFrom(const Json& line)
     for (const ProgramPartName& each : allProgramParts())
         if (programs.contains(each.name))
             head.programParts.emplace_back(each.part, programs.at(each.name).get<bool>());
+    // Older recordings leave nothing out.
+    const Json picks = line.value("picks", Json::object());
+    for (const PickGroupName& each : allPickGroups())
+        head.pickGroups.emplace_back(each.group, picks.value(each.name, true));
     head.camera = poseFrom(line.at("camera"));
     return head;
 }
@@ -114,7 +118,10 @@ void checkStep(const Json& step)
         styleFrom(step.at("style"));
     else if (event == "select" || event == "hide")
         step.at("ids").get<std::vector<unsigned>>();
-    else if (event == "open")
+    else if (event == "candidate") {
+        step.at("row").get<int>();
+        modifiersFrom(step);
+    } else if (event == "open")
         step.at("files").get<std::vector<std::string>>();
     else if (event == "joints") {
         step.at("id").get<unsigned>();
@@ -189,6 +196,9 @@ Json toJson(const SessionHead& head)
     Json programs = Json::object();
     for (const auto& [part, drawn] : head.programParts)
         programs[std::ranges::find(allProgramParts(), part, &ProgramPartName::part)->name] = drawn;
+    Json picks = Json::object();
+    for (const auto& [group, isTaken] : head.pickGroups)
+        picks[std::ranges::find(allPickGroups(), group, &PickGroupName::group)->name] = isTaken;
     return {{"vrkview", magic},
             {"version", version},
             {"station", head.station},
@@ -198,6 +208,7 @@ Json toJson(const SessionHead& head)
             {"display", head.display},
             {"grid", head.grid},
             {"programs", programs},
+            {"picks", picks},
             {"camera", toJson(head.camera)}};
 }
 
@@ -213,9 +224,21 @@ Json toJson(const InputEvent& event)
         step["button"] = nameIn(buttons, event.button);
     else if (event.held != Qt::NoButton)
         step["held"] = namesIn(buttons, event.held);
-    if (Json names = namesIn(modifiers, event.modifiers); !names.empty())
+    step.update(toJson(event.modifiers));
+    return step;
+}
+
+Json toJson(Qt::KeyboardModifiers held)
+{
+    Json step = Json::object();
+    if (Json names = namesIn(modifiers, held); !names.empty())
         step["modifiers"] = std::move(names);
     return step;
+}
+
+Qt::KeyboardModifiers modifiersFrom(const Json& step)
+{
+    return flagsIn<Qt::KeyboardModifiers>(modifiers, step.value("modifiers", Json::array()));
 }
 
 bool isInput(const Json& step)
@@ -237,7 +260,7 @@ InputEvent inputFrom(const Json& step)
     else if (event.kind != Kind::Move)
         event.button = valueIn(buttons, step.at("button").get<std::string>());
     event.held = flagsIn<Qt::MouseButtons>(buttons, step.value("held", Json::array()));
-    event.modifiers = flagsIn<Qt::KeyboardModifiers>(modifiers, step.value("modifiers", Json::array()));
+    event.modifiers = modifiersFrom(step);
     return event;
 }
 

@@ -2,6 +2,7 @@
 
 #include "canvas/InputEvent.h"
 #include "canvas/ProgramParts.h"
+#include "canvas/ViewPick.h"
 #include "window/Settings.h"
 
 #include "scene/math/Pose.h"
@@ -37,6 +38,7 @@ struct SessionHead {
     bool grid = false;
     std::vector<std::pair<ProgramPart, bool>> programParts; // those that were told
     vrk::rob::Posef camera;
+    std::vector<std::pair<PickGroup, bool>> pickGroups;
 };
 
 struct SessionLine {
@@ -62,6 +64,9 @@ nlohmann::ordered_json toJson(const InputEvent& event);
 /// Whether the step is one of the mouse, for the function below.
 bool isInput(const nlohmann::ordered_json& step);
 InputEvent inputFrom(const nlohmann::ordered_json& step);
+/// The keys that were held, under "modifiers"; nothing for none.
+nlohmann::ordered_json toJson(Qt::KeyboardModifiers held);
+Qt::KeyboardModifiers modifiersFrom(const nlohmann::ordered_json& step);
 nlohmann::ordered_json toJson(const vrk::rob::Posef& pose);
 vrk::rob::Posef poseFrom(const nlohmann::ordered_json& numbers);
 nlohmann::ordered_json toJson(const QSize& size);

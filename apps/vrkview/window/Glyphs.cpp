@@ -175,6 +175,44 @@ void drawPoints(QPainter& painter, const QColor& ink)
         painter.drawEllipse(place, 1.05, 1.05);
 }
 
+constexpr double paleness = 0.45; // of what a click does not take
+
+/// A pale cube, of which one piece can be picked.
+void drawPickedFace(QPainter& painter, const QColor& ink)
+{
+    drawCubeEdges(painter, faded(ink, paleness));
+    painter.setPen(pen(ink));
+    painter.setBrush(accent);
+    painter.drawPolygon(rightSide);
+}
+
+void drawPickedEdge(QPainter& painter, const QColor& ink)
+{
+    drawCubeEdges(painter, faded(ink, paleness));
+    painter.setPen(pen(accent, 2.6));
+    painter.drawLine(cubeMiddle, cubeBottom);
+}
+
+void drawPickedVertex(QPainter& painter, const QColor& ink)
+{
+    drawCubeEdges(painter, faded(ink, paleness));
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(accent);
+    painter.drawEllipse(cubeMiddle, 2.4, 2.4);
+}
+
+void drawFrame(QPainter& painter, const QColor&)
+{
+    constexpr QPointF origin(6.4, 9.4);
+    const auto axis = [&painter, origin](const QPointF& end, const QColor& color) {
+        painter.setPen(pen(color, 1.8));
+        painter.drawLine(origin, end);
+    };
+    axis({6.4, 1.8}, QColor(58, 104, 208));
+    axis({14.2, 11.2}, QColor(204, 60, 54));
+    axis({1.8, 13.8}, QColor(58, 150, 68));
+}
+
 void drawWire(QPainter& painter, const QColor& ink)
 {
     drawCubeEdges(painter, ink);
@@ -249,6 +287,19 @@ void drawGlyph(QPainter& painter, const QColor& ink, int number)
         return drawLasso(painter, ink);
     case Glyph::Points:
         return drawPoints(painter, ink);
+    case Glyph::PickBodies:
+        drawCubeSides(painter, accent);
+        return drawCubeEdges(painter, ink);
+    case Glyph::PickFaces:
+        return drawPickedFace(painter, ink);
+    case Glyph::PickEdges:
+        return drawPickedEdge(painter, ink);
+    case Glyph::PickVertices:
+        return drawPickedVertex(painter, ink);
+    case Glyph::PickPoints:
+        return drawPoints(painter, accent);
+    case Glyph::PickFrames:
+        return drawFrame(painter, ink);
     case Glyph::Warning:
         return drawWarning(painter, ink);
     case Glyph::Close:

@@ -85,6 +85,7 @@ QString mouseHelp(Settings::MouseStyle style)
     add(tr("Click"), tr("selects a part, robot, tool or device"));
     add(tr("Ctrl+click"), tr("adds it or takes it out"));
     add(tr("Click in empty space"), tr("selects nothing"));
+    add(tr("Long press"), tr("lists all that a click there could mean"));
     add(tr("Shift+left drag"), tr("to the right selects what lies in the rectangle, to the left what it touches"));
     add(tr("Ctrl+Shift+left drag"), tr("adds that, or takes it out"));
     add(tr("With the lasso: drag, or click by click"), tr("selects what lies inside"));

@@ -2,6 +2,7 @@
 
 #include "canvas/CameraFlight.h"
 #include "canvas/DrawMode.h"
+#include "canvas/Mouse.h"
 #include "canvas/ProgramParts.h"
 #include "canvas/ProgramThings.h"
 #include "canvas/RegionTool.h"
@@ -60,8 +61,8 @@ const Looks& looksOf(std::string_view name)
 } // namespace
 
 ViewActions::ViewActions(QWidget& window, ViewState& state, CameraFlight& flight, Settings& settings,
-                         RegionTool& region)
-    : QObject(&window), window(window), state(state), flight(flight), settings(settings), region(region)
+                         RegionTool& region, Mouse& mouse)
+    : QObject(&window), window(window), state(state), flight(flight), settings(settings), region(region), mouse(mouse)
 {
     addViews();
     addModes();
@@ -69,6 +70,10 @@ ViewActions::ViewActions(QWidget& window, ViewState& state, CameraFlight& flight
     addProgramParts();
     addSelection();
     addRegions();
+    addPicks();
+    connect(&mouse.getPick(), &ViewPick::changed, this, &ViewActions::followState);
+    connect(&mouse, &Mouse::candidatesChanged, this, &ViewActions::followState);
+    connect(&mouse, &Mouse::pressedLong, listCandidates, &QAction::trigger);
     connect(&region, &RegionTool::changed, this, &ViewActions::followState);
     connect(&state, &ViewState::selectionChanged, this, &ViewActions::followState);
     connect(&state, &ViewState::visibilityChanged, this, &ViewActions::followState);
@@ -156,7 +161,7 @@ void ViewActions::addProgramParts()
 void ViewActions::addSelection()
 {
     clear = add(tr("&Clear selection"), {Qt::Key_Escape}, [this] {
-        if (!region.cancel())
+        if (!mouse.closeCandidates() && !region.cancel())
             state.clear();
     });
     hide = add(tr("&Hide selected"), {Qt::Key_H}, [this] { state.hideSelected(); });
@@ -176,6 +181,35 @@ void ViewActions::addRegions()
                      [this] { region.setForPointsOnly(!region.isForPointsOnly()); });
     pointsOnly->setCheckable(true);
     pointsOnly->setIcon(glyph(Glyph::Points));
+}
+
+void ViewActions::addPicks()
+{
+    struct Text {
+        PickGroup group;
+        const char* text;
+        Glyph icon;
+    };
+    static constexpr std::array texts = {
+        Text{PickGroup::Bodies, QT_TR_NOOP("Pick &bodies"), Glyph::PickBodies},
+        Text{PickGroup::Faces, QT_TR_NOOP("Pick &faces"), Glyph::PickFaces},
+        Text{PickGroup::Edges, QT_TR_NOOP("Pick &edges and lines"), Glyph::PickEdges},
+        Text{PickGroup::Vertices, QT_TR_NOOP("Pick &vertices"), Glyph::PickVertices},
+        Text{PickGroup::Points, QT_TR_NOOP("Pick &points of clouds"), Glyph::PickPoints},
+        Text{PickGroup::Frames, QT_TR_NOOP("Pick f&rames and targets"), Glyph::PickFrames},
+    };
+    int key = Qt::Key_1;
+    for (const Text& each : texts) {
+        QAction* action = add(tr(each.text), {QKeySequence(Qt::CTRL | static_cast<Qt::Key>(key++))}, [this, &each] {
+            ViewPick& pick = mouse.getPick();
+            pick.setTaken(each.group, !pick.takes(each.group));
+        });
+        action->setCheckable(true);
+        action->setIcon(glyph(each.icon));
+        picks.emplace_back(each.group, action);
+    }
+    listCandidates = add(tr("&List what is under the mouse"), {Qt::Key_Q}, [this] { mouse.listCandidates(1); });
+    listBackwards = add(tr("Back in this list"), {Qt::SHIFT | Qt::Key_Q}, [this] { mouse.listCandidates(-1); });
 }
 
 void ViewActions::fillViewMenu(QMenu& menu) const
@@ -207,6 +241,11 @@ void ViewActions::fillSelectMenu(QMenu& menu) const
     menu.addAction(dropCorner);
     menu.addAction(pointsOnly);
     menu.addSeparator();
+    for (const auto& [group, action] : picks)
+        menu.addAction(action);
+    menu.addAction(listCandidates);
+    menu.addAction(listBackwards);
+    menu.addSeparator();
     menu.addAction(hide);
     menu.addAction(show);
 }
@@ -230,6 +269,10 @@ void ViewActions::fillToolBar(QToolBar& bar) const
     bar.addSeparator();
     bar.addAction(lasso);
     bar.addAction(pointsOnly);
+    bar.addSeparator();
+    for (const auto& [group, action] : picks)
+        bar.addAction(action);
+    bar.addSeparator();
     bar.addAction(hide);
     bar.addAction(show);
 }
@@ -255,11 +298,14 @@ void ViewActions::follow()
 void ViewActions::followState()
 {
     const bool any = !state.getSelected().empty();
-    clear->setEnabled(state.isAnySelected() || region.isDrawing() || region.isLassoOn());
+    clear->setEnabled(state.isAnySelected() || region.isDrawing() || region.isLassoOn() ||
+                      mouse.getCandidates().isOpen());
     const bool isPolygon = region.getShape() == RegionTool::Shape::Polygon;
     closeLasso->setEnabled(isPolygon);
     dropCorner->setEnabled(isPolygon);
     lasso->setChecked(region.isLassoOn());
+    for (const auto& [group, action] : picks)
+        action->setChecked(mouse.getPick().takes(group));
     pointsOnly->setChecked(region.isForPointsOnly());
     hide->setEnabled(any);
     focus->setEnabled(any);

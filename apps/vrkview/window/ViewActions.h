@@ -1,10 +1,12 @@
 #pragma once
 
+#include "canvas/ViewPick.h"
 #include "canvas/ViewState.h"
 
 #include <QObject>
 
 #include <functional>
+#include <utility>
 #include <vector>
 
 class QAction;
@@ -15,17 +17,19 @@ class QToolBar;
 namespace vrkview {
 
 class CameraFlight;
+class Mouse;
 class RegionTool;
 class Settings;
 
-/// The commands that change what is seen: views, display modes, grid, frames, selection, regions and visibility. They know their
-/// keys, which hold in the whole window.
+/// The commands that change what is seen: views, display modes, grid, frames, selection, regions, what is picked, and
+/// visibility. They know their keys, which hold in the whole window.
 class ViewActions : public QObject {
     Q_OBJECT
 
 public:
     /// @param window  gets the actions, which are its children then; outlives this, as all others do.
-    ViewActions(QWidget& window, ViewState& state, CameraFlight& flight, Settings& settings, RegionTool& region);
+    ViewActions(QWidget& window, ViewState& state, CameraFlight& flight, Settings& settings, RegionTool& region,
+                Mouse& mouse);
 
     void fillViewMenu(QMenu& menu) const;
     void fillSelectMenu(QMenu& menu) const;
@@ -46,6 +50,7 @@ private:
     void addProgramParts();
     void addSelection();
     void addRegions();
+    void addPicks();
     void followState();
 
     QWidget& window;
@@ -53,6 +58,7 @@ private:
     CameraFlight& flight;
     Settings& settings;
     RegionTool& region;
+    Mouse& mouse;
     QAction* fit = nullptr;
     QAction* focus = nullptr;
     std::vector<QAction*> views;
@@ -67,6 +73,9 @@ private:
     QAction* pointsOnly = nullptr;
     QAction* closeLasso = nullptr;
     QAction* dropCorner = nullptr;
+    std::vector<std::pair<PickGroup, QAction*>> picks;
+    QAction* listCandidates = nullptr;
+    QAction* listBackwards = nullptr;
     QAction* hide = nullptr;
     QAction* show = nullptr;
 };

@@ -95,12 +95,13 @@ QStringList localFiles(const QMimeData& data)
 
 ViewWindow::ViewWindow(const Station& station, const DrawMode& mode)
     : state(mode, station.hiddenFaces), files(state, settings, QString::fromStdString(station.title)),
-      view(new ViewWidget(this)), region(new RegionTool(*view, state, this)), messages(new MessageBar),
+      view(new ViewWidget(this)), region(new RegionTool(*view, state, this)),
+      mouse(new Mouse(*view, state, settings, flight, *region, this)), messages(new MessageBar),
       tree(new TreeDock(state, this)), joints(new JointDock(state, this)), program(new ProgramDock(state, this)),
-      properties(new PropertyDock(state, this)), actions(new ViewActions(*this, state, flight, settings, *region)),
-      edits(new EditActions(*this, state)), bands(new BandActions(*this, state)),
-      clouds(new CloudActions(*this, state)), mouse(new Mouse(*view, state, settings, flight, *region, this)),
-      contents(new QLabel), underMouse(new QLabel), selection(new SelectionLine(state)), frameTime(new QLabel)
+      properties(new PropertyDock(state, this)),
+      actions(new ViewActions(*this, state, flight, settings, *region, *mouse)), edits(new EditActions(*this, state)),
+      bands(new BandActions(*this, state)), clouds(new CloudActions(*this, state)), contents(new QLabel),
+      underMouse(new QLabel), selection(new SelectionLine(state)), frameTime(new QLabel)
 {
     setAcceptDrops(true);
     setDockOptions(AnimatedDocks | AllowTabbedDocks | AllowNestedDocks);

@@ -102,6 +102,7 @@ private:
     // Qt's, as children of this
     ViewWidget* view;
     RegionTool* region;
+    Mouse* mouse;
     MessageBar* messages;
     TreeDock* tree;
     JointDock* joints;
@@ -111,7 +112,6 @@ private:
     EditActions* edits;
     BandActions* bands;
     CloudActions* clouds;
-    Mouse* mouse;
     QMenu* recent = nullptr;
     QLabel* contents;
     QLabel* underMouse;

@@ -48,10 +48,17 @@ public:
 
     constexpr bool contains(PickKind kind) const { return (bits >> static_cast<unsigned>(kind) & 1u) != 0; }
     constexpr void add(PickKind kind) { bits |= 1u << static_cast<unsigned>(kind); }
+    constexpr void add(PickKinds kinds) { bits |= kinds.bits; }
     constexpr void remove(PickKind kind) { bits &= ~(1u << static_cast<unsigned>(kind)); }
     constexpr bool empty() const { return bits == 0; }
     constexpr bool containsAnyOf(PickKinds o) const { return (bits & o.bits) != 0; }
     constexpr bool operator==(const PickKinds&) const = default;
+    /// Those that are in both.
+    friend constexpr PickKinds operator&(PickKinds a, PickKinds b)
+    {
+        a.bits &= b.bits;
+        return a;
+    }
 
 private:
     std::uint32_t bits = 0;

@@ -169,13 +169,13 @@ TEST_F(BandStepsTest, BandIsHiddenAndDeletedLikeOtherThings)
 TEST_F(BandStepsTest, EdgeIsSelectedByAltAndControlAndGoesWithTheNextSelection)
 {
     const QPoint place = placeOf("Pallet");
-    vrk::selection::Result result;
+    std::optional<Picked> found;
     QPoint near;
-    for (int step = 0; step < 400 && edgeOf(result) == 0; ++step) { // from the middle outwards, until an edge is near
+    for (int step = 0; step < 400 && !found; ++step) { // around the middle, until an edge is near
         near = place + QPoint(step % 20 * 4 - 40, step / 20 * 4 - 40);
-        result = resultAt(near);
+        found = pickedAt(near, PickAim::Edge);
     }
-    ASSERT_NE(edgeOf(result), 0u);
+    ASSERT_TRUE(found);
     const HeldKey alt("Alt_L");
     const auto click = [&near] {
         const HeldKey control("Control_L");
@@ -185,8 +185,8 @@ TEST_F(BandStepsTest, EdgeIsSelectedByAltAndControlAndGoesWithTheNextSelection)
     click();
 
     ASSERT_THAT(state().getSelectedEdges(), SizeIs(1));
-    EXPECT_EQ(state().getSelectedEdges()[0].first, result.visual->getId());
-    EXPECT_EQ(state().getSelectedEdges()[0].second, edgeOf(result));
+    EXPECT_EQ(state().getSelectedEdges()[0].first, found->candidate.visualId);
+    EXPECT_EQ(state().getSelectedEdges()[0].second, found->edge());
     click();
     EXPECT_THAT(state().getSelectedEdges(), IsEmpty());
     click();

@@ -58,9 +58,12 @@ protected:
         const int step = 5;
         for (int y = step; y < view().height(); y += step)
             for (int x = 2 * step; x < view().width(); x += step) {
-                const auto left = resultAt({x - step, y}), here = resultAt({x, y});
-                if (here.visual == left.visual && faceOf(here) != 0 && faceOf(here) == faceOf(left) &&
-                    here.getFaceEdge() && !left.getFaceEdge())
+                const auto left = pickedAt({x - step, y}, PickAim::Face), here = pickedAt({x, y}, PickAim::Face);
+                if (!left || !here || left->candidate.visualId != here->candidate.visualId ||
+                    left->face() != here->face() || pickedAt({x - step, y}, PickAim::Edge))
+                    continue;
+                const auto edge = pickedAt({x, y}, PickAim::Edge);
+                if (edge && edge->candidate.visualId == here->candidate.visualId)
                     return {{x - step, y}, {x, y}};
             }
         ADD_FAILURE() << "all faces are narrow";

@@ -63,6 +63,7 @@ void MouseFixture::SetUp()
 {
     WindowFixture::SetUp();
     watch(mouse());
+    mouse().setLongPress(0); // a busy machine may take long between a press and its release
     state().clear();
     state().showAll();
     lookAsLeft();
@@ -94,7 +95,7 @@ QPoint MouseFixture::placeOf(const std::string& name)
     QPoint sum;
     for (int y = gridStep; y < view().height(); y += gridStep)
         for (int x = gridStep; x < view().width(); x += gridStep)
-            if (thingOf(state().getTree(), resultAt({x, y})) == wanted) {
+            if (const auto found = pickedAt({x, y}); found && found->thing == wanted) {
                 places.emplace_back(x, y);
                 sum += places.back();
             }
@@ -108,7 +109,7 @@ QPoint MouseFixture::placeOf(const std::string& name)
 QPoint MouseFixture::emptyPlace()
 {
     const QPoint corner(30, 30);
-    EXPECT_FALSE(resultAt(corner).hit);
+    EXPECT_FALSE(pickedAt(corner));
     return corner;
 }
 
@@ -121,6 +122,12 @@ vrk::selection::Result MouseFixture::resultAt(const QPoint& place)
 {
     const QPointF pixel = inPixels(place);
     return pickAt(static_cast<float>(pixel.x()), static_cast<float>(pixel.y())).result;
+}
+
+std::optional<Picked> MouseFixture::pickedAt(const QPoint& place, PickAim aim)
+{
+    view().drain();
+    return mouse().getPick().at(inPixels(place), aim);
 }
 
 vrk::rob::Posef MouseFixture::camera()

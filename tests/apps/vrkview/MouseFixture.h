@@ -27,6 +27,8 @@ protected:
     static QPointF inPixels(const QPoint& place);
     /// What a pick of the library finds there.
     static vrk::selection::Result resultAt(const QPoint& place);
+    /// What the mouse finds there.
+    static std::optional<Picked> pickedAt(const QPoint& place, PickAim aim = PickAim::Thing);
     static vrk::rob::Posef camera();
 
     /// Moves the mouse there and has the window take notice.

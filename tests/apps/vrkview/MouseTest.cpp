@@ -36,8 +36,8 @@ protected:
     /// The face under the place, with its body.
     static std::pair<unsigned, unsigned> faceAt(const QPoint& place)
     {
-        const auto result = resultAt(place);
-        return {result.visual->getId(), faceOf(result)};
+        const std::optional<Picked> found = pickedAt(place, PickAim::Face);
+        return found ? std::pair(found->candidate.visualId, found->face()) : std::pair(0u, 0u);
     }
     static bool isSelectedFace(const std::pair<unsigned, unsigned>& face)
     {

@@ -148,9 +148,9 @@ TEST_F(RecordSessions, BandAndPath)
 {
     const QPoint middle = placeOf("Controller");
     QPoint onEdge;
-    for (int step = 0; step < 400 && (step == 0 || edgeOf(resultAt(onEdge)) == 0); ++step) // until an edge is near
+    for (int step = 0; step < 400 && (step == 0 || !pickedAt(onEdge, PickAim::Edge)); ++step) // until an edge is near
         onEdge = middle + QPoint(step % 20 * 4 - 40, step / 20 * 4 - 40);
-    ASSERT_NE(edgeOf(resultAt(onEdge)), 0u);
+    ASSERT_TRUE(pickedAt(onEdge, PickAim::Edge));
     const QString before = state().getHistory().undoText();
     record("band-and-path");
 
