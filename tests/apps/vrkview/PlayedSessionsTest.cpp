@@ -50,7 +50,8 @@ INSTANTIATE_TEST_SUITE_P(Table, PlayedSession,
                                 SessionCase{"select-faces-and-hide", "session_select_faces_and_hide"},
                                 SessionCase{"load-attach-joints", "session_load_attach_joints"},
                                 SessionCase{"band-and-path", "session_band_and_path"},
-                                SessionCase{"rectangle-and-lasso", "session_rectangle_and_lasso"}),
+                                SessionCase{"rectangle-and-lasso", "session_rectangle_and_lasso"},
+                                SessionCase{"candidates-and-pieces", "session_candidates_and_pieces"}),
                          [](const auto& info) { return std::string(info.param.baseline); });
 
 /// The lines of a shipped recording, to be spoilt.

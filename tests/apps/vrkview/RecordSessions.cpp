@@ -122,6 +122,31 @@ TEST_F(RecordSessions, RectangleAndLasso)
     finish();
 }
 
+TEST_F(RecordSessions, CandidatesAndPieces)
+{
+    record("candidates-and-pieces");
+
+    moveTo(placeOf("Gear unit"));
+    key("q");
+    key("q"); // what lies behind the first
+    clickAt(placeOf("Gear unit"));
+    moveTo(placeOf("Controller"));
+    key("q");
+    key("Escape");
+    {
+        const HeldKey control("Control_L");
+        key("1"); // without bodies
+    }
+    clickAt(placeOf("Pedestal"));
+    {
+        const HeldKey control("Control_L");
+        clickAt(placeOf("Controller"));
+        key("1");
+    }
+
+    finish();
+}
+
 TEST_F(RecordSessions, LoadAttachJoints)
 {
     BRepTools::Write(demo::box({500, 700, 0}, {900, 1100, 300}), (folder() / "block.brep").c_str());
