@@ -328,15 +328,15 @@ TEST_F(ProgramDockTest, HundredThousandMovesAreQuick)
         EXPECT_LT(milliseconds, most) << what;
     };
 
-    took("the station told", 2000, [] { state().stationHasChanged(); });
-    took("opened", 2000, [&] { tree().expand(model().indexOf(path->getId())); });
-    took("painted", 1000, [] { tree().viewport()->repaint(); });
-    took("a row selected", 1000, [&] { state().selectVisuals({path->getInstructions()[70000]->getId()}); });
-    took("filtered", 2000, [] { dock().getFilter().setText("p999"); });
-    took("unfiltered", 2000, [] { dock().getFilter().clear(); });
-    took("all selected", 4000, [] { tree().selectAll(); });
-    took("the mouse's thing", 2000, [&] { state().selectVisuals({path->getInstructions()[5]->getId()}); });
-    took("gone", 4000, [&] {
+    took("the station told", 800, [] { state().stationHasChanged(); });
+    took("opened", 200, [&] { tree().expand(model().indexOf(path->getId())); });
+    took("painted", 400, [] { tree().viewport()->repaint(); });
+    took("a row selected", 300, [&] { state().selectVisuals({path->getInstructions()[70000]->getId()}); });
+    took("filtered", 500, [] { dock().getFilter().setText("p999"); });
+    took("unfiltered", 500, [] { dock().getFilter().clear(); });
+    took("all selected", 2500, [] { tree().selectAll(); });
+    took("the mouse's thing", 300, [&] { state().selectVisuals({path->getInstructions()[5]->getId()}); });
+    took("gone", 1000, [&] {
         Layout::inst().remove(task->getId());
         state().stationHasChanged();
     });
