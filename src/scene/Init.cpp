@@ -1,5 +1,8 @@
 #include "scene/Init.h"
 
+#include "handles/DragHandle.h"
+#include "handles/PathEndsHandle.h"
+#include "handles/VectorHandle.h"
 #include "mesh/MeshManager.h"
 #include "platform/common/Logger.h"
 #include "scene/FrameTimer.h"
@@ -120,6 +123,9 @@ void Init(int width, int height, const SceneSettings& settings)
     MeshManager::Init();
     Scene::Init(settings);
     Scene::Get()->setGrid(true);
+    DragHandle::Build();
+    new VectorHandle; // which keeps itself
+    PathEndsHandle::Init();
 }
 
 void ReleaseResources() {}
