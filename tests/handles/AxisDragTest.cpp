@@ -97,7 +97,7 @@ TEST(AxisDrag, TakenHoldOfAnywhereItBeginsWithoutAJump)
 TEST(AxisDrag, GoesSmoothlyWithTheMouseOrNotAtAll)
 {
     // Over the whole picture, past the vanishing point of an axis that leads away from the viewer.
-    const CameraSnapshot view = lookingAt({-200, -400, 300}, {0, 0, 0});
+    const CameraSnapshot view = lookingAt({-200, -400, 300}, {0, 0, 0}, 1.6f);
     AxisDrag drag(view, {}, 1, DragAxes::World, pixelOf(view, {}));
     int answered = 0;
     int refused = 0;

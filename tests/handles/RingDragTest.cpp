@@ -94,7 +94,7 @@ TEST(RingDrag, BeyondTheHorizonOfItsPlaneItStays)
     RingDrag drag(view, {}, 2, DragAxes::World, imageOf(view, {100, 0, 0}).value());
     drag.moveTo(imageOf(view, onRing({}, 100, 0.5)).value());
 
-    for (const double y : {210.0, 100.0, 0.0}) { // the horizon lies at about 155
+    for (const double y : {190.0, 100.0, 0.0}) { // the horizon lies at about 155
         const DragAnswer answer = drag.moveTo({450, y});
         EXPECT_FALSE(answer.value) << y;
         EXPECT_NE(answer.refusal, DragRefusal::None);
