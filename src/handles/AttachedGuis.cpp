@@ -1,26 +1,37 @@
 #include "handles/AttachedGuis.h"
 
+#include "handles/DragHandle.h"
+#include "handles/PathEndsHandle.h"
+#include "handles/VectorHandle.h"
 #include "scene/core/SceneCore.h"
 #include "visual/Picking.h"
 
-#include <algorithm>
+#include <initializer_list>
+#include <utility>
 
 namespace vrk::visual {
 namespace {
 
-bool isBelow(const Visual& visual, const Visual* above)
+bool isBelow(const Visual* visual, const Visual* above)
 {
-    for (const Visual* parent = visual.getParent(); parent; parent = parent->getParent())
+    for (const Visual* parent = visual->getParent(); parent; parent = parent->getParent())
         if (parent == above)
             return true;
     return false;
+}
+
+/// It is not to be picked where it has been left.
+void takeOff(GuiVisual* gui)
+{
+    gui->detach();
+    picking::setCompoundObjectEnabled(gui, false);
 }
 
 } // namespace
 
 AttachedGuis::AttachedGuis(SceneCore& core)
 {
-    core.visuals.whenDeleted([this](const Visual* dying) { rescueFrom(dying); });
+    core.visuals.whenDeleted([this](const Visual* dying) { noteDeath(dying); });
 }
 
 void AttachedGuis::attach(GuiVisual* gui, Visual* target, const rob::Posef& pose)
@@ -28,38 +39,31 @@ void AttachedGuis::attach(GuiVisual* gui, Visual* target, const rob::Posef& pose
     gui->attachTo(target);
     gui->setPose(pose);
     current = gui;
-    if (std::ranges::find(attached, gui) == attached.end())
-        attached.push_back(gui);
 }
 
 void AttachedGuis::detach(GuiVisual* gui)
 {
     gui->detach();
-    std::erase(attached, gui);
     current = nullptr; // whichever it was
 }
 
-void AttachedGuis::forget(GuiVisual* gui)
+void AttachedGuis::rescueCurrentFrom(const Visual* removed)
 {
-    std::erase(attached, gui);
-    if (current == gui)
-        current = nullptr;
+    if (current && isBelow(current, removed))
+        takeOff(std::exchange(current, nullptr));
 }
 
-/// A handle does not die with what it hangs on, and cannot be picked where it has been left.
-void AttachedGuis::rescueFrom(const Visual* dying)
+void AttachedGuis::noteDeath(const Visual* dying)
 {
-    if (attached.empty())
-        return; // nearly always: every visual that dies comes here
-    for (GuiVisual* gui : std::vector(attached)) {
-        if (gui == dying) {
-            forget(gui);
-        } else if (isBelow(*gui, dying)) {
-            gui->detach();
-            picking::setCompoundObjectEnabled(gui, false);
-            forget(gui);
+    for (GuiVisual* gui :
+         std::initializer_list<GuiVisual*>{DragHandle::Get(), VectorHandle::Get(), PathEndsHandle::Get()})
+        if (gui && isBelow(gui, dying)) {
+            takeOff(gui);
+            if (current == gui)
+                current = nullptr;
         }
-    }
+    if (current == dying)
+        current = nullptr;
 }
 
 } // namespace vrk::visual

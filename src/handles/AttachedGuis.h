@@ -2,14 +2,14 @@
 
 #include "handles/GuiVisual.h"
 
-#include <vector>
-
 namespace vrk::visual {
 
 class SceneCore;
 
-/// What the scene has attached of handles: the one that was attached last, and, since handles live as long as the process,
-/// all that would die with what they hang on.
+/// What the scene has attached of handles: the one that was attached last.
+///
+/// That one is taken off what is removed by its id. Any other dies with what it hangs on, as all that hangs there does; but
+/// the handles of the process, which live as long as that, are taken off whatever dies.
 ///
 /// A record of the scene. Thread: render thread.
 class VRK_EXPORT AttachedGuis {
@@ -20,13 +20,13 @@ public:
     GuiVisual* currentGui() const { return current; }
     void attach(GuiVisual* gui, Visual* target, const rob::PoseTemplate<float>& pose);
     void detach(GuiVisual* gui);
+    /// The current one, if it hangs below this visual, is taken off and disabled for picking.
+    void rescueCurrentFrom(const Visual* removed);
 
 private:
-    void forget(GuiVisual* gui);
-    void rescueFrom(const Visual* dying);
+    void noteDeath(const Visual* dying);
 
     GuiVisual* current = nullptr;
-    std::vector<GuiVisual*> attached;
 };
 
 } // namespace vrk::visual

@@ -7,7 +7,7 @@ namespace vrk::visual {
 /// The base of what the user takes hold of in the view.
 ///
 /// It hangs nowhere until it is attached: `Scene::attachGuiTo`. When the visual that it hangs on, or one above that, is
-/// removed, it is taken off first and lives on.
+/// removed by its id, the one attached last is taken off first and lives on. Others die with it, but for those that start-up makes.
 ///
 /// Owner: who made it. Thread: render thread.
 class VRK_EXPORT GuiVisual : public Visual {

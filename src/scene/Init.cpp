@@ -1,5 +1,6 @@
 #include "scene/Init.h"
 
+#include "handles/AttachedGuis.h"
 #include "handles/DragHandle.h"
 #include "handles/PathEndsHandle.h"
 #include "handles/VectorHandle.h"
@@ -9,6 +10,7 @@
 #include "scene/Scene.h"
 #include "scene/core/OgreCompat.h"
 #include "scene/core/ResourceArchive.h"
+#include "scene/core/SceneCore.h"
 
 #include <fmt/format.h>
 
@@ -126,6 +128,7 @@ void Init(int width, int height, const SceneSettings& settings)
     DragHandle::Build();
     new VectorHandle; // which keeps itself
     PathEndsHandle::Init();
+    SceneCore::Get()->record<AttachedGuis>(); // from here on the handles outlive what they hang on
 }
 
 void ReleaseResources() {}

@@ -372,8 +372,9 @@ public:
 
     // Handles; posted. A handle must live until the task has run.
 
-    /// Hangs a handle on a visual, at a pose relative to it. When that visual is removed, or one above it, the handle is
-    /// taken off and disabled for picking. An id without a visual fails on the render thread as `GetVisual` does.
+    /// Hangs a handle on a visual, at a pose relative to it. When that visual is removed by its id, or one above it, the
+    /// handle attached last is taken off and disabled for picking; others die with what they hang on, but for those that
+    /// start-up makes. An id without a visual fails on the render thread as `GetVisual` does.
     void attachGuiTo(GuiVisual* gui, unsigned id, const rob::PoseTemplate<float>& pose);
     void attachGuiTo(GuiVisual* gui, Visual* target, const rob::PoseTemplate<float>& pose);
     /// Takes a handle off; whether it can be picked stays as it is.

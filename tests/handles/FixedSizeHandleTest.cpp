@@ -4,8 +4,12 @@
 #include "MouseDisplacementOracle.h"
 
 #include "handles/HandleMeshVisual.h"
+#include "handles/PathEndsHandle.h"
+#include "handles/VectorHandle.h"
 #include "platform/broker/SignalBroker.h"
+#include "platform/common/Logger.h"
 #include "support/ThrowsExactly.h"
+#include "view/OffscreenTarget.h"
 #include "view/ViewTools.h"
 #include "visual/RenderGroups.h"
 
@@ -24,7 +28,11 @@ selection::VisualSelection& picking()
 class FixedSizeHandleTest : public test::WithHandles<test::RenderTest> {
 protected:
     FixedSizeHandleTest() : mesh(new HandleMeshVisual("part", &handle)) { mesh->attachMesh("DragHandleX"); }
-    ~FixedSizeHandleTest() override { handle.clearChildren(); }
+    ~FixedSizeHandleTest() override
+    {
+        detachAll();
+        handle.clearChildren();
+    }
 
     float scaleAt(float distance)
     {
@@ -160,6 +168,7 @@ TEST_F(FixedSizeHandleTest, RegisteredOneIsPickedInItsNewSize)
 {
     attach(&handle, world);
     handle.registerToSelection(true);
+    drain();
     // The arrow ends at 245 times its scale, along x.
     const auto isHit = [&](float distance, float x) {
         Camera::Get()->setWorldPosition({0, 0, distance});
@@ -211,19 +220,42 @@ TEST_F(FixedSizeHandleTest, PartsKeepTheirQueueGroupWhenSelected)
     EXPECT_EQ(mesh->getEntity()->getRenderQueueGroup(), renderGroup::handles);
 }
 
+/// One of an application's own.
+class MortalGui : public GuiVisual {
+public:
+    MortalGui(const std::string& name, int& deaths) : GuiVisual(name), deaths(deaths)
+    {
+        auto* mesh = new MeshVisual("part", this);
+        mesh->attachMesh("DragHandleX");
+        picking().addMeshVisual(this, false, true);
+    }
+    ~MortalGui() override { ++deaths; }
+
+private:
+    int& deaths;
+};
+
 class AttachGui : public test::WithHandles<test::SceneFixture> {
 protected:
-    AttachGui()
+    ~AttachGui() override
     {
-        auto* mesh = new MeshVisual("part", &gui);
-        mesh->attachMesh("DragHandleX");
-        picking().addMeshVisual(&gui, false, true);
+        if (deaths > 0)
+            return;
+        scene.detachGui(&gui);
+        drain();
+        Visual::Delete(&gui);
     }
-    ~AttachGui() override { gui.clearChildren(); }
-    bool isPickable() { return picking().isEnabled(*gui.getChildren().begin()); }
+    bool isPickable(const GuiVisual& handle) { return picking().isEnabled(*handle.getChildren().begin()); }
+    bool isPickable() { return isPickable(gui); }
+    void attach(GuiVisual* handle, Visual* target)
+    {
+        scene.attachGuiTo(handle, target, pose);
+        drain();
+    }
 
     const rob::Posef pose{{10, 20, 30}, rob::Rotationf(0.5f, rob::Dirf(0, 0, 1))};
-    GuiVisual gui{"gui"};
+    int deaths = 0;
+    GuiVisual& gui = *new MortalGui("gui", deaths);
     Visual* grandparent = addRegistered(world);
     Visual* parent = addRegistered(grandparent, {100, 0, 0});
 };
@@ -239,15 +271,24 @@ TEST_F(AttachGui, HangsItOnTheVisualOfAnIdAtAPoseRelativeToIt)
     EXPECT_EQ(gui.getPose(), pose);
     EXPECT_EQ(gui.getWorldPosition(), rob::Posf(110, 20, 30));
     EXPECT_EQ(currentGui(), &gui);
-    scene.detachGui(&gui);
 }
 
 TEST_F(AttachGui, HangsItOnAVisual)
 {
-    attach(&gui, parent, pose);
+    attach(&gui, parent);
 
     EXPECT_EQ(gui.getParent(), parent);
     EXPECT_EQ(gui.getPose(), pose);
+    EXPECT_EQ(currentGui(), &gui);
+}
+
+TEST_F(AttachGui, AttachingAgainMovesIt)
+{
+    attach(&gui, parent);
+
+    attach(&gui, grandparent);
+
+    EXPECT_EQ(gui.getParent(), grandparent);
     EXPECT_EQ(currentGui(), &gui);
 }
 
@@ -271,9 +312,9 @@ TEST_F(AttachGui, VisualThatDiesBeforeTheTaskRunsIsPassedOver)
     EXPECT_EQ(currentGui(), nullptr);
 }
 
-TEST_F(AttachGui, DetachingLeavesItNowhere)
+TEST_F(AttachGui, DetachingLeavesItNowhereAndAsPickableAsItWas)
 {
-    attach(&gui, parent, pose);
+    attach(&gui, parent);
 
     scene.detachGui(&gui);
     EXPECT_EQ(gui.getParent(), parent); // posted
@@ -281,6 +322,7 @@ TEST_F(AttachGui, DetachingLeavesItNowhere)
 
     EXPECT_EQ(gui.getParent(), nullptr);
     EXPECT_EQ(currentGui(), nullptr);
+    EXPECT_TRUE(isPickable());
 }
 
 TEST_F(AttachGui, DetachingWhatHangsNowhereDoesNothing)
@@ -293,44 +335,35 @@ TEST_F(AttachGui, DetachingWhatHangsNowhereDoesNothing)
 
 TEST_F(AttachGui, RemovalOfWhatItHangsOnTakesItOff)
 {
-    attach(&gui, parent, pose);
+    attach(&gui, parent);
     ASSERT_TRUE(isPickable());
 
     scene.removeVisual(parent->getId());
     drain();
 
+    EXPECT_EQ(deaths, 0);
     EXPECT_EQ(gui.getParent(), nullptr);
-    EXPECT_EQ(gui.getType(), VisualType::Gui); // it is alive
     EXPECT_FALSE(isPickable());
     EXPECT_EQ(currentGui(), nullptr);
 }
 
 TEST_F(AttachGui, RemovalOfAParentOfThatTakesItOff)
 {
-    attach(&gui, parent, pose);
+    attach(&gui, parent);
 
     scene.removeVisual(grandparent->getId());
     drain();
 
+    EXPECT_EQ(deaths, 0);
     EXPECT_EQ(gui.getParent(), nullptr);
     EXPECT_FALSE(isPickable());
-    EXPECT_EQ(currentGui(), nullptr);
-}
-
-TEST_F(AttachGui, DeletionOfWhatItHangsOnTakesItOffAsWell)
-{
-    attach(&gui, parent, pose);
-
-    scene.deleteVisual(parent);
-
-    EXPECT_EQ(gui.getParent(), nullptr);
     EXPECT_EQ(currentGui(), nullptr);
 }
 
 TEST_F(AttachGui, RemovalOfSomethingElseLeavesIt)
 {
     Visual* sibling = addRegistered(grandparent);
-    attach(&gui, parent, pose);
+    attach(&gui, parent);
 
     scene.removeVisual(sibling->getId());
     drain();
@@ -340,32 +373,111 @@ TEST_F(AttachGui, RemovalOfSomethingElseLeavesIt)
     EXPECT_EQ(currentGui(), &gui);
 }
 
-TEST_F(AttachGui, SecondHandleIsTheCurrentOneAndBothAreTakenOff)
+TEST_F(AttachGui, OnlyTheOneAttachedLastIsTakenOff)
 {
-    GuiVisual second("second");
-    attach(&gui, parent, pose);
-    attach(&second, parent, pose);
-    EXPECT_EQ(currentGui(), &second);
+    int deathsOfSecond = 0;
+    auto* second = new MortalGui("second", deathsOfSecond);
+    attach(&gui, parent);
+    attach(second, parent);
+    EXPECT_EQ(currentGui(), second);
     EXPECT_EQ(gui.getParent(), parent);
 
     scene.removeVisual(parent->getId());
     drain();
 
-    EXPECT_EQ(gui.getParent(), nullptr);
-    EXPECT_EQ(second.getParent(), nullptr);
+    EXPECT_EQ(second->getParent(), nullptr);
+    EXPECT_FALSE(isPickable(*second));
+    EXPECT_EQ(currentGui(), nullptr);
+    EXPECT_EQ(deaths, 1);
+    EXPECT_EQ(deathsOfSecond, 0);
+    Visual::Delete(second);
+}
+
+TEST_F(AttachGui, DetachingAnyForgetsTheCurrentOne)
+{
+    int deathsOfSecond = 0;
+    auto* second = new MortalGui("second", deathsOfSecond);
+    attach(&gui, grandparent);
+    attach(second, parent);
+
+    scene.detachGui(&gui);
+    drain();
+    EXPECT_EQ(currentGui(), nullptr);
+    EXPECT_EQ(second->getParent(), parent);
+
+    scene.removeVisual(parent->getId());
+    drain();
+    EXPECT_EQ(deathsOfSecond, 1);
+}
+
+TEST_F(AttachGui, DeletionOfWhatItHangsOnTakesItAlong)
+{
+    attach(&gui, parent);
+
+    scene.deleteVisual(parent); // which only a removal by id spares it
+
+    EXPECT_EQ(deaths, 1);
     EXPECT_EQ(currentGui(), nullptr);
 }
 
 TEST_F(AttachGui, HandleThatDiesIsForgotten)
 {
-    auto* dying = new GuiVisual("dying");
-    scene.attachGuiTo(dying, parent, pose);
-    drain();
+    attach(&gui, parent);
 
-    scene.deleteVisual(dying);
+    scene.deleteVisual(&gui);
 
     EXPECT_EQ(currentGui(), nullptr);
     scene.removeVisual(parent->getId()); // asks nothing of it
+    drain();
+}
+
+/// The handles that start-up makes.
+class HandlesOfTheProcess : public test::WithHandles<test::SceneFixture> {
+protected:
+    std::array<GuiVisual*, 3> all() { return {DragHandle::Get(), VectorHandle::Get(), PathEndsHandle::Get()}; }
+};
+
+TEST_F(HandlesOfTheProcess, OutliveWhateverTheyHangOn)
+{
+    Visual* parent = addRegistered(world);
+    auto* below = new Visual(parent);
+    for (GuiVisual* gui : all())
+        attach(gui, below);
+
+    scene.deleteVisual(parent);
+
+    for (GuiVisual* gui : all()) {
+        EXPECT_EQ(gui->getParent(), nullptr);
+        EXPECT_NE(gui->getChildren().begin(), gui->getChildren().end());
+    }
+    EXPECT_EQ(currentGui(), nullptr);
+}
+
+TEST_F(HandlesOfTheProcess, OutliveWhatTheyWereHungOnWithoutTheScene)
+{
+    Visual* parent = addRegistered(world);
+    for (GuiVisual* gui : all())
+        gui->attachTo(parent);
+
+    scene.removeVisual(parent->getId());
+    drain();
+
+    for (GuiVisual* gui : all())
+        EXPECT_EQ(gui->getParent(), nullptr);
+}
+
+TEST_F(HandlesOfTheProcess, AreNotPickedWhereTheyHaveBeenLeft)
+{
+    Visual* parent = addRegistered(world);
+    attach(DragHandle::Get(), parent);
+    attach(VectorHandle::Get(), parent); // so that the drag handle is not the current one
+    picking().setCompoundObjectEnabled(DragHandle::Get(), true);
+
+    scene.removeVisual(parent->getId());
+    drain();
+
+    for (Visual* part : DragHandle::Get()->getChildren())
+        EXPECT_FALSE(picking().isEnabled(part));
 }
 
 class MouseDisplacement : public test::WithHandles<test::RenderTest> {
@@ -508,6 +620,22 @@ TEST_F(MouseDisplacement, NoPositiveAxisFails)
             GuiVisual::MouseDisplacement({200, 150}, {210, 150}, {}, {0, -1, 0});
         },
         throwsExactly<std::overflow_error>("0-length vector cannot be normalized."));
+}
+
+TEST_F(MouseDisplacement, ViewWithoutPixelsMovesNothingAndSaysWhy)
+{
+    std::vector<std::string> lines;
+    AppLogger::inst()->setListener([&](LogLevel, const std::string& line) { lines.push_back(line); });
+    {
+        const OffscreenTarget target(80, 60, 0);
+        Camera::Get()->setRenderTarget(target.renderTarget());
+    }
+
+    const rob::Vec3f moved = GuiVisual::MouseDisplacement({1, 2}, {30, 40}, {}, {1, 0, 0});
+
+    AppLogger::inst()->setListener({});
+    EXPECT_EQ(moved, rob::Vec3f());
+    EXPECT_THAT(lines, testing::ElementsAre("nothing was moved by the mouse: there is no view with pixels"));
 }
 
 TEST_F(MouseDisplacement, WhatIsNotFiniteMovesNothing)

@@ -21,8 +21,7 @@ class WithHandles : public Base {
 protected:
     ~WithHandles() override
     {
-        for (visual::GuiVisual* gui : std::exchange(hung, {}))
-            this->scene.detachGui(gui);
+        detachAll();
         this->scene.setHandleScale(testSettings().handleScale);
         this->scene.resetDragHandle();
         this->drain();
@@ -43,6 +42,13 @@ protected:
         this->scene.attachGuiTo(gui, target, pose);
         this->drain();
         hung.push_back(gui);
+    }
+    /// Before a handle of the test's own dies.
+    void detachAll()
+    {
+        for (visual::GuiVisual* gui : std::exchange(hung, {}))
+            this->scene.detachGui(gui);
+        this->drain();
     }
     visual::GuiVisual* currentGui() const
     {

@@ -1,7 +1,15 @@
 #include "HandleFixture.h"
 
+#include "handles/PathEndsHandle.h"
+#include "handles/VectorHandle.h"
 #include "platform/layout/Body.h"
+#include "task/bands/BandShapes.h"
 #include "visual/SolidVisual.h"
+
+#include <TopExp_Explorer.hxx>
+#include <TopoDS.hxx>
+#include <TopoDS_Face.hxx>
+#include <gp_Trsf.hxx>
 
 #include <numbers>
 
@@ -16,12 +24,11 @@ class HandlePicture : public test::WithHandles<test::RenderTest>, public testing
 protected:
     HandlePicture() : handle(*DragHandle::Get())
     {
-        setSize(400 * GetParam(), 300 * GetParam());
+        setSize(400 * GetParam(), 300 * GetParam(), 4);
         Camera::Get()->setHFOV(0.47f);
         scene.setHandleScale(1.5f);
-        const TopoDS_Shape shape = test::meshedBox(200, 200, 200);
-        const auto body = test::addModelBody(shape, "handle-box", "#B0B4B8");
-        SolidVisual::Build(world, body.get(), shape);
+        const auto body = test::addModelBody(boxShape, "handle-box", "#B0B4B8");
+        SolidVisual::Build(world, body.get(), boxShape);
         box = Scene::GetVisual(body->getId());
         box->setPosition(-100, -100, -100);
     }
@@ -30,6 +37,12 @@ protected:
     void attachToBox(GuiVisual* gui) { attach(gui, box, rob::Posef(rob::Posf(100, 100, 100))); }
     std::string nameOf(const std::string& what) const { return what + "_" + std::to_string(GetParam()) + "x"; }
     const test::View view = test::lookingAtOrigin(2000);
+    const TopoDS_Shape boxShape = test::meshedBox(200, 200, 200);
+    const TopLoc_Location toMiddle = [] {
+        gp_Trsf moved;
+        moved.SetTranslation({-100, -100, -100});
+        return TopLoc_Location(moved);
+    }();
 
     DragHandle& handle;
     Visual* box;
@@ -75,6 +88,58 @@ TEST_P(HandlePicture, Yaw)
     handle.setMode(HandleType::Yaw);
 
     EXPECT_TRUE(matchesBaseline(render(view), nameOf("drag_handle_yaw")));
+}
+
+TEST_P(HandlePicture, TiltAndTwistWithTheirFans)
+{
+    VectorHandle& vector = *VectorHandle::Get();
+    attachToBox(&vector);
+    vector.setTwist(-0.6);
+    vector.setTilt(0.9);
+
+    EXPECT_TRUE(matchesBaseline(render(view), nameOf("vector_handle")));
+
+    vector.setTwist(0.0);
+    vector.setTilt(0.0);
+}
+
+TEST_P(HandlePicture, TiltUnderTheMouse)
+{
+    VectorHandle& vector = *VectorHandle::Get();
+    attachToBox(&vector);
+    vector.getTilt()->setHighlighted();
+
+    EXPECT_TRUE(matchesBaseline(render(view), nameOf("vector_handle_highlighted")));
+
+    vector.getTilt()->clearHighlightOrSelect();
+}
+
+TEST_P(HandlePicture, EndsOfARunAlongTheEdgesOfTheBox)
+{
+    // Along the front of the lid and round its right side: halfway between the two faces of each edge.
+    task::EdgeMfgShape run(960, "run");
+    run.addEdge({test::straightEdge({0, 0, 200}, {200, 0, 200}), {{0, {0, -1, 1}}}, 0, 0});
+    run.addEdge({test::straightEdge({200, 0, 200}, {200, 200, 200}), {{0, {1, 0, 1}}}, 0, 0});
+    run.setStart({0, 40});
+    run.setEnd({1, 150});
+    PathEndsHandle& ends = *PathEndsHandle::Get();
+    attach(&ends, box);
+    ends.updatePosition(run);
+
+    EXPECT_TRUE(matchesBaseline(render(test::lookingAtOrigin(1200)), nameOf("path_ends")));
+}
+
+TEST_P(HandlePicture, DirectionsOfUAndVOnTheFaces)
+{
+    int number = 0;
+    for (TopExp_Explorer faces(boxShape, TopAbs_FACE); faces.More(); faces.Next())
+        if (++number; number == 2 || number == 6) { // the right side and the lid
+            scene.showUVIndicatorVisual(TopoDS::Face(faces.Current().Moved(toMiddle)));
+
+            EXPECT_TRUE(
+                matchesBaseline(render(test::lookingAtOrigin(700)), nameOf("uv_indicator_" + std::to_string(number))));
+        }
+    scene.deleteUVIndicatorVisual();
 }
 
 TEST_P(HandlePicture, HiddenHandleLeavesTheBoxAlone)

@@ -1,6 +1,10 @@
-#include "handles/GuiVisual.h"
+#include "handles/FixedSizeHandle.h"
 #include "platform/common/Logger.h"
+#include "scene/core/SceneCore.h"
+#include "selection/VisualSelection.h"
 #include "view/Camera.h"
+
+#include <Ogre.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -22,6 +26,37 @@ TEST(MouseDisplacementWithoutCamera, MovesNothingAndSaysWhy)
     AppLogger::inst()->setListener({});
     EXPECT_EQ(moved, rob::Vec3f());
     EXPECT_THAT(lines, testing::ElementsAre("nothing was moved by the mouse: there is no view with pixels"));
+}
+
+/// A tree of visuals, and nothing that could draw it.
+class HandleBeforeTheCamera : public testing::Test {
+protected:
+    Ogre::Root root{"", "", ""};
+    SceneCore core{"test", root.createSceneManager(Ogre::DefaultSceneManagerFactory::FACTORY_TYPE_NAME), nullptr};
+};
+
+TEST_F(HandleBeforeTheCamera, IsNeverScaled)
+{
+    ASSERT_EQ(Camera::Get(), nullptr);
+    FixedSizeHandle handle("handle", nullptr);
+
+    handle.updateScale();
+
+    EXPECT_EQ(handle.getSceneNode()->getScale(), Ogre::Vector3::UNIT_SCALE);
+}
+
+TEST_F(HandleBeforeTheCamera, MayBeRegisteredAndDie)
+{
+    selection::Init();
+    {
+        FixedSizeHandle handle("handle", nullptr);
+        handle.registerToSelection(true);
+        EXPECT_TRUE(handle.isRegisteredInSelection());
+    }
+
+    core.queue.run();
+
+    EXPECT_FALSE(selection::VisualSelection::Get()->isDirty());
 }
 
 } // namespace

@@ -45,8 +45,9 @@ TEST_F(VectorHandleTest, IsAChainOfTwistTiltAndArrow)
 
 TEST_F(VectorHandleTest, EveryPartIsDrawnWithTheHandles)
 {
-    for (const MeshVisual* part : {static_cast<MeshVisual*>(handle.getTilt()), static_cast<MeshVisual*>(handle.getTwist()),
-                                   static_cast<MeshVisual*>(handle.getDirHandle())})
+    for (const MeshVisual* part :
+         {static_cast<MeshVisual*>(handle.getTilt()), static_cast<MeshVisual*>(handle.getTwist()),
+          static_cast<MeshVisual*>(handle.getDirHandle())})
         for (const Ogre::MovableObject* object : part->getSceneNode()->getAttachedObjects())
             EXPECT_EQ(object->getRenderQueueGroup(), renderGroup::handles) << part->getName();
 }
@@ -77,7 +78,7 @@ TEST_P(VectorHandleFan, HasAtMostFiveDegreesPerTriangle)
 }
 INSTANTIATE_TEST_SUITE_P(Table, VectorHandleFan,
                          testing::Values(FanCase{"JustBelowFive", 4.9, 1}, FanCase{"Five", 5, 2},
-                                         FanCase{"Thirty", 30, 7}),
+                                         FanCase{"ThirtyTwo", 32, 7}),
                          [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(VectorHandleTest, AngleOfZeroEndsTheFan)

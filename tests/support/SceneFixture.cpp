@@ -129,7 +129,7 @@ View lookingAtOrigin(float distance)
 
 class OffscreenHolder {
 public:
-    OffscreenHolder(unsigned width, unsigned height) : target(width, height, 0) {}
+    OffscreenHolder(unsigned width, unsigned height, unsigned samples) : target(width, height, samples) {}
     visual::OffscreenTarget target;
 };
 
@@ -143,9 +143,9 @@ RenderTest::~RenderTest()
     visual::Camera::Get()->setRenderTarget(Ogre::Root::getSingleton().getRenderTarget("ogrewindow"));
 }
 
-void RenderTest::setSize(unsigned width, unsigned height)
+void RenderTest::setSize(unsigned width, unsigned height, unsigned samples)
 {
-    auto next = std::make_unique<OffscreenHolder>(width, height);
+    auto next = std::make_unique<OffscreenHolder>(width, height, samples);
     visual::Camera::Get()->setRenderTarget(next->target.renderTarget());
     holder = std::move(next);
 }

@@ -67,7 +67,8 @@ protected:
     Picture render(const View& view);
     /// The pixel of the last picture where a point of the world lies.
     Pixel pixelAt(const Picture& picture, const rob::PosTemplate<float>& point) const;
-    void setSize(unsigned width, unsigned height);
+    /// @param samples  of each pixel, as a viewer smooths its edges.
+    void setSize(unsigned width, unsigned height, unsigned samples = 0);
 
 private:
     std::unique_ptr<class OffscreenHolder> holder;
