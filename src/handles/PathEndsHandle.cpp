@@ -14,7 +14,7 @@ constexpr float stemLength = 37.5f; // model units
 
 PathEndsHandle* instance = nullptr;
 
-/// How the tool is held at a place of a run.
+/// What stands on the work at a place of a run.
 rob::Posef poseAt(const task::EdgeMfgShape& shape, const task::EdgeMfgShape::PathPoint& point)
 {
     return rob::Posef(shape.getMfgVector(point).getPose(shape.getEdge(point.edge)));
