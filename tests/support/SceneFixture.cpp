@@ -171,6 +171,13 @@ Pixel RenderTest::pixelAt(const Picture& picture, const rob::PosTemplate<float>&
     return picture.at(static_cast<unsigned>(x), static_cast<unsigned>(y));
 }
 
+bool isPartOfHandle(const visual::Visual* visual)
+{
+    while (const visual::Visual* parent = visual->getParent())
+        visual = parent;
+    return visual->getType() == VisualType::Gui;
+}
+
 bool isModelFree()
 {
     bool isFree = false;

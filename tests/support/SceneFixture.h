@@ -74,6 +74,9 @@ private:
     std::unique_ptr<class OffscreenHolder> holder;
 };
 
+/// Whether it belongs to a handle that hangs nowhere, as those of start-up do in a test that uses none of them.
+bool isPartOfHandle(const visual::Visual* visual);
+
 /// Whether nobody holds the lock of the model, the calling thread included.
 bool isModelFree();
 
