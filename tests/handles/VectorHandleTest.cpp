@@ -81,6 +81,67 @@ INSTANTIATE_TEST_SUITE_P(Table, VectorHandleFan,
                                          FanCase{"ThirtyTwo", 32, 7}),
                          [](const auto& info) { return std::string(info.param.name); });
 
+struct FanLookCase {
+    const char* name;
+    bool ofTilt;
+    rob::Dird axis;
+    Ogre::Vector4 color;
+};
+class VectorHandleFanLook : public VectorHandleTest, public testing::WithParamInterface<FanLookCase> {};
+
+TEST_P(VectorHandleFanLook, RunsFromTheHandleBackToZeroInItsColour)
+{
+    const FanLookCase& c = GetParam();
+    const AngleHandle& angle = c.ofTilt ? static_cast<AngleHandle&>(*handle.getTilt()) : *handle.getTwist();
+    const double radians = -12 * degree; // three steps
+    c.ofTilt ? handle.setTilt(radians) : handle.setTwist(radians);
+
+    Ogre::ManualObject::ManualObjectSection& section = *fanOf(angle).getSections().at(0);
+    EXPECT_EQ(section.getMaterialName(), "TransparentHandle");
+    EXPECT_EQ(section.getRenderOperation()->operationType, Ogre::RenderOperation::OT_TRIANGLE_FAN);
+    EXPECT_EQ(section.getCustomParameter(0), c.color);
+    const Ogre::VertexData& data = *section.getRenderOperation()->vertexData;
+    ASSERT_EQ(data.vertexCount, 5u);
+    const Ogre::HardwareVertexBufferSharedPtr& buffer = data.vertexBufferBinding->getBuffer(0);
+    ASSERT_EQ(buffer->getVertexSize(), 6 * sizeof(float));
+    const Ogre::HardwareBufferLockGuard lock(buffer, Ogre::HardwareBuffer::HBL_READ_ONLY);
+    const auto* at = static_cast<const float*>(lock.pData);
+    for (int i = 0; i < 5; ++i, at += 6) {
+        const rob::Posd expected =
+            i == 0 ? rob::Posd() : rob::Rotationd((i - 1) * -radians / 3, c.axis) * rob::Posd(0, 0, 150);
+        EXPECT_LT((rob::Posd(at[0], at[1], at[2]) - expected).length(), 1e-4) << i;
+        EXPECT_EQ(rob::Dird(at[3], at[4], at[5]), rob::Dird(-c.axis)) << i;
+    }
+}
+INSTANTIATE_TEST_SUITE_P(
+    Table, VectorHandleFanLook,
+    testing::Values(FanLookCase{"Tilt", true, {0, 1, 0}, {242 / 255.0f, 12 / 255.0f, 0, 0.4f}},
+                    FanLookCase{"Twist", false, {1, 0, 0}, {26 / 255.0f, 251 / 255.0f, 121 / 255.0f, 0.4f}}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(VectorHandleTest, PartsHaveTheirMaterialsAndColours)
+{
+    const std::pair<const MeshVisual*, std::pair<const char*, Ogre::Vector4>> parts[] = {
+        {handle.getTilt(), {"TiltHandle", {0xF2 / 255.0f, 0x0C / 255.0f, 0, 1}}},
+        {handle.getTwist(), {"TwistHandle", {0x16 / 255.0f, 0xA9 / 255.0f, 0x51 / 255.0f, 1}}},
+        {handle.getDirHandle(), {"VectorDirHandle", {0x41 / 255.0f, 0x8A / 255.0f, 0xB4 / 255.0f, 1}}}};
+    for (const auto& [part, expected] : parts) {
+        EXPECT_EQ(part->getMeshName(), expected.first);
+        EXPECT_TRUE(part->getName().starts_with(expected.first));
+        EXPECT_TRUE(test::colorOf(*part).positionEquals(expected.second, 1e-6f)) << expected.first;
+        EXPECT_EQ(part->getEntity()->getSubEntity(0)->getMaterialName(), "Axis");
+    }
+}
+
+TEST_F(VectorHandleTest, ArrowHasNoLookForAHighlight)
+{
+    handle.getDirHandle()->setHighlighted();
+    handle.getDirHandle()->setSelected();
+
+    EXPECT_EQ(handle.getDirHandle()->getEntity()->getSubEntity(0)->getMaterialName(), "Axis");
+    EXPECT_EQ(handle.getDirHandle()->getEntity()->getRenderQueueGroup(), renderGroup::handles);
+}
+
 TEST_F(VectorHandleTest, AngleOfZeroEndsTheFan)
 {
     handle.setTilt(1.0);
