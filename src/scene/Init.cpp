@@ -1,11 +1,16 @@
 #include "scene/Init.h"
 
+#include "handles/AttachedGuis.h"
+#include "handles/DragHandle.h"
+#include "handles/PathEndsHandle.h"
+#include "handles/VectorHandle.h"
 #include "mesh/MeshManager.h"
 #include "platform/common/Logger.h"
 #include "scene/FrameTimer.h"
 #include "scene/Scene.h"
 #include "scene/core/OgreCompat.h"
 #include "scene/core/ResourceArchive.h"
+#include "scene/core/SceneCore.h"
 
 #include <fmt/format.h>
 
@@ -120,6 +125,10 @@ void Init(int width, int height, const SceneSettings& settings)
     MeshManager::Init();
     Scene::Init(settings);
     Scene::Get()->setGrid(true);
+    DragHandle::Build();
+    new VectorHandle; // which keeps itself
+    PathEndsHandle::Init();
+    SceneCore::Get()->record<AttachedGuis>(); // from here on the handles outlive what they hang on
 }
 
 void ReleaseResources() {}

@@ -1,5 +1,6 @@
 #include "scene/Scene.h"
 
+#include "handles/AttachedGuis.h"
 #include "platform/broker/SignalBroker.h"
 #include "platform/common/Checks.h"
 #include "scene/BorderMask.h"
@@ -175,7 +176,9 @@ void Scene::removeVisual(unsigned id)
 
 void Scene::doRemoveVisual(unsigned id)
 {
-    deleteVisual(GetVisual(id));
+    Visual* visual = GetVisual(id);
+    core->record<AttachedGuis>().rescueCurrentFrom(visual);
+    deleteVisual(visual);
 }
 
 void Scene::removeTempVisual(unsigned id)

@@ -39,6 +39,7 @@ class BorderMask;
 class Camera;
 class DepthClearListener;
 class Grid;
+class GuiVisual;
 class SceneCore;
 class SolidVisual;
 class TcpTraceVisual;
@@ -368,6 +369,28 @@ public:
     /// along; in place of one that is there. An id that is no such shape is passed over, and one on a body without a visual.
     /// What cannot be drawn, as a tool direction along its edge, is not: the log tells why.
     void addBand(unsigned id);
+
+    // Handles; posted. A handle must live until the task has run.
+
+    /// Hangs a handle on a visual, at a pose relative to it. When that visual is removed by its id, or one above it, the
+    /// handle attached last is taken off and disabled for picking; others die with what they hang on, but for those that
+    /// start-up makes. An id without a visual fails on the render thread as `GetVisual` does.
+    void attachGuiTo(GuiVisual* gui, unsigned id, const rob::PoseTemplate<float>& pose);
+    void attachGuiTo(GuiVisual* gui, Visual* target, const rob::PoseTemplate<float>& pose);
+    /// Takes a handle off; whether it can be picked stays as it is.
+    void detachGui(GuiVisual* gui);
+    /// The size of all handles that keep theirs on the screen, as a factor; one below 0.5 or above 10 counts as 1. The
+    /// setting changes at once.
+    void setHandleScale(float scale);
+    void showDragHandle();
+    void hideDragHandle();
+    void resetDragHandle();
+    /// Shows the directions of U and V in the middle of a face, in the world. A face without a surface leaves the mark as it
+    /// is, and the log says so; one that is degenerate fails on the render thread with "0-length vector cannot be
+    /// normalized."
+    void showUVIndicatorVisual(const TopoDS_Face& face);
+    void hideUVIndicatorVisual();
+    void deleteUVIndicatorVisual();
 
 private:
     explicit Scene(const std::string& name);

@@ -20,6 +20,7 @@
 
 #include <algorithm>
 #include <mutex>
+#include <utility>
 
 namespace vrk::selection {
 namespace {
@@ -60,10 +61,11 @@ void VisualSelection::enter(SelectableObject* object, bool detectable)
 {
     const std::lock_guard alone(access);
     object->detectable = detectable;
-    std::vector<BVHPrimitive*>& all = containerOf(*object).primitives;
+    std::vector<BVHPrimitive*>& all = containers[containerOf(*object)].primitives;
     object->place = all.size();
     all.push_back(object);
     objects.emplace(object->visual, object);
+    stale[containerOf(*object)] = true;
     dirty.exchange(true);
 }
 
@@ -117,13 +119,15 @@ void VisualSelection::removeObject(visual::Visual* visual)
     SelectableObject* object = found->second;
     dirty.exchange(true);
     objects.erase(found);
-    containerOf(*object).primitives[object->place] = nullptr; // closed up with all other gaps before anything is asked
+    stale[containerOf(*object)] = true;
+    containers[containerOf(*object)].primitives[object->place] =
+        nullptr; // closed up with all other gaps before anything is asked
     delete object;
 }
 
-PrimitiveContainer& VisualSelection::containerOf(const SelectableObject& object)
+unsigned VisualSelection::containerOf(const SelectableObject& object)
 {
-    return containers[object.kind == SelectableObject::ObjectKind::PointCloud ? clouds : 0];
+    return object.kind == SelectableObject::ObjectKind::PointCloud ? clouds : 0;
 }
 
 void VisualSelection::closeGaps()
@@ -168,6 +172,8 @@ void VisualSelection::setObjectEnabled(visual::Visual* visual, bool enabled)
         return;
     const std::lock_guard alone(access);
     dirty.exchange(true);
+    if (object->enabled != enabled)
+        stale[containerOf(*object)] = true;
     object->enabled = enabled;
 }
 
@@ -193,10 +199,12 @@ void VisualSelection::setLineEnabled(bool enabled)
         isChanged = isChanged || object->enabled != enabled;
         object->enabled = enabled;
         if (enabled)
-            object->update();
+            updateObject(*object);
     }
-    if (isChanged)
-        dirty.exchange(true);
+    if (!isChanged)
+        return;
+    stale[0] = true;
+    dirty.exchange(true);
 }
 
 void VisualSelection::markDirty(visual::Visual* visual)
@@ -271,7 +279,20 @@ void VisualSelection::updateObjects()
     buildPartsOnAllCores();
     for (PrimitiveContainer& container : containers)
         for (BVHPrimitive* object : container.primitives)
-            static_cast<SelectableObject*>(object)->update();
+            updateObject(*static_cast<SelectableObject*>(object));
+}
+
+void VisualSelection::updateObject(SelectableObject& object)
+{
+    if (!object.worldDirty)
+        return;
+    bool& isTreeStale = stale[containerOf(object)];
+    const bool wasStale = std::exchange(isTreeStale, true); // and so it stays if the update fails
+    const visual::Box before = object.box;
+    object.update();
+    object.box.getCenter(); // settled: where nothing is built, nobody else does it before several threads read it
+    const bool isMoved = object.box.min != before.min || object.box.max != before.max;
+    isTreeStale = wasStale || (object.enabled && isMoved);
 }
 
 void VisualSelection::update()
@@ -281,8 +302,11 @@ void VisualSelection::update()
     {
         const std::lock_guard alone(access);
         updateObjects();
-        for (PrimitiveContainer& container : containers)
-            container.bvh = BVHBuilder(&container).build();
+        for (std::size_t i = 0; i < containers.size(); ++i)
+            if (stale[i]) {
+                containers[i].bvh = BVHBuilder(&containers[i]).build();
+                stale[i] = false;
+            }
         dirty.exchange(false);
     }
     broker::SignalBroker::snapResultInvalidated();

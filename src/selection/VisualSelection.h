@@ -105,7 +105,8 @@ public:
     const BVHNode* getCloudTree() const { return containers[clouds].getRoot(); }
 
     /// Brings what it knows up to date and raises `snapResultInvalidated`; does nothing if it is clean. A failure leaves it
-    /// dirty.
+    /// dirty. A hierarchy is built anew only where one that is enabled came, went, or has another box: a handle that is
+    /// disabled, and is scaled ahead of each picture, costs no more than its own boxes.
     void update();
     /// The part of `update` that makes what is new and moves what moved; the service stays dirty.
     void updateWorldBoxes();
@@ -161,15 +162,17 @@ private:
     static constexpr unsigned clouds = 1; // the container of the clouds; all else is in 0
 
     void enter(SelectableObject* object, bool detectable);
-    PrimitiveContainer& containerOf(const SelectableObject& object);
+    static unsigned containerOf(const SelectableObject& object);
     /// Removal leaves gaps, so that the removal of many does not move the others each time.
     void closeGaps();
     void buildPartsOnAllCores();
     void updateObjects();
+    void updateObject(SelectableObject& object);
     SelectableObject* find(visual::Visual* visual) const;
 
     std::unordered_map<visual::Visual*, SelectableObject*> objects;
     std::array<PrimitiveContainer, 2> containers; // own the objects
+    std::array<bool, 2> stale{};                  // the hierarchies that are to be built anew
     // Shared by the questions that any thread may ask at any time, and alone with what changes what they read.
     mutable std::shared_mutex access;
     std::atomic<bool> dirty{false};

@@ -38,9 +38,9 @@ MeshVisual::MeshVisual(const std::string& name, Visual* parent) : FacetVisual(na
 
 MeshVisual::~MeshVisual()
 {
-    if (!entity)
+    detachMesh();
+    if (!mesh)
         return;
-    destroy(*this, entity);
     // The first of those that draw a mesh ends it. What is registered under its name after that is another's.
     MeshManager& manager = *MeshManager::Get();
     if (!copied && manager.getMesh(meshName) == mesh)
@@ -87,14 +87,19 @@ Ogre::Entity* MeshVisual::attachMesh(const std::string& name)
     Mesh* found = manager.getGlobalMesh(name);
     if (!found)
         found = manager.hasMesh(name) ? manager.getMesh(name) : manager.loadStl(name);
-    if (entity)
-        destroy(*this, std::exchange(entity, nullptr));
+    detachMesh();
     meshName = name;
     entity = makeEntity(std::to_string(id) + name, name);
     MeshManager::holdMesh(found);
     if (Mesh* before = std::exchange(mesh, found))
         MeshManager::releaseMesh(before);
     return entity;
+}
+
+void MeshVisual::detachMesh()
+{
+    if (entity)
+        destroy(*this, std::exchange(entity, nullptr));
 }
 
 std::optional<Visual*> MeshVisual::copy(Visual* parent)

@@ -27,6 +27,8 @@ public:
     /// name of a mesh. Virtual, so that a derived visual can do more with its entity.
     /// @throws what `MeshManager::loadStl` does.
     virtual Ogre::Entity* attachMesh(const std::string& name);
+    /// Draws nothing until the next `attachMesh`; the visual and its mesh stay.
+    void detachMesh();
 
     std::optional<Visual*> copy(Visual* parent) override;
     unsigned getBodiesNum() override;

@@ -157,6 +157,7 @@ void keepPlatform()
     keep(&geometry::GetPointAtParameter);
     keep(&geometry::addEdgePolygons);
     keep(&geometry::MfgVector::getPose);
+    keep(&geometry::MfgVector::getToolPose);
     keep(&geometry::ProjectPoint);
     keep(&layout::PartContainer::addPart);
     keep(&construct<layout::Assembly, unsigned, std::string>);

@@ -38,6 +38,13 @@ protected:
         visual::Camera::Get()->setWorldPose({view.eye, rob::Rotationf::FromAxes(x, y, z)});
     }
 
+    /// Without the parts of the handles that start-up makes.
+    std::vector<visual::Visual*> entered() const
+    {
+        std::vector<visual::Visual*> visuals = service.registeredVisuals();
+        std::erase_if(visuals, test::isPartOfHandle);
+        return visuals;
+    }
     visual::SolidVisual* addSolid(const TopoDS_Shape& shape, const rob::Posf& at = {}, bool detectable = true)
     {
         visual::SolidVisual* visual = visual::SolidVisual::Build(world, shape, "Body");

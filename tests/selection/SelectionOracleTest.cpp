@@ -106,7 +106,7 @@ protected:
     }
     std::vector<visual::Visual*> sortedVisuals() const
     {
-        std::vector<visual::Visual*> visuals = service.registeredVisuals();
+        std::vector<visual::Visual*> visuals = entered();
         std::sort(visuals.begin(), visuals.end(),
                   [](const visual::Visual* a, const visual::Visual* b) { return a->getId() < b->getId(); });
         return visuals;

@@ -4,6 +4,7 @@
 
 #include "platform/broker/SignalBroker.h"
 #include "scene/core/SceneCore.h"
+#include "selection/geometry/BVHWalk.h"
 #include "selection/geometry/Math.h"
 #include "task/RobtargetVisual.h"
 
@@ -13,6 +14,8 @@
 #include <Standard_OutOfRange.hxx>
 #include <TopExp_Explorer.hxx>
 #include <TopoDS.hxx>
+
+#include <random>
 
 /// Registration, state and update of the service.
 namespace vrk::selection {
@@ -112,7 +115,7 @@ TEST_F(VisualSelectionTest, MeshesOfASubtreeAreEnteredAndNothingElse)
 
     service.addMeshVisual(group, false, true);
 
-    EXPECT_THAT(service.registeredVisuals(), UnorderedElementsAre(first, second));
+    EXPECT_THAT(entered(), UnorderedElementsAre(first, second));
     EXPECT_TRUE(object(first).priority && object(second).priority);
     EXPECT_FALSE(object(first).detectable || object(second).detectable);
 }
@@ -168,7 +171,7 @@ TEST_F(VisualSelectionTest, RemovingACompoundTakesASolidAndAllBelowItInOneCall)
 
     service.removeCompoundObject(parent);
 
-    EXPECT_THAT(service.registeredVisuals(), UnorderedElementsAre(other));
+    EXPECT_THAT(entered(), UnorderedElementsAre(other));
 }
 
 TEST_F(VisualSelectionTest, RemovingACompoundThatIsNotEnteredChangesNothing)
@@ -187,7 +190,7 @@ TEST_F(VisualSelectionTest, DeletedVisualLeavesTheService)
 
     scene.deleteVisual(box);
 
-    EXPECT_THAT(service.registeredVisuals(), IsEmpty());
+    EXPECT_THAT(entered(), IsEmpty());
     EXPECT_TRUE(service.isDirty());
     makeClean();
     EXPECT_FALSE(along(1, 2).hit);
@@ -483,6 +486,162 @@ TEST_F(VisualSelectionTest, UpdateBuildsWhatIsNewAndRaisesTheSignalOnce)
     box->setPosition(30, 0, 0);
     service.update();
     EXPECT_EQ(raised, 2);
+}
+
+/// The hierarchies stay where nothing that they hold has come, gone or moved; a new one lies elsewhere in memory, since it
+/// is built before the old one goes.
+class HierarchyOfTheScene : public VisualSelectionTest {
+protected:
+    HierarchyOfTheScene()
+    {
+        for (float x : {0.0f, 100.0f, 200.0f, 300.0f, 400.0f, 500.0f})
+            boxes.push_back(addBox(10, {x, 0, 0}));
+        cloud = addCloud({{0, 0, 50}, {1, 1, 51}});
+        handle = addMesh(wall(10));
+        line = addLine({{0, 0, 80}, {10, 0, 80}});
+        service.disableObject(handle);
+        makeClean();
+    }
+    template <typename Change>
+    bool isBuiltAnewBy(const Change& change)
+    {
+        const BVHNode* before = service.getObjectTree();
+        change();
+        EXPECT_TRUE(service.isDirty());
+        int raised = 0;
+        const boost::signals2::scoped_connection connection =
+            broker::SignalBroker::onSnapResultInvalidated([&] { ++raised; });
+        service.update();
+        EXPECT_FALSE(service.isDirty());
+        EXPECT_EQ(raised, 1);
+        return service.getObjectTree() != before;
+    }
+
+    std::vector<SolidVisual*> boxes;
+    visual::PointCloudVisual* cloud;
+    visual::MeshVisual* handle;
+    visual::LineVisual* line;
+};
+
+TEST_F(HierarchyOfTheScene, StaysWhereOnlyADisabledObjectMoves)
+{
+    EXPECT_FALSE(isBuiltAnewBy([&] { handle->setPosition(7, 8, 9); }));
+    EXPECT_FALSE(object(handle).worldDirty);
+    EXPECT_EQ(object(handle).worldPose.position, Posf(7, 8, 9));
+    EXPECT_EQ(along(101, 2).visual, boxes[1]);
+}
+
+TEST_F(HierarchyOfTheScene, StaysWhereABoxIsAsBefore)
+{
+    EXPECT_FALSE(isBuiltAnewBy([&] { service.markDirty(boxes[2]); }));
+    EXPECT_FALSE(object(boxes[2]).box.centerDirty);
+    EXPECT_FALSE(isBuiltAnewBy([&] { service.disableObject(handle); }));
+    EXPECT_FALSE(isBuiltAnewBy([&] { service.enableObject(boxes[2]); }));
+}
+
+TEST_F(HierarchyOfTheScene, OfTheObjectsStaysWhereACloudMoves)
+{
+    const BVHNode* clouds = service.getCloudTree();
+
+    EXPECT_FALSE(isBuiltAnewBy([&] { cloud->setPosition(1, 2, 3); }));
+
+    EXPECT_NE(service.getCloudTree(), clouds);
+}
+
+TEST_F(HierarchyOfTheScene, OfTheCloudsStaysWhereABodyMoves)
+{
+    const BVHNode* clouds = service.getCloudTree();
+
+    EXPECT_TRUE(isBuiltAnewBy([&] { boxes[0]->setPosition(1, 2, 3); }));
+
+    EXPECT_EQ(service.getCloudTree(), clouds);
+}
+
+TEST_F(HierarchyOfTheScene, IsBuiltAnewByWhateverChangesWhatItHolds)
+{
+    EXPECT_TRUE(isBuiltAnewBy([&] { boxes[3]->setPosition(310, 0, 0); }));
+    EXPECT_TRUE(isBuiltAnewBy([&] { service.enableObject(handle); }));
+    EXPECT_TRUE(isBuiltAnewBy([&] { handle->setPosition(1, 1, 1); }));
+    EXPECT_TRUE(isBuiltAnewBy([&] { service.setCompoundObjectEnabled(handle, false); }));
+    EXPECT_TRUE(isBuiltAnewBy([&] { service.removeObject(boxes[5]); }));
+    EXPECT_TRUE(isBuiltAnewBy([&] { addBox(10, {600, 0, 0}); }));
+    EXPECT_TRUE(isBuiltAnewBy([&] { service.updateShapeFaces(boxes[4]); }));
+    EXPECT_TRUE(isBuiltAnewBy([&] { service.setLineEnabled(false); }));
+}
+
+TEST_F(HierarchyOfTheScene, MoveThatWasTakenOverAheadOfTheUpdateIsNotForgotten)
+{
+    EXPECT_TRUE(isBuiltAnewBy([&] {
+        boxes[1]->setPosition(110, 0, 0);
+        service.updateWorldBoxes();
+    }));
+    EXPECT_TRUE(isBuiltAnewBy([&] {
+        line->setPosition(0, 0, 30);
+        service.setLineEnabled(true); // it is enabled already, and brought up to date at once
+    }));
+}
+
+TEST_F(HierarchyOfTheScene, DisabledObjectThatMovedIsFoundWhereItIsOnceEnabled)
+{
+    isBuiltAnewBy([&] { handle->setPosition(700, 0, 0); });
+
+    EXPECT_TRUE(isBuiltAnewBy([&] { service.enableObject(handle); }));
+
+    EXPECT_EQ(along(701, 2).visual, handle);
+}
+
+TEST_F(HierarchyOfTheScene, AfterAnyChangesItHoldsWhatIsEnabled)
+{
+    for (unsigned seed = 0; seed < 20; ++seed) {
+        SCOPED_TRACE(testing::Message() << "seed " << seed);
+        std::mt19937 random(seed);
+        std::uniform_real_distribution<float> place(-500, 500);
+        for (int step = 0; step < 25; ++step) {
+            std::vector<Visual*> all = entered();
+            std::ranges::sort(all, {}, &Visual::getId);
+            Visual* any = all[random() % all.size()];
+            switch (random() % 7) {
+            case 0:
+            case 1:
+                any->setPosition(place(random), place(random), place(random));
+                break;
+            case 2:
+                service.setObjectEnabled(any, random() % 2 == 0);
+                break;
+            case 3:
+                service.updateWorldBoxes();
+                break;
+            case 4:
+                service.setLineEnabled(random() % 2 == 0);
+                break;
+            case 5:
+                addBox(20, {place(random), place(random), place(random)});
+                break;
+            default:
+                if (all.size() > 5)
+                    service.removeObject(any);
+                break;
+            }
+            if (step % 3 == 0)
+                continue; // several changes before one update
+            service.update();
+
+            std::vector<const BVHPrimitive*> expected;
+            for (Visual* visual : entered())
+                if (object(visual).enabled && object(visual).kind != Kind::PointCloud)
+                    expected.push_back(&object(visual));
+            std::vector<const BVHPrimitive*> held;
+            walkBox(service.getObjectTree(), Box(-1e6f, -1e6f, -1e6f, 1e6f, 1e6f, 1e6f),
+                    [&](const BVHPrimitive* primitive) { held.push_back(primitive); });
+            ASSERT_THAT(held, testing::UnorderedElementsAreArray(expected));
+            for (const BVHPrimitive* primitive : expected) { // each where its box is
+                bool isFound = false;
+                walkBox(service.getObjectTree(), primitive->box,
+                        [&](const BVHPrimitive* found) { isFound = isFound || found == primitive; });
+                ASSERT_TRUE(isFound);
+            }
+        }
+    }
 }
 
 TEST_F(VisualSelectionTest, NeitherTasksNorFramesNorQuestionsBringItUpToDate)

@@ -1,88 +1,17 @@
 #include "scene/core/SceneCore.h"
 #include "station/support/TestCell.h"
+#include "support/Allocations.h"
 #include "visual/VisualStateManager.h"
 
 #include <Ogre.h>
 
-#include <malloc.h>
-
-#include <cstdlib>
 #include <map>
-#include <new>
-
-// Every allocation of the process with `new`, those of the libraries too, is counted here.
-
-namespace {
-
-thread_local std::size_t allocationCount = 0;
-thread_local std::ptrdiff_t liveBytes = 0;
-
-void* counted(void* block)
-{
-    if (!block)
-        throw std::bad_alloc();
-    ++allocationCount;
-    liveBytes += static_cast<std::ptrdiff_t>(malloc_usable_size(block));
-    return block;
-}
-
-void release(void* block)
-{
-    liveBytes -= static_cast<std::ptrdiff_t>(malloc_usable_size(block));
-    std::free(block);
-}
-
-} // namespace
-
-void* operator new(std::size_t size)
-{
-    return counted(std::malloc(size ? size : 1));
-}
-void* operator new(std::size_t size, std::align_val_t alignment)
-{
-    const auto step = static_cast<std::size_t>(alignment);
-    return counted(std::aligned_alloc(step, (size + step - 1) / step * step));
-}
-void operator delete(void* block) noexcept
-{
-    release(block);
-}
-void operator delete(void* block, std::size_t) noexcept
-{
-    release(block);
-}
-void operator delete(void* block, std::align_val_t) noexcept
-{
-    release(block);
-}
-void operator delete(void* block, std::size_t, std::align_val_t) noexcept
-{
-    release(block);
-}
 
 namespace vrk::visual {
 namespace {
 
-struct Cost {
-    std::size_t allocations = 0;
-    std::ptrdiff_t kept = 0; // bytes that live on
-
-    bool operator==(const Cost&) const = default;
-};
-
-std::ostream& operator<<(std::ostream& stream, const Cost& cost)
-{
-    return stream << cost.allocations << " allocations, " << cost.kept << " bytes kept";
-}
-
-template <typename Call>
-Cost costOf(const Call& call)
-{
-    const std::size_t allocations = allocationCount;
-    const std::ptrdiff_t bytes = liveBytes;
-    call();
-    return {allocationCount - allocations, liveBytes - bytes};
-}
+using test::Cost;
+using test::costOf;
 
 /// What a mesh is on the graphics card: its buffers and their bytes, and how often it was built.
 struct MeshRecord {

@@ -380,7 +380,7 @@ protected:
             ASSERT_EQ(visual->getId(), id);
         }
         for (const visual::Visual* visual : selection::VisualSelection::Get()->registeredVisuals())
-            ASSERT_TRUE(tree.contains(visual)) << "pickable and not in the tree";
+            ASSERT_TRUE(tree.contains(visual) || test::isPartOfHandle(visual)) << "pickable and not in the tree";
         for (const visual::Visual* visual : Scene::GetStateManager()->visualsWithLayers())
             ASSERT_TRUE(tree.contains(visual)) << "has layers and is not in the tree";
         for (const auto& [id, visual] : SceneCore::Get()->visuals.all()) {

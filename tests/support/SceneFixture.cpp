@@ -129,7 +129,7 @@ View lookingAtOrigin(float distance)
 
 class OffscreenHolder {
 public:
-    OffscreenHolder(unsigned width, unsigned height) : target(width, height, 0) {}
+    OffscreenHolder(unsigned width, unsigned height, unsigned samples) : target(width, height, samples) {}
     visual::OffscreenTarget target;
 };
 
@@ -143,9 +143,9 @@ RenderTest::~RenderTest()
     visual::Camera::Get()->setRenderTarget(Ogre::Root::getSingleton().getRenderTarget("ogrewindow"));
 }
 
-void RenderTest::setSize(unsigned width, unsigned height)
+void RenderTest::setSize(unsigned width, unsigned height, unsigned samples)
 {
-    auto next = std::make_unique<OffscreenHolder>(width, height);
+    auto next = std::make_unique<OffscreenHolder>(width, height, samples);
     visual::Camera::Get()->setRenderTarget(next->target.renderTarget());
     holder = std::move(next);
 }
@@ -169,6 +169,13 @@ Pixel RenderTest::pixelAt(const Picture& picture, const rob::PosTemplate<float>&
     const float x = (clip.x / clip.w * 0.5f + 0.5f) * static_cast<float>(picture.width);
     const float y = (0.5f - clip.y / clip.w * 0.5f) * static_cast<float>(picture.height);
     return picture.at(static_cast<unsigned>(x), static_cast<unsigned>(y));
+}
+
+bool isPartOfHandle(const visual::Visual* visual)
+{
+    while (const visual::Visual* parent = visual->getParent())
+        visual = parent;
+    return visual->getType() == VisualType::Gui;
 }
 
 bool isModelFree()

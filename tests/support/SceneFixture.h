@@ -67,11 +67,15 @@ protected:
     Picture render(const View& view);
     /// The pixel of the last picture where a point of the world lies.
     Pixel pixelAt(const Picture& picture, const rob::PosTemplate<float>& point) const;
-    void setSize(unsigned width, unsigned height);
+    /// @param samples  of each pixel, as a viewer smooths its edges.
+    void setSize(unsigned width, unsigned height, unsigned samples = 0);
 
 private:
     std::unique_ptr<class OffscreenHolder> holder;
 };
+
+/// Whether it belongs to a handle that hangs nowhere, as those of start-up do in a test that uses none of them.
+bool isPartOfHandle(const visual::Visual* visual);
 
 /// Whether nobody holds the lock of the model, the calling thread included.
 bool isModelFree();

@@ -96,6 +96,39 @@ TEST_F(MeshVisualTest, MeshThatIsAttachedSecondTakesThePlaceOfTheFirst)
     }
 }
 
+TEST_F(MeshVisualTest, DetachedMeshIsDrawnNoMoreAndStaysTheVisuals)
+{
+    const std::string file = writeTriangle("one.stl");
+    MeshVisual* visual = buildStl(file);
+    Ogre::SceneManager& manager = *visual->getSceneNode()->getCreator();
+    const std::size_t entities = manager.getMovableObjects(Ogre::EntityFactory::FACTORY_TYPE_NAME).size();
+
+    for (int i = 0; i < 2; ++i) { // also one that has none
+        visual->detachMesh();
+
+        EXPECT_EQ(visual->getEntity(), nullptr);
+        EXPECT_TRUE(visual->getSceneNode()->getAttachedObjects().empty());
+        EXPECT_EQ(manager.getMovableObjects(Ogre::EntityFactory::FACTORY_TYPE_NAME).size(), entities - 1);
+        EXPECT_EQ(visual->getMeshName(), file);
+        EXPECT_NE(visual->getMesh(), nullptr);
+    }
+    visual->setColor({1, 0, 0}, 1.0f); // nothing to colour
+    EXPECT_EQ(visual->getBodiesNum(), 0u);
+    visual->attachMesh(file);
+    EXPECT_NE(visual->getEntity(), nullptr);
+}
+
+TEST_F(MeshVisualTest, VisualThatDiesWithItsMeshDetachedEndsTheMesh)
+{
+    const std::string file = writeTriangle("one.stl");
+    MeshVisual* visual = buildStl(file);
+    visual->detachMesh();
+
+    scene.deleteVisual(visual);
+
+    EXPECT_FALSE(MeshManager::Get()->hasMesh(file));
+}
+
 TEST_F(MeshVisualTest, MeshThatCannotBeReadLeavesTheOneThatIsShown)
 {
     const std::string file = writeTriangle("shown.stl");

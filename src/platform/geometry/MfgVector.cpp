@@ -1,6 +1,17 @@
 #include "platform/geometry/MfgVector.h"
 
 namespace vrk::geometry {
+namespace {
+
+rob::Posed frameAlong(const TopoDS_Edge& edge, double parameter, const rob::Dird& z)
+{
+    const auto [point, tangent] = GetEdgePointInfoAtParam(edge, parameter);
+    const rob::Dird y = rob::normalized(z.cross(tangent));
+    const rob::Dird x(y.cross(z));
+    return {point, rob::Rotationd::FromAxes(x, y, z)};
+}
+
+} // namespace
 
 rob::Posd MfgVector::getPos(const TopoDS_Edge& edge) const
 {
@@ -19,11 +30,12 @@ rob::Dird MfgVector::getEdgeTangent(const TopoDS_Edge& edge) const
 
 rob::Posed MfgVector::getPose(const TopoDS_Edge& edge) const
 {
-    const auto [point, tangent] = GetEdgePointInfoAtParam(edge, parameter);
-    const rob::Dird z = -getDir(edge);
-    const rob::Dird y = rob::normalized(z.cross(tangent));
-    const rob::Dird x(y.cross(z));
-    return {point, rob::Rotationd::FromAxes(x, y, z)};
+    return frameAlong(edge, parameter, getDir(edge));
+}
+
+rob::Posed MfgVector::getToolPose(const TopoDS_Edge& edge) const
+{
+    return frameAlong(edge, parameter, -getDir(edge));
 }
 
 } // namespace vrk::geometry

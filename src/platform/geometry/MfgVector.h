@@ -15,10 +15,12 @@ struct VRK_EXPORT MfgVector {
     rob::Dird getDir(const TopoDS_Edge& edge) const;
     /// In the direction of travel. @throws std::overflow_error as `GetEdgePointInfoAtParam`
     rob::Dird getEdgeTangent(const TopoDS_Edge& edge) const;
-    /// Where a tool stands: the z axis points into the edge, against `direction`; the x axis is the tangent, made square to
-    /// z by taking off its share along z (Gram-Schmidt).
+    /// What stands on the work here: the z axis is `direction`; the x axis is the tangent, made square to z by taking off its
+    /// share along z (Gram-Schmidt).
     /// @throws std::overflow_error "0-length vector cannot be normalized." for a direction along the edge.
     rob::Posed getPose(const TopoDS_Edge& edge) const;
+    /// Where a tool stands: the same with the z axis into the edge, turned about x.
+    rob::Posed getToolPose(const TopoDS_Edge& edge) const;
 };
 
 /// The vectors of one edge, by rising or, on a reversed edge, falling parameters: in the direction of travel.

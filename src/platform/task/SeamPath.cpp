@@ -30,7 +30,7 @@ std::vector<rob::Posed> posesOf(const EdgeMfgShape& seam)
 {
     std::vector<rob::Posed> poses;
     for (const EdgeMfgShape::PathPoint& point : seam.getPathPointsForRender()) {
-        const rob::Posed pose = seam.getMfgVector(point).getPose(seam.getEdge(point.edge));
+        const rob::Posed pose = seam.getMfgVector(point).getToolPose(seam.getEdge(point.edge));
         if (poses.empty() || !isSame(poses.back(), pose))
             poses.push_back(pose);
     }

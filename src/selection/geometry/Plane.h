@@ -3,7 +3,25 @@
 #include "platform/common/Export.h"
 #include "scene/math/Vec.h"
 
+#include <cmath>
+#include <stdexcept>
+
 namespace vrk::visual {
+
+/// Below this |normal . direction|, both of unit length, a line counts as parallel to a plane.
+inline constexpr double parallelToPlane = 0.001;
+
+/// The point of a line on the plane of all points p with normal . p = d.
+/// @throws std::logic_error "The line is parallel with the plane".
+template <typename T>
+rob::PosTemplate<T> linePlanePoint(const rob::DirTemplate<T>& normal, T d, const rob::PosTemplate<T>& origin,
+                                   const rob::DirTemplate<T>& direction)
+{
+    const T denominator = normal.dot(direction);
+    if (std::abs(denominator) < static_cast<T>(parallelToPlane))
+        throw std::logic_error("The line is parallel with the plane");
+    return origin + direction * (-(normal.dot(origin) - d) / denominator);
+}
 
 /// The plane of all points p with normal . p = d.
 ///

@@ -231,17 +231,21 @@ TEST(EdgePoints, SamplesStayWithinTheChord)
     EXPECT_EQ(samples.back(), std::numbers::pi);
 }
 
-TEST(MfgVector, PoseLooksIntoTheEdgeWithXAlongIt)
+TEST(MfgVector, PoseStandsOnTheEdgeWithXAlongItAndThatOfTheToolLooksIntoIt)
 {
     const MfgVectors edge = lineOf({0, 0, 0}, {100, 0, 0}, {{25, Dird(0.5, 0, 2)}});
-    const Posed pose = edge.vectors[0].getPose(edge.edge);
+    const geometry::MfgVector& vector = edge.vectors[0];
 
-    EXPECT_EQ(edge.vectors[0].getPos(edge.edge), Posd(25, 0, 0));
-    EXPECT_NEAR(edge.vectors[0].getDir(edge.edge).length(), 1, 1e-12);
-    const Dird z = pose * Dird(0, 0, 1), x = pose * Dird(1, 0, 0);
-    EXPECT_NEAR(z.dot(edge.vectors[0].getDir(edge.edge)), -1, 1e-12);
-    EXPECT_NEAR(x.dot(z), 0, 1e-12);
-    EXPECT_GT(x.x, 0.9);
+    EXPECT_EQ(vector.getPos(edge.edge), Posd(25, 0, 0));
+    EXPECT_NEAR(vector.getDir(edge.edge).length(), 1, 1e-12);
+    for (const auto& [pose, side] :
+         {std::pair(vector.getPose(edge.edge), 1.0), std::pair(vector.getToolPose(edge.edge), -1.0)}) {
+        const Dird z = pose * Dird(0, 0, 1), x = pose * Dird(1, 0, 0);
+        EXPECT_EQ(pose.position, Posd(25, 0, 0));
+        EXPECT_NEAR(z.dot(vector.getDir(edge.edge)), side, 1e-12);
+        EXPECT_NEAR(x.dot(z), 0, 1e-12);
+        EXPECT_GT(x.x, 0.9);
+    }
 }
 
 TEST(MfgVector, DirectionAlongTheEdgeHasNoPose)
@@ -249,6 +253,8 @@ TEST(MfgVector, DirectionAlongTheEdgeHasNoPose)
     const MfgVectors edge = lineOf({0, 0, 0}, {100, 0, 0}, {{25, Dird(1, 0, 0)}});
 
     EXPECT_THAT([&] { edge.vectors[0].getPose(edge.edge); },
+                ThrowsMessage<std::overflow_error>(StrEq("0-length vector cannot be normalized.")));
+    EXPECT_THAT([&] { edge.vectors[0].getToolPose(edge.edge); },
                 ThrowsMessage<std::overflow_error>(StrEq("0-length vector cannot be normalized.")));
 }
 

@@ -103,7 +103,7 @@ protected:
     Least everything(const PickQuery& query)
     {
         Least least;
-        for (visual::Visual* visual : service.registeredVisuals()) {
+        for (visual::Visual* visual : entered()) {
             const SelectableObject& object = *service.getObject(visual);
             const oracle::Frame world(object.worldPose);
             const auto out = [&world](const Posd& p) { return Posd(world.out(rob::Vec3d(p))); };
@@ -185,7 +185,7 @@ TEST_F(PickOracleTest, FacesAndTrianglesAreThoseOfALoopOverAllTriangles)
             PickQuery query = anyQuery(random);
             const PickRay ray = query.camera.rayThrough(query.x, query.y);
             std::map<Name, double> sure, maybe;
-            for (visual::Visual* visual : service.registeredVisuals()) {
+            for (visual::Visual* visual : entered()) {
                 const SelectableObject& object = *service.getObject(visual);
                 if (object.kind != SelectableObject::ObjectKind::Shape &&
                     object.kind != SelectableObject::ObjectKind::Mesh)
@@ -219,7 +219,7 @@ TEST_F(PickOracleTest, FacesAndTrianglesAreThoseOfALoopOverAllTriangles)
                 EXPECT_TRUE(sure.contains(name) || maybe.contains(name));
             hits += sure.size();
         }
-        for (visual::Visual* visual : service.registeredVisuals())
+        for (visual::Visual* visual : entered())
             service.removeObject(visual);
     }
     EXPECT_GT(hits, 100u);
@@ -260,7 +260,7 @@ TEST_F(PickOracleTest, WhatLiesWithinTheRadiusIsThatOfALoopOverEverything)
                 }
             }
         }
-        for (visual::Visual* visual : service.registeredVisuals())
+        for (visual::Visual* visual : entered())
             service.removeObject(visual);
     }
     for (const PickKind kind : {PickKind::Vertex, PickKind::Edge, PickKind::Line, PickKind::CloudPoint})
@@ -282,7 +282,7 @@ TEST_F(PickOracleTest, WhatHidesACandidateIsWhatALoopOverAllTrianglesMeetsOnTheW
                 const PickRay ray = query.camera.rayThrough(at.x, at.y);
                 const double distance = (c.place - ray.origin).dot(ray.direction);
                 double nearest = oracle::infinite;
-                for (visual::Visual* visual : service.registeredVisuals()) {
+                for (visual::Visual* visual : entered()) {
                     const SelectableObject& object = *service.getObject(visual);
                     if (object.kind != SelectableObject::ObjectKind::Shape &&
                         object.kind != SelectableObject::ObjectKind::Mesh)
@@ -303,7 +303,7 @@ TEST_F(PickOracleTest, WhatHidesACandidateIsWhatALoopOverAllTrianglesMeetsOnTheW
                 }
             }
         }
-        for (visual::Visual* visual : service.registeredVisuals())
+        for (visual::Visual* visual : entered())
             service.removeObject(visual);
     }
     EXPECT_GT(behind, 20u);
@@ -342,7 +342,7 @@ TEST_F(PickOracleTest, BestIsTheOneThatAllWouldHaveChosen)
             EXPECT_EQ(toJson(PickAnswer{{*best}}), toJson(PickAnswer{{*answer.chosen()}})) << k;
         }
         EXPECT_GT(chosen, 20u);
-        for (visual::Visual* visual : service.registeredVisuals())
+        for (visual::Visual* visual : entered())
             service.removeObject(visual);
     }
 }
