@@ -59,6 +59,12 @@ void ViewState::selectVisuals(std::vector<unsigned> ids)
     std::erase_if(ids, [this](unsigned id) { return isHidden(id); });
     if (ids == selected && selectedFaces.empty() && selectedEdges.empty() && selectedPoints.empty())
         return;
+    replaceSelected(std::move(ids));
+    emit selectionChanged();
+}
+
+void ViewState::replaceSelected(std::vector<unsigned> ids)
+{
     selected = std::move(ids);
     clearEdges();
     clearPoints();
@@ -68,7 +74,6 @@ void ViewState::selectVisuals(std::vector<unsigned> ids)
     scene.setVisualsSelected(toldScene);
     // The outline costs a pass over the picture, so that it goes with the last thing that it is drawn around.
     scene.addRenderTask([&scene, any = !toldScene.empty()] { scene.setBorderHighlightEnabled(any); }, 0);
-    emit selectionChanged();
 }
 
 std::vector<unsigned> ViewState::ownersFirst() const
@@ -154,7 +159,7 @@ void ViewState::selectPoints(CloudPoints points)
     if (points == selectedPoints)
         return;
     if (!selected.empty() || !selectedFaces.empty() || !selectedEdges.empty())
-        selectVisuals({});
+        replaceSelected({});
     const CloudPoints before = std::exchange(selectedPoints, std::move(points));
     for (const auto& [id, numbers] : before)
         if (!selectedPoints.contains(id))

@@ -114,6 +114,7 @@ signals:
 
 private:
     void follow(Touches touches);
+    void replaceSelected(std::vector<unsigned> ids);
     void followPoints();
     void followVisibility();
     void readHidden();

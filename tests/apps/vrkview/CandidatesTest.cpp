@@ -8,11 +8,13 @@
 
 #include "platform/layout/Layout.h"
 #include "platform/layout/Part.h"
+#include "platform/layout/PointCloud.h"
 #include "scene/Scene.h"
 
 #include <gmock/gmock.h>
 
 #include <QAction>
+#include <QSignalSpy>
 
 namespace vrkview::test {
 namespace {
@@ -212,6 +214,39 @@ TEST_F(CandidatesTest, FacesAloneAreTakenByAPlainClick)
     const HeldKey control("Control_L");
     clickAt(place);
     EXPECT_THAT(state().getSelectedFaces(), IsEmpty()) << "with Ctrl it toggles";
+}
+
+TEST_F(CandidatesTest, PointsAloneAreTakenOneByOne)
+{
+    const auto& scan = *Layout::inst().pointclouds.front();
+    after("0");
+    const QPoint first = placeOf(scan.getName());
+    std::optional<QPoint> second;
+    takeOnly({PickGroup::Points});
+    const std::int64_t number = pickedAt(first)->candidate.subId;
+    for (int step = 4; step < 60 && !second; step += 4)
+        if (const auto other = pickedAt(first + QPoint(step, 0)); other && other->candidate.subId != number)
+            second = first + QPoint(step, 0);
+    ASSERT_TRUE(second);
+    state().selectVisuals({front});
+    QSignalSpy changes(&state(), &ViewState::selectionChanged);
+
+    clickAt(first);
+
+    EXPECT_EQ(changes.size(), 1) << "what was selected before goes with it";
+    EXPECT_THAT(state().getSelected(), IsEmpty());
+    EXPECT_THAT(state().getSelectedPoints(),
+                ElementsAre(testing::Pair(scan.getId(), ElementsAre(static_cast<std::uint32_t>(number)))));
+    {
+        const HeldKey control("Control_L");
+        clickAt(*second);
+        EXPECT_THAT(state().getSelectedPoints(), ElementsAre(testing::Pair(scan.getId(), SizeIs(2))));
+        clickAt(first);
+    }
+    EXPECT_THAT(state().getSelectedPoints(), ElementsAre(testing::Pair(scan.getId(), SizeIs(1))));
+    clickAt(first);
+    EXPECT_THAT(state().getSelectedPoints(),
+                ElementsAre(testing::Pair(scan.getId(), ElementsAre(static_cast<std::uint32_t>(number)))));
 }
 
 TEST_F(CandidatesTest, VerticesAreNamedByTheirPlace)
