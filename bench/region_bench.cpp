@@ -418,14 +418,23 @@ void rectangleOverSolids(benchmark::State& state)
     };
     if (ask(Sight::Through, fromAbove) != solids.size())
         throw std::logic_error("the rectangle does not hold all solids");
+    const auto edgesOver = [&] {
+        selection::RegionQuery query = selection::RegionQuery::Rectangle(0, 0, width, height);
+        query.kinds = {.bodies = false, .edges = true, .frames = false};
+        if (service.askRegion(query, view).edges.empty())
+            throw std::logic_error("the rectangle holds no edges");
+    };
+    const double firstEdges = bench::millisecondsOf(edgesOver); // gathers them
     bench::Contest contest;
     for (auto _ : state) {
+        contest.add("edges", bench::millisecondsOf(edgesOver));
         contest.add("over all", bench::millisecondsOf([&] { ask(Sight::Through, fromAbove); }));
         contest.add("through", bench::millisecondsOf([&] { ask(Sight::Through, view); }));
         contest.add("seen", bench::millisecondsOf([&] { ask(Sight::Seen, view); }));
         contest.add("seen exactly", bench::millisecondsOf([&] { ask(Sight::SeenExactly, view); }));
     }
-    for (const char* name : {"over all", "through", "seen", "seen exactly"})
+    state.counters["first edges ms"] = firstEdges;
+    for (const char* name : {"over all", "through", "edges", "seen", "seen exactly"})
         state.counters[std::string(name) + " ms"] = contest.of(name);
     state.counters["bodies seen"] = static_cast<double>(ask(Sight::Seen, view));
     state.counters["bodies seen exactly"] = static_cast<double>(ask(Sight::SeenExactly, view));

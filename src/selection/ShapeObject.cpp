@@ -1,9 +1,8 @@
 #include "selection/ShapeObject.h"
 
 #include "selection/SensitiveFace.h"
-#include "selection/ShapeEdges.h"
+#include "selection/ShapeBorders.h"
 #include "selection/geometry/BVHWalk.h"
-#include "selection/pick/ShapeBorders.h"
 #include "visual/SolidVisual.h"
 
 #include <BRep_Tool.hxx>
@@ -18,12 +17,6 @@ ShapeObject::ShapeObject(const TopoDS_Shape& shape, visual::SolidVisual* visual)
 }
 
 ShapeObject::~ShapeObject() = default;
-
-const ShapeEdges& ShapeObject::getEdges() const
-{
-    std::call_once(edgesAsked, [this] { edges = std::make_unique<const ShapeEdges>(shape); });
-    return *edges;
-}
 
 const ShapeBorders& ShapeObject::getBorders() const
 {

@@ -14,7 +14,6 @@ class SolidVisual;
 namespace vrk::selection {
 
 class ShapeBorders;
-class ShapeEdges;
 
 /// A solid, by those of its faces that are shown and have triangles.
 class VRK_EXPORT ShapeObject final : public SelectableObject {
@@ -31,8 +30,6 @@ public:
     void update() override { updateFromHierarchy(); }
     /// The name of the visual.
     std::string getDescription() const override;
-    /// Read from the shape by the first question for them, on whichever thread.
-    const ShapeEdges& getEdges() const;
     const TopoDS_Shape& getShape() const { return shape; }
     /// The edges and vertices of the faces that are shown. They are gathered by the first who asks, on any thread, once
     /// the parts are made.
@@ -44,8 +41,6 @@ private:
 
     visual::SolidVisual* solid;
     TopoDS_Shape shape;
-    mutable std::once_flag edgesAsked;
-    mutable std::unique_ptr<const ShapeEdges> edges;
     mutable std::once_flag bordersAsked;
     mutable std::unique_ptr<const ShapeBorders> borders;
 };

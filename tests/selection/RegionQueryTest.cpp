@@ -3,6 +3,9 @@
 #include "scene/core/SceneCore.h"
 #include "selection/region/RegionQuery.h"
 
+#include <BRepBuilderAPI_Transform.hxx>
+#include <BRepPrimAPI_MakeBox.hxx>
+
 #include <gmock/gmock.h>
 
 #include <atomic>
@@ -134,6 +137,41 @@ TEST_F(RegionQueryTest, HiddenFacesAreNotAnswered)
     RegionQuery query = RegionQuery::Rectangle(50, 50, 150, 150);
     query.kinds.faces = true;
     EXPECT_THAT(partsOf(ask(query).faces), ElementsAre(1, 2, 4, 5, 6));
+}
+
+TEST_F(RegionQueryTest, EdgesOfHiddenFacesAreNotAnswered)
+{
+    visual::SolidVisual* box = addBox(units(40), at(100, 100));
+    for (unsigned face = 2; face <= 6; ++face)
+        box->setFaceVisible(face, false);
+    RegionQuery query = RegionQuery::Rectangle(50, 50, 150, 150);
+    query.kinds = {.bodies = false, .edges = true, .frames = false};
+    EXPECT_EQ(ask(query).edges.size(), 4u);
+    box->setFaceVisible(2, true); // across from the first
+    service.updateShapeFaces(box);
+    EXPECT_EQ(ask(query).edges.size(), 8u);
+}
+
+TEST_F(RegionQueryTest, EdgesFarFromTheOriginAreWhereTheModelHasThem)
+{
+    // Steps of single precision are 0.0156 there.
+    const gp_Pnt corner(200'000.0037, 150'000.0021, 30'000.0013);
+    gp_Trsf move;
+    move.SetTranslation(gp_Vec(gp_Pnt(), corner));
+    addSolid(test::meshed(BRepBuilderAPI_Transform(BRepPrimAPI_MakeBox(10, 10, 10).Shape(), move, true).Shape()));
+    service.update();
+    RegionView view; // along y, a thousand pixels to a unit, the corner at (100, 1100)
+    view.view = {1, 0, 0, -corner.X(), 0, 0, 1, -corner.Z(), 0, -1, 0, corner.Y() - 10, 0, 0, 0, 1};
+    view.width = view.height = 1200;
+    view.projection = {2 / 1.2, 0, 0, 2 * 0.1 / 1.2 - 1, 0, 2 / 1.2, 0, 2 * 0.1 / 1.2 - 1, 0, 0, -0.01, 0, 0, 0, 0, 1};
+    const auto edgesIn = [&](double left, double right) {
+        RegionQuery query = RegionQuery::Rectangle(left, 400, right, 500);
+        query.kinds = {.bodies = false, .edges = true, .frames = false};
+        return service.askRegion(query, view).edges.size();
+    };
+    EXPECT_EQ(edgesIn(99.9, 100.1), 2u); // the near one and the far one
+    EXPECT_EQ(edgesIn(95, 99.9), 0u);
+    EXPECT_EQ(edgesIn(100.1, 105), 0u);
 }
 
 TEST_F(RegionQueryTest, EdgesOfACurve)

@@ -8,11 +8,11 @@
 #include "selection/SensitiveLine.h"
 #include "selection/SensitiveMesh.h"
 #include "selection/SensitivePoints.h"
+#include "selection/ShapeBorders.h"
 #include "selection/ShapeObject.h"
 #include "selection/VisualSelection.h"
 #include "selection/geometry/BVHWalk.h"
 #include "selection/pick/BeamBoxTest.h"
-#include "selection/pick/ShapeBorders.h"
 #include "selection/pick/WatertightRay.h"
 #include "visual/PointCloudVisual.h"
 

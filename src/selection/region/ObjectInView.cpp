@@ -111,9 +111,8 @@ RegionTest RegionTest::ofPart(const rob::PoseTemplate<double>& pose) const
     return {window, *region, view.ofPart(pose)};
 }
 
-RegionTest::Coverage RegionTest::classify(const rob::PosTemplate<float>& min, const rob::PosTemplate<float>& max) const
+RegionTest::Coverage RegionTest::classify(const Posd& low, const Posd& high) const
 {
-    const Posd low(min), high(max);
     const Posd middle((low.x + high.x) / 2, (low.y + high.y) / 2, (low.z + high.z) / 2);
     const rob::Vec3Template<double> half((high.x - low.x) / 2, (high.y - low.y) / 2, (high.z - low.z) / 2);
     bool isWithin = true, isBeforeEye = true;
@@ -143,21 +142,19 @@ RegionTest::Coverage RegionTest::classify(const rob::PosTemplate<float>& min, co
     return coverage == Coverage::Inside && !isWithin ? Coverage::Partial : coverage;
 }
 
-bool RegionTest::holdsInRectangle(const rob::PosTemplate<float>& place) const
+bool RegionTest::holdsInRectangle(const Posd& place) const
 {
     constexpr double justBelow = -std::numeric_limits<double>::denorm_min(); // so that above it means from 0 on
-    const double px = place.x, py = place.y, pz = place.z;
-    const Four bySides = sides[0] * px + sides[1] * py + sides[2] * pz + sides[3];
-    const Four byEnds = ends[0] * px + ends[1] * py + ends[2] * pz + ends[3];
+    const Four bySides = sides[0] * place.x + sides[1] * place.y + sides[2] * place.z + sides[3];
+    const Four byEnds = ends[0] * place.x + ends[1] * place.y + ends[2] * place.z + ends[3];
     const auto held = (bySides > justBelow) & (byEnds > Four{0, 0, justBelow, justBelow});
     return (held[0] & held[1] & held[2] & held[3]) != 0;
 }
 
-bool RegionTest::holds(const rob::PosTemplate<float>& place) const
+bool RegionTest::holds(const Posd& p) const
 {
     if (region->isRectangle())
-        return holdsInRectangle(place);
-    const Posd p(place);
+        return holdsInRectangle(p);
     const double w = view.w.at(p);
     return isInWindow(w, view.depth.at(p)) && region->holds({view.x.at(p) / w, view.y.at(p) / w});
 }
@@ -169,18 +166,18 @@ std::size_t RegionTest::select(std::span<const rob::PosTemplate<float>> places, 
     if (region->isRectangle()) {
         for (std::size_t i = 0; i < places.size(); ++i) {
             out[count] = numbers[i];
-            count += holdsInRectangle(places[i]) ? 1 : 0;
+            count += holdsInRectangle(Posd(places[i])) ? 1 : 0;
         }
         return count;
     }
     for (std::size_t i = 0; i < places.size(); ++i) {
         out[count] = numbers[i];
-        count += holds(places[i]) ? 1 : 0;
+        count += holds(Posd(places[i])) ? 1 : 0;
     }
     return count;
 }
 
-bool RegionTest::touches(std::span<const rob::PosTemplate<float>> corners) const
+bool RegionTest::touches(std::span<const Posd> corners) const
 {
     // In the space of x, y, w and depth, all of which go evenly along an edge, also behind the eye.
     struct Corner {
@@ -188,8 +185,7 @@ bool RegionTest::touches(std::span<const rob::PosTemplate<float>> corners) const
     };
     std::vector<Corner> kept, next;
     double farthestCorner = 0;
-    for (const rob::PosTemplate<float>& corner : corners) {
-        const Posd p(corner);
+    for (const Posd& p : corners) {
         kept.push_back({view.x.at(p), view.y.at(p), view.w.at(p), view.depth.at(p)});
         farthestCorner = std::max(farthestCorner, kept.back().depth);
     }
@@ -220,11 +216,11 @@ bool RegionTest::touches(std::span<const rob::PosTemplate<float>> corners) const
     return !shown.empty() && region->touches(shown);
 }
 
-bool RegionTest::holdsAll(std::span<const rob::PosTemplate<float>> corners) const
+bool RegionTest::holdsAll(std::span<const Posd> corners) const
 {
     std::array<ScreenRegion::Place, 3> shown;
     for (std::size_t i = 0; i < corners.size(); ++i) {
-        const Posd p(corners[i]);
+        const Posd& p = corners[i];
         const double w = view.w.at(p);
         if (!isInWindow(w, view.depth.at(p)))
             return false;

@@ -47,20 +47,24 @@ public:
 
     const ObjectInView& getView() const { return view; }
 
-    /// Partial where it is not sure.
-    Coverage classify(const rob::PosTemplate<float>& min, const rob::PosTemplate<float>& max) const;
-    bool holds(const rob::PosTemplate<float>& place) const;
+    /// Of a box. Partial where it is not sure.
+    Coverage classify(const rob::Posd& min, const rob::Posd& max) const;
+    Coverage classify(const rob::PosTemplate<float>& min, const rob::PosTemplate<float>& max) const
+    {
+        return classify(rob::Posd(min), rob::Posd(max));
+    }
+    bool holds(const rob::Posd& place) const;
     /// Writes the numbers of those places that are inside, for up to as many as there are places. Returns how many.
     std::size_t select(std::span<const rob::PosTemplate<float>> places, std::span<const unsigned> numbers,
                        unsigned* out) const;
     /// Of a triangle, a segment or a place.
-    bool touches(std::span<const rob::PosTemplate<float>> corners) const;
-    bool holdsAll(std::span<const rob::PosTemplate<float>> corners) const;
+    bool touches(std::span<const rob::Posd> corners) const;
+    bool holdsAll(std::span<const rob::Posd> corners) const;
 
 private:
     using Four = double __attribute__((vector_size(32)));
 
-    bool holdsInRectangle(const rob::PosTemplate<float>& place) const;
+    bool holdsInRectangle(const rob::Posd& place) const;
     bool isInWindow(double w, double depth) const
     {
         return w > 0 && depth > 0 && depth >= nearest && depth <= farthest;

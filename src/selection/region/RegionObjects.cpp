@@ -5,7 +5,7 @@
 #include "selection/SensitiveFace.h"
 #include "selection/SensitiveLine.h"
 #include "selection/SensitiveMesh.h"
-#include "selection/ShapeEdges.h"
+#include "selection/ShapeBorders.h"
 #include "selection/ShapeObject.h"
 #include "selection/geometry/BVHWalk.h"
 #include "selection/region/SeenMap.h"
@@ -21,7 +21,7 @@ namespace {
 using Coverage = RegionTest::Coverage;
 using Cover = RegionQuery::Cover;
 using Kind = SelectableObject::ObjectKind;
-using Place = rob::PosTemplate<float>;
+using rob::Posd;
 
 constexpr std::size_t worthAHierarchy = 256; // triangles; fewer are asked one by one
 
@@ -105,11 +105,10 @@ private:
 
     void askEdges(Coverage coverage, RegionAnswer& answer) const
     {
-        const ShapeEdges& edges = static_cast<const ShapeObject&>(object).getEdges();
-        for (const ShapeEdges::Edge& edge : edges.getEdges()) {
-            const auto nodes = edges.nodesOf(edge);
-            const Coverage own = coverage == Coverage::Inside ? coverage : test.classify(edge.box.min, edge.box.max);
-            if (isStripIn(test, nodes, own))
+        const ShapeBorders& borders = static_cast<const ShapeObject&>(object).getBorders();
+        for (const ShapeBorders::Edge& edge : borders.getEdges()) {
+            const Coverage own = coverage == Coverage::Inside ? coverage : test.classify(edge.lower, edge.higher);
+            if (isStripIn(test, borders.pointsOf(edge), own))
                 answer.edges.push_back({object.visual, object.visual->getId(), edge.number});
         }
     }
@@ -117,7 +116,7 @@ private:
     void askCurve(RegionAnswer& answer) const
     {
         unsigned number = 0;
-        std::vector<Place> nodes;
+        std::vector<Posd> nodes;
         for (const BVHPrimitive* part : object.primitives) {
             const auto* edge = static_cast<const SensitiveEdge*>(part);
             ++number;
@@ -125,8 +124,8 @@ private:
             for (const BVHPrimitive* section : edge->primitives) {
                 const auto* line = static_cast<const SensitiveLine*>(section);
                 if (nodes.empty())
-                    nodes.push_back(line->getStart());
-                nodes.push_back(line->getEnd());
+                    nodes.emplace_back(line->getStart());
+                nodes.emplace_back(line->getEnd());
             }
             if (!nodes.empty() && isStripIn(test.ofPart(rob::Posed(edge->getPose())), nodes, Coverage::Partial))
                 answer.edges.push_back({object.visual, object.visual->getId(), number});
@@ -138,7 +137,7 @@ private:
         bool isAnySeen = false;
         for (const BVHPrimitive* part : object.primitives) {
             const auto* line = static_cast<const SensitiveLine*>(part);
-            const std::array<Place, 2> ends{line->getStart(), line->getEnd()};
+            const std::array<Posd, 2> ends{Posd(line->getStart()), Posd(line->getEnd())};
             const bool isIn = isWhollyWanted() ? test.holdsAll(ends) : test.touches(ends);
             if (isWhollyWanted() && !isIn)
                 return false;
@@ -152,17 +151,17 @@ private:
     }
 
     /// @param coverage  of a box around the strip.
-    bool isStripIn(const RegionTest& ofPart, std::span<const Place> nodes, Coverage coverage) const
+    bool isStripIn(const RegionTest& ofPart, std::span<const Posd> nodes, Coverage coverage) const
     {
         if (coverage == Coverage::Outside)
             return false;
         const std::size_t sections = std::max<std::size_t>(nodes.size(), 2) - 1;
         const auto endsOf = [&](std::size_t i) {
-            return std::array<Place, 2>{nodes[i], nodes[std::min(i + 1, nodes.size() - 1)]};
+            return std::array<Posd, 2>{nodes[i], nodes[std::min(i + 1, nodes.size() - 1)]};
         };
         SeenRun run;
         for (std::size_t i = 0; i < sections; ++i) {
-            const std::array<Place, 2> ends = endsOf(i);
+            const std::array<Posd, 2> ends = endsOf(i);
             const bool isIn =
                 coverage == Coverage::Inside || (isWhollyWanted() ? ofPart.holdsAll(ends) : ofPart.touches(ends));
             if (isWhollyWanted() && !isIn)
@@ -190,13 +189,12 @@ private:
     };
 
     /// Adds the places of a section within the region, as often as the rays are apart.
-    void lookAt(const RegionTest& ofPart, const Place& from, const Place& to, SeenRun& run) const
+    void lookAt(const RegionTest& ofPart, const Posd& start, const Posd& end, SeenRun& run) const
     {
         if (!seen)
             return run.add(true);
         const ObjectInView& view = ofPart.getView();
-        const rob::Posd start(from), end(to);
-        const auto pixelOf = [&view](const rob::Posd& p) {
+        const auto pixelOf = [&view](const Posd& p) {
             const double w = view.w.at(p);
             return ScreenRegion::Place(view.x.at(p) / w, view.y.at(p) / w);
         };
@@ -208,8 +206,8 @@ private:
             // Evenly in the view, which is not so in the world.
             const double s = i / pieces, ofStart = (1 - s) * view.w.at(end), ofEnd = s * view.w.at(start);
             const double t = view.w.at(start) > 0 && view.w.at(end) > 0 ? ofEnd / (ofStart + ofEnd) : s;
-            const rob::Posd p = start + (end - start) * t;
-            if (ofPart.holds(rob::PosTemplate<float>(p)))
+            const Posd p = start + (end - start) * t;
+            if (ofPart.holds(p))
                 run.add(!seen->isHiddenAtNearest(pixelOf(p), view.w.at(p), view.depth.at(p)));
             if (run.longest > 1)
                 return;
@@ -228,7 +226,7 @@ private:
         rob::TriangleTemplate<float> triangle;
         const auto isTriangleIn = [&](const SensitiveIndexedTriangle& primitive) {
             set.getTriangle(triangle, primitive);
-            const std::array<Place, 3> corners{triangle.a, triangle.b, triangle.c};
+            const std::array<Posd, 3> corners{Posd(triangle.a), Posd(triangle.b), Posd(triangle.c)};
             return isWhollyWanted() ? ofSet.holdsAll(corners) : ofSet.touches(corners);
         };
         if (set.primitives.size() <= worthAHierarchy) {

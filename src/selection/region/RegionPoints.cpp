@@ -127,7 +127,7 @@ void RegionPoints::mark(const Stretch& stretch, Bits& bits) const
     }
     if (seen) {
         for (std::uint32_t at = stretch.begin; at < stretch.end; ++at)
-            if ((stretch.isWhole || test.holds(cloud.getPlaces()[at])) && !isHidden(at))
+            if ((stretch.isWhole || test.holds(rob::Posd(cloud.getPlaces()[at]))) && !isHidden(at))
                 set(cloud.getNumbers()[at]);
         return;
     }
