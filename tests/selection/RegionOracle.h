@@ -2,6 +2,7 @@
 
 #include "selection/SelectionFixture.h"
 #include "selection/region/LassoSelector.h"
+#include "selection/region/RegionQuery.h"
 
 #include <Ogre.h>
 
@@ -13,23 +14,24 @@
 /// What a region of the view holds, by a loop in double precision over all points.
 namespace vrk::selection {
 
-/// The main camera's matrices, widened.
+/// The two matrices of a view in one.
 class DoubleView {
 public:
+    /// Of the main camera, widened.
     DoubleView()
     {
         const Ogre::Camera& camera = *visual::Camera::Get()->ogreCamera();
         const Ogre::Matrix4 view(camera.getViewMatrix(true));
         const Ogre::Matrix4& projection = camera.getProjectionMatrix();
-        for (unsigned row = 0; row < 4; ++row)
-            for (unsigned column = 0; column < 4; ++column)
-                for (unsigned k = 0; k < 4; ++k)
-                    matrix[row][column] +=
-                        static_cast<double>(projection[row][k]) * static_cast<double>(view[k][column]);
-        for (unsigned column = 0; column < 4; ++column)
-            depth[column] = -static_cast<double>(view[2][column]);
+        take([&](unsigned row, unsigned column) { return static_cast<double>(view[row][column]); },
+             [&](unsigned row, unsigned column) { return static_cast<double>(projection[row][column]); });
         width = camera.getViewport()->getActualWidth();
         height = camera.getViewport()->getActualHeight();
+    }
+    explicit DoubleView(const RegionView& view) : width(view.width), height(view.height)
+    {
+        take([&](unsigned row, unsigned column) { return view.view[4 * row + column]; },
+             [&](unsigned row, unsigned column) { return view.projection[4 * row + column]; });
     }
     /// The pixel of a place in the world; w below 0 behind the camera.
     struct Pixel {
@@ -37,17 +39,33 @@ public:
     };
     Pixel pixelOf(const rob::Posd& p) const
     {
+        const Pixel even = evenPixelOf(p);
+        return {even.x / even.w, even.y / even.w, even.w};
+    }
+    /// The same before the division by w, which goes evenly along a line.
+    Pixel evenPixelOf(const rob::Posd& p) const
+    {
         const auto row = [&](unsigned i) {
             return matrix[i][0] * p.x + matrix[i][1] * p.y + matrix[i][2] * p.z + matrix[i][3];
         };
         const double w = row(3);
-        return {(row(0) / w + 1) / 2 * width, (1 - row(1) / w) / 2 * height, w};
+        return {(row(0) + w) / 2 * width, (w - row(1)) / 2 * height, w};
     }
-
     /// Along the direction in which the camera looks.
     double depthOf(const rob::Posd& p) const { return depth[0] * p.x + depth[1] * p.y + depth[2] * p.z + depth[3]; }
 
 private:
+    template <typename View, typename Projection>
+    void take(const View& view, const Projection& projection)
+    {
+        for (unsigned row = 0; row < 4; ++row)
+            for (unsigned column = 0; column < 4; ++column)
+                for (unsigned k = 0; k < 4; ++k)
+                    matrix[row][column] += projection(row, k) * view(k, column);
+        for (unsigned column = 0; column < 4; ++column)
+            depth[column] = -view(2, column);
+    }
+
     double matrix[4][4] = {};
     double depth[4] = {};
     double width = 0, height = 0;

@@ -67,8 +67,8 @@ struct Answer : Hit {
 
 enum class Meeting { No, Yes, Unsure };
 
-/// Where a line meets a triangle, and how surely it does.
-inline Meeting meet(const HalfLine& ray, const Vec (&corner)[3], double& t)
+/// Where a line meets a triangle, and how surely it does. @param doubt  as far from the border rounding may decide.
+inline Meeting meet(const HalfLine& ray, const Vec (&corner)[3], double& t, double doubt = blur)
 {
     const Vec normal = (corner[1] - corner[0]).cross(corner[2] - corner[0]);
     const double area = normal.length();
@@ -84,7 +84,7 @@ inline Meeting meet(const HalfLine& ray, const Vec (&corner)[3], double& t)
         const Vec edge = corner[(i + 1) % 3] - corner[i];
         inside = std::min(inside, edge.cross(p - corner[i]).dot(normal) / area / edge.length());
     }
-    const double margin = blur / std::abs(slope);
+    const double margin = doubt / std::abs(slope);
     return inside > margin ? Meeting::Yes : inside < -margin ? Meeting::No : Meeting::Unsure;
 }
 

@@ -10,14 +10,15 @@
 
 namespace vrk::selection {
 
-/// A view as a value, made in double precision without the scene: 400 x 300 pixels, 60 degrees high.
+/// A view as a value, made in double precision without the scene: 400 x 300 pixels.
 struct PickView {
     rob::Posd eye{0, -1000, 0};
     rob::Posd target{0, 0, 0};
     rob::Vec3d up{0, 0, 1};
     double near = 1;
     double far = 1e6;
-    double parallelHeight = 0; ///< of the picture in the world; 0 for perspective
+    double angle = 2 * (3.14159265358979 / 6); ///< from the bottom to the top
+    double parallelHeight = 0;                 ///< of the picture in the world; 0 for perspective
 
     PickCamera camera() const
     {
@@ -34,7 +35,7 @@ struct PickView {
         camera.view[15] = 1;
         PickCamera::Matrix& p = camera.projection;
         const double depth = far - near;
-        const double height = parallelHeight > 0 ? 2 / parallelHeight : 1 / std::tan(3.14159265358979 / 6);
+        const double height = parallelHeight > 0 ? 2 / parallelHeight : 1 / std::tan(angle / 2);
         p[5] = height;
         p[0] = height * 300 / 400;
         if (parallelHeight > 0) {

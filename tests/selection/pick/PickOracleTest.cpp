@@ -27,22 +27,36 @@ using Name = std::tuple<PickKind, const visual::Visual*, std::int64_t>;
 /// The least distance in pixels of places along a section that are beyond the near plane.
 double leastPixels(const PickQuery& query, const Posd& a, const Posd& b)
 {
-    constexpr int steps = 400;
+    const int steps = a == b ? 0 : 400;
     double least = oracle::infinite;
     for (int i = 0; i <= steps; ++i) {
-        const SeenAt seen = seenAt(query.camera, a + (b - a) * (static_cast<double>(i) / steps));
+        const SeenAt seen = seenAt(query.camera, i == 0 ? a : a + (b - a) * (static_cast<double>(i) / steps));
         if (seen.beyondNear >= 0)
             least = std::min(least, std::hypot(seen.x - query.x, seen.y - query.y));
     }
     return least;
 }
 
-class PickOracleTest : public PickFixture {
+/// Where the things are, and how large a millimetre is.
+struct PickWorld {
+    const char* name;
+    double unit;
+    double away; // millimetres from the origin, along each axis
+};
+
+class PickOracleTest : public PickFixture, public testing::WithParamInterface<PickWorld> {
 protected:
-    Posf place(std::mt19937& random)
+    static double units(double millimetres) { return millimetres * GetParam().unit; }
+    static Posf local(std::mt19937& random)
     {
-        std::uniform_real_distribution<float> at(-250, 250);
-        return {at(random), at(random), at(random)};
+        std::uniform_real_distribution<double> at(-250, 250);
+        const double x = at(random), y = at(random), z = at(random);
+        return Posf(Posd(units(x), units(y), units(z)));
+    }
+    static Posf place(std::mt19937& random)
+    {
+        const double away = units(GetParam().away);
+        return Posf(Posd(local(random)) + rob::Vec3d(away, away, away));
     }
     rob::Posef pose(std::mt19937& random)
     {
@@ -53,11 +67,11 @@ protected:
     {
         for (int i = 0; i < 10; ++i) {
             visual::SolidVisual* solid =
-                addSolid(i % 2 == 0 ? test::meshedBox(60 + i, 90, 40)
-                                    : test::meshed(BRepPrimAPI_MakeCylinder(30 + i, 80).Shape()));
+                addSolid(i % 2 == 0 ? test::meshedBox(units(60 + i), units(90), units(40))
+                                    : test::meshed(BRepPrimAPI_MakeCylinder(units(30 + i), units(80)).Shape()));
             solid->setPose(pose(random));
         }
-        visual::MeshVisual* mesh = addMesh(wall(150));
+        visual::MeshVisual* mesh = addMesh(wall(static_cast<float>(units(150))));
         mesh->setPose(pose(random));
         mesh->setScale(0.5, 2, 1);
         for (int i = 0; i < 6; ++i)
@@ -70,7 +84,7 @@ protected:
             addPoint(place(random));
         layout::PointCloud::Points points;
         for (int i = 0; i < 3000; ++i)
-            points.push_back(place(random));
+            points.push_back(local(random));
         addCloud(points)->setPose(pose(random));
         service.update();
     }
@@ -79,9 +93,12 @@ protected:
         std::uniform_real_distribution<double> share(0, 1), direction(-1, 1);
         PickView view;
         const rob::Vec3d away(direction(random), direction(random), direction(random));
-        view.eye = Posd(away * ((100 + 800 * share(random)) / away.length()));
+        const double all = units(GetParam().away);
+        view.eye = Posd(all, all, all) + away * (units(100 + 800 * share(random)) / away.length());
         view.target = Posd(place(random));
-        view.parallelHeight = share(random) < 0.25 ? 500 : 0;
+        view.near = units(1);
+        view.far = units(1e6);
+        view.parallelHeight = share(random) < 0.25 ? units(500) : 0;
         PickQuery query;
         query.camera = view.camera();
         query.x = 400 * share(random);
@@ -174,14 +191,14 @@ protected:
     }
 };
 
-TEST_F(PickOracleTest, FacesAndTrianglesAreThoseOfALoopOverAllTriangles)
+TEST_P(PickOracleTest, FacesAndTrianglesAreThoseOfALoopOverAllTriangles)
 {
     std::size_t hits = 0;
     for (unsigned seed = 0; seed < 6; ++seed) {
         SCOPED_TRACE(testing::Message() << "seed " << seed);
         std::mt19937 random(seed);
         fill(random);
-        for (int k = 0; k < 60; ++k) {
+        for (int k = 0; k < 100; ++k) {
             PickQuery query = anyQuery(random);
             const PickRay ray = query.camera.rayThrough(query.x, query.y);
             std::map<Name, double> sure, maybe;
@@ -193,13 +210,14 @@ TEST_F(PickOracleTest, FacesAndTrianglesAreThoseOfALoopOverAllTriangles)
                 std::int64_t number = 0;
                 oracle::forTriangles(object, [&](const rob::Vec3d(&corners)[3], const SensitiveFace* face) {
                     double t = 0;
-                    const oracle::Meeting meeting = oracle::meet({rob::Vec3d(ray.origin), ray.direction}, corners, t);
+                    const oracle::Meeting meeting =
+                        oracle::meet({rob::Vec3d(ray.origin), ray.direction}, corners, t, units(oracle::blur));
                     const Name name(face ? PickKind::Face : PickKind::MeshTriangle, visual,
                                     face ? std::int64_t{face->getFaceIndex()} : number);
                     ++number;
-                    if (meeting == oracle::Meeting::No || t < -oracle::blur)
+                    if (meeting == oracle::Meeting::No || t < -units(oracle::blur))
                         return;
-                    auto& into = meeting == oracle::Meeting::Yes && t > oracle::blur ? sure : maybe;
+                    auto& into = meeting == oracle::Meeting::Yes && t > units(oracle::blur) ? sure : maybe;
                     const auto [entry, isNew] = into.emplace(name, t);
                     if (!isNew)
                         entry->second = std::min(entry->second, t);
@@ -212,7 +230,7 @@ TEST_F(PickOracleTest, FacesAndTrianglesAreThoseOfALoopOverAllTriangles)
             for (const auto& [name, distance] : sure) {
                 ASSERT_TRUE(found.contains(name));
                 if (!maybe.contains(name)) {
-                    EXPECT_NEAR(found.at(name), distance, 0.001);
+                    EXPECT_NEAR(found.at(name), distance, units(0.001));
                 }
             }
             for (const auto& [name, distance] : found)
@@ -225,7 +243,7 @@ TEST_F(PickOracleTest, FacesAndTrianglesAreThoseOfALoopOverAllTriangles)
     EXPECT_GT(hits, 100u);
 }
 
-TEST_F(PickOracleTest, WhatLiesWithinTheRadiusIsThatOfALoopOverEverything)
+TEST_P(PickOracleTest, WhatLiesWithinTheRadiusIsThatOfALoopOverEverything)
 {
     // The loop takes the quaternions of poses as they are: rotations in single precision are not quite of unit length.
     constexpr double ofPoses = 1e-3;
@@ -267,7 +285,7 @@ TEST_F(PickOracleTest, WhatLiesWithinTheRadiusIsThatOfALoopOverEverything)
         EXPECT_GT(checked[kind], 0u) << nameOf(kind);
 }
 
-TEST_F(PickOracleTest, WhatHidesACandidateIsWhatALoopOverAllTrianglesMeetsOnTheWay)
+TEST_P(PickOracleTest, WhatHidesACandidateIsWhatALoopOverAllTrianglesMeetsOnTheWay)
 {
     std::size_t behind = 0, seen = 0;
     for (unsigned seed = 40; seed < 43; ++seed) {
@@ -289,13 +307,14 @@ TEST_F(PickOracleTest, WhatHidesACandidateIsWhatALoopOverAllTrianglesMeetsOnTheW
                         continue;
                     oracle::forTriangles(object, [&](const rob::Vec3d(&corners)[3], const SensitiveFace*) {
                         double t = 0;
-                        if (oracle::meet({rob::Vec3d(ray.origin), ray.direction}, corners, t) == oracle::Meeting::Yes &&
+                        if (oracle::meet({rob::Vec3d(ray.origin), ray.direction}, corners, t, units(oracle::blur)) ==
+                                oracle::Meeting::Yes &&
                             t > 0)
                             nearest = std::min(nearest, t);
                     });
                 }
                 // Half of the radius in the world, at most 16 pixels of 1.2 units each.
-                if (nearest < distance - 20) {
+                if (nearest < distance - units(20)) {
                     EXPECT_EQ(c.verdict, PickVerdict::Behind);
                     ++behind;
                 } else if (c.verdict == PickVerdict::Possible || c.verdict == PickVerdict::Chosen) {
@@ -310,7 +329,7 @@ TEST_F(PickOracleTest, WhatHidesACandidateIsWhatALoopOverAllTrianglesMeetsOnTheW
     EXPECT_GT(seen, 20u);
 }
 
-TEST_F(PickOracleTest, BestIsTheOneThatAllWouldHaveChosen)
+TEST_P(PickOracleTest, BestIsTheOneThatAllWouldHaveChosen)
 {
     for (unsigned seed = 60; seed < 64; ++seed) {
         SCOPED_TRACE(testing::Message() << "seed " << seed);
@@ -346,6 +365,12 @@ TEST_F(PickOracleTest, BestIsTheOneThatAllWouldHaveChosen)
             service.removeObject(visual);
     }
 }
+
+INSTANTIATE_TEST_SUITE_P(Table, PickOracleTest,
+                         testing::Values(PickWorld{"InMillimetres", 1, 0},
+                                         PickWorld{"TwoHundredMetresAway", 1, 115'000},
+                                         PickWorld{"InMetres", 0.001, 0}),
+                         [](const auto& info) { return std::string(info.param.name); });
 
 } // namespace
 } // namespace vrk::selection

@@ -189,6 +189,22 @@ TEST_F(PickQueryTest, FrontOfACloudIsChosenAndNotWhatShowsBetweenItsPoints)
     EXPECT_NEAR(answer.candidates[1].behindBy, 400, 1);
 }
 
+TEST_F(PickQueryTest, HiddenPointsOfACloudArePassedByAndHideNothing)
+{
+    visual::PointCloudVisual* cloud = addCloud({{0, 0, 0}, {2, 0, 0}, {0, 400, 0}});
+    const PickQuery query = queryAt(front, {0, 0, 0});
+    const auto toldWithout = [&](const std::vector<std::uint32_t>& hidden) {
+        cloud->hidePoints(std::make_shared<const layout::PointSet>(hidden));
+        return told(all(query));
+    };
+
+    EXPECT_THAT(toldWithout({0}), ElementsAre("cloud point 1: chosen", StartsWith("cloud point 2: behind by 400")));
+    EXPECT_THAT(toldWithout({0, 1}), ElementsAre("cloud point 2: chosen"));
+    EXPECT_EQ(best(query)->subId, 2);
+    EXPECT_THAT(toldWithout({0, 1, 2}), IsEmpty());
+    EXPECT_FALSE(best(query).has_value());
+}
+
 TEST_F(PickQueryTest, NoMorePointsOfACloudAreToldThanAskedFor)
 {
     layout::PointCloud::Points points;
