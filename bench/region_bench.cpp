@@ -289,7 +289,7 @@ Numbers lassoByRaster(const layout::PointCloud::Points& points)
 
 selection::RegionQuery forPoints(selection::RegionQuery query)
 {
-    query.kinds = {.bodies = false, .faces = false, .edges = false, .frames = false, .points = true};
+    query.kinds = {.bodies = false, .frames = false, .points = true, .curves = false, .singlePoints = false};
     query.nearest = 10;
     query.farthest = 100000;
     return query;

@@ -22,6 +22,14 @@ void PointObject::update()
     worldDirty = false;
 }
 
+rob::Posd PointObject::getDrawnPlace() const
+{
+    // The scale comes before the pose: it is undone for the way from the origin of the visual to its point.
+    const rob::Posd at(point->getPntPos());
+    const rob::Vec3Template<double> scale(worldScale);
+    return {at.x - at.x / scale.x, at.y - at.y / scale.y, at.z - at.z / scale.z};
+}
+
 void PointObject::intersectRay(Result& result, const visual::Ray& ray) const
 {
     constexpr float tolerance = 2.0f; // units of the scene, not pixels

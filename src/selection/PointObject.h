@@ -17,6 +17,9 @@ public:
     /// update.
     void intersectRay(Result& result, const visual::Ray& ray) const override;
     void update() override;
+    /// Where the point is drawn, in the object's coordinates. They begin at the point, though the scale that the visual is
+    /// drawn in moves it away from there.
+    rob::Posd getDrawnPlace() const;
 
 private:
     visual::PointVisual* point;

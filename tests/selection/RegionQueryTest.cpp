@@ -2,6 +2,8 @@
 
 #include "scene/core/SceneCore.h"
 #include "selection/region/RegionQuery.h"
+#include "task/RobtargetVisual.h"
+#include "visual/EdgeVisual.h"
 
 #include <BRepBuilderAPI_Transform.hxx>
 #include <BRepPrimAPI_MakeBox.hxx>
@@ -59,7 +61,7 @@ protected:
     }
     static RegionQuery forPoints(RegionQuery query)
     {
-        query.kinds = {.bodies = false, .faces = false, .edges = false, .frames = false, .points = true};
+        query.kinds = {.bodies = false, .frames = false, .points = true, .curves = false, .singlePoints = false};
         return query;
     }
 
@@ -187,6 +189,91 @@ TEST_F(RegionQueryTest, EdgesOfACurve)
     query.corners = RegionQuery::Rectangle(190, 50, 210, 60).corners;
     query.cover = Cover::Touching;
     EXPECT_THAT(ask(query).edges, IsEmpty());
+}
+
+TEST_F(RegionQueryTest, CurveIsFoundAsAWhole)
+{
+    const auto edgeFrom = [this](double left, double right) {
+        const rob::Posf a = at(left, 150), b = at(right, 150);
+        return test::straightEdge(gp_Pnt(a.x, a.y, a.z), gp_Pnt(b.x, b.y, b.z));
+    };
+    visual::CurveVisual* curve = addCurve(edgeFrom(150, 190));
+    visual::EdgeVisual::Build(curve, "second", edgeFrom(190, 250), {}, visual::EdgeOrigin::Curve);
+    RegionQuery query = RegionQuery::Rectangle(140, 140, 200, 160);
+    EXPECT_THAT(idsOf(ask(query).curves), ElementsAre(curve->getId()));
+    EXPECT_THAT(ask(query).edges, IsEmpty()); // which were not asked for
+    query.cover = Cover::WhollyInside;
+    EXPECT_THAT(ask(query).curves, IsEmpty());
+    query.corners = RegionQuery::Rectangle(140, 140, 260, 160).corners;
+    EXPECT_THAT(idsOf(ask(query).curves), ElementsAre(curve->getId()));
+    query.kinds.curves = false;
+    EXPECT_TRUE(ask(query) == RegionAnswer());
+
+    // Half of it behind a body: it is seen, and wholly inside.
+    query.kinds.curves = true;
+    query.sight = Sight::Seen;
+    visual::SolidVisual* body = addBox(units(30), at(165, 150, -100));
+    EXPECT_THAT(idsOf(ask(query).curves), ElementsAre(curve->getId()));
+    body->setPosition(at(100, 250, -200));
+    body->setScale(6, 1, 6);
+    EXPECT_THAT(ask(query).curves, IsEmpty());
+}
+
+TEST_F(RegionQueryTest, SinglePointsAreFoundWhereTheyAreDrawn)
+{
+    visual::PointVisual* inside = addPoint(at(100, 100));
+    addPoint(at(300, 100));
+    addPoint(at(100, 100, -2000)); // behind the eye
+    RegionQuery query = RegionQuery::Rectangle(90, 90, 110, 110);
+    EXPECT_THAT(idsOf(ask(query).singlePoints), ElementsAre(inside->getId()));
+    query.cover = Cover::WhollyInside;
+    EXPECT_THAT(idsOf(ask(query).singlePoints), ElementsAre(inside->getId()));
+    query.kinds.singlePoints = false;
+    EXPECT_TRUE(ask(query) == RegionAnswer());
+
+    query.kinds.singlePoints = true;
+    query.sight = Sight::Seen;
+    EXPECT_EQ(ask(query).singlePoints.size(), 1u);
+    visual::SolidVisual* before = addBox(units(60), at(100, 100, -200));
+    EXPECT_THAT(ask(query).singlePoints, IsEmpty());
+    service.disableObject(before);
+    EXPECT_EQ(ask(query).singlePoints.size(), 1u);
+
+    // Drawn larger than it is told, and turned about the origin
+    inside->setScale(1.25, 1.25, 1.25);
+    inside->setRotation(rob::Rotationf(0, 1.5707963f, 0));
+    const rob::Posf drawn = inside->getWorldRotation() * rob::Posf(rob::Vec3f(at(100, 100)) * 1.25f);
+    query = RegionQuery::Rectangle(200 + drawn.x / worldPixel - 2, 150 - drawn.z / worldPixel - 2,
+                                   200 + drawn.x / worldPixel + 2, 150 - drawn.z / worldPixel + 2);
+    EXPECT_THAT(idsOf(ask(query).singlePoints), ElementsAre(inside->getId()));
+}
+
+TEST_F(RegionQueryTest, FramesOfTargetsAreFoundByTheirAxes)
+{
+    auto* target = new visual::RobtargetVisual(world, 901);
+    target->setFrameSize(static_cast<int>(units(40)));
+    target->setPosition(at(100, 150));
+    service.addFrameVisual(target);
+    addLine({at(100, 140), at(150, 140)});                          // is no frame
+    RegionQuery query = RegionQuery::Rectangle(110, 145, 120, 155); // across the axis to the right
+    EXPECT_THAT(idsOf(ask(query).frames), ElementsAre(901u));
+    EXPECT_THAT(ask(query).bodies, IsEmpty());
+    query.corners = RegionQuery::Rectangle(110, 130, 120, 140).corners; // between the axes
+    EXPECT_THAT(ask(query).frames, IsEmpty());
+    query.corners = RegionQuery::Rectangle(95, 100, 150, 160).corners;
+    query.cover = Cover::WhollyInside;
+    EXPECT_THAT(idsOf(ask(query).frames), ElementsAre(901u));
+    query.corners = RegionQuery::Rectangle(95, 120, 150, 160).corners; // the axis upwards sticks out
+    EXPECT_THAT(ask(query).frames, IsEmpty());
+
+    query = RegionQuery::Polygon({{95, 100}, {150, 100}, {150, 160}, {95, 160}, {94, 130}});
+    query.sight = Sight::Seen;
+    EXPECT_THAT(idsOf(ask(query).frames), ElementsAre(901u));
+    addBox(units(100), at(110, 140, -200));
+    EXPECT_THAT(ask(query).frames, IsEmpty());
+    query.sight = Sight::Through;
+    query.kinds.frames = false;
+    EXPECT_THAT(ask(query).frames, IsEmpty());
 }
 
 TEST_F(RegionQueryTest, WhatIsDisabledOrHasPriorityIsLeftOut)

@@ -1,6 +1,7 @@
 #include "selection/region/RegionObjects.h"
 
 #include "selection/LineObject.h"
+#include "selection/PointObject.h"
 #include "selection/SensitiveEdge.h"
 #include "selection/SensitiveFace.h"
 #include "selection/SensitiveLine.h"
@@ -38,10 +39,13 @@ public:
 
     void ask(RegionAnswer& answer) const
     {
-        const bool isBody = object.kind == Kind::Shape || object.kind == Kind::Mesh;
-        const bool isFrame = object.kind == Kind::Line && static_cast<const LineObject&>(object).isOfFrame();
-        if (object.primitives.empty() ||
-            !(isBody || (isFrame && query.kinds.frames) || (object.kind == Kind::Curve && query.kinds.edges)))
+        const RegionAnswer::Whole whole{object.visual, object.visual->getId()};
+        if (object.kind == Kind::Point) {
+            if (query.kinds.singlePoints && isPointIn())
+                answer.singlePoints.push_back(whole);
+            return;
+        }
+        if (object.primitives.empty() || !isAskedFor())
             return;
         // The boxes of lines have room for the rays that pass them by; they enclose the lines all the same.
         Box all;
@@ -53,14 +57,13 @@ public:
         const Coverage coverage = test.classify(all.min, all.max);
         if (coverage == Coverage::Outside)
             return;
-        const RegionAnswer::Whole whole{object.visual, object.visual->getId()};
-        if (isFrame) {
+        if (object.kind == Kind::Line) {
             if (isFrameIn())
                 answer.frames.push_back(whole);
             return;
         }
         if (object.kind == Kind::Curve)
-            return askCurve(answer);
+            return askCurve(whole, answer);
         if (query.kinds.bodies && isBodyIn(coverage))
             answer.bodies.push_back(whole);
         if (object.kind != Kind::Shape)
@@ -72,6 +75,22 @@ public:
     }
 
 private:
+    /// Whether it is of a kind that is looked for, or has parts that are.
+    bool isAskedFor() const
+    {
+        switch (object.kind) {
+        case Kind::Shape:
+        case Kind::Mesh:
+            return query.kinds.bodies || query.kinds.faces || query.kinds.edges;
+        case Kind::Line:
+            return query.kinds.frames && static_cast<const LineObject&>(object).isOfFrame();
+        case Kind::Curve:
+            return query.kinds.edges || query.kinds.curves;
+        default:
+            return false;
+        }
+    }
+
     bool isWhollyWanted() const { return query.cover == Cover::WhollyInside; }
 
     const SensitiveTriangleSet& trianglesOf(const BVHPrimitive* part) const
@@ -113,8 +132,9 @@ private:
         }
     }
 
-    void askCurve(RegionAnswer& answer) const
+    void askCurve(const RegionAnswer::Whole& whole, RegionAnswer& answer) const
     {
+        bool isAnyIn = false, isAllInside = true;
         unsigned number = 0;
         std::vector<Posd> nodes;
         for (const BVHPrimitive* part : object.primitives) {
@@ -127,9 +147,28 @@ private:
                     nodes.emplace_back(line->getStart());
                 nodes.emplace_back(line->getEnd());
             }
-            if (!nodes.empty() && isStripIn(test.ofPart(rob::Posed(edge->getPose())), nodes, Coverage::Partial))
-                answer.edges.push_back({object.visual, object.visual->getId(), number});
+            if (nodes.empty())
+                continue;
+            const RegionTest ofPart = test.ofPart(rob::Posed(edge->getPose()));
+            const bool isIn = isStripIn(ofPart, nodes, Coverage::Partial);
+            isAnyIn = isAnyIn || isIn;
+            // One that is inside and not seen is none that is outside.
+            isAllInside = isAllInside && isWhollyWanted() && (isIn || isStripInside(ofPart, nodes));
+            if (isIn && query.kinds.edges)
+                answer.edges.push_back({whole.visual, whole.id, number});
         }
+        if (query.kinds.curves && isAnyIn && (isAllInside || !isWhollyWanted()))
+            answer.curves.push_back(whole);
+    }
+
+    bool isPointIn() const
+    {
+        const Posd place = static_cast<const PointObject&>(object).getDrawnPlace();
+        if (!test.holds(place))
+            return false;
+        const ObjectInView& view = test.getView();
+        const double w = view.w.at(place);
+        return !seen || !seen->isHidden({view.x.at(place) / w, view.y.at(place) / w}, w, view.depth.at(place));
     }
 
     bool isFrameIn() const
@@ -172,6 +211,14 @@ private:
                 return true;
         }
         return run.isEnough();
+    }
+
+    static bool isStripInside(const RegionTest& ofPart, std::span<const Posd> nodes)
+    {
+        for (std::size_t i = 0; i + 1 < nodes.size(); ++i)
+            if (!ofPart.holdsAll(nodes.subspan(i, 2)))
+                return false;
+        return true;
     }
 
     /// What is seen of a line: two places side by side, or the only one. One alone may be the corner at which a line begins

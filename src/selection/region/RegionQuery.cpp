@@ -62,6 +62,8 @@ void add(RegionAnswer& to, RegionAnswer&& more)
     append(to.faces, std::move(more.faces));
     append(to.edges, std::move(more.edges));
     append(to.frames, std::move(more.frames));
+    append(to.curves, std::move(more.curves));
+    append(to.singlePoints, std::move(more.singlePoints));
 }
 
 void sort(RegionAnswer& answer)
@@ -72,8 +74,9 @@ void sort(RegionAnswer& answer)
     const auto byPart = [](const RegionAnswer::Part& a, const RegionAnswer::Part& b) {
         return std::tie(a.id, a.visual, a.part) < std::tie(b.id, b.visual, b.part);
     };
-    std::ranges::sort(answer.bodies, byId);
-    std::ranges::sort(answer.frames, byId);
+    for (std::vector<RegionAnswer::Whole>* each :
+         {&answer.bodies, &answer.frames, &answer.curves, &answer.singlePoints})
+        std::ranges::sort(*each, byId);
     std::ranges::sort(answer.clouds, byId);
     std::ranges::sort(answer.faces, byPart);
     std::ranges::sort(answer.edges, byPart);
@@ -151,7 +154,8 @@ RegionAnswer VisualSelection::askRegion(const RegionQuery& query, const RegionVi
     RegionWork work(query);
     try {
         const RegionQuery::Kinds& kinds = query.kinds;
-        const bool anyObject = kinds.bodies || kinds.faces || kinds.edges || kinds.frames;
+        const bool anyObject =
+            kinds.bodies || kinds.faces || kinds.edges || kinds.frames || kinds.curves || kinds.singlePoints;
         const bool sightMatters = query.sight != RegionQuery::Sight::Through;
         const auto objects =
             anyObject || sightMatters ? askedOf(containers[0]) : std::vector<const SelectableObject*>();

@@ -49,7 +49,7 @@ struct VRK_EXPORT RegionQuery {
         Touching,     ///< some part of it is inside
         WhollyInside, ///< nothing of it is outside: of the region, of the view and of the window of depth
     };
-    /// Bodies hide what lies behind them; points, edges and frames hide nothing.
+    /// Bodies hide what lies behind them; all else hides nothing.
     enum class Sight {
         Through,     ///< what is hidden counts too
         Seen,        ///< a body or face counts if a ray through every fourth pixel of the region meets it first
@@ -57,11 +57,13 @@ struct VRK_EXPORT RegionQuery {
     };
     /// What is looked for.
     struct Kinds {
-        bool bodies = true;  ///< solids and meshes
-        bool faces = false;  ///< of solids
-        bool edges = false;  ///< of solids and of curves
-        bool frames = true;  ///< of targets
-        bool points = false; ///< of clouds
+        bool bodies = true;       ///< solids and meshes
+        bool faces = false;       ///< of solids
+        bool edges = false;       ///< of the faces that solids show, and of curves
+        bool frames = true;       ///< of targets
+        bool points = false;      ///< of clouds
+        bool curves = true;       ///< of the station, each as a whole
+        bool singlePoints = true; ///< of the station
     };
 
     /// From any corner to the opposite one.
@@ -109,6 +111,8 @@ struct RegionAnswer {
     std::vector<Part> faces;
     std::vector<Part> edges;
     std::vector<Whole> frames;
+    std::vector<Whole> curves;
+    std::vector<Whole> singlePoints;
     std::vector<Cloud> clouds; ///< those with a point inside
     bool isStopped = false;    ///< the question was ended early, and nothing else is told
 
