@@ -1,5 +1,6 @@
 #include "canvas/RegionTool.h"
 
+#include "canvas/Counted.h"
 #include "canvas/Picked.h"
 #include "canvas/ViewWidget.h"
 
@@ -9,11 +10,10 @@
 #include "selection/region/RegionQuery.h"
 #include "visual/Visual.h"
 
-#include <QLocale>
-
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <limits>
 #include <utility>
 
 namespace vrkview {
@@ -33,11 +33,6 @@ constexpr double freehandStep = 3;  // logical pixels: a hand's line needs no mo
 vrk::rob::Vec2Template<double> toVec(const QPointF& place)
 {
     return {place.x(), place.y()};
-}
-
-QString counted(std::size_t number, const QString& one, const QString& many)
-{
-    return QLocale(QLocale::English).toString(static_cast<qulonglong>(number)) + " " + (number == 1 ? one : many);
 }
 
 QString describe(const RegionContent& content)
@@ -141,7 +136,7 @@ void RegionTool::begin(Shape wanted, const QPointF& at, Effect wantedEffect)
     corners = {at};
     next.reset();
     isQuick = true;
-    countBodies();
+    countPieces();
     emit changed();
 }
 
@@ -259,17 +254,19 @@ void RegionTool::end()
 
 // What is inside
 
-/// Of each thing the bodies that a region can find: what is hidden is not among them.
-void RegionTool::countBodies()
+/// Of each thing the bodies, curves and points that a region can find: what is hidden is not among them.
+void RegionTool::countPieces()
 {
-    bodies.clear();
+    pieces.clear();
     view.drain();
     VisualSelection& service = *VisualSelection::Get();
     service.update();
     for (Visual* visual : service.registeredVisuals()) {
         const VisualType type = visual->getType();
-        if ((type == VisualType::Solid || type == VisualType::Mesh) && service.isEnabled(visual))
-            ++bodies[thingOf(state.getTree(), *visual)];
+        const bool isPiece = type == VisualType::Solid || type == VisualType::Mesh || type == VisualType::Curve ||
+                             type == VisualType::Point;
+        if (isPiece && service.isEnabled(visual))
+            ++pieces[thingOf(state.getTree(), *visual)];
     }
 }
 
@@ -291,17 +288,24 @@ RegionContent RegionTool::ask()
     }
     const bool isTouching = takesWhatIsTouched();
     query.cover = isTouching ? RegionQuery::Cover::Touching : RegionQuery::Cover::WhollyInside;
-    query.kinds = {.bodies = !pointsOnly, .faces = false, .edges = false, .frames = !pointsOnly, .points = true};
+    query.kinds = {.bodies = !pointsOnly,
+                   .faces = false,
+                   .edges = false,
+                   .frames = !pointsOnly,
+                   .points = true,
+                   .curves = !pointsOnly,
+                   .singlePoints = !pointsOnly};
     view.drain();
     VisualSelection::Get()->update();
     RegionAnswer answer = VisualSelection::Get()->askRegion(query, RegionView::OfMainCamera());
 
     std::map<unsigned, unsigned> found; // by thing, ascending
     const StationTree& tree = state.getTree();
-    for (const RegionAnswer::Whole& body : answer.bodies)
-        ++found[thingOf(tree, *body.visual)];
+    for (const auto* wholes : {&answer.bodies, &answer.curves, &answer.singlePoints})
+        for (const RegionAnswer::Whole& piece : *wholes)
+            ++found[thingOf(tree, *piece.visual)];
     if (!isTouching)
-        std::erase_if(found, [this](const auto& thing) { return thing.second < bodies[thing.first]; });
+        std::erase_if(found, [this](const auto& thing) { return thing.second < pieces[thing.first]; });
     for (const RegionAnswer::Whole& frame : answer.frames)
         ++found[thingOf(tree, *frame.visual)];
     for (const RegionAnswer::Cloud& cloud : answer.clouds)

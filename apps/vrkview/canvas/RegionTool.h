@@ -32,7 +32,7 @@ struct RegionContent {
 /// A region of the view that the user draws, and what it selects: a rectangle, or a lasso drawn freehand or corner by corner.
 ///
 /// A rectangle that was drawn to the right takes what lies wholly inside, one to the left what it touches; a lasso takes what
-/// lies wholly inside. A thing lies inside if all of its bodies do that are shown. What would be selected is highlighted
+/// lies wholly inside. A thing lies inside if all of its bodies, curves and points do that are shown. What would be selected is highlighted
 /// while the region is drawn, as long as it is found quickly.
 ///
 /// Thread: the application's, which is the render thread. Places are device pixels of the view.
@@ -85,7 +85,7 @@ private:
     std::vector<QPointF> outline() const;
     bool takesWhatIsTouched() const;
     RegionContent ask();
-    void countBodies();
+    void countPieces();
     void show();
     void preview();
     void mark(const std::vector<unsigned>& things);
@@ -102,7 +102,7 @@ private:
     std::optional<QPointF> next; // of a polygon: where the mouse is
     RegionOutline drawn;
     bool isQuick = true;                           // what is inside was found soon enough to be shown in a drag
-    std::unordered_map<unsigned, unsigned> bodies; // of each thing: how many of its bodies can be found
+    std::unordered_map<unsigned, unsigned> pieces; // of each thing: how many bodies, curves and points can be found
     std::map<unsigned, std::unique_ptr<vrk::visual::HighlightedVisual>> marks;
 };
 

@@ -1,5 +1,6 @@
 #include "edit/CloudPoints.h"
 
+#include "canvas/Counted.h"
 #include "edit/ModelPlaces.h"
 #include "files/StationScene.h"
 
@@ -9,7 +10,6 @@
 #include "scene/Scene.h"
 #include "visual/PointCloudVisual.h"
 
-#include <QLocale>
 #include <QObject>
 
 #include <algorithm>
@@ -59,9 +59,7 @@ std::size_t countOf(const PointsOfClouds& points)
 
 QString pointsText(std::size_t count)
 {
-    return count == 1
-               ? QObject::tr("1 point")
-               : QObject::tr("%1 points").arg(QLocale(QLocale::English).toString(static_cast<qulonglong>(count)));
+    return counted(count, QObject::tr("point"), QObject::tr("points"));
 }
 
 /// The cloud's points in two: those with these numbers, and all others that are finite.

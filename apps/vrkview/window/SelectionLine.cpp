@@ -1,18 +1,13 @@
 #include "window/SelectionLine.h"
 
+#include "canvas/Counted.h"
 #include "canvas/ViewState.h"
 #include "edit/CloudPoints.h"
 
-#include <QLocale>
 #include <QStringList>
 
 namespace vrkview {
 namespace {
-
-QString counted(std::size_t number, const char* one, const char* many)
-{
-    return QLocale(QLocale::English).toString(static_cast<qulonglong>(number)) + ' ' + (number == 1 ? one : many);
-}
 
 QString describeSelection(const ViewState& state)
 {

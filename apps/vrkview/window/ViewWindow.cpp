@@ -1,6 +1,7 @@
 #include "window/ViewWindow.h"
 
 #include "canvas/Contents.h"
+#include "canvas/Counted.h"
 #include "canvas/DrawMode.h"
 #include "canvas/Mouse.h"
 #include "canvas/ProgramParts.h"
@@ -59,11 +60,6 @@ constexpr int toolIcon = 20;
 constexpr int propertiesInterval = 100; // milliseconds
 constexpr int noteTime = 5000;          // milliseconds that a note stays in the status line
 constexpr int longNoteTime = 15000;     // one with numbers to read
-
-QString counted(std::uint64_t number, const char* one, const char* many)
-{
-    return QLocale(QLocale::English).toString(static_cast<qulonglong>(number)) + " " + (number == 1 ? one : many);
-}
 
 QString describe(const StationTree& tree)
 {
