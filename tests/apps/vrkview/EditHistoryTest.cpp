@@ -4,6 +4,7 @@
 #include "demo/DemoStation.h"
 #include "edit/AddThings.h"
 #include "edit/Attaching.h"
+#include "edit/CloudPoints.h"
 #include "edit/HideThings.h"
 #include "edit/ModelPlaces.h"
 #include "edit/MoveJoints.h"
@@ -24,6 +25,7 @@
 #include "platform/layout/Part.h"
 #include "platform/layout/PointCloud.h"
 #include "platform/sdf/SdfManager.h"
+#include "platform/station/ImportCloud.h"
 #include "platform/station/StationFile.h"
 #include "platform/task/DataItem.h"
 #include "platform/task/Task.h"
@@ -36,6 +38,7 @@
 #include <fmt/ranges.h>
 
 #include <fstream>
+#include <map>
 #include <random>
 #include <sstream>
 
@@ -119,6 +122,19 @@ std::string textOf(const Posed& pose)
     return fmt::format("[{} {} {} {} {} {} {}]", p.x, p.y, p.z, o.w, o.x, o.y, o.z);
 }
 
+constexpr std::size_t fewPoints = 100; // of a cloud that is looked at point by point
+
+std::string textOf(const vrk::layout::PointCloud& cloud)
+{
+    std::string text = fmt::format(
+        " {} points, hidden {}", cloud.getPoints().size(),
+        cloud.getHiddenPoints() ? fmt::to_string(fmt::join(cloud.getHiddenPoints()->numbers(), ",")) : "none");
+    if (cloud.getPoints().size() <= fewPoints)
+        for (const vrk::rob::Posf& p : cloud.getPoints())
+            text += fmt::format(" ({} {} {})", p.x, p.y, p.z);
+    return text;
+}
+
 /// What the changes may touch of the model, in its order: quicker than a file, so that each step can be looked at. One
 /// that restores a whole list would hide from the files what others before it left out of order.
 std::string fingerprint()
@@ -130,6 +146,8 @@ std::string fingerprint()
                             textOf(object->getPose()));
         if (const auto* body = dynamic_cast<const vrk::layout::Body*>(object.get()))
             text += PaintBodies::ColorOf({body->getId()});
+        if (const auto* cloud = dynamic_cast<const vrk::layout::PointCloud*>(object.get()))
+            text += textOf(*cloud);
         if (const auto* group = dynamic_cast<const vrk::layout::Group*>(object.get()))
             text += fmt::format("{}", fmt::join(group->getMemberIds(), ","));
         if (const auto* operation = dynamic_cast<const vrk::task::Operation*>(object.get()))
@@ -176,7 +194,7 @@ private:
 
     std::unique_ptr<Change> any()
     {
-        switch (below(10)) {
+        switch (below(12)) {
         case 0:
             return std::make_unique<MoveThing>(anyThing(), place());
         case 1:
@@ -197,6 +215,9 @@ private:
                                                  oneOf(std::vector<std::string>{"#ED1C24", "#10C279", "#0D8DDF"}));
         case 8:
             return std::make_unique<AddThings>(something());
+        case 9:
+        case 10:
+            return ofPoints();
         default:
             return removal();
         }
@@ -223,6 +244,31 @@ private:
         if (std::erase(hidden, id) == 0)
             hidden.push_back(id);
         return std::make_unique<HideThings>("Hide", hidden);
+    }
+    /// Of small clouds.
+    std::unique_ptr<Change> ofPoints()
+    {
+        std::vector<std::shared_ptr<vrk::layout::PointCloud>> clouds = Layout::inst().pointclouds;
+        std::erase_if(clouds, [](const auto& cloud) { return cloud->getPoints().size() > fewPoints; });
+        if (clouds.empty())
+            return nullptr;
+        const auto cloud = oneOf(clouds);
+        const auto count = static_cast<std::uint32_t>(cloud->getPoints().size());
+        std::vector<std::uint32_t> numbers;
+        for (std::uint32_t i = 0; i < count; ++i)
+            if (below(3) == 0)
+                numbers.push_back(i);
+        const PointsOfClouds points{{cloud->getId(), numbers}};
+        switch (below(5)) {
+        case 0:
+            return HidePoints::Also(points);
+        case 1:
+            return HidePoints::AllBut(points, {oneOf(clouds)->getId()});
+        case 2:
+            return HidePoints::None();
+        default: // something is left of the cloud
+            return numbers.size() < count ? std::make_unique<CutPoints>(points) : nullptr;
+        }
     }
     std::shared_ptr<Station> something()
     {
@@ -261,17 +307,28 @@ TEST_F(EditHistoryTest, ThousandChangesTakenBackAndMadeAgainGiveTheSameFiles)
     constexpr int between = 250; // a file is looked at after so many, on the way forth and back
     const std::filesystem::path cloudFile = folder.path() / "scan.xyz";
     std::ofstream(cloudFile) << "1 2 3\n4 5 6\n";
+    std::string manyLines;
+    for (int i = 0; i < 60; ++i)
+        manyLines += fmt::format("{} {} {} 0 0 1\n", i, i % 7, i % 5);
+    const auto cloud = vrk::station::ImportPointCloud(folder.write("small.xyz", manyLines));
+    Layout::inst().addPointCloud(cloud);
     RandomChanges changes(20260719, cloudFile);
     std::vector<std::string> files{savedBytes()};
     std::vector<std::string> states{fingerprint()};
     const std::size_t objects = sdf::SdfManager::inst().size();
+    std::map<std::string, int> ofPoints;
     for (int i = 1; i <= steps; ++i) {
         history.push(changes.next());
+        for (const char* text : {"Show only ", "Show all points", "Cut off "})
+            if (history.undoText().startsWith(text))
+                ++ofPoints[text];
         states.push_back(fingerprint());
         if (i % between == 0 || i == steps)
             files.push_back(savedBytes());
     }
     ASSERT_EQ(history.count(), steps);
+    for (const char* text : {"Show only ", "Show all points", "Cut off "})
+        EXPECT_GT(ofPoints[text], 10) << text;
     ASSERT_NE(files.back(), files.front());
     const std::size_t objectsAtTheEnd = sdf::SdfManager::inst().size();
 
