@@ -317,6 +317,7 @@ std::string Comparison::summary() const
 
 Comparison compareAll(const IdPicture& picture, int step)
 {
+    VisualSelection::Get()->update(); // each picture scales the handles of start-up, which makes it dirty
     const auto told = [](const Visual* visual) { return visual ? vrkview::nameOf(*visual) : "nothing"; };
     Comparison result;
     for (int y = step / 2; y < picture.height(); y += step)
