@@ -1,6 +1,7 @@
 #include "canvas/Mouse.h"
 
 #include "canvas/CameraFlight.h"
+#include "canvas/MoveTool.h"
 #include "canvas/RegionTool.h"
 #include "canvas/ViewState.h"
 #include "canvas/ViewWidget.h"
@@ -68,8 +69,8 @@ RegionTool::Effect effectOf(Qt::KeyboardModifiers modifiers)
 } // namespace
 
 Mouse::Mouse(ViewWidget& view, ViewState& state, const Settings& settings, CameraFlight& flight, RegionTool& region,
-             QObject* parent)
-    : QObject(parent), view(view), state(state), settings(settings), flight(flight), region(region),
+             MoveTool& mover, QObject* parent)
+    : QObject(parent), view(view), state(state), settings(settings), flight(flight), region(region), mover(mover),
       finder(view, state.getTree()), hover(state), candidates(new CandidateList(&view))
 {
     longPress.setSingleShot(true);
@@ -148,7 +149,7 @@ void Mouse::handle(const InputEvent& event)
         return; // what passes by under the mouse is of no interest
     emit handling(event);
     lastPlace = event.kind == Kind::Leave ? std::nullopt : std::optional(event.place);
-    if (isForCandidates(event)) {
+    if (isForCandidates(event) || isForHandle(event)) {
         emit handled();
         return;
     }
@@ -512,6 +513,15 @@ bool Mouse::isForCandidates(const InputEvent& event)
     }
     closeCandidates();
     return false;
+}
+
+/// Whether an event is meant for the handle of the thing that is moved. What goes on without it does so.
+bool Mouse::isForHandle(const InputEvent& event)
+{
+    if (pressed || region.isDrawing() || !mover.take(event))
+        return false;
+    hover.clear();
+    return true;
 }
 
 void Mouse::showCandidate()

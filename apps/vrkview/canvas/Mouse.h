@@ -14,6 +14,7 @@
 namespace vrkview {
 
 class CameraFlight;
+class MoveTool;
 class RegionTool;
 class Settings;
 class ViewState;
@@ -35,7 +36,7 @@ class Mouse : public QObject {
 public:
     /// All outlive this.
     Mouse(ViewWidget& view, ViewState& state, const Settings& settings, CameraFlight& flight, RegionTool& region,
-          QObject* parent = nullptr);
+          MoveTool& mover, QObject* parent = nullptr);
 
     Hover& getHover() { return hover; }
     ViewPick& getPick() { return finder; }
@@ -101,6 +102,7 @@ private:
     void togglePoint(const Picked& found, bool adds);
     std::optional<Picked> pick(const QPointF& place, Purpose purpose, PickAim aim);
     bool isForCandidates(const InputEvent& event);
+    bool isForHandle(const InputEvent& event);
     void showCandidate();
     void prepareNavigation();
 
@@ -109,6 +111,7 @@ private:
     const Settings& settings;
     CameraFlight& flight;
     RegionTool& region;
+    MoveTool& mover;
     ViewPick finder;
     Hover hover;
     CandidateList* candidates;         // Qt's, a child of the view

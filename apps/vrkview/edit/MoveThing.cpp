@@ -52,6 +52,7 @@ bool MoveThing::mergeWith(const QUndoCommand* next)
     if (gesture == 0 || move.gesture != gesture || move.thing != thing)
         return false;
     after = move.after;
+    setObsolete(after == before); // back where it was: there is nothing to take back
     return true;
 }
 

@@ -156,6 +156,18 @@ void drawGrid(QPainter& painter, const QColor& ink)
     }
 }
 
+void drawMove(QPainter& painter, const QColor& ink)
+{
+    painter.setPen(pen(ink, 1.3));
+    painter.drawLine(QPointF(8, 2), QPointF(8, 14));
+    painter.drawLine(QPointF(2, 8), QPointF(14, 8));
+    for (const auto& [a, tip, b] : {std::array{QPointF(6, 4), QPointF(8, 1.6), QPointF(10, 4)},
+                                    std::array{QPointF(6, 12), QPointF(8, 14.4), QPointF(10, 12)},
+                                    std::array{QPointF(4, 6), QPointF(1.6, 8), QPointF(4, 10)},
+                                    std::array{QPointF(12, 6), QPointF(14.4, 8), QPointF(12, 10)}})
+        painter.drawPolyline(QPolygonF({a, tip, b}));
+}
+
 void drawLasso(QPainter& painter, const QColor& ink)
 {
     painter.setPen(pen(ink, 1.2));
@@ -283,6 +295,8 @@ void drawGlyph(QPainter& painter, const QColor& ink, int number)
         return drawWire(painter, ink);
     case Glyph::Grid:
         return drawGrid(painter, ink);
+    case Glyph::Move:
+        return drawMove(painter, ink);
     case Glyph::Lasso:
         return drawLasso(painter, ink);
     case Glyph::Points:

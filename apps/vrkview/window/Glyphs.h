@@ -27,6 +27,7 @@ enum class Glyph {
     Edges,
     Wire,
     Grid,
+    Move,
     Lasso,
     Points,
     PickBodies,

@@ -3,6 +3,7 @@
 #include "canvas/CameraFlight.h"
 #include "canvas/DrawMode.h"
 #include "canvas/Mouse.h"
+#include "canvas/MoveTool.h"
 #include "canvas/ProgramParts.h"
 #include "canvas/ProgramThings.h"
 #include "canvas/RegionTool.h"
@@ -61,8 +62,9 @@ const Looks& looksOf(std::string_view name)
 } // namespace
 
 ViewActions::ViewActions(QWidget& window, ViewState& state, CameraFlight& flight, Settings& settings,
-                         RegionTool& region, Mouse& mouse)
-    : QObject(&window), window(window), state(state), flight(flight), settings(settings), region(region), mouse(mouse)
+                         RegionTool& region, MoveTool& mover, Mouse& mouse)
+    : QObject(&window), window(window), state(state), flight(flight), settings(settings), region(region), mover(mover),
+      mouse(mouse)
 {
     addViews();
     addModes();
@@ -71,6 +73,8 @@ ViewActions::ViewActions(QWidget& window, ViewState& state, CameraFlight& flight
     addSelection();
     addRegions();
     addPicks();
+    addMoves();
+    connect(&mover, &MoveTool::changed, this, &ViewActions::followState);
     connect(&mouse.getPick(), &ViewPick::changed, this, &ViewActions::followState);
     connect(&mouse, &Mouse::candidatesChanged, this, &ViewActions::followState);
     connect(&mouse, &Mouse::pressedLong, listCandidates, &QAction::trigger);
@@ -161,7 +165,7 @@ void ViewActions::addProgramParts()
 void ViewActions::addSelection()
 {
     clear = add(tr("&Clear selection"), {Qt::Key_Escape}, [this] {
-        if (!mouse.closeCandidates() && !region.cancel())
+        if (!mover.cancel() && !mouse.closeCandidates() && !region.cancel())
             state.clear();
     });
     hide = add(tr("&Hide selected"), {Qt::Key_H}, [this] { state.hideSelected(); });
@@ -212,6 +216,19 @@ void ViewActions::addPicks()
     listBackwards = add(tr("Back in this list"), {Qt::SHIFT | Qt::Key_Q}, [this] { mouse.listCandidates(-1); });
 }
 
+void ViewActions::addMoves()
+{
+    move = add(tr("&Move by hand"), {Qt::Key_M}, [this] { mover.setOn(!mover.isOn()); });
+    move->setCheckable(true);
+    move->setIcon(glyph(Glyph::Move));
+    worldAxes = add(tr("Along the axes of the &world"), {Qt::Key_X}, [this] {
+        using vrk::visual::DragAxes;
+        mover.setAxes(mover.getAxes() == DragAxes::World ? DragAxes::Local : DragAxes::World);
+        followState();
+    });
+    worldAxes->setCheckable(true);
+}
+
 void ViewActions::fillViewMenu(QMenu& menu) const
 {
     menu.addAction(fit);
@@ -250,6 +267,12 @@ void ViewActions::fillSelectMenu(QMenu& menu) const
     menu.addAction(show);
 }
 
+void ViewActions::fillEditMenu(QMenu& menu) const
+{
+    menu.addAction(move);
+    menu.addAction(worldAxes);
+}
+
 void ViewActions::fillTreeMenu(QWidget& tree) const
 {
     tree.addActions({focus, hide, show});
@@ -267,6 +290,7 @@ void ViewActions::fillToolBar(QToolBar& bar) const
     bar.addSeparator();
     bar.addAction(grid);
     bar.addSeparator();
+    bar.addAction(move);
     bar.addAction(lasso);
     bar.addAction(pointsOnly);
     bar.addSeparator();
@@ -306,6 +330,8 @@ void ViewActions::followState()
     lasso->setChecked(region.isLassoOn());
     for (const auto& [group, action] : picks)
         action->setChecked(mouse.getPick().takes(group));
+    move->setChecked(mover.isOn());
+    worldAxes->setChecked(mover.getAxes() == vrk::visual::DragAxes::World);
     pointsOnly->setChecked(region.isForPointsOnly());
     hide->setEnabled(any);
     focus->setEnabled(any);

@@ -18,6 +18,7 @@ namespace vrkview {
 
 class CameraFlight;
 class Mouse;
+class MoveTool;
 class RegionTool;
 class Settings;
 
@@ -29,10 +30,12 @@ class ViewActions : public QObject {
 public:
     /// @param window  gets the actions, which are its children then; outlives this, as all others do.
     ViewActions(QWidget& window, ViewState& state, CameraFlight& flight, Settings& settings, RegionTool& region,
-                Mouse& mouse);
+                MoveTool& mover, Mouse& mouse);
 
     void fillViewMenu(QMenu& menu) const;
     void fillSelectMenu(QMenu& menu) const;
+    /// Moving by hand.
+    void fillEditMenu(QMenu& menu) const;
     /// The context menu of the tree.
     void fillTreeMenu(QWidget& tree) const;
     void fillToolBar(QToolBar& bar) const;
@@ -51,6 +54,7 @@ private:
     void addSelection();
     void addRegions();
     void addPicks();
+    void addMoves();
     void followState();
 
     QWidget& window;
@@ -58,6 +62,7 @@ private:
     CameraFlight& flight;
     Settings& settings;
     RegionTool& region;
+    MoveTool& mover;
     Mouse& mouse;
     QAction* fit = nullptr;
     QAction* focus = nullptr;
@@ -74,6 +79,8 @@ private:
     QAction* closeLasso = nullptr;
     QAction* dropCorner = nullptr;
     std::vector<std::pair<PickGroup, QAction*>> picks;
+    QAction* move = nullptr;
+    QAction* worldAxes = nullptr;
     QAction* listCandidates = nullptr;
     QAction* listBackwards = nullptr;
     QAction* hide = nullptr;

@@ -4,6 +4,7 @@
 #include "canvas/Counted.h"
 #include "canvas/DrawMode.h"
 #include "canvas/Mouse.h"
+#include "canvas/MoveTool.h"
 #include "canvas/ProgramParts.h"
 #include "canvas/RegionTool.h"
 #include "canvas/Surroundings.h"
@@ -91,13 +92,14 @@ QStringList localFiles(const QMimeData& data)
 
 ViewWindow::ViewWindow(const Station& station, const DrawMode& mode)
     : state(mode, station.hiddenFaces), files(state, settings, QString::fromStdString(station.title)),
-      view(new ViewWidget(this)), region(new RegionTool(*view, state, this)),
-      mouse(new Mouse(*view, state, settings, flight, *region, this)), messages(new MessageBar),
+      view(new ViewWidget(this)), region(new RegionTool(*view, state, this)), mover(new MoveTool(*view, state, this)),
+      mouse(new Mouse(*view, state, settings, flight, *region, *mover, this)), messages(new MessageBar),
       tree(new TreeDock(state, this)), joints(new JointDock(state, this)), program(new ProgramDock(state, this)),
       properties(new PropertyDock(state, this)),
-      actions(new ViewActions(*this, state, flight, settings, *region, *mouse)), edits(new EditActions(*this, state)),
-      bands(new BandActions(*this, state)), clouds(new CloudActions(*this, state)), contents(new QLabel),
-      underMouse(new QLabel), selection(new SelectionLine(state)), frameTime(new QLabel)
+      actions(new ViewActions(*this, state, flight, settings, *region, *mover, *mouse)),
+      edits(new EditActions(*this, state)), bands(new BandActions(*this, state)),
+      clouds(new CloudActions(*this, state)), contents(new QLabel), underMouse(new QLabel),
+      selection(new SelectionLine(state)), frameTime(new QLabel)
 {
     setAcceptDrops(true);
     setDockOptions(AnimatedDocks | AllowTabbedDocks | AllowNestedDocks);
@@ -227,6 +229,7 @@ void ViewWindow::buildMenus()
     buildFileMenu();
     QMenu& editMenu = *menuBar()->addMenu(tr("&Edit"));
     edits->fillEditMenu(editMenu);
+    actions->fillEditMenu(editMenu);
     editMenu.addSeparator();
     bands->fillMenu(editMenu);
     editMenu.addSeparator();
@@ -257,6 +260,7 @@ void ViewWindow::connectView()
     connect(mouse, &Mouse::focusRequested, actions, &ViewActions::focusOn);
     connect(&mouse->getHover(), &Hover::textChanged, underMouse, &QLabel::setText);
     connect(region, &RegionTool::textChanged, underMouse, &QLabel::setText);
+    connect(mover, &MoveTool::textChanged, underMouse, &QLabel::setText);
     connect(region, &RegionTool::failed, messages, &MessageBar::tell);
     connect(&state, &ViewState::stationChanged, this, [this] {
         // Behind the posts that hide what is hidden, faces too: they do not count.

@@ -20,6 +20,7 @@ class EditActions;
 class JointDock;
 class MessageBar;
 class Mouse;
+class MoveTool;
 class ProgramDock;
 class PropertyDock;
 class RegionTool;
@@ -46,6 +47,7 @@ public:
     CameraFlight& getFlight() { return flight; }
     StationFiles& getFiles() { return files; }
     Mouse& getMouse() const { return *mouse; }
+    MoveTool& getMover() const { return *mover; }
     RegionTool& getRegion() const { return *region; }
     TreeDock& getTreeDock() const { return *tree; }
     JointDock& getJointDock() const { return *joints; }
@@ -102,6 +104,7 @@ private:
     // Qt's, as children of this
     ViewWidget* view;
     RegionTool* region;
+    MoveTool* mover;
     Mouse* mouse;
     MessageBar* messages;
     TreeDock* tree;

@@ -1,15 +1,9 @@
+#include "CrateFixture.h"
 #include "FakeInput.h"
-#include "MouseFixture.h"
 #include "canvas/CandidateList.h"
-#include "demo/DemoParts.h"
-#include "demo/DemoSolids.h"
-#include "files/Station.h"
-#include "files/StationScene.h"
 
 #include "platform/layout/Layout.h"
-#include "platform/layout/Part.h"
 #include "platform/layout/PointCloud.h"
-#include "scene/Scene.h"
 
 #include <gmock/gmock.h>
 
@@ -25,23 +19,15 @@ using testing::IsEmpty;
 using testing::SizeIs;
 using testing::StartsWith;
 using vrk::layout::Layout;
-using vrk::visual::Scene;
 
 /// Two boxes above the station, one behind the other as seen from the left: a place shows the one, and hides the other.
-class CandidatesTest : public MouseFixture {
+class CandidatesTest : public WithCrates<> {
 protected:
     void SetUp() override
     {
-        MouseFixture::SetUp();
-        Station station;
-        for (const auto& [name, y] : {std::pair("Front crate", 0.0), std::pair("Back crate", 600.0)})
-            station.parts.push_back(demo::single(name, demo::at(0, y, 2300),
-                                                 demo::box({-150, -150, 0}, {150, 150, 300}), demo::color::wood));
-        front = station.parts[0]->getId();
-        back = station.parts[1]->getId();
-        addToStation(station);
-        state().stationHasChanged();
-        view().drain();
+        WithCrates::SetUp();
+        front = addCrate("Front crate");
+        back = addCrate("Back crate", demo::at(0, 600, 2300));
         after("1"); // from the front
         place = placeOf("Front crate");
         moveTo(place);
@@ -51,14 +37,7 @@ protected:
         mouse().closeCandidates();
         for (const PickGroupName& each : allPickGroups())
             mouse().getPick().setTaken(each.group, true);
-        for (const unsigned part : {front, back}) {
-            if (Scene::HasVisual(part))
-                Scene::Get()->removeVisual(part);
-            Layout::inst().remove(part);
-        }
-        view().drain();
-        state().stationHasChanged();
-        MouseFixture::TearDown();
+        WithCrates::TearDown();
     }
     static const CandidateList& list() { return mouse().getCandidates(); }
     static std::vector<unsigned> listed()
@@ -168,8 +147,7 @@ TEST_F(CandidatesTest, ListClosesWhenOneOfItsThingsGoes)
     mouse().listCandidates();
     ASSERT_TRUE(list().isOpen());
 
-    Scene::Get()->removeVisual(back);
-    view().drain();
+    removeFromScene(back);
 
     EXPECT_FALSE(list().isOpen());
 }

@@ -1,14 +1,7 @@
+#include "CrateFixture.h"
 #include "FakeInput.h"
-#include "MouseFixture.h"
-
-#include "canvas/Picked.h"
-#include "demo/DemoParts.h"
-#include "demo/DemoSolids.h"
-#include "files/Station.h"
-#include "files/StationScene.h"
 
 #include "platform/layout/Layout.h"
-#include "platform/layout/Part.h"
 #include "platform/layout/PointCloud.h"
 #include "scene/Scene.h"
 
@@ -257,32 +250,14 @@ TEST_F(HoverTest, SelectedThingStaysInItsSelectionColour)
 }
 
 /// A box high above the station, which a test may take away.
-class HoverOfWhatGoes : public HoverTest {
+class HoverOfWhatGoes : public WithCrates<HoverTest> {
 protected:
     void SetUp() override
     {
-        HoverTest::SetUp();
-        Station station;
-        station.parts = {demo::single("Crate", demo::at(0, 0, 2300), demo::box({-150, -150, 0}, {150, 150, 300}),
-                                      demo::color::wood)};
-        crate = station.parts.front()->getId();
-        addToStation(station);
-        state().stationHasChanged();
-        view().drain();
+        WithCrates::SetUp();
+        crate = addCrate("Crate");
     }
-    void TearDown() override
-    {
-        remove();
-        vrk::layout::Layout::inst().remove(crate);
-        state().stationHasChanged();
-        HoverTest::TearDown();
-    }
-    void remove() const
-    {
-        if (Scene::HasVisual(crate))
-            Scene::Get()->removeVisual(crate);
-        view().drain();
-    }
+    void remove() const { removeFromScene(crate); }
 
     unsigned crate = 0;
 };
