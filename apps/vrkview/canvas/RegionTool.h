@@ -32,8 +32,8 @@ struct RegionContent {
 /// A region of the view that the user draws, and what it selects: a rectangle, or a lasso drawn freehand or corner by corner.
 ///
 /// A rectangle that was drawn to the right takes what lies wholly inside, one to the left what it touches; a lasso takes what
-/// lies wholly inside. A thing lies inside if all of its bodies, curves and points do that are shown. What would be selected is highlighted
-/// while the region is drawn, as long as it is found quickly.
+/// lies wholly inside. A thing lies inside if all of its bodies, curves and points do that are shown. What would be selected
+/// is highlighted while the region is drawn, as long as it is found quickly.
 ///
 /// Thread: the application's, which is the render thread. Places are device pixels of the view.
 class RegionTool : public QObject {
