@@ -135,6 +135,17 @@ vrk::rob::Posef MouseFixture::camera()
     return vrk::visual::Camera::Get()->getWorldPose();
 }
 
+QPointF MouseFixture::onScreen(const vrk::rob::Posd& place)
+{
+    const vrk::rob::Posf seen =
+        camera().inverse() *
+        vrk::rob::Posf(static_cast<float>(place.x), static_cast<float>(place.y), static_cast<float>(place.z));
+    const float slope = std::tan(vrk::visual::Camera::Get()->getVFOV() / 2);
+    const float right = seen.x / -seen.z / (slope * vrk::visual::Camera::Get()->getAspectRatio());
+    const float up = seen.y / -seen.z / slope;
+    return {(1 + right) / 2 * static_cast<float>(view().width()), (1 - up) / 2 * static_cast<float>(view().height())};
+}
+
 void MouseFixture::moveTo(const QPoint& place)
 {
     const auto isThere = [wanted = inPixels(place)] { // but for what the screen rounds

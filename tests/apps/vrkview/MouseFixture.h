@@ -30,6 +30,8 @@ protected:
     /// What the mouse finds there.
     static std::optional<Picked> pickedAt(const QPoint& place, PickAim aim = PickAim::Thing);
     static vrk::rob::Posef camera();
+    /// Where the view shows a place of the world.
+    static QPointF onScreen(const vrk::rob::Posd& place);
 
     /// Moves the mouse there and has the window take notice.
     static void moveTo(const QPoint& place);

@@ -63,15 +63,7 @@ protected:
     static QPoint targetOnScreen(const MoveInst& move)
     {
         const DataItem& item = *move.getTargetItem();
-        const vrk::rob::Posd place = (worldPoseOfThing(item.getOwnerId()) * item.getPose()).position;
-        const vrk::rob::Posf seen =
-            camera().inverse() *
-            vrk::rob::Posf(static_cast<float>(place.x), static_cast<float>(place.y), static_cast<float>(place.z));
-        const float slope = std::tan(Camera::Get()->getVFOV() / 2);
-        const float right = seen.x / -seen.z / (slope * Camera::Get()->getAspectRatio());
-        const float up = seen.y / -seen.z / slope;
-        return {static_cast<int>(std::lround((1 + right) / 2 * view().width())),
-                static_cast<int>(std::lround((1 - up) / 2 * view().height()))};
+        return onScreen((worldPoseOfThing(item.getOwnerId()) * item.getPose()).position).toPoint();
     }
     static int countBelow(const Visual& visual, VisualType type)
     {
