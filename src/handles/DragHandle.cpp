@@ -1,6 +1,5 @@
 #include "handles/DragHandle.h"
 
-#include "handles/TasksOfOwner.h"
 #include "platform/geometry/ColorText.h"
 #include "selection/VisualSelection.h"
 #include "visual/MeshVisual.h"
@@ -34,7 +33,7 @@ void DragHandle::Build()
     DragHandle* handle = Get();
     handle->registerToSelection(true);
     // Behind the registration in the queue: what is not registered yet is not disabled.
-    handle->tasks().post([handle] { selection::VisualSelection::Get()->setCompoundObjectEnabled(handle, false); });
+    handle->postOwn([handle] { selection::VisualSelection::Get()->setCompoundObjectEnabled(handle, false); });
 }
 
 DragHandle::DragHandle() : FixedSizeHandle("DragHandle", nullptr)

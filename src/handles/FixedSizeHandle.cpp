@@ -36,6 +36,11 @@ FixedSizeHandle::~FixedSizeHandle()
         service->removeCompoundObject(this);
 }
 
+void FixedSizeHandle::postOwn(std::function<void()> task) const
+{
+    posts->post(std::move(task));
+}
+
 void FixedSizeHandle::updateScale()
 {
     cameraListener->update();

@@ -2,6 +2,7 @@
 
 #include "handles/GuiVisual.h"
 
+#include <functional>
 #include <memory>
 
 namespace vrk::visual {
@@ -35,7 +36,8 @@ public:
     bool isRegisteredInSelection() const { return registeredInSelection; }
 
 protected:
-    const TasksOfOwner& tasks() const { return *posts; }
+    /// Posts work of this handle; it is passed over where the handle has died meanwhile. Any thread, while it lives.
+    void postOwn(std::function<void()> task) const;
 
 private:
     void fitTo(float distance);

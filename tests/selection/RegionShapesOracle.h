@@ -282,10 +282,11 @@ private:
     rob::Vec3d scale;
 };
 
-inline std::vector<DrawnTriangle> drawnTriangles(const VisualSelection& service)
+inline std::vector<DrawnTriangle> drawnTriangles(const VisualSelection& service,
+                                                 const std::vector<visual::Visual*>& visuals)
 {
     std::vector<DrawnTriangle> all;
-    for (visual::Visual* visual : service.registeredVisuals()) {
+    for (visual::Visual* visual : visuals) {
         const SelectableObject& object = *service.getObject(visual);
         if (object.kind != SelectableObject::ObjectKind::Shape && object.kind != SelectableObject::ObjectKind::Mesh)
             continue;
@@ -305,10 +306,11 @@ inline std::vector<DrawnTriangle> drawnTriangles(const VisualSelection& service)
 }
 
 /// Of solids, by the triangles of the faces that are shown, and of curves.
-inline std::vector<DrawnSection> drawnSections(const VisualSelection& service)
+inline std::vector<DrawnSection> drawnSections(const VisualSelection& service,
+                                               const std::vector<visual::Visual*>& visuals)
 {
     std::vector<DrawnSection> all;
-    for (visual::Visual* visual : service.registeredVisuals()) {
+    for (visual::Visual* visual : visuals) {
         const SelectableObject& object = *service.getObject(visual);
         const DrawnPlace place(*visual);
         if (object.kind == SelectableObject::ObjectKind::Curve) {

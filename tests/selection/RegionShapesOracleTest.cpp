@@ -70,7 +70,7 @@ protected:
     }
     void forgetAll()
     {
-        for (visual::Visual* visual : service.registeredVisuals())
+        for (visual::Visual* visual : entered())
             service.removeObject(visual);
     }
     /// Wide, narrow or without perspective; from within the things as well, so that some lie behind the eye.
@@ -166,8 +166,8 @@ TEST_F(RegionShapesOracle, WhatIsTouchedAndWhatIsWhollyInsideIsThatOfMeasuresOfE
     for (unsigned seed = 0; seed < 12; ++seed) {
         std::mt19937 random(seed);
         fill(random);
-        const auto triangles = drawnTriangles(service);
-        const auto sections = drawnSections(service);
+        const auto triangles = drawnTriangles(service, entered());
+        const auto sections = drawnSections(service, entered());
         for (int round = 0; round < 25; ++round) {
             SCOPED_TRACE(testing::Message() << "seed " << seed << ", round " << round);
             const RegionView view = anyView(random);
@@ -297,7 +297,7 @@ TEST_F(RegionShapesOracle, WhatIsSeenIsWhatRaysThroughThePixelsMeetFirst)
     for (unsigned seed = 100; seed < 112; ++seed) {
         std::mt19937 random(seed);
         fill(random);
-        const auto triangles = drawnTriangles(service);
+        const auto triangles = drawnTriangles(service, entered());
         for (int round = 0; round < 8; ++round) {
             SCOPED_TRACE(testing::Message() << "seed " << seed << ", round " << round);
             const RegionView view = anyView(random);
@@ -374,8 +374,8 @@ TEST_F(RegionShapesOracle, EdgesAndPointsAreHiddenWhereRaysMeetABodyBeforeThem)
         visual::PointCloudVisual* cloud = addCloud(points);
         cloud->setPose(pose(random, 50));
         service.update();
-        const auto triangles = drawnTriangles(service);
-        const auto sections = drawnSections(service);
+        const auto triangles = drawnTriangles(service, entered());
+        const auto sections = drawnSections(service, entered());
         for (int round = 0; round < 6; ++round) {
             SCOPED_TRACE(testing::Message() << "seed " << seed << ", round " << round);
             const RegionView view = anyView(random);
