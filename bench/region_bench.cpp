@@ -4,6 +4,9 @@
 
 #include "bench/support/Contest.h"
 #include "bench/support/PickWork.h"
+#ifdef VRK_BENCH_HAS_PCL
+#include "bench/support/PclPeer.h"
+#endif
 #include "bench/support/Rng.h"
 #include "bench/support/Size.h"
 #include "bench/support/Started.h"
@@ -342,6 +345,42 @@ void contest(benchmark::State& state, const CloudWork& work, const Ways& ways, s
     state.counters["index B/point"] = work.indexBytes / static_cast<double>(pointCount);
 }
 
+/// In single precision, so without the checksum.
+void checkCount(std::size_t found, const char* who)
+{
+    if (!bench::isSmall() && (found < 2900000 || found > 3000000))
+        throw std::logic_error(std::string(who) + ": not the points that are inside: " + std::to_string(found));
+}
+
+#ifdef VRK_BENCH_HAS_PCL
+
+void boxByPcl(benchmark::State& state, const layout::PointCloud::Points& points)
+{
+    const bench::PclCloud cloud(points);
+    const rob::Posf eye(10000, -6000, 7000), centre(10000, 10000, 500);
+    const rob::Dirf forward = rob::normalized(centre - eye), right = rob::normalized(forward.cross(rob::Vec3f(0, 0, 1)));
+    const double unit = std::tan(std::numbers::pi / 8) / (height / 2); // of a pixel, at a distance of 1
+    const auto angle = [unit](double pixels) { return 2 * std::atan(unit * pixels / 2) * 180 / std::numbers::pi; };
+    const bench::PclCloud::Frustum frustum{
+        eye, forward, rob::Dirf(right.cross(forward)), right, angle(1320 - 600), angle(742.5 - 337.5), 10, 100000};
+    state.counters["PCL ms"] =
+        bench::millisecondsOf([&] { checkCount(cloud.inFrustum(frustum).size(), "FrustumCulling"); });
+}
+
+void lassoByPcl(benchmark::State& state, const layout::PointCloud::Points& points)
+{
+    const bench::PclCloud cloud(points);
+    const Projection project;
+    const auto pixelOf = [&project](const rob::Posf& p) -> std::optional<Corner> {
+        const Shown s = project(p);
+        return s.depth >= 10 && s.depth <= 100000 ? std::optional(Corner(s.x, s.y)) : std::nullopt;
+    };
+    state.counters["PCL ms"] =
+        bench::millisecondsOf([&] { checkCount(cloud.inPolygon(lassoCorners(), pixelOf).size(), "CropHull"); });
+}
+
+#endif
+
 void boxOfCloud(benchmark::State& state)
 {
     const CloudWork work;
@@ -357,14 +396,15 @@ void boxOfCloud(benchmark::State& state)
                }},
               {"loop", [&] { return boxByLoop(points); }}};
     contest(state, work, ways, 2959709, 0xf5178a0fd621b137u, "loop");
-    // In single precision, so neither has the checksum
+#ifdef VRK_BENCH_HAS_PCL
+    boxByPcl(state, points);
+#endif
     std::size_t found = 0;
     state.counters["boxSelectPointCloud ms"] = bench::millisecondsOf([&] {
         for (const auto& [id, numbers] : service.boxSelectPointCloud(600, 337.5f, 1320, 742.5f))
             found += numbers.size();
     });
-    if (!bench::isSmall() && (found < 2900000 || found > 3000000))
-        throw std::logic_error("boxSelectPointCloud: not the points that are inside: " + std::to_string(found));
+    checkCount(found, "boxSelectPointCloud");
 }
 
 void lassoOfCloud(benchmark::State& state)
@@ -382,6 +422,9 @@ void lassoOfCloud(benchmark::State& state)
               {"raster", [&] { return lassoByRaster(points); }},
               {"loop", [&] { return lassoByLoop(points); }}};
     contest(state, work, ways, 2926663, 0xa4d82f5c20986aefu, "raster");
+#ifdef VRK_BENCH_HAS_PCL
+    lassoByPcl(state, points);
+#endif
     std::vector<rob::Posf> polygon;
     for (const Corner& c : lassoCorners())
         polygon.emplace_back(static_cast<float>(c.x), static_cast<float>(c.y), 0.0f);
@@ -390,8 +433,7 @@ void lassoOfCloud(benchmark::State& state)
         for (const auto& [id, numbers] : service.lassoSelectPointCloud(polygon))
             found += numbers.size();
     });
-    if (!bench::isSmall() && (found < 2900000 || found > 3000000))
-        throw std::logic_error("lassoSelectPointCloud: not the points that are inside: " + std::to_string(found));
+    checkCount(found, "lassoSelectPointCloud");
 }
 
 /// A thousand solids that fill the view: a rectangle over all, through everything and only what is seen.

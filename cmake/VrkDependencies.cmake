@@ -27,6 +27,12 @@ if(NOT VRK_PURE_ONLY)
         find_library(EMBREE_LIBRARY NAMES embree3 REQUIRED)
         set(CGAL_DO_NOT_WARN_ABOUT_CMAKE_BUILD_TYPE TRUE)
         find_package(CGAL REQUIRED)
+        # PCL's package brings some 370 others, for one column of a table: measured where it is there. Its own configuration asks
+        # for all of its parts, so the two that are used are looked for by themselves.
+        find_path(PCL_INCLUDE_DIR pcl/filters/crop_hull.h PATH_SUFFIXES pcl-1.13 pcl-1.12 pcl-1.14)
+        find_path(PCL_EIGEN_INCLUDE_DIR Eigen/Core PATH_SUFFIXES eigen3)
+        find_library(PCL_COMMON_LIBRARY pcl_common)
+        find_library(PCL_FILTERS_LIBRARY pcl_filters)
     endif()
 endif()
 if(VRK_BUILD_TESTS)

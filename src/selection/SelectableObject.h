@@ -50,6 +50,9 @@ public:
     /// box lies beyond a hit need not be asked.
     virtual bool isHitWithinBox() const { return false; }
 
+    /// Around all parts, in the object's coordinates; one that is not valid without any.
+    virtual visual::Box partsBox() const { return bvh.root ? bvh.root->box : visual::Box(); }
+
     rob::PoseTemplate<float> inverseWorldPose; ///< from the world
     visual::Visual* const visual;
     const ObjectKind kind;
@@ -67,8 +70,6 @@ protected:
 
     /// The update of an object whose box is that of its parts.
     void updateFromHierarchy();
-    /// Around all parts, in the object's coordinates; one that is not valid without any.
-    virtual visual::Box partsBox() const { return bvh.root ? bvh.root->box : visual::Box(); }
     /// Whether the parts are made of the object alone, with no camera and nothing that another object makes as well.
     virtual bool canBuildOnAnyThread() { return false; }
     /// What every update starts with: false if there is nothing to do, else the parts are there.

@@ -302,6 +302,10 @@ void VisualSelection::update()
     {
         const std::lock_guard alone(access);
         updateObjects();
+        if (stale[0])
+            anyOnTop = std::ranges::any_of(containers[0].primitives, [](const BVHPrimitive* object) {
+                return object->enabled && static_cast<const SelectableObject*>(object)->priority;
+            });
         for (std::size_t i = 0; i < containers.size(); ++i)
             if (stale[i]) {
                 containers[i].bvh = BVHBuilder(&containers[i]).build();

@@ -103,6 +103,8 @@ public:
     /// beside the ones below. Null without objects.
     const BVHNode* getObjectTree() const { return containers[0].getRoot(); }
     const BVHNode* getCloudTree() const { return containers[clouds].getRoot(); }
+    /// Whether anything in the first one has priority: without, what lies behind a hit need not be asked.
+    bool hasObjectsOnTop() const { return anyOnTop; }
 
     /// Brings what it knows up to date and raises `snapResultInvalidated`; does nothing if it is clean. A failure leaves it
     /// dirty. A hierarchy is built anew only where one that is enabled came, went, or has another box: a handle that is
@@ -173,6 +175,7 @@ private:
     std::unordered_map<visual::Visual*, SelectableObject*> objects;
     std::array<PrimitiveContainer, 2> containers; // own the objects
     std::array<bool, 2> stale{};                  // the hierarchies that are to be built anew
+    bool anyOnTop = false;
     // Shared by the questions that any thread may ask at any time, and alone with what changes what they read.
     mutable std::shared_mutex access;
     std::atomic<bool> dirty{false};

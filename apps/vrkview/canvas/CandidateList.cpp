@@ -89,7 +89,11 @@ const Picked* CandidateList::current() const
 
 bool CandidateList::isStale() const
 {
-    return std::ranges::any_of(all, [](const Picked& picked) { return !Scene::HasVisual(picked.candidate.visualId); });
+    const auto isGone = [](const Picked& picked) {
+        const unsigned id = picked.candidate.visualId;
+        return !Scene::HasVisual(id) || Scene::GetVisual(id) != picked.candidate.visual; // made anew under its id
+    };
+    return std::ranges::any_of(all, isGone);
 }
 
 void CandidateList::dismiss()

@@ -28,7 +28,7 @@ public:
     /// Null while nothing is listed.
     const Picked* current() const;
     const std::vector<Picked>& getAll() const { return all; }
-    /// Whether one of them has left the scene.
+    /// Whether the visual of one of them has left the scene, also where another one stands there for the same thing.
     bool isStale() const;
     void dismiss();
 

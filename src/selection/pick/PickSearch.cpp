@@ -108,7 +108,7 @@ const PickQuery& checked(const PickQuery& query, const VisualSelection& service)
 
 PickSearch::PickSearch(const VisualSelection& service, const PickQuery& question)
     : service(service), query(checked(question, service)), lens(query.camera), ray(lens.rayThrough(query.x, query.y)),
-      radius(query.radius * query.camera.devicePixelRatio), beam(lens.beamThrough(query.x, query.y, radius))
+      radius(query.radius * query.camera.devicePixelRatio)
 {
 }
 
@@ -116,6 +116,7 @@ PickSearch::PickSearch(const VisualSelection& service, const PickQuery& question
 
 std::vector<PickCandidate> PickSearch::gather(PickKinds kinds)
 {
+    beam = lens.beamThrough(query.x, query.y, radius);
     std::vector<PickCandidate> found;
     walkBeam(service.getObjectTree(), ray, beam, 1, [&](const BVHPrimitive* primitive) {
         const SelectableObject& object = asObject(primitive);
@@ -404,7 +405,8 @@ std::vector<PickCandidate> PickSearch::nearestSurfaces() const
         return {};
     const BeamBoxTest test(ray, {}, 1);
     const Reach reach(narrow(ray));
-    walkWithin(root, test, reach, everywhere, [&](const BVHPrimitive* primitive) {
+    float limit = everywhere;
+    walkWithin(root, test, reach, limit, [&](const BVHPrimitive* primitive) {
         const SelectableObject& object = asObject(primitive);
         if (!isSurface(object) || !object.visual->isVisible())
             return;
@@ -417,6 +419,8 @@ std::vector<PickCandidate> PickSearch::nearestSurfaces() const
             found.hits.push_back(hit);
             found.limit = hit.distance;
         });
+        if (!service.hasObjectsOnTop()) // which count from any distance
+            limit = static_cast<float>(std::min<double>(others.limit, everywhere));
     });
     std::vector<PickCandidate> nearest;
     for (const Found& found : {onTop, others})

@@ -88,7 +88,7 @@ private:
     PickLens lens;
     PickRay ray;
     double radius; // device pixels
-    PickBeam beam;
+    PickBeam beam; // made by what gathers
     std::vector<Surface> surfaces;
     std::optional<Hit> front; // under the pixel, of what hides others
     rob::Vec3d frontNormal;   // of any length

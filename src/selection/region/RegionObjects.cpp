@@ -48,10 +48,7 @@ public:
         if (object.primitives.empty() || !isAskedFor())
             return;
         // The boxes of lines have room for the rays that pass them by; they enclose the lines all the same.
-        Box all;
-        for (const BVHPrimitive* part : object.primitives)
-            if (part->box.isValid())
-                all.addBox(part->box);
+        const Box all = object.partsBox();
         if (!all.isValid())
             return;
         const Coverage coverage = test.classify(all.min, all.max);
