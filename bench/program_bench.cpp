@@ -4,6 +4,7 @@
 #include "bench/support/Contest.h"
 #include "bench/support/Size.h"
 #include "bench/support/Started.h"
+#include "tests/support/ProcessorTime.h"
 
 #include "platform/layout/Layout.h"
 #include "platform/sdf/SdfManager.h"
@@ -29,7 +30,6 @@
 #include <malloc.h>
 
 #include <cmath>
-#include <ctime>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -48,22 +48,6 @@ void check(bool isRight, const std::string& what)
 {
     if (!isRight)
         throw std::logic_error(what);
-}
-
-double threadSeconds()
-{
-    timespec at{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &at);
-    return static_cast<double>(at.tv_sec) + 1e-9 * static_cast<double>(at.tv_nsec);
-}
-
-/// The seconds that this thread works for `call`.
-template <typename Call>
-double secondsOf(const Call& call)
-{
-    const double before = threadSeconds();
-    call();
-    return threadSeconds() - before;
 }
 
 double heapBytes()
@@ -322,14 +306,14 @@ Cost costOf(View& view, const Make& make)
 {
     Cost cost;
     const double before = heapBytes();
-    cost.load = secondsOf([&] {
+    cost.load = test::threadSecondsOf([&] {
         make();
         view.draw();
     });
     cost.heap = heapBytes() - before;
     std::vector<double> frames;
     for (int i = 0; i < 5; ++i)
-        frames.push_back(secondsOf([&] { view.draw(); }));
+        frames.push_back(test::threadSecondsOf([&] { view.draw(); }));
     cost.frame = bench::quantile(frames, 0.5);
     cost.batches = static_cast<double>(view.batches());
     return cost;
@@ -352,7 +336,7 @@ void loadProgram(benchmark::State& state)
         for (const bool isFirst : {true, false}) {
             ours = costOf(view, [&] {
                 scene.addTask(program.task->getId());
-                built = secondsOf([&] { scene.processMsgs(); });
+                built = test::threadSecondsOf([&] { scene.processMsgs(); });
                 picking.update();
             });
             if (isFirst)
@@ -401,7 +385,7 @@ void updateMoves(benchmark::State& state, bool isWholePath)
     for (auto _ : state) {
         pose.position.z += 1;
         move.getTargetItem()->setPose(pose);
-        state.SetIterationTime(secondsOf([&] {
+        state.SetIterationTime(test::threadSecondsOf([&] {
             if (isWholePath)
                 scene.updatePath(path.getId());
             else
@@ -435,7 +419,7 @@ void pickTargets(benchmark::State& state)
         std::vector<double> updates;
         for (int i = 0; i < 5; ++i) {
             moved->setPosition(moved->getPosition() + rob::Posf(0, 0, 1));
-            updates.push_back(secondsOf([&] { picking.update(); }));
+            updates.push_back(test::threadSecondsOf([&] { picking.update(); }));
         }
         state.counters["update ms"] = 1e3 * bench::quantile(updates, 0.5);
         std::size_t hits = 0;
@@ -471,13 +455,13 @@ void millionTargets(benchmark::State& state)
     }
     for (auto _ : state) {
         auto* group = new visual::Visual(Scene::GetWorldVisual());
-        const double built = secondsOf([&] {
+        const double built = test::threadSecondsOf([&] {
             for (const unsigned id : ids)
                 visual::RobtargetVisual::Build(group, id);
         });
         check(group->getSceneNode()->numChildren() == static_cast<unsigned short>(million),
               "not every target is there");
-        const double removed = secondsOf([&] {
+        const double removed = test::threadSecondsOf([&] {
             for (const unsigned id : ids)
                 scene.removeVisual(id);
             scene.processMsgs();

@@ -352,13 +352,26 @@ void checkCount(std::size_t found, const char* who)
         throw std::logic_error(std::string(who) + ": not the points that are inside: " + std::to_string(found));
 }
 
+/// Once.
+void timePrescribed(benchmark::State& state, const std::string& name,
+                    const std::function<selection::PointsOfClouds()>& select)
+{
+    std::size_t found = 0;
+    state.counters[name + " ms"] = bench::millisecondsOf([&] {
+        for (const auto& [id, numbers] : select())
+            found += numbers.size();
+    });
+    checkCount(found, name.c_str());
+}
+
 #ifdef VRK_BENCH_HAS_PCL
 
 void boxByPcl(benchmark::State& state, const layout::PointCloud::Points& points)
 {
     const bench::PclCloud cloud(points);
     const rob::Posf eye(10000, -6000, 7000), centre(10000, 10000, 500);
-    const rob::Dirf forward = rob::normalized(centre - eye), right = rob::normalized(forward.cross(rob::Vec3f(0, 0, 1)));
+    const rob::Dirf forward = rob::normalized(centre - eye),
+                    right = rob::normalized(forward.cross(rob::Vec3f(0, 0, 1)));
     const double unit = std::tan(std::numbers::pi / 8) / (height / 2); // of a pixel, at a distance of 1
     const auto angle = [unit](double pixels) { return 2 * std::atan(unit * pixels / 2) * 180 / std::numbers::pi; };
     const bench::PclCloud::Frustum frustum{
@@ -399,12 +412,8 @@ void boxOfCloud(benchmark::State& state)
 #ifdef VRK_BENCH_HAS_PCL
     boxByPcl(state, points);
 #endif
-    std::size_t found = 0;
-    state.counters["boxSelectPointCloud ms"] = bench::millisecondsOf([&] {
-        for (const auto& [id, numbers] : service.boxSelectPointCloud(600, 337.5f, 1320, 742.5f))
-            found += numbers.size();
-    });
-    checkCount(found, "boxSelectPointCloud");
+    timePrescribed(state, "boxSelectPointCloud",
+                   [&] { return service.boxSelectPointCloud(600, 337.5f, 1320, 742.5f); });
 }
 
 void lassoOfCloud(benchmark::State& state)
@@ -428,12 +437,7 @@ void lassoOfCloud(benchmark::State& state)
     std::vector<rob::Posf> polygon;
     for (const Corner& c : lassoCorners())
         polygon.emplace_back(static_cast<float>(c.x), static_cast<float>(c.y), 0.0f);
-    std::size_t found = 0;
-    state.counters["lassoSelectPointCloud ms"] = bench::millisecondsOf([&] {
-        for (const auto& [id, numbers] : service.lassoSelectPointCloud(polygon))
-            found += numbers.size();
-    });
-    checkCount(found, "lassoSelectPointCloud");
+    timePrescribed(state, "lassoSelectPointCloud", [&] { return service.lassoSelectPointCloud(polygon); });
 }
 
 /// A thousand solids that fill the view: a rectangle over all, through everything and only what is seen.

@@ -85,4 +85,20 @@ inline double distanceTo(const visual::CameraSnapshot& view, const rob::Posd& pl
     return (place - rob::Posd(view.pose.position)).length();
 }
 
+/// A random pose seen from a random side; every fourth with parallel lines of sight.
+struct RandomSight {
+    explicit RandomSight(std::mt19937& random, unsigned seed)
+        : pose(randomPose(random, 500)), view(randomView(random, pose.position)),
+          distance(distanceTo(view, pose.position)), isParallel(seed % 4 == 0)
+    {
+        if (isParallel)
+            view = withParallelSight(view, static_cast<float>(distance));
+    }
+
+    rob::Posed pose;
+    visual::CameraSnapshot view;
+    double distance;
+    bool isParallel;
+};
+
 } // namespace vrk::test

@@ -252,6 +252,13 @@ protected:
         scene.attachGuiTo(handle, target, pose);
         drain();
     }
+    void expectTakenOff()
+    {
+        EXPECT_EQ(deaths, 0);
+        EXPECT_EQ(gui.getParent(), nullptr);
+        EXPECT_FALSE(isPickable());
+        EXPECT_EQ(currentGui(), nullptr);
+    }
 
     const rob::Posef pose{{10, 20, 30}, rob::Rotationf(0.5f, rob::Dirf(0, 0, 1))};
     int deaths = 0;
@@ -340,11 +347,7 @@ TEST_F(AttachGui, RemovalOfWhatItHangsOnTakesItOff)
 
     scene.removeVisual(parent->getId());
     drain();
-
-    EXPECT_EQ(deaths, 0);
-    EXPECT_EQ(gui.getParent(), nullptr);
-    EXPECT_FALSE(isPickable());
-    EXPECT_EQ(currentGui(), nullptr);
+    expectTakenOff();
 }
 
 TEST_F(AttachGui, RemovalOfAParentOfThatTakesItOff)
@@ -353,11 +356,7 @@ TEST_F(AttachGui, RemovalOfAParentOfThatTakesItOff)
 
     scene.removeVisual(grandparent->getId());
     drain();
-
-    EXPECT_EQ(deaths, 0);
-    EXPECT_EQ(gui.getParent(), nullptr);
-    EXPECT_FALSE(isPickable());
-    EXPECT_EQ(currentGui(), nullptr);
+    expectTakenOff();
 }
 
 TEST_F(AttachGui, RemovalOfSomethingElseLeavesIt)

@@ -29,12 +29,10 @@ TEST(RingDrag, PlaceOfTheRingIsHeldUnderTheMouseOverSeveralTurns)
     for (unsigned seed = 0; seed < 1000; ++seed) {
         SCOPED_TRACE(testing::Message() << "seed " << seed);
         std::mt19937 random(seed);
-        const rob::Posed pose = test::randomPose(random, 500);
-        CameraSnapshot view = test::randomView(random, pose.position);
-        const double distance = test::distanceTo(view, pose.position);
-        if (seed % 4 == 0)
-            view = test::withParallelSight(view, static_cast<float>(distance));
-        const double radius = 0.1 * distance;
+        const test::RandomSight sight(random, seed);
+        const rob::Posed& pose = sight.pose;
+        const CameraSnapshot& view = sight.view;
+        const double radius = 0.1 * sight.distance;
         const rob::Dird axis = dragDirection(pose, 2, DragAxes::Local);
         if (std::abs((rob::normalized(pose.position - rob::Posd(view.pose.position))).dot(axis)) < 0.25)
             continue; // near the edge: has its own test

@@ -1,4 +1,4 @@
-#include "selection/RegionOracle.h"
+#include "selection/FlatViewFixture.h"
 
 #include "scene/core/SceneCore.h"
 #include "selection/ViewPixels.h"
@@ -16,17 +16,8 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::UnorderedElementsAre;
 
-/// The view shows 400 x 300 pixels of the plane y = 0, its middle at the origin, from 1000 units away.
-class BoxSelect : public SelectionFixture {
+class BoxSelect : public FlatViewFixture {
 protected:
-    BoxSelect() { worldPixel = 2 * 1000 * std::tan(visual::Camera::Get()->getVFOV() / 2) / 300; }
-
-    /// The place in the plane y = 0 that a pixel shows.
-    rob::Posf at(double x, double y) const
-    {
-        return {static_cast<float>((x - 200) * worldPixel), 0, static_cast<float>((150 - y) * worldPixel)};
-    }
-    float units(double pixels) const { return static_cast<float>(pixels * worldPixel); }
     std::vector<visual::Visual*> select(float x1, float y1, float x2, float y2)
     {
         service.update();
@@ -37,8 +28,6 @@ protected:
         service.update();
         return service.boxSelectPointCloud(x1, y1, x2, y2);
     }
-
-    double worldPixel;
 };
 
 TEST_F(BoxSelect, TakesEveryVisualWhoseBoxIsNotOutside)
@@ -235,38 +224,15 @@ TEST_F(BoxSelect, RectanglesThatAreNoneOrOutsideTheViewDoNoHarm)
 TEST_F(BoxSelect, AgreesWithALoopOverAllPoints)
 {
     std::mt19937 random(5);
-    int tested = 0, inside = 0;
-    for (int round = 0; round < 30; ++round) {
-        visual::PointCloudVisual* cloud =
-            addRandomCloud(random, 900000u + static_cast<unsigned>(round),
-                           [this](const std::vector<rob::Posf>& points) { return addCloud(points); });
-        useOrthogonal(round % 3 == 2);
-        look(
-            {{static_cast<float>(uniform(random, -1500, 1500)), -1500, static_cast<float>(uniform(random, -500, 1500))},
-             {0, 0, 0}});
-
+    compareWithALoop(random, 900000, [&](int) {
         const double x1 = uniform(random, 0, 400), y1 = uniform(random, 0, 300), x2 = uniform(random, 0, 400),
                      y2 = uniform(random, 0, 300);
-        const PointsOfClouds found = selectPoints(static_cast<float>(x1), static_cast<float>(y1),
-                                                  static_cast<float>(x2), static_cast<float>(y2));
-        std::set<std::uint64_t> numbers;
-        if (const auto entry = found.find(cloud->getId()); entry != found.end())
-            numbers.insert(entry->second.begin(), entry->second.end());
-        const DoubleView view;
-        const std::vector<rob::Posd> places = worldPoints(*cloud);
-        for (std::size_t i = 0; i < places.size(); ++i) {
-            const Inside expected = insideRectangle(x1, y1, x2, y2, view.pixelOf(places[i]));
-            if (expected == Inside::Unsure)
-                continue;
-            ++tested;
-            inside += expected == Inside::Yes ? 1 : 0;
-            ASSERT_EQ(numbers.contains(i), expected == Inside::Yes) << "round " << round << ", point " << i;
-        }
-        visual::Scene::Get()->deleteVisual(cloud);
-    }
-    useOrthogonal(false);
-    EXPECT_GT(tested, 80000);
-    EXPECT_GT(inside, 5000);
+        return Question{[=, this] {
+                            return selectPoints(static_cast<float>(x1), static_cast<float>(y1), static_cast<float>(x2),
+                                                static_cast<float>(y2));
+                        },
+                        [=](const DoubleView::Pixel& p) { return insideRectangle(x1, y1, x2, y2, p); }};
+    });
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "edit/Attempt.h"
 #include "edit/Bands.h"
 #include "edit/History.h"
+#include "edit/MenuAction.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -39,12 +40,7 @@ BandActions::BandActions(QWidget& window, ViewState& state)
 
 QAction* BandActions::add(const QString& text, const QKeySequence& key, void (BandActions::*run)())
 {
-    auto* action = new QAction(text, &window);
-    action->setShortcut(key);
-    if (run)
-        connect(action, &QAction::triggered, this, run);
-    window.addAction(action); // so that the key holds while no menu is open
-    return action;
+    return menuAction(window, this, text, key, run);
 }
 
 void BandActions::fillMenu(QMenu& menu)

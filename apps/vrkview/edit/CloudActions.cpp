@@ -2,6 +2,7 @@
 
 #include "canvas/ViewState.h"
 #include "edit/History.h"
+#include "edit/MenuAction.h"
 
 #include "visual/VisualType.h"
 
@@ -32,11 +33,7 @@ CloudActions::CloudActions(QWidget& window, ViewState& state)
 
 QAction* CloudActions::add(const QString& text, const QKeySequence& key, void (CloudActions::*run)())
 {
-    auto* action = new QAction(text, &window);
-    action->setShortcut(key);
-    connect(action, &QAction::triggered, this, run);
-    window.addAction(action); // so that the key holds while no menu is open
-    return action;
+    return menuAction(window, this, text, key, run);
 }
 
 void CloudActions::fillMenu(QMenu& menu) const

@@ -6,6 +6,7 @@
 #include "edit/Bands.h"
 #include "edit/Changes.h"
 #include "edit/History.h"
+#include "edit/MenuAction.h"
 #include "edit/ModelPlaces.h"
 #include "edit/MoveThing.h"
 #include "edit/PlaceDialog.h"
@@ -107,12 +108,7 @@ EditActions::EditActions(QWidget& window, ViewState& state)
 
 QAction* EditActions::add(const QString& text, const QKeySequence& key, void (EditActions::*run)())
 {
-    auto* action = new QAction(text, &window);
-    action->setShortcut(key);
-    if (run)
-        connect(action, &QAction::triggered, this, run);
-    window.addAction(action); // so that the key holds while no menu is open
-    return action;
+    return menuAction(window, this, text, key, run);
 }
 
 void EditActions::fillEditMenu(QMenu& menu) const

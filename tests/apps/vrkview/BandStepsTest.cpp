@@ -1,12 +1,10 @@
 #include "FakeInput.h"
-#include "MouseFixture.h"
+#include "StepsFixture.h"
 #include "canvas/Picked.h"
 #include "docks/PropertyDock.h"
 #include "edit/BandActions.h"
 #include "edit/Bands.h"
 #include "edit/EditActions.h"
-#include "edit/History.h"
-#include "window/MessageBar.h"
 
 #include "platform/layout/Body.h"
 #include "platform/layout/Layout.h"
@@ -30,30 +28,19 @@ using vrk::task::EdgeMfgShape;
 using vrk::visual::Scene;
 using vrk::visual::VectorBandVisual;
 
-/// Bands in the window; each test ends with the station as it was.
-class BandStepsTest : public MouseFixture {
+/// Bands in the window.
+class BandStepsTest : public StepsFixture {
 protected:
     void SetUp() override
     {
-        MouseFixture::SetUp();
-        history().noteSaved();
+        StepsFixture::SetUp();
         for (const auto& part : Layout::inst().parts)
             if (part->getName() == "Stone" || part->getName() == "Pallet")
                 body = part->getBodies().front()->getId();
         ASSERT_NE(body, 0u);
     }
-    void TearDown() override
-    {
-        state().clear();
-        while (!history().isSaved() && history().canUndo())
-            history().undo();
-        settle();
-        MouseFixture::TearDown();
-    }
-
-    static History& history() { return state().getHistory(); }
     static BandActions& bands() { return window().getBands(); }
-    static std::string message() { return window().getMessageBar().getText().toStdString(); }
+
     static void typeWithControl(const char* key)
     {
         const HeldKey control("Control_L");

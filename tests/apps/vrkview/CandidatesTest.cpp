@@ -1,6 +1,8 @@
 #include "CrateFixture.h"
 #include "FakeInput.h"
 #include "canvas/CandidateList.h"
+#include "edit/History.h"
+#include "edit/RemoveThings.h"
 
 #include "platform/layout/Layout.h"
 #include "platform/layout/PointCloud.h"
@@ -150,6 +152,21 @@ TEST_F(CandidatesTest, ListClosesWhenOneOfItsThingsGoes)
     removeFromScene(back);
 
     EXPECT_FALSE(list().isOpen());
+}
+
+TEST_F(CandidatesTest, ListClosesWhenOneOfItsThingsIsShownAnewUnderItsId)
+{
+    mouse().listCandidates();
+    ASSERT_TRUE(list().isOpen());
+
+    History& history = state().getHistory(); // a removal and its undo, between two pictures
+    history.push(std::make_unique<RemoveThings>(std::vector{back}));
+    history.undo();
+    view().drain();
+
+    EXPECT_FALSE(list().isOpen());
+    mouse().listCandidates();
+    EXPECT_THAT(listed(), testing::Contains(back));
 }
 
 TEST_F(CandidatesTest, LongPressListsAndItsReleaseTakesNothing)

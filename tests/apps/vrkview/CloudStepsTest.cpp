@@ -1,8 +1,6 @@
 #include "FakeInput.h"
-#include "MouseFixture.h"
+#include "StepsFixture.h"
 #include "edit/CloudActions.h"
-#include "edit/History.h"
-#include "window/MessageBar.h"
 
 #include "support/TempFolder.h"
 
@@ -30,30 +28,18 @@ using vrk::layout::PointCloud;
 using vrk::visual::PointCloudVisual;
 using vrk::visual::Scene;
 
-/// Points of the demo's scan in the window; each test ends with the station as it was.
-class CloudStepsTest : public MouseFixture {
+/// Points of the demo's scan in the window.
+class CloudStepsTest : public StepsFixture {
 protected:
     void SetUp() override
     {
-        MouseFixture::SetUp();
-        state().clear();
-        history().noteSaved();
+        StepsFixture::SetUp();
         scan = Layout::inst().pointclouds.at(0);
         count = scan->getPoints().size();
         for (std::uint32_t i = 0; i < count; i += 3)
             third.push_back(i);
     }
-    void TearDown() override
-    {
-        state().clear();
-        while (!history().isSaved() && history().canUndo())
-            history().undo();
-        settle();
-        MouseFixture::TearDown();
-    }
 
-    static History& history() { return state().getHistory(); }
-    static std::string message() { return window().getMessageBar().getText().toStdString(); }
     static std::string line() { return window().getSelectionText().toStdString(); }
     static QAction& action(const QString& text)
     {

@@ -1,23 +1,18 @@
 #include "edit/Bands.h"
 
-#include "demo/DemoParts.h"
+#include "BlockFixture.h"
 #include "demo/DemoStation.h"
-#include "edit/History.h"
 #include "edit/RemoveThings.h"
-
-#include "support/TempFolder.h"
 
 #include "platform/layout/Body.h"
 #include "platform/layout/Layout.h"
 #include "platform/layout/Part.h"
 #include "platform/sdf/SdfManager.h"
-#include "platform/station/StationFile.h"
 #include "platform/task/DataItem.h"
 #include "platform/task/Instruction.h"
 #include "platform/task/Path.h"
 #include "platform/task/Task.h"
 
-#include <BRepPrimAPI_MakeBox.hxx>
 #include <TopExp.hxx>
 #include <TopTools_IndexedMapOfShape.hxx>
 
@@ -37,22 +32,13 @@ using vrk::rob::Posd;
 using vrk::rob::Posed;
 using vrk::task::EdgeMfgShape;
 
-/// A block in the model alone.
-class EditBandsTest : public testing::Test {
+class EditBandsTest : public BlockFixture {
 protected:
     void SetUp() override
     {
-        part = demo::single("Block", Posed(Posd(100, 0, 0)), BRepPrimAPI_MakeBox(100, 60, 40).Shape(), "#808080");
-        Layout::inst().addPart(part);
-        body = part->getBodies().front()->getId();
+        BlockFixture::SetUp();
+        body = block->getBodies().front()->getId();
         before = saved();
-    }
-    void TearDown() override { Layout::inst().clear(); }
-
-    std::string saved()
-    {
-        vrk::station::SaveStationFile(folder / "cell.station.json");
-        return vrk::test::TempFolder::Read(folder / "cell.station.json");
     }
     unsigned addBand(const std::vector<unsigned>& edges = {1})
     {
@@ -63,10 +49,7 @@ protected:
     }
     static vrk::task::Task& program() { return *Layout::inst().tasks.at(0); }
 
-    vrk::test::TempFolder folder;
-    std::shared_ptr<vrk::layout::Part> part;
     unsigned body = 0;
-    History history;
     std::string before;
 };
 
@@ -143,7 +126,7 @@ TEST_F(EditBandsTest, RefusedBandLeavesTheStationAsItWas)
 {
     EXPECT_THROW(addBand({1, 99}), std::invalid_argument);
     EXPECT_THROW(addBand({}), std::invalid_argument);
-    EXPECT_THROW(AddBand(part->getId(), {1}, {}), std::invalid_argument) << "which is no body";
+    EXPECT_THROW(AddBand(block->getId(), {1}, {}), std::invalid_argument) << "which is no body";
 
     EXPECT_FALSE(history.canUndo());
     EXPECT_EQ(saved(), before);
@@ -175,7 +158,7 @@ TEST_F(EditBandsTest, BandGoesWithItsPartAndComesBackWithIt)
     addBand({2});
     const std::string with = saved();
 
-    history.push(std::make_unique<RemoveThings>(std::vector{part->getId()}));
+    history.push(std::make_unique<RemoveThings>(std::vector{block->getId()}));
     EXPECT_FALSE(isBand(band));
     history.undo();
 
@@ -185,7 +168,7 @@ TEST_F(EditBandsTest, BandGoesWithItsPartAndComesBackWithIt)
 
 TEST_F(EditBandsTest, PathStandsOnThePartWithTheToolInTheEdge)
 {
-    part->getBodies().front()->setPose(Posed(Posd(0, 5, 0)));
+    block->getBodies().front()->setPose(Posed(Posd(0, 5, 0)));
     const unsigned band = addBand();
     const std::string without = saved();
 
@@ -198,7 +181,7 @@ TEST_F(EditBandsTest, PathStandsOnThePartWithTheToolInTheEdge)
     for (std::size_t i = 0; i < 2; ++i) {
         const vrk::task::MoveInst& move = *path.getMoveInstructions()[i];
         ASSERT_NE(move.getWObjItem(), nullptr);
-        EXPECT_EQ(move.getWObjItem()->getOwnerId(), part->getId()) << "so that it goes with the part";
+        EXPECT_EQ(move.getWObjItem()->getOwnerId(), block->getId()) << "so that it goes with the part";
         const Posed pose = move.getTargetItem()->getPose();
         const Posd told = of.vectors[i].getPos(of.edge) + vrk::rob::Vec3d(0, 5, 0);
         EXPECT_NEAR((pose.position - told).length(), 0, 1e-9);
@@ -234,8 +217,8 @@ TEST_F(EditBandsTest, PathIsTakenBackWithItsTargetsAndItsWorkObject)
 
 TEST_F(EditBandsTest, PathOfWhatIsNoBandIsNoStep)
 {
-    history.push(std::make_unique<AddSeamPath>(part->getId()));
-    history.push(std::make_unique<RemoveBand>(part->getId()));
+    history.push(std::make_unique<AddSeamPath>(block->getId()));
+    history.push(std::make_unique<RemoveBand>(block->getId()));
 
     EXPECT_FALSE(history.canUndo());
 }
@@ -243,7 +226,7 @@ TEST_F(EditBandsTest, PathOfWhatIsNoBandIsNoStep)
 TEST_F(EditBandsTest, TangentChainsOfSeveralEdgesAreOneList)
 {
     EXPECT_THAT(tangentChainOf(body, {3, 1, 3}), ElementsAre(3u, 1u));
-    EXPECT_THROW(tangentChainOf(part->getId(), {1}), std::invalid_argument);
+    EXPECT_THROW(tangentChainOf(block->getId(), {1}), std::invalid_argument);
 }
 
 } // namespace

@@ -1,19 +1,13 @@
 #include "edit/CloudPoints.h"
 
-#include "demo/DemoParts.h"
-#include "edit/History.h"
+#include "BlockFixture.h"
 #include "edit/ModelPlaces.h"
-
-#include "support/TempFolder.h"
 
 #include "platform/layout/Layout.h"
 #include "platform/layout/Part.h"
 #include "platform/sdf/SdfManager.h"
 #include "platform/station/ExportCloud.h"
 #include "platform/station/ImportCloud.h"
-#include "platform/station/StationFile.h"
-
-#include <BRepPrimAPI_MakeBox.hxx>
 
 #include <gmock/gmock.h>
 
@@ -32,31 +26,23 @@ using vrk::rob::Posed;
 using vrk::rob::Posf;
 using vrk::rob::Vec3f;
 
-/// Two scans on files in the model alone, the first of them carried by a block.
-class EditCloudsTest : public testing::Test {
+/// Two scans on files, the first of them carried by the block.
+class EditCloudsTest : public BlockFixture {
 protected:
     void SetUp() override
     {
-        block = demo::single("Block", Posed(Posd(100, 0, 0)), BRepPrimAPI_MakeBox(10, 10, 10).Shape(), "#808080");
-        Layout::inst().addPart(block);
+        BlockFixture::SetUp();
         first = add("first.xyz", "0 0 0 0 0 1\n1 0 0 0 1 0\n2 0 0 1 0 0\n3 0 0 0 0 -1\n");
         second = add("second.xyz", "0 5 0\n1 5 0\n2 5 0\n");
         first->setPose(Posed(Posd(10, 20, 30)));
         Layout::inst().addAttachment(first->getId(), block->getId(), Posed(Posd(1, 2, 3)));
         before = saved();
     }
-    void TearDown() override { Layout::inst().clear(); }
-
     std::shared_ptr<PointCloud> add(const std::string& name, const std::string& text)
     {
         const auto cloud = vrk::station::ImportPointCloud(folder.write(name, text));
         Layout::inst().addPointCloud(cloud);
         return cloud;
-    }
-    std::string saved()
-    {
-        vrk::station::SaveStationFile(folder / "cell.station.json");
-        return vrk::test::TempFolder::Read(folder / "cell.station.json");
     }
     static std::vector<std::uint32_t> hiddenOf(const PointCloud& cloud)
     {
@@ -65,10 +51,7 @@ protected:
     /// The cloud that the last cut made.
     static PointCloud& made() { return *Layout::inst().pointclouds.back(); }
 
-    vrk::test::TempFolder folder;
-    std::shared_ptr<vrk::layout::Part> block;
     std::shared_ptr<PointCloud> first, second;
-    History history;
     std::string before;
 };
 

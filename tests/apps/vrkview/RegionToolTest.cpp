@@ -56,6 +56,15 @@ protected:
     }
     static QPoint topLeft() { return {2, 2}; }
     static QPoint bottomRight() { return {view().width() - 3, view().height() - 3}; }
+    /// With Shift held, so that a rectangle is drawn; the button stays down.
+    static void pressAndDragOverAll()
+    {
+        moveTo(topLeft());
+        pressButton(1);
+        moveTo(bottomRight() / 2);
+        moveTo(bottomRight());
+        settle();
+    }
     /// A patch around where a thing is seen, which lies within it.
     static std::array<QPoint, 2> patchOf(const char* name)
     {
@@ -162,11 +171,7 @@ TEST_F(RegionToolTest, EscapeGivesUpWhatIsDrawn)
     const QImage before = seen();
     {
         const HeldKey shift("Shift_L");
-        moveTo(topLeft());
-        pressButton(1);
-        moveTo(bottomRight() / 2);
-        moveTo(bottomRight());
-        settle();
+        pressAndDragOverAll();
         shoot("region-inside");
         EXPECT_NE(differingShare(seen(), before), 0);
     }
@@ -278,11 +283,7 @@ TEST_F(RegionToolTest, CloudIsNeverHighlighted)
     EXPECT_FALSE(mouse().getHover().getText().isEmpty());
 
     const HeldKey shift("Shift_L");
-    moveTo(topLeft());
-    pressButton(1);
-    moveTo(bottomRight() / 2);
-    moveTo(bottomRight());
-    settle();
+    pressAndDragOverAll();
     EXPECT_TRUE(isHighlighted(thing("Gear unit")));
     EXPECT_FALSE(isHighlighted(scan()));
     releaseButton(1);
