@@ -15,6 +15,7 @@ public:
     void intersectRay(Result& result, const visual::Ray& ray) const override;
     /// Of a target, by its axes.
     bool isOfFrame() const { return ofFrame; }
+    visual::Box partsBox() const override;
     void update() override { updateFromHierarchy(); }
     bool mayBeHit(const visual::Ray& ray, const PickLimits& limits) const override;
 
@@ -23,7 +24,6 @@ private:
     bool appendFrameAxes(); // false if the visual is not the frame of a target
     void appendSections();
     void buildSphere();
-    visual::Box partsBox() const override;
     void closestHitOfFew(Result& result, const visual::Ray& ray) const;
     bool isFew() const { return primitives.size() <= BVHLeaf::capacity; }
 
