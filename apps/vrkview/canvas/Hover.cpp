@@ -63,6 +63,8 @@ void Hover::showPiece(const Picked& found, const Picked* edge)
 
 void Hover::clear()
 {
+    if (hit == 0) // each post costs a frame, and over what has no highlight the mouse moves on and on
+        return;
     hit = thing = 0;
     lastEdge = {};
     Scene::Get()->clearHighlightedVisual();

@@ -148,11 +148,15 @@ void Mouse::handle(const InputEvent& event)
     else if (event.kind == Kind::Move && !pressed && flight.isFlying())
         return; // what passes by under the mouse is of no interest
     emit handling(event);
+    isUpToDate = false;
     lastPlace = event.kind == Kind::Leave ? std::nullopt : std::optional(event.place);
-    if (isForCandidates(event) || isForHandle(event)) {
-        emit handled();
-        return;
-    }
+    if (!isForCandidates(event) && !isForHandle(event))
+        act(event);
+    emit handled();
+}
+
+void Mouse::act(const InputEvent& event)
+{
     switch (event.kind) {
     case Kind::Press:
     case Kind::DoubleClick:
@@ -172,7 +176,6 @@ void Mouse::handle(const InputEvent& event)
         turnWheel(event);
         break;
     }
-    emit handled();
 }
 
 void Mouse::press(const InputEvent& event)
@@ -435,9 +438,17 @@ bool Mouse::clickLasso(const InputEvent& event)
     return true;
 }
 
+/// What is asked in an event is of what the user sees next, not of what was before the last posts. Once for all questions of
+/// one event.
+void Mouse::bringUpToDate()
+{
+    if (!std::exchange(isUpToDate, true))
+        view.drain();
+}
+
 std::optional<Picked> Mouse::pick(const QPointF& place, Purpose purpose, PickAim aim)
 {
-    view.drain(); // the answer is of what the user sees next, not of what was before the last posts
+    bringUpToDate();
     std::optional<Picked> found = finder.at(place, aim);
     emit picked(purpose, found ? &*found : nullptr);
     return found;
@@ -518,7 +529,11 @@ bool Mouse::isForCandidates(const InputEvent& event)
 /// Whether an event is meant for the handle of the thing that is moved. What goes on without it does so.
 bool Mouse::isForHandle(const InputEvent& event)
 {
-    if (pressed || region.isDrawing() || !mover.take(event))
+    if (pressed || region.isDrawing())
+        return false;
+    if (mover.asksFor(event))
+        bringUpToDate();
+    if (!mover.take(event))
         return false;
     hover.clear();
     return true;

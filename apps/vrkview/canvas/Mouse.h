@@ -80,6 +80,7 @@ private:
     void take(const InputEvent& event);
     void handleWaiting();
     void handle(const InputEvent& event);
+    void act(const InputEvent& event);
     void press(const InputEvent& event);
     void release(const InputEvent& event);
     void move(const InputEvent& event);
@@ -100,6 +101,7 @@ private:
     void applyToPiece(const Picked& found, Qt::KeyboardModifiers modifiers);
     void toggleFace(const Picked& found, Qt::KeyboardModifiers modifiers);
     void togglePoint(const Picked& found, bool adds);
+    void bringUpToDate();
     std::optional<Picked> pick(const QPointF& place, Purpose purpose, PickAim aim);
     bool isForCandidates(const InputEvent& event);
     bool isForHandle(const InputEvent& event);
@@ -121,6 +123,7 @@ private:
     std::optional<InputEvent> waiting; // the last move
     QTimer timer;                      // for its turn
     QElapsedTimer sinceMove;
+    bool isUpToDate = false;           // the scene, for the event that is dealt with
     std::optional<InputEvent> pressed; // which began what is going on
     bool isSecondClick = false;        // what is pressed ends a double click, and is no click by itself
     bool isSpent = false;              // what is pressed has had its effect, and is neither click nor drag

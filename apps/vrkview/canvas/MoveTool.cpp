@@ -4,19 +4,20 @@
 #include "canvas/ViewWidget.h"
 #include "edit/History.h"
 #include "edit/ModelPlaces.h"
-#include "edit/MoveThing.h"
 
+#include "platform/sdf/SdfManager.h"
 #include "scene/Scene.h"
 #include "selection/VisualSelection.h"
 #include "selection/pick/PickQuery.h"
 #include "view/Camera.h"
 #include "visual/Visual.h"
 
+#include <QKeyEvent>
 #include <QLabel>
+#include <QScopedValueRollback>
 
 #include <algorithm>
 #include <functional>
-#include <numbers>
 #include <utility>
 
 namespace vrkview {
@@ -27,44 +28,39 @@ using vrk::selection::PickCandidate;
 using vrk::selection::PickKind;
 using vrk::selection::PickQuery;
 using vrk::selection::VisualSelection;
-using vrk::visual::AxisDrag;
 using vrk::visual::Camera;
 using vrk::visual::DragAnswer;
 using vrk::visual::DragAxes;
 using vrk::visual::DragHandle;
-using vrk::visual::RingDrag;
 using vrk::visual::Scene;
 using Handle = DragHandle::HandleType;
 using Kind = InputEvent::Kind;
 
-constexpr double lengthStep = 5; // model units, with Ctrl
-constexpr double angleStep = 5;  // degrees, with Ctrl
-constexpr double degrees = 180 / std::numbers::pi;
 constexpr QPoint labelOffset(18, 14); // logical pixels from the mouse
 
-bool isArrow(Handle handle)
-{
-    return handle <= Handle::Z;
-}
+const QString backspace = QStringLiteral("Backspace");
+const QString enter = QStringLiteral("Return");
+const QString caret = QStringLiteral("│");
 
-unsigned axisOf(Handle handle)
+/// The name of a key that may be of a number; empty for any other.
+QString keyOf(const QKeyEvent& event)
 {
-    return static_cast<unsigned>(handle) % 3; // arrows and rings stand in the order of their axes
-}
-
-vrk::rob::Vec2Template<double> toVec(const QPointF& place)
-{
-    return {place.x(), place.y()};
+    if ((event.modifiers() & ~Qt::KeypadModifier) != Qt::NoModifier)
+        return {};
+    switch (event.key()) {
+    case Qt::Key_Backspace:
+        return backspace;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        return enter;
+    default:
+        return event.text();
+    }
 }
 
 void post(std::function<void()> task)
 {
     Scene::Get()->addRenderTask(std::move(task), 0);
-}
-
-QString signedNumber(double value, int decimals)
-{
-    return (value < 0 ? QString() : QStringLiteral("+")) + QString::number(value, 'f', decimals);
 }
 
 } // namespace
@@ -74,17 +70,25 @@ MoveTool::MoveTool(ViewWidget& view, ViewState& state, QObject* parent)
 {
     label->setAttribute(Qt::WA_ShowWithoutActivating);
     label->setMargin(4);
+    view.installEventFilter(this);
     connect(&state, &ViewState::selectionChanged, this, &MoveTool::follow);
     connect(&state, &ViewState::visibilityChanged, this, &MoveTool::follow);
-    connect(&state, &ViewState::stationChanged, this, &MoveTool::follow);
-    connect(&state.getHistory(), &History::changed, this, &MoveTool::place); // from wherever it was moved
+    connect(&state, &ViewState::stationChanged, this, [this] {
+        end(); // what hangs on what is another matter now, and an id may name another thing
+        follow();
+    });
+    connect(&state.getHistory(), &History::changed, this, [this] { // from wherever things were moved
+        if (!isPutting)
+            end(); // the places that it began from are no longer those before it
+        place();
+    });
 }
 
 void MoveTool::setOn(bool wanted)
 {
     if (on == wanted)
         return;
-    cancel();
+    takeBack();
     on = wanted;
     follow();
     emit changed();
@@ -92,25 +96,44 @@ void MoveTool::setOn(bool wanted)
 
 void MoveTool::setAxes(DragAxes wanted)
 {
-    if (axes == wanted || drag)
+    if (axes == wanted)
         return;
     axes = wanted;
+    if (drag) {
+        moveBy(*drag, 0);
+        drag->way = wayOf(drag->way.getHandle(), last);
+        if (number.isEmpty())
+            tell(drag->way.textOf(0), last);
+    }
     place();
     emit changed();
 }
 
-/// Takes the thing that was selected last, of those that can be moved.
+void MoveTool::setSteps(const MoveSteps& wanted)
+{
+    if (wanted == steps)
+        return;
+    steps = wanted;
+    emit stepsChanged();
+    emit changed();
+}
+
+/// Takes what is selected, of that what can be moved; the handle stands on the last one.
 void MoveTool::follow()
 {
-    const std::vector<unsigned>& selected = state.getSelected();
-    const auto last = std::find_if(selected.rbegin(), selected.rend(), isThingOfItsOwn);
-    const unsigned wanted = on && last != selected.rend() && !state.isHidden(*last) ? *last : 0;
-    if (wanted == thing)
+    std::vector<unsigned> wanted;
+    for (const unsigned id : state.getSelected())
+        if (const unsigned movable = on && !state.isHidden(id) ? movedFor(id) : 0; movable != 0)
+            wanted.push_back(movable);
+    const unsigned latest = wanted.empty() ? 0 : wanted.back();
+    wanted = topmostOf(wanted);
+    if (latest == thing && wanted == moved)
         return;
-    if (drag)
-        end();
-    thing = wanted;
-    showHandle();
+    end();
+    choose(Handle::None);
+    moved = std::move(wanted);
+    if (latest != std::exchange(thing, latest))
+        showHandle();
 }
 
 void MoveTool::showHandle()
@@ -121,10 +144,8 @@ void MoveTool::showHandle()
         Scene::Get()->attachGuiTo(handle, Scene::GetWorldVisual(), vrk::rob::Posef());
     else
         Scene::Get()->detachGui(handle);
-    post([handle, isShown] {
-        handle->showHover(Handle::None);
-        VisualSelection::Get()->setCompoundObjectEnabled(handle, isShown);
-    });
+    hover(Handle::None);
+    post([handle, isShown] { VisualSelection::Get()->setCompoundObjectEnabled(handle, isShown); });
     place();
 }
 
@@ -150,7 +171,6 @@ MoveTool::Handle MoveTool::handleAt(const QPointF& place) const
     query.filter = [](const PickCandidate& found) {
         return std::string(DragHandle::Get()->getHandleType(found.visual) == Handle::None ? "no handle" : "");
     };
-    view.drain();
     VisualSelection::Get()->update();
     const std::optional<PickCandidate> found = query.askBest();
     return found ? DragHandle::Get()->getHandleType(found->visual) : Handle::None;
@@ -158,6 +178,8 @@ MoveTool::Handle MoveTool::handleAt(const QPointF& place) const
 
 bool MoveTool::take(const InputEvent& event)
 {
+    if (!drag && event.kind != Kind::Leave)
+        last = event.place;
     if (drag) {
         if (event.kind == Kind::Move && event.held.testFlag(Qt::LeftButton))
             goOn(event);
@@ -165,77 +187,221 @@ bool MoveTool::take(const InputEvent& event)
             end();
         return true; // another button, and the wheel, wait for its end
     }
-    if (thing == 0)
-        return false;
-    const bool isPress = event.kind == Kind::Press && event.button == Qt::LeftButton;
-    const bool isHover = event.kind == Kind::Move && event.held == Qt::NoButton;
-    if (!isPress && !isHover)
+    if (event.kind == Kind::Leave)
+        hover(Handle::None);
+    if (!asksFor(event))
         return false;
     const Handle handle = handleAt(event.place);
-    if (isHover)
-        post([handle] { DragHandle::Get()->showHover(handle); });
+    hover(handle);
+    if (event.kind == Kind::Press)
+        choose(handle);
     if (handle == Handle::None)
         return false;
-    if (isPress)
+    if (event.kind == Kind::Press)
         begin(handle, event.place);
     return true;
 }
 
+bool MoveTool::asksFor(const InputEvent& event) const
+{
+    const bool isPress = event.kind == Kind::Press && event.button == Qt::LeftButton;
+    const bool isHover = event.kind == Kind::Move && event.held == Qt::NoButton;
+    return thing != 0 && !drag && (isPress || isHover);
+}
+
+void MoveTool::hover(Handle handle)
+{
+    hovered = handle;
+    showHovered();
+}
+
+/// The one under the mouse, or else the chosen one. Posts only what is new: each post costs a frame.
+void MoveTool::showHovered()
+{
+    const Handle handle = hovered == Handle::None ? chosen : hovered;
+    if (handle == std::exchange(shown, handle))
+        return;
+    post([handle] { DragHandle::Get()->showHover(handle); });
+}
+
+/// Whatever was typed was for the one before.
+void MoveTool::choose(Handle handle)
+{
+    chosen = handle;
+    if (!number.isEmpty()) {
+        number.clear();
+        hush();
+    }
+    showHovered();
+}
+
+HandleDrag MoveTool::wayOf(Handle handle, const QPointF& place) const
+{
+    return {handle, Camera::Get()->getSnapshot(), worldPoseOfThing(thing), axes, place};
+}
+
+MoveTool::Drag MoveTool::dragOf(Handle handle, const QPointF& place)
+{
+    std::vector<Start> starts;
+    for (const unsigned each : moved)
+        starts.push_back({each, worldPoseOfBase(each), poseOfThing(each)});
+    return {wayOf(handle, place), std::move(starts), ++gestures};
+}
+
 void MoveTool::begin(Handle handle, const QPointF& place)
 {
-    const Posed start = worldPoseOfThing(thing);
-    const vrk::visual::CameraSnapshot camera = Camera::Get()->getSnapshot();
-    const unsigned axis = axisOf(handle);
-    drag = Drag{handle,
-                isArrow(handle) ? decltype(Drag::way)(AxisDrag(camera, start, axis, axes, toVec(place)))
-                                : decltype(Drag::way)(RingDrag(camera, start, axis, axes, toVec(place))),
-                start,
-                poseOfThing(thing),
-                ++gestures,
-                false};
+    drag = dragOf(handle, place);
     post([handle] { DragHandle::Get()->setMode(handle); });
+    if (const DragAnswer answer = drag->way.moveTo(place); !answer.value)
+        tell(tr(vrk::visual::reasonOf(answer.refusal)), place);
 }
 
 void MoveTool::goOn(const InputEvent& event)
 {
-    const bool isLength = isArrow(drag->handle);
-    const DragAnswer answer = std::visit([&](auto& way) { return way.moveTo(toVec(event.place)); }, drag->way);
+    if (!isAllThere()) {
+        follow();
+        return;
+    }
+    drag->way.changeView(Camera::Get()->getSnapshot(), last); // it may have flown on, or got another size
+    last = event.place;
+    if (!number.isEmpty()) { // it says how far, and not the mouse
+        showNumber();
+        return;
+    }
+    const DragAnswer answer = drag->way.moveTo(event.place);
     if (!answer.value) {
         tell(tr(vrk::visual::reasonOf(answer.refusal)), event.place);
         return;
     }
-    double value = *answer.value;
+    double amount = *answer.value;
     if (event.modifiers.testFlag(Qt::ControlModifier))
-        value = vrk::visual::toStep(value, isLength ? lengthStep : angleStep / degrees);
-    moveTo(std::visit([value](const auto& way) { return way.poseAt(value); }, drag->way));
-    tell(isLength ? signedNumber(value, 2) + tr(" mm") : signedNumber(value * degrees, 2) + QStringLiteral("°"),
-         event.place);
+        amount = vrk::visual::toStep(amount, drag->way.isLength() ? steps.length : steps.angle);
+    moveBy(*drag, amount);
+    tell(drag->way.textOf(amount), event.place);
 }
 
-void MoveTool::moveTo(const Posed& pose)
+bool MoveTool::isAllThere() const
 {
-    // The model has it relative to what it hangs on, which stands still.
-    const Posed relative = drag->onBase * drag->start.inverse() * pose;
-    state.getHistory().push(std::make_unique<MoveThing>(thing, relative, drag->gesture));
-    drag->hasMoved = true;
+    return std::ranges::all_of(moved, [](unsigned id) { return sdf::Share(id) != nullptr; });
+}
+
+/// From where the drag began.
+void MoveTool::moveBy(const Drag& by, double amount)
+{
+    if (!isAllThere())
+        return;
+    std::vector<MoveThings::Place> places;
+    for (const Start& start : by.starts)
+        places.push_back({start.thing, amount == 0 ? start.pose : by.way.poseAfter(amount, start.base, start.pose)});
+    const QScopedValueRollback putting(isPutting, true);
+    state.getHistory().push(std::make_unique<MoveThings>(std::move(places), by.gesture));
 }
 
 void MoveTool::end()
 {
+    if (!drag)
+        return;
     drag.reset();
+    number.clear();
+    // A ring comes back in its own colour.
     post([] { DragHandle::Get()->resetMode(); });
-    label->hide();
-    emit textChanged({});
+    shown = Handle::None;
+    hovered = Handle::None;
+    post([] { DragHandle::Get()->showHover(Handle::None); });
+    showHovered();
+    hush();
+}
+
+bool MoveTool::takeBack()
+{
+    if (!drag)
+        return false;
+    moveBy(*drag, 0);
+    end();
+    return true;
 }
 
 bool MoveTool::cancel()
 {
-    if (!drag)
-        return false;
-    if (drag->hasMoved)
-        state.getHistory().push(std::make_unique<MoveThing>(thing, drag->onBase, drag->gesture));
-    end();
+    if (!number.isEmpty()) {
+        number.clear();
+        hush();
+        return true;
+    }
+    if (takeBack())
+        return true;
+    const bool wasChosen = chosen != Handle::None;
+    choose(Handle::None);
+    return wasChosen;
+}
+
+// Typed numbers
+
+bool MoveTool::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() != QEvent::ShortcutOverride && event->type() != QEvent::KeyPress)
+        return QObject::eventFilter(watched, event);
+    const QString key = keyOf(static_cast<const QKeyEvent&>(*event));
+    if (!takesKey(key))
+        return QObject::eventFilter(watched, event);
+    if (event->type() == QEvent::KeyPress)
+        type(key);
+    else
+        event->accept(); // it comes as a key of the view then, and not as that of a command
     return true;
+}
+
+bool MoveTool::takesKey(const QString& key) const
+{
+    if (thing == 0 || chosen == Handle::None)
+        return false;
+    return TypedNumber::Takes(key) || (!number.isEmpty() && (key == backspace || key == enter));
+}
+
+bool MoveTool::type(const QString& key)
+{
+    if (!takesKey(key))
+        return false;
+    emit typing(key);
+    if (key == enter) {
+        finishNumber();
+        return true;
+    }
+    if (key == backspace)
+        number.removeLast();
+    else
+        number.type(key);
+    if (number.isEmpty())
+        hush();
+    else
+        showNumber();
+    return true;
+}
+
+/// Moves by exactly the number: in a drag, which ends by that, from where it began.
+void MoveTool::finishNumber()
+{
+    const std::optional<double> amount = number.getValue();
+    if (!amount)
+        return;
+    number.clear();
+    moveBy(drag ? *drag : dragOf(chosen, last), *amount);
+    end();
+    hush();
+}
+
+void MoveTool::showNumber()
+{
+    const QString unit = HandleDrag::UnitOf(chosen);
+    tell(number.getText() + caret + unit, last);
+}
+
+// Text
+
+void MoveTool::hush()
+{
+    label->hide();
+    emit textChanged({});
 }
 
 void MoveTool::tell(const QString& text, const QPointF& place)

@@ -1,16 +1,16 @@
 #pragma once
 
+#include "canvas/HandleDrag.h"
 #include "canvas/InputEvent.h"
-
-#include "handles/AxisDrag.h"
-#include "handles/DragHandle.h"
-#include "handles/RingDrag.h"
+#include "canvas/MoveSteps.h"
+#include "canvas/TypedNumber.h"
+#include "edit/MoveThings.h"
 
 #include <QObject>
 #include <QString>
 
 #include <optional>
-#include <variant>
+#include <vector>
 
 class QLabel;
 
@@ -19,10 +19,14 @@ namespace vrkview {
 class ViewState;
 class ViewWidget;
 
-/// Moves the selected thing by hand: a handle stands on it, whose arrows move and whose rings turn it.
+/// Moves what is selected by hand: a handle stands on what was selected last, whose arrows move and whose rings turn all of
+/// it.
 ///
-/// The thing follows the mouse, with what hangs on it; a drag is one step of work. Where the mouse says nothing, as along an
-/// arrow that points at the viewer, the thing stays where it is, and the reason is told.
+/// The things follow the mouse, with what hangs on them; a drag is one step of work. Where the mouse says nothing, as along
+/// an arrow that points at the viewer, they stay where they are, and the reason is told.
+///
+/// An arrow or a ring that was taken hold of stays the chosen one, until the mouse is pressed elsewhere: a number that is
+/// typed then moves along it from where the things are, or in a drag from where that began.
 ///
 /// Thread: the application's, which is the render thread.
 class MoveTool : public QObject {
@@ -34,52 +38,94 @@ public:
 
     bool isOn() const { return on; }
     void setOn(bool wanted);
-    /// The thing that a drag would move; 0 while there is none.
+    /// The thing that the handle stands on; 0 while there is none. Of a move it is the target.
     unsigned getThing() const { return thing; }
+    /// What a drag would move, but for what hangs on it.
+    const std::vector<unsigned>& getMoved() const { return moved; }
     bool isDragging() const { return drag.has_value(); }
     /// Whether arrows and rings lie along the axes of the world, or along those of the thing.
     vrk::visual::DragAxes getAxes() const { return axes; }
+    /// A drag that is going on begins anew, along the new axis: the things go back, and on from there.
     void setAxes(vrk::visual::DragAxes wanted);
+    /// With Ctrl.
+    const MoveSteps& getSteps() const { return steps; }
+    void setSteps(const MoveSteps& wanted);
+    /// Whether `take` will ask what lies under the mouse: the scene must have worked off its posts then.
+    bool asksFor(const InputEvent& event) const;
     /// Whether the event is for the handle, and for nothing else.
     bool take(const InputEvent& event);
-    /// Takes a drag back. False where there was none.
+    /// The arrow or ring that typed numbers are for; none of them at first.
+    HandleDrag::Handle getChosen() const { return chosen; }
+    /// A key of a number: a digit, "-", ".", ",", or "Backspace" or "Return" where something was typed. False for any other,
+    /// and where no handle is chosen.
+    bool type(const QString& key);
+    /// Forgets the number that was typed, or else takes a drag back, or else chooses no handle. False where there was nothing
+    /// of these.
     bool cancel();
 
 signals:
-    /// Switched on or off, or the axes changed.
+    /// Switched on or off, or the axes or the steps changed.
     void changed();
+    void stepsChanged();
     /// How far the drag has gone, or why that cannot be told; empty at its end.
     void textChanged(const QString& text);
+    /// This key of a number is taken next.
+    void typing(const QString& key);
+
+protected:
+    /// Of the view: digits are for the number, ahead of the commands that have them as keys.
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    using Handle = vrk::visual::DragHandle::HandleType;
+    using Handle = HandleDrag::Handle;
+    struct Start {
+        unsigned thing;
+        vrk::rob::Posed base; // of what it hangs on, in the world
+        vrk::rob::Posed pose; // on that
+    };
     struct Drag {
-        Handle handle;
-        std::variant<vrk::visual::AxisDrag, vrk::visual::RingDrag> way;
-        vrk::rob::Posed start;  // of the thing, in the world
-        vrk::rob::Posed onBase; // the same, as the model has it
+        HandleDrag way;
+        std::vector<Start> starts;
         int gesture = 0;
-        bool hasMoved = false;
     };
 
+    bool takesKey(const QString& key) const;
+    void finishNumber();
+    void showNumber();
+    void choose(Handle handle);
     void follow();
     void showHandle();
     void place();
     Handle handleAt(const QPointF& place) const;
+    void hover(Handle handle);
+    void showHovered();
+    HandleDrag wayOf(Handle handle, const QPointF& place) const;
+    Drag dragOf(Handle handle, const QPointF& place);
     void begin(Handle handle, const QPointF& place);
     void goOn(const InputEvent& event);
     void end();
-    void moveTo(const vrk::rob::Posed& pose);
+    bool takeBack();
+    bool isAllThere() const;
+    void moveBy(const Drag& by, double amount);
     void tell(const QString& text, const QPointF& place);
+    void hush();
 
     ViewWidget& view;
     ViewState& state;
     QLabel* label; // beside the mouse, Qt's
     bool on = false;
     unsigned thing = 0;
+    std::vector<unsigned> moved;
     vrk::visual::DragAxes axes = vrk::visual::DragAxes::Local;
+    MoveSteps steps;
+    Handle hovered = Handle::None; // under the mouse
+    Handle chosen = Handle::None;
+    Handle shown = Handle::None; // as the one of these
+    TypedNumber number;
     std::optional<Drag> drag;
-    int gestures = 0;
+    QPointF last;           // where the mouse was
+    int gestures = 0;       // so far
+    bool isPutting = false; // a change that comes now is this one's own
 };
 
 } // namespace vrkview

@@ -8,7 +8,7 @@
 #include "edit/History.h"
 #include "edit/MenuAction.h"
 #include "edit/ModelPlaces.h"
-#include "edit/MoveThing.h"
+#include "edit/MoveThings.h"
 #include "edit/PlaceDialog.h"
 #include "edit/RemoveThings.h"
 
@@ -176,7 +176,7 @@ void EditActions::askForPlace()
     auto* dialog = new PlaceDialog(nameOfThing(id), base, poseOfThing(id), &window);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     connect(dialog, &QDialog::accepted, this,
-            [this, dialog, id] { push(std::make_unique<MoveThing>(id, dialog->getPose())); });
+            [this, dialog, id] { push(std::make_unique<MoveThings>(id, dialog->getPose())); });
     dialog->open();
 }
 

@@ -8,11 +8,13 @@
 #include "platform/layout/PointCloud.h"
 #include "platform/sdf/SdfManager.h"
 #include "platform/sdf/SdfObject.h"
+#include "platform/task/Instruction.h"
 
 #include <QObject>
 
 #include <algorithm>
 #include <shared_mutex>
+#include <unordered_set>
 
 namespace vrkview {
 namespace {
@@ -59,6 +61,16 @@ void goUp(unsigned id, const Visit& visit)
     }
 }
 
+Posed worldPose(unsigned id)
+{
+    Posed pose;
+    goUp(id, [&pose](unsigned, const Place& place) {
+        pose = place.pose * pose;
+        return true;
+    });
+    return pose;
+}
+
 } // namespace
 
 QString nameOfThing(unsigned id)
@@ -82,12 +94,13 @@ Posed poseOfThing(unsigned id)
 Posed worldPoseOfThing(unsigned id)
 {
     const std::shared_lock lock(sdf::SdfManager::inst().mutex());
-    Posed pose;
-    goUp(id, [&pose](unsigned, const Place& place) {
-        pose = place.pose * pose;
-        return true;
-    });
-    return pose;
+    return worldPose(id);
+}
+
+Posed worldPoseOfBase(unsigned id)
+{
+    const std::shared_lock lock(sdf::SdfManager::inst().mutex());
+    return worldPose(placeOf(id).on);
 }
 
 std::optional<unsigned> carrierOf(unsigned id)
@@ -106,6 +119,24 @@ bool isBelow(unsigned id, unsigned top)
         return !found;
     });
     return found;
+}
+
+std::vector<unsigned> topmostOf(const std::vector<unsigned>& ids)
+{
+    const std::unordered_set<unsigned> all(ids.begin(), ids.end());
+    std::unordered_set<unsigned> known;
+    std::vector<unsigned> topmost;
+    const std::shared_lock lock(sdf::SdfManager::inst().mutex());
+    for (const unsigned id : ids) {
+        bool hangsOnOne = false;
+        goUp(id, [&](unsigned above, const Place&) {
+            hangsOnOne = above != id && all.contains(above);
+            return !hangsOnOne;
+        });
+        if (!hangsOnOne && known.insert(id).second)
+            topmost.push_back(id);
+    }
+    return topmost;
 }
 
 bool canCarry(unsigned id)
@@ -156,6 +187,25 @@ bool isThingOfItsOwn(unsigned id)
     default:
         return false;
     }
+}
+
+unsigned movedFor(unsigned id)
+{
+    if (isThingOfItsOwn(id))
+        return id;
+    const std::shared_lock lock(sdf::SdfManager::inst().mutex());
+    const sdf::SdfObject* object = sdf::SdfManager::inst().find(id);
+    if (const auto* wobj = dynamic_cast<const vrk::task::WObjDataItem*>(object))
+        return wobj->hasFixedUFrame() ? id : 0;
+    const auto* move = dynamic_cast<const vrk::task::MoveInst*>(object);
+    return move && move->isRobTargetInst() ? move->getTargetItemId() : 0;
+}
+
+bool isTarget(unsigned id)
+{
+    const std::shared_lock lock(sdf::SdfManager::inst().mutex());
+    const sdf::SdfObject* object = sdf::SdfManager::inst().find(id);
+    return object && object->getModelType() == sdf::ModelType::RobTargetData;
 }
 
 } // namespace vrkview

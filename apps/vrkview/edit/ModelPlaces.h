@@ -17,13 +17,22 @@ QString nameOfThings(const std::vector<unsigned>& ids);
 /// Of the attachment that carries it or, without one, of its own: relative to what it hangs on.
 vrk::rob::Posed poseOfThing(unsigned id);
 vrk::rob::Posed worldPoseOfThing(unsigned id);
+/// Of what it hangs on.
+vrk::rob::Posed worldPoseOfBase(unsigned id);
 /// What carries it by an attachment.
 std::optional<unsigned> carrierOf(unsigned id);
 /// Whether one hangs on the other or belongs to it, over any number of steps; a thing is below itself.
 bool isBelow(unsigned id, unsigned top);
 /// Whether things can hang on it: it is one that is seen, or a piece of one.
 bool canCarry(unsigned id);
+/// Those of them, each once, that neither hang on another of them nor belong to one.
+std::vector<unsigned> topmostOf(const std::vector<unsigned>& ids);
 /// Whether it stands by itself and has a place, so that it can be moved, attached and removed.
 bool isThingOfItsOwn(unsigned id);
+/// What is put elsewhere where this one is moved: a thing of its own and a work object themselves, of a move the target. 0
+/// for what stays where it is, such as a posture, and a work object that its owner alone moves.
+unsigned movedFor(unsigned id);
+/// Whether it is a place that a robot's tool moves to.
+bool isTarget(unsigned id);
 
 } // namespace vrkview

@@ -3,6 +3,7 @@
 #include "canvas/CameraFlight.h"
 #include "canvas/DrawMode.h"
 #include "canvas/Mouse.h"
+#include "canvas/MoveTool.h"
 #include "canvas/RegionTool.h"
 #include "canvas/Surroundings.h"
 #include "canvas/ViewWidget.h"
@@ -103,6 +104,7 @@ void Player::begin()
         draw(part, drawn);
     for (const auto& [group, isTaken] : head.pickGroups)
         window.getMouse().getPick().setTaken(group, isTaken);
+    window.getMover().setSteps(head.moveSteps);
     moveCamera(head.camera);
     settle();
     picks.clear();
@@ -130,12 +132,16 @@ void Player::act(const Json& step)
         send(inputFrom(step));
     } else if (event == "key") {
         pressKey(step.at("key").get<std::string>());
+    } else if (event == "type") {
+        typeKey(step.at("key").get<std::string>());
     } else if (event == "camera") {
         moveCamera(poseFrom(step.at("pose")));
     } else if (event == "resize") {
         resizeView(sizeFrom(step.at("view")));
     } else if (event == "mouse") {
         window.getSettings().setMouseStyle(styleFrom(step.at("style")));
+    } else if (event == "steps") {
+        window.getMover().setSteps(stepsFrom(step.at("steps")));
     } else if (event == "select") {
         state.selectVisuals(knownThings(step.at("ids")));
     } else if (event == "hide") {
@@ -237,6 +243,12 @@ void Player::pressKey(const std::string& key)
     if (!(*command)->isEnabled())
         throw SessionDifference(fmt::format("the command of the key '{}' can not be chosen now", key));
     (*command)->trigger();
+}
+
+void Player::typeKey(const std::string& key)
+{
+    if (!window.getMover().type(QString::fromStdString(key)))
+        throw SessionDifference(fmt::format("the key '{}' is for no number now", key));
 }
 
 void Player::open(const std::vector<std::string>& files)

@@ -48,6 +48,8 @@ private:
     void send(const InputEvent& event);
     void resizeView(const QSize& pixels);
     void pressKey(const std::string& key);
+    /// A key of a number.
+    void typeKey(const std::string& key);
     void open(const std::vector<std::string>& files);
     void moveJoints(unsigned id, const std::vector<double>& values, int gesture);
     void moveCamera(const vrk::rob::Posef& pose);

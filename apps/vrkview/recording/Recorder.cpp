@@ -1,5 +1,6 @@
 #include "recording/Recorder.h"
 
+#include "canvas/MoveTool.h"
 #include "canvas/Pick.h"
 #include "canvas/Picked.h"
 #include "canvas/RegionTool.h"
@@ -107,7 +108,8 @@ void Recorder::begin()
                      isGridShown(),
                      {},
                      vrk::visual::Camera::Get()->getWorldPose(),
-                     {}};
+                     {},
+                     window.getMover().getSteps()};
     for (const ProgramPartName& each : allProgramParts())
         head.programParts.emplace_back(each.part, isDrawn(each.part));
     for (const PickGroupName& each : allPickGroups())
@@ -136,6 +138,9 @@ void Recorder::listen()
         forgetChanges();
     });
     connect(&window.getRegion(), &RegionTool::taken, this, &Recorder::writeRegion);
+    connect(&window.getMover(), &MoveTool::typing, this, [this](const QString& key) {
+        write({{"event", "type"}, {"key", key.toStdString()}});
+    });
     for (QAction* command : window.QWidget::actions())
         if (!command->shortcut().isEmpty()) // others ask, or change the station: these are not recorded
             connect(command, &QAction::triggered, this, [this, command] { writeKey(*command); });
@@ -151,6 +156,9 @@ void Recorder::listen()
     });
     connect(&window.getSettings(), &Settings::mouseStyleChanged, this, [this] {
         write({{"event", "mouse"}, {"style", vrkview::nameOf(window.getSettings().mouseStyle())}});
+    });
+    connect(&window.getMover(), &MoveTool::stepsChanged, this, [this] {
+        write({{"event", "steps"}, {"steps", toJson(window.getMover().getSteps())}});
     });
     window.getView().installEventFilter(this);
 }

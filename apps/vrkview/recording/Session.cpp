@@ -96,6 +96,8 @@ SessionHead headFrom(const Json& line)
     const Json picks = line.value("picks", Json::object());
     for (const PickGroupName& each : allPickGroups())
         head.pickGroups.emplace_back(each.group, picks.value(each.name, true));
+    if (line.contains("moveSteps")) // older recordings moved nothing by hand
+        head.moveSteps = stepsFrom(line.at("moveSteps"));
     head.camera = poseFrom(line.at("camera"));
     return head;
 }
@@ -108,7 +110,7 @@ void checkStep(const Json& step)
     const std::string event = step.at("event").get<std::string>();
     if (isInput(step))
         inputFrom(step);
-    else if (event == "key")
+    else if (event == "key" || event == "type")
         step.at("key").get<std::string>();
     else if (event == "camera")
         poseFrom(step.at("pose"));
@@ -116,6 +118,8 @@ void checkStep(const Json& step)
         sizeFrom(step.at("view"));
     else if (event == "mouse")
         styleFrom(step.at("style"));
+    else if (event == "steps")
+        stepsFrom(step.at("steps"));
     else if (event == "select" || event == "hide")
         step.at("ids").get<std::vector<unsigned>>();
     else if (event == "candidate") {
@@ -209,6 +213,7 @@ Json toJson(const SessionHead& head)
             {"grid", head.grid},
             {"programs", programs},
             {"picks", picks},
+            {"moveSteps", toJson(head.moveSteps)},
             {"camera", toJson(head.camera)}};
 }
 
@@ -297,6 +302,17 @@ QSize sizeFrom(const Json& numbers)
     if (size.width() < 1 || size.height() < 1 || size.width() > largest || size.height() > largest)
         throw SessionError(fmt::format("{} is no size of a view", numbers.dump()));
     return size;
+}
+
+Json toJson(const MoveSteps& steps)
+{
+    return {steps.length, steps.angle};
+}
+
+MoveSteps stepsFrom(const Json& numbers)
+{
+    expectNumbers(numbers, 2);
+    return {numbers[0].get<double>(), numbers[1].get<double>()};
 }
 
 const char* nameOf(Settings::MouseStyle style)

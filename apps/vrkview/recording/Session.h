@@ -39,6 +39,7 @@ struct SessionHead {
     std::vector<std::pair<ProgramPart, bool>> programParts; // those that were told
     vrk::rob::Posef camera;
     std::vector<std::pair<PickGroup, bool>> pickGroups;
+    MoveSteps moveSteps;
 };
 
 struct SessionLine {
@@ -69,6 +70,8 @@ nlohmann::ordered_json toJson(Qt::KeyboardModifiers held);
 Qt::KeyboardModifiers modifiersFrom(const nlohmann::ordered_json& step);
 nlohmann::ordered_json toJson(const vrk::rob::Posef& pose);
 vrk::rob::Posef poseFrom(const nlohmann::ordered_json& numbers);
+nlohmann::ordered_json toJson(const MoveSteps& steps);
+MoveSteps stepsFrom(const nlohmann::ordered_json& numbers);
 nlohmann::ordered_json toJson(const QSize& size);
 QSize sizeFrom(const nlohmann::ordered_json& numbers);
 const char* nameOf(Settings::MouseStyle style);

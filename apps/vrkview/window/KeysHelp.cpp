@@ -92,6 +92,10 @@ QString mouseHelp(Settings::MouseStyle style)
     add(tr("Alt+click"), tr("selects a face as base, or takes it out"));
     add(tr("Alt+Shift+click"), tr("selects a face as side, or takes it out"));
     add(tr("Alt+Ctrl+click"), tr("selects the edge that is near by, or takes it out"));
+    rows += heading(tr("Moving by hand"));
+    add(tr("Drag of an arrow or a ring"), tr("moves or turns what is selected"));
+    add(tr("Ctrl"), tr("goes in steps"));
+    add(tr("Digits, -, . and Return"), tr("move by this number along the handle that was used last"));
     return table(rows);
 }
 

@@ -14,6 +14,8 @@ constexpr const char* recentKey = "files/recent";
 constexpr const char* drawModeKey = "view/display";
 constexpr const char* gridKey = "view/grid";
 constexpr const char* mouseKey = "input/orbit";
+constexpr const char* lengthStepKey = "move/length-step";
+constexpr const char* angleStepKey = "move/angle-step";
 
 constexpr const char* withLeft = "left";
 constexpr const char* withMiddle = "middle";
@@ -21,6 +23,12 @@ constexpr const char* withMiddle = "middle";
 QString keyOf(ProgramPart part)
 {
     return QStringLiteral("programs/") + std::ranges::find(allProgramParts(), part, &ProgramPartName::part)->name;
+}
+
+/// One of these, for whoever edits the file may write anything.
+double choiceOf(const QVariant& kept, const std::array<double, 3>& choices, double usual)
+{
+    return std::ranges::find(choices, kept.toDouble()) == choices.end() ? usual : kept.toDouble();
 }
 
 } // namespace
@@ -118,6 +126,19 @@ void Settings::setMouseStyle(MouseStyle style)
         return;
     store.setValue(mouseKey, style == MouseStyle::OrbitWithLeft ? withLeft : withMiddle);
     emit mouseStyleChanged();
+}
+
+MoveSteps Settings::moveSteps() const
+{
+    const MoveSteps usual;
+    return {choiceOf(store.value(lengthStepKey), MoveSteps::lengths, usual.length),
+            choiceOf(store.value(angleStepKey), MoveSteps::angles, usual.angle)};
+}
+
+void Settings::setMoveSteps(const MoveSteps& steps)
+{
+    store.setValue(lengthStepKey, steps.length);
+    store.setValue(angleStepKey, steps.angle);
 }
 
 } // namespace vrkview

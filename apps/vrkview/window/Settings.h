@@ -1,5 +1,6 @@
 #pragma once
 
+#include "canvas/MoveSteps.h"
 #include "canvas/ProgramParts.h"
 
 #include <QByteArray>
@@ -45,6 +46,10 @@ public:
 
     MouseStyle mouseStyle() const;
     void setMouseStyle(MouseStyle style);
+
+    /// By which things go that are moved by hand with Ctrl.
+    MoveSteps moveSteps() const;
+    void setMoveSteps(const MoveSteps& steps);
 
 signals:
     void recentFilesChanged();

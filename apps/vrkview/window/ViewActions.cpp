@@ -227,6 +227,31 @@ void ViewActions::addMoves()
         followState();
     });
     worldAxes->setCheckable(true);
+    addSteps();
+}
+
+/// Without keys: they are chosen once for a piece of work.
+void ViewActions::addSteps()
+{
+    const auto addGroup = [this](const std::array<double, 3>& choices, const QString& unit, double MoveSteps::*which) {
+        auto* group = new QActionGroup(this);
+        std::vector<std::pair<double, QAction*>> actions;
+        for (const double choice : choices) {
+            auto* action = new QAction(QString::number(choice) + unit, group);
+            action->setCheckable(true);
+            connect(action, &QAction::triggered, this, [this, which, choice] {
+                MoveSteps steps = mover.getSteps();
+                steps.*which = choice;
+                mover.setSteps(steps);
+                settings.setMoveSteps(steps);
+            });
+            actions.emplace_back(choice, action);
+        }
+        return actions;
+    };
+    lengthSteps = addGroup(MoveSteps::lengths, tr(" mm"), &MoveSteps::length);
+    angleSteps = addGroup(MoveSteps::angles, QStringLiteral("°"), &MoveSteps::angle);
+    mover.setSteps(settings.moveSteps());
 }
 
 void ViewActions::fillViewMenu(QMenu& menu) const
@@ -271,6 +296,12 @@ void ViewActions::fillEditMenu(QMenu& menu) const
 {
     menu.addAction(move);
     menu.addAction(worldAxes);
+    QMenu& steps = *menu.addMenu(tr("&Steps with Ctrl"));
+    for (const auto& [step, action] : lengthSteps)
+        steps.addAction(action);
+    steps.addSeparator();
+    for (const auto& [step, action] : angleSteps)
+        steps.addAction(action);
 }
 
 void ViewActions::fillTreeMenu(QWidget& tree) const
@@ -332,6 +363,10 @@ void ViewActions::followState()
         action->setChecked(mouse.getPick().takes(group));
     move->setChecked(mover.isOn());
     worldAxes->setChecked(mover.getAxes() == vrk::visual::DragAxes::World);
+    for (const auto& [step, action] : lengthSteps)
+        action->setChecked(step == mover.getSteps().length);
+    for (const auto& [step, action] : angleSteps)
+        action->setChecked(step == mover.getSteps().angle);
     pointsOnly->setChecked(region.isForPointsOnly());
     hide->setEnabled(any);
     focus->setEnabled(any);

@@ -55,6 +55,7 @@ private:
     void addRegions();
     void addPicks();
     void addMoves();
+    void addSteps();
     void followState();
 
     QWidget& window;
@@ -81,6 +82,8 @@ private:
     std::vector<std::pair<PickGroup, QAction*>> picks;
     QAction* move = nullptr;
     QAction* worldAxes = nullptr;
+    std::vector<std::pair<double, QAction*>> lengthSteps; // with Ctrl
+    std::vector<std::pair<double, QAction*>> angleSteps;
     QAction* listCandidates = nullptr;
     QAction* listBackwards = nullptr;
     QAction* hide = nullptr;

@@ -8,7 +8,7 @@
 #include "edit/HideThings.h"
 #include "edit/ModelPlaces.h"
 #include "edit/MoveJoints.h"
-#include "edit/MoveThing.h"
+#include "edit/MoveThings.h"
 #include "edit/PaintBodies.h"
 #include "edit/RemoveThings.h"
 #include "edit/RenameThing.h"
@@ -28,6 +28,8 @@
 #include "platform/station/ImportCloud.h"
 #include "platform/station/StationFile.h"
 #include "platform/task/DataItem.h"
+#include "platform/task/Instruction.h"
+#include "platform/task/Path.h"
 #include "platform/task/Task.h"
 
 #include <gmock/gmock.h>
@@ -196,7 +198,7 @@ private:
     {
         switch (below(12)) {
         case 0:
-            return std::make_unique<MoveThing>(anyThing(), place());
+            return moving();
         case 1:
             return joints();
         case 2:
@@ -221,6 +223,18 @@ private:
         default:
             return removal();
         }
+    }
+    /// Of a few objects, among them some that cannot be moved, which are left out.
+    std::unique_ptr<Change> moving()
+    {
+        std::vector<unsigned> ids = {anyThing()};
+        for (int i = below(3); i > 0; --i)
+            if (const unsigned moved = movedFor(anyObject()); moved != 0)
+                ids.push_back(moved);
+        std::vector<MoveThings::Place> places;
+        for (const unsigned id : topmostOf(ids))
+            places.push_back({id, place()});
+        return std::make_unique<MoveThings>(places);
     }
     std::unique_ptr<Change> joints()
     {
@@ -360,7 +374,7 @@ TEST_F(EditHistoryTest, ThousandChangesTakenBackAndMadeAgainGiveTheSameFiles)
 
 TEST_F(EditHistoryTest, StepHasItsNameInTheMenu)
 {
-    history.push(std::make_unique<MoveThing>(thing("Pallet"), Posed(Posd(1, 2, 3))));
+    history.push(std::make_unique<MoveThings>(thing("Pallet"), Posed(Posd(1, 2, 3))));
     EXPECT_EQ(history.undoText(), "Move Pallet");
 
     history.push(std::make_unique<RemoveThings>(std::vector{thing("Pallet"), thing("Controller")}));
@@ -388,9 +402,107 @@ TEST_F(EditHistoryTest, MovesOfOneGestureMakeOneStep)
     EXPECT_EQ(positioner()->getJointValues(), std::vector(start.size(), 0.3));
 }
 
+TEST_F(EditHistoryTest, MovesOfTheSameThingsInOneGestureMakeOneStep)
+{
+    const unsigned pallet = thing("Pallet"), controller = thing("Controller");
+    const Posed palletBefore = poseOfThing(pallet), controllerBefore = poseOfThing(controller);
+    const auto moved = [&](double by, int gesture) {
+        return std::make_unique<MoveThings>(
+            std::vector<MoveThings::Place>{{pallet, Posed(Posd(by, 0, 0))}, {controller, Posed(Posd(0, by, 0))}},
+            gesture);
+    };
+    history.push(moved(1, 7));
+    history.push(moved(2, 7));
+    EXPECT_EQ(history.count(), 1);
+    EXPECT_EQ(history.undoText(), "Move 2 things");
+    history.push(std::make_unique<MoveThings>(pallet, Posed(Posd(9, 0, 0)), 7)); // not the same
+    EXPECT_EQ(history.count(), 2);
+    history.push(moved(3, 8));
+    EXPECT_EQ(history.count(), 3);
+
+    history.undo();
+    history.undo();
+    EXPECT_EQ(poseOfThing(pallet), Posed(Posd(2, 0, 0)));
+    EXPECT_EQ(poseOfThing(controller), Posed(Posd(0, 2, 0)));
+    history.undo();
+    EXPECT_EQ(poseOfThing(pallet), palletBefore);
+    EXPECT_EQ(poseOfThing(controller), controllerBefore);
+    history.push(moved(1, 9));
+    history.push(std::make_unique<MoveThings>(
+        std::vector<MoveThings::Place>{{pallet, palletBefore}, {controller, controllerBefore}}, 9));
+    EXPECT_FALSE(history.canUndo()) << "back where it was: there is nothing to take back";
+}
+
+// What can be moved
+
+const vrk::task::Task& program()
+{
+    return *Layout::inst().tasks.front();
+}
+
+const vrk::task::MoveInst& moveOf(bool toATarget)
+{
+    for (const vrk::task::MoveInst* move : program().getOwnPaths().front()->getMoveInstructions())
+        if (move->isRobTargetInst() == toATarget)
+            return *move;
+    throw std::logic_error("the demo has such a move");
+}
+
+TEST_F(EditHistoryTest, WhatStandsByItselfIsMovedAndOfAMoveItsTarget)
+{
+    const Layout& layout = Layout::inst();
+    for (const unsigned id : {thing("Pallet"), thing("Welding torch"), layout.manipulators.front()->getId(),
+                              layout.devices.front()->getId(), layout.assemblies.front()->getId(),
+                              layout.pointclouds.front()->getId(), layout.frames.front()->getId()})
+        EXPECT_EQ(movedFor(id), id) << nameOfThing(id).toStdString();
+    const vrk::task::MoveInst& move = moveOf(true);
+    EXPECT_EQ(movedFor(move.getId()), move.getTargetItemId());
+    const auto& fixture = move.getWObjItem();
+    EXPECT_EQ(movedFor(fixture->getId()), fixture->getId());
+
+    EXPECT_EQ(movedFor(0), 0u);
+    EXPECT_EQ(movedFor(4711471), 0u);
+    EXPECT_EQ(movedFor(thing("Fixture plate")), 0u) << "a body is of its part";
+    EXPECT_EQ(movedFor(moveOf(false).getId()), 0u) << "a posture has no place";
+    EXPECT_EQ(movedFor(program().getId()), 0u);
+    fixture->setFixedUFrame(false);
+    EXPECT_EQ(movedFor(fixture->getId()), 0u) << "its owner alone moves it";
+    fixture->setFixedUFrame(true);
+}
+
+TEST_F(EditHistoryTest, TopmostAreThoseThatHangOnNoOther)
+{
+    const unsigned pallet = thing("Pallet"), controller = thing("Controller"), torch = thing("Welding torch");
+    const unsigned arm = Layout::inst().manipulators.front()->getId();
+    history.push(std::make_unique<AttachThing>(controller, pallet));
+
+    EXPECT_THAT(topmostOf({torch, arm, pallet, controller, pallet}), testing::ElementsAre(arm, pallet));
+    EXPECT_THAT(topmostOf({torch, controller}), testing::ElementsAre(torch, controller));
+    EXPECT_THAT(topmostOf({}), testing::IsEmpty());
+}
+
+TEST_F(EditHistoryTest, TargetIsMovedInItsWorkObject)
+{
+    const vrk::task::MoveInst& move = moveOf(true);
+    const unsigned target = move.getTargetItemId();
+    const Posed before = poseOfThing(target);
+    EXPECT_EQ(before, move.getTargetItem()->getPose());
+    EXPECT_EQ(worldPoseOfThing(target), worldPoseOfBase(target) * before);
+    EXPECT_EQ(worldPoseOfBase(target), worldPoseOfThing(move.getWObjItemId()));
+    const std::string bytes = savedBytes();
+
+    history.push(std::make_unique<MoveThings>(target, Posed(Posd(1, 2, 3))));
+
+    EXPECT_EQ(move.getTargetItem()->getPose(), Posed(Posd(1, 2, 3)));
+    EXPECT_EQ(history.undoText(), "Move above");
+    EXPECT_NE(savedBytes(), bytes);
+    history.undo();
+    EXPECT_EQ(savedBytes(), bytes);
+}
+
 TEST_F(EditHistoryTest, WhatChangesNothingMakesNoStep)
 {
-    history.push(std::make_unique<MoveThing>(thing("Pallet"), poseOfThing(thing("Pallet"))));
+    history.push(std::make_unique<MoveThings>(thing("Pallet"), poseOfThing(thing("Pallet"))));
     history.push(std::make_unique<RenameThing>(thing("Pallet"), "Pallet"));
     history.push(std::make_unique<RenameThing>(thing("Pallet"), ""));
     history.push(std::make_unique<DetachThing>(thing("Pallet")));

@@ -10,7 +10,7 @@
 #include "edit/EditActions.h"
 #include "edit/History.h"
 #include "edit/ModelPlaces.h"
-#include "edit/MoveThing.h"
+#include "edit/MoveThings.h"
 #include "edit/PlaceDialog.h"
 #include "files/Station.h"
 
@@ -117,7 +117,7 @@ TEST_F(EditingTest, MovedThingIsSeenThereAndComesBackByTheKey)
     const unsigned pallet = thing("Pallet");
     const Posd place = placeInView(pallet);
 
-    history().push(std::make_unique<MoveThing>(pallet, Posed(Posd(-1500, -1500, 200))));
+    history().push(std::make_unique<MoveThings>(pallet, Posed(Posd(-1500, -1500, 200))));
     settle();
 
     EXPECT_NEAR((placeInView(pallet) - Posd(-1500, -1500, 200)).length(), 0, 1e-3);
@@ -136,7 +136,7 @@ TEST_F(EditingTest, MovedThingIsSeenThereAndComesBackByTheKey)
 
 TEST_F(EditingTest, EditMenuCanBeSeen)
 {
-    history().push(std::make_unique<MoveThing>(thing("Pallet"), Posed(Posd(-1500, -1500, 200))));
+    history().push(std::make_unique<MoveThings>(thing("Pallet"), Posed(Posd(-1500, -1500, 200))));
     state().selectVisuals({thing("Pallet"), thing("Fixture")});
     settle();
     for (QAction* menu : window().menuBar()->actions())
@@ -425,7 +425,7 @@ TEST_F(EditingTest, PlaceIsAskedForAndNumbersThatAreLeftKeepTheirDigits)
 
 TEST_F(EditingTest, ChangesAreAskedForBeforeTheyAreLost)
 {
-    history().push(std::make_unique<MoveThing>(thing("Pallet"), Posed(Posd(-1500, -1500, 200))));
+    history().push(std::make_unique<MoveThings>(thing("Pallet"), Posed(Posd(-1500, -1500, 200))));
     settle();
     EXPECT_THAT(window().windowTitle().toStdString(), HasSubstr("[*]"));
     EXPECT_TRUE(window().isWindowModified());

@@ -5,6 +5,8 @@
 #include "canvas/Picked.h"
 #include "canvas/Views.h"
 
+#include "selection/VisualSelection.h"
+#include "selection/pick/PickQuery.h"
 #include "view/Camera.h"
 
 #include <QApplication>
@@ -18,6 +20,8 @@ namespace vrkview::test {
 namespace {
 
 constexpr int gridStep = 8; // logical pixels
+constexpr int handleStep = 2;
+constexpr int handleReach = 130; // it is as large as that on any screen
 constexpr int dragSteps = 8;
 
 std::array<int, 6> handled{}; // events of each kind
@@ -104,6 +108,30 @@ QPoint MouseFixture::placeOf(const std::string& name)
         return {};
     const QPoint middle = sum / static_cast<int>(places.size());
     return *std::ranges::min_element(places, {}, [&](const QPoint& p) { return (p - middle).manhattanLength(); });
+}
+
+QPoint MouseFixture::placeOnHandle(vrk::visual::DragHandle::HandleType wanted)
+{
+    view().drain();
+    vrk::selection::VisualSelection::Get()->update();
+    vrk::selection::PickQuery query;
+    query.camera = vrk::selection::PickCamera::Main(view().devicePixelRatioF());
+    query.radius = 1;
+    std::vector<QPoint> found;
+    const vrk::rob::Posd at(vrk::visual::DragHandle::Get()->getWorldPosition());
+    const QRect around = QRect(-handleReach, -handleReach, 2 * handleReach, 2 * handleReach)
+                             .translated(onScreen(at).toPoint())
+                             .intersected(view().rect());
+    for (int y = around.top(); y <= around.bottom(); y += handleStep)
+        for (int x = around.left(); x <= around.right(); x += handleStep) {
+            query.x = inPixels({x, y}).x();
+            query.y = inPixels({x, y}).y();
+            const auto best = query.askBest();
+            if (best && vrk::visual::DragHandle::Get()->getHandleType(best->visual) == wanted)
+                found.emplace_back(x, y);
+        }
+    EXPECT_FALSE(found.empty()) << "the handle is not to be seen";
+    return found.empty() ? QPoint() : found[found.size() / 2];
 }
 
 QPoint MouseFixture::emptyPlace()

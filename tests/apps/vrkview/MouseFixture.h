@@ -3,6 +3,7 @@
 #include "WindowFixture.h"
 #include "canvas/Mouse.h"
 
+#include "handles/DragHandle.h"
 #include "scene/math/Pose.h"
 #include "selection/geometry/Result.h"
 
@@ -22,6 +23,8 @@ protected:
 
     /// Where a click would take this thing; its middle most likely.
     static QPoint placeOf(const std::string& name);
+    /// Where the mouse is on this piece of the handle; in the middle of its rows.
+    static QPoint placeOnHandle(vrk::visual::DragHandle::HandleType wanted);
     /// One with nothing under it.
     static QPoint emptyPlace();
     static QPointF inPixels(const QPoint& place);

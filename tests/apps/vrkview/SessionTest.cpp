@@ -49,6 +49,17 @@ TEST(SessionHead, KeepsWhatIsPicked)
                             Pair(PickGroup::Frames, true)));
 }
 
+TEST(SessionHead, KeepsTheStepsOfMoves)
+{
+    SessionHead head = someHead();
+    head.moveSteps = {1, 15};
+    EXPECT_EQ(headOf(toJson(head)).moveSteps, (MoveSteps{1, 15}));
+
+    ordered_json older = toJson(head);
+    older.erase("moveSteps");
+    EXPECT_EQ(headOf(older).moveSteps, MoveSteps());
+}
+
 TEST(SessionHead, OfAnOlderRecordingTellsNothingOfProgramsAndLeavesNothingOut)
 {
     ordered_json line = toJson(someHead());

@@ -29,6 +29,7 @@ TEST_F(SettingsTest, BeforeTheFirstChoiceThereAreOnlyDefaults)
     for (const ProgramPartName& each : allProgramParts())
         EXPECT_EQ(settings.isDrawn(each.part), each.part != ProgramPart::ZAxesOnly) << each.name;
     EXPECT_EQ(settings.mouseStyle(), Settings::MouseStyle::OrbitWithMiddle);
+    EXPECT_EQ(settings.moveSteps(), (MoveSteps{5, 5}));
 }
 
 TEST_F(SettingsTest, ChoicesAreThereInTheNextRun)
@@ -42,6 +43,7 @@ TEST_F(SettingsTest, ChoicesAreThereInTheNextRun)
         settings.setMouseStyle(Settings::MouseStyle::OrbitWithLeft);
         settings.setWindow("geometry", "state");
         settings.setClosedDocks({"program"});
+        settings.setMoveSteps({10, 15});
     }
 
     const Settings next;
@@ -55,6 +57,16 @@ TEST_F(SettingsTest, ChoicesAreThereInTheNextRun)
     EXPECT_EQ(next.windowGeometry(), "geometry");
     EXPECT_EQ(next.windowState(), "state");
     EXPECT_EQ(next.closedDocks(), QStringList("program"));
+    EXPECT_EQ(next.moveSteps(), (MoveSteps{10, 15}));
+}
+
+TEST_F(SettingsTest, StepsThatAreNoChoiceAreTheUsualOnes)
+{
+    for (const char* length : {"0", "-5", "2", "inf", "nan", "wide"}) {
+        QSettings(QSettings::IniFormat, QSettings::UserScope, "vrkview", "vrkview")
+            .setValue("move/length-step", length);
+        EXPECT_EQ(Settings().moveSteps(), MoveSteps()) << length;
+    }
 }
 
 TEST_F(SettingsTest, FileThatIsOpenedAgainComesFirstAndStandsOnce)
