@@ -137,6 +137,8 @@ void playSession(int argc, char** argv, const Station& station, const Options& o
     ViewWindow window(station, *findDrawMode(session.head.display));
     window.show();
     Player(window, session).play();
+    if (!options.playSave.empty())
+        vrk::station::SaveStationFile(options.playSave);
     if (options.playPicture.empty())
         return;
     const ViewWidget& view = window.getView();

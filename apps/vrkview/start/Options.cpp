@@ -107,10 +107,10 @@ std::string complaintOfPicture(const std::string& file)
     return isPng ? "" : fmt::format("'{}' does not end in .png", file);
 }
 
-void checkSave(const std::filesystem::path& file)
+void checkSave(const char* option, const std::filesystem::path& file)
 {
     if (!file.empty() && !vrk::station::isStationFile(file)) // it could not be opened again
-        throw CLI::ValidationError("--save", fmt::format("'{}' does not end in .station.json", file.string()));
+        throw CLI::ValidationError(option, fmt::format("'{}' does not end in .station.json", file.string()));
 }
 
 const char* const footer = "Keys in the window:\n"
@@ -197,6 +197,9 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
     app.add_option("--play-picture", options.playPicture, "Write what the view shows after --play into this PNG file")
         ->type_name("PNG")
         ->needs(play);
+    app.add_option("--play-save", options.playSave, "Write the station as it is after --play as a station file")
+        ->type_name("FILE")
+        ->needs(play);
     app.add_option(
            "--view", views,
            fmt::format("Direction of the picture: {}. Several, joined by commas, or 'all', make several pictures "
@@ -229,7 +232,8 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
         ->group("");
 
     const CLI::Validator isNamed(complaintOfName, "");
-    for (const char* file : {"files", "--shot", "--pick-picture", "--record", "--play", "--play-picture", "--save"})
+    for (const char* file :
+         {"files", "--shot", "--pick-picture", "--record", "--play", "--play-picture", "--play-save", "--save"})
         app.get_option(file)->check(isNamed);
     const CLI::Validator isPicture(complaintOfPicture, "");
     for (const char* file : {"--shot", "--pick-picture", "--play-picture"})
@@ -252,7 +256,8 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
         readNumbers(picks, "--pick", options.picks);
         readNumbers(joints, "--joints", options.joints);
         checkPicks(options);
-        checkSave(options.save);
+        checkSave("--save", options.save);
+        checkSave("--play-save", options.playSave);
         options.drawMode = readDrawMode(display);
         options.isDrawModeGiven = displayOption->count() > 0;
     } catch (const CLI::ParseError& stop) {

@@ -27,6 +27,7 @@ struct Options {
     std::filesystem::path recording;   // made of what is done in the window; empty: none
     std::filesystem::path session;     // to be played
     std::filesystem::path playPicture; // of the view after that; empty: none
+    std::filesystem::path playSave;    // the station after that; empty: none
     const DrawMode* drawMode = nullptr;
     bool isDrawModeGiven = false; // rather than the usual one
     bool onPresentDisplay = false;

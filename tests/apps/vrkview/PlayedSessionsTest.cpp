@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <map>
+#include <memory>
 #include <sstream>
 
 namespace vrkview::test {
@@ -53,6 +55,66 @@ INSTANTIATE_TEST_SUITE_P(Table, PlayedSession,
                                 SessionCase{"rectangle-and-lasso", "session_rectangle_and_lasso"},
                                 SessionCase{"candidates-and-pieces", "session_candidates_and_pieces"}),
                          [](const auto& info) { return std::string(info.param.baseline); });
+
+/// What is left of a recording of moves: station and view, each in a folder of its own, since the station's file names the
+/// folder beside it.
+class PlayedMoves : public testing::Test {
+protected:
+    struct End {
+        Files files;
+        std::string station() const { return bytesOf(files.path("end.station.json")); }
+        vrk::test::Picture view() const { return vrk::test::readPng(files.path("view.png")); }
+    };
+    static std::unique_ptr<End> play(const std::string& session)
+    {
+        auto end = std::make_unique<End>();
+        const Outcome outcome =
+            runViewer({"--play", end->files.write("session.jsonl", session), "--play-save",
+                       end->files.path("end.station.json"), "--play-picture", end->files.path("view.png")});
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+        return end;
+    }
+    /// The lines before the first one that has this text.
+    std::string before(const std::string& text) const
+    {
+        return whole.substr(0, whole.rfind('\n', whole.find(text)) + 1);
+    }
+
+    const std::string whole = bytesOf(sessionFile("move-turn-and-type"));
+    const std::string nothingDone = whole.substr(0, whole.find('\n') + 1);
+};
+
+TEST_F(PlayedMoves, LeaveStationAndViewAsTheyWereWhereTheyAreTakenBack)
+{
+    ASSERT_THAT(whole,
+                AllOf(HasSubstr(R"("held":["left"])"), HasSubstr(R"("event":"type")"), HasSubstr(R"("key":"Ctrl+Z")")));
+
+    const auto end = play(whole), start = play(nothingDone);
+
+    EXPECT_TRUE(end->station() == start->station()) << "byte by byte";
+    EXPECT_EQ(vrk::test::largestDifference(end->view(), start->view()), 0);
+}
+
+TEST_F(PlayedMoves, HaveMovedOneThingUntilThen)
+{
+    const auto moved = play(before(R"("key":"Ctrl+Z")")), start = play(nothingDone);
+
+    std::string thing;
+    std::map<std::string, double> changed; // of its pose
+    for (const ordered_json& change :
+         ordered_json::diff(ordered_json::parse(start->station()), ordered_json::parse(moved->station()))) {
+        const auto path = change.at("path").get<std::string>();
+        EXPECT_THAT(path, AllOf(StartsWith("/parts/"), HasSubstr("/pose/")));
+        if (thing.empty())
+            thing = path.substr(0, path.rfind('/'));
+        EXPECT_THAT(path, StartsWith(thing));
+        changed[path.substr(path.rfind('/') + 1)] = change.at("value").get<double>();
+    }
+    // Along x by the mouse, up by the number, and turned about z.
+    EXPECT_THAT(changed, testing::ElementsAre(testing::Key("0"), testing::Pair("2", 125.0), testing::Key("3"),
+                                              testing::Key("6")));
+    EXPECT_GT(vrk::test::largestDifference(moved->view(), start->view()), 50);
+}
 
 /// The lines of a shipped recording, to be spoilt.
 class SpoiltSession : public testing::Test {
@@ -136,6 +198,16 @@ TEST_F(SpoiltSession, JointsOfNothingAreRefused)
     EXPECT_THAT(outcome.err, HasSubstr("line 2: nothing with joints has the id 4711"));
 }
 
+TEST_F(SpoiltSession, NumberForNoHandleIsTold)
+{
+    lines = {lines[0], {{"event", "type"}, {"key", "5"}}};
+
+    const Outcome outcome = play();
+
+    EXPECT_EQ(outcome.exitCode, 3);
+    EXPECT_THAT(outcome.err, HasSubstr("line 2: the key '5' is for no number now"));
+}
+
 TEST_F(SpoiltSession, SelectionOfNothingIsRefused)
 {
     lines = {lines[0], {{"event", "select"}, {"ids", {4711}}}};
@@ -194,6 +266,9 @@ INSTANTIATE_TEST_SUITE_P(
                        "line 2: 'fourth' is not known"},
            BadFileCase{"PlaceOfOneNumber", "@{\"event\":\"move\",\"at\":[1]}\n",
                        "line 2: [1] is not a list of 2 numbers"},
+           BadFileCase{"TypeWithoutKey", "@{\"event\":\"type\"}\n", "line 2: key 'key' not found"},
+           BadFileCase{"StepsOfOneNumber", "@{\"event\":\"steps\",\"steps\":[1]}\n",
+                       "line 2: [1] is not a list of 2 numbers"},
            BadFileCase{"ViewWithoutArea", "@{\"event\":\"resize\",\"view\":[0,600]}\n",
                        "line 2: [0,600] is no size of a view"},
            BadFileCase{"LineCutOff", "@{\"event\":\"move\",\"a", "line 2: this is no JSON, or it is cut short\n"}),
@@ -210,6 +285,8 @@ TEST(PlayOptions, MissingRecordingIsTold)
 TEST(PlayOptions, PictureNeedsPlay)
 {
     EXPECT_EQ(runViewer({"--play-picture", "a.png"}).exitCode, 1);
+    EXPECT_EQ(runViewer({"--play-save", "a.station.json"}).exitCode, 1);
+    EXPECT_EQ(runViewer({"--play", "a.jsonl", "--play-save", "a.json"}).exitCode, 1);
 }
 
 TEST(PlayOptions, RecordAndPlayExcludeEachOther)

@@ -204,5 +204,35 @@ TEST_F(RecordSessions, BandAndPath)
     finish();
 }
 
+TEST_F(RecordSessions, MoveTurnAndType)
+{
+    using Handle = vrk::visual::DragHandle::HandleType;
+    state().setVisible({thing("Bracket as drawn")}, false); // as the demo begins; the tests show all
+    const QPoint controller = placeOf("Controller");
+    settle();
+    record("move-turn-and-type");
+
+    clickAt(controller);
+    key("m");
+    const QPoint arrow = placeOnHandle(Handle::X);
+    drag(1, arrow, arrow + QPoint(60, 35));
+    key("x"); // axes of the world
+    const QPoint ring = placeOnHandle(Handle::Yaw);
+    drag(1, ring, ring + QPoint(40, -10));
+    key("x");
+    clickAt(placeOnHandle(Handle::Z));
+    for (const char* name : {"1", "2", "6", "BackSpace", "5", "Return"})
+        key(name);
+    shoot("move_turn_and_type");
+    for (int i = 0; i < 3; ++i) {
+        const HeldKey control("Control_L");
+        key("z");
+    }
+    key("m");
+    clickAt(emptyPlace());
+
+    finish();
+}
+
 } // namespace
 } // namespace vrkview::test
