@@ -1,11 +1,14 @@
 #pragma once
 
 class TopoDS_Edge;
+class TopoDS_Vertex;
 
 namespace vrkview {
 
 /// An edge of a solid that is in the scene, by its number from 1 in the solid's shape; null where there is none. Reads the
 /// whole shape. Render thread.
 TopoDS_Edge edgeOfBody(unsigned body, unsigned edge);
+/// The same of a vertex.
+TopoDS_Vertex vertexOfBody(unsigned body, unsigned vertex);
 
 } // namespace vrkview

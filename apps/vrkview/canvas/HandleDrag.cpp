@@ -68,12 +68,17 @@ void HandleDrag::changeView(const CameraSnapshot& camera, const QPointF& mouse)
     std::visit([&](auto& drag) { drag.changeView(camera, toPixel(mouse)); }, way);
 }
 
-// Reckoned on the base: of what is only pushed the orientation stays as it is, to the last digit.
+// Reckoned on the base: the orientation stays as it is, to the last digit.
+Posed HandleDrag::PoseAfter(const vrk::rob::Vec3d& way, const Posed& base, const Posed& start)
+{
+    return {start.position + base.rotation().normalized().inverse() * way, start.orientation};
+}
+
 Posed HandleDrag::poseAfter(double amount, const Posed& base, const Posed& start) const
 {
-    const vrk::rob::Rotationd toBase = base.rotation().normalized().inverse();
     if (const auto* push = std::get_if<AxisDrag>(&way))
-        return {start.position + toBase * (vrk::rob::Vec3d(push->getDirection()) * amount), start.orientation};
+        return PoseAfter(vrk::rob::Vec3d(push->getDirection()) * amount, base, start);
+    const vrk::rob::Rotationd toBase = base.rotation().normalized().inverse();
     const vrk::rob::Rotationd turn(amount / degrees, toBase * std::get<RingDrag>(way).getAxis());
     const vrk::rob::Posd about = base.inverse() * centre;
     return {about + turn * (start.position - about), turn * start.rotation()};

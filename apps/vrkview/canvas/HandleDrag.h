@@ -34,6 +34,10 @@ public:
     /// @param base   of what it hangs on, in the world.
     /// @param start  before the drag, on its base.
     vrk::rob::Posed poseAfter(double amount, const vrk::rob::Posed& base, const vrk::rob::Posed& start) const;
+    /// The same for a way in the world, whatever the handle.
+    static vrk::rob::Posed PoseAfter(const vrk::rob::Vec3d& way, const vrk::rob::Posed& base,
+                                     const vrk::rob::Posed& start);
+    const vrk::rob::Posd& getCentre() const { return centre; }
     /// "+12.50 mm", "-3.00°"
     QString textOf(double amount) const;
     /// " mm" of an arrow, "°" of a ring

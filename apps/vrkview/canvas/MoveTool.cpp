@@ -1,5 +1,6 @@
 #include "canvas/MoveTool.h"
 
+#include "canvas/BodyEdge.h"
 #include "canvas/ViewState.h"
 #include "canvas/ViewWidget.h"
 #include "edit/History.h"
@@ -10,13 +11,16 @@
 #include "selection/VisualSelection.h"
 #include "selection/pick/PickQuery.h"
 #include "view/Camera.h"
-#include "visual/Visual.h"
+#include "visual/SolidVisual.h"
+
+#include <TopoDS_Edge.hxx>
 
 #include <QKeyEvent>
 #include <QLabel>
 #include <QScopedValueRollback>
 
 #include <algorithm>
+#include <array>
 #include <functional>
 #include <utility>
 
@@ -33,10 +37,12 @@ using vrk::visual::DragAnswer;
 using vrk::visual::DragAxes;
 using vrk::visual::DragHandle;
 using vrk::visual::Scene;
+using vrk::visual::SolidVisual;
 using Handle = DragHandle::HandleType;
 using Kind = InputEvent::Kind;
 
 constexpr QPoint labelOffset(18, 14); // logical pixels from the mouse
+constexpr double markRadius = 7;      // logical pixels
 
 const QString backspace = QStringLiteral("Backspace");
 const QString enter = QStringLiteral("Return");
@@ -56,6 +62,24 @@ QString keyOf(const QKeyEvent& event)
     default:
         return event.text();
     }
+}
+
+/// Device pixels; none for what lies behind the viewer.
+std::optional<QPointF> onScreen(const vrk::rob::Posd& place)
+{
+    const vrk::visual::CameraSnapshot camera = Camera::Get()->getSnapshot();
+    using Column = std::array<double, 4>;
+    const auto times = [](const vrk::visual::CameraSnapshot::Matrix& matrix, const Column& column) {
+        Column result{};
+        for (std::size_t i = 0; i < 4; ++i)
+            for (std::size_t k = 0; k < 4; ++k)
+                result[i] += static_cast<double>(matrix[4 * i + k]) * column[k];
+        return result;
+    };
+    const Column seen = times(camera.projection, times(camera.view, {place.x, place.y, place.z, 1}));
+    if (!camera.hasPixels() || seen[3] <= 0)
+        return std::nullopt;
+    return QPointF((1 + seen[0] / seen[3]) / 2 * camera.width, (1 - seen[1] / seen[3]) / 2 * camera.height);
 }
 
 void post(std::function<void()> task)
@@ -206,7 +230,7 @@ bool MoveTool::asksFor(const InputEvent& event) const
 {
     const bool isPress = event.kind == Kind::Press && event.button == Qt::LeftButton;
     const bool isHover = event.kind == Kind::Move && event.held == Qt::NoButton;
-    return thing != 0 && !drag && (isPress || isHover);
+    return thing != 0 && (drag ? snaps : isPress || isHover);
 }
 
 void MoveTool::hover(Handle handle)
@@ -264,20 +288,84 @@ void MoveTool::goOn(const InputEvent& event)
     }
     drag->way.changeView(Camera::Get()->getSnapshot(), last); // it may have flown on, or got another size
     last = event.place;
-    if (!number.isEmpty()) { // it says how far, and not the mouse
+    if (!number.isEmpty()) // it says how far, and not the mouse
         showNumber();
+    else
+        dragTo(event.place, event.modifiers);
+}
+
+void MoveTool::dragTo(const QPointF& place, Qt::KeyboardModifiers modifiers)
+{
+    const DragAnswer answer = drag->way.moveTo(place); // also while it snaps, so that the mouse keeps its hold
+    if (snaps && drag->way.isLength() && snapTo(place))
         return;
-    }
-    const DragAnswer answer = drag->way.moveTo(event.place);
+    showSnap({});
     if (!answer.value) {
-        tell(tr(vrk::visual::reasonOf(answer.refusal)), event.place);
+        tell(tr(vrk::visual::reasonOf(answer.refusal)), place);
         return;
     }
     double amount = *answer.value;
-    if (event.modifiers.testFlag(Qt::ControlModifier))
+    if (modifiers.testFlag(Qt::ControlModifier))
         amount = vrk::visual::toStep(amount, drag->way.isLength() ? steps.length : steps.angle);
     moveBy(*drag, amount);
-    tell(drag->way.textOf(amount), event.place);
+    tell(drag->way.textOf(amount), place);
+}
+
+// Snapping
+
+void MoveTool::setSnapping(bool wanted)
+{
+    if (wanted == snaps)
+        return;
+    snaps = wanted;
+    emit snappingChanged(wanted);
+    if (!drag || !number.isEmpty())
+        return;
+    view.drain();
+    dragTo(last, Qt::NoModifier);
+}
+
+/// False where nothing lies under the mouse that it could go to.
+bool MoveTool::snapTo(const QPointF& place)
+{
+    const std::optional<SnapPlace> snap = snapPlaceAt(view, state.getTree(), place, moved);
+    if (!snap || !isAllThere())
+        return false;
+    const vrk::rob::Vec3d way = snap->place - drag->way.getCentre();
+    std::vector<MoveThings::Place> places;
+    for (const Start& start : drag->starts)
+        places.push_back({start.thing, HandleDrag::PoseAfter(way, start.base, start.pose)});
+    put(std::move(places), drag->gesture);
+    showSnap(snap);
+    tell(tr("to the %1").arg(snap->text), place);
+    return true;
+}
+
+/// The sign of the place, over whatever lies before it, and the face or the edge highlighted.
+void MoveTool::showSnap(const std::optional<SnapPlace>& snap)
+{
+    Scene& scene = *Scene::Get();
+    const auto isSame = [](const SnapPlace& a, const SnapPlace& b) {
+        return a.body == b.body && a.face == b.face && a.edge == b.edge;
+    };
+    if (shownSnap && (!snap || !isSame(*snap, *shownSnap)))
+        scene.clearHighlightedVisual();
+    if (snap && !(shownSnap && isSame(*snap, *shownSnap))) {
+        if (auto* solid = snap->face != 0 ? dynamic_cast<SolidVisual*>(Scene::GetVisual(snap->body)) : nullptr)
+            scene.highlightFace(solid, snap->face);
+        else if (const TopoDS_Edge edge = edgeOfBody(snap->body, snap->edge); !edge.IsNull())
+            scene.highlightEdge(Scene::GetVisual(snap->body), edge);
+    }
+    const double ratio = view.devicePixelRatioF();
+    const std::optional<QPointF> middle = snap ? onScreen(snap->place) : std::nullopt;
+    if (middle)
+        mark.show(signOf(snap->kind, *middle, markRadius * ratio), true, RegionOutline::Look::Mark,
+                  view.toDevice(view.size()), ratio);
+    else
+        mark.hide();
+    if (snap || shownSnap)
+        view.requestFrame();
+    shownSnap = snap;
 }
 
 bool MoveTool::isAllThere() const
@@ -293,8 +381,13 @@ void MoveTool::moveBy(const Drag& by, double amount)
     std::vector<MoveThings::Place> places;
     for (const Start& start : by.starts)
         places.push_back({start.thing, amount == 0 ? start.pose : by.way.poseAfter(amount, start.base, start.pose)});
+    put(std::move(places), by.gesture);
+}
+
+void MoveTool::put(std::vector<MoveThings::Place> places, int gesture)
+{
     const QScopedValueRollback putting(isPutting, true);
-    state.getHistory().push(std::make_unique<MoveThings>(std::move(places), by.gesture));
+    state.getHistory().push(std::make_unique<MoveThings>(std::move(places), gesture));
 }
 
 void MoveTool::end()
@@ -303,6 +396,7 @@ void MoveTool::end()
         return;
     drag.reset();
     number.clear();
+    showSnap({});
     // A ring comes back in its own colour.
     post([] { DragHandle::Get()->resetMode(); });
     shown = Handle::None;
@@ -339,6 +433,14 @@ bool MoveTool::cancel()
 
 bool MoveTool::eventFilter(QObject* watched, QEvent* event)
 {
+    if (event->type() == QEvent::FocusOut)
+        setSnapping(false); // the release of the key goes elsewhere
+    if (event->type() == QEvent::KeyPress || event->type() == QEvent::KeyRelease)
+        if (const auto& of = static_cast<const QKeyEvent&>(*event); of.key() == Qt::Key_V && on) {
+            if (!of.isAutoRepeat())
+                setSnapping(event->type() == QEvent::KeyPress);
+            return true;
+        }
     if (event->type() != QEvent::ShortcutOverride && event->type() != QEvent::KeyPress)
         return QObject::eventFilter(watched, event);
     const QString key = keyOf(static_cast<const QKeyEvent&>(*event));

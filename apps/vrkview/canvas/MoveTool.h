@@ -3,6 +3,8 @@
 #include "canvas/HandleDrag.h"
 #include "canvas/InputEvent.h"
 #include "canvas/MoveSteps.h"
+#include "canvas/RegionOutline.h"
+#include "canvas/SnapPlace.h"
 #include "canvas/TypedNumber.h"
 #include "edit/MoveThings.h"
 
@@ -50,6 +52,9 @@ public:
     /// With Ctrl.
     const MoveSteps& getSteps() const { return steps; }
     void setSteps(const MoveSteps& wanted);
+    /// While `V` is held: what is dragged by an arrow goes to the geometry under the mouse, with its origin.
+    bool isSnapping() const { return snaps; }
+    void setSnapping(bool wanted);
     /// Whether `take` will ask what lies under the mouse: the scene must have worked off its posts then.
     bool asksFor(const InputEvent& event) const;
     /// Whether the event is for the handle, and for nothing else.
@@ -71,6 +76,7 @@ signals:
     void textChanged(const QString& text);
     /// This key of a number is taken next.
     void typing(const QString& key);
+    void snappingChanged(bool isSnapping);
 
 protected:
     /// Of the view: digits are for the number, ahead of the commands that have them as keys.
@@ -103,10 +109,14 @@ private:
     Drag dragOf(Handle handle, const QPointF& place);
     void begin(Handle handle, const QPointF& place);
     void goOn(const InputEvent& event);
+    void dragTo(const QPointF& place, Qt::KeyboardModifiers modifiers);
+    bool snapTo(const QPointF& place);
+    void showSnap(const std::optional<SnapPlace>& snap);
     void end();
     bool takeBack();
     bool isAllThere() const;
     void moveBy(const Drag& by, double amount);
+    void put(std::vector<MoveThings::Place> places, int gesture);
     void tell(const QString& text, const QPointF& place);
     void hush();
 
@@ -122,6 +132,9 @@ private:
     Handle chosen = Handle::None;
     Handle shown = Handle::None; // as the one of these
     TypedNumber number;
+    bool snaps = false;
+    std::optional<SnapPlace> shownSnap;
+    RegionOutline mark; // of it
     std::optional<Drag> drag;
     QPointF last;           // where the mouse was
     int gestures = 0;       // so far

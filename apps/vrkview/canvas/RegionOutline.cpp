@@ -17,6 +17,20 @@ constexpr double gap = 5;
 
 const Ogre::ColourValue lineColour(0.16f, 0.47f, 0.95f);
 const Ogre::ColourValue dashColour(0.10f, 0.62f, 0.30f);
+const Ogre::ColourValue markColour(0.1f, 0.1f, 0.1f);
+
+const Ogre::ColourValue& colourOf(RegionOutline::Look look)
+{
+    switch (look) {
+    case RegionOutline::Look::Line:
+        return lineColour;
+    case RegionOutline::Look::Dashes:
+        return dashColour;
+    case RegionOutline::Look::Mark:
+        break;
+    }
+    return markColour;
+}
 
 /// From pixels to the square from -1 to 1 that the view is.
 class Square {
@@ -103,10 +117,11 @@ void RegionOutline::show(const std::vector<QPointF>& corners, bool isClosed, Loo
     }
     begin();
     drawing->begin("RegionOutline", Ogre::RenderOperation::OT_LINE_LIST);
-    SectionWriter writer(*drawing, Square(view), look == Look::Line ? lineColour : dashColour, ratio);
+    SectionWriter writer(*drawing, Square(view), colourOf(look), ratio);
+    const bool isDashed = look == Look::Dashes;
     for (std::size_t i = 1; i < corners.size(); ++i)
-        look == Look::Line ? writer.addLine(corners[i - 1], corners[i]) : writer.addDashes(corners[i - 1], corners[i]);
-    if (isClosed && look == Look::Line)
+        isDashed ? writer.addDashes(corners[i - 1], corners[i]) : writer.addLine(corners[i - 1], corners[i]);
+    if (isClosed && !isDashed)
         writer.addLine(corners.back(), corners.front());
     else
         writer.addDashes(corners.back(), corners.front());

@@ -13,12 +13,13 @@ class SceneNode;
 namespace vrkview {
 
 /// The outline of a region that the user draws, over the picture. It says how the region is read: one line and a blue ground
-/// for what lies wholly inside, dashes and a green ground for what is touched.
+/// for what lies wholly inside, dashes and a green ground for what is touched. The mark of a
+/// place is a dark line, which like all of them lies in a white one.
 ///
 /// Thread: the application's, which is the render thread. Places are device pixels from the view's top left corner.
 class RegionOutline {
 public:
-    enum class Look { Line, Dashes };
+    enum class Look { Line, Dashes, Mark };
 
     RegionOutline() = default;
     ~RegionOutline();

@@ -140,6 +140,8 @@ void Player::act(const Json& step)
         resizeView(sizeFrom(step.at("view")));
     } else if (event == "mouse") {
         window.getSettings().setMouseStyle(styleFrom(step.at("style")));
+    } else if (event == "snap") {
+        window.getMover().setSnapping(step.at("on").get<bool>());
     } else if (event == "steps") {
         window.getMover().setSteps(stepsFrom(step.at("steps")));
     } else if (event == "select") {

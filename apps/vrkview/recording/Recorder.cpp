@@ -157,6 +157,9 @@ void Recorder::listen()
     connect(&window.getSettings(), &Settings::mouseStyleChanged, this, [this] {
         write({{"event", "mouse"}, {"style", vrkview::nameOf(window.getSettings().mouseStyle())}});
     });
+    connect(&window.getMover(), &MoveTool::snappingChanged, this, [this](bool isSnapping) {
+        write({{"event", "snap"}, {"on", isSnapping}});
+    });
     connect(&window.getMover(), &MoveTool::stepsChanged, this, [this] {
         write({{"event", "steps"}, {"steps", toJson(window.getMover().getSteps())}});
     });

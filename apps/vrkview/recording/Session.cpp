@@ -118,6 +118,8 @@ void checkStep(const Json& step)
         sizeFrom(step.at("view"));
     else if (event == "mouse")
         styleFrom(step.at("style"));
+    else if (event == "snap")
+        step.at("on").get<bool>();
     else if (event == "steps")
         stepsFrom(step.at("steps"));
     else if (event == "select" || event == "hide")

@@ -95,6 +95,7 @@ QString mouseHelp(Settings::MouseStyle style)
     rows += heading(tr("Moving by hand"));
     add(tr("Drag of an arrow or a ring"), tr("moves or turns what is selected"));
     add(tr("Ctrl"), tr("goes in steps"));
+    add(tr("V, held in a drag of an arrow"), tr("snaps to the corner, edge, circle or face under the mouse"));
     add(tr("Digits, -, . and Return"), tr("move by this number along the handle that was used last"));
     return table(rows);
 }

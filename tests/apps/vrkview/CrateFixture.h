@@ -30,8 +30,12 @@ protected:
     /// A cube of 300 standing on this place.
     unsigned addCrate(const std::string& name, const vrk::rob::Posed& place = demo::at(0, 0, 2300))
     {
+        return addShape(name, place, demo::box({-150, -150, 0}, {150, 150, 300}));
+    }
+    unsigned addShape(const std::string& name, const vrk::rob::Posed& place, const TopoDS_Shape& shape)
+    {
         Station station;
-        station.parts = {demo::single(name, place, demo::box({-150, -150, 0}, {150, 150, 300}), demo::color::wood)};
+        station.parts = {demo::single(name, place, shape, demo::color::wood)};
         crates.push_back(station.parts.front()->getId());
         addToStation(station);
         Base::state().stationHasChanged();

@@ -19,8 +19,7 @@
 namespace vrkview::test {
 namespace {
 
-constexpr int gridStep = 8; // logical pixels
-constexpr int handleStep = 2;
+constexpr int gridStep = 8;      // logical pixels
 constexpr int handleReach = 130; // it is as large as that on any screen
 constexpr int dragSteps = 8;
 
@@ -110,7 +109,7 @@ QPoint MouseFixture::placeOf(const std::string& name)
     return *std::ranges::min_element(places, {}, [&](const QPoint& p) { return (p - middle).manhattanLength(); });
 }
 
-QPoint MouseFixture::placeOnHandle(vrk::visual::DragHandle::HandleType wanted)
+QPoint MouseFixture::placeOnHandle(vrk::visual::DragHandle::HandleType wanted, int step)
 {
     view().drain();
     vrk::selection::VisualSelection::Get()->update();
@@ -122,8 +121,8 @@ QPoint MouseFixture::placeOnHandle(vrk::visual::DragHandle::HandleType wanted)
     const QRect around = QRect(-handleReach, -handleReach, 2 * handleReach, 2 * handleReach)
                              .translated(onScreen(at).toPoint())
                              .intersected(view().rect());
-    for (int y = around.top(); y <= around.bottom(); y += handleStep)
-        for (int x = around.left(); x <= around.right(); x += handleStep) {
+    for (int y = around.top(); y <= around.bottom(); y += step)
+        for (int x = around.left(); x <= around.right(); x += step) {
             query.x = inPixels({x, y}).x();
             query.y = inPixels({x, y}).y();
             const auto best = query.askBest();

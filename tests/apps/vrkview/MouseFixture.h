@@ -24,7 +24,8 @@ protected:
     /// Where a click would take this thing; its middle most likely.
     static QPoint placeOf(const std::string& name);
     /// Where the mouse is on this piece of the handle; in the middle of its rows.
-    static QPoint placeOnHandle(vrk::visual::DragHandle::HandleType wanted);
+    /// @param step  between the places that are looked at: 1 for what is seen from its edge.
+    static QPoint placeOnHandle(vrk::visual::DragHandle::HandleType wanted, int step = 2);
     /// One with nothing under it.
     static QPoint emptyPlace();
     static QPointF inPixels(const QPoint& place);

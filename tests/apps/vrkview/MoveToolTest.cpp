@@ -8,6 +8,8 @@
 #include "edit/ModelPlaces.h"
 #include "edit/RemoveThings.h"
 
+#include "support/ProcessorTime.h"
+
 #include "platform/broker/SignalBroker.h"
 #include "platform/layout/Assembly.h"
 #include "platform/layout/Frame.h"
@@ -73,6 +75,14 @@ protected:
     }
     static MoveTool& mover() { return window().getMover(); }
     static History& history() { return state().getHistory(); }
+    /// From the direction of the start, near by: the handle is large enough then, wherever the thing stands.
+    static void lookAt(const Posd& place)
+    {
+        const vrk::rob::Rotationf turn = camera().rotation();
+        const vrk::rob::Posf eye = vrk::rob::Posf(place) + turn * vrk::rob::Vec3f(0, 0, 2000);
+        vrk::visual::Camera::Get()->setWorldPose(vrk::rob::Posef(eye, turn));
+        settle();
+    }
     /// With nothing under it and beside it.
     static QPoint freePlace()
     {
@@ -482,13 +492,13 @@ TEST_F(MoveToolTest, ArrowThatPointsAtTheViewerMovesNothingAndTellsWhy)
 TEST_F(MoveToolTest, RingFromItsEdgeTurnsNothingAndTellsWhy)
 {
     const vrk::rob::Rotationd upright(3.14159265358979 / 2, vrk::rob::Dird(1, 0, 0)); // which looks along y
-    const Posd eye(before.position.x, before.position.y - 3000, before.position.z + 60);
+    const Posd eye(before.position.x, before.position.y - 3000, before.position.z + 130);
     vrk::visual::Camera::Get()->setWorldPose(vrk::rob::Posef(Posed(eye, upright)));
     settle();
     QString told;
     const auto listening = connectText(told);
 
-    dragBy(placeOnHandle(Handle::Yaw), {30, 1});
+    dragBy(placeOnHandle(Handle::Yaw, 1), {30, 1});
 
     EXPECT_EQ(told, "the ring is seen from its edge");
     EXPECT_EQ(poseOfThing(crate), before);
@@ -606,14 +616,6 @@ struct KindCase {
 };
 class MoveToolOnKind : public MoveToolTest, public testing::WithParamInterface<KindCase> {
 protected:
-    /// From the direction of the start, near by: the handle is large enough then, wherever the thing stands.
-    static void lookAt(const Posd& place)
-    {
-        const vrk::rob::Rotationf turn = camera().rotation();
-        const vrk::rob::Posf eye = vrk::rob::Posf(place) + turn * vrk::rob::Vec3f(0, 0, 2000);
-        vrk::visual::Camera::Get()->setWorldPose(vrk::rob::Posef(eye, turn));
-        settle();
-    }
     static Posd seenAt(unsigned id)
     {
         using namespace vrk::visual;
@@ -866,6 +868,176 @@ TEST_F(MoveToolTest, KeysThatMakeNoNumberMoveNothing)
 
     EXPECT_EQ(poseOfThing(crate), before);
     EXPECT_EQ(history().count(), 0);
+}
+
+// Snapping
+
+/// Beside the crate a block and a drum, in view with it.
+class MoveToolSnaps : public MoveToolTest {
+protected:
+    void SetUp() override
+    {
+        MoveToolTest::SetUp();
+        block = addCrate("Block", blockPose);
+        drum = addShape("Drum", drumPose, demo::cylinder({0, 0, 0}, {0, 0, 1}, 120, 250));
+        lookAt(Posd(-1000, -1300, 1450));
+        arrow = placeOnHandle(Handle::Z);
+        listening = connectText(told);
+    }
+    /// Pixels that are nearly black or white, as signs are and neither the crate nor the handle.
+    static int signAround(const QPoint& place)
+    {
+        const QImage picture = seen();
+        int count = 0;
+        for (int y = place.y() - 12; y <= place.y() + 12; ++y)
+            for (int x = place.x() - 12; x <= place.x() + 12; ++x)
+                if (picture.rect().contains(x, y)) {
+                    const QColor color = picture.pixelColor(x, y);
+                    count += std::abs(color.red() - color.blue()) < 40 && std::abs(color.red() - 130) > 50 ? 1 : 0;
+                }
+        return count;
+    }
+    Posd origin() const { return poseOfThing(crate).position; }
+
+    const Posed blockPose{Posd(-650, -1300, 1300), vrk::rob::Rotationd(0.4, vrk::rob::Dird(0, 0, 1))};
+    const Posed drumPose{Posd(-900, -1750, 1300)};
+    unsigned block = 0, drum = 0;
+    QPoint arrow;
+    QString told;
+    std::unique_ptr<QObject> listening;
+};
+
+struct SnapCase {
+    const char* name;
+    Posd mouse; // on the block, or on the drum
+    bool isOnDrum;
+    Posd goesTo;
+    const char* told;
+};
+class MoveToolSnapsTo : public MoveToolSnaps, public testing::WithParamInterface<SnapCase> {};
+
+TEST_P(MoveToolSnapsTo, WhatIsUnderTheMouse)
+{
+    const Posed& base = GetParam().isOnDrum ? drumPose : blockPose;
+    {
+        dragBy(arrow, {0, -5});
+        const HeldKey v("v");
+        ASSERT_TRUE(waitFor([] { return mover().isSnapping(); }));
+        moveTo(onScreen(base * GetParam().mouse).toPoint());
+        settle();
+        shoot((std::string("move-snap-") + GetParam().name).c_str());
+        EXPECT_NEAR((origin() - base * GetParam().goesTo).length(), 0, 1e-9);
+        EXPECT_EQ(told.toStdString(), GetParam().told);
+        EXPECT_GT(signAround(onScreen(base * GetParam().goesTo).toPoint()), 40) << "its sign, over the crate";
+        release();
+    }
+
+    EXPECT_NEAR((origin() - base * GetParam().goesTo).length(), 0, 1e-9);
+    EXPECT_EQ(poseOfThing(crate).orientation, before.orientation);
+    EXPECT_EQ(history().count(), 1);
+    history().undo();
+    EXPECT_EQ(poseOfThing(crate), before);
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, MoveToolSnapsTo,
+                         testing::Values(SnapCase{"Corner", Posd(150, -150, 300), false, Posd(150, -150, 300),
+                                                  "to the corner of Block"},
+                                         SnapCase{"EdgeMiddle", Posd(150, -90, 300), false, Posd(150, 0, 300),
+                                                  "to the middle of an edge of Block"},
+                                         SnapCase{"CircleCentre", Posd(0, -120, 250), true, Posd(0, 0, 250),
+                                                  "to the centre of a circle of Drum"}),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(MoveToolSnaps, PlaceOfAFaceUnderTheMouseTakesTheOrigin)
+{
+    const QPoint mouse = onScreen(blockPose * Posd(20, -30, 300)).toPoint();
+    dragBy(arrow, {0, -5});
+    const HeldKey v("v");
+    ASSERT_TRUE(waitFor([] { return mover().isSnapping(); }));
+
+    moveTo(mouse);
+    settle();
+    shoot("move-snap-Face");
+
+    EXPECT_NEAR(origin().z, 1600, 1e-3);
+    const QPointF way = onScreen(origin()) - QPointF(mouse);
+    EXPECT_LT(std::hypot(way.x(), way.y()), 0.6);
+    EXPECT_EQ(told, "to the face of Block");
+    release();
+}
+
+TEST_F(MoveToolSnaps, WithoutTheKeyTheDragGoesOnAlongTheArrow)
+{
+    dragBy(arrow, {0, -5});
+    {
+        const HeldKey v("v");
+        ASSERT_TRUE(waitFor([] { return mover().isSnapping(); }));
+        moveTo(onScreen(blockPose * Posd(150, -150, 300)).toPoint());
+        EXPECT_TRUE(told.startsWith("to the corner"));
+    }
+    ASSERT_TRUE(waitFor([] { return !mover().isSnapping(); }));
+
+    EXPECT_NEAR(movedInAll(), std::abs(movedAlong(2)), 1e-9) << "where the mouse drags it along the arrow";
+    EXPECT_TRUE(told.endsWith(" mm")) << told.toStdString();
+    release();
+    EXPECT_EQ(history().count(), 1);
+}
+
+TEST_F(MoveToolSnaps, NeverToItselfNorToWhatHangsOnIt)
+{
+    const unsigned rider = addCrate("Rider", Posed(Posd(-1200, -1200, 1600)));
+    history().push(std::make_unique<AttachThing>(rider, crate));
+    settle();
+    const auto under = [](const Posd& place, const std::vector<unsigned>& without) {
+        const auto snap = snapPlaceAt(view(), state().getTree(), inPixels(onScreen(place).toPoint()), without);
+        return snap ? snap->text : QString();
+    };
+    for (const Posd& own : {Posd(0, -150, 150), Posd(150, 0, 150)}) {
+        const Posd onCrate = before * own, onRider = worldPoseOfThing(rider) * own;
+        EXPECT_EQ(under(onCrate, {}), "face of Crate");
+        EXPECT_EQ(under(onRider, {}), "face of Rider");
+        EXPECT_FALSE(under(onCrate, {crate}).contains("Crate"));
+        EXPECT_FALSE(under(onRider, {crate}).contains("Rider"));
+    }
+}
+
+TEST_F(MoveToolSnaps, RingGoesOnTurning)
+{
+    const QPoint ring = placeOnHandle(Handle::Yaw);
+    dragBy(ring, {20, 0});
+    const HeldKey v("v");
+    ASSERT_TRUE(waitFor([] { return mover().isSnapping(); }));
+
+    moveTo(onScreen(blockPose * Posd(150, -150, 300)).toPoint());
+
+    EXPECT_EQ(origin(), before.position);
+    EXPECT_TRUE(told.endsWith("°")) << told.toStdString();
+    release();
+}
+
+// Speed
+
+TEST_F(MoveToolTest, MoveOfTheMouseIsDealtWithInAMillisecond)
+{
+    for (const unsigned thing : {crate, vrk::layout::Layout::inst().assemblies.front()->getId()}) {
+        SCOPED_TRACE(nameOfThing(thing).toStdString());
+        state().selectVisuals({thing});
+        settle();
+        lookAt(worldPoseOfThing(thing).position);
+        const QPointF arrow = inPixels(placeOnHandle(Handle::Z));
+        ASSERT_TRUE(mover().take({InputEvent::Kind::Press, arrow, Qt::LeftButton, {}, {}}));
+        std::vector<double> seconds;
+        for (int i = 1; i <= 51; ++i) {
+            const InputEvent move{InputEvent::Kind::Move, arrow - QPointF(0, i), Qt::NoButton, Qt::LeftButton, {}};
+            seconds.push_back(vrk::test::threadSecondsOf([&move] { mover().take(move); }));
+            view().drain();
+        }
+        EXPECT_TRUE(history().canUndo());
+        EXPECT_TRUE(mover().cancel());
+
+        std::ranges::nth_element(seconds, seconds.begin() + 25);
+        EXPECT_LT(seconds[25], 1e-3);
+    }
 }
 
 TEST_F(MoveToolTest, BesideTheHandleTheMouseDoesAsEver)

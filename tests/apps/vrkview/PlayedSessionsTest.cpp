@@ -267,6 +267,7 @@ INSTANTIATE_TEST_SUITE_P(
            BadFileCase{"PlaceOfOneNumber", "@{\"event\":\"move\",\"at\":[1]}\n",
                        "line 2: [1] is not a list of 2 numbers"},
            BadFileCase{"TypeWithoutKey", "@{\"event\":\"type\"}\n", "line 2: key 'key' not found"},
+           BadFileCase{"SnapWithoutItsState", "@{\"event\":\"snap\"}\n", "line 2: key 'on' not found"},
            BadFileCase{"StepsOfOneNumber", "@{\"event\":\"steps\",\"steps\":[1]}\n",
                        "line 2: [1] is not a list of 2 numbers"},
            BadFileCase{"ViewWithoutArea", "@{\"event\":\"resize\",\"view\":[0,600]}\n",
