@@ -1,5 +1,6 @@
 #include "canvas/Mouse.h"
 
+#include "canvas/BandTool.h"
 #include "canvas/CameraFlight.h"
 #include "canvas/MoveTool.h"
 #include "canvas/RegionTool.h"
@@ -69,9 +70,9 @@ RegionTool::Effect effectOf(Qt::KeyboardModifiers modifiers)
 } // namespace
 
 Mouse::Mouse(ViewWidget& view, ViewState& state, const Settings& settings, CameraFlight& flight, RegionTool& region,
-             MoveTool& mover, QObject* parent)
+             MoveTool& mover, BandTool& bandTool, QObject* parent)
     : QObject(parent), view(view), state(state), settings(settings), flight(flight), region(region), mover(mover),
-      finder(view, state.getTree()), hover(state), candidates(new CandidateList(&view))
+      bandTool(bandTool), finder(view, state.getTree()), hover(state), candidates(new CandidateList(&view))
 {
     longPress.setSingleShot(true);
     longPress.setInterval(usualLongPress);
@@ -531,9 +532,9 @@ bool Mouse::isForHandle(const InputEvent& event)
 {
     if (pressed || region.isDrawing())
         return false;
-    if (mover.asksFor(event))
+    if (mover.asksFor(event) || bandTool.asksFor(event))
         bringUpToDate();
-    if (!mover.take(event))
+    if (!mover.take(event) && !bandTool.take(event))
         return false;
     hover.clear();
     return true;

@@ -13,6 +13,7 @@
 
 namespace vrkview {
 
+class BandTool;
 class CameraFlight;
 class MoveTool;
 class RegionTool;
@@ -36,7 +37,7 @@ class Mouse : public QObject {
 public:
     /// All outlive this.
     Mouse(ViewWidget& view, ViewState& state, const Settings& settings, CameraFlight& flight, RegionTool& region,
-          MoveTool& mover, QObject* parent = nullptr);
+          MoveTool& mover, BandTool& bandTool, QObject* parent = nullptr);
 
     Hover& getHover() { return hover; }
     ViewPick& getPick() { return finder; }
@@ -114,6 +115,7 @@ private:
     CameraFlight& flight;
     RegionTool& region;
     MoveTool& mover;
+    BandTool& bandTool;
     ViewPick finder;
     Hover hover;
     CandidateList* candidates;         // Qt's, a child of the view

@@ -79,14 +79,6 @@ std::shared_ptr<Task> newProgram()
     return program;
 }
 
-void drawBand(unsigned id)
-{
-    if (Scene* scene = Scene::Get()) {
-        scene->addBand(id);
-        scene->processMsgs();
-    }
-}
-
 void takeFromView(unsigned id)
 {
     if (!Scene::Get())
@@ -129,6 +121,14 @@ void dropBand(Task& program, unsigned band)
 std::shared_ptr<EdgeMfgShape> bandOf(unsigned id)
 {
     return shared<EdgeMfgShape>(id);
+}
+
+void drawBand(unsigned id)
+{
+    if (Scene* scene = Scene::Get()) {
+        scene->addBand(id);
+        scene->processMsgs();
+    }
 }
 
 std::vector<unsigned> tangentChainOf(unsigned body, const std::vector<unsigned>& edges)

@@ -22,6 +22,10 @@ inline bool isBand(unsigned id)
     return bandOf(id) != nullptr;
 }
 
+/// Draws the band of the model, in place of one that is drawn. Nothing without a scene.
+/// @throws what an earlier post throws.
+void drawBand(unsigned id);
+
 /// A band joins the station, in its first program or, where there is none, in a new one.
 class AddBand : public Change {
 public:

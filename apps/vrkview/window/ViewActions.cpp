@@ -1,7 +1,9 @@
 #include "window/ViewActions.h"
 
+#include "canvas/BandTool.h"
 #include "canvas/CameraFlight.h"
 #include "canvas/DrawMode.h"
+#include "canvas/FaceDirections.h"
 #include "canvas/Mouse.h"
 #include "canvas/MoveTool.h"
 #include "canvas/ProgramParts.h"
@@ -62,9 +64,9 @@ const Looks& looksOf(std::string_view name)
 } // namespace
 
 ViewActions::ViewActions(QWidget& window, ViewState& state, CameraFlight& flight, Settings& settings,
-                         RegionTool& region, MoveTool& mover, Mouse& mouse)
+                         RegionTool& region, MoveTool& mover, BandTool& bandTool, Mouse& mouse)
     : QObject(&window), window(window), state(state), flight(flight), settings(settings), region(region), mover(mover),
-      mouse(mouse)
+      bandTool(bandTool), mouse(mouse), directions(new FaceDirections(state, this))
 {
     addViews();
     addModes();
@@ -142,6 +144,9 @@ void ViewActions::addSurroundings()
     grid->setCheckable(true);
     grid->setIcon(glyph(Glyph::Grid));
     turnedGrid = add(tr("Grid across the &next axis"), {Qt::Key_N}, [] { turnGrid(); });
+    showDirections = add(tr("&U and V of the selected face"), {Qt::Key_U},
+                         [this] { directions->setShown(showDirections->isChecked()); });
+    showDirections->setCheckable(true);
     longerFrames = add(tr("&Longer"), {Qt::Key_Plus, Qt::Key_Equal}, [] { changeFrameSize(1); });
     shorterFrames = add(tr("&Shorter"), {Qt::Key_Minus}, [] { changeFrameSize(-1); });
 }
@@ -165,7 +170,7 @@ void ViewActions::addProgramParts()
 void ViewActions::addSelection()
 {
     clear = add(tr("&Clear selection"), {Qt::Key_Escape}, [this] {
-        if (!mover.cancel() && !mouse.closeCandidates() && !region.cancel())
+        if (!mover.cancel() && !bandTool.cancel() && !mouse.closeCandidates() && !region.cancel())
             state.clear();
     });
     hide = add(tr("&Hide selected"), {Qt::Key_H}, [this] { state.hideSelected(); });
@@ -266,6 +271,7 @@ void ViewActions::fillViewMenu(QMenu& menu) const
     menu.addSeparator();
     menu.addAction(grid);
     menu.addAction(turnedGrid);
+    menu.addAction(showDirections);
     QMenu* frames = menu.addMenu(tr("F&rames"));
     frames->addAction(longerFrames);
     frames->addAction(shorterFrames);

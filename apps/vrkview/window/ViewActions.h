@@ -16,7 +16,9 @@ class QToolBar;
 
 namespace vrkview {
 
+class BandTool;
 class CameraFlight;
+class FaceDirections;
 class Mouse;
 class MoveTool;
 class RegionTool;
@@ -30,7 +32,7 @@ class ViewActions : public QObject {
 public:
     /// @param window  gets the actions, which are its children then; outlives this, as all others do.
     ViewActions(QWidget& window, ViewState& state, CameraFlight& flight, Settings& settings, RegionTool& region,
-                MoveTool& mover, Mouse& mouse);
+                MoveTool& mover, BandTool& bandTool, Mouse& mouse);
 
     void fillViewMenu(QMenu& menu) const;
     void fillSelectMenu(QMenu& menu) const;
@@ -64,6 +66,7 @@ private:
     Settings& settings;
     RegionTool& region;
     MoveTool& mover;
+    BandTool& bandTool;
     Mouse& mouse;
     QAction* fit = nullptr;
     QAction* focus = nullptr;
@@ -71,6 +74,8 @@ private:
     QActionGroup* modes = nullptr;
     QAction* grid = nullptr;
     QAction* turnedGrid = nullptr;
+    FaceDirections* directions; // Qt's, a child of this
+    QAction* showDirections = nullptr;
     QAction* longerFrames = nullptr;
     QAction* shorterFrames = nullptr;
     std::vector<QAction*> programParts; // in the order of all of them

@@ -1,5 +1,6 @@
 #include "window/ViewWindow.h"
 
+#include "canvas/BandTool.h"
 #include "canvas/Contents.h"
 #include "canvas/Counted.h"
 #include "canvas/DrawMode.h"
@@ -93,10 +94,11 @@ QStringList localFiles(const QMimeData& data)
 ViewWindow::ViewWindow(const Station& station, const DrawMode& mode)
     : state(mode, station.hiddenFaces), files(state, settings, QString::fromStdString(station.title)),
       view(new ViewWidget(this)), region(new RegionTool(*view, state, this)), mover(new MoveTool(*view, state, this)),
-      mouse(new Mouse(*view, state, settings, flight, *region, *mover, this)), messages(new MessageBar),
+      bandTool(new BandTool(*view, state, *mover, this)),
+      mouse(new Mouse(*view, state, settings, flight, *region, *mover, *bandTool, this)), messages(new MessageBar),
       tree(new TreeDock(state, this)), joints(new JointDock(state, this)), program(new ProgramDock(state, this)),
       properties(new PropertyDock(state, this)),
-      actions(new ViewActions(*this, state, flight, settings, *region, *mover, *mouse)),
+      actions(new ViewActions(*this, state, flight, settings, *region, *mover, *bandTool, *mouse)),
       edits(new EditActions(*this, state)), bands(new BandActions(*this, state)),
       clouds(new CloudActions(*this, state)), contents(new QLabel), underMouse(new QLabel),
       selection(new SelectionLine(state)), frameTime(new QLabel)
@@ -261,6 +263,7 @@ void ViewWindow::connectView()
     connect(&mouse->getHover(), &Hover::textChanged, underMouse, &QLabel::setText);
     connect(region, &RegionTool::textChanged, underMouse, &QLabel::setText);
     connect(mover, &MoveTool::textChanged, underMouse, &QLabel::setText);
+    connect(bandTool, &BandTool::textChanged, underMouse, &QLabel::setText);
     connect(region, &RegionTool::failed, messages, &MessageBar::tell);
     connect(&state, &ViewState::stationChanged, this, [this] {
         // Behind the posts that hide what is hidden, faces too: they do not count.

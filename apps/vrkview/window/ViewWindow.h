@@ -15,6 +15,7 @@
 namespace vrkview {
 
 class BandActions;
+class BandTool;
 class CloudActions;
 class EditActions;
 class JointDock;
@@ -48,6 +49,7 @@ public:
     StationFiles& getFiles() { return files; }
     Mouse& getMouse() const { return *mouse; }
     MoveTool& getMover() const { return *mover; }
+    BandTool& getBandTool() const { return *bandTool; }
     RegionTool& getRegion() const { return *region; }
     TreeDock& getTreeDock() const { return *tree; }
     JointDock& getJointDock() const { return *joints; }
@@ -105,6 +107,7 @@ private:
     ViewWidget* view;
     RegionTool* region;
     MoveTool* mover;
+    BandTool* bandTool;
     Mouse* mouse;
     MessageBar* messages;
     TreeDock* tree;

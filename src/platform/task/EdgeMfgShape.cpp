@@ -20,6 +20,12 @@ double senseOf(const TopoDS_Edge& edge)
     return edge.Orientation() == TopAbs_REVERSED ? -1 : 1;
 }
 
+void checkFinite(const MfgVector& vector)
+{
+    if (!std::isfinite(vector.parameter) || !std::isfinite(vector.direction.length()))
+        throw std::invalid_argument("a vector of a run needs numbers that are finite");
+}
+
 /// The direction a part `t` of the way from one to the other, on the shorter arc. Opposite ones have no way between them:
 /// the nearer one is taken.
 rob::Dird between(const rob::Dird& a, const rob::Dird& b, double t)
@@ -42,8 +48,7 @@ void EdgeMfgShape::addEdge(MfgVectors vectors)
     if (vectors.vectors.empty())
         throw std::invalid_argument("an edge of a run needs a vector");
     for (const MfgVector& vector : vectors.vectors)
-        if (!std::isfinite(vector.parameter) || !std::isfinite(vector.direction.length()))
-            throw std::invalid_argument("a vector of a run needs numbers that are finite");
+        checkFinite(vector);
     const double sense = senseOf(vectors.edge);
     std::ranges::stable_sort(vectors.vectors, {}, [sense](const MfgVector& v) { return sense * v.parameter; });
     const auto [first, last] = geometry::GetEdgeParameters(vectors.edge);
@@ -63,6 +68,14 @@ void EdgeMfgShape::setEnd(PathPoint point)
 {
     getEdge(point.edge);
     end = point;
+}
+
+void EdgeMfgShape::setDirection(int edge, std::size_t index, const rob::Dird& direction)
+{
+    auto& vectors = common::checkedSubscript(edges, static_cast<std::size_t>(edge)).vectors;
+    MfgVector& vector = common::checkedSubscript(vectors, index);
+    checkFinite({vector.parameter, direction});
+    vector.direction = direction;
 }
 
 const TopoDS_Edge& EdgeMfgShape::getEdge(int index) const

@@ -31,6 +31,10 @@ public:
     /// Narrows the run. @throws std::out_of_range "invalid vector subscript" for an edge that is not there.
     void setStart(PathPoint point);
     void setEnd(PathPoint point);
+    /// Turns one of the vectors.
+    /// @param index  among those of the edge.
+    /// @throws std::out_of_range "invalid vector subscript"; std::invalid_argument as `addEdge`. The run is as before then.
+    void setDirection(int edge, std::size_t index, const rob::Dird& direction);
 
     /// One entry for each edge, in order.
     const std::vector<geometry::MfgVectors>& getMfgVectors() const { return edges; }

@@ -4,6 +4,8 @@
 #include "platform/sdf/SdfManager.h"
 #include "scene/core/SceneCore.h"
 #include "task/bands/VectorBandVisual.h"
+#include "visual/SelectedIds.h"
+#include "visual/VisualStateManager.h"
 
 #include <Standard_Failure.hxx>
 #include <fmt/format.h>
@@ -38,6 +40,10 @@ void build(const task::EdgeMfgShape& run, Visual* carrier)
     SceneCore::Get()->visuals.enter(band);
     if (!carrier->isVisible())
         band->setVisible(false, true); // it goes with what it lies on
+    if (SceneCore& core = *SceneCore::Get(); core.record<SelectedIds>().contains(band->getId())) {
+        core.states->setLayer(band, VisualStateLayer::Selected, true, {});
+        core.states->refreshWithParts(band);
+    }
 }
 
 void doAddBand(unsigned id)

@@ -111,13 +111,21 @@ QPoint MouseFixture::placeOf(const std::string& name)
 
 QPoint MouseFixture::placeOnHandle(vrk::visual::DragHandle::HandleType wanted, int step)
 {
+    const vrk::visual::DragHandle* handle = vrk::visual::DragHandle::Get();
+    return placeOn(
+        vrk::rob::Posd(handle->getWorldPosition()),
+        [&](const vrk::visual::Visual* visual) { return handle->getHandleType(visual) == wanted; }, step);
+}
+
+QPoint MouseFixture::placeOn(const vrk::rob::Posd& at, const std::function<bool(const vrk::visual::Visual*)>& isWanted,
+                             int step)
+{
     view().drain();
     vrk::selection::VisualSelection::Get()->update();
     vrk::selection::PickQuery query;
     query.camera = vrk::selection::PickCamera::Main(view().devicePixelRatioF());
     query.radius = 1;
     std::vector<QPoint> found;
-    const vrk::rob::Posd at(vrk::visual::DragHandle::Get()->getWorldPosition());
     const QRect around = QRect(-handleReach, -handleReach, 2 * handleReach, 2 * handleReach)
                              .translated(onScreen(at).toPoint())
                              .intersected(view().rect());
@@ -126,7 +134,7 @@ QPoint MouseFixture::placeOnHandle(vrk::visual::DragHandle::HandleType wanted, i
             query.x = inPixels({x, y}).x();
             query.y = inPixels({x, y}).y();
             const auto best = query.askBest();
-            if (best && vrk::visual::DragHandle::Get()->getHandleType(best->visual) == wanted)
+            if (best && isWanted(best->visual))
                 found.emplace_back(x, y);
         }
     EXPECT_FALSE(found.empty()) << "the handle is not to be seen";

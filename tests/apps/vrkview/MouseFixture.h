@@ -7,6 +7,8 @@
 #include "scene/math/Pose.h"
 #include "selection/geometry/Result.h"
 
+#include <functional>
+
 namespace vrkview::test {
 
 /// The shared window in the view from its start, with nothing selected, and the mouse of the display over it.
@@ -26,6 +28,9 @@ protected:
     /// Where the mouse is on this piece of the handle; in the middle of its rows.
     /// @param step  between the places that are looked at: 1 for what is seen from its edge.
     static QPoint placeOnHandle(vrk::visual::DragHandle::HandleType wanted, int step = 2);
+    /// A place near `at`, where a click would take a visual of a handle that is wanted.
+    static QPoint placeOn(const vrk::rob::Posd& at, const std::function<bool(const vrk::visual::Visual*)>& isWanted,
+                          int step = 2);
     /// One with nothing under it.
     static QPoint emptyPlace();
     static QPointF inPixels(const QPoint& place);

@@ -560,5 +560,26 @@ TEST(EdgeMfgShape, VectorWithoutFiniteNumbersIsRefused)
     EXPECT_THAT(shape.getMfgVectors(), SizeIs(0));
 }
 
+TEST(EdgeMfgShape, OneVectorIsTurnedAndTheOthersStay)
+{
+    EdgeMfgShape shape(1, "seam");
+    const TopoDS_Edge edge = BRepBuilderAPI_MakeEdge(gp_Pnt(0, 0, 0), gp_Pnt(10, 0, 0)).Edge();
+    shape.addEdge({edge, {{0, {0, 0, 1}}, {10, {0, 0, 1}}}, 0, 0});
+
+    shape.setDirection(0, 1, {0, 1, 0});
+
+    EXPECT_EQ(shape.getMfgVector({0, 0}).direction, rob::Dird(0, 0, 1));
+    EXPECT_EQ(shape.getMfgVector({0, 10}).direction, rob::Dird(0, 1, 0));
+    const auto subscript = ThrowsMessage<std::out_of_range>(StrEq("invalid vector subscript"));
+    EXPECT_THAT(([&] { shape.setDirection(1, 0, {0, 0, 1}); }), subscript);
+    EXPECT_THAT(([&] { shape.setDirection(-1, 0, {0, 0, 1}); }), subscript);
+    EXPECT_THAT(([&] { shape.setDirection(0, 2, {0, 0, 1}); }), subscript);
+    EXPECT_THAT(([&] {
+                    shape.setDirection(0, 1, {0, std::nan(""), 1});
+                }),
+                ThrowsMessage<std::invalid_argument>(StrEq("a vector of a run needs numbers that are finite")));
+    EXPECT_EQ(shape.getMfgVector({0, 10}).direction, rob::Dird(0, 1, 0));
+}
+
 } // namespace
 } // namespace vrk::task

@@ -144,6 +144,12 @@ TEST_F(SceneBands, GoesWithItsBodyAndIsHiddenAndSelectedByItsId)
               Ogre::Vector4(252 / 255.0f, 255 / 255.0f, 54 / 255.0f, 0.5f));
     EXPECT_TRUE(scene.isSelected(vector));
 
+    scene.addBand(seam->getId());
+    drain();
+    EXPECT_EQ(bandOf(*seam).getBand()->getSections()[0]->getCustomParameter(0),
+              Ogre::Vector4(252 / 255.0f, 255 / 255.0f, 54 / 255.0f, 0.5f))
+        << "drawn anew, it is selected as it was";
+
     scene.removeVisual(part->getId());
     drain();
     EXPECT_FALSE(Scene::HasVisual(seam->getId()));
