@@ -1,8 +1,10 @@
 #pragma once
 
 #include "platform/common/Export.h"
+#include "platform/geometry/PointList.h"
 #include "scene/core/RenderTaskQueue.h"
 #include "scene/core/SceneSettings.h"
+#include "scene/math/Color.h"
 #include "scene/math/Pose.h"
 #include "visual/VisualType.h"
 
@@ -12,6 +14,7 @@
 #include <string>
 #include <tuple>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace Ogre {
@@ -32,6 +35,8 @@ class Path;
 class TopoDS_Edge;
 class TopoDS_Face;
 class TopoDS_Shape;
+class TopoDS_Wire;
+class gp_Pnt;
 
 namespace vrk::visual {
 
@@ -369,6 +374,62 @@ public:
     /// along; in place of one that is there. An id that is no such shape is passed over, and one on a body without a visual.
     /// What cannot be drawn, as a tool direction along its edge, is not: the log tells why.
     void addBand(unsigned id);
+
+    // Previews: what is shown for a while and belongs to no station. Posted. What a pointer points to is the caller's and must
+    // live until the task has run, but for lists of points, which are the scene's from the call on. Four lists hold the
+    // previews, each until its `remove`; what hangs on a visual goes with that before. An edge without polygon is not drawn,
+    // nor is a curve of fewer than two points; an id without a visual fails on the render thread as `GetVisual` does.
+
+    // Edges and curves, in one list. Edges lie over everything else, at `pose` in the world.
+
+    /// One more.
+    void previewEdge(const TopoDS_Edge& edge, const rob::PoseTemplate<float>& pose);
+    /// These, in place of the whole list.
+    void previewEdges(std::vector<TopoDS_Edge>* edges, const rob::PoseTemplate<float>& pose);
+    void previewWire(const TopoDS_Wire& wire, const rob::PoseTemplate<float>& pose);
+    /// The same for wires, with an arrow on the first edge of each that is drawn.
+    void previewCurves(std::vector<TopoDS_Wire>* wires, const rob::PoseTemplate<float>& pose);
+    /// One visual more for each curve, where the visual of that id stands now.
+    void addPreviewCurves(unsigned id, geometry::PointList* list);
+    /// One visual more for all curves of the list, there or, for id 0, in the world; with an arrow at the first point. One
+    /// without direction fails with "0-length vector cannot be normalized."; the curves are there then.
+    void addPreviewCurvesWithDirection(unsigned id, geometry::PointList* list,
+                                       const rob::Vec3Template<float>& direction);
+    /// @param curveId  by which `removePreviewCurve` knows it; it is not registered.
+    void addPreviewCurvesWithDirection(unsigned id, geometry::PointList* list,
+                                       const rob::Vec3Template<float>& direction, unsigned curveId);
+    /// The first one of that id; without one nothing happens.
+    void removePreviewCurve(unsigned id);
+    void removePreviewCurves();
+    /// The size of the arrows on previewed curves, those that are there and those to come by
+    /// `addPreviewCurvesWithDirection`; 5 is that of the mesh. Others have that of the mesh.
+    void setArrowSizeLevel(unsigned level);
+
+    // Faces of a body, in place of those that are there. An id of no solid fails with "Bad optional access".
+
+    void previewFace(const TopoDS_Face& face, unsigned id);
+    void previewFaces(std::vector<TopoDS_Face> faces, unsigned id);
+    void removePreviewFaces();
+
+    // Points and targets, in one list
+
+    /// These more, in the frame of the visual of that id, which may not be 0.
+    void previewPoints(std::vector<gp_Pnt>* points, unsigned id, const rob::ColorTemplate<float>& color);
+    /// These, in the world, in place of the whole list.
+    void previewTargets(const std::vector<rob::PoseTemplate<float>>& poses);
+    void removePreviewedPoints();
+
+    /// Segments under the visual of that id, which may not be 0. They stand in no list, and go with that visual.
+    void previewTriangleMesh(std::vector<std::pair<rob::PosTemplate<float>, rob::PosTemplate<float>>>* segments,
+                             unsigned id);
+
+    // Polylines, under a visual or, for 0, the world
+
+    /// @param arrow  whether one stands at the first point, directed to the second. Where both are equal that fails with
+    ///        "0-length vector cannot be normalized.", and the polyline stays, in no list.
+    void drawPolyline(const std::vector<rob::PosTemplate<float>>& points, unsigned parentId, bool arrow);
+    void drawPolylines(const std::vector<std::vector<rob::PosTemplate<float>>>& lines, unsigned parentId, bool arrow);
+    void removePolylines();
 
     // Handles; posted. A handle must live until the task has run.
 

@@ -51,8 +51,11 @@ void EdgeVisual::addArrow(bool forward)
     const TopAbs_Orientation orientation = edge.Orientation();
     const bool atEnd = (forward && orientation == TopAbs_FORWARD) || (!forward && orientation == TopAbs_REVERSED);
     const ArrowPlace place = ArrowVisual::PlaceOn(edge, atEnd);
-    // The place lies in the parent's frame; the arrow is a child of this visual, whose pose is the edge's location.
-    const rob::PoseTemplate<float> toLocal = getPose().inverse();
+    // The place has the edge's location in it, which what is drawn has not: that lies in the frame of this visual, wherever
+    // it was put.
+    TopLoc_Location location;
+    BRep_Tool::Polygon3D(edge, location);
+    const rob::PoseTemplate<float> toLocal = rob::GP_Trsf2Posef(location.Transformation()).inverse();
     arrow = MeshVisual::BuildArrow(this, toLocal * place.position, toLocal * place.direction);
 }
 
@@ -63,6 +66,11 @@ void EdgeVisual::clearArrow()
     // It may have been deleted like any other visual.
     if (latest && std::find(children.begin(), children.end(), latest) != children.end())
         Delete(latest);
+}
+
+void EdgeVisual::setRenderGroup(std::uint8_t group)
+{
+    lines->setRenderQueueGroup(group);
 }
 
 void EdgeVisual::update()

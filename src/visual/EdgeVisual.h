@@ -49,6 +49,8 @@ public:
     const DynamicLines& getLines() const { return *lines; }
     /// The latest one; null without.
     MeshVisual* getArrow() const { return arrow; }
+    /// When the line is drawn, ahead of or behind what else there is; see `renderGroup`.
+    void setRenderGroup(std::uint8_t group);
 
     void update() override;
 

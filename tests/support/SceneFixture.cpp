@@ -17,15 +17,21 @@
 
 #include <mutex>
 #include <thread>
+#include <unordered_set>
 
 namespace vrk::test {
 namespace {
+
+/// What hangs on the world from the start on, and through all tests.
+std::unordered_set<const visual::Visual*> startedVisuals;
 
 visual::Scene& startedScene()
 {
     if (!visual::Scene::Get()) {
         selection::Init();
         visual::Init(64, 64, testSettings());
+        const visual::VisualChildren started = visual::Scene::GetWorldVisual()->getChildren();
+        startedVisuals.insert(started.begin(), started.end());
     }
     return *visual::Scene::Get();
 }
@@ -87,14 +93,8 @@ SceneFixture::~SceneFixture()
     scene.clearSelections();
     drain();
     // Read afresh each time: one may take others along that hang beside it.
-    const auto made = [&]() -> visual::Visual* {
-        for (visual::Visual* child : world->getChildren())
-            if (child != worldFrame && child != gridVisual())
-                return child;
-        return nullptr;
-    };
-    while (visual::Visual* visual = made())
-        scene.deleteVisual(visual);
+    for (std::vector<visual::Visual*> added = addedToWorld(); !added.empty(); added = addedToWorld())
+        scene.deleteVisual(added.front());
     worldFrame->setVisible(true, false); // a hidden frame would keep the size that it shows
     scene.setFrameSize(static_cast<unsigned>(testSettings().worldFrameSize), VisualType::Frame);
     drain();
@@ -109,6 +109,15 @@ visual::Visual* SceneFixture::gridVisual() const
         if (child->getName().starts_with("Grid"))
             return child;
     return nullptr;
+}
+
+std::vector<visual::Visual*> SceneFixture::addedToWorld() const
+{
+    std::vector<visual::Visual*> added;
+    for (visual::Visual* child : world->getChildren())
+        if (!startedVisuals.contains(child))
+            added.push_back(child);
+    return added;
 }
 
 void SceneFixture::showGrid(bool show)

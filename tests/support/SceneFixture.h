@@ -10,6 +10,8 @@
 
 #include <TopoDS_Shape.hxx>
 
+#include <vector>
+
 namespace Ogre {
 class SceneManager;
 }
@@ -38,6 +40,8 @@ protected:
     void drain() { scene.processMsgs(); }
     /// The visual of the grid, which the scene keeps through all tests.
     visual::Visual* gridVisual() const;
+    /// What hangs on the world beside what start-up put there.
+    std::vector<visual::Visual*> addedToWorld() const;
     void showGrid(bool show);
     void showCornerAxes(bool show);
 
