@@ -6,6 +6,7 @@
 #include "handles/VectorHandle.h"
 #include "mesh/MeshManager.h"
 #include "platform/common/Logger.h"
+#include "preview/marks/PreviewVisualsHelper.h"
 #include "scene/FrameTimer.h"
 #include "scene/Scene.h"
 #include "scene/core/OgreCompat.h"
@@ -20,6 +21,7 @@
 #include <filesystem>
 #include <iostream>
 #include <memory>
+#include <utility>
 
 namespace vrk::visual {
 namespace {
@@ -37,6 +39,7 @@ struct RootOwner {
 };
 
 RootOwner* owner = nullptr;
+PreviewVisualsHelper* previewVisuals = nullptr; // from `Init` to `ReleaseResources`
 
 void createRoot(RootOwner& owned)
 {
@@ -124,6 +127,7 @@ void Init(int width, int height, const SceneSettings& settings)
     // The scene draws with meshes that must stand before it.
     MeshManager::Init();
     Scene::Init(settings);
+    previewVisuals = new PreviewVisualsHelper;
     Scene::Get()->setGrid(true);
     DragHandle::Build();
     new VectorHandle; // which keeps itself
@@ -131,6 +135,9 @@ void Init(int width, int height, const SceneSettings& settings)
     SceneCore::Get()->record<AttachedGuis>(); // from here on the handles outlive what they hang on
 }
 
-void ReleaseResources() {}
+void ReleaseResources()
+{
+    delete std::exchange(previewVisuals, nullptr);
+}
 
 } // namespace vrk::visual

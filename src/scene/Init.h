@@ -21,7 +21,7 @@ struct SceneSettings;
 /// @throws std::filesystem::filesystem_error "temp_directory_path" where there is no place for OGRE's log.
 VRK_EXPORT void Init(int width, int height, const SceneSettings& settings);
 
-/// To be called once, at the end. What was not created is passed over.
+/// To be called once, at the end, on the render thread: the helper of previews ends. What was not created is passed over.
 VRK_EXPORT void ReleaseResources();
 
 /// Makes the render system of exactly this name the one to draw with. Where there is none it says so on standard output and

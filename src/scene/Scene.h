@@ -431,6 +431,24 @@ public:
     void drawPolylines(const std::vector<std::vector<rob::PosTemplate<float>>>& lines, unsigned parentId, bool arrow);
     void removePolylines();
 
+    // Previewed frames and joint; posted. The ids are the application's own; one that is unknown fails on the render thread
+    // with "invalid unordered_map<K, T> key".
+
+    /// A hidden frame, with one dash or three for each axis. One that had the id stays in the scene, unknown.
+    void createPreviewedFrameVisual(unsigned id, bool single);
+    void setPreviewedFrameVisible(unsigned id, const rob::PoseTemplate<double>& pose);
+    void setPreviewedFrameInvisible(unsigned id);
+    void removePreviewedFrameVisual(unsigned id);
+    /// The axis of a joint, hidden. One that is there stays in the scene, unknown.
+    void createPreviewedJointVisual();
+    /// Equal points fail with "0-length vector cannot be normalized."
+    void setPreviewedJointVisible(const rob::PosTemplate<double>& from, const rob::PosTemplate<double>& to);
+    void setPreviewedJointInvisible();
+    /// Asks on the caller's thread whether there is one; nothing is posted where there is none.
+    void removePreviewedJointVisual();
+    /// The previewed frames, all of them, and the previewed joint.
+    void removeAllPositionVisuals();
+
     // Handles; posted. A handle must live until the task has run.
 
     /// Hangs a handle on a visual, at a pose relative to it. When that visual is removed by its id, or one above it, the
@@ -480,6 +498,8 @@ private:
     void doClearSelectedVisuals();
     void doSetVisible(const std::function<bool(const Visual&)>& test, bool visible);
     void selectFace(unsigned id, unsigned face, const char* color);
+    void doRemovePreviewedFrameVisual(unsigned id);
+    void doRemovePreviewedJointVisual();
     void createLights();
 
     static Scene* Instance;

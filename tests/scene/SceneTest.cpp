@@ -134,8 +134,7 @@ TEST_F(SceneTest, TemporaryVisualIsKnownAtOnceAndRemovedByAPost)
     EXPECT_EQ(visual->getParent(), world) << "it is posted";
     drain();
 
-    EXPECT_THAT(std::vector<Visual*>(world->getChildren().begin(), world->getChildren().end()),
-                testing::UnorderedElementsAre(gridVisual(), worldFrame));
+    EXPECT_THAT(addedToWorld(), testing::IsEmpty());
 }
 
 TEST_F(SceneTest, RemovedTemporaryVisualCanNoLongerBePicked)

@@ -184,8 +184,7 @@ TEST_F(Attachments, VisualThatIsRemovedFirstIsPassedOver)
 
     EXPECT_NO_THROW(drain());
     EXPECT_EQ(carrierVisual->getBodiesNum(), 1u);
-    const std::vector<Visual*> left(world->getChildren().begin(), world->getChildren().end());
-    EXPECT_THAT(left, testing::Not(testing::Contains(carriedVisual)));
+    EXPECT_THAT(addedToWorld(), testing::Not(testing::Contains(carriedVisual)));
 }
 
 TEST_F(Attachments, ChildrenOfAWideParentComeAndGoInAnyOrder)

@@ -129,9 +129,7 @@ TEST_F(WholeStation, EveryKindOfObjectHasItsVisual)
 TEST_F(WholeStation, LoadedASecondTimeStandsBesideTheFirstAndOutlivesIt)
 {
     load();
-    std::vector<Visual*> first(world->getChildren().begin(), world->getChildren().end());
-    std::erase(first, worldFrame);
-    std::erase(first, gridVisual());
+    const std::vector<Visual*> first = addedToWorld();
     const Visual* firstPart = visualOfId(part->getId());
 
     load();

@@ -900,8 +900,7 @@ TEST_F(TcpTrace, OneThatDiedWithItsParentIsForgotten)
     scene.clearTcpTrace();
     drain();
 
-    const std::vector<Visual*> left(world->getChildren().begin(), world->getChildren().end());
-    EXPECT_THAT(left, testing::Contains(next));
+    EXPECT_THAT(addedToWorld(), testing::Contains(next));
 }
 
 TEST_F(TcpTrace, OneThatWasNotHandedOverStaysWhenTheTraceIsCleared)

@@ -5,6 +5,7 @@
 #include "platform/layout/Part.h"
 #include "platform/sdf/SdfManager.h"
 #include "scene/Init.h"
+#include "scene/core/SceneCore.h"
 #include "selection/VisualSelection.h"
 #include "view/AxesCross.h"
 #include "view/Camera.h"
@@ -32,6 +33,9 @@ visual::Scene& startedScene()
         visual::Init(64, 64, testSettings());
         const visual::VisualChildren started = visual::Scene::GetWorldVisual()->getChildren();
         startedVisuals.insert(started.begin(), started.end());
+        // Another visual may come to stand at the address of one that died.
+        visual::SceneCore::Get()->visuals.whenDeleted(
+            [](const visual::Visual* dying) { startedVisuals.erase(dying); });
     }
     return *visual::Scene::Get();
 }
