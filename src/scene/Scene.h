@@ -25,6 +25,9 @@ class SceneManager;
 namespace sdf {
 class SdfNode;
 }
+namespace vrk::rob {
+class TPCircle;
+}
 namespace vrk::smartcomp {
 class SmartComponent;
 }
@@ -449,6 +452,29 @@ public:
     /// The previewed frames, all of them, and the previewed joint.
     void removeAllPositionVisuals();
 
+    // Dimensions and reach; posted. Dimensions draw the lines of a measure and not its number; places are in the world, angles
+    // are radians.
+
+    void createDistanceVisual(const rob::PosTemplate<double>& a, const rob::PosTemplate<double>& b);
+    /// Two legs from `apex`, and an arc from the shorter one, unless the angle is 0. An arc between legs on one line fails
+    /// with "0-length vector cannot be normalized."; nothing is drawn then.
+    void createAngleVisual(const rob::PosTemplate<double>& apex, const rob::PosTemplate<double>& b,
+                           const rob::PosTemplate<double>& c, double angle);
+    /// The sweep that the circle stores, and a radius.
+    void createDiameterVisual(const rob::TPCircle& circle);
+    /// All of them.
+    void removeDimensionVisual();
+    /// How far an arm reaches: a curve, shown under the visual of `frameId`, and the surface that it sweeps as it turns about
+    /// z from one angle to the other, hidden under the arm. Nothing for a frame without a visual. What the arm had of both
+    /// stays in the scene, unknown: remove it before. An id of no arm fails with "Bad optional access".
+    /// @param normals  of the surface, one for each point.
+    void addWorkEnvelopeVisual(unsigned manipulatorId, unsigned frameId,
+                               const std::vector<rob::PosTemplate<double>>& points,
+                               const std::vector<rob::DirTemplate<double>>& normals, float from, float to);
+    /// Shows and hides curve and surface. An id without an arm fails with "Bad optional access", also at the removal.
+    void updateWorkEnvelopeVisual(unsigned manipulatorId, bool show2D, bool show3D);
+    void removeWorkEnvelopeVisual(unsigned manipulatorId);
+
     // Handles; posted. A handle must live until the task has run.
 
     /// Hangs a handle on a visual, at a pose relative to it. When that visual is removed by its id, or one above it, the
@@ -500,6 +526,12 @@ private:
     void selectFace(unsigned id, unsigned face, const char* color);
     void doRemovePreviewedFrameVisual(unsigned id);
     void doRemovePreviewedJointVisual();
+    void doCreateAngleVisual(const rob::PosTemplate<double>& apex, const rob::PosTemplate<double>& b,
+                             const rob::PosTemplate<double>& c, double angle);
+    void doRemoveDimensionVisual();
+    void doAddWorkEnvelopeVisual(unsigned manipulatorId, unsigned frameId,
+                                 const std::vector<rob::PosTemplate<double>>& points,
+                                 const std::vector<rob::DirTemplate<double>>& normals, float from, float to);
     void createLights();
 
     static Scene* Instance;

@@ -14,8 +14,21 @@ public:
     /// @throws std::out_of_range "invalid unordered_map<K, T> key" if the wrist's parent has no visual.
     static void Build(Visual* parent, sdf::SdfNode* node, bool withChildren);
 
+    // How far it reaches: a curve, which hangs on a frame, and a surface, which hangs on the arm. Null without; null again
+    // from the moment in which one of them dies. The curve dies with the arm, wherever it hangs.
+    Visual* getEnvelope2D() const { return envelope2D; }
+    Visual* getEnvelope3D() const { return envelope3D; }
+    void setEnvelope2D(Visual* curve);
+    void setEnvelope3D(Visual* surface);
+
 private:
+    struct EnvelopeOwners;
+
     ManipulatorVisual(sdf::SdfNode* node, Visual* parent, bool withChildren);
+    void noteEnvelopes();
+
+    Visual* envelope2D = nullptr;
+    Visual* envelope3D = nullptr;
 };
 
 /// Where a robot's tools are fixed: a pose without anything to see.
