@@ -25,4 +25,8 @@ struct Polylines : VisualList {
     using VisualList::VisualList;
 };
 
+struct DimensionVisuals : VisualList {
+    using VisualList::VisualList;
+};
+
 } // namespace vrk::visual

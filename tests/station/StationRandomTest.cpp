@@ -3,8 +3,12 @@
 #include "platform/task/Instruction.h"
 #include "platform/task/Path.h"
 #include "platform/task/Seam.h"
+#include "preview/PreviewLists.h"
+#include "preview/marks/PreviewedMarks.h"
 #include "scene/core/SceneCore.h"
+#include "scene/math/Shapes.h"
 #include "selection/VisualSelection.h"
+#include "station/ManipulatorVisual.h"
 #include "station/support/TestStation.h"
 #include "task/MoveInstructionVisual.h"
 #include "task/PathArrowVisual.h"
@@ -12,11 +16,15 @@
 #include "task/PathVisual.h"
 #include "task/RobtargetVisual.h"
 #include "task/bands/VectorBandVisual.h"
+#include "visual/Edges.h"
 #include "visual/FrameVisual.h"
 #include "visual/MeshVisual.h"
 #include "visual/VisualStateManager.h"
 
 #include <Ogre.h>
+#include <TopExp_Explorer.hxx>
+#include <TopoDS.hxx>
+#include <TopoDS_Face.hxx>
 
 #include <random>
 #include <set>
@@ -25,8 +33,9 @@ namespace vrk::visual {
 namespace {
 
 constexpr int operations = 10'000;
-constexpr std::size_t mostObjects = 40; // beyond that objects are removed first
+constexpr std::size_t mostObjects = 50; // beyond that objects are removed first
 constexpr std::size_t mostBands = 12;
+constexpr std::size_t mostPreviews = 40;
 constexpr unsigned edgesOfABox = 12;
 
 /// A station on which everything that moves, attaches, hides, marks and removes visuals is done in any order. Run it under
@@ -279,6 +288,163 @@ protected:
             break;
         }
     }
+    static std::vector<VisualList*> previewLists()
+    {
+        SceneCore& core = *SceneCore::Get();
+        return {&core.record<PreviewCurves>(), &core.record<PreviewFaces>(), &core.record<PreviewedPoints>(),
+                &core.record<Polylines>(), &core.record<DimensionVisuals>()};
+    }
+    static std::size_t previewCount()
+    {
+        std::size_t count = SceneCore::Get()->record<PreviewedFrames>().byId.size();
+        for (const VisualList* list : previewLists())
+            count += list->all().size();
+        return count;
+    }
+    void removePreviews()
+    {
+        switch (below(7)) {
+        case 0:
+            scene.removePreviewCurves();
+            break;
+        case 1:
+            scene.removePreviewFaces();
+            break;
+        case 2:
+            scene.removePreviewedPoints();
+            break;
+        case 3:
+            scene.removePolylines();
+            break;
+        case 4:
+            scene.removeDimensionVisual();
+            break;
+        case 5:
+            scene.removeAllPositionVisuals();
+            break;
+        default:
+            scene.removePreviewCurve(below(5));
+            break;
+        }
+    }
+    void deleteAPreview()
+    {
+        const VisualList& list = *previewLists()[below(previewLists().size())];
+        if (!list.all().empty())
+            scene.deleteVisual(list.all()[below(list.all().size())]);
+    }
+    void doSomethingWithAPreviewedFrame()
+    {
+        const unsigned id = below(4);
+        switch (below(6)) {
+        case 0:
+            scene.createPreviewedFrameVisual(id, below(2) == 0);
+            break;
+        case 1:
+            scene.setPreviewedFrameVisible(id, anyPose());
+            break;
+        case 2:
+            scene.removePreviewedFrameVisual(id);
+            break;
+        case 3:
+            scene.createPreviewedJointVisual();
+            break;
+        case 4:
+            scene.setPreviewedJointVisible(anyPose().position, anyPose().position);
+            break;
+        default:
+            scene.removePreviewedJointVisual();
+            break;
+        }
+    }
+    void doSomethingWithAnEnvelope()
+    {
+        // An arm that stands in the scene, or anything.
+        unsigned id = anyId();
+        for (const auto& [registered, visual] : SceneCore::Get()->visuals.all())
+            if (visual->getType() == VisualType::Manipulator && below(8))
+                id = registered;
+        switch (below(6)) {
+        case 0:
+            scene.updateWorkEnvelopeVisual(id, below(2) == 0, below(2) == 0);
+            break;
+        case 1:
+            scene.removeWorkEnvelopeVisual(id);
+            break;
+        default:
+            scene.addWorkEnvelopeVisual(id, anyId(), {{100, 0, 0}, {100, 0, 50}}, {{1, 0, 0}, {1, 0, 0}}, 0, 1);
+            break;
+        }
+    }
+    void preview()
+    {
+        const unsigned id = anyId();
+        const rob::Posed pose = anyPose();
+        switch (below(12)) {
+        case 0:
+            scene.previewEdge(edge, rob::Posef(pose));
+            break;
+        case 1:
+            scene.previewEdges(&edges, rob::Posef(pose));
+            break;
+        case 2:
+            scene.previewCurves(&wires, rob::Posef(pose));
+            break;
+        case 3:
+            scene.addPreviewCurves(id, new geometry::PointList(points));
+            break;
+        case 4:
+            scene.addPreviewCurvesWithDirection(below(2) ? 0 : id, new geometry::PointList(points),
+                                                {static_cast<float>(below(2)), 0, 0}, below(5));
+            break;
+        case 5:
+        case 6:
+            scene.previewFaces(faces, below(4) ? anyBody()->getId() : id);
+            break;
+        case 7:
+            scene.previewPoints(&pickedPoints, id, {});
+            break;
+        case 8:
+            scene.previewTargets({rob::Posef(pose), rob::Posef()});
+            break;
+        case 9:
+            scene.drawPolylines(points, below(2) ? 0 : id, below(2) == 0);
+            break;
+        case 10:
+            scene.createAngleVisual(pose.position, anyPose().position, anyPose().position, below(2));
+            break;
+        default:
+            scene.createDiameterVisual(rob::TPCircle({1, 0, 0}, {0, 1, 0}, {-1, 0, 0}));
+            break;
+        }
+    }
+    void doSomethingWithAPreview()
+    {
+        if (previewCount() > mostPreviews) {
+            removePreviews();
+            return;
+        }
+        switch (below(8)) {
+        case 0:
+            removePreviews();
+            break;
+        case 1:
+            deleteAPreview();
+            break;
+        case 2:
+            doSomethingWithAPreviewedFrame();
+            break;
+        case 3:
+            doSomethingWithAnEnvelope();
+            break;
+        case 4:
+            scene.setArrowSizeLevel(below(10));
+            break;
+        default:
+            preview();
+            break;
+        }
+    }
     void addPathTo(task::Path& path)
     {
         try {
@@ -291,13 +457,17 @@ protected:
     {
         const unsigned id = anyId();
         const rob::Posed pose = anyPose();
-        switch (below(6)) {
+        switch (below(8)) {
         case 0:
         case 1:
             doSomethingWithAProgram();
             return;
         case 2:
             doSomethingWithABand();
+            return;
+        case 3:
+        case 4:
+            doSomethingWithAPreview();
             return;
         default:
             break;
@@ -371,10 +541,30 @@ protected:
             found.push_back(part);
         return found;
     }
+    void checkPreviews(const std::set<const Visual*>& tree)
+    {
+        for (const VisualList* list : previewLists())
+            for (const Visual* visual : list->all())
+                ASSERT_TRUE(tree.contains(visual)) << "a preview that is not in the tree";
+        for (const auto& [id, frame] : SceneCore::Get()->record<PreviewedFrames>().byId)
+            ASSERT_TRUE(tree.contains(frame)) << "a previewed frame that is not in the tree: " << id;
+        const Visual* joint = SceneCore::Get()->record<PreviewedJoint>().get();
+        ASSERT_TRUE(!joint || tree.contains(joint)) << "a previewed joint that is not in the tree";
+        for (const auto& [id, visual] : SceneCore::Get()->visuals.all())
+            if (const auto* arm = dynamic_cast<const ManipulatorVisual*>(visual))
+                for (const Visual* envelope : {arm->getEnvelope2D(), arm->getEnvelope3D()}) {
+                    ASSERT_TRUE(!envelope || tree.contains(envelope)) << "an envelope that is not in the tree";
+                    envelopesSeen += envelope ? 1 : 0;
+                }
+        previewsSeen += previewCount();
+    }
     void checkEverything()
     {
         std::set<const Visual*> tree;
         collect(world, tree);
+        checkPreviews(tree);
+        if (HasFatalFailure())
+            return;
         for (const auto& [id, visual] : SceneCore::Get()->visuals.all()) {
             ASSERT_TRUE(tree.contains(visual)) << "registered and not in the tree: " << id;
             ASSERT_EQ(visual->getId(), id);
@@ -408,6 +598,18 @@ protected:
     // Summed over all steps
     std::size_t movesSeen = 0;
     std::size_t bandsSeen = 0;
+    std::size_t previewsSeen = 0;
+    std::size_t envelopesSeen = 0;
+    // What is previewed
+    const TopoDS_Edge edge = test::straightEdge({0, 0, 0}, {10, 0, 0});
+    std::vector<TopoDS_Edge> edges{edge, test::straightEdge({0, 0, 0}, {0, 10, 0})};
+    std::vector<TopoDS_Wire> wires{test::wireOfThree({0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {1, 1, 1})};
+    const geometry::PointList points{{{0, 0, 0}, {1, 0, 0}}, {{2, 0, 0}, {3, 0, 0}}};
+    std::vector<gp_Pnt> pickedPoints{{1, 2, 3}, {4, 5, 6}};
+    const std::vector<TopoDS_Face> faces = [] {
+        TopExp_Explorer each(test::meshedBox(10, 10, 10), TopAbs_FACE);
+        return std::vector{TopoDS::Face(each.Current())};
+    }();
 };
 
 TEST_F(StationRandom, NothingDanglesAfterAnySequenceOfOperations)
@@ -430,7 +632,9 @@ TEST_F(StationRandom, NothingDanglesAfterAnySequenceOfOperations)
         } catch (const std::out_of_range&) {
             ++refused; // an id that has no visual
         } catch (const std::bad_optional_access&) {
-            ++refused; // a kind that is not copied
+            ++refused; // a kind that is not copied, no body to preview a face of, no arm
+        } catch (const std::overflow_error&) {
+            ++refused; // a direction or an angle that is none
         }
         checkEverything();
         if (HasFatalFailure())
@@ -440,6 +644,8 @@ TEST_F(StationRandom, NothingDanglesAfterAnySequenceOfOperations)
     EXPECT_LT(refused, operations / 2);
     EXPECT_GT(movesSeen, 2 * operations) << "the programs were there";
     EXPECT_GT(bandsSeen, operations / 2) << "and the bands";
+    EXPECT_GT(previewsSeen, 5 * operations) << "and the previews";
+    EXPECT_GT(envelopesSeen, operations / 10) << "and the envelopes";
     scene.deleteCopiedVisual();
     drain();
     // A path whose moves were taken away one by one has no look to go back to: the end of a highlight would fail.

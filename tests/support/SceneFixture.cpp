@@ -34,8 +34,7 @@ visual::Scene& startedScene()
         const visual::VisualChildren started = visual::Scene::GetWorldVisual()->getChildren();
         startedVisuals.insert(started.begin(), started.end());
         // Another visual may come to stand at the address of one that died.
-        visual::SceneCore::Get()->visuals.whenDeleted(
-            [](const visual::Visual* dying) { startedVisuals.erase(dying); });
+        visual::SceneCore::Get()->visuals.whenDeleted([](const visual::Visual* dying) { startedVisuals.erase(dying); });
     }
     return *visual::Scene::Get();
 }

@@ -2,7 +2,7 @@
 
 #include "platform/common/Checks.h"
 #include "platform/common/Logger.h"
-#include "preview/VisualList.h"
+#include "preview/PreviewLists.h"
 #include "preview/annotation/DimensionVisual.h"
 #include "preview/annotation/WorkEnvelopeVisuals.h"
 #include "scene/core/OgreCompat.h"
@@ -17,11 +17,6 @@
 
 namespace vrk::visual {
 namespace {
-
-/// A record of the scene.
-struct DimensionVisuals : VisualList {
-    using VisualList::VisualList;
-};
 
 /// @throws common::BadOptionalAccess for a visual that is no arm.
 ManipulatorVisual& manipulatorOf(Visual* visual)

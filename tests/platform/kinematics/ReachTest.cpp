@@ -4,7 +4,6 @@
 #include "support/ProcessorTime.h"
 #include "support/ThrowsExactly.h"
 
-#include <array>
 #include <cmath>
 #include <limits>
 #include <numbers>
@@ -16,8 +15,6 @@ namespace {
 
 using layout::JointType;
 using test::throwsExactly;
-using testing::ElementsAre;
-using testing::IsEmpty;
 using testing::SizeIs;
 
 constexpr double degree = std::numbers::pi / 180;
@@ -335,6 +332,19 @@ TEST(ArmChainTest, ArmOfFewJointsKeepsItsWrist)
 
     ASSERT_THAT(chain.joints, SizeIs(2));
     EXPECT_EQ(chain.point, rob::Posd(1, 2, 3));
+}
+
+TEST(ArmChainTest, FixedAndLockedJointsKeepTheirPlace)
+{
+    std::vector<JointCase> joints = sixAxes(1);
+    joints.insert(joints.begin() + 3, {{0, 0, 10}, {0, 1, 0}, 0.3, 0.3});
+    joints.insert(joints.begin() + 1, {{0, 5, 20}, {0, 1, 0}, 0, 0, JointType::Fixed});
+    const auto arm = armOf(joints, {90, 0, 0}, rob::Posed(rob::Posd(7, 8, 9)));
+    const ArmChain chain = ArmChain::ToWristCentre(*arm);
+
+    ASSERT_THAT(chain.joints, SizeIs(3));
+    const rob::Posd middle = arm->getLinks().at(7)->getPose().position; // where the fifth axis begins, all joints at 0
+    EXPECT_LT((chain.pointAt({0, 0, 0}) - middle).length(), 1e-9);
 }
 
 TEST(Reach, TurnsAboutTheMechanismWhereItsAxisDoes)
