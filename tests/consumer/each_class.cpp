@@ -14,6 +14,8 @@
 #include "platform/geometry/EdgePolygons.h"
 #include "platform/geometry/MfgVector.h"
 #include "platform/geometry/ProjectPoint.h"
+#include "platform/kinematics/ArmChain.h"
+#include "platform/kinematics/Reach.h"
 #include "platform/layout/Assembly.h"
 #include "platform/layout/Body.h"
 #include "platform/layout/Frame.h"
@@ -43,6 +45,14 @@
 #include "platform/task/Seam.h"
 #include "platform/task/SeamPath.h"
 #include "platform/task/Task.h"
+#include "preview/PolylineVisual.h"
+#include "preview/PreviewCurve.h"
+#include "preview/TriangleMeshVisual.h"
+#include "preview/annotation/DimensionVisual.h"
+#include "preview/annotation/WorkEnvelopeVisuals.h"
+#include "preview/marks/PickedMarks.h"
+#include "preview/marks/PreviewVisualsHelper.h"
+#include "preview/marks/PreviewedJointVisual.h"
 #include "scene/Init.h"
 #include "scene/Scene.h"
 #include "scene/core/CameraSnapshot.h"
@@ -145,6 +155,9 @@ struct OwnObject : SelectableObject {
 
 void keepPlatform()
 {
+    keep(&kinematics::ChainJoint::poseAt);
+    keep(&kinematics::ArmChain::pointAt);
+    keep(&kinematics::computeReach);
     keep(&broker::SignalBroker::updateScene);
     keep(&common::hexByte);
     keep(&Logger::error);
@@ -248,6 +261,21 @@ void keepVisuals()
     keep(&SolidVisual::getShape);
 }
 
+void keepPreviews()
+{
+    keep(&construct<PreviewCurve, std::string, Visual*>);
+    keep(&PolylineVisual::Build);
+    keep(&construct<TriangleMeshVisual, Visual*>);
+    keep(&construct<DimensionVisual, Visual*, rob::Posf, rob::Posf>);
+    keep(&WorkEnvelope2DVisual::setCurve);
+    keep(&WorkEnvelope3DVisual::setSurface);
+    keep(&construct<SelectPointVisual, Visual*>);
+    keep(&construct<PreviewFrameVisual, Visual*>);
+    keep(&FromToLineVisual::set);
+    keep(&PreviewVisualsHelper::Get);
+    keep(&PreviewedJointVisual::set);
+}
+
 void keepStationAndView()
 {
     keep(&AssemblyVisual::Build);
@@ -284,5 +312,6 @@ void keepOneOperationOfEachClass()
     keepPlatform();
     keepSelection();
     keepVisuals();
+    keepPreviews();
     keepStationAndView();
 }

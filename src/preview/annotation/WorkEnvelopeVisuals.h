@@ -38,7 +38,6 @@ public:
     /// @param normals  one for each point.
     void setSurface(std::span<const rob::PosTemplate<double>> points, std::span<const rob::DirTemplate<double>> normals,
                     double from, double to);
-    const ManualDrawing& getSurface() const { return *surface; }
 
 private:
     std::unique_ptr<ManualDrawing> surface;

@@ -8,10 +8,9 @@
 namespace vrk::visual {
 namespace {
 
-constexpr const char* material = "WhiteFrameLine";
-constexpr float acrossXY = 15.0f; // each way
-constexpr float acrossZ = 25.0f;
-constexpr float axisLength = 30.0f;
+constexpr const char* white = "WhiteFrameLine";
+const rob::Vec3f halfCross(15, 15, 25);
+const rob::Vec3f axisLengths(30, 30, 30);
 
 DynamicLines* makeSegment(LineVisual& visual, const std::string& materialName, const rob::Posf& from,
                           const rob::Posf& to)
@@ -25,23 +24,19 @@ DynamicLines* makeSegment(LineVisual& visual, const std::string& materialName, c
 
 } // namespace
 
-SelectPointVisual::SelectPointVisual(Visual* parent)
-    : LineVisual(parent), lineX(makeSegment(*this, material, {-acrossXY, 0, 0}, {acrossXY, 0, 0})),
-      lineY(makeSegment(*this, material, {0, -acrossXY, 0}, {0, acrossXY, 0})),
-      lineZ(makeSegment(*this, material, {0, 0, -acrossZ}, {0, 0, acrossZ}))
+WhiteAxesVisual::WhiteAxesVisual(Visual* parent, const rob::Vec3Template<float>& backwards,
+                                 const rob::Vec3Template<float>& forwards)
+    : LineVisual(parent), lineX(makeSegment(*this, white, {-backwards.x, 0, 0}, {forwards.x, 0, 0})),
+      lineY(makeSegment(*this, white, {0, -backwards.y, 0}, {0, forwards.y, 0})),
+      lineZ(makeSegment(*this, white, {0, 0, -backwards.z}, {0, 0, forwards.z}))
 {
     type = VisualType::Gui;
     LineVisual::update();
 }
 
-PreviewFrameVisual::PreviewFrameVisual(Visual* parent)
-    : LineVisual(parent), lineX(makeSegment(*this, material, {}, {axisLength, 0, 0})),
-      lineY(makeSegment(*this, material, {}, {0, axisLength, 0})),
-      lineZ(makeSegment(*this, material, {}, {0, 0, axisLength}))
-{
-    type = VisualType::Gui;
-    LineVisual::update();
-}
+SelectPointVisual::SelectPointVisual(Visual* parent) : WhiteAxesVisual(parent, halfCross, halfCross) {}
+
+PreviewFrameVisual::PreviewFrameVisual(Visual* parent) : WhiteAxesVisual(parent, {}, axisLengths) {}
 
 FromToLineVisual::FromToLineVisual(Visual* parent, const std::string& material)
     : LineVisual(parent), line(makeSegment(*this, material, {}, {}))

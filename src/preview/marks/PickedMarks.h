@@ -4,16 +4,17 @@
 
 namespace vrk::visual {
 
-/// A cross at a point that was picked: 15 units each way along x and y, 25 along z.
-///
-/// Owner: the one who made it. Thread: render thread.
-class VRK_EXPORT SelectPointVisual : public LineVisual {
+/// Three white lines along x, y and z.
+class VRK_EXPORT WhiteAxesVisual : public LineVisual {
 public:
-    explicit SelectPointVisual(Visual* parent);
-
     const DynamicLines& getLineX() const { return *lineX; }
     const DynamicLines& getLineY() const { return *lineY; }
     const DynamicLines& getLineZ() const { return *lineZ; }
+
+protected:
+    /// @param backwards, forwards  how far the lines go, each along its axis.
+    WhiteAxesVisual(Visual* parent, const rob::Vec3Template<float>& backwards,
+                    const rob::Vec3Template<float>& forwards);
 
 private:
     // Owned by the lines of the base
@@ -22,22 +23,20 @@ private:
     DynamicLines* lineZ;
 };
 
-/// A frame that would result from what was picked: three axes of 30 units, in white.
+/// A cross at a point that was picked: 15 units each way along x and y, 25 along z.
+///
+/// Owner: the one who made it. Thread: render thread.
+class VRK_EXPORT SelectPointVisual : public WhiteAxesVisual {
+public:
+    explicit SelectPointVisual(Visual* parent);
+};
+
+/// A frame that would result from what was picked: three axes of 30 units.
 ///
 /// Owner: the parent visual. Thread: render thread.
-class VRK_EXPORT PreviewFrameVisual : public LineVisual {
+class VRK_EXPORT PreviewFrameVisual : public WhiteAxesVisual {
 public:
     explicit PreviewFrameVisual(Visual* parent);
-
-    const DynamicLines& getLineX() const { return *lineX; }
-    const DynamicLines& getLineY() const { return *lineY; }
-    const DynamicLines& getLineZ() const { return *lineZ; }
-
-private:
-    // Owned by the lines of the base
-    DynamicLines* lineX;
-    DynamicLines* lineY;
-    DynamicLines* lineZ;
 };
 
 /// A line between two points that were picked; of no length at first.
