@@ -252,8 +252,10 @@ bool visitPlaces(const ArmChain& chain, double step, const std::stop_token& stop
         return true;
     }
     const double cell = step / std::numbers::sqrt2;
+    // The middle of a cell may lie farther out than what is in it, and again at each joint.
+    const double beyond = static_cast<double>(chain.joints.size()) * cell;
     const auto setOf = [&](std::size_t joint) {
-        return std::make_unique<SweptPoints>(chain.joints[joint], cell, stretchedFrom(chain, joint));
+        return std::make_unique<SweptPoints>(chain.joints[joint], cell, stretchedFrom(chain, joint) + beyond);
     };
     std::size_t joint = chain.joints.size() - 1;
     std::unique_ptr<SweptPoints> places = setOf(joint);
@@ -292,7 +294,7 @@ std::optional<Reach> computeReach(const ArmChain& chain, const std::stop_token& 
     const double between = astray + stages * step / 2;
     const double distance = between + ReachBorder::MarkError(cell) + (lineError + leftOut) * cell;
 
-    ReachBorder border(stretched, cell, distance);
+    ReachBorder border(stretched + astray, cell, distance);
     Ways ways;
     const bool countsWays = plane.isHalf && !plane.turnsWholly;
     double farthest = std::abs(plane.offset);

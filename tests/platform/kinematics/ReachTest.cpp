@@ -438,6 +438,33 @@ TEST(Reach, ArmsThatTurnAboutNothingAreRefused)
         throwsExactly<std::invalid_argument>(onAxis));
 }
 
+TEST(Reach, OfSevenAxesLeavesThePlaneOfTheArm)
+{
+    // Shoulder, elbow and wrist, each of axes that meet: the wrist leaves the plane of the arm.
+    const double half = 170 * degree;
+    const ArmChain chain = ArmChain::ToWristCentre(*armOf({{{0, 0, 360}, {0, 0, 1}, -180 * degree, 180 * degree},
+                                                           {{0, 0, 0}, {0, 1, 0}, -2, 2},
+                                                           {{0, 0, 420}, {0, 0, 1}, -half, half},
+                                                           {{0, 0, 0}, {0, -1, 0}, -2, 2},
+                                                           {{0, 0, 400}, {0, 0, 1}, -half, half},
+                                                           {{0, 0, 0}, {0, 1, 0}, -2, 2},
+                                                           {{0, 0, 126}, {0, 0, 1}, -half, half}}));
+    ASSERT_THAT(chain.joints, SizeIs(4));
+    const Reach reach = computeReach(chain).value();
+
+    // Between two balls about the shoulder, as far as the elbow opens and closes.
+    ASSERT_FALSE(reach.curves.empty());
+    const rob::Posd shoulder(0, 0, 360);
+    for (const rob::Posd& p : reach.curves.front().points)
+        EXPECT_LE((p - shoulder).length(), 820 + reach.margin);
+    double highest = 0;
+    for (const rob::Posd& p : reach.curves.front().points)
+        highest = std::max(highest, p.z);
+    EXPECT_GE(highest, 360 + 820);
+    EXPECT_LE(highest, 360 + 820 + reach.margin);
+    EXPECT_LT(reach.margin, 20);
+}
+
 TEST(Reach, IsToldHowFarItIsAndStopsWhenItIsAsked)
 {
     const ArmChain chain = ArmChain::ToWristCentre(*armOf(sixAxes(1)));
