@@ -9,6 +9,7 @@
 #include <memory>
 #include <numbers>
 #include <stdexcept>
+#include <tuple>
 
 namespace vrk::kinematics {
 namespace {
@@ -271,30 +272,52 @@ bool visitPlaces(const ArmChain& chain, double step, const std::stop_token& stop
     return places->sweep(step, stop, take);
 }
 
+/// How fine an arm is counted.
+struct Counting {
+    Counting(const ArmChain& chain, const ArmPlane& plane, double stretched)
+        : step(stretched * (plane.isPlanar ? fineStep : coarseStep)),
+          cell(stretched * (plane.isPlanar ? fineCell : coarseCell))
+    {
+        // What is visited is told by its cells and in steps: each place that is reached has a visited one near it, and each
+        // visited one a place that is reached.
+        const auto stages = static_cast<double>(chain.joints.size() - 1);
+        astray = std::max(stages - 1, 0.0) * step / 2 + alike * stretched;
+        const double between = astray + stages * step / 2;
+        distance = between + ReachBorder::MarkError(cell) + (lineError + leftOut) * cell;
+    }
+    double margin() const { return distance + ReachBorder::MarkError(cell) + astray; }
+
+    double step;
+    double cell;     // of the border
+    double astray;   // of a visited place from what is reached
+    double distance; // of the border from visited places, so that it holds all that is reached
+};
+
+/// How far the first joint turns the plane about the z of the base.
+std::pair<double, double> turnOf(const ChainJoint& first, const Base& base, const ArmPlane& plane, const Ways& ways)
+{
+    if (plane.turnsWholly)
+        return {-std::numbers::pi, std::numbers::pi};
+    const auto [foremost, last] = plane.isHalf ? ways.ends() : std::pair(0.0, 0.0);
+    const double from = (base.isFlipped ? -first.upper : first.lower) + foremost;
+    const double to = (base.isFlipped ? -first.lower : first.upper) + last;
+    return {from, std::min(to, from + fullTurn)};
+}
+
 } // namespace
 
 std::optional<Reach> computeReach(const ArmChain& chain, const std::stop_token& stop,
                                   const std::function<void(double)>& progress)
 {
     check(chain);
-    const ChainJoint& first = chain.joints.front();
-    const Base base(first);
-    const ArmPlane plane(chain, base);
     const double stretched = stretchedFrom(chain, 0);
     if (stretched <= rob::zeroLength)
         throw std::invalid_argument(staysOnAxis);
-    const double step = stretched * (plane.isPlanar ? fineStep : coarseStep);
-    const double cell = stretched * (plane.isPlanar ? fineCell : coarseCell);
-    const double height = base.fromFirst.position.z;
+    const Base base(chain.joints.front());
+    const ArmPlane plane(chain, base);
+    const Counting counting(chain, plane, stretched);
 
-    // What is visited is told by its cells and in steps: each place that is reached has a visited one near it, and each
-    // visited one a place that is reached.
-    const auto stages = static_cast<double>(chain.joints.size() - 1);
-    const double astray = std::max(stages - 1, 0.0) * step / 2 + alike * stretched;
-    const double between = astray + stages * step / 2;
-    const double distance = between + ReachBorder::MarkError(cell) + (lineError + leftOut) * cell;
-
-    ReachBorder border(stretched + astray, cell, distance);
+    ReachBorder border(stretched + counting.astray, counting.cell, counting.distance);
     Ways ways;
     const bool countsWays = plane.isHalf && !plane.turnsWholly;
     double farthest = std::abs(plane.offset);
@@ -305,9 +328,9 @@ std::optional<Reach> computeReach(const ArmChain& chain, const std::stop_token& 
     const rob::Vec3d toZ = back * rob::Vec3d(0, 0, 1);
     const rob::Vec3d toU = back * plane.along;
     const auto mark = [&](const rob::Posd& p) {
-        const double v = p.dot(toZ);
         const double x = p.dot(toX);
         const double y = p.dot(toY);
+        const double v = p.dot(toZ);
         const double u = plane.isHalf ? std::sqrt(x * x + y * y) : p.dot(toU);
         farthest = std::max(farthest, std::abs(u));
         border.mark(u, v);
@@ -316,26 +339,20 @@ std::optional<Reach> computeReach(const ArmChain& chain, const std::stop_token& 
         if (countsWays)
             ways.note(x, y);
     };
-    if (!visitPlaces(chain, step, stop, progress, mark))
+    if (!visitPlaces(chain, counting.step, stop, progress, mark))
         return std::nullopt;
     if (farthest <= alike * stretched)
         throw std::invalid_argument(staysOnAxis);
 
     Reach reach;
     reach.base = base.pose;
-    reach.margin = distance + ReachBorder::MarkError(cell) + astray;
+    reach.margin = counting.margin();
     std::vector<ReachBorder::Line> lines = border.lines(plane.isHalf);
     std::ranges::sort(lines, std::ranges::greater(), lengthOf);
+    const double height = base.fromFirst.position.z;
     for (const ReachBorder::Line& line : lines)
-        reach.curves.push_back(curveOf(simplified(line, leftOut * cell), plane, height));
-    const auto [foremost, last] = countsWays ? ways.ends() : std::pair(0.0, 0.0);
-    if (plane.turnsWholly) {
-        reach.from = -std::numbers::pi;
-        reach.to = std::numbers::pi;
-    } else {
-        reach.from = (base.isFlipped ? -first.upper : first.lower) + foremost;
-        reach.to = std::min((base.isFlipped ? -first.lower : first.upper) + last, reach.from + fullTurn);
-    }
+        reach.curves.push_back(curveOf(simplified(line, leftOut * counting.cell), plane, height));
+    std::tie(reach.from, reach.to) = turnOf(chain.joints.front(), base, plane, ways);
     if (progress)
         progress(1);
     return reach;
