@@ -239,6 +239,8 @@ TEST_F(MoveToolTest, RingTurnsTheThingAboutItsAxis)
     const QPoint ring = placeOnHandle(Handle::Yaw);
 
     dragBy(ring, {50, 0});
+    settle();
+    shoot("move-ring");
     release();
 
     const Posed turned = before.inverse() * poseOfThing(crate);
@@ -319,6 +321,7 @@ TEST_F(MoveToolTest, AxesOfTheWorldAreAKeyAway)
     settle();
     const vrk::rob::Posef handle = DragHandle::Get()->getWorldPose();
     EXPECT_NEAR(handle.orientation.w, 1, 1e-6);
+    shoot("move-world-axes");
 
     dragBy(placeOnHandle(Handle::X), {40, 0});
     release();
@@ -928,7 +931,8 @@ TEST_P(MoveToolSnapsTo, WhatIsUnderTheMouse)
         shoot((std::string("move-snap-") + GetParam().name).c_str());
         EXPECT_NEAR((origin() - base * GetParam().goesTo).length(), 0, 1e-9);
         EXPECT_EQ(told.toStdString(), GetParam().told);
-        EXPECT_GT(signAround(onScreen(base * GetParam().goesTo).toPoint()), 40) << "its sign, over the crate";
+        EXPECT_GT(signAround(inPixels(onScreen(base * GetParam().goesTo).toPoint()).toPoint()), 40)
+            << "its sign, over the crate";
         release();
     }
 
