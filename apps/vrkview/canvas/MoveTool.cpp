@@ -16,7 +16,6 @@
 #include <TopoDS_Edge.hxx>
 
 #include <QKeyEvent>
-#include <QLabel>
 #include <QScopedValueRollback>
 
 #include <algorithm>
@@ -41,8 +40,7 @@ using vrk::visual::SolidVisual;
 using Handle = DragHandle::HandleType;
 using Kind = InputEvent::Kind;
 
-constexpr QPoint labelOffset(18, 14); // logical pixels from the mouse
-constexpr double markRadius = 7;      // logical pixels
+constexpr double markRadius = 7; // logical pixels
 
 const QString backspace = QStringLiteral("Backspace");
 const QString enter = QStringLiteral("Return");
@@ -90,10 +88,8 @@ void post(std::function<void()> task)
 } // namespace
 
 MoveTool::MoveTool(ViewWidget& view, ViewState& state, QObject* parent)
-    : QObject(parent), view(view), state(state), label(new QLabel(&view, Qt::ToolTip))
+    : QObject(parent), view(view), state(state), note(view)
 {
-    label->setAttribute(Qt::WA_ShowWithoutActivating);
-    label->setMargin(4);
     view.installEventFilter(this);
     connect(&state, &ViewState::selectionChanged, this, &MoveTool::follow);
     connect(&state, &ViewState::visibilityChanged, this, &MoveTool::follow);
@@ -502,16 +498,13 @@ void MoveTool::showNumber()
 
 void MoveTool::hush()
 {
-    label->hide();
+    note.hush();
     emit textChanged({});
 }
 
 void MoveTool::tell(const QString& text, const QPointF& place)
 {
-    label->setText(text);
-    label->adjustSize();
-    label->move(view.mapToGlobal((place / view.devicePixelRatioF()).toPoint()) + labelOffset);
-    label->show();
+    note.tell(text, place);
     emit textChanged(text);
 }
 

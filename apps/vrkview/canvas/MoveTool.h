@@ -2,6 +2,7 @@
 
 #include "canvas/HandleDrag.h"
 #include "canvas/InputEvent.h"
+#include "canvas/MouseNote.h"
 #include "canvas/MoveSteps.h"
 #include "canvas/RegionOutline.h"
 #include "canvas/SnapPlace.h"
@@ -13,8 +14,6 @@
 
 #include <optional>
 #include <vector>
-
-class QLabel;
 
 namespace vrkview {
 
@@ -122,7 +121,7 @@ private:
 
     ViewWidget& view;
     ViewState& state;
-    QLabel* label; // beside the mouse, Qt's
+    MouseNote note;
     bool on = false;
     unsigned thing = 0;
     std::vector<unsigned> moved;
