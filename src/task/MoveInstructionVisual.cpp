@@ -45,6 +45,8 @@ MoveInstructionVisual::MoveInstructionVisual(Visual* parent, task::MoveInst* mov
 
 MoveInstructionVisual::~MoveInstructionVisual()
 {
+    if (isAlive)
+        *isAlive = false;
     letGoOfParts();
 }
 
@@ -86,10 +88,15 @@ void MoveInstructionVisual::forgetPart(const Visual* part)
 
 void MoveInstructionVisual::removeTargets()
 {
+    // The move may have been hung on a target of its own, and goes with it then.
+    const auto stillThere = std::make_shared<bool>(true);
+    isAlive = stillThere;
     if (targetVisual)
         Delete(targetVisual);
-    if (circleVisual)
+    if (*stillThere && circleVisual)
         Delete(circleVisual);
+    if (*stillThere)
+        isAlive.reset();
 }
 
 void MoveInstructionVisual::adopt(InstanceFrameVisual& target)

@@ -3,6 +3,8 @@
 #include "task/PathParts.h"
 #include "visual/Visual.h"
 
+#include <memory>
+
 namespace vrk::task {
 class MoveInst;
 }
@@ -65,6 +67,7 @@ private:
     unsigned pathId; // by itself: the move may be gone from the model when the end of a look comes
     InstanceFrameVisual* targetVisual = nullptr;
     RobtargetVisual* circleVisual = nullptr;
+    std::shared_ptr<bool> isAlive; // null but while something is deleted that this may hang on
     PathArrowVisual* arrow = nullptr;
 };
 
