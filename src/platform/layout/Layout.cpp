@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <mutex>
+#include <stdexcept>
 
 namespace vrk::layout {
 namespace {
@@ -227,6 +228,9 @@ void Layout::forget(const std::unordered_set<unsigned>& gone)
         return gone.contains(attachment.child) || gone.contains(attachment.parent);
     });
     std::erase_if(visibilities, [&gone](unsigned hidden) { return gone.contains(hidden); });
+    std::erase_if(dimensions, [&gone](const auto& dimension) {
+        return std::ranges::any_of(dimension->ends, [&gone](const auto& end) { return gone.contains(end.object); });
+    });
 }
 
 void Layout::clear()
@@ -267,6 +271,20 @@ void Layout::setHidden(unsigned id, bool hidden)
     std::erase(visibilities, id);
     if (hidden)
         visibilities.push_back(id);
+}
+
+void Layout::addDimension(std::shared_ptr<const Dimension> dimension)
+{
+    if (!dimension || dimension->ends.size() != Dimension::EndsOf(dimension->type))
+        throw std::invalid_argument("a dimension has as many ends as its type says");
+    const std::unique_lock lock(sdf::SdfManager::inst().mutex());
+    dimensions.push_back(std::move(dimension));
+}
+
+void Layout::removeDimension(const std::shared_ptr<const Dimension>& dimension)
+{
+    const std::unique_lock lock(sdf::SdfManager::inst().mutex());
+    std::erase(dimensions, dimension);
 }
 
 } // namespace vrk::layout

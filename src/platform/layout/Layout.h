@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/common/Export.h"
+#include "platform/layout/Dimension.h"
 #include "scene/math/Pose.h"
 
 #include <memory>
@@ -55,7 +56,9 @@ struct VRK_EXPORT StationContent {
     std::vector<std::shared_ptr<task::Operation>> operations;
     std::vector<Attachment> attachments;
     std::vector<unsigned> visibilities; ///< the ids of what is hidden
-    rob::Posed lastViewPointPose;       ///< of the camera; identity means none
+    /// None is null. One that is changed is exchanged, so that it is known by its pointer.
+    std::vector<std::shared_ptr<const Dimension>> dimensions;
+    rob::Posed lastViewPointPose; ///< of the camera; identity means none
 
     /// Every object with its pieces, in model order.
     std::vector<std::shared_ptr<sdf::SdfObject>> objects() const;
@@ -86,8 +89,8 @@ public:
     void addOperation(std::shared_ptr<task::Operation> operation);
 
     /// Removes a standalone object with what it owns, and the tool data and edge runs that lie on these, from the station
-    /// and the object table. Groups, operations, attachments and `visibilities` forget the ids; other things that lay on
-    /// them lie on the world then. An unknown id does nothing. Remove a point cloud's visual first: it reads the points.
+    /// and the object table. Groups, operations, attachments and `visibilities` forget the ids, and what measures them
+    /// goes; other things that lay on them lie on the world then. An unknown id does nothing. Remove a point cloud's visual first: it reads the points.
     void remove(unsigned id);
     void removePart(unsigned id) { remove(id); }
     void removePointCloud(unsigned id) { remove(id); }
@@ -100,6 +103,10 @@ public:
     void removeAttachment(unsigned child);
     /// Notes whether an object is hidden.
     void setHidden(unsigned id, bool hidden);
+    /// @throws std::invalid_argument "a dimension has as many ends as its type says"
+    void addDimension(std::shared_ptr<const Dimension> dimension);
+    /// One that is not there does nothing.
+    void removeDimension(const std::shared_ptr<const Dimension>& dimension);
 
 private:
     Layout() = default;

@@ -568,6 +568,24 @@ TEST_F(EditHistoryTest, WhatARemovedThingCarriedStaysWhereItIs)
     EXPECT_EQ(savedBytes(), before);
 }
 
+TEST_F(EditHistoryTest, DimensionsComeBackInTheirOrderWithWhatTheyMeasure)
+{
+    using vrk::layout::Dimension;
+    using End = vrk::layout::DimensionEnd;
+    const unsigned workpiece = thing("Workpiece");
+    for (const unsigned id : {thing("Pedestal"), workpiece, thing("Pedestal")})
+        Layout::inst().addDimension(std::make_shared<Dimension>(
+            Dimension{"", Dimension::Type::Distance, {{End::Kind::Point, id, 0, {}}, {End::Kind::Frame, id, 0, {}}}}));
+    const std::string before = savedBytes();
+
+    history.push(std::make_unique<RemoveThings>(std::vector{workpiece}));
+
+    EXPECT_EQ(Layout::inst().dimensions.size(), 2u);
+    history.undo();
+    EXPECT_EQ(Layout::inst().dimensions.size(), 3u);
+    EXPECT_EQ(savedBytes(), before);
+}
+
 TEST_F(EditHistoryTest, AssemblyIsPaintedDownToItsMembersInOneStep)
 {
     const auto& fence = Layout::inst().assemblies.front();

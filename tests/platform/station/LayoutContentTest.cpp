@@ -16,6 +16,7 @@
 #include <gtest/gtest.h>
 
 #include <shared_mutex>
+#include <stdexcept>
 
 namespace vrk::layout {
 namespace {
@@ -140,6 +141,42 @@ TEST_F(LayoutContentTest, RemovedObjectIsForgottenEverywhere)
     EXPECT_THAT(operation->getMemberIds(), IsEmpty());
     EXPECT_THAT(station.attachments, IsEmpty());
     EXPECT_THAT(station.visibilities, IsEmpty());
+}
+
+TEST_F(LayoutContentTest, DimensionGoesWithWhatItMeasures)
+{
+    const auto part = std::make_shared<Part>(newId(), "part");
+    const auto body = part->addBody("body");
+    const auto frame = std::make_shared<Frame>(newId(), "frame");
+    station.addPart(part);
+    station.addFrame(frame);
+    using End = DimensionEnd;
+    const auto ofBoth = std::make_shared<const Dimension>(
+        Dimension{"",
+                  Dimension::Type::Distance,
+                  {{End::Kind::Frame, frame->getId(), 0, {}}, {End::Kind::Face, body->getId(), 1, {}}}});
+    const auto ofFrame = std::make_shared<const Dimension>(
+        Dimension{"",
+                  Dimension::Type::Distance,
+                  {{End::Kind::Frame, frame->getId(), 0, {}}, {End::Kind::Point, frame->getId(), 0, {}}}});
+    station.addDimension(ofBoth);
+    station.addDimension(ofFrame);
+
+    station.remove(part->getId());
+
+    EXPECT_THAT(station.dimensions, ElementsAre(ofFrame));
+}
+
+TEST_F(LayoutContentTest, DimensionWithoutAllOfItsEndsIsRefused)
+{
+    const auto expectRefused = [&](std::shared_ptr<const Dimension> dimension) {
+        EXPECT_THAT([&] { station.addDimension(std::move(dimension)); },
+                    testing::ThrowsMessage<std::invalid_argument>("a dimension has as many ends as its type says"));
+    };
+    expectRefused(nullptr);
+    expectRefused(std::make_shared<Dimension>(Dimension{"", Dimension::Type::Area, {{}, {}}}));
+    expectRefused(std::make_shared<Dimension>(Dimension{"", Dimension::Type::Nearest, {{}}}));
+    EXPECT_THAT(station.dimensions, IsEmpty());
 }
 
 TEST_F(LayoutContentTest, ToolDataGoesWithItsToolAndTheProgramStays)

@@ -118,8 +118,8 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Fault{"OtherFormat", "/format", "\"other\"", "/format: expected \"vrk-station\""},
         Fault{"NoFormat", "/format", nullptr, "/: expected the key 'format'"},
-        Fault{"LaterVersion", "/version", "4", "/version: expected 1, 2 or 3"},
-        Fault{"VersionAsText", "/version", "\"1\"", "/version: expected 1, 2 or 3"},
+        Fault{"LaterVersion", "/version", "5", "/version: expected a version from 1 to 4"},
+        Fault{"VersionAsText", "/version", "\"1\"", "/version: expected a version from 1 to 4"},
         Fault{"UnknownKey", "/robots", "[]", "/robots: expected no such key"},
         Fault{"UnknownKeyInside", "/parts/0/nmae", "\"p\"", "/parts/0/nmae: expected no such key"},
         Fault{"ListThatIsNone", "/parts", "{}", "/parts: expected an array"},
@@ -218,6 +218,65 @@ INSTANTIATE_TEST_SUITE_P(
               "/attachments/1/child: expected an object that nothing else carries"},
         Fault{"UnknownHiddenId", "/hidden/0", "999",
               "/hidden/0: expected the id of an object of the station, not 999"}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+const char* const point = R"({"kind": "point", "object": 20, "place": [0, 0, 1]})";
+const char* const onePoint = R"([{"kind": "point", "object": 20, "place": [0, 0, 1]}])";
+const char* const edge = R"({"kind": "edge", "object": 20, "number": 0, "place": [0, 0, 1]})";
+
+/// Faults of the one dimension of a station that is valid otherwise.
+class DimensionFault : public StationFault {
+protected:
+    Json stationWithDimension() const
+    {
+        Json station = validStation();
+        station["version"] = 4;
+        station["dimensions"] = Json::array({{{"name", "d"}, {"type", "distance"}}});
+        station["dimensions"][0]["ends"] = Json::array({Json::parse(point), Json::parse(point)});
+        return station;
+    }
+};
+
+TEST_P(DimensionFault, IsRefusedWithItsPlace)
+{
+    const Fault& fault = GetParam();
+    Json station = stationWithDimension();
+    ASSERT_NO_THROW(LoadStationFile(folder.write("cell.station.json", station.dump())));
+    const Json::json_pointer at(fault.at);
+    if (fault.value)
+        station[at] = Json::parse(fault.value);
+    else
+        station[at.parent_pointer()].erase(at.back());
+    const std::filesystem::path file = folder.write("cell.station.json", station.dump());
+
+    EXPECT_THAT([&] { LoadStationFile(file); },
+                ThrowsMessage<StationFileError>(StrEq(file.string() + ": " + fault.expected)));
+    EXPECT_EQ(Layout::inst().dimensions.size(), 1u) << "the station that was there stays";
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, DimensionFault,
+    testing::Values(
+        Fault{"EarlierVersion", "/version", "3", "/dimensions: expected no such key before version 4"},
+        Fault{
+            "OtherType", "/dimensions/0/type", "\"volume\"",
+            "/dimensions/0/type: expected \"distance\", \"angle\", \"diameter\", \"length\", \"area\" or \"nearest\""},
+        Fault{"OneEnd", "/dimensions/0/ends", onePoint, "/dimensions/0/ends: expected two ends"},
+        Fault{"TwoEndsOfALength", "/dimensions/0/type", "\"length\"", "/dimensions/0/ends: expected one end"},
+        Fault{"NoName", "/dimensions/0/name", nullptr, "/dimensions/0: expected the key 'name'"},
+        Fault{"NoEnds", "/dimensions/0/ends", nullptr, "/dimensions/0: expected the key 'ends'"},
+        Fault{"UnknownKey", "/dimensions/0/value", "5", "/dimensions/0/value: expected no such key"},
+        Fault{"OtherKind", "/dimensions/0/ends/1/kind", "\"corner\"",
+              "/dimensions/0/ends/1/kind: expected \"point\", \"vertex\", \"edge\", \"face\", \"body\", "
+              "\"mesh_vertex\", \"cloud_point\" or \"frame\""},
+        Fault{"UnknownObject", "/dimensions/0/ends/0/object", "999",
+              "/dimensions/0/ends/0/object: expected the id of an object of the station, not 999"},
+        Fault{"PointWithANumber", "/dimensions/0/ends/0/number", "1",
+              "/dimensions/0/ends/0/number: expected no such key for an end of this kind"},
+        Fault{"EdgeZero", "/dimensions/0/ends/0", edge,
+              "/dimensions/0/ends/0/number: expected a number from 1 to 2147483647"},
+        Fault{"PlaceOfTwoNumbers", "/dimensions/0/ends/0/place", "[0, 0]",
+              "/dimensions/0/ends/0/place: expected 3 numbers"}),
     [](const auto& info) { return std::string(info.param.name); });
 
 class StationTextFault : public testing::Test {

@@ -132,6 +132,27 @@ TEST_F(StationFileTest, EveryObjectComesBackWithItsRelations)
     EXPECT_EQ(station.lastViewPointPose.position, rob::Posd(1000, -2000, 1500));
 }
 
+TEST_F(StationFileTest, DimensionsComeBackAndOlderReadersOpenWhatHasNone)
+{
+    const test::WholeStation models(mesh.string());
+    const auto before = Layout::inst().dimensions;
+    ASSERT_EQ(before.size(), 2u);
+    EXPECT_THAT(test::TempFolder::Read(saved("cell.station.json")), HasSubstr("\"version\": 4,"));
+
+    LoadStationFile(folder / "cell.station.json");
+
+    const auto& after = Layout::inst().dimensions;
+    ASSERT_EQ(after.size(), 2u);
+    EXPECT_EQ(*after[0], *before[0]);
+    EXPECT_EQ(*after[1], *before[1]);
+    Layout::inst().removeDimension(after[0]);
+    Layout::inst().removeDimension(before[1]); // which is not there any more
+    ASSERT_EQ(Layout::inst().dimensions.size(), 1u);
+    EXPECT_EQ(*Layout::inst().dimensions[0], *before[1]);
+    Layout::inst().dimensions.clear();
+    EXPECT_THAT(test::TempFolder::Read(saved("none.station.json")), HasSubstr("\"version\": 1,"));
+}
+
 TEST_F(StationFileTest, LooksOfABodyComeBack)
 {
     const test::WholeStation models(mesh.string());

@@ -31,6 +31,9 @@ std::vector<std::string> seeds()
         head + R"(,"tasks":[{"id":1,"name":"t","data":[{"type":"work_object","id":2,"name":"w","owner":"station",
                       "pose":[0,0,0,1,0,0,0],"fixed":false,"object_frame":{"id":4,"name":"","pose":[0,0,0,1,0,0,0]}}]}],
                       "components":[{"id":5,"name":"c","kind":"component","components":[]}]})",
+        R"({"format":"vrk-station","version":4,"frames":[{"id":1,"name":"f","pose":[0,0,0,1,0,0,0]}],"dimensions":[
+                {"name":"d","type":"nearest","ends":[{"kind":"frame","object":1,"place":[0,0,0]},{"kind":"cloud_point",
+                "object":1,"number":3,"place":[1,2,3]}]}]})",
         R"({"format":"vrk-station","version":2,"parts":[{"id":20,"name":"p","pose":[0,0,0,1,0,0,0],"bodies":[{"id":21,
                 "name":"b","geometry":{"uri":"resource://a.stl","file_type":"stl"}}]}],"tasks":[{"id":1,"name":"t","data":[
                 {"type":"work_object","id":2,"name":"w","pose":[0,0,0,1,0,0,0],"fixed":true,"object_frame":{"id":4,"name":"",

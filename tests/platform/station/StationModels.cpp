@@ -141,6 +141,13 @@ WholeStation::WholeStation(const std::string& geometry)
     station.addAttachment(gripper->getId(), arm->getWrist()->getId(), Posed(Posd(0, 0, 1)));
     station.setHidden(fixture->getId(), true);
     station.setHidden(frame->getId(), true);
+    using End = layout::DimensionEnd;
+    station.addDimension(std::make_shared<layout::Dimension>(layout::Dimension{
+        "height of the frame",
+        layout::Dimension::Type::Distance,
+        {{End::Kind::Frame, frame->getId(), 0, {}}, {End::Kind::MeshVertex, part->getId(), 2, Posd(0.1, 0, 50)}}}));
+    station.addDimension(std::make_shared<layout::Dimension>(
+        layout::Dimension{"", layout::Dimension::Type::Area, {{End::Kind::Face, part->getId(), 1, Posd(3, 4, 5)}}}));
     station.lastViewPointPose = Posed(Posd(1000, -2000, 1500), rob::Rotationd(0.9, 0, 0.4));
 }
 

@@ -195,6 +195,14 @@ double JsonPlace::asNumber() const
     return value->get<double>();
 }
 
+unsigned JsonPlace::asCount(unsigned first) const
+{
+    constexpr unsigned last = 0x7FFFFFFF;
+    if (!value->is_number_unsigned() || value->get<std::uint64_t>() < first || value->get<std::uint64_t>() > last)
+        fail(fmt::format("a number from {} to {}", first, last));
+    return value->get<unsigned>();
+}
+
 unsigned JsonPlace::asId() const
 {
     constexpr unsigned last = sdf::SdfManager::stationId - 1;

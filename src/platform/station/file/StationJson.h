@@ -18,6 +18,7 @@ using Json = nlohmann::ordered_json;
 inline constexpr int firstVersion = 1;
 inline constexpr int programVersion = 2; ///< with paths, robot targets and manufacturing shapes
 inline constexpr int cloudVersion = 3;   ///< with hidden points of clouds
+inline constexpr int measureVersion = 4; ///< with dimensions
 inline constexpr std::string_view stationFormat = "vrk-station";
 
 /// The value of a text, in which no key stands twice.
@@ -72,6 +73,8 @@ public:
     std::string asText() const;
     bool asBool() const;
     double asNumber() const;
+    /// A whole number from `first` to 2147483647.
+    unsigned asCount(unsigned first) const;
     /// An id that an object of the model may have.
     unsigned asId() const;
     /// x, y, z, then w, x, y, z of a rotation of length 1.

@@ -5,6 +5,7 @@
 #include "platform/layout/Part.h"
 #include "platform/layout/PointCloud.h"
 #include "platform/smart/SmartComponent.h"
+#include "platform/station/file/DimensionJson.h"
 #include "platform/station/file/MechanismReader.h"
 #include "platform/station/file/PartReader.h"
 #include "platform/station/file/StationText.h"
@@ -30,8 +31,8 @@ public:
     {
         checkVersion();
         root.expectObject({"format", "version", "view", "manipulators", "assemblies", "parts", "pointclouds", "tools",
-                           "devices", "frames", "groups", "components", "tasks", "operations", "attachments",
-                           "hidden"});
+                           "devices", "frames", "groups", "components", "tasks", "operations", "attachments", "hidden",
+                           "dimensions"});
         if (root.has("view"))
             content.lastViewPointPose = root.at("view").asPose();
         readList("manipulators", content.manipulators,
@@ -50,6 +51,8 @@ public:
         ids.check();
         readAttachments();
         readHidden();
+        root.forEach("dimensions",
+                     [this](const JsonPlace& at) { content.dimensions.push_back(readDimension(at, ids)); });
         return std::move(content);
     }
 
@@ -62,10 +65,12 @@ private:
         if (format.asText() != stationFormat)
             format.fail(fmt::format("\"{}\"", stationFormat));
         const JsonPlace version = root.at("version");
-        if (version.get() != firstVersion && version.get() != programVersion && version.get() != cloudVersion)
-            version.fail(fmt::format("{}, {} or {}", firstVersion, programVersion, cloudVersion));
-        tasks.withPrograms = version.get() != firstVersion;
-        parts.withHiddenPoints = version.get() == cloudVersion;
+        if (!version.get().is_number_unsigned() || version.get() < firstVersion || version.get() > measureVersion)
+            version.fail(fmt::format("a version from {} to {}", firstVersion, measureVersion));
+        tasks.withPrograms = version.get() >= programVersion;
+        parts.withHiddenPoints = version.get() >= cloudVersion;
+        if (version.get() < measureVersion && root.has("dimensions"))
+            root.at("dimensions").fail(fmt::format("no such key before version {}", measureVersion));
     }
 
     template <typename List, typename Read>

@@ -5,6 +5,7 @@
 #include "platform/layout/Part.h"
 #include "platform/layout/PointCloud.h"
 #include "platform/smart/SmartComponent.h"
+#include "platform/station/file/DimensionJson.h"
 #include "platform/station/file/MechanismWriter.h"
 #include "platform/station/file/ObjectJson.h"
 #include "platform/station/file/PartWriter.h"
@@ -34,9 +35,10 @@ public:
         const bool hasHiddenPoints = std::ranges::any_of(
             content.pointclouds, [](const auto& cloud) { return cloud->getHiddenPoints() != nullptr; });
         Json json{{"format", stationFormat},
-                  {"version", hasHiddenPoints ? cloudVersion
-                              : hasPrograms   ? programVersion
-                                              : firstVersion}};
+                  {"version", !content.dimensions.empty() ? measureVersion
+                              : hasHiddenPoints           ? cloudVersion
+                              : hasPrograms               ? programVersion
+                                                          : firstVersion}};
         if (content.lastViewPointPose != rob::Posed())
             json["view"] = station::jsonOf(content.lastViewPointPose);
         addList(json, "manipulators", content.manipulators,
@@ -57,6 +59,8 @@ public:
                                            {"pose", station::jsonOf(attachment.pose)}});
         if (!content.visibilities.empty())
             json["hidden"] = content.visibilities;
+        for (const auto& dimension : content.dimensions)
+            json["dimensions"].push_back(station::jsonOf(*dimension));
         return json;
     }
 

@@ -17,16 +17,6 @@
 namespace vrk::station {
 namespace {
 
-/// A whole number from 1, for lines and edges.
-unsigned countAt(const JsonPlace& place)
-{
-    constexpr unsigned last = 0x7FFFFFFF;
-    if (!place.get().is_number_unsigned() || place.get().get<std::uint64_t>() == 0 ||
-        place.get().get<std::uint64_t>() > last)
-        place.fail(fmt::format("a number from 1 to {}", last));
-    return place.get().get<unsigned>();
-}
-
 task::Motion motionAt(const JsonPlace& place)
 {
     const std::string motion = place.asText();
@@ -172,7 +162,7 @@ std::shared_ptr<task::Instruction> TaskReader::readInstruction(const JsonPlace& 
             instruction->remark = at.at("remark").asText();
     }
     if (at.has("line"))
-        instruction->line = countAt(at.at("line"));
+        instruction->line = at.at("line").asCount(1);
     return instruction;
 }
 
@@ -241,7 +231,7 @@ geometry::MfgVectors TaskReader::readMfgVectors(const JsonPlace& at) const
     at.expectObject({"body", "edge", "reversed", "vectors"});
     geometry::MfgVectors vectors;
     vectors.body = at.at("body").asId();
-    vectors.edgeNumber = countAt(at.at("edge"));
+    vectors.edgeNumber = at.at("edge").asCount(1);
     const bool isReversed = at.has("reversed") && at.at("reversed").asBool();
     at.forEach("vectors", [&](const JsonPlace& place) {
         const std::vector<double> n = place.asNumbers(4);
