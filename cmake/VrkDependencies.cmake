@@ -16,6 +16,7 @@ pkg_check_modules(ASSIMP REQUIRED IMPORTED_TARGET assimp)
 
 if(NOT VRK_PURE_ONLY)
     pkg_check_modules(OGRE REQUIRED IMPORTED_TARGET OGRE>=1.12)
+    pkg_check_modules(FREETYPE REQUIRED IMPORTED_TARGET freetype2)
     pkg_get_variable(OGRE_PLUGIN_DIR OGRE plugindir)
     find_library(OGRE_GL3PLUS_LIBRARY NAMES RenderSystem_GL3Plus.so PATHS ${OGRE_PLUGIN_DIR} NO_DEFAULT_PATH REQUIRED)
     if(VRK_BUILD_VIEWER)

@@ -7,6 +7,7 @@ packages=(
     libogre-1.12-dev
     libocct-foundation-dev libocct-modeling-data-dev libocct-modeling-algorithms-dev libocct-ocaf-dev
     libocct-data-exchange-dev libocct-visualization-dev
+    libfreetype-dev fonts-dejavu-core
     libminizip-dev liblzf-dev libfmt-dev libspdlog-dev libboost-dev nlohmann-json3-dev libpng-dev
     liburdfdom-dev libassimp-dev
     qt6-base-dev libcli11-dev

@@ -8,6 +8,7 @@ flat in float segmentLength;
 flat in float radius;
 
 uniform vec4 tint; // rgb: colour of the state; a: how much of it
+uniform float opacity;
 
 out vec4 fragColour;
 
@@ -17,7 +18,7 @@ void main()
     float cover = clamp(radius + 0.5 - away, 0.0, 1.0);
     if (cover < 0.02)
         discard;
-    fragColour = vec4(mix(lineColour.rgb, tint.rgb, tint.a), lineColour.a * cover);
+    fragColour = vec4(mix(lineColour.rgb, tint.rgb, tint.a), lineColour.a * opacity * cover);
     // Soft pixels lie deeper than full ones, and those of an end deeper still: the soft end of one segment would else keep
     // the full pixels of the next one out.
     bool beyondEnd = place.x < 0.0 || place.x > segmentLength;

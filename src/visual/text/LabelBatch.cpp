@@ -1,0 +1,211 @@
+#include "visual/text/LabelBatch.h"
+
+#include "scene/core/OgreCompat.h"
+
+#include <Ogre.h>
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace vrk::visual {
+namespace {
+
+// Pixels of a picture of up to 1080 rows
+constexpr float letterSize = 14;
+constexpr float besideText = 6;
+constexpr float aboveText = 4;
+constexpr float markRadius = 3.5f;
+constexpr float rows = 1080;
+
+constexpr std::size_t finenessParameter = 0;
+
+std::string freeMaterialName()
+{
+    static int count = 0;
+    return fmt::format("Label_{}", count++);
+}
+
+std::uint32_t packed(const rob::Colorf& color)
+{
+    const auto byte = [](float part) {
+        return static_cast<std::uint32_t>(std::lround(std::clamp(part, 0.f, 1.f) * 255));
+    };
+    return byte(color.r) | byte(color.g) << 8 | byte(color.b) << 16 | 0xFF000000u;
+}
+
+std::vector<std::u32string> linesOf(std::string_view text)
+{
+    std::vector<std::u32string> lines(1);
+    for (const char32_t letter : lettersOf(text)) {
+        if (letter == U'\n')
+            lines.emplace_back();
+        else
+            lines.back() += letter;
+    }
+    return lines;
+}
+
+} // namespace
+
+struct LabelBatch::Vertex {
+    std::array<float, 3> place;
+    std::array<float, 2> offset; // pixels from there, to the right and up
+    std::array<float, 2> texel;  // of letters
+    std::array<float, 2> inBox;  // of grounds and marks: pixels from the middle
+    std::array<float, 2> half;   // their sizes; 0 for letters
+    std::uint32_t color;
+    std::uint32_t rim;
+};
+
+/// In pixels, as offsets are.
+struct LabelBatch::Box {
+    float left, bottom, right, top;
+
+    /// Two triangles. `vertexAt` takes whether it is the right and whether it is the top side.
+    template <typename VertexAt>
+    static void add(std::vector<Vertex>& vertices, const VertexAt& vertexAt)
+    {
+        for (const auto& [right, top] :
+             {std::pair(false, false), {true, false}, {true, true}, {false, false}, {true, true}, {false, true}})
+            vertices.push_back(vertexAt(right, top));
+    }
+};
+
+LabelBatch::LabelBatch()
+    : SlotBatch(Draws::Triangles, {{Ogre::VET_FLOAT3, Ogre::VES_POSITION},
+                                   {Ogre::VET_FLOAT4, Ogre::VES_TEXTURE_COORDINATES, 0},
+                                   {Ogre::VET_FLOAT4, Ogre::VES_TEXTURE_COORDINATES, 1},
+                                   {Ogre::VET_UBYTE4_NORM, Ogre::VES_DIFFUSE},
+                                   {Ogre::VET_UBYTE4_NORM, Ogre::VES_SPECULAR}}),
+      atlas(static_cast<int>(letterSize)), material(materialByName("Label")->clone(freeMaterialName()))
+{
+    setMaterial(material);
+    setCustomParameter(finenessParameter, Ogre::Vector4(fineness));
+}
+
+LabelBatch::~LabelBatch()
+{
+    Ogre::MaterialManager::getSingleton().remove(material);
+}
+
+void LabelBatch::setCount(std::size_t count)
+{
+    labels.resize(count);
+    extents.resize(count);
+    setSlotCount(count);
+}
+
+void LabelBatch::set(std::size_t index, Label label)
+{
+    labels.at(index) = std::move(label);
+    build(index);
+}
+
+void LabelBatch::_notifyCurrentCamera(Ogre::Camera* camera)
+{
+    SlotBatch::_notifyCurrentCamera(camera);
+    if (const Ogre::Viewport* viewport = camera->getViewport())
+        fit(std::max({1.f, pixelRatio, static_cast<float>(viewport->getActualHeight()) / rows}));
+}
+
+void LabelBatch::_updateRenderQueue(Ogre::RenderQueue* queue)
+{
+    const Ogre::TexturePtr& texture = atlas.texture();
+    if (texture.get() != shownTexture)
+        material->getTechnique(0)->getPass(0)->getTextureUnitState(0)->setTexture(texture);
+    shownTexture = texture.get();
+    SlotBatch::_updateRenderQueue(queue);
+}
+
+void LabelBatch::fit(float finer)
+{
+    if (finer == fineness)
+        return;
+    fineness = finer;
+    setCustomParameter(finenessParameter, Ogre::Vector4(fineness));
+    atlas.setSize(static_cast<int>(std::lround(letterSize * fineness)));
+    for (std::size_t i = 0; i < labels.size(); ++i)
+        build(i);
+}
+
+void LabelBatch::build(std::size_t index)
+{
+    const Label& label = labels[index];
+    std::vector<Vertex> vertices;
+    for (const rob::Posf& place : label.marks)
+        addMark(label, place, vertices);
+    extents[index] = {};
+    if (!label.text.empty()) {
+        const std::vector<std::u32string> lines = linesOf(label.text);
+        int width = 0;
+        for (const std::u32string& line : lines)
+            width = std::max(width, widthOf(line));
+        const auto height = static_cast<float>((lines.size() - 1) * (atlas.ascent() + atlas.descent()));
+        extents[index] = {static_cast<float>(width) + 2 * std::round(besideText * fineness),
+                          height + static_cast<float>(atlas.capHeight()) + 2 * std::round((aboveText + 1) * fineness)};
+        addText(label, lines, vertices);
+    }
+    write(index, vertices);
+}
+
+void LabelBatch::addMark(const Label& label, const rob::Posf& place, std::vector<Vertex>& vertices) const
+{
+    const float radius = markRadius * fineness;
+    const float reach = std::ceil(radius) + 1;
+    Box::add(vertices, [&](bool right, bool top) -> Vertex {
+        const std::array<float, 2> at{right ? reach : -reach, top ? reach : -reach};
+        return {{place.x, place.y, place.z}, at, {0, 0}, at, {radius, radius}, packed(label.colors.rim),
+                packed(label.colors.ground)};
+    });
+}
+
+void LabelBatch::addText(const Label& label, const std::vector<std::u32string>& lines, std::vector<Vertex>& vertices)
+{
+    const Extent& extent = extents[&label - labels.data()];
+    // Whole pixels, so that no letter lies between two
+    const float halfWidth = std::ceil(extent.width / 2);
+    const float halfHeight = std::ceil(extent.height / 2);
+    const std::array<float, 3> place{label.place.x, label.place.y, label.place.z};
+    Box::add(vertices, [&](bool right, bool top) -> Vertex {
+        const std::array<float, 2> at{right ? halfWidth + 1 : -halfWidth - 1, top ? halfHeight + 1 : -halfHeight - 1};
+        return {place, at, {0, 0}, at, {halfWidth, halfHeight}, packed(label.colors.ground), packed(label.colors.rim)};
+    });
+    const int lineHeight = atlas.ascent() + atlas.descent();
+    const int block = static_cast<int>(lines.size() - 1) * lineHeight + atlas.capHeight();
+    int base = block / 2 - atlas.capHeight() + (block % 2);
+    for (const std::u32string& line : lines) {
+        int x = -widthOf(line) / 2;
+        for (const char32_t letter : line) {
+            const GlyphAtlas::Glyph& glyph = atlas.get(letter);
+            const Box box{static_cast<float>(x + glyph.left), static_cast<float>(base + glyph.bottom),
+                          static_cast<float>(x + glyph.left + glyph.width),
+                          static_cast<float>(base + glyph.bottom + glyph.height)};
+            if (glyph.width > 0)
+                Box::add(vertices, [&](bool right, bool top) -> Vertex {
+                    return {place,
+                            {right ? box.right : box.left, top ? box.top : box.bottom},
+                            {static_cast<float>(glyph.u + (right ? glyph.width : 0)),
+                             static_cast<float>(glyph.v + (top ? 0 : glyph.height))},
+                            {0, 0},
+                            {0, 0},
+                            packed(label.colors.text),
+                            packed(label.colors.text)};
+                });
+            x += glyph.advance;
+        }
+        base -= lineHeight;
+    }
+}
+
+int LabelBatch::widthOf(const std::u32string& line)
+{
+    int width = 0;
+    for (const char32_t letter : line)
+        width += atlas.get(letter).advance;
+    return width;
+}
+
+} // namespace vrk::visual
