@@ -23,8 +23,10 @@ SlotBatch::SlotBatch(Draws draws, std::initializer_list<Element> elements)
 {
     mRenderOp.operationType =
         draws == Draws::Lines ? Ogre::RenderOperation::OT_LINE_LIST : Ogre::RenderOperation::OT_TRIANGLE_LIST;
-    mRenderOp.useIndexes = false;
+    mRenderOp.useIndexes = draws == Draws::IndexedTriangles;
     mRenderOp.vertexData = new Ogre::VertexData;
+    if (mRenderOp.useIndexes)
+        mRenderOp.indexData = new Ogre::IndexData;
     for (const Element& element : elements) {
         mRenderOp.vertexData->vertexDeclaration->addElement(0, vertexSize, element.type, element.semantic,
                                                             element.index);
@@ -37,6 +39,7 @@ SlotBatch::SlotBatch(Draws draws, std::initializer_list<Element> elements)
 SlotBatch::~SlotBatch()
 {
     delete mRenderOp.vertexData;
+    delete mRenderOp.indexData;
 }
 
 void SlotBatch::setSlotCount(std::size_t count)
@@ -61,7 +64,7 @@ void SlotBatch::writeBytes(std::size_t index, std::span<const std::byte> bytes)
 void SlotBatch::_updateRenderQueue(Ogre::RenderQueue* queue)
 {
     upload();
-    if (mRenderOp.vertexData->vertexCount > 0)
+    if (mRenderOp.useIndexes ? mRenderOp.indexData->indexCount > 0 : mRenderOp.vertexData->vertexCount > 0)
         SimpleRenderable::_updateRenderQueue(queue);
 }
 
@@ -80,12 +83,12 @@ void SlotBatch::upload()
 
 void SlotBatch::layOut()
 {
-    const std::size_t perLine = vertexSize * (mRenderOp.operationType == Ogre::RenderOperation::OT_LINE_LIST ? 2 : 3);
+    const std::size_t pair = 2 * vertexSize;
     std::size_t total = 0;
     for (Slot& slot : slots) {
         slot.first = total;
         if (slot.bytes.size() > slot.capacity || slot.capacity > 4 * slot.bytes.size())
-            slot.capacity = (roomFor(slot.bytes.size()) + perLine - 1) / perLine * perLine;
+            slot.capacity = (roomFor(slot.bytes.size()) + pair - 1) / pair * pair;
         total += slot.capacity;
     }
     Ogre::VertexData& data = *mRenderOp.vertexData;

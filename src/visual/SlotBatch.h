@@ -19,7 +19,8 @@ namespace vrk::visual {
 /// Owner: whoever makes it; OGRE only attaches it to a node. Thread: render thread.
 class VRK_EXPORT SlotBatch : public Ogre::SimpleRenderable {
 public:
-    enum class Draws { Lines, Triangles };
+    /// Of triangles it draws what a derived class has in the index data, which is empty at first.
+    enum class Draws { Lines, IndexedTriangles };
     /// Of a vertex, in the order in which they lie in it.
     struct Element {
         Ogre::VertexElementType type;
@@ -35,7 +36,7 @@ public:
     std::size_t slotCount() const { return slots.size(); }
     /// New slots are empty.
     void setSlotCount(std::size_t count);
-    /// In place of what was in the slot. Lines take two vertices each, triangles three.
+    /// In place of what was in the slot. Lines take two vertices each; triangles as many as the indices say.
     template <typename Vertex>
     void write(std::size_t slot, const std::vector<Vertex>& vertices)
     {
@@ -49,6 +50,11 @@ public:
     Ogre::Real getBoundingRadius() const override { return 0; }
     Ogre::Real getSquaredViewDepth(const Ogre::Camera*) const override { return 0; }
 
+protected:
+    /// Brings what changed to the GPU. Slots have their places then.
+    void upload();
+    std::size_t firstVertexOf(std::size_t slot) const { return slots[slot].first / vertexSize; }
+
 private:
     struct Slot {
         std::vector<std::byte> bytes;
@@ -58,7 +64,6 @@ private:
     };
 
     void writeBytes(std::size_t slot, std::span<const std::byte> bytes);
-    void upload();
     void layOut();
     void fill();
 

@@ -245,6 +245,47 @@ TEST_F(DimensionsVisualTest, TextIsFoundWhereItIsDrawn)
     EXPECT_TRUE(isFound);
 }
 
+TEST_F(DimensionsVisualTest, TextThatWouldCoverANearerOneIsLeftOut)
+{
+    const test::View along{{0, -1000, 0}, {0, 0, 0}};
+    dimensions->setCount(3);
+    dimensions->set(0, {{}, {}, "far", {0, 100, 0}, Look::Plain});
+    const std::size_t one = count(render(along), paper);
+    dimensions->set(1, {{}, {}, "nearest of all", {0, -100, 0}, Look::Plain});
+    dimensions->set(2, {{}, {}, "near", {0, 0, 0}, Look::Plain});
+
+    render(along);
+    EXPECT_EQ(dimensions->textAt(200, 150), 1u);
+
+    dimensions->setLook(0, Look::Selected);
+    const test::Picture picture = render(along);
+    EXPECT_EQ(dimensions->textAt(200, 150), 0u) << "what is selected comes first";
+    EXPECT_LT(count(picture, paper), one);
+
+    dimensions->setLook(0, Look::Plain);
+    render(test::View{{1000, 0, 0}, {0, 0, 0}}); // from the side they stand apart
+    int seen = 0;
+    for (int x = 0; x < 400; ++x)
+        seen += dimensions->textAt(x, 150).has_value() &&
+                        (x == 0 || dimensions->textAt(x, 150) != dimensions->textAt(x - 1, 150))
+                    ? 1
+                    : 0;
+    EXPECT_EQ(seen, 3);
+}
+
+TEST_F(DimensionsVisualTest, MarksAreThereWhetherOrNotTheirTextIs)
+{
+    const test::View along{{0, -1000, 0}, {0, 0, 0}};
+    dimensions->setCount(2);
+    dimensions->set(0, {{}, {{60, 100, 40}}, "1", {0, 100, 0}, Look::Plain});
+    dimensions->set(1, {{}, {}, "2", {0, 0, 0}, Look::Plain});
+
+    const test::Picture picture = render(along);
+
+    ASSERT_EQ(dimensions->textAt(200, 150), 1u);
+    EXPECT_TRUE(test::isNear(pixelAt(picture, {60, 100, 40}), {18, 71, 184}, 30));
+}
+
 TEST_F(DimensionsVisualTest, FitsOfTheViewPassItOver)
 {
     addCrate();

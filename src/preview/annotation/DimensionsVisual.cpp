@@ -111,7 +111,11 @@ void DimensionsVisual::draw(std::size_t index)
             vertices.push_back(vertexAt(to, color));
         }
     lines->write(index, vertices);
-    LabelBatch::Label label{drawing.textPlace, drawing.text, {}, colors.label};
+    LabelBatch::Label label{drawing.textPlace,
+                            drawing.text,
+                            {},
+                            colors.label,
+                            drawing.look == Look::Selected || drawing.look == Look::Hovered};
     if (!fitsBox(drawing.textPlace))
         label.text.clear();
     std::ranges::copy_if(drawing.marks, std::back_inserter(label.marks), fitsBox);
@@ -127,9 +131,9 @@ std::optional<std::size_t> DimensionsVisual::textAt(double x, double y) const
     const Ogre::Matrix4 toClip =
         camera->getProjectionMatrix() * camera->getViewMatrix() * getSceneNode()->_getFullTransform();
     for (std::size_t i = drawings.size(); i-- > 0;) {
-        const LabelBatch::Extent extent = labels->extentOf(i);
-        if (extent.width == 0)
+        if (!labels->isTextSeen(i))
             continue;
+        const LabelBatch::Extent extent = labels->extentOf(i);
         const Ogre::Vector4 clip = toClip * Ogre::Vector4(toOgre(drawings[i].textPlace));
         if (clip.w <= 0 || clip.z < -clip.w)
             continue;

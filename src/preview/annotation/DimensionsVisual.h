@@ -30,8 +30,9 @@ struct DimensionDrawing {
 };
 
 /// Any number of dimensions with their numbers: all lines are one batch, all texts are another. Lines are seen faintly through
-/// what lies before them; texts always face the viewer, have one size on the screen and lie over the bodies. They are not
-/// picked, and fits of the view pass them over.
+/// what lies before them; texts always face the viewer, have one size on the screen and lie over the bodies. A text that
+/// would cover another is left out: what is hovered or selected comes first, then what is nearer. They are not picked, and
+/// fits of the view pass them over.
 ///
 /// It stands beside the list of prescribed dimensions, which are lines alone, one visual each.
 ///
@@ -51,7 +52,7 @@ public:
     void setLook(std::size_t index, DimensionDrawing::Look look);
     const DimensionDrawing& get(std::size_t index) const { return drawings.at(index); }
 
-    /// The dimension whose text is there in the main camera's last picture, the last one of several.
+    /// The dimension whose text is there in the main camera's last picture.
     /// @param x  device pixels from the left upper corner, as `y`.
     std::optional<std::size_t> textAt(double x, double y) const;
     /// How many pixels of the picture the user sees as one: of a dense screen, or of a picture that is made smaller. 1 at

@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <unordered_map>
+#include <utility>
 
 namespace vrk::visual {
 namespace {
@@ -64,22 +66,21 @@ struct LabelBatch::Vertex {
 struct LabelBatch::Box {
     float left, bottom, right, top;
 
-    /// Two triangles. `vertexAt` takes whether it is the right and whether it is the top side.
+    /// A quad. `vertexAt` takes whether it is the right and whether it is the top side.
     template <typename VertexAt>
     static void add(std::vector<Vertex>& vertices, const VertexAt& vertexAt)
     {
-        for (const auto& [right, top] :
-             {std::pair(false, false), {true, false}, {true, true}, {false, false}, {true, true}, {false, true}})
+        for (const auto& [right, top] : {std::pair(false, false), {true, false}, {true, true}, {false, true}})
             vertices.push_back(vertexAt(right, top));
     }
 };
 
 LabelBatch::LabelBatch()
-    : SlotBatch(Draws::Triangles, {{Ogre::VET_FLOAT3, Ogre::VES_POSITION},
-                                   {Ogre::VET_FLOAT4, Ogre::VES_TEXTURE_COORDINATES, 0},
-                                   {Ogre::VET_FLOAT4, Ogre::VES_TEXTURE_COORDINATES, 1},
-                                   {Ogre::VET_UBYTE4_NORM, Ogre::VES_DIFFUSE},
-                                   {Ogre::VET_UBYTE4_NORM, Ogre::VES_SPECULAR}}),
+    : SlotBatch(Draws::IndexedTriangles, {{Ogre::VET_FLOAT3, Ogre::VES_POSITION},
+                                          {Ogre::VET_FLOAT4, Ogre::VES_TEXTURE_COORDINATES, 0},
+                                          {Ogre::VET_FLOAT4, Ogre::VES_TEXTURE_COORDINATES, 1},
+                                          {Ogre::VET_UBYTE4_NORM, Ogre::VES_DIFFUSE},
+                                          {Ogre::VET_UBYTE4_NORM, Ogre::VES_SPECULAR}}),
       atlas(static_cast<int>(letterSize)), material(materialByName("Label")->clone(freeMaterialName()))
 {
     setMaterial(material);
@@ -94,8 +95,9 @@ LabelBatch::~LabelBatch()
 void LabelBatch::setCount(std::size_t count)
 {
     labels.resize(count);
-    extents.resize(count);
+    layouts.resize(count);
     setSlotCount(count);
+    hasChanged = true;
 }
 
 void LabelBatch::set(std::size_t index, Label label)
@@ -107,8 +109,16 @@ void LabelBatch::set(std::size_t index, Label label)
 void LabelBatch::_notifyCurrentCamera(Ogre::Camera* camera)
 {
     SlotBatch::_notifyCurrentCamera(camera);
-    if (const Ogre::Viewport* viewport = camera->getViewport())
-        fit(std::max({1.f, pixelRatio, static_cast<float>(viewport->getActualHeight()) / rows}));
+    const Ogre::Viewport* viewport = camera->getViewport();
+    if (!viewport)
+        return;
+    fit(std::max({1.f, pixelRatio, static_cast<float>(viewport->getActualHeight()) / rows}));
+    const float width = 0.5f * static_cast<float>(viewport->getActualWidth());
+    const float height = 0.5f * static_cast<float>(viewport->getActualHeight());
+    toClip = camera->getProjectionMatrix() * camera->getViewMatrix() * getParentNode()->_getFullTransform();
+    hasChanged = hasChanged || width != halfWidth || height != halfHeight || toClip != chosenFor;
+    halfWidth = width;
+    halfHeight = height;
 }
 
 void LabelBatch::_updateRenderQueue(Ogre::RenderQueue* queue)
@@ -117,7 +127,92 @@ void LabelBatch::_updateRenderQueue(Ogre::RenderQueue* queue)
     if (texture.get() != shownTexture)
         material->getTechnique(0)->getPass(0)->getTextureUnitState(0)->setTexture(texture);
     shownTexture = texture.get();
+    upload();
+    if (hasChanged) {
+        chooseTexts();
+        writeIndices();
+        chosenFor = toClip;
+        hasChanged = false;
+    }
     SlotBatch::_updateRenderQueue(queue);
+}
+
+/// Those in the picture, in the order in which they take their room.
+std::vector<LabelBatch::Placed> LabelBatch::placedTexts() const
+{
+    std::vector<Placed> placed;
+    for (std::size_t i = 0; i < labels.size(); ++i) {
+        const Extent extent = layouts[i].extent;
+        if (extent.width == 0)
+            continue;
+        const Ogre::Vector4 clip = toClip * Ogre::Vector4(toOgre(labels[i].place));
+        if (clip.w <= 0 || clip.z < -clip.w)
+            continue;
+        const Placed text{i, clip.x / clip.w * halfWidth, clip.y / clip.w * halfHeight, clip.w};
+        if (std::abs(text.x) < halfWidth + extent.width / 2 && std::abs(text.y) < halfHeight + extent.height / 2)
+            placed.push_back(text);
+    }
+    std::ranges::sort(placed, [this](const Placed& a, const Placed& b) {
+        return std::pair(!labels[a.index].comesFirst, a.depth) < std::pair(!labels[b.index].comesFirst, b.depth);
+    });
+    return placed;
+}
+
+/// Each text asks those whose middles lie in cells around its own; a cell is as large as the largest text.
+void LabelBatch::chooseTexts()
+{
+    float cellWidth = 1, cellHeight = 1;
+    for (Layout& layout : layouts) {
+        layout.isSeen = false;
+        cellWidth = std::max(cellWidth, layout.extent.width);
+        cellHeight = std::max(cellHeight, layout.extent.height);
+    }
+    const auto cellOf = [&](int column, int row) { return static_cast<std::int64_t>(column) << 32 ^ row; };
+    std::unordered_multimap<std::int64_t, Placed> taken;
+    const auto covers = [this](const Placed& a, const Placed& b) {
+        const Extent of = layouts[a.index].extent, other = layouts[b.index].extent;
+        return std::abs(a.x - b.x) < (of.width + other.width) / 2 &&
+               std::abs(a.y - b.y) < (of.height + other.height) / 2;
+    };
+    for (const Placed& text : placedTexts()) {
+        const int column = static_cast<int>(std::floor(text.x / cellWidth));
+        const int row = static_cast<int>(std::floor(text.y / cellHeight));
+        bool isFree = true;
+        for (int c = column - 1; c <= column + 1 && isFree; ++c)
+            for (int r = row - 1; r <= row + 1 && isFree; ++r) {
+                const auto [first, last] = taken.equal_range(cellOf(c, r));
+                isFree = std::none_of(first, last, [&](const auto& entry) { return covers(entry.second, text); });
+            }
+        if (!isFree)
+            continue;
+        layouts[text.index].isSeen = true;
+        taken.emplace(cellOf(column, row), text);
+    }
+}
+
+void LabelBatch::writeIndices()
+{
+    std::vector<std::uint32_t> indices;
+    const auto addQuads = [&indices](std::size_t first, std::size_t count) {
+        for (std::size_t quad = 0; quad < count; ++quad)
+            for (const std::uint32_t corner : {0u, 1u, 2u, 0u, 2u, 3u})
+                indices.push_back(static_cast<std::uint32_t>(first + 4 * quad) + corner);
+    };
+    for (std::size_t i = 0; i < labels.size(); ++i)
+        addQuads(firstVertexOf(i), labels[i].marks.size());
+    for (std::size_t i = 0; i < labels.size(); ++i)
+        if (layouts[i].isSeen)
+            addQuads(firstVertexOf(i) + 4 * labels[i].marks.size(), layouts[i].textQuads);
+    Ogre::IndexData& data = *mRenderOp.indexData;
+    data.indexCount = indices.size();
+    if (indices.empty())
+        return;
+    if (indices.size() > indexCapacity) {
+        indexCapacity = 2 * indices.size();
+        data.indexBuffer = Ogre::HardwareBufferManager::getSingleton().createIndexBuffer(
+            Ogre::HardwareIndexBuffer::IT_32BIT, indexCapacity, Ogre::HardwareBuffer::HBU_DYNAMIC_WRITE_ONLY);
+    }
+    data.indexBuffer->writeData(0, indices.size() * sizeof(indices.front()), indices.data(), true);
 }
 
 void LabelBatch::fit(float finer)
@@ -137,16 +232,19 @@ void LabelBatch::build(std::size_t index)
     std::vector<Vertex> vertices;
     for (const rob::Posf& place : label.marks)
         addMark(label, place, vertices);
-    extents[index] = {};
+    layouts[index] = {};
+    hasChanged = true;
     if (!label.text.empty()) {
         const std::vector<std::u32string> lines = linesOf(label.text);
         int width = 0;
         for (const std::u32string& line : lines)
             width = std::max(width, widthOf(line));
         const auto height = static_cast<float>((lines.size() - 1) * (atlas.ascent() + atlas.descent()));
-        extents[index] = {static_cast<float>(width) + 2 * std::round(besideText * fineness),
-                          height + static_cast<float>(atlas.capHeight()) + 2 * std::round((aboveText + 1) * fineness)};
+        layouts[index].extent = {static_cast<float>(width) + 2 * std::round(besideText * fineness),
+                                 height + static_cast<float>(atlas.capHeight()) +
+                                     2 * std::round((aboveText + 1) * fineness)};
         addText(label, lines, vertices);
+        layouts[index].textQuads = static_cast<std::uint32_t>(vertices.size() / 4 - label.marks.size());
     }
     write(index, vertices);
 }
@@ -164,7 +262,7 @@ void LabelBatch::addMark(const Label& label, const rob::Posf& place, std::vector
 
 void LabelBatch::addText(const Label& label, const std::vector<std::u32string>& lines, std::vector<Vertex>& vertices)
 {
-    const Extent& extent = extents[&label - labels.data()];
+    const Extent& extent = layouts[&label - labels.data()].extent;
     // Whole pixels, so that no letter lies between two
     const float halfWidth = std::ceil(extent.width / 2);
     const float halfHeight = std::ceil(extent.height / 2);
