@@ -227,6 +227,7 @@ void Layout::forget(const std::unordered_set<unsigned>& gone)
         return gone.contains(attachment.child) || gone.contains(attachment.parent);
     });
     std::erase_if(visibilities, [&gone](unsigned hidden) { return gone.contains(hidden); });
+    std::erase_if(reaches, [&gone](unsigned arm) { return gone.contains(arm); });
 }
 
 void Layout::clear()

@@ -13,6 +13,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <unordered_set>
 
 namespace vrk::station {
@@ -30,8 +31,8 @@ public:
     {
         checkVersion();
         root.expectObject({"format", "version", "view", "manipulators", "assemblies", "parts", "pointclouds", "tools",
-                           "devices", "frames", "groups", "components", "tasks", "operations", "attachments",
-                           "hidden"});
+                           "devices", "frames", "groups", "components", "tasks", "operations", "attachments", "hidden",
+                           "reach"});
         if (root.has("view"))
             content.lastViewPointPose = root.at("view").asPose();
         readList("manipulators", content.manipulators,
@@ -50,6 +51,7 @@ public:
         ids.check();
         readAttachments();
         readHidden();
+        readReach();
         return std::move(content);
     }
 
@@ -62,10 +64,12 @@ private:
         if (format.asText() != stationFormat)
             format.fail(fmt::format("\"{}\"", stationFormat));
         const JsonPlace version = root.at("version");
-        if (version.get() != firstVersion && version.get() != programVersion && version.get() != cloudVersion)
-            version.fail(fmt::format("{}, {} or {}", firstVersion, programVersion, cloudVersion));
-        tasks.withPrograms = version.get() != firstVersion;
-        parts.withHiddenPoints = version.get() == cloudVersion;
+        if (!version.get().is_number_unsigned() || version.get() < firstVersion || version.get() > measureVersion)
+            version.fail(fmt::format("a version from {} to {}", firstVersion, measureVersion));
+        tasks.withPrograms = version.get() >= programVersion;
+        parts.withHiddenPoints = version.get() >= cloudVersion;
+        if (version.get() < measureVersion && root.has("reach"))
+            root.at("reach").fail(fmt::format("no such key before version {}", measureVersion));
     }
 
     template <typename List, typename Read>
@@ -150,6 +154,19 @@ private:
             if (!ids.find(place.asId()))
                 place.fail(fmt::format("the id of an object of the station, not {}", place.asId()));
             content.visibilities.push_back(place.asId());
+        });
+    }
+
+    void readReach()
+    {
+        root.forEach("reach", [&](const JsonPlace& place) {
+            const unsigned id = place.asId();
+            const StationIds::Known* known = ids.find(id);
+            if (!known || known->type != sdf::ModelType::Manipulator)
+                place.fail(fmt::format("the id of a manipulator of the station, not {}", id));
+            if (std::ranges::find(content.reaches, id) != content.reaches.end())
+                place.fail("a manipulator that is not listed before");
+            content.reaches.push_back(id);
         });
     }
 
