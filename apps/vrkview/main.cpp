@@ -1,5 +1,6 @@
 #include "canvas/Pick.h"
 #include "canvas/ProgramParts.h"
+#include "canvas/RobotReaches.h"
 #include "canvas/Surroundings.h"
 #include "canvas/ViewWidget.h"
 #include "demo/DemoStation.h"
@@ -145,6 +146,13 @@ void playSession(int argc, char** argv, const Station& station, const Options& o
     savePicture(window.getView().takePicture(view.toDevice(view.size())), options.playPicture);
 }
 
+/// In one line, whatever the cause says.
+void warn(std::string text)
+{
+    std::ranges::replace(text, '\n', ' ');
+    std::cerr << "vrkview: " << text << std::endl;
+}
+
 int run(int argc, char** argv, const Options& options)
 {
     std::optional<QuietOutput> quiet(std::in_place);
@@ -165,6 +173,7 @@ int run(int argc, char** argv, const Options& options)
     quiet.reset();
     switch (options.task) {
     case Options::Task::TakePicture:
+        drawReachesNow(warn);
         takePictures(options);
         break;
     case Options::Task::Pick:
@@ -179,10 +188,9 @@ int run(int argc, char** argv, const Options& options)
     return 0;
 }
 
-int fail(std::string text)
+int fail(const std::string& text)
 {
-    std::ranges::replace(text, '\n', ' ');
-    std::cerr << "vrkview: " << text << std::endl;
+    warn(text);
     return unusable;
 }
 

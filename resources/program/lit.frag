@@ -18,6 +18,7 @@ uniform mat4 view;     // the rows of its rotation are the camera's axes
 uniform vec4 tint;     // rgb: colour of the state; a: how much of it
 uniform vec4 finish;   // x: strength and y: exponent of the highlight, z: strength of the sheen, w: darkening at the rim
 uniform float opacity; // times the alpha of the surface colour
+uniform float rimOpacity; // how much more where the surface turns away: a glass shell has its outline so
 
 out vec4 fragColour;
 
@@ -59,6 +60,8 @@ void main()
     float shade = max(0.45 - dot(diffuse, vec3(1.0 / 3.0)), 0.0);
     diffuse += ambient.rgb + (0.22 + 0.7 * shade) * max(dot(n, normalize(v + 0.35 * right + 0.2 * up)), 0.0);
 
+    if (rimOpacity > 0.0)
+        alpha = min(alpha + surfaceColour.a * rimOpacity * pow(1.0 - towardsEye, 2.5), 1.0);
     float rim = 1.0 - finish.w * pow(1.0 - towardsEye, 3.0);
     vec3 lit = exposure * base * diffuse * rim + specular;
     // What is bright is pressed together, the hue kept, so that a highlight on a white face still shows its shape.

@@ -5,6 +5,7 @@
 #include "docks/PoseText.h"
 #include "docks/ProgramProperties.h"
 #include "docks/StationTree.h"
+#include "edit/ShowReach.h"
 #include "files/ObjectNames.h"
 
 #include "platform/layout/Body.h"
@@ -92,6 +93,10 @@ Properties ofOne(Visual& visual, const StationTree& tree)
                            Posed(visual.getPose()));
     }
     addCounts(properties, contentsOf(visual));
+    if (isReachShown(visual.getId())) {
+        properties.addHeading("Display");
+        properties.addValue("Reach", "shown");
+    }
     const std::shared_lock lock(sdf::SdfManager::inst().mutex());
     if (const QString file = fileOf(sdf::SdfManager::inst().find(visual.getId())); !file.isEmpty()) {
         properties.addHeading("Geometry");

@@ -13,6 +13,7 @@ enum class Touched {
     Visibility = 2,
     Colors = 4,
     Points = 8, ///< which points of clouds there are, or are hidden
+    Reach = 16, ///< of which robots it is shown how far they reach
 };
 Q_DECLARE_FLAGS(Touches, Touched)
 

@@ -12,7 +12,7 @@ struct Cancelled {};
 
 } // namespace
 
-FileOpening::FileOpening(QObject* parent) : QObject(parent) {}
+FileOpening::FileOpening(QObject* parent) : LongWork(parent) {}
 
 FileOpening::~FileOpening()
 {
@@ -40,7 +40,7 @@ void FileOpening::cancel()
 void FileOpening::start(Files files)
 {
     isCancelled = false;
-    emit started();
+    emit started(tr("Opening"));
     worker = std::thread([this, files = std::move(files)] {
         const Result result = read(files);
         QMetaObject::invokeMethod(

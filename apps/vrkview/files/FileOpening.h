@@ -1,8 +1,7 @@
 #pragma once
 
+#include "files/LongWork.h"
 #include "files/Station.h"
-
-#include <QObject>
 
 #include <atomic>
 #include <filesystem>
@@ -17,7 +16,7 @@ namespace vrkview {
 /// is handed over when all of it is there. One call at a time is worked on; further ones wait for it.
 ///
 /// Thread: the application's; the signals come there.
-class FileOpening : public QObject {
+class FileOpening : public LongWork {
     Q_OBJECT
 
 public:
@@ -29,19 +28,15 @@ public:
 
     void open(Files files);
     /// Ends the import at its next report of progress: some times a second in long steps. What waits is given up, too.
-    void cancel();
+    void cancel() override;
     bool isRunning() const { return worker.joinable(); }
 
 signals:
-    void started();
-    /// @param fraction  of the present file, 0 to 1.
-    void progressed(const QString& text, double fraction);
     void opened(const std::shared_ptr<vrkview::Station>& station, const std::vector<std::filesystem::path>& files);
     /// @param text  names the file and the cause.
     void failed(const QString& text);
+    /// One of these three comes ahead of `finished`; the fraction of `progressed` is that of the present file.
     void cancelled();
-    /// After one of the three above, when nothing waits.
-    void finished();
 
 private:
     struct Result {

@@ -5,6 +5,7 @@
 #include "canvas/Mouse.h"
 #include "canvas/MoveTool.h"
 #include "canvas/RegionTool.h"
+#include "canvas/RobotReaches.h"
 #include "canvas/Surroundings.h"
 #include "canvas/ViewWidget.h"
 #include "docks/JointDock.h"
@@ -296,7 +297,7 @@ void Player::settle()
     QApplication::sendPostedEvents(); // layouts, and what joints tell the docks
     waitUntil([&] {
         window.getFlight().finish();
-        return !view.isFrameRequested() && !window.getMouse().isMoveWaiting();
+        return !view.isFrameRequested() && !window.getMouse().isMoveWaiting() && !window.getReaches().isRunning();
     });
 }
 

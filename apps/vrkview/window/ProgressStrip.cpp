@@ -1,6 +1,6 @@
 #include "window/ProgressStrip.h"
 
-#include "files/FileOpening.h"
+#include "files/LongWork.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -18,8 +18,7 @@ constexpr int whole = 1000;
 
 } // namespace
 
-ProgressStrip::ProgressStrip(FileOpening& opening, QWidget* parent)
-    : QWidget(parent), text(new QLabel), bar(new QProgressBar)
+ProgressStrip::ProgressStrip(LongWork& work, QWidget* parent) : QWidget(parent), text(new QLabel), bar(new QProgressBar)
 {
     auto* cancel = new QPushButton(tr("Cancel"));
     cancel->setObjectName("cancel");
@@ -37,20 +36,20 @@ ProgressStrip::ProgressStrip(FileOpening& opening, QWidget* parent)
     row->addWidget(cancel);
     hide();
 
-    connect(&opening, &FileOpening::started, this, [this, cancel] {
-        text->setText(tr("Opening"));
+    connect(&work, &LongWork::started, this, [this, cancel](const QString& what) {
+        text->setText(fontMetrics().elidedText(what, Qt::ElideMiddle, textWidth));
         bar->setValue(0);
         cancel->setEnabled(true);
         show();
     });
-    connect(&opening, &FileOpening::progressed, this, [this, cancel](const QString& step, double fraction) {
+    connect(&work, &LongWork::progressed, this, [this, cancel](const QString& step, double fraction) {
         if (cancel->isEnabled())
             text->setText(fontMetrics().elidedText(step, Qt::ElideMiddle, textWidth));
         bar->setValue(static_cast<int>(std::lround(fraction * whole)));
     });
-    connect(&opening, &FileOpening::finished, this, &QWidget::hide);
-    connect(cancel, &QPushButton::clicked, this, [this, cancel, &opening] {
-        opening.cancel();
+    connect(&work, &LongWork::finished, this, &QWidget::hide);
+    connect(cancel, &QPushButton::clicked, this, [this, cancel, &work] {
+        work.cancel();
         cancel->setEnabled(false);
         text->setText(tr("Ending the present step"));
     });

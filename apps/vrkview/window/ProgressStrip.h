@@ -7,15 +7,15 @@ class QProgressBar;
 
 namespace vrkview {
 
-class FileOpening;
+class LongWork;
 
-/// In the status line: how far an opening is, and a button that gives it up. Hidden while nothing is opened.
+/// In the status line: how far a piece of work is, and a button that gives it up. Hidden while there is none.
 class ProgressStrip : public QWidget {
     Q_OBJECT
 
 public:
-    /// @param opening  outlives this.
-    explicit ProgressStrip(FileOpening& opening, QWidget* parent = nullptr);
+    /// @param work  outlives this.
+    explicit ProgressStrip(LongWork& work, QWidget* parent = nullptr);
 
 private:
     QLabel* text;

@@ -8,6 +8,7 @@
 #include "canvas/MoveTool.h"
 #include "canvas/ProgramParts.h"
 #include "canvas/RegionTool.h"
+#include "canvas/RobotReaches.h"
 #include "canvas/Surroundings.h"
 #include "canvas/ViewWidget.h"
 #include "canvas/Views.h"
@@ -21,6 +22,7 @@
 #include "edit/CloudActions.h"
 #include "edit/EditActions.h"
 #include "edit/History.h"
+#include "edit/ReachActions.h"
 #include "files/PictureFile.h"
 #include "start/StartUp.h"
 #include "window/Glyphs.h"
@@ -100,7 +102,8 @@ ViewWindow::ViewWindow(const Station& station, const DrawMode& mode)
       properties(new PropertyDock(state, this)),
       actions(new ViewActions(*this, state, flight, settings, *region, *mover, *bandTool, *mouse)),
       edits(new EditActions(*this, state)), bands(new BandActions(*this, state)),
-      clouds(new CloudActions(*this, state)), contents(new QLabel), underMouse(new QLabel),
+      clouds(new CloudActions(*this, state)), reaches(new RobotReaches(state, this)),
+      reachActions(new ReachActions(*this, state)), contents(new QLabel), underMouse(new QLabel),
       selection(new SelectionLine(state)), frameTime(new QLabel)
 {
     setAcceptDrops(true);
@@ -156,6 +159,9 @@ void ViewWindow::buildStatusLine()
     line.addWidget(underMouse, 1);
     line.addPermanentWidget(selection);
     line.addPermanentWidget(new ProgressStrip(files.getOpening()));
+    auto* reachProgress = new ProgressStrip(*reaches);
+    reachProgress->setObjectName("reach_progress");
+    line.addPermanentWidget(reachProgress);
     line.addPermanentWidget(frameTime);
     contents->setContentsMargins(6, 0, 0, 0);
     selection->setContentsMargins(0, 0, 12, 0);
@@ -238,6 +244,7 @@ void ViewWindow::buildMenus()
     clouds->fillMenu(editMenu);
     QMenu& viewMenu = *menuBar()->addMenu(tr("&View"));
     actions->fillViewMenu(viewMenu);
+    reachActions->fillMenu(viewMenu);
     viewMenu.addSeparator();
     QMenu& docks = *viewMenu.addMenu(tr("&Docks"));
     for (QDockWidget* dock : std::initializer_list<QDockWidget*>{tree, properties, joints, program})
@@ -251,6 +258,7 @@ void ViewWindow::buildMenus()
     edits->fillTreeMenu(tree->getTreeView());
     bands->fillTreeMenu(tree->getTreeView());
     clouds->fillTreeMenu(tree->getTreeView());
+    reachActions->fillTreeMenu(tree->getTreeView());
 }
 
 void ViewWindow::connectView()
@@ -265,6 +273,7 @@ void ViewWindow::connectView()
     connect(mover, &MoveTool::textChanged, underMouse, &QLabel::setText);
     connect(bandTool, &BandTool::textChanged, underMouse, &QLabel::setText);
     connect(region, &RegionTool::failed, messages, &MessageBar::tell);
+    connect(reaches, &RobotReaches::failed, messages, &MessageBar::tell);
     connect(&state, &ViewState::stationChanged, this, [this] {
         // Behind the posts that hide what is hidden, faces too: they do not count.
         vrk::visual::Scene::Get()->addRenderTask(

@@ -24,7 +24,9 @@ class Mouse;
 class MoveTool;
 class ProgramDock;
 class PropertyDock;
+class ReachActions;
 class RegionTool;
+class RobotReaches;
 class TreeDock;
 class ViewActions;
 class ViewWidget;
@@ -58,6 +60,8 @@ public:
     EditActions& getEdits() const { return *edits; }
     BandActions& getBands() const { return *bands; }
     CloudActions& getClouds() const { return *clouds; }
+    ReachActions& getReachActions() const { return *reachActions; }
+    RobotReaches& getReaches() const { return *reaches; }
     QString getSelectionText() const { return selection->text(); }
     MessageBar& getMessageBar() const { return *messages; }
 
@@ -118,6 +122,8 @@ private:
     EditActions* edits;
     BandActions* bands;
     CloudActions* clouds;
+    RobotReaches* reaches;
+    ReachActions* reachActions;
     QMenu* recent = nullptr;
     QLabel* contents;
     QLabel* underMouse;

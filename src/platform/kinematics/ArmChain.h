@@ -21,6 +21,7 @@ struct VRK_EXPORT ChainJoint {
     /// How far it moves; a whole turn at the most, which a continuous joint has.
     double span() const;
     bool turns() const { return type != layout::JointType::Prismatic; }
+    bool operator==(const ChainJoint&) const = default;
 };
 
 /// The joints that carry a point of an arm, from its base on: a value that needs neither the model nor its lock.
@@ -36,6 +37,8 @@ struct VRK_EXPORT ArmChain {
     /// Where the point is, relative to the mechanism.
     /// @param values  one for each joint; they are not held to the limits.
     rob::Posd pointAt(const std::vector<double>& values) const;
+    /// Whether every number is the same: both reach the same places then.
+    bool operator==(const ArmChain&) const = default;
 };
 
 } // namespace vrk::kinematics

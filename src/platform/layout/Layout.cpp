@@ -228,6 +228,7 @@ void Layout::forget(const std::unordered_set<unsigned>& gone)
         return gone.contains(attachment.child) || gone.contains(attachment.parent);
     });
     std::erase_if(visibilities, [&gone](unsigned hidden) { return gone.contains(hidden); });
+    std::erase_if(reaches, [&gone](unsigned arm) { return gone.contains(arm); });
     std::erase_if(dimensions, [&gone](const auto& dimension) {
         return std::ranges::any_of(dimension->ends, [&gone](const auto& end) { return gone.contains(end.object); });
     });

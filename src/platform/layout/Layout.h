@@ -56,6 +56,7 @@ struct VRK_EXPORT StationContent {
     std::vector<std::shared_ptr<task::Operation>> operations;
     std::vector<Attachment> attachments;
     std::vector<unsigned> visibilities; ///< the ids of what is hidden
+    std::vector<unsigned> reaches;      ///< the ids of the manipulators whose reach is shown
     /// None is null. One that is changed is exchanged, so that it is known by its pointer.
     std::vector<std::shared_ptr<const Dimension>> dimensions;
     rob::Posed lastViewPointPose; ///< of the camera; identity means none
@@ -89,8 +90,9 @@ public:
     void addOperation(std::shared_ptr<task::Operation> operation);
 
     /// Removes a standalone object with what it owns, and the tool data and edge runs that lie on these, from the station
-    /// and the object table. Groups, operations, attachments and `visibilities` forget the ids, and what measures them
-    /// goes; other things that lay on them lie on the world then. An unknown id does nothing. Remove a point cloud's visual first: it reads the points.
+    /// and the object table. Groups, operations, attachments, `visibilities` and `reaches` forget the ids, and dimensions of
+    /// them go; other things that lay on them lie on the world then. An unknown id does nothing. Remove a point cloud's
+    /// visual first: it reads the points.
     void remove(unsigned id);
     void removePart(unsigned id) { remove(id); }
     void removePointCloud(unsigned id) { remove(id); }

@@ -12,6 +12,7 @@
 #include "edit/PaintBodies.h"
 #include "edit/RemoveThings.h"
 #include "edit/RenameThing.h"
+#include "edit/ShowReach.h"
 #include "files/Station.h"
 
 #include "support/TempFolder.h"
@@ -162,7 +163,8 @@ std::string fingerprint()
         text += fmt::format("{} ", part->getId());
     for (const auto& attachment : layout.attachments)
         text += fmt::format("\n{} on {} {}", attachment.child, attachment.parent, textOf(attachment.pose));
-    return text + fmt::format("\nhidden {}", fmt::join(layout.visibilities, ","));
+    return text +
+           fmt::format("\nhidden {} reaches {}", fmt::join(layout.visibilities, ","), fmt::join(layout.reaches, ","));
 }
 
 /// Changes as a person at the screen might make them, all of them needed.
@@ -196,7 +198,7 @@ private:
 
     std::unique_ptr<Change> any()
     {
-        switch (below(12)) {
+        switch (below(13)) {
         case 0:
             return moving();
         case 1:
@@ -220,6 +222,11 @@ private:
         case 9:
         case 10:
             return ofPoints();
+        case 11: { // of what is no robot it would change nothing
+            const auto& robots = Layout::inst().manipulators;
+            return std::make_unique<ShowReach>(std::vector{anyThing(), robots.empty() ? 0 : oneOf(robots)->getId()},
+                                               below(2) == 0);
+        }
         default:
             return removal();
         }
@@ -314,6 +321,38 @@ private:
     std::filesystem::path cloudFile;
     int made = 0;
 };
+
+TEST_F(EditHistoryTest, ReachOfARobotIsShownHiddenAndTakenBackAsTheSameFile)
+{
+    const unsigned robot = Layout::inst().manipulators.front()->getId();
+    const std::string before = savedBytes();
+
+    history.push(std::make_unique<ShowReach>(std::vector{robot, thing("Pallet")}, true));
+
+    EXPECT_THAT(Layout::inst().reaches, testing::ElementsAre(robot)) << "what is no robot is passed over";
+    EXPECT_EQ(history.undoText().toStdString().substr(0, 10), "Show reach");
+    const std::string shown = savedBytes();
+    EXPECT_NE(shown, before);
+    history.push(std::make_unique<ShowReach>(std::vector{robot}, true));
+    EXPECT_EQ(history.count(), 1) << "which changes nothing";
+    history.undo();
+    EXPECT_EQ(savedBytes(), before);
+    history.redo();
+    EXPECT_EQ(savedBytes(), shown);
+}
+
+TEST_F(EditHistoryTest, RemovedRobotTakesItsReachAlongAndBringsItBack)
+{
+    const unsigned robot = Layout::inst().manipulators.front()->getId();
+    history.push(std::make_unique<ShowReach>(std::vector{robot}, true));
+    const std::string shown = savedBytes();
+
+    history.push(std::make_unique<RemoveThings>(std::vector{robot}));
+
+    EXPECT_THAT(Layout::inst().reaches, testing::IsEmpty());
+    history.undo();
+    EXPECT_EQ(savedBytes(), shown);
+}
 
 TEST_F(EditHistoryTest, ThousandChangesTakenBackAndMadeAgainGiveTheSameFiles)
 {

@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <fstream>
 
 namespace vrkview::test {
 namespace {
@@ -94,6 +95,42 @@ TEST(ViewerRobot, ArmOfNoKnownMakerHasTheColoursOfItsBodies)
 
     EXPECT_NE(picture("plain_post", "1 0 0 1"), picture("plain_post", "0 0 1 1"));
     EXPECT_EQ(picture("kuka_post", "1 0 0 1"), picture("kuka_post", "0 0 1 1")); // its maker's
+}
+
+/// As the command line would not: the reach of all robots of a saved station is to be shown.
+void showReaches(const std::string& station)
+{
+    json saved = json::parse(bytesOf(station));
+    saved["version"] = 4;
+    for (const json& arm : saved["manipulators"])
+        saved["reach"].push_back(arm["id"]);
+    std::ofstream(station) << saved;
+}
+
+TEST(ViewerRobot, ReachOfASavedStationIsInThePictureAndWhereItCannotBeToldInALine)
+{
+    const Files files;
+    const std::string station = files.path("cell.station.json");
+    const std::string without = pictureOf(files, "without.png", {files.write("post.urdf", robot), "--save", station});
+    const std::string list = runViewer({"--list", station}).out;
+    showReaches(station);
+
+    const Outcome onAxis = runViewer({station, "--shot", files.path("axis.png"), "--size", "160x120", "--view", "top"});
+
+    EXPECT_EQ(onAxis.exitCode, 0);
+    EXPECT_THAT(onAxis.err, HasSubstr("vrkview: kuka_post: the wrist of the arm does not leave the axis of its first "
+                                      "joint\n"));
+    EXPECT_EQ(bytesOf(files.path("axis.png")), without);
+    EXPECT_EQ(runViewer({"--list", station}).out, list);
+
+    json saved = json::parse(bytesOf(station));
+    saved["manipulators"][0]["wrist"]["pose"] = {300, 0, 0, 1, 0, 0, 0};
+    std::ofstream(station) << saved;
+    const Outcome reached =
+        runViewer({station, "--shot", files.path("reach.png"), "--size", "160x120", "--view", "top"});
+    EXPECT_EQ(reached.exitCode, 0);
+    EXPECT_THAT(reached.err, testing::Not(HasSubstr("vrkview:")));
+    EXPECT_NE(bytesOf(files.path("reach.png")), without);
 }
 
 const std::string program =

@@ -179,6 +179,19 @@ TEST_F(LayoutContentTest, DimensionWithoutAllOfItsEndsIsRefused)
     EXPECT_THAT(station.dimensions, IsEmpty());
 }
 
+TEST_F(LayoutContentTest, ReachOfARemovedManipulatorIsForgotten)
+{
+    const auto arm = std::make_shared<Manipulator>(newId(), "arm");
+    const auto other = std::make_shared<Manipulator>(newId(), "other");
+    station.addManipulator(arm);
+    station.addManipulator(other);
+    station.reaches = {other->getId(), arm->getId()};
+
+    station.remove(arm->getId());
+
+    EXPECT_THAT(station.reaches, ElementsAre(other->getId()));
+}
+
 TEST_F(LayoutContentTest, ToolDataGoesWithItsToolAndTheProgramStays)
 {
     const auto arm = std::make_shared<Manipulator>(newId(), "arm");

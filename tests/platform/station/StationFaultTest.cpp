@@ -120,6 +120,8 @@ INSTANTIATE_TEST_SUITE_P(
         Fault{"NoFormat", "/format", nullptr, "/: expected the key 'format'"},
         Fault{"LaterVersion", "/version", "5", "/version: expected a version from 1 to 4"},
         Fault{"VersionAsText", "/version", "\"1\"", "/version: expected a version from 1 to 4"},
+        Fault{"VersionWithAPart", "/version", "1.5", "/version: expected a version from 1 to 4"},
+        Fault{"VersionBeyondAnyNumber", "/version", "4294967297", "/version: expected a version from 1 to 4"},
         Fault{"UnknownKey", "/robots", "[]", "/robots: expected no such key"},
         Fault{"UnknownKeyInside", "/parts/0/nmae", "\"p\"", "/parts/0/nmae: expected no such key"},
         Fault{"ListThatIsNone", "/parts", "{}", "/parts: expected an array"},
@@ -277,6 +279,36 @@ INSTANTIATE_TEST_SUITE_P(
               "/dimensions/0/ends/0/number: expected a number from 1 to 2147483647"},
         Fault{"PlaceOfTwoNumbers", "/dimensions/0/ends/0/place", "[0, 0]",
               "/dimensions/0/ends/0/place: expected 3 numbers"}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+/// Faults of the robots whose reach is shown, in the first version that has them.
+class ReachFault : public StationFault {};
+
+TEST_P(ReachFault, IsRefusedWithItsPlace)
+{
+    const Fault& fault = GetParam();
+    Json station = validStation();
+    station["version"] = 4;
+    station["reach"] = Json::array({1});
+    ASSERT_NO_THROW(LoadStationFile(folder.write("cell.station.json", station.dump())));
+    station[Json::json_pointer(fault.at)] = Json::parse(fault.value);
+    const std::filesystem::path file = folder.write("cell.station.json", station.dump());
+
+    EXPECT_THAT([&] { LoadStationFile(file); },
+                ThrowsMessage<StationFileError>(StrEq(file.string() + ": " + fault.expected)));
+    EXPECT_THAT(Layout::inst().reaches, ElementsAre(1)) << "the station that was there stays";
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, ReachFault,
+    testing::Values(
+        Fault{"EarlierVersion", "/version", "3", "/reach: expected no such key before version 4"},
+        Fault{"ReachOfNothing", "/reach", "[999]",
+              "/reach/0: expected the id of a manipulator of the station, not 999"},
+        Fault{"ReachOfADevice", "/reach", "[30]", "/reach/0: expected the id of a manipulator of the station, not 30"},
+        Fault{"ReachTwice", "/reach", "[1, 1]", "/reach/1: expected a manipulator that is not listed before"},
+        Fault{"ReachAsText", "/reach", "[\"1\"]", "/reach/0: expected an id from 1 to 2147483646"},
+        Fault{"ReachIsNoList", "/reach", "1", "/reach: expected an array"}),
     [](const auto& info) { return std::string(info.param.name); });
 
 class StationTextFault : public testing::Test {

@@ -153,6 +153,21 @@ TEST_F(StationFileTest, DimensionsComeBackAndOlderReadersOpenWhatHasNone)
     EXPECT_THAT(test::TempFolder::Read(saved("none.station.json")), HasSubstr("\"version\": 1,"));
 }
 
+TEST_F(StationFileTest, ReachesComeBackAndOlderReadersOpenWhatHasNone)
+{
+    const test::WholeStation models(mesh.string());
+    Layout::inst().dimensions.clear();
+    EXPECT_THAT(test::TempFolder::Read(saved("none.station.json")), HasSubstr("\"version\": 1,"));
+    Layout::inst().reaches = {models.arm->getId()};
+    const std::string text = test::TempFolder::Read(saved("cell.station.json"));
+    EXPECT_THAT(text, HasSubstr("\"version\": 4,"));
+
+    LoadStationFile(folder / "cell.station.json");
+
+    EXPECT_THAT(Layout::inst().reaches, ElementsAre(models.arm->getId()));
+    EXPECT_EQ(test::TempFolder::Read(saved("again.station.json")), text);
+}
+
 TEST_F(StationFileTest, LooksOfABodyComeBack)
 {
     const test::WholeStation models(mesh.string());

@@ -14,6 +14,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <unordered_set>
 
 namespace vrk::station {
@@ -32,7 +33,7 @@ public:
         checkVersion();
         root.expectObject({"format", "version", "view", "manipulators", "assemblies", "parts", "pointclouds", "tools",
                            "devices", "frames", "groups", "components", "tasks", "operations", "attachments", "hidden",
-                           "dimensions"});
+                           "reach", "dimensions"});
         if (root.has("view"))
             content.lastViewPointPose = root.at("view").asPose();
         readList("manipulators", content.manipulators,
@@ -51,6 +52,7 @@ public:
         ids.check();
         readAttachments();
         readHidden();
+        readReach();
         root.forEach("dimensions",
                      [this](const JsonPlace& at) { content.dimensions.push_back(readDimension(at, ids)); });
         return std::move(content);
@@ -69,8 +71,10 @@ private:
             version.fail(fmt::format("a version from {} to {}", firstVersion, measureVersion));
         tasks.withPrograms = version.get() >= programVersion;
         parts.withHiddenPoints = version.get() >= cloudVersion;
-        if (version.get() < measureVersion && root.has("dimensions"))
-            root.at("dimensions").fail(fmt::format("no such key before version {}", measureVersion));
+        if (version.get() < measureVersion)
+            for (const char* key : {"reach", "dimensions"})
+                if (root.has(key))
+                    root.at(key).fail(fmt::format("no such key before version {}", measureVersion));
     }
 
     template <typename List, typename Read>
@@ -155,6 +159,19 @@ private:
             if (!ids.find(place.asId()))
                 place.fail(fmt::format("the id of an object of the station, not {}", place.asId()));
             content.visibilities.push_back(place.asId());
+        });
+    }
+
+    void readReach()
+    {
+        root.forEach("reach", [&](const JsonPlace& place) {
+            const unsigned id = place.asId();
+            const StationIds::Known* known = ids.find(id);
+            if (!known || known->type != sdf::ModelType::Manipulator)
+                place.fail(fmt::format("the id of a manipulator of the station, not {}", id));
+            if (std::ranges::find(content.reaches, id) != content.reaches.end())
+                place.fail("a manipulator that is not listed before");
+            content.reaches.push_back(id);
         });
     }
 

@@ -30,15 +30,7 @@ public:
 
     Json write()
     {
-        const bool hasPrograms =
-            std::ranges::any_of(content.tasks, [](const auto& task) { return needsPrograms(*task); });
-        const bool hasHiddenPoints = std::ranges::any_of(
-            content.pointclouds, [](const auto& cloud) { return cloud->getHiddenPoints() != nullptr; });
-        Json json{{"format", stationFormat},
-                  {"version", !content.dimensions.empty() ? measureVersion
-                              : hasHiddenPoints           ? cloudVersion
-                              : hasPrograms               ? programVersion
-                                                          : firstVersion}};
+        Json json{{"format", stationFormat}, {"version", version()}};
         if (content.lastViewPointPose != rob::Posed())
             json["view"] = station::jsonOf(content.lastViewPointPose);
         addList(json, "manipulators", content.manipulators,
@@ -59,12 +51,26 @@ public:
                                            {"pose", station::jsonOf(attachment.pose)}});
         if (!content.visibilities.empty())
             json["hidden"] = content.visibilities;
+        if (!content.reaches.empty())
+            json["reach"] = content.reaches;
         for (const auto& dimension : content.dimensions)
             json["dimensions"].push_back(station::jsonOf(*dimension));
         return json;
     }
 
 private:
+    int version() const
+    {
+        if (!content.reaches.empty() || !content.dimensions.empty())
+            return measureVersion;
+        if (std::ranges::any_of(content.pointclouds,
+                                [](const auto& cloud) { return cloud->getHiddenPoints() != nullptr; }))
+            return cloudVersion;
+        if (std::ranges::any_of(content.tasks, [](const auto& task) { return needsPrograms(*task); }))
+            return programVersion;
+        return firstVersion;
+    }
+
     template <typename List, typename Write>
     void addList(Json& json, const char* key, const List& list, Write write)
     {
