@@ -33,6 +33,12 @@ void showUVIndicator(SceneCore& core, const TopoDS_Face& face)
 
 } // namespace
 
+UVIndicatorVisual* UVIndicatorVisual::Get()
+{
+    SceneCore* core = SceneCore::Get();
+    return core ? core->record<UVIndicator>().get() : nullptr;
+}
+
 void Scene::attachGuiTo(GuiVisual* gui, unsigned id, const rob::Posef& pose)
 {
     addRenderTask([this, gui, id, pose] { core->record<AttachedGuis>().attach(gui, GetVisual(id), pose); }, 0);

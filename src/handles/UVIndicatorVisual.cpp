@@ -15,6 +15,7 @@ namespace {
 constexpr const char* meshName = "uv_indicator";
 constexpr const char* material = "UVIndicator";
 constexpr const char* color = "#B8CE8E";
+constexpr float toldLength = 20; // of the arrows of the mesh
 
 rob::Dirf directionOf(const gp_Vec& derivative)
 {
@@ -29,6 +30,12 @@ UVIndicatorVisual::UVIndicatorVisual(const std::string& name, Visual* parent)
     mesh->attachMesh(meshName);
     mesh->setMaterial(material, material, material);
     mesh->setColor(color);
+}
+
+void UVIndicatorVisual::setLength(float length)
+{
+    const float scale = length / toldLength;
+    setScale(scale, scale, scale);
 }
 
 void UVIndicatorVisual::show(const TopoDS_Face& face)

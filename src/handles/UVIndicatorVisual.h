@@ -20,6 +20,10 @@ public:
     /// @throws std::overflow_error "0-length vector cannot be normalized." where U and V do not span a plane; nothing has
     ///         moved then.
     void show(const TopoDS_Face& face);
+    /// The one that the scene shows; null before it has shown any.
+    static UVIndicatorVisual* Get();
+    /// Scales it, so that its arrows have this length: told sizes are some pixels on a large face. Model units, above 0.
+    void setLength(float length);
     MeshVisual* getMesh() const { return mesh; }
 
 private:

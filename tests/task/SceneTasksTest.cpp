@@ -594,6 +594,28 @@ TEST_F(SceneTasks, TargetsGoAndComeWithTheirSwitch)
     EXPECT_EQ(visualOf(moves[4])->getTarget()->getType(), VisualType::JointTarget);
 }
 
+TEST_F(SceneTasks, MoveThatHangsOnItsOwnTargetGoesWithItAndTheOthersStay)
+{
+    addThree();
+    moves.push_back(program.circular(Posd(250, 50, 0), Posd(300, 0, 0)));
+    show();
+    for (const std::size_t i : {1u, 3u}) {
+        const unsigned target = visualOf(moves[i])->getTarget()->getId();
+        scene.reparentVisual(target, 0); // else it hangs on the move
+        scene.reparentVisual(moves[i]->getId(), target);
+    }
+    drain();
+    ASSERT_EQ(visualOf(moves[3])->getParent(), visualOf(moves[3])->getTarget());
+
+    scene.setDrawTargetVisual(false);
+    drain();
+
+    EXPECT_FALSE(Scene::HasVisual(moves[1]->getId()));
+    EXPECT_FALSE(Scene::HasVisual(moves[3]->getId()));
+    EXPECT_EQ(visualOf(moves[0])->getTarget(), nullptr);
+    EXPECT_EQ(visualOf(moves[2])->getTarget(), nullptr);
+}
+
 TEST_F(SceneTasks, TargetsThatAreSwitchedOnTwiceStandBesideTheOldOnes)
 {
     addThree();

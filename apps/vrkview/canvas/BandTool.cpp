@@ -314,23 +314,34 @@ BandTool::Found BandTool::find(const QPointF& place) const
 /// The knobs have their size in the world, and from afar are but some pixels.
 Piece BandTool::knobAt(const QPointF& place) const
 {
-    const vrk::visual::DragLens lens(Camera::Get()->getSnapshot());
     Piece nearest = Piece::None;
     double least = knobReach * view.devicePixelRatioF();
-    for (const Handle& handle : handles()) {
-        const bool isEnd = handle.piece == Piece::End;
-        if ((!isEnd && handle.piece != Piece::Start) || (isEnd && shape()->closed))
+    for (const Piece piece : {Piece::Start, Piece::End}) {
+        if (piece == Piece::End && shape()->closed)
             continue;
-        const vrk::rob::Vec3d middle = lens.toCamera(vrk::rob::Posd(handle.visual->getWorldPosition()));
-        if (!lens.isBefore(middle))
+        const std::optional<QPointF> image = imageOf(piece);
+        if (!image)
             continue;
-        const double off = (lens.imageOf(middle) - vrk::rob::Vec2Template<double>(place.x(), place.y())).length();
+        const double off = std::hypot(image->x() - place.x(), image->y() - place.y());
         if (off < least) {
             least = off;
-            nearest = handle.piece;
+            nearest = piece;
         }
     }
     return nearest;
+}
+
+/// Where the middle of a handle is seen, in device pixels; empty where it lies behind the eye.
+std::optional<QPointF> BandTool::imageOf(Piece piece)
+{
+    const auto all = handles();
+    const auto handle = std::ranges::find(all, piece, &Handle::piece);
+    const vrk::visual::DragLens lens(Camera::Get()->getSnapshot());
+    const vrk::rob::Vec3d middle = lens.toCamera(vrk::rob::Posd(handle->visual->getWorldPosition()));
+    if (!lens.isBefore(middle))
+        return {};
+    const auto image = lens.imageOf(middle);
+    return QPointF(image.x, image.y);
 }
 
 /// Posts only what is new: each post costs a frame.
@@ -400,7 +411,8 @@ void BandTool::drawEnd(const InputEvent& event)
         if (VectorBandVisual* visual = visualOf(id))
             visual->selectRange(*draft, draft->getStart(), draft->getEnd());
     });
-    tell(tr("%1 mm from the beginning, %2 mm long").arg(fixedNumber(from, 2), fixedNumber(to - from, 2)), event.place);
+    tell(tr("%1 mm from the beginning, %2 mm long").arg(fixedNumber(from, 2), fixedNumber(to - from, 2)), event.place,
+         imageOf(drag->piece == Piece::Start ? Piece::End : Piece::Start));
 }
 
 void BandTool::turn(const InputEvent& event)
@@ -453,9 +465,9 @@ bool BandTool::cancel()
     return wasDragging;
 }
 
-void BandTool::tell(const QString& text, const QPointF& place)
+void BandTool::tell(const QString& text, const QPointF& place, const std::optional<QPointF>& keepClear)
 {
-    note.tell(text, place);
+    note.tell(text, place, keepClear);
     emit textChanged(text);
 }
 

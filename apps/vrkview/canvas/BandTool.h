@@ -82,13 +82,14 @@ private:
     void putRings(std::optional<Index> vector);
     Found find(const QPointF& place) const;
     Piece knobAt(const QPointF& place) const;
+    static std::optional<QPointF> imageOf(Piece piece);
     void hover(const Found& found);
     void begin(Piece piece, const QPointF& place);
     void goOn(const InputEvent& event);
     void drawEnd(const InputEvent& event);
     void turn(const InputEvent& event);
     void end(bool keeps);
-    void tell(const QString& text, const QPointF& place);
+    void tell(const QString& text, const QPointF& place, const std::optional<QPointF>& keepClear = {});
     std::shared_ptr<vrk::task::EdgeMfgShape> shape() const;
     vrk::rob::Posed carrierPose() const;
     std::optional<Index> indexOf(PathPoint point) const;

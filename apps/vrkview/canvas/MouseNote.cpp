@@ -7,6 +7,7 @@ namespace {
 
 constexpr QPoint offset(18, 14); // logical pixels from the mouse
 constexpr int margin = 4;
+constexpr int clearance = 10; // logical pixels about what is to be seen
 
 } // namespace
 
@@ -16,11 +17,17 @@ MouseNote::MouseNote(ViewWidget& view) : view(view), label(new QLabel(&view, Qt:
     label->setMargin(margin);
 }
 
-void MouseNote::tell(const QString& text, const QPointF& place)
+void MouseNote::tell(const QString& text, const QPointF& place, const std::optional<QPointF>& keepClear)
 {
     label->setText(text);
     label->adjustSize();
-    label->move(view.mapToGlobal((place / view.devicePixelRatioF()).toPoint()) + offset);
+    const auto toGlobal = [this](const QPointF& at) {
+        return view.mapToGlobal((at / view.devicePixelRatioF()).toPoint());
+    };
+    QRect where(toGlobal(place) + offset, label->size());
+    if (keepClear && where.adjusted(-clearance, -clearance, clearance, clearance).contains(toGlobal(*keepClear)))
+        where.moveBottom(toGlobal(place).y() - offset.y());
+    label->move(where.topLeft());
     label->show();
 }
 

@@ -4,6 +4,8 @@
 #include <QPointF>
 #include <QString>
 
+#include <optional>
+
 namespace vrkview {
 
 class ViewWidget;
@@ -16,8 +18,10 @@ public:
     /// @param view  outlives this, and owns the label.
     explicit MouseNote(ViewWidget& view);
 
-    /// @param place  of the mouse, in device pixels of the view.
-    void tell(const QString& text, const QPointF& place);
+    /// Beside the mouse, to the right of it and below where that covers nothing that is to be seen.
+    /// @param place      of the mouse, in device pixels of the view.
+    /// @param keepClear  a place that it must not cover, likewise.
+    void tell(const QString& text, const QPointF& place, const std::optional<QPointF>& keepClear = {});
     void hush();
 
 private:

@@ -18,6 +18,7 @@
 #include "selection/VisualSelection.h"
 #include "task/bands/BandVectorVisual.h"
 #include "task/bands/VectorBandVisual.h"
+#include "visual/MeshVisual.h"
 
 #include <BRepBndLib.hxx>
 #include <Bnd_Box.hxx>
@@ -42,6 +43,7 @@ using vrk::rob::Posed;
 using vrk::task::EdgeMfgShape;
 using vrk::visual::PathEndsHandle;
 using vrk::visual::Scene;
+using vrk::visual::UVIndicatorVisual;
 using vrk::visual::VectorBandVisual;
 using vrk::visual::VectorHandle;
 using vrk::visual::Visual;
@@ -387,25 +389,23 @@ TEST_F(BandToolTest, DirectionsOfAFaceStandOnTheOneThatWasSelectedLast)
     typeKey("u");
     state().toggleFace(bodyId, 3, ViewState::FaceUse::Base);
     settle();
-    const auto shown = [] {
-        const Visual* found = nullptr;
-        for (const Visual* child : Scene::GetWorldVisual()->getChildren())
-            if (child->getName().starts_with("uvdirection") && child->isVisible())
-                found = child;
-        return found;
-    };
-    ASSERT_NE(shown(), nullptr);
-    const vrk::rob::Posf first = shown()->getWorldPosition();
+    const UVIndicatorVisual* mark = UVIndicatorVisual::Get();
+    ASSERT_NE(mark, nullptr);
+    EXPECT_TRUE(mark->isVisible());
+    const vrk::rob::Posf first = mark->getWorldPosition();
     const vrk::rob::Posf crate = Scene::GetVisual(bodyId)->getWorldPosition();
     EXPECT_LT((first - crate).length(), 400.0f) << "on the crate, and not where it was drawn";
 
     state().toggleFace(bodyId, 6, ViewState::FaceUse::Base);
     settle();
-    EXPECT_GT((shown()->getWorldPosition() - first).length(), 100.0f);
+    EXPECT_GT((mark->getWorldPosition() - first).length(), 100.0f);
     shoot("face-directions");
+    const Ogre::AxisAlignedBox box = mark->getMesh()->getEntity()->getWorldBoundingBox(true);
+    EXPECT_GT(box.getSize().length(), 60) << "to be seen on a face of some 300 mm";
+    EXPECT_LT(box.getSize().length(), 250);
     typeKey("u");
     settle();
-    EXPECT_EQ(shown(), nullptr);
+    EXPECT_FALSE(mark->isVisible());
 }
 
 } // namespace
