@@ -83,16 +83,21 @@ std::optional<SnapPlace> snapPlaceAt(const ViewWidget& view, const StationTree& 
     const std::optional<PickCandidate> found = query.askBest();
     if (!found)
         return std::nullopt;
-    const Picked picked(tree, *found);
+    return snapPlaceOf(tree, *found);
+}
+
+SnapPlace snapPlaceOf(const StationTree& tree, const PickCandidate& found)
+{
+    const Picked picked(tree, found);
     const QString name = nameOfThing(picked.thing);
-    SnapPlace snap{SnapPlace::Kind::Face, found->place,  QObject::tr("place of %1").arg(name),
-                   found->visualId,       picked.face(), picked.edge()};
-    if (found->kind == PickKind::Vertex || found->kind == PickKind::Point) {
+    SnapPlace snap{SnapPlace::Kind::Face, found.place,   QObject::tr("place of %1").arg(name),
+                   found.visualId,        picked.face(), picked.edge()};
+    if (found.kind == PickKind::Vertex || found.kind == PickKind::Point) {
         snap.kind = SnapPlace::Kind::Corner;
         snap.text = QObject::tr("corner of %1").arg(name);
         // As exact as the shape: what picking tells went through the scene's single precision.
-        if (const TopoDS_Vertex vertex = vertexOfBody(snap.body, static_cast<unsigned>(found->subId));
-            found->kind == PickKind::Vertex && !vertex.IsNull())
+        if (const TopoDS_Vertex vertex = vertexOfBody(snap.body, static_cast<unsigned>(found.subId));
+            found.kind == PickKind::Vertex && !vertex.IsNull())
             snap.place = inWorld(snap.body, BRep_Tool::Pnt(vertex));
     } else if (snap.face != 0) {
         snap.text = QObject::tr("face of %1").arg(name);

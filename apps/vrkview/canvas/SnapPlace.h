@@ -8,6 +8,10 @@
 #include <optional>
 #include <vector>
 
+namespace vrk::selection {
+struct PickCandidate;
+}
+
 namespace vrkview {
 
 class StationTree;
@@ -32,6 +36,9 @@ struct SnapPlace {
 /// @param without  ids of things that do not count, with all that hangs on them; neither does the handle.
 std::optional<SnapPlace> snapPlaceAt(const ViewWidget& view, const StationTree& tree, const QPointF& mouse,
                                      const std::vector<unsigned>& without);
+
+/// The place that a pick found, likewise.
+SnapPlace snapPlaceOf(const StationTree& tree, const vrk::selection::PickCandidate& found);
 
 /// The outline of the sign of such a place: a square for a corner, a triangle for a middle, a circle for a centre, a diamond
 /// for a face.
