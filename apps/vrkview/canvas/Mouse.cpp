@@ -6,6 +6,8 @@
 #include "canvas/RegionTool.h"
 #include "canvas/ViewState.h"
 #include "canvas/ViewWidget.h"
+#include "measure/MeasureTool.h"
+#include "measure/StationDimensions.h"
 #include "window/Settings.h"
 
 #include "scene/Scene.h"
@@ -70,9 +72,10 @@ RegionTool::Effect effectOf(Qt::KeyboardModifiers modifiers)
 } // namespace
 
 Mouse::Mouse(ViewWidget& view, ViewState& state, const Settings& settings, CameraFlight& flight, RegionTool& region,
-             MoveTool& mover, BandTool& bandTool, QObject* parent)
+             MoveTool& mover, BandTool& bandTool, MeasureTool& measurer, QObject* parent)
     : QObject(parent), view(view), state(state), settings(settings), flight(flight), region(region), mover(mover),
-      bandTool(bandTool), finder(view, state.getTree()), hover(state), candidates(new CandidateList(&view))
+      bandTool(bandTool), measurer(measurer), finder(view, state.getTree()), hover(state),
+      candidates(new CandidateList(&view))
 {
     longPress.setSingleShot(true);
     longPress.setInterval(usualLongPress);
@@ -170,8 +173,11 @@ void Mouse::act(const InputEvent& event)
         move(event);
         break;
     case Kind::Leave:
-        if (!isDragging())
+        if (!isDragging()) {
             hover.clear();
+            measurer.leave();
+            StationDimensions::Get().setHovered(nullptr);
+        }
         break;
     case Kind::Wheel:
         turnWheel(event);
@@ -186,9 +192,9 @@ void Mouse::press(const InputEvent& event)
     pressed = event;
     isSpent = false;
     isSecondClick = event.kind == Kind::DoubleClick && event.button == Qt::LeftButton &&
-                    event.modifiers == Qt::NoModifier; // with one, two quick clicks stay two
+                    event.modifiers == Qt::NoModifier && !measurer.isOn(); // else, two quick clicks stay two
     const bool mayBecomeLong = event.button == Qt::LeftButton && event.modifiers == Qt::NoModifier &&
-                               longPress.interval() > 0 && !isSecondClick && !region.isLassoOn();
+                               longPress.interval() > 0 && !isSecondClick && !region.isLassoOn() && !measurer.isOn();
     if (mayBecomeLong)
         longPress.start();
     if (!isSecondClick || region.isLassoOn())
@@ -204,7 +210,8 @@ void Mouse::release(const InputEvent& event)
     longPress.stop();
     if (isDragging())
         endDrag();
-    else if (!isSpent && pressed->button == Qt::LeftButton && !clickLasso(event) && !isSecondClick)
+    else if (!isSpent && pressed->button == Qt::LeftButton && !clickLasso(event) && !clickDimension(event) &&
+             !isSecondClick)
         click();
     pressed.reset();
 }
@@ -231,6 +238,19 @@ void Mouse::move(const InputEvent& event)
 
 void Mouse::hoverAt(const InputEvent& event)
 {
+    if (measurer.isOn()) {
+        bringUpToDate();
+        hover.clear();
+        measurer.hover(event.place, event.modifiers);
+        return;
+    }
+    StationDimensions& dimensions = StationDimensions::Get();
+    const DimensionPointer dimension = dimensions.textAt(event.place.x(), event.place.y());
+    dimensions.setHovered(dimension);
+    if (dimension) {
+        hover.clear();
+        return;
+    }
     const PickAim aim = aimOf(event.modifiers);
     const auto found = pick(event.place, Purpose::Hover, aim);
     if (!found) {
@@ -267,6 +287,7 @@ void Mouse::startDrag()
     drag = dragOfPress();
     last = pressed->place;
     hover.clear();
+    measurer.leave();
     if (drag == Drag::Region)
         beginRegion();
     if (drag != Drag::Orbit)
@@ -436,6 +457,25 @@ bool Mouse::clickLasso(const InputEvent& event)
         region.begin(RegionTool::Shape::Polygon, event.place, effectOf(event.modifiers));
     else
         region.addCorner(event.place);
+    return true;
+}
+
+/// A click while something is measured, or on the text of a dimension, which is selected then.
+bool Mouse::clickDimension(const InputEvent& event)
+{
+    if (measurer.isOn()) {
+        bringUpToDate();
+        measurer.click(event.place, event.modifiers);
+        return true;
+    }
+    StationDimensions& dimensions = StationDimensions::Get();
+    const DimensionPointer found = dimensions.textAt(event.place.x(), event.place.y());
+    if (!found) {
+        dimensions.select({});
+        return false;
+    }
+    state.clear();
+    dimensions.select({found});
     return true;
 }
 

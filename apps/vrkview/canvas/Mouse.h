@@ -15,6 +15,7 @@ namespace vrkview {
 
 class BandTool;
 class CameraFlight;
+class MeasureTool;
 class MoveTool;
 class RegionTool;
 class Settings;
@@ -37,7 +38,7 @@ class Mouse : public QObject {
 public:
     /// All outlive this.
     Mouse(ViewWidget& view, ViewState& state, const Settings& settings, CameraFlight& flight, RegionTool& region,
-          MoveTool& mover, BandTool& bandTool, QObject* parent = nullptr);
+          MoveTool& mover, BandTool& bandTool, MeasureTool& measurer, QObject* parent = nullptr);
 
     Hover& getHover() { return hover; }
     ViewPick& getPick() { return finder; }
@@ -97,6 +98,7 @@ private:
     void hoverAt(const InputEvent& event);
     void click();
     bool clickLasso(const InputEvent& event);
+    bool clickDimension(const InputEvent& event);
     void apply(const Picked* found, Qt::KeyboardModifiers modifiers);
     void applyToThing(unsigned thing, bool adds);
     void applyToPiece(const Picked& found, Qt::KeyboardModifiers modifiers);
@@ -116,6 +118,7 @@ private:
     RegionTool& region;
     MoveTool& mover;
     BandTool& bandTool;
+    MeasureTool& measurer;
     ViewPick finder;
     Hover hover;
     CandidateList* candidates;         // Qt's, a child of the view

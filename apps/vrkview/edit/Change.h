@@ -14,6 +14,7 @@ enum class Touched {
     Colors = 4,
     Points = 8, ///< which points of clouds there are, or are hidden
     Reach = 16, ///< of which robots it is shown how far they reach
+    Dimensions = 32,
 };
 Q_DECLARE_FLAGS(Touches, Touched)
 

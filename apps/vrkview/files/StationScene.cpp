@@ -2,6 +2,7 @@
 
 #include "files/ObjectNames.h"
 #include "files/Station.h"
+#include "measure/StationDimensions.h"
 
 #include "platform/common/Logger.h"
 #include "platform/layout/Assembly.h"
@@ -249,6 +250,7 @@ void showStation(const Station& station)
         for (const bool forward : {false, true})
             Scene::Get()->addCurveArrow(curve, forward);
     followJoints();
+    Scene::Get()->addRenderTask([] { StationDimensions::Get().update(); }, 0); // behind the posts that show the things
 }
 
 void addToStation(const Station& station)

@@ -3,6 +3,7 @@
 #include "canvas/Surroundings.h"
 #include "files/PictureFile.h"
 #include "files/StationList.h"
+#include "measure/StationDimensions.h"
 #include "start/Options.h"
 #include "start/StartUp.h"
 
@@ -54,6 +55,7 @@ void showWindowAgain()
 QImage draw(const OffscreenTarget& target)
 {
     vrk::visual::Scene::Get()->processMsgs();
+    StationDimensions::Get().updateWhole();
     Ogre::Root::getSingleton().renderOneFrame();
     const std::vector<std::uint8_t> pixels = target.read();
     const int width = static_cast<int>(target.getWidth());

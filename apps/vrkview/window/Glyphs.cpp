@@ -168,6 +168,19 @@ void drawMove(QPainter& painter, const QColor& ink)
         painter.drawPolyline(QPolygonF({a, tip, b}));
 }
 
+/// A dimension: two lines on, and an arrow between them from end to end.
+void drawMeasure(QPainter& painter, const QColor& ink)
+{
+    painter.setPen(pen(ink, 1.3));
+    painter.drawLine(QPointF(2, 2.4), QPointF(2, 13.6));
+    painter.drawLine(QPointF(14, 2.4), QPointF(14, 13.6));
+    painter.setPen(pen(accent, 1.3));
+    painter.drawLine(QPointF(2.8, 8), QPointF(13.2, 8));
+    for (const auto& [a, tip, b] : {std::array{QPointF(5.4, 5.6), QPointF(2.8, 8), QPointF(5.4, 10.4)},
+                                    std::array{QPointF(10.6, 5.6), QPointF(13.2, 8), QPointF(10.6, 10.4)}})
+        painter.drawPolyline(QPolygonF({a, tip, b}));
+}
+
 void drawLasso(QPainter& painter, const QColor& ink)
 {
     painter.setPen(pen(ink, 1.2));
@@ -297,6 +310,8 @@ void drawGlyph(QPainter& painter, const QColor& ink, int number)
         return drawGrid(painter, ink);
     case Glyph::Move:
         return drawMove(painter, ink);
+    case Glyph::Measure:
+        return drawMeasure(painter, ink);
     case Glyph::Lasso:
         return drawLasso(painter, ink);
     case Glyph::Points:

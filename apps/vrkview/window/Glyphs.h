@@ -28,6 +28,7 @@ enum class Glyph {
     Wire,
     Grid,
     Move,
+    Measure,
     Lasso,
     Points,
     PickBodies,

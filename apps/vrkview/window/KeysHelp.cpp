@@ -97,6 +97,11 @@ QString mouseHelp(Settings::MouseStyle style)
     add(tr("Ctrl"), tr("goes in steps"));
     add(tr("V, held in a drag of an arrow"), tr("snaps to the corner, edge, circle or face under the mouse"));
     add(tr("Digits, -, . and Return"), tr("move by this number along the handle that was used last"));
+    rows += heading(tr("Measuring"));
+    add(tr("Click, and click"), tr("measures between two vertices, edges, faces, points or frames"));
+    add(tr("Click twice on one, or Return"), tr("measures that alone: diameter, length, area, place"));
+    add(tr("Shift+click"), tr("takes a whole body, for the minimum distance"));
+    add(tr("Click on a number"), tr("selects its dimension, while nothing is measured"));
     return table(rows);
 }
 

@@ -11,6 +11,7 @@
 #include "canvas/RegionTool.h"
 #include "canvas/Surroundings.h"
 #include "canvas/Views.h"
+#include "measure/MeasureTool.h"
 #include "window/Glyphs.h"
 #include "window/Settings.h"
 
@@ -64,9 +65,9 @@ const Looks& looksOf(std::string_view name)
 } // namespace
 
 ViewActions::ViewActions(QWidget& window, ViewState& state, CameraFlight& flight, Settings& settings,
-                         RegionTool& region, MoveTool& mover, BandTool& bandTool, Mouse& mouse)
+                         RegionTool& region, MoveTool& mover, BandTool& bandTool, MeasureTool& measurer, Mouse& mouse)
     : QObject(&window), window(window), state(state), flight(flight), settings(settings), region(region), mover(mover),
-      bandTool(bandTool), mouse(mouse), directions(new FaceDirections(state, this))
+      bandTool(bandTool), measurer(measurer), mouse(mouse), directions(new FaceDirections(state, this))
 {
     addViews();
     addModes();
@@ -77,6 +78,7 @@ ViewActions::ViewActions(QWidget& window, ViewState& state, CameraFlight& flight
     addPicks();
     addMoves();
     connect(&mover, &MoveTool::changed, this, &ViewActions::followState);
+    connect(&measurer, &MeasureTool::changed, this, &ViewActions::followState);
     connect(&mouse.getPick(), &ViewPick::changed, this, &ViewActions::followState);
     connect(&mouse, &Mouse::candidatesChanged, this, &ViewActions::followState);
     connect(&mouse, &Mouse::pressedLong, listCandidates, &QAction::trigger);
@@ -170,7 +172,7 @@ void ViewActions::addProgramParts()
 void ViewActions::addSelection()
 {
     clear = add(tr("&Clear selection"), {Qt::Key_Escape}, [this] {
-        if (!mover.cancel() && !bandTool.cancel() && !mouse.closeCandidates() && !region.cancel())
+        if (!mover.cancel() && !bandTool.cancel() && !measurer.cancel() && !mouse.closeCandidates() && !region.cancel())
             state.clear();
     });
     hide = add(tr("&Hide selected"), {Qt::Key_H}, [this] { state.hideSelected(); });
@@ -360,7 +362,7 @@ void ViewActions::followState()
 {
     const bool any = !state.getSelected().empty();
     clear->setEnabled(state.isAnySelected() || region.isDrawing() || region.isLassoOn() ||
-                      mouse.getCandidates().isOpen());
+                      mouse.getCandidates().isOpen() || measurer.isOn());
     const bool isPolygon = region.getShape() == RegionTool::Shape::Polygon;
     closeLasso->setEnabled(isPolygon);
     dropCorner->setEnabled(isPolygon);

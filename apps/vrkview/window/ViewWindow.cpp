@@ -24,6 +24,10 @@
 #include "edit/History.h"
 #include "edit/ReachActions.h"
 #include "files/PictureFile.h"
+#include "measure/DimensionDock.h"
+#include "measure/MeasureActions.h"
+#include "measure/MeasureTool.h"
+#include "measure/StationDimensions.h"
 #include "start/StartUp.h"
 #include "window/Glyphs.h"
 #include "window/KeysHelp.h"
@@ -46,6 +50,7 @@
 #include <QScreen>
 #include <QStatusBar>
 #include <QToolBar>
+#include <QTreeWidget>
 #include <QVBoxLayout>
 
 #include <utility>
@@ -96,15 +101,16 @@ QStringList localFiles(const QMimeData& data)
 ViewWindow::ViewWindow(const Station& station, const DrawMode& mode)
     : state(mode, station.hiddenFaces), files(state, settings, QString::fromStdString(station.title)),
       view(new ViewWidget(this)), region(new RegionTool(*view, state, this)), mover(new MoveTool(*view, state, this)),
-      bandTool(new BandTool(*view, state, *mover, this)),
-      mouse(new Mouse(*view, state, settings, flight, *region, *mover, *bandTool, this)), messages(new MessageBar),
-      tree(new TreeDock(state, this)), joints(new JointDock(state, this)), program(new ProgramDock(state, this)),
-      properties(new PropertyDock(state, this)),
-      actions(new ViewActions(*this, state, flight, settings, *region, *mover, *bandTool, *mouse)),
+      bandTool(new BandTool(*view, state, *mover, this)), measurer(new MeasureTool(*view, state, this)),
+      mouse(new Mouse(*view, state, settings, flight, *region, *mover, *bandTool, *measurer, this)),
+      messages(new MessageBar), tree(new TreeDock(state, this)), joints(new JointDock(state, this)),
+      program(new ProgramDock(state, this)), properties(new PropertyDock(state, this)),
+      dimensions(new DimensionDock(state, this)),
+      actions(new ViewActions(*this, state, flight, settings, *region, *mover, *bandTool, *measurer, *mouse)),
       edits(new EditActions(*this, state)), bands(new BandActions(*this, state)),
       clouds(new CloudActions(*this, state)), reaches(new RobotReaches(state, this)),
-      reachActions(new ReachActions(*this, state)), contents(new QLabel), underMouse(new QLabel),
-      selection(new SelectionLine(state)), frameTime(new QLabel)
+      reachActions(new ReachActions(*this, state)), measures(new MeasureActions(*this, state, *measurer)),
+      contents(new QLabel), underMouse(new QLabel), selection(new SelectionLine(state)), frameTime(new QLabel)
 {
     setAcceptDrops(true);
     setDockOptions(AnimatedDocks | AllowTabbedDocks | AllowNestedDocks);
@@ -115,6 +121,7 @@ ViewWindow::ViewWindow(const Station& station, const DrawMode& mode)
     connectView();
     connectFiles();
     connectEdits();
+    connectMeasures();
     showContents();
     restoreLayout();
 }
@@ -140,11 +147,13 @@ void ViewWindow::buildDocks()
     addDockWidget(Qt::LeftDockWidgetArea, properties);
     addDockWidget(Qt::RightDockWidgetArea, joints);
     addDockWidget(Qt::RightDockWidgetArea, program);
+    addDockWidget(Qt::RightDockWidgetArea, dimensions);
     resizeDocks({tree, properties}, {treeHeight, propertiesHeight}, Qt::Vertical);
     resizeDocks({tree, joints}, {leftWidth, rightWidth}, Qt::Horizontal);
     resizeDocks({joints, program}, {jointsHeight, programHeight}, Qt::Vertical);
     hadJoints = !joints->getRows().empty();
     hadPrograms = program->hasPrograms();
+    hadDimensions = !StationDimensions::Get().getEntries().empty();
     connect(tree, &TreeDock::focusRequested, actions, &ViewActions::focusOn);
     connect(program, &ProgramDock::focusRequested, actions, &ViewActions::focusOn);
     program->getTreeView().setContextMenuPolicy(Qt::ActionsContextMenu);
@@ -213,6 +222,8 @@ void ViewWindow::buildFileMenu()
     }
     bar->addSeparator();
     actions->fillToolBar(*bar);
+    bar->addSeparator();
+    measures->fillToolBar(*bar);
     addToolBar(bar);
 }
 
@@ -242,12 +253,14 @@ void ViewWindow::buildMenus()
     bands->fillMenu(editMenu);
     editMenu.addSeparator();
     clouds->fillMenu(editMenu);
+    editMenu.addSeparator();
+    measures->fillMenu(editMenu);
     QMenu& viewMenu = *menuBar()->addMenu(tr("&View"));
     actions->fillViewMenu(viewMenu);
     reachActions->fillMenu(viewMenu);
     viewMenu.addSeparator();
     QMenu& docks = *viewMenu.addMenu(tr("&Docks"));
-    for (QDockWidget* dock : std::initializer_list<QDockWidget*>{tree, properties, joints, program})
+    for (QDockWidget* dock : std::initializer_list<QDockWidget*>{tree, properties, joints, program, dimensions})
         docks.addAction(dock->toggleViewAction());
     actions->fillSelectMenu(*menuBar()->addMenu(tr("&Select")));
     buildPreferences();
@@ -259,6 +272,7 @@ void ViewWindow::buildMenus()
     bands->fillTreeMenu(tree->getTreeView());
     clouds->fillTreeMenu(tree->getTreeView());
     reachActions->fillTreeMenu(tree->getTreeView());
+    measures->fillListMenu(dimensions->getList());
 }
 
 void ViewWindow::connectView()
@@ -322,6 +336,30 @@ void ViewWindow::connectEdits()
     files.askBeforeLoss([this] { return mayLoseChanges(); });
 }
 
+void ViewWindow::connectMeasures()
+{
+    connect(measurer, &MeasureTool::textChanged, underMouse, &QLabel::setText);
+    connect(measurer, &MeasureTool::failed, messages, &MessageBar::tell);
+    connect(dimensions, &DimensionDock::focusRequested, this,
+            [this](const vrk::visual::Box& box) { flight.flyTo(poseForBox(box)); });
+    dimensionsChanged = StationDimensions::Get().changed.connect([this] { showNewDocks(); });
+    // One of the tools has the mouse.
+    connect(measurer, &MeasureTool::changed, this, [this] {
+        if (!measurer->isOn())
+            return;
+        mover->setOn(false);
+        region->setLassoOn(false);
+    });
+    connect(mover, &MoveTool::changed, this, [this] {
+        if (mover->isOn())
+            measurer->setOn(false);
+    });
+    connect(region, &RegionTool::changed, this, [this] {
+        if (region->isLassoOn())
+            measurer->setOn(false);
+    });
+}
+
 void ViewWindow::fillRecentMenu()
 {
     recent->clear();
@@ -347,6 +385,7 @@ void ViewWindow::restoreLayout()
     // As it was left, a dock may have been hidden only because the station had nothing for it.
     showDockIfUsed(*joints, hadJoints);
     showDockIfUsed(*program, hadPrograms);
+    showDockIfUsed(*dimensions, hadDimensions);
 }
 
 void ViewWindow::showDockIfUsed(QDockWidget& dock, bool isUsed)
@@ -361,6 +400,11 @@ void ViewWindow::showNewDocks()
         showDockIfUsed(*joints, true);
     if (const bool any = program->hasPrograms(); any != std::exchange(hadPrograms, any) && any)
         showDockIfUsed(*program, true);
+    const bool anyDimension = !StationDimensions::Get().getEntries().empty();
+    if (anyDimension != std::exchange(hadDimensions, anyDimension) && anyDimension) {
+        showDockIfUsed(*dimensions, true);
+        resizeDocks({dimensions}, {rightWidth}, Qt::Horizontal); // it would take half of a small window
+    }
 }
 
 void ViewWindow::saveLayout()
@@ -375,6 +419,7 @@ void ViewWindow::saveLayout()
     };
     note(*joints, hadJoints);
     note(*program, hadPrograms);
+    note(*dimensions, hadDimensions);
     settings.setWindow(saveGeometry(), saveState());
     settings.setClosedDocks(closed);
 }
@@ -394,6 +439,7 @@ void ViewWindow::startView()
 void ViewWindow::followScene()
 {
     state.followScene();
+    StationDimensions::Get().update();
     actions->follow();
     if (!state.getSelected().empty() && !propertiesTimer.isActive())
         propertiesTimer.start();

@@ -17,8 +17,11 @@ namespace vrkview {
 class BandActions;
 class BandTool;
 class CloudActions;
+class DimensionDock;
 class EditActions;
 class JointDock;
+class MeasureActions;
+class MeasureTool;
 class MessageBar;
 class Mouse;
 class MoveTool;
@@ -52,16 +55,19 @@ public:
     Mouse& getMouse() const { return *mouse; }
     MoveTool& getMover() const { return *mover; }
     BandTool& getBandTool() const { return *bandTool; }
+    MeasureTool& getMeasurer() const { return *measurer; }
     RegionTool& getRegion() const { return *region; }
     TreeDock& getTreeDock() const { return *tree; }
     JointDock& getJointDock() const { return *joints; }
     ProgramDock& getProgramDock() const { return *program; }
     PropertyDock& getPropertyDock() const { return *properties; }
+    DimensionDock& getDimensionDock() const { return *dimensions; }
     EditActions& getEdits() const { return *edits; }
     BandActions& getBands() const { return *bands; }
     CloudActions& getClouds() const { return *clouds; }
     ReachActions& getReachActions() const { return *reachActions; }
     RobotReaches& getReaches() const { return *reaches; }
+    MeasureActions& getMeasures() const { return *measures; }
     QString getSelectionText() const { return selection->text(); }
     MessageBar& getMessageBar() const { return *messages; }
 
@@ -77,6 +83,7 @@ private:
     void buildMenus();
     void buildFileMenu();
     void connectEdits();
+    void connectMeasures();
     void buildPreferences();
     void connectView();
     void connectFiles();
@@ -106,30 +113,35 @@ private:
     StationFiles files;
     bool hadJoints = false; // when the station last changed
     bool hadPrograms = false;
+    bool hadDimensions = false;
     QTimer propertiesTimer; // while things move they are read some times a second
     // Qt's, as children of this
     ViewWidget* view;
     RegionTool* region;
     MoveTool* mover;
     BandTool* bandTool;
+    MeasureTool* measurer;
     Mouse* mouse;
     MessageBar* messages;
     TreeDock* tree;
     JointDock* joints;
     ProgramDock* program;
     PropertyDock* properties;
+    DimensionDock* dimensions;
     ViewActions* actions;
     EditActions* edits;
     BandActions* bands;
     CloudActions* clouds;
     RobotReaches* reaches;
     ReachActions* reachActions;
+    MeasureActions* measures;
     QMenu* recent = nullptr;
     QLabel* contents;
     QLabel* underMouse;
     QLabel* selection;
     QLabel* frameTime;
     boost::signals2::scoped_connection frameTicked;
+    boost::signals2::scoped_connection dimensionsChanged;
 };
 
 } // namespace vrkview

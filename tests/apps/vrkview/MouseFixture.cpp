@@ -170,6 +170,14 @@ vrk::rob::Posef MouseFixture::camera()
     return vrk::visual::Camera::Get()->getWorldPose();
 }
 
+void MouseFixture::lookAt(const vrk::rob::Posd& place)
+{
+    const vrk::rob::Rotationf turn = camera().rotation();
+    const vrk::rob::Posf eye = vrk::rob::Posf(place) + turn * vrk::rob::Vec3f(0, 0, 2000);
+    vrk::visual::Camera::Get()->setWorldPose(vrk::rob::Posef(eye, turn));
+    settle();
+}
+
 QPointF MouseFixture::onScreen(const vrk::rob::Posd& place)
 {
     const vrk::rob::Posf seen =

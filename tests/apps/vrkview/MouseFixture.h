@@ -39,6 +39,8 @@ protected:
     /// What the mouse finds there.
     static std::optional<Picked> pickedAt(const QPoint& place, PickAim aim = PickAim::Thing);
     static vrk::rob::Posef camera();
+    /// From the direction of the start, near by: the handle is large enough then, wherever the thing stands.
+    static void lookAt(const vrk::rob::Posd& place);
     /// Where the view shows a place of the world.
     static QPointF onScreen(const vrk::rob::Posd& place);
 

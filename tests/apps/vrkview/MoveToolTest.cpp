@@ -75,14 +75,6 @@ protected:
     }
     static MoveTool& mover() { return window().getMover(); }
     static History& history() { return state().getHistory(); }
-    /// From the direction of the start, near by: the handle is large enough then, wherever the thing stands.
-    static void lookAt(const Posd& place)
-    {
-        const vrk::rob::Rotationf turn = camera().rotation();
-        const vrk::rob::Posf eye = vrk::rob::Posf(place) + turn * vrk::rob::Vec3f(0, 0, 2000);
-        vrk::visual::Camera::Get()->setWorldPose(vrk::rob::Posef(eye, turn));
-        settle();
-    }
     /// With nothing under it and beside it.
     static QPoint freePlace()
     {
