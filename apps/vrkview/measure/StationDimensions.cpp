@@ -78,6 +78,13 @@ void StationDimensions::updateWhole()
     update();
 }
 
+void StationDimensions::setPixelRatio(double ratio)
+{
+    pixelRatio = ratio;
+    if (visual)
+        visual->setPixelRatio(static_cast<float>(ratio));
+}
+
 /// Whether there are others than before.
 bool StationDimensions::takeList()
 {
@@ -108,8 +115,10 @@ bool StationDimensions::takeList()
         nearest.forget(entries[place].dimension);
     entries = std::move(after);
     measuredAt = std::move(afterAt);
-    if (!visual)
+    if (!visual) {
         visual = new DimensionsVisual(Scene::GetWorldVisual());
+        setPixelRatio(pixelRatio);
+    }
     visual->setCount(entries.size());
     for (std::size_t i = 0; i < entries.size(); ++i)
         draw(i);

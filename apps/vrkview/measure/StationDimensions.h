@@ -45,6 +45,8 @@ public:
     void update();
     /// The same, and waits until everything is measured: for pictures without a window.
     void updateWhole();
+    /// How many pixels of the picture the user sees as one, see `DimensionsVisual`. 1 at first.
+    void setPixelRatio(double ratio);
     const std::vector<Entry>& getEntries() const { return entries; }
     const NearestPlaces& getNearest() const { return nearest; }
 
@@ -85,6 +87,7 @@ private:
     std::unordered_map<unsigned, Object> objects;    // of this update
     vrk::visual::DimensionsVisual* visual = nullptr; // the world's; made with the first dimension
     NearestPlaces nearest;
+    double pixelRatio = 1;
     bool isChanged = false; // something that is to be told
 };
 

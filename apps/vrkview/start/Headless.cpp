@@ -75,6 +75,7 @@ void takePictures(const Options& options)
     Camera::Get()->setRenderTarget(target.renderTarget());
     suitCameraToScene();
     suitCross(target);
+    StationDimensions::Get().setPixelRatio(scale);
     const auto take = [&](const std::filesystem::path& file) {
         QImage picture = draw(target);
         if (scale > 1)

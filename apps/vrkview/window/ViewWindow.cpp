@@ -439,6 +439,7 @@ void ViewWindow::startView()
 void ViewWindow::followScene()
 {
     state.followScene();
+    StationDimensions::Get().setPixelRatio(view->devicePixelRatioF()); // which another screen changes
     StationDimensions::Get().update();
     actions->follow();
     if (!state.getSelected().empty() && !propertiesTimer.isActive())
