@@ -2,6 +2,7 @@
 
 #include "canvas/ViewState.h"
 #include "edit/History.h"
+#include "measure/MeasuredThings.h"
 
 #include <QHeaderView>
 #include <QScopedValueRollback>
@@ -9,6 +10,8 @@
 
 namespace vrkview {
 namespace {
+
+using vrk::layout::Dimension;
 
 constexpr int nameColumn = 0;
 constexpr int valueColumn = 1;
@@ -62,7 +65,9 @@ void DimensionDock::showEntries()
     for (int row = 0; row < list->topLevelItemCount(); ++row) {
         const StationDimensions::Entry& entry = entries[static_cast<std::size_t>(row)];
         QTreeWidgetItem& item = *list->topLevelItem(row);
-        item.setText(nameColumn, QString::fromStdString(entry.dimension->name));
+        const Dimension& dimension = *entry.dimension;
+        item.setText(nameColumn,
+                     QString::fromStdString(dimension.name.empty() ? nameOfDimension(dimension.ends) : dimension.name));
         item.setText(valueColumn, valueOf(entry));
         item.setToolTip(nameColumn, item.text(nameColumn));
         item.setToolTip(valueColumn, QString::fromStdString(entry.text()));

@@ -44,6 +44,28 @@ void NearestPlaces::forget(const DimensionPointer& dimension)
     }
 }
 
+void NearestPlaces::giveUp()
+{
+    const std::lock_guard lock(mutex);
+    const auto answer = [this](const DimensionPointer& dimension) {
+        answers.push_back({dimension, {}, "Measuring was given up"});
+    };
+    if (under) {
+        stop.request_stop();
+        answer(under);
+        under.reset();
+    }
+    for (const Task& task : tasks)
+        answer(task.dimension);
+    tasks.clear();
+}
+
+bool NearestPlaces::isBusy() const
+{
+    const std::lock_guard lock(mutex);
+    return under || !tasks.empty();
+}
+
 std::optional<std::pair<DimensionPointer, double>> NearestPlaces::current() const
 {
     const std::lock_guard lock(mutex);

@@ -37,6 +37,9 @@ public:
     /// @param poses  of the objects at its ends, in the world.
     void ask(const DimensionPointer& dimension, std::vector<vrk::rob::Posed> poses);
     void forget(const DimensionPointer& dimension);
+    /// Stops all that was asked: it is answered by a failure.
+    void giveUp();
+    bool isBusy() const;
     /// What is under way, if anything, and what part of that is done, 0 to 1.
     std::optional<std::pair<DimensionPointer, double>> current() const;
     /// The answers since the last call.

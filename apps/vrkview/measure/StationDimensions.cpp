@@ -216,6 +216,12 @@ void StationDimensions::look(std::size_t index)
                                                         : Look::Plain);
 }
 
+void StationDimensions::giveUpNearest()
+{
+    nearest.giveUp();
+    askForFrame();
+}
+
 // What the user points at
 
 void StationDimensions::select(const std::vector<DimensionPointer>& wanted)

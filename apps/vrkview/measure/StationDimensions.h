@@ -49,6 +49,8 @@ public:
     void setPixelRatio(double ratio);
     const std::vector<Entry>& getEntries() const { return entries; }
     const NearestPlaces& getNearest() const { return nearest; }
+    /// What is measured beside the frames has no value then, until something that it measures moves.
+    void giveUpNearest();
 
     /// Those of them that there are, in place of what was selected.
     void select(const std::vector<DimensionPointer>& wanted);

@@ -239,11 +239,15 @@ void Player::pressKey(const std::string& key)
 {
     const QKeySequence wanted = QKeySequence::fromString(QString::fromStdString(key), QKeySequence::PortableText);
     const QList<QAction*> commands = window.QWidget::actions();
-    const auto command = std::ranges::find_if(
-        commands, [&](const QAction* action) { return !wanted.isEmpty() && action->shortcuts().contains(wanted); });
-    if (command == commands.end())
+    const auto hasKey = [&](const QAction* action) {
+        return !wanted.isEmpty() && action->shortcuts().contains(wanted);
+    };
+    if (std::ranges::none_of(commands, hasKey))
         throw std::runtime_error(fmt::format("no command has the key '{}'", key));
-    if (!(*command)->isEnabled())
+    // One key may be that of several commands, of which one can be chosen at a time.
+    const auto command =
+        std::ranges::find_if(commands, [&](const QAction* action) { return hasKey(action) && action->isEnabled(); });
+    if (command == commands.end())
         throw SessionDifference(fmt::format("the command of the key '{}' can not be chosen now", key));
     (*command)->trigger();
 }

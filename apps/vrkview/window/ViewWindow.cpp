@@ -27,6 +27,7 @@
 #include "measure/DimensionDock.h"
 #include "measure/MeasureActions.h"
 #include "measure/MeasureTool.h"
+#include "measure/NearestWork.h"
 #include "measure/StationDimensions.h"
 #include "start/StartUp.h"
 #include "window/Glyphs.h"
@@ -171,6 +172,9 @@ void ViewWindow::buildStatusLine()
     auto* reachProgress = new ProgressStrip(*reaches);
     reachProgress->setObjectName("reach_progress");
     line.addPermanentWidget(reachProgress);
+    auto* measureProgress = new ProgressStrip(*new NearestWork(this));
+    measureProgress->setObjectName("measure_progress");
+    line.addPermanentWidget(measureProgress);
     line.addPermanentWidget(frameTime);
     contents->setContentsMargins(6, 0, 0, 0);
     selection->setContentsMargins(0, 0, 12, 0);

@@ -133,6 +133,51 @@ TEST(ViewerRobot, ReachOfASavedStationIsInThePictureAndWhereItCannotBeToldInALin
     EXPECT_NE(bytesOf(files.path("reach.png")), without);
 }
 
+/// A saved station with one dimension more. Objects are told by their ids.
+void addDimension(const std::string& station, const char* type, const json& ends)
+{
+    json saved = json::parse(bytesOf(station));
+    saved["version"] = 4;
+    saved["dimensions"].push_back({{"name", ""}, {"type", type}, {"ends", ends}});
+    std::ofstream(station) << saved;
+}
+
+TEST(ViewerStation, DimensionsAreInThePicture)
+{
+    const Files files;
+    const std::string station = files.path("cell.station.json");
+    const std::string without = pictureOf(files, "without.png", {files.writeStep("box.step"), "--save", station});
+    const json saved = json::parse(bytesOf(station));
+    const unsigned body = saved["parts"][0]["bodies"][0]["id"];
+    const auto end = [body](const char* kind, int number) {
+        return json{{"kind", kind}, {"object", body}, {"number", number}, {"place", {0, 0, 0}}};
+    };
+
+    addDimension(station, "length", {end("edge", 999)});
+    EXPECT_EQ(pictureOf(files, "gone.png", {station}), without) << "what is no longer there is not drawn";
+    addDimension(station, "distance", {end("vertex", 1), end("vertex", 7)});
+    const std::string withOne = pictureOf(files, "with.png", {station});
+
+    EXPECT_NE(withOne, without);
+    EXPECT_EQ(pictureOf(files, "again.png", {station}), withOne);
+}
+
+TEST(ViewerStation, MinimumDistanceIsInThePicture)
+{
+    const Files files;
+    const std::string station = files.path("cell.station.json");
+    const std::string without = pictureOf(
+        files, "without.png", {files.writeStep("box.step"), files.writeBrep("other.brep"), "--save", station});
+    json ends = json::array();
+    for (const json& part : json::parse(bytesOf(station))["parts"])
+        ends.push_back({{"kind", "body"}, {"object", part["bodies"][0]["id"]}, {"place", {0, 0, 0}}});
+    ASSERT_EQ(ends.size(), 2u);
+
+    addDimension(station, "nearest", ends);
+
+    EXPECT_NE(pictureOf(files, "with.png", {station}), without);
+}
+
 const std::string program =
     "MODULE weld\nCONST robtarget a:=[[10,20,30],[1,0,0,0],[0,0,0,0],[9E9,9E9,9E9,9E9,9E9,9E9]];\n"
     "PROC main()\nMoveJ a,v100,fine,tool0;\nMoveL CRobT(),v100,fine,tool0;\nENDPROC\nENDMODULE\n";
