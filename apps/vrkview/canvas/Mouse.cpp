@@ -2,6 +2,7 @@
 
 #include "canvas/BandTool.h"
 #include "canvas/CameraFlight.h"
+#include "canvas/FrameTool.h"
 #include "canvas/MoveTool.h"
 #include "canvas/RegionTool.h"
 #include "canvas/ViewState.h"
@@ -70,9 +71,10 @@ RegionTool::Effect effectOf(Qt::KeyboardModifiers modifiers)
 } // namespace
 
 Mouse::Mouse(ViewWidget& view, ViewState& state, const Settings& settings, CameraFlight& flight, RegionTool& region,
-             MoveTool& mover, BandTool& bandTool, QObject* parent)
+             MoveTool& mover, BandTool& bandTool, FrameTool& framer, QObject* parent)
     : QObject(parent), view(view), state(state), settings(settings), flight(flight), region(region), mover(mover),
-      bandTool(bandTool), finder(view, state.getTree()), hover(state), candidates(new CandidateList(&view))
+      bandTool(bandTool), framer(framer), finder(view, state.getTree()), hover(state),
+      candidates(new CandidateList(&view))
 {
     longPress.setSingleShot(true);
     longPress.setInterval(usualLongPress);
@@ -170,8 +172,11 @@ void Mouse::act(const InputEvent& event)
         move(event);
         break;
     case Kind::Leave:
-        if (!isDragging())
+        if (!isDragging()) {
             hover.clear();
+            if (framer.isOn())
+                framer.leave();
+        }
         break;
     case Kind::Wheel:
         turnWheel(event);
@@ -186,9 +191,10 @@ void Mouse::press(const InputEvent& event)
     pressed = event;
     isSpent = false;
     isSecondClick = event.kind == Kind::DoubleClick && event.button == Qt::LeftButton &&
-                    event.modifiers == Qt::NoModifier; // with one, two quick clicks stay two
+                    event.modifiers == Qt::NoModifier && // with one, two quick clicks stay two
+                    !framer.isOn();                      // and so do those that pick
     const bool mayBecomeLong = event.button == Qt::LeftButton && event.modifiers == Qt::NoModifier &&
-                               longPress.interval() > 0 && !isSecondClick && !region.isLassoOn();
+                               longPress.interval() > 0 && !isSecondClick && !region.isLassoOn() && !framer.isOn();
     if (mayBecomeLong)
         longPress.start();
     if (!isSecondClick || region.isLassoOn())
@@ -204,7 +210,7 @@ void Mouse::release(const InputEvent& event)
     longPress.stop();
     if (isDragging())
         endDrag();
-    else if (!isSpent && pressed->button == Qt::LeftButton && !clickLasso(event) && !isSecondClick)
+    else if (!isSpent && pressed->button == Qt::LeftButton && !clickFrame() && !clickLasso(event) && !isSecondClick)
         click();
     pressed.reset();
 }
@@ -231,6 +237,12 @@ void Mouse::move(const InputEvent& event)
 
 void Mouse::hoverAt(const InputEvent& event)
 {
+    if (framer.isOn()) {
+        hover.clear();
+        bringUpToDate();
+        framer.hoverAt(event.place);
+        return;
+    }
     const PickAim aim = aimOf(event.modifiers);
     const auto found = pick(event.place, Purpose::Hover, aim);
     if (!found) {
@@ -253,6 +265,8 @@ void Mouse::turnWheel(const InputEvent& event)
     wheelRest = wheelRest * event.notches < 0 ? event.notches : wheelRest + event.notches;
     const double whole = std::trunc(wheelRest);
     wheelRest -= whole;
+    if (framer.isOn())
+        framer.leave(); // its sign lies where the place was
     for (int i = 0; i < std::abs(static_cast<int>(whole)); ++i) {
         prepareNavigation();
         Camera::Get()->zoom(x(event.place), y(event.place), 0, whole > 0 ? 1.0f : -1.0f);
@@ -267,6 +281,8 @@ void Mouse::startDrag()
     drag = dragOfPress();
     last = pressed->place;
     hover.clear();
+    if (framer.isOn())
+        framer.leave();
     if (drag == Drag::Region)
         beginRegion();
     if (drag != Drag::Orbit)
@@ -425,6 +441,16 @@ void Mouse::togglePoint(const Picked& found, bool adds)
     state.selectPoints(std::move(points));
 }
 
+/// A click while a frame is defined is one of its picks.
+bool Mouse::clickFrame()
+{
+    if (!framer.isOn())
+        return false;
+    bringUpToDate();
+    framer.pickAt(pressed->place);
+    return true;
+}
+
 /// A click while the lasso is on sets a corner, the second one of a double click ends the polygon.
 bool Mouse::clickLasso(const InputEvent& event)
 {
@@ -464,7 +490,7 @@ void Mouse::listCandidates(int step)
         candidates->step(step);
         return;
     }
-    if (!lastPlace || isDragging() || region.isDrawing() || flight.isFlying())
+    if (!lastPlace || isDragging() || region.isDrawing() || framer.isOn() || flight.isFlying())
         return;
     view.drain();
     std::vector<Picked> found = finder.allAt(*lastPlace, PickAim::Thing);

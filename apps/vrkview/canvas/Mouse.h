@@ -15,6 +15,7 @@ namespace vrkview {
 
 class BandTool;
 class CameraFlight;
+class FrameTool;
 class MoveTool;
 class RegionTool;
 class Settings;
@@ -37,7 +38,7 @@ class Mouse : public QObject {
 public:
     /// All outlive this.
     Mouse(ViewWidget& view, ViewState& state, const Settings& settings, CameraFlight& flight, RegionTool& region,
-          MoveTool& mover, BandTool& bandTool, QObject* parent = nullptr);
+          MoveTool& mover, BandTool& bandTool, FrameTool& framer, QObject* parent = nullptr);
 
     Hover& getHover() { return hover; }
     ViewPick& getPick() { return finder; }
@@ -96,6 +97,7 @@ private:
     void endRegion();
     void hoverAt(const InputEvent& event);
     void click();
+    bool clickFrame();
     bool clickLasso(const InputEvent& event);
     void apply(const Picked* found, Qt::KeyboardModifiers modifiers);
     void applyToThing(unsigned thing, bool adds);
@@ -116,6 +118,7 @@ private:
     RegionTool& region;
     MoveTool& mover;
     BandTool& bandTool;
+    FrameTool& framer;
     ViewPick finder;
     Hover hover;
     CandidateList* candidates;         // Qt's, a child of the view

@@ -1,6 +1,5 @@
 #include "canvas/MoveTool.h"
 
-#include "canvas/BodyEdge.h"
 #include "canvas/ViewState.h"
 #include "canvas/ViewWidget.h"
 #include "edit/History.h"
@@ -11,15 +10,11 @@
 #include "selection/VisualSelection.h"
 #include "selection/pick/PickQuery.h"
 #include "view/Camera.h"
-#include "visual/SolidVisual.h"
-
-#include <TopoDS_Edge.hxx>
 
 #include <QKeyEvent>
 #include <QScopedValueRollback>
 
 #include <algorithm>
-#include <array>
 #include <functional>
 #include <utility>
 
@@ -36,11 +31,8 @@ using vrk::visual::DragAnswer;
 using vrk::visual::DragAxes;
 using vrk::visual::DragHandle;
 using vrk::visual::Scene;
-using vrk::visual::SolidVisual;
 using Handle = DragHandle::HandleType;
 using Kind = InputEvent::Kind;
-
-constexpr double markRadius = 7; // logical pixels
 
 const QString backspace = QStringLiteral("Backspace");
 const QString enter = QStringLiteral("Return");
@@ -62,24 +54,6 @@ QString keyOf(const QKeyEvent& event)
     }
 }
 
-/// Device pixels; none for what lies behind the viewer.
-std::optional<QPointF> onScreen(const vrk::rob::Posd& place)
-{
-    const vrk::visual::CameraSnapshot camera = Camera::Get()->getSnapshot();
-    using Column = std::array<double, 4>;
-    const auto times = [](const vrk::visual::CameraSnapshot::Matrix& matrix, const Column& column) {
-        Column result{};
-        for (std::size_t i = 0; i < 4; ++i)
-            for (std::size_t k = 0; k < 4; ++k)
-                result[i] += static_cast<double>(matrix[4 * i + k]) * column[k];
-        return result;
-    };
-    const Column seen = times(camera.projection, times(camera.view, {place.x, place.y, place.z, 1}));
-    if (!camera.hasPixels() || seen[3] <= 0)
-        return std::nullopt;
-    return QPointF((1 + seen[0] / seen[3]) / 2 * camera.width, (1 - seen[1] / seen[3]) / 2 * camera.height);
-}
-
 void post(std::function<void()> task)
 {
     Scene::Get()->addRenderTask(std::move(task), 0);
@@ -88,7 +62,7 @@ void post(std::function<void()> task)
 } // namespace
 
 MoveTool::MoveTool(ViewWidget& view, ViewState& state, QObject* parent)
-    : QObject(parent), view(view), state(state), note(view)
+    : QObject(parent), view(view), state(state), note(view), sign(view)
 {
     view.installEventFilter(this);
     connect(&state, &ViewState::selectionChanged, this, &MoveTool::follow);
@@ -295,7 +269,7 @@ void MoveTool::dragTo(const QPointF& place, Qt::KeyboardModifiers modifiers)
     const DragAnswer answer = drag->way.moveTo(place); // also while it snaps, so that the mouse keeps its hold
     if (snaps && drag->way.isLength() && snapTo(place))
         return;
-    showSnap({});
+    sign.hide();
     if (!answer.value) {
         tell(tr(vrk::visual::reasonOf(answer.refusal)), place);
         return;
@@ -332,36 +306,9 @@ bool MoveTool::snapTo(const QPointF& place)
     for (const Start& start : drag->starts)
         places.push_back({start.thing, HandleDrag::PoseAfter(way, start.base, start.pose)});
     put(std::move(places), drag->gesture);
-    showSnap(snap);
+    sign.show(*snap);
     tell(tr("to the %1").arg(snap->text), place);
     return true;
-}
-
-/// The sign of the place, over whatever lies before it, and the face or the edge highlighted.
-void MoveTool::showSnap(const std::optional<SnapPlace>& snap)
-{
-    Scene& scene = *Scene::Get();
-    const auto isSame = [](const SnapPlace& a, const SnapPlace& b) {
-        return a.body == b.body && a.face == b.face && a.edge == b.edge;
-    };
-    if (shownSnap && (!snap || !isSame(*snap, *shownSnap)))
-        scene.clearHighlightedVisual();
-    if (snap && !(shownSnap && isSame(*snap, *shownSnap))) {
-        if (auto* solid = snap->face != 0 ? dynamic_cast<SolidVisual*>(Scene::GetVisual(snap->body)) : nullptr)
-            scene.highlightFace(solid, snap->face);
-        else if (const TopoDS_Edge edge = edgeOfBody(snap->body, snap->edge); !edge.IsNull())
-            scene.highlightEdge(Scene::GetVisual(snap->body), edge);
-    }
-    const double ratio = view.devicePixelRatioF();
-    const std::optional<QPointF> middle = snap ? onScreen(snap->place) : std::nullopt;
-    if (middle)
-        mark.show(signOf(snap->kind, *middle, markRadius * ratio), true, RegionOutline::Look::Mark,
-                  view.toDevice(view.size()), ratio);
-    else
-        mark.hide();
-    if (snap || shownSnap)
-        view.requestFrame();
-    shownSnap = snap;
 }
 
 bool MoveTool::isAllThere() const
@@ -392,7 +339,7 @@ void MoveTool::end()
         return;
     drag.reset();
     number.clear();
-    showSnap({});
+    sign.hide();
     // A ring comes back in its own colour.
     post([] { DragHandle::Get()->resetMode(); });
     shown = Handle::None;

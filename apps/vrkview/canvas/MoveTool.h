@@ -4,8 +4,7 @@
 #include "canvas/InputEvent.h"
 #include "canvas/MouseNote.h"
 #include "canvas/MoveSteps.h"
-#include "canvas/RegionOutline.h"
-#include "canvas/SnapPlace.h"
+#include "canvas/SnapSign.h"
 #include "canvas/TypedNumber.h"
 #include "edit/MoveThings.h"
 
@@ -110,7 +109,6 @@ private:
     void goOn(const InputEvent& event);
     void dragTo(const QPointF& place, Qt::KeyboardModifiers modifiers);
     bool snapTo(const QPointF& place);
-    void showSnap(const std::optional<SnapPlace>& snap);
     void end();
     bool takeBack();
     bool isAllThere() const;
@@ -132,8 +130,7 @@ private:
     Handle shown = Handle::None; // as the one of these
     TypedNumber number;
     bool snaps = false;
-    std::optional<SnapPlace> shownSnap;
-    RegionOutline mark; // of it
+    SnapSign sign;
     std::optional<Drag> drag;
     QPointF last;           // where the mouse was
     int gestures = 0;       // so far

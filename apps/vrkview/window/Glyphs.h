@@ -28,6 +28,7 @@ enum class Glyph {
     Wire,
     Grid,
     Move,
+    DefineFrame,
     Lasso,
     Points,
     PickBodies,

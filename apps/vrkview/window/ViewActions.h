@@ -19,6 +19,7 @@ namespace vrkview {
 class BandTool;
 class CameraFlight;
 class FaceDirections;
+class FrameTool;
 class Mouse;
 class MoveTool;
 class RegionTool;
@@ -32,7 +33,7 @@ class ViewActions : public QObject {
 public:
     /// @param window  gets the actions, which are its children then; outlives this, as all others do.
     ViewActions(QWidget& window, ViewState& state, CameraFlight& flight, Settings& settings, RegionTool& region,
-                MoveTool& mover, BandTool& bandTool, Mouse& mouse);
+                MoveTool& mover, BandTool& bandTool, FrameTool& framer, Mouse& mouse);
 
     void fillViewMenu(QMenu& menu) const;
     void fillSelectMenu(QMenu& menu) const;
@@ -67,6 +68,7 @@ private:
     RegionTool& region;
     MoveTool& mover;
     BandTool& bandTool;
+    FrameTool& framer;
     Mouse& mouse;
     QAction* fit = nullptr;
     QAction* focus = nullptr;

@@ -4,6 +4,7 @@
 #include "canvas/Contents.h"
 #include "canvas/Counted.h"
 #include "canvas/DrawMode.h"
+#include "canvas/FrameTool.h"
 #include "canvas/Mouse.h"
 #include "canvas/MoveTool.h"
 #include "canvas/ProgramParts.h"
@@ -25,6 +26,7 @@
 #include "edit/ReachActions.h"
 #include "files/PictureFile.h"
 #include "start/StartUp.h"
+#include "window/FrameActions.h"
 #include "window/Glyphs.h"
 #include "window/KeysHelp.h"
 #include "window/MessageBar.h"
@@ -96,15 +98,15 @@ QStringList localFiles(const QMimeData& data)
 ViewWindow::ViewWindow(const Station& station, const DrawMode& mode)
     : state(mode, station.hiddenFaces), files(state, settings, QString::fromStdString(station.title)),
       view(new ViewWidget(this)), region(new RegionTool(*view, state, this)), mover(new MoveTool(*view, state, this)),
-      bandTool(new BandTool(*view, state, *mover, this)),
-      mouse(new Mouse(*view, state, settings, flight, *region, *mover, *bandTool, this)), messages(new MessageBar),
-      tree(new TreeDock(state, this)), joints(new JointDock(state, this)), program(new ProgramDock(state, this)),
-      properties(new PropertyDock(state, this)),
-      actions(new ViewActions(*this, state, flight, settings, *region, *mover, *bandTool, *mouse)),
+      bandTool(new BandTool(*view, state, *mover, this)), framer(new FrameTool(*view, state, this)),
+      mouse(new Mouse(*view, state, settings, flight, *region, *mover, *bandTool, *framer, this)),
+      messages(new MessageBar), tree(new TreeDock(state, this)), joints(new JointDock(state, this)),
+      program(new ProgramDock(state, this)), properties(new PropertyDock(state, this)),
+      actions(new ViewActions(*this, state, flight, settings, *region, *mover, *bandTool, *framer, *mouse)),
       edits(new EditActions(*this, state)), bands(new BandActions(*this, state)),
       clouds(new CloudActions(*this, state)), reaches(new RobotReaches(state, this)),
-      reachActions(new ReachActions(*this, state)), contents(new QLabel), underMouse(new QLabel),
-      selection(new SelectionLine(state)), frameTime(new QLabel)
+      reachActions(new ReachActions(*this, state)), frameActions(new FrameActions(*this, *framer, *mover, *region)),
+      contents(new QLabel), underMouse(new QLabel), selection(new SelectionLine(state)), frameTime(new QLabel)
 {
     setAcceptDrops(true);
     setDockOptions(AnimatedDocks | AllowTabbedDocks | AllowNestedDocks);
@@ -213,6 +215,8 @@ void ViewWindow::buildFileMenu()
     }
     bar->addSeparator();
     actions->fillToolBar(*bar);
+    bar->addSeparator();
+    frameActions->fillToolBar(*bar);
     addToolBar(bar);
 }
 
@@ -238,6 +242,7 @@ void ViewWindow::buildMenus()
     QMenu& editMenu = *menuBar()->addMenu(tr("&Edit"));
     edits->fillEditMenu(editMenu);
     actions->fillEditMenu(editMenu);
+    frameActions->fillMenu(*editMenu.addMenu(tr("Define a &frame")));
     editMenu.addSeparator();
     bands->fillMenu(editMenu);
     editMenu.addSeparator();
@@ -272,6 +277,8 @@ void ViewWindow::connectView()
     connect(region, &RegionTool::textChanged, underMouse, &QLabel::setText);
     connect(mover, &MoveTool::textChanged, underMouse, &QLabel::setText);
     connect(bandTool, &BandTool::textChanged, underMouse, &QLabel::setText);
+    connect(framer, &FrameTool::textChanged, underMouse, &QLabel::setText);
+    connect(framer, &FrameTool::failed, messages, &MessageBar::tell);
     connect(region, &RegionTool::failed, messages, &MessageBar::tell);
     connect(reaches, &RobotReaches::failed, messages, &MessageBar::tell);
     connect(&state, &ViewState::stationChanged, this, [this] {

@@ -18,6 +18,8 @@ class BandActions;
 class BandTool;
 class CloudActions;
 class EditActions;
+class FrameActions;
+class FrameTool;
 class JointDock;
 class MessageBar;
 class Mouse;
@@ -52,6 +54,7 @@ public:
     Mouse& getMouse() const { return *mouse; }
     MoveTool& getMover() const { return *mover; }
     BandTool& getBandTool() const { return *bandTool; }
+    FrameTool& getFramer() const { return *framer; }
     RegionTool& getRegion() const { return *region; }
     TreeDock& getTreeDock() const { return *tree; }
     JointDock& getJointDock() const { return *joints; }
@@ -112,6 +115,7 @@ private:
     RegionTool* region;
     MoveTool* mover;
     BandTool* bandTool;
+    FrameTool* framer;
     Mouse* mouse;
     MessageBar* messages;
     TreeDock* tree;
@@ -124,6 +128,7 @@ private:
     CloudActions* clouds;
     RobotReaches* reaches;
     ReachActions* reachActions;
+    FrameActions* frameActions;
     QMenu* recent = nullptr;
     QLabel* contents;
     QLabel* underMouse;
