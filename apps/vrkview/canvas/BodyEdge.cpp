@@ -7,6 +7,7 @@
 #include <TopTools_IndexedMapOfShape.hxx>
 #include <TopoDS.hxx>
 #include <TopoDS_Edge.hxx>
+#include <TopoDS_Face.hxx>
 #include <TopoDS_Vertex.hxx>
 
 namespace vrkview {
@@ -31,6 +32,11 @@ TopoDS_Shape pieceOf(unsigned body, TopAbs_ShapeEnum kind, unsigned number)
 TopoDS_Edge edgeOfBody(unsigned body, unsigned edge)
 {
     return TopoDS::Edge(pieceOf(body, TopAbs_EDGE, edge));
+}
+
+TopoDS_Face faceOfBody(unsigned body, unsigned face)
+{
+    return TopoDS::Face(pieceOf(body, TopAbs_FACE, face));
 }
 
 TopoDS_Vertex vertexOfBody(unsigned body, unsigned vertex)

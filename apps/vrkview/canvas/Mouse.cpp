@@ -2,6 +2,7 @@
 
 #include "canvas/BandTool.h"
 #include "canvas/CameraFlight.h"
+#include "canvas/FrameTool.h"
 #include "canvas/MoveTool.h"
 #include "canvas/RegionTool.h"
 #include "canvas/ViewState.h"
@@ -72,9 +73,9 @@ RegionTool::Effect effectOf(Qt::KeyboardModifiers modifiers)
 } // namespace
 
 Mouse::Mouse(ViewWidget& view, ViewState& state, const Settings& settings, CameraFlight& flight, RegionTool& region,
-             MoveTool& mover, BandTool& bandTool, MeasureTool& measurer, QObject* parent)
+             MoveTool& mover, BandTool& bandTool, MeasureTool& measurer, FrameTool& framer, QObject* parent)
     : QObject(parent), view(view), state(state), settings(settings), flight(flight), region(region), mover(mover),
-      bandTool(bandTool), measurer(measurer), finder(view, state.getTree()), hover(state),
+      bandTool(bandTool), measurer(measurer), framer(framer), finder(view, state.getTree()), hover(state),
       candidates(new CandidateList(&view))
 {
     longPress.setSingleShot(true);
@@ -177,6 +178,8 @@ void Mouse::act(const InputEvent& event)
             hover.clear();
             measurer.leave();
             StationDimensions::Get().setHovered(nullptr);
+            if (framer.isOn())
+                framer.leave();
         }
         break;
     case Kind::Wheel:
@@ -192,9 +195,10 @@ void Mouse::press(const InputEvent& event)
     pressed = event;
     isSpent = false;
     isSecondClick = event.kind == Kind::DoubleClick && event.button == Qt::LeftButton &&
-                    event.modifiers == Qt::NoModifier && !measurer.isOn(); // else, two quick clicks stay two
+                    event.modifiers == Qt::NoModifier && // with one, two quick clicks stay two
+                    !isPicking();                        // and so do those that pick
     const bool mayBecomeLong = event.button == Qt::LeftButton && event.modifiers == Qt::NoModifier &&
-                               longPress.interval() > 0 && !isSecondClick && !region.isLassoOn() && !measurer.isOn();
+                               longPress.interval() > 0 && !isSecondClick && !region.isLassoOn() && !isPicking();
     if (mayBecomeLong)
         longPress.start();
     if (!isSecondClick || region.isLassoOn())
@@ -210,8 +214,8 @@ void Mouse::release(const InputEvent& event)
     longPress.stop();
     if (isDragging())
         endDrag();
-    else if (!isSpent && pressed->button == Qt::LeftButton && !clickLasso(event) && !clickDimension(event) &&
-             !isSecondClick)
+    else if (!isSpent && pressed->button == Qt::LeftButton && !clickFrame() && !clickLasso(event) &&
+             !clickDimension(event) && !isSecondClick)
         click();
     pressed.reset();
 }
@@ -238,6 +242,12 @@ void Mouse::move(const InputEvent& event)
 
 void Mouse::hoverAt(const InputEvent& event)
 {
+    if (framer.isOn()) {
+        hover.clear();
+        bringUpToDate();
+        framer.hoverAt(event.place);
+        return;
+    }
     if (measurer.isOn()) {
         bringUpToDate();
         hover.clear();
@@ -273,6 +283,8 @@ void Mouse::turnWheel(const InputEvent& event)
     wheelRest = wheelRest * event.notches < 0 ? event.notches : wheelRest + event.notches;
     const double whole = std::trunc(wheelRest);
     wheelRest -= whole;
+    if (framer.isOn())
+        framer.leave(); // its sign lies where the place was
     for (int i = 0; i < std::abs(static_cast<int>(whole)); ++i) {
         prepareNavigation();
         Camera::Get()->zoom(x(event.place), y(event.place), 0, whole > 0 ? 1.0f : -1.0f);
@@ -288,6 +300,8 @@ void Mouse::startDrag()
     last = pressed->place;
     hover.clear();
     measurer.leave();
+    if (framer.isOn())
+        framer.leave();
     if (drag == Drag::Region)
         beginRegion();
     if (drag != Drag::Orbit)
@@ -446,6 +460,22 @@ void Mouse::togglePoint(const Picked& found, bool adds)
     state.selectPoints(std::move(points));
 }
 
+/// For a tool, for which each click counts by itself.
+bool Mouse::isPicking() const
+{
+    return measurer.isOn() || framer.isOn();
+}
+
+/// A click while a frame is defined is one of its picks.
+bool Mouse::clickFrame()
+{
+    if (!framer.isOn())
+        return false;
+    bringUpToDate();
+    framer.pickAt(pressed->place);
+    return true;
+}
+
 /// A click while the lasso is on sets a corner, the second one of a double click ends the polygon.
 bool Mouse::clickLasso(const InputEvent& event)
 {
@@ -504,7 +534,7 @@ void Mouse::listCandidates(int step)
         candidates->step(step);
         return;
     }
-    if (!lastPlace || isDragging() || region.isDrawing() || flight.isFlying())
+    if (!lastPlace || isDragging() || region.isDrawing() || framer.isOn() || flight.isFlying())
         return;
     view.drain();
     std::vector<Picked> found = finder.allAt(*lastPlace, PickAim::Thing);

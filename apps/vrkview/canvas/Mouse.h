@@ -15,6 +15,7 @@ namespace vrkview {
 
 class BandTool;
 class CameraFlight;
+class FrameTool;
 class MeasureTool;
 class MoveTool;
 class RegionTool;
@@ -38,7 +39,7 @@ class Mouse : public QObject {
 public:
     /// All outlive this.
     Mouse(ViewWidget& view, ViewState& state, const Settings& settings, CameraFlight& flight, RegionTool& region,
-          MoveTool& mover, BandTool& bandTool, MeasureTool& measurer, QObject* parent = nullptr);
+          MoveTool& mover, BandTool& bandTool, MeasureTool& measurer, FrameTool& framer, QObject* parent = nullptr);
 
     Hover& getHover() { return hover; }
     ViewPick& getPick() { return finder; }
@@ -97,6 +98,8 @@ private:
     void endRegion();
     void hoverAt(const InputEvent& event);
     void click();
+    bool isPicking() const;
+    bool clickFrame();
     bool clickLasso(const InputEvent& event);
     bool clickDimension(const InputEvent& event);
     void apply(const Picked* found, Qt::KeyboardModifiers modifiers);
@@ -119,6 +122,7 @@ private:
     MoveTool& mover;
     BandTool& bandTool;
     MeasureTool& measurer;
+    FrameTool& framer;
     ViewPick finder;
     Hover hover;
     CandidateList* candidates;         // Qt's, a child of the view

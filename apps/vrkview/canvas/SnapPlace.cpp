@@ -63,10 +63,23 @@ PlaceOfEdge placeOf(const TopoDS_Edge& edge)
     return {curve.Value(middle.IsDone() ? middle.Parameter() : (first + last) / 2), false};
 }
 
+vrk::selection::PickKinds kindsFor(SnapFor what)
+{
+    switch (what) {
+    case SnapFor::Face:
+        return {PickKind::Face};
+    case SnapFor::Edge:
+        return {PickKind::Edge};
+    case SnapFor::Place:
+        break;
+    }
+    return {PickKind::Vertex, PickKind::Point, PickKind::Edge, PickKind::Face, PickKind::MeshTriangle};
+}
+
 } // namespace
 
 std::optional<SnapPlace> snapPlaceAt(const ViewWidget& view, const StationTree& tree, const QPointF& mouse,
-                                     const std::vector<unsigned>& without)
+                                     const std::vector<unsigned>& without, SnapFor what)
 {
     PickQuery query;
     query.camera = vrk::selection::PickCamera::Main(view.devicePixelRatioF());
@@ -75,7 +88,7 @@ std::optional<SnapPlace> snapPlaceAt(const ViewWidget& view, const StationTree& 
     query.x = mouse.x();
     query.y = mouse.y();
     query.radius = radius;
-    query.kinds = {PickKind::Vertex, PickKind::Point, PickKind::Edge, PickKind::Face, PickKind::MeshTriangle};
+    query.kinds = kindsFor(what);
     query.filter = [&without](const PickCandidate& found) {
         return std::string(belongsTo(*found.visual, without) ? "it is what is moved" : "");
     };

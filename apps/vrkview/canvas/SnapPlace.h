@@ -29,13 +29,20 @@ struct SnapPlace {
     unsigned edge = 0;    ///< likewise
 };
 
+/// What a tool asks for.
+enum class SnapFor {
+    Place,
+    Face, ///< of a solid
+    Edge, ///< likewise
+};
+
 /// What lies under the mouse: a corner, the centre of a circle that an edge is of, the middle of another edge, or the place
 /// of a face, in this order. Corners and edges count within some pixels. Picking must be up to date. Render thread.
 ///
 /// @param mouse    device pixels of the view.
 /// @param without  ids of things that do not count, with all that hangs on them; neither does the handle.
 std::optional<SnapPlace> snapPlaceAt(const ViewWidget& view, const StationTree& tree, const QPointF& mouse,
-                                     const std::vector<unsigned>& without);
+                                     const std::vector<unsigned>& without, SnapFor what = SnapFor::Place);
 
 /// The place that a pick found, likewise.
 SnapPlace snapPlaceOf(const StationTree& tree, const vrk::selection::PickCandidate& found);

@@ -6,9 +6,10 @@
 
 namespace vrkview {
 
-AddThings::AddThings(std::shared_ptr<const Station> things)
-    : Change(QObject::tr("Open %1").arg(QString::fromStdString(things->title)), Touched::Things),
-      things(std::move(things))
+AddThings::AddThings(std::shared_ptr<const Station> things) : AddThings(std::move(things), QObject::tr("Open %1")) {}
+
+AddThings::AddThings(std::shared_ptr<const Station> things, const QString& text)
+    : Change(text.arg(QString::fromStdString(things->title)), Touched::Things), things(std::move(things))
 {
 }
 

@@ -8,11 +8,14 @@
 
 namespace vrkview {
 
-/// What files brought joins the station.
+/// What files brought, or the user made, joins the station.
 class AddThings : public Change {
 public:
     /// @param things  holds no whole station: that takes the place of the present one, and all steps with it.
     explicit AddThings(std::shared_ptr<const Station> things);
+    /// For things that come from elsewhere.
+    /// @param text  with a %1 for their title.
+    AddThings(std::shared_ptr<const Station> things, const QString& text);
 
     void apply() override;
     void revert() override;

@@ -201,6 +201,10 @@ void addObjects(const Station& station)
         layout.addPointCloud(cloud);
         ids.push_back(cloud->getId());
     }
+    for (const auto& frame : station.frames) {
+        layout.addFrame(frame);
+        ids.push_back(frame->getId());
+    }
     addTasks(station);
     for (const auto& task : station.tasks)
         ids.push_back(task->getId());
@@ -279,6 +283,8 @@ void takeFromStation(const Station& station)
         ids.push_back(mechanism->getId());
     for (const auto& cloud : station.clouds)
         ids.push_back(cloud->getId());
+    for (const auto& frame : station.frames)
+        ids.push_back(frame->getId());
     for (const auto& task : station.tasks)
         ids.push_back(task->getId());
     if (Scene::Get())

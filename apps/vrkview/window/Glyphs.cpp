@@ -312,6 +312,12 @@ void drawGlyph(QPainter& painter, const QColor& ink, int number)
         return drawMove(painter, ink);
     case Glyph::Measure:
         return drawMeasure(painter, ink);
+    case Glyph::DefineFrame:
+        drawFrame(painter, ink);
+        painter.setPen(pen(ink, 1.3)); // and one more of it
+        painter.drawLine(QPointF(12.6, 1.6), QPointF(12.6, 6));
+        painter.drawLine(QPointF(10.4, 3.8), QPointF(14.8, 3.8));
+        return;
     case Glyph::Lasso:
         return drawLasso(painter, ink);
     case Glyph::Points:

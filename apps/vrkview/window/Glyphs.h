@@ -29,6 +29,7 @@ enum class Glyph {
     Grid,
     Move,
     Measure,
+    DefineFrame,
     Lasso,
     Points,
     PickBodies,

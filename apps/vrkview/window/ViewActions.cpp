@@ -4,6 +4,7 @@
 #include "canvas/CameraFlight.h"
 #include "canvas/DrawMode.h"
 #include "canvas/FaceDirections.h"
+#include "canvas/FrameTool.h"
 #include "canvas/Mouse.h"
 #include "canvas/MoveTool.h"
 #include "canvas/ProgramParts.h"
@@ -65,9 +66,10 @@ const Looks& looksOf(std::string_view name)
 } // namespace
 
 ViewActions::ViewActions(QWidget& window, ViewState& state, CameraFlight& flight, Settings& settings,
-                         RegionTool& region, MoveTool& mover, BandTool& bandTool, MeasureTool& measurer, Mouse& mouse)
+                         RegionTool& region, MoveTool& mover, BandTool& bandTool, MeasureTool& measurer,
+                         FrameTool& framer, Mouse& mouse)
     : QObject(&window), window(window), state(state), flight(flight), settings(settings), region(region), mover(mover),
-      bandTool(bandTool), measurer(measurer), mouse(mouse), directions(new FaceDirections(state, this))
+      bandTool(bandTool), measurer(measurer), framer(framer), mouse(mouse), directions(new FaceDirections(state, this))
 {
     addViews();
     addModes();
@@ -83,6 +85,7 @@ ViewActions::ViewActions(QWidget& window, ViewState& state, CameraFlight& flight
     connect(&mouse, &Mouse::candidatesChanged, this, &ViewActions::followState);
     connect(&mouse, &Mouse::pressedLong, listCandidates, &QAction::trigger);
     connect(&region, &RegionTool::changed, this, &ViewActions::followState);
+    connect(&framer, &FrameTool::changed, this, &ViewActions::followState);
     connect(&state, &ViewState::selectionChanged, this, &ViewActions::followState);
     connect(&state, &ViewState::visibilityChanged, this, &ViewActions::followState);
     connect(&state, &ViewState::stationChanged, this, &ViewActions::followState);
@@ -172,7 +175,8 @@ void ViewActions::addProgramParts()
 void ViewActions::addSelection()
 {
     clear = add(tr("&Clear selection"), {Qt::Key_Escape}, [this] {
-        if (!mover.cancel() && !bandTool.cancel() && !measurer.cancel() && !mouse.closeCandidates() && !region.cancel())
+        if (!framer.cancel() && !mover.cancel() && !bandTool.cancel() && !measurer.cancel() &&
+            !mouse.closeCandidates() && !region.cancel())
             state.clear();
     });
     hide = add(tr("&Hide selected"), {Qt::Key_H}, [this] { state.hideSelected(); });
@@ -187,7 +191,10 @@ void ViewActions::addRegions()
     lasso->setCheckable(true);
     lasso->setIcon(glyph(Glyph::Lasso));
     closeLasso = add(tr("Close the lasso"), {Qt::Key_Return, Qt::Key_Enter}, [this] { region.finish(); });
-    dropCorner = add(tr("Take the last corner back"), {Qt::Key_Backspace}, [this] { region.removeLastCorner(); });
+    dropCorner = add(tr("Take the last corner or pick back"), {Qt::Key_Backspace}, [this] {
+        if (!framer.takeLastBack())
+            region.removeLastCorner();
+    });
     pointsOnly = add(tr("Only &points of clouds"), {Qt::SHIFT | Qt::Key_P},
                      [this] { region.setForPointsOnly(!region.isForPointsOnly()); });
     pointsOnly->setCheckable(true);
@@ -361,11 +368,11 @@ void ViewActions::follow()
 void ViewActions::followState()
 {
     const bool any = !state.getSelected().empty();
-    clear->setEnabled(state.isAnySelected() || region.isDrawing() || region.isLassoOn() ||
-                      mouse.getCandidates().isOpen() || measurer.isOn());
+    clear->setEnabled(state.isAnySelected() || framer.isOn() || measurer.isOn() || region.isDrawing() ||
+                      region.isLassoOn() || mouse.getCandidates().isOpen());
     const bool isPolygon = region.getShape() == RegionTool::Shape::Polygon;
     closeLasso->setEnabled(isPolygon);
-    dropCorner->setEnabled(isPolygon);
+    dropCorner->setEnabled(isPolygon || framer.pickCount() > 0);
     lasso->setChecked(region.isLassoOn());
     for (const auto& [group, action] : picks)
         action->setChecked(mouse.getPick().takes(group));

@@ -19,6 +19,7 @@ namespace vrkview {
 class BandTool;
 class CameraFlight;
 class FaceDirections;
+class FrameTool;
 class MeasureTool;
 class Mouse;
 class MoveTool;
@@ -33,7 +34,7 @@ class ViewActions : public QObject {
 public:
     /// @param window  gets the actions, which are its children then; outlives this, as all others do.
     ViewActions(QWidget& window, ViewState& state, CameraFlight& flight, Settings& settings, RegionTool& region,
-                MoveTool& mover, BandTool& bandTool, MeasureTool& measurer, Mouse& mouse);
+                MoveTool& mover, BandTool& bandTool, MeasureTool& measurer, FrameTool& framer, Mouse& mouse);
 
     void fillViewMenu(QMenu& menu) const;
     void fillSelectMenu(QMenu& menu) const;
@@ -69,6 +70,7 @@ private:
     MoveTool& mover;
     BandTool& bandTool;
     MeasureTool& measurer;
+    FrameTool& framer;
     Mouse& mouse;
     QAction* fit = nullptr;
     QAction* focus = nullptr;

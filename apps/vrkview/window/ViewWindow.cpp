@@ -4,6 +4,7 @@
 #include "canvas/Contents.h"
 #include "canvas/Counted.h"
 #include "canvas/DrawMode.h"
+#include "canvas/FrameTool.h"
 #include "canvas/Mouse.h"
 #include "canvas/MoveTool.h"
 #include "canvas/ProgramParts.h"
@@ -30,6 +31,7 @@
 #include "measure/NearestWork.h"
 #include "measure/StationDimensions.h"
 #include "start/StartUp.h"
+#include "window/FrameActions.h"
 #include "window/Glyphs.h"
 #include "window/KeysHelp.h"
 #include "window/MessageBar.h"
@@ -103,15 +105,17 @@ ViewWindow::ViewWindow(const Station& station, const DrawMode& mode)
     : state(mode, station.hiddenFaces), files(state, settings, QString::fromStdString(station.title)),
       view(new ViewWidget(this)), region(new RegionTool(*view, state, this)), mover(new MoveTool(*view, state, this)),
       bandTool(new BandTool(*view, state, *mover, this)), measurer(new MeasureTool(*view, state, this)),
-      mouse(new Mouse(*view, state, settings, flight, *region, *mover, *bandTool, *measurer, this)),
+      framer(new FrameTool(*view, state, this)),
+      mouse(new Mouse(*view, state, settings, flight, *region, *mover, *bandTool, *measurer, *framer, this)),
       messages(new MessageBar), tree(new TreeDock(state, this)), joints(new JointDock(state, this)),
       program(new ProgramDock(state, this)), properties(new PropertyDock(state, this)),
       dimensions(new DimensionDock(state, this)),
-      actions(new ViewActions(*this, state, flight, settings, *region, *mover, *bandTool, *measurer, *mouse)),
+      actions(new ViewActions(*this, state, flight, settings, *region, *mover, *bandTool, *measurer, *framer, *mouse)),
       edits(new EditActions(*this, state)), bands(new BandActions(*this, state)),
       clouds(new CloudActions(*this, state)), reaches(new RobotReaches(state, this)),
       reachActions(new ReachActions(*this, state)), measures(new MeasureActions(*this, state, *measurer)),
-      contents(new QLabel), underMouse(new QLabel), selection(new SelectionLine(state)), frameTime(new QLabel)
+      frameActions(new FrameActions(*this, *framer, *mover, *region)), contents(new QLabel), underMouse(new QLabel),
+      selection(new SelectionLine(state)), frameTime(new QLabel)
 {
     setAcceptDrops(true);
     setDockOptions(AnimatedDocks | AllowTabbedDocks | AllowNestedDocks);
@@ -228,6 +232,7 @@ void ViewWindow::buildFileMenu()
     actions->fillToolBar(*bar);
     bar->addSeparator();
     measures->fillToolBar(*bar);
+    frameActions->fillToolBar(*bar);
     addToolBar(bar);
 }
 
@@ -253,6 +258,7 @@ void ViewWindow::buildMenus()
     QMenu& editMenu = *menuBar()->addMenu(tr("&Edit"));
     edits->fillEditMenu(editMenu);
     actions->fillEditMenu(editMenu);
+    frameActions->fillMenu(*editMenu.addMenu(tr("Define a &frame")));
     editMenu.addSeparator();
     bands->fillMenu(editMenu);
     editMenu.addSeparator();
@@ -290,6 +296,8 @@ void ViewWindow::connectView()
     connect(region, &RegionTool::textChanged, underMouse, &QLabel::setText);
     connect(mover, &MoveTool::textChanged, underMouse, &QLabel::setText);
     connect(bandTool, &BandTool::textChanged, underMouse, &QLabel::setText);
+    connect(framer, &FrameTool::textChanged, underMouse, &QLabel::setText);
+    connect(framer, &FrameTool::failed, messages, &MessageBar::tell);
     connect(region, &RegionTool::failed, messages, &MessageBar::tell);
     connect(reaches, &RobotReaches::failed, messages, &MessageBar::tell);
     connect(&state, &ViewState::stationChanged, this, [this] {
@@ -352,7 +360,12 @@ void ViewWindow::connectMeasures()
         if (!measurer->isOn())
             return;
         mover->setOn(false);
+        framer->end();
         region->setLassoOn(false);
+    });
+    connect(framer, &FrameTool::changed, this, [this] {
+        if (framer->isOn())
+            measurer->setOn(false);
     });
     connect(mover, &MoveTool::changed, this, [this] {
         if (mover->isOn())

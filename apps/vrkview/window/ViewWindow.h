@@ -19,6 +19,8 @@ class BandTool;
 class CloudActions;
 class DimensionDock;
 class EditActions;
+class FrameActions;
+class FrameTool;
 class JointDock;
 class MeasureActions;
 class MeasureTool;
@@ -56,6 +58,7 @@ public:
     MoveTool& getMover() const { return *mover; }
     BandTool& getBandTool() const { return *bandTool; }
     MeasureTool& getMeasurer() const { return *measurer; }
+    FrameTool& getFramer() const { return *framer; }
     RegionTool& getRegion() const { return *region; }
     TreeDock& getTreeDock() const { return *tree; }
     JointDock& getJointDock() const { return *joints; }
@@ -121,6 +124,7 @@ private:
     MoveTool* mover;
     BandTool* bandTool;
     MeasureTool* measurer;
+    FrameTool* framer;
     Mouse* mouse;
     MessageBar* messages;
     TreeDock* tree;
@@ -135,6 +139,7 @@ private:
     RobotReaches* reaches;
     ReachActions* reachActions;
     MeasureActions* measures;
+    FrameActions* frameActions;
     QMenu* recent = nullptr;
     QLabel* contents;
     QLabel* underMouse;

@@ -54,9 +54,9 @@ struct Axes {
 Axes axesTo(const Posd& from, const Posd& to, const Posd& third)
 {
     const Vec3d along = to - from, aside = third - from;
-    if (along.length() <= rob::zeroLength || aside.length() <= rob::zeroLength ||
-        (third - to).length() <= rob::zeroLength)
-        throw std::invalid_argument("two of the points are the same");
+    checkApart(from, to);
+    checkApart(from, third);
+    checkApart(to, third);
     const Dird x = unit(along);
     const Vec3d normal = Vec3d(x).cross(unit(aside));
     const Vec3d normalFromEnd = Vec3d(x).cross(unit(third - to));
@@ -91,6 +91,12 @@ gp_Vec outwards(const BRepAdaptor_Surface& surface, double u, double v)
 }
 
 } // namespace
+
+void checkApart(const Posd& a, const Posd& b)
+{
+    if ((b - a).length() <= rob::zeroLength)
+        throw std::invalid_argument("two of the points are the same");
+}
 
 Posed frameFromThreePoints(const Posd& onX, const Posd& fartherOnX, const Posd& onY)
 {

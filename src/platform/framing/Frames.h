@@ -12,6 +12,10 @@ class TopoDS_Face;
 /// What is told in the coordinates of a body comes with the body's pose in the world; results are in the world.
 namespace vrk::framing {
 
+/// For a definition that goes on point by point.
+/// @throws std::invalid_argument "two of the points are the same".
+VRK_EXPORT void checkApart(const rob::Posd& a, const rob::Posd& b);
+
 /// x runs from the first point to the second, y on to the third. The origin is where both meet: below the third point on the
 /// line of the other two.
 /// @throws std::invalid_argument "two of the points are the same", "the points lie on one line".
