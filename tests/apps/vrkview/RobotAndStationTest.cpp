@@ -153,9 +153,9 @@ TEST(ViewerStation, DimensionsAreInThePicture)
         return json{{"kind", kind}, {"object", body}, {"number", number}, {"place", {0, 0, 0}}};
     };
 
-    addDimension(station, "length", {end("edge", 999)});
+    addDimension(station, "length", json::array({end("edge", 999)}));
     EXPECT_EQ(pictureOf(files, "gone.png", {station}), without) << "what is no longer there is not drawn";
-    addDimension(station, "distance", {end("vertex", 1), end("vertex", 7)});
+    addDimension(station, "distance", json::array({end("vertex", 1), end("vertex", 7)}));
     const std::string withOne = pictureOf(files, "with.png", {station});
 
     EXPECT_NE(withOne, without);
@@ -166,12 +166,16 @@ TEST(ViewerStation, MinimumDistanceIsInThePicture)
 {
     const Files files;
     const std::string station = files.path("cell.station.json");
-    const std::string without = pictureOf(
-        files, "without.png", {files.writeStep("box.step"), files.writeBrep("other.brep"), "--save", station});
+    listed({files.writeStep("box.step"), files.writeBrep("other.brep"), "--save", station});
     json ends = json::array();
-    for (const json& part : json::parse(bytesOf(station))["parts"])
+    const json saved = json::parse(bytesOf(station));
+    for (const json& part : saved["parts"])
         ends.push_back({{"kind", "body"}, {"object", part["bodies"][0]["id"]}, {"place", {0, 0, 0}}});
     ASSERT_EQ(ends.size(), 2u);
+    json apart = saved;
+    apart["parts"][1]["pose"][0] = 50;
+    std::ofstream(station) << apart;
+    const std::string without = pictureOf(files, "without.png", {station});
 
     addDimension(station, "nearest", ends);
 
