@@ -11,7 +11,9 @@ constexpr int clearance = 10; // logical pixels about what is to be seen
 
 } // namespace
 
-MouseNote::MouseNote(ViewWidget& view) : view(view), label(new QLabel(&view, Qt::ToolTip))
+/// A quick mouse may land on it: that is the view's, too.
+MouseNote::MouseNote(ViewWidget& view)
+    : view(view), label(new QLabel(&view, Qt::ToolTip | Qt::WindowTransparentForInput))
 {
     label->setAttribute(Qt::WA_ShowWithoutActivating);
     label->setMargin(margin);
