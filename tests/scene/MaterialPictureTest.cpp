@@ -91,6 +91,8 @@ TEST_F(MaterialPicture, EveryMaterialDraws)
 
     for (const Ogre::MaterialPtr& material : materials) {
         SCOPED_TRACE(material->getName());
+        if (material->getName().starts_with("Label")) // for quads that bring their places in pixels; drawn by others
+            continue;
         Visual* drawn = addDrawnWith(*material);
 
         EXPECT_GT(test::largestDifference(render(view), empty), 12);
