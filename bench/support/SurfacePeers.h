@@ -1,0 +1,22 @@
+#pragma once
+
+#include "platform/cam/TriangleSurface.h"
+
+#include <cstddef>
+#include <functional>
+
+/// Other programs' ways of making a surface coarser or covering it anew.
+namespace vrk::bench {
+
+/// Makes the peer's own mesh at once; what is returned does the work, and what that returns gives the result back.
+using SurfaceWork = std::function<std::function<cam::TriangleSurface()>()>;
+
+SurfaceWork cgalRemesh(const cam::TriangleSurface& surface, double edgeLength, unsigned iterations);
+#ifdef VRK_BENCH_HAS_OPENMESH
+SurfaceWork openMeshDecimate(const cam::TriangleSurface& surface, std::size_t triangles);
+#endif
+#ifdef VRK_BENCH_HAS_MESHOPTIMIZER
+SurfaceWork meshoptimizerDecimate(const cam::TriangleSurface& surface, std::size_t triangles);
+#endif
+
+} // namespace vrk::bench
