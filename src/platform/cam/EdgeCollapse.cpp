@@ -1,5 +1,7 @@
 #include "platform/cam/EdgeCollapse.h"
 
+#include "platform/cam/NearestOn.h"
+
 #include <algorithm>
 #include <cmath>
 #include <functional>
@@ -395,7 +397,7 @@ bool EdgeCollapse::keepsDistance(const Candidate& candidate, const Vec3d& place)
         Number nearest = none;
         for (Number i = 0; i < points->corners.size(); ++i) {
             const auto& [a, b, c] = points->corners[i];
-            const Vec3d off = nearestOn(a, b, c, points->at[point]) - points->at[point];
+            const Vec3d off = nearestOn(a, b, c, points->at[point]).place - points->at[point];
             if (const double square = off.dot(off); square < least) {
                 least = square;
                 nearest = i;

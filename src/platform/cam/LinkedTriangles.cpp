@@ -1,13 +1,15 @@
 #include "platform/cam/LinkedTriangles.h"
 
 #include <algorithm>
+#include <numeric>
 
 namespace vrk::cam {
 
 LinkedTriangles::LinkedTriangles(std::vector<Triangle> all, std::size_t vertexCount)
-    : triangles(std::move(all)), lines(triangles.size(), 0), nexts(3 * triangles.size(), none),
-      firsts(vertexCount, none), counts(vertexCount, 0), count(triangles.size())
+    : triangles(std::move(all)), lines(triangles.size(), 0), origins(triangles.size()),
+      nexts(3 * triangles.size(), none), firsts(vertexCount, none), counts(vertexCount, 0), count(triangles.size())
 {
+    std::iota(origins.begin(), origins.end(), 0u);
     // From the last to the first, so that each list rises.
     for (Number t = slots(); t-- > 0;)
         for (Number i = 3; i-- > 0;)
@@ -35,11 +37,12 @@ LinkedTriangles::Number LinkedTriangles::addVertex()
     return static_cast<Number>(firsts.size() - 1);
 }
 
-LinkedTriangles::Number LinkedTriangles::add(const Triangle& triangle)
+LinkedTriangles::Number LinkedTriangles::add(const Triangle& triangle, Number like)
 {
     const Number t = slots();
     triangles.push_back(triangle);
     lines.push_back(0);
+    origins.push_back(origins[like]);
     nexts.resize(nexts.size() + 3, none);
     for (Number i = 0; i < 3; ++i)
         link(3 * t + i, triangle[i]);
@@ -69,10 +72,12 @@ void LinkedTriangles::compact()
         if (isGone(t))
             continue;
         triangles[to] = triangles[t];
-        lines[to++] = lines[t];
+        lines[to] = lines[t];
+        origins[to++] = origins[t];
     }
     triangles.resize(to);
     lines.resize(to);
+    origins.resize(to);
     nexts.resize(3 * std::size_t{to});
     std::ranges::fill(firsts, none);
     std::ranges::fill(counts, 0u);

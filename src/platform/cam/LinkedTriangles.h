@@ -54,6 +54,9 @@ public:
         lines[t] = static_cast<std::uint8_t>((lines[t] & ~(1u << edge)) | static_cast<unsigned>(isOn) << edge);
     }
 
+    /// The triangle that it is a part of, among those there were at first.
+    Number originOf(Number t) const { return origins[t]; }
+
     /// visit(triangle, index of the vertex in it); it may change the triangle that it is given and no other.
     template <typename Visit>
     void forCornersAt(Number vertex, const Visit& visit) const
@@ -80,7 +83,8 @@ public:
 
     /// Of no triangle yet.
     Number addVertex();
-    Number add(const Triangle& triangle);
+    /// A part of what another one is a part of.
+    Number add(const Triangle& triangle, Number like);
     void remove(Number t);
     void setCorner(Number t, Number i, Number vertex);
     /// Forgets those that are gone; the others move up and keep their order.
@@ -92,9 +96,10 @@ private:
 
     std::vector<Triangle> triangles;
     std::vector<std::uint8_t> lines; // a bit for each edge
-    std::vector<Number> nexts;       // of each corner
-    std::vector<Number> firsts;      // corners, of each vertex
-    std::vector<Number> counts;      // of each vertex
+    std::vector<Number> origins;
+    std::vector<Number> nexts;  // of each corner
+    std::vector<Number> firsts; // corners, of each vertex
+    std::vector<Number> counts; // of each vertex
     std::size_t count;
 };
 

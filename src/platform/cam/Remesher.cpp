@@ -14,6 +14,7 @@ using rob::Vec3d;
 namespace {
 
 constexpr double turnCosine = 0.3;    // by which a triangle may turn in one step
+constexpr double flipCosine = 0.9;    // by which triangles may turn where their edge does
 constexpr double uprightCosine = 0.5; // between a triangle and the surface at its vertices
 constexpr double thinnest = 0.02;    // twice the area over the square of the longest edge, unless it was thinner before
 constexpr unsigned stopEvery = 4096; // steps
@@ -23,6 +24,12 @@ double shapeOf(const Vec3d& a, const Vec3d& b, const Vec3d& c, double doubleArea
 {
     const double most = std::max({(b - a).squaredLength(), (c - b).squaredLength(), (a - c).squaredLength()});
     return most > 0 ? doubleArea / most : 0;
+}
+
+/// Of a triangle that is thin.
+bool isBetterShaped(double shape, double before)
+{
+    return shape > 1e-6 && shape >= before;
 }
 
 std::vector<Vec3d> placesOf(const TriangleSurface& surface)
@@ -40,7 +47,7 @@ Remesher::Remesher(const TriangleSurface& surface, const RemeshOptions& options)
     : surface(surface), options(options), longest(std::pow(4.0 / 3.0 * options.edgeLength, 2)),
       shortest(std::pow(4.0 / 5.0 * options.edgeLength, 2)), places(placesOf(surface)),
       triangles(surface.triangles, surface.vertices.size()), roles(findLines(triangles, places, options.sharp)),
-      lines(triangles, roles, places), tree(surface), hints(places.size(), none), marks(places.size(), 0)
+      lines(triangles, roles, places), patches(triangles, places), hints(places.size(), none), marks(places.size(), 0)
 {
     wanted.reserve(places.size());
     for (Number v = 0; v < places.size(); ++v) {
@@ -105,9 +112,13 @@ void Remesher::tell(double fraction) const
 /// Whether a triangle faces the way that the surface does at its vertices. On lines and corners that is not told.
 bool Remesher::isUpright(const Triangle& triangle, const Vec3d& normal) const
 {
-    const double least = uprightCosine * normal.length();
-    return std::ranges::all_of(triangle,
-                               [&](Number v) { return roles[v] != Role::Free || normal.dot(ups[hints[v]]) >= least; });
+    const double least = uprightCosine * uprightCosine * normal.squaredLength();
+    return std::ranges::all_of(triangle, [&](Number v) {
+        if (roles[v] != Role::Free)
+            return true;
+        const double along = normal.dot(ups[hints[v]]);
+        return along > 0 && along * along >= least;
+    });
 }
 
 // Long edges are halved
@@ -130,7 +141,7 @@ bool Remesher::splitLong()
             if (isStopped())
                 return false;
             if (triangles.size() >= mostRemeshed)
-                throw std::length_error("a surface of too many triangles: the edge length is too small for it");
+                throw std::length_error(tooManyTriangles);
             split(t, edge);
         }
     }
@@ -149,21 +160,18 @@ void Remesher::split(Number t, Number edge)
     roles.push_back(isLine ? Role::OnLine : Role::Free);
     wanted.push_back(shared.size() == 1 ? 3 : 6);
     if (!isLine)
-        hints.push_back(roles[a] == Role::Free ? hints[a] : roles[b] == Role::Free ? hints[b] : none);
+        hints.push_back(roles[a] == Role::Free ? hints[a] : roles[b] == Role::Free ? hints[b] : triangles.originOf(t));
     else if (roles[a] == Role::OnLine || roles[b] == Role::OnLine)
         hints.push_back(hints[roles[a] == Role::OnLine ? a : b]);
     else // two corners, which are where they were, and so is their number
         hints.push_back(lines.segmentBetween(a, b));
-    if (hints.back() == none)
-        hints.back() =
-            tree.nearestFacing(places.back(), normalNow(t), std::numeric_limits<double>::infinity()).triangle;
     for (const Number s : shared) {
         const Number i = triangles.edgeOf(s, a, b), next = LinkedTriangles::nextOf(i);
         const Number to = triangles[s][next], across = triangles[s][LinkedTriangles::nextOf(next)];
         const bool isNextOnLine = triangles.isOnLine(s, next);
         triangles.setCorner(s, next, middle);
         triangles.setOnLine(s, next, false);
-        const Number added = triangles.add({middle, to, across});
+        const Number added = triangles.add({middle, to, across}, s);
         triangles.setOnLine(added, 0, isLine);
         triangles.setOnLine(added, 1, isNextOnLine);
     }
@@ -176,7 +184,8 @@ bool Remesher::collapseShort()
     for (Number t = 0; t < triangles.slots(); ++t)
         for (Number i = 0; i < 3 && !triangles.isGone(t); ++i) {
             const Number a = triangles[t][i], b = triangles[t][LinkedTriangles::nextOf(i)];
-            if (!(squareBetween(a, b) < shortest))
+            // Of two triangles one tries.
+            if ((a > b && !triangles.isOnLine(t, i)) || !(squareBetween(a, b) < shortest))
                 continue;
             if (isStopped())
                 return false;
@@ -203,22 +212,29 @@ bool Remesher::collapseEdge(Number a, Number b)
     return tryAt((places[kept] + places[gone]) / 2.0) || tryAt(places[kept]) || tryAt(places[gone]);
 }
 
+/// visit(vertex at the other end): for each line, as often as it has triangles.
+template <typename Visit>
+void Remesher::forLinesAt(Number vertex, const Visit& visit) const
+{
+    triangles.forCornersAt(vertex, [&](Number t, Number i) {
+        const Number previous = LinkedTriangles::previousOf(i);
+        if (triangles.isOnLine(t, i))
+            visit(triangles[t][LinkedTriangles::nextOf(i)]);
+        if (triangles.isOnLine(t, previous))
+            visit(triangles[t][previous]);
+    });
+}
+
 /// Whether a line that loses a vertex bends no more than it may, and whether corners stay apart on it.
 bool Remesher::isLineKept(Number kept, Number gone) const
 {
     Number beyond = none;
     bool isLine = false;
-    triangles.forCornersAt(gone, [&](Number t, Number i) {
-        const Number previous = LinkedTriangles::previousOf(i);
-        for (const auto& [edge, end] :
-             {std::pair(i, triangles[t][LinkedTriangles::nextOf(i)]), {previous, triangles[t][previous]}}) {
-            if (!triangles.isOnLine(t, edge))
-                continue;
-            if (end == kept)
-                isLine = true;
-            else
-                beyond = end;
-        }
+    forLinesAt(gone, [&](Number end) {
+        if (end == kept)
+            isLine = true;
+        else
+            beyond = end;
     });
     if (!isLine || beyond == none || (roles[kept] == Role::Corner && roles[beyond] == Role::Corner))
         return false;
@@ -227,15 +243,9 @@ bool Remesher::isLineKept(Number kept, Number gone) const
     const auto bends = [&](Number vertex) {
         bool isBent = false;
         if (roles[vertex] == Role::OnLine)
-            triangles.forCornersAt(vertex, [&](Number t, Number i) {
-                const Number previous = LinkedTriangles::previousOf(i);
-                for (const auto& [edge, end] :
-                     {std::pair(i, triangles[t][LinkedTriangles::nextOf(i)]), {previous, triangles[t][previous]}}) {
-                    if (!triangles.isOnLine(t, edge) || end == gone)
-                        continue;
-                    const Vec3d other = vertex == kept ? places[kept] - places[end] : places[end] - places[beyond];
-                    isBent = isBent || along.dot(other) < sharpCosine * along.length() * other.length();
-                }
+            forLinesAt(vertex, [&](Number end) {
+                const Vec3d other = vertex == kept ? places[kept] - places[end] : places[end] - places[beyond];
+                isBent = isBent || (end != gone && along.dot(other) < sharpCosine * along.length() * other.length());
             });
         return isBent;
     };
@@ -274,23 +284,24 @@ bool Remesher::isTopologyKept(Number kept, Number gone)
 bool Remesher::isShapeKept(Number vertex, Number other, const Vec3d& place) const
 {
     bool isKept = true;
-    triangles.forCornersAt(vertex, [&](Number t, Number) {
+    triangles.forCornersAt(vertex, [&](Number t, Number i) {
         if (!isKept || triangles.has(t, other))
             return;
-        std::array<Vec3d, 3> now, then;
-        for (unsigned i = 0; i < 3; ++i) {
-            now[i] = places[triangles[t][i]];
-            const bool isMoved = triangles[t][i] == vertex;
-            then[i] = isMoved ? place : now[i];
-            isKept = isKept && (isMoved || (place - now[i]).squaredLength() <= longest);
-        }
-        if (!isKept)
+        const Vec3d &a = places[vertex], &b = places[triangles[t][LinkedTriangles::nextOf(i)]],
+                    &c = places[triangles[t][LinkedTriangles::previousOf(i)]];
+        const double squareB = (place - b).squaredLength(), squareC = (place - c).squaredLength();
+        if (squareB > longest || squareC > longest) {
+            isKept = false;
             return;
-        const Vec3d normal = normalOf(now[0], now[1], now[2]), turned = normalOf(then[0], then[1], then[2]);
-        const double area = normal.length(), areaThen = turned.length();
-        const double shape = shapeOf(then[0], then[1], then[2], areaThen);
-        isKept = normal.dot(turned) > turnCosine * area * areaThen && isUpright(triangles[t], turned) &&
-                 (shape >= thinnest || (shape > 1e-6 && shape >= shapeOf(now[0], now[1], now[2], area)));
+        }
+        const Vec3d normal = normalOf(a, b, c), turned = normalOf(place, b, c);
+        const double square = normal.squaredLength(), squareThen = turned.squaredLength();
+        const double turn = normal.dot(turned);
+        const double most = std::max({squareB, squareC, (c - b).squaredLength()});
+        isKept = turn > 0 && turn * turn > turnCosine * turnCosine * square * squareThen &&
+                 isUpright(triangles[t], turned) &&
+                 (squareThen >= thinnest * thinnest * most * most ||
+                  isBetterShaped(shapeOf(place, b, c, std::sqrt(squareThen)), shapeOf(a, b, c, std::sqrt(square))));
     });
     return isKept;
 }
@@ -366,8 +377,8 @@ bool Remesher::flipEdge(Number t, Number edge, FlipFor purpose)
                 bcd = normalOf(pb, pc, pd);
     const double lengthAbc = abc.length(), lengthBad = bad.length(), lengthAdc = adc.length(), lengthBcd = bcd.length();
     for (const auto& [turned, length] : {std::pair(&adc, lengthAdc), {&bcd, lengthBcd}})
-        if (!(turned->dot(abc) > turnCosine * length * lengthAbc) ||
-            !(turned->dot(bad) > turnCosine * length * lengthBad))
+        if (!(turned->dot(abc) > flipCosine * length * lengthAbc) ||
+            !(turned->dot(bad) > flipCosine * length * lengthBad))
             return false;
     const double shape = std::min(shapeOf(pa, pd, pc, lengthAdc), shapeOf(pb, pc, pd, lengthBcd));
     if (shape < thinnest && !(shape > std::min(shapeOf(pa, pb, pc, lengthAbc), shapeOf(pb, pa, pd, lengthBad))))
@@ -389,116 +400,97 @@ bool Remesher::flipEdge(Number t, Number edge, FlipFor purpose)
 bool Remesher::relax()
 {
     before = places;
-    laid = places;
-    laidHints = hints;
-    steps.assign(places.size(), 0);
+    hintsBefore = hints;
     std::atomic<bool> isWhole = true;
-    std::vector<Vec3d> moved(places.size());
-    std::vector<Number> movedHints = hints;
     parallelFor(places.size(), [&](std::size_t begin, std::size_t end) {
-        for (std::size_t from = begin; from < end; from += stopEvery) {
-            if (options.stop.stop_requested()) {
+        for (std::size_t from = begin; from < end && isWhole; from += stopEvery) {
+            if (options.stop.stop_requested())
                 isWhole = false;
-                return;
-            }
             for (std::size_t v = from; v < std::min<std::size_t>(end, from + stopEvery); ++v) {
                 const auto vertex = static_cast<Number>(v);
-                moved[v] = places[v];
                 if (triangles.sizeAt(vertex) == 0 || roles[v] == Role::Corner)
                     continue;
-                Vec3d sum;
-                double count = 0;
-                if (roles[v] == Role::OnLine) {
-                    triangles.forCornersAt(vertex, [&](Number t, Number i) {
-                        const Number previous = LinkedTriangles::previousOf(i);
-                        for (const auto& [edge, other] : {std::pair(i, triangles[t][LinkedTriangles::nextOf(i)]),
-                                                          {previous, triangles[t][previous]}})
-                            if (triangles.isOnLine(t, edge)) {
-                                sum += places[other];
-                                ++count;
-                            }
-                    });
-                    const SourceLines::Place in = lines.nearest(sum / count, hints[v]);
-                    moved[v] = in.place;
-                    movedHints[v] = in.segment;
-                    const SourceLines::Place here = lines.nearest(places[v], hints[v]);
-                    laid[v] = here.place;
-                    laidHints[v] = here.segment;
-                    continue;
-                }
-                Vec3d up;
-                triangles.forCornersAt(vertex, [&](Number t, Number i) {
-                    sum += places[triangles[t][LinkedTriangles::nextOf(i)]];
-                    sum += places[triangles[t][LinkedTriangles::previousOf(i)]];
-                    count += 2;
-                    up += normalNow(t);
-                });
-                const double length = up.squaredLength();
-                const Vec3d off = sum / count - places[v];
-                const Vec3d along = length > 0 ? off - up * (off.dot(up) / length) : off;
-                moved[v] = laidOn(places[v] + along, up, movedHints[v]);
-                laid[v] = places[v];
+                if (roles[v] == Role::OnLine)
+                    moveAlongLine(vertex);
+                else
+                    moveToMiddle(vertex);
             }
         }
     });
     if (!isWhole)
         return false;
-    places = std::move(moved);
-    std::swap(hints, movedHints);
-    // Where a triangle would turn over its vertices stay, which may turn others over.
+    layBack();
+    return true;
+}
+
+/// To the middle of the neighbours, as far as that is along the surface. It reads where others were before, so that it does
+/// not matter who moves first.
+void Remesher::moveToMiddle(Number vertex)
+{
+    Vec3d sum, up;
+    triangles.forCornersAt(vertex, [&](Number t, Number i) {
+        const Vec3d &next = before[triangles[t][LinkedTriangles::nextOf(i)]],
+                    &previous = before[triangles[t][LinkedTriangles::previousOf(i)]];
+        sum += next + previous;
+        up += normalOf(before[vertex], next, previous);
+    });
+    const double length = up.squaredLength();
+    const Vec3d off = sum / (2.0 * triangles.sizeAt(vertex)) - before[vertex];
+    const Vec3d along = length > 0 ? off - up * (off.dot(up) / length) : off;
+    const SourcePatches::Place laid = patches.nearest(before[vertex] + along, hintsBefore[vertex]);
+    places[vertex] = laid.place;
+    hints[vertex] = laid.triangle;
+}
+
+void Remesher::moveAlongLine(Number vertex)
+{
+    Vec3d sum;
+    double count = 0; // as often as there are sheets, which is as often on either side
+    forLinesAt(vertex, [&](Number other) {
+        sum += before[other];
+        ++count;
+    });
+    const SourceLines::Place laid = lines.nearest(sum / count, hintsBefore[vertex]);
+    places[vertex] = laid.place;
+    hints[vertex] = laid.segment;
+}
+
+/// Where a triangle would turn over, its vertices are laid on the surface where they were; where it still would, they stay
+/// what they were, which may take others along.
+void Remesher::layBack()
+{
+    givenUp.assign(places.size(), 0);
     for (bool isQuiet = false; !isQuiet;) {
         isQuiet = true;
         for (Number t = 0; t < triangles.slots(); ++t) {
-            if (triangles.isGone(t) || !wouldTurn(t))
+            if (!wouldTurn(t))
                 continue;
             for (const Number v : triangles[t]) {
-                if (steps[v] == 2)
+                if (givenUp[v] == 2)
                     continue;
                 isQuiet = false;
-                ++steps[v];
-                if (steps[v] == 1 && roles[v] == Role::Free) {
-                    Vec3d up = ups[movedHints[v]];
-                    Number hint = movedHints[v];
-                    places[v] = laidOn(before[v], up, hint);
-                    hints[v] = hint;
-                } else {
-                    steps[v] = 2;
-                    places[v] = before[v];
-                    hints[v] = movedHints[v];
-                }
+                hints[v] = hintsBefore[v];
+                places[v] = before[v];
+                if (++givenUp[v] == 1 && roles[v] == Role::Free)
+                    places[v] = patches.nearest(before[v], hints[v]).place;
+                else
+                    givenUp[v] = 2;
             }
         }
     }
-    return true;
 }
 
 bool Remesher::wouldTurn(Number t) const
 {
     const auto& [a, b, c] = triangles[t];
-    if (steps[a] == 2 && steps[b] == 2 && steps[c] == 2)
+    if (givenUp[a] == 2 && givenUp[b] == 2 && givenUp[c] == 2)
         return false;
     const Vec3d was = normalOf(before[a], before[b], before[c]), is = normalNow(t);
     const double area = was.length(), areaNow = is.length();
     if (!(was.dot(is) > turnCosine * area * areaNow))
         return true;
     const double shape = shapeOf(places[a], places[b], places[c], areaNow);
-    if (shape < thinnest && !(shape > 1e-6 && shape >= shapeOf(before[a], before[b], before[c], area)))
-        return true;
-    return false;
-}
-
-/// The nearest place of the surface, which faces the same way there.
-/// @param hint  a triangle of it that is near, and then the nearest.
-Vec3d Remesher::laidOn(const Vec3d& place, const Vec3d& up, Number& hint) const
-{
-    const Triangle& triangle = surface.triangles[hint];
-    const Vec3d near = nearestOn(Vec3d(surface.vertices[triangle[0]]), Vec3d(surface.vertices[triangle[1]]),
-                                 Vec3d(surface.vertices[triangle[2]]), place);
-    const SurfaceTree::Nearest found = tree.nearestFacing(place, up, (near - place).squaredLength());
-    if (found.triangle == SurfaceTree::none)
-        return near;
-    hint = found.triangle;
-    return found.place;
+    return shape < thinnest && !isBetterShaped(shape, shapeOf(before[a], before[b], before[c], area));
 }
 
 TriangleSurface Remesher::result() const

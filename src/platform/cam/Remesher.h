@@ -2,9 +2,11 @@
 
 #include "platform/cam/Remesh.h"
 #include "platform/cam/SourceLines.h"
-#include "platform/cam/SurfaceTree.h"
+#include "platform/cam/SourcePatches.h"
 
 namespace vrk::cam {
+
+inline constexpr const char* tooManyTriangles = "the edge length is too small for a surface of this size";
 
 /// A surface that is covered anew. Not installed.
 class Remesher {
@@ -29,6 +31,8 @@ private:
 
     bool collapseShort();
     bool collapseEdge(Number a, Number b);
+    template <typename Visit>
+    void forLinesAt(Number vertex, const Visit& visit) const;
     bool isLineKept(Number kept, Number gone) const;
     bool isTopologyKept(Number kept, Number gone);
     bool isShapeKept(Number vertex, Number other, const rob::Vec3d& place) const;
@@ -39,9 +43,10 @@ private:
     int missing(Number vertex) const;
 
     bool relax();
-    void reckonPlaces(std::size_t begin, std::size_t end);
+    void moveToMiddle(Number vertex);
+    void moveAlongLine(Number vertex);
+    void layBack();
     bool wouldTurn(Number t) const;
-    rob::Vec3d laidOn(const rob::Vec3d& place, const rob::Vec3d& up, Number& hint) const;
 
     bool isUpright(const Triangle& triangle, const rob::Vec3d& normal) const;
     rob::Vec3d normalNow(Number t) const
@@ -59,7 +64,7 @@ private:
     std::vector<Role> roles;
     std::vector<std::uint8_t> wanted; // triangles at each vertex
     SourceLines lines;
-    SurfaceTree tree;
+    SourcePatches patches;
     std::vector<rob::Vec3d> ups; // of unit length, of the surface's triangles
     std::vector<Number> hints;  // of each vertex: the triangle of the surface that it lies on, or the segment of a line
     std::vector<Number> shared; // triangles of the edge that is looked at
@@ -67,10 +72,10 @@ private:
     Number search = 0;
     unsigned sinceStop = 0;
 
-    // What vertices do next
-    std::vector<rob::Vec3d> before, laid; // where each is, and where it would lie without being moved
-    std::vector<Number> laidHints;
-    std::vector<std::uint8_t> steps; // how much of its move each vertex gave up
+    // Where vertices were before they were moved, and how much of their move each has given up
+    std::vector<rob::Vec3d> before;
+    std::vector<Number> hintsBefore;
+    std::vector<std::uint8_t> givenUp;
 };
 
 } // namespace vrk::cam

@@ -1,6 +1,6 @@
 #include "platform/cam/SurfaceTree.h"
 
-#include "platform/cam/SurfaceLines.h"
+#include "platform/cam/NearestOn.h"
 
 #include <algorithm>
 #include <array>
@@ -49,38 +49,11 @@ float above(double value)
 
 } // namespace
 
-Vec3d nearestOn(const Vec3d& a, const Vec3d& b, const Vec3d& c, const Vec3d& place)
+inline double SurfaceTree::Box::squaredDistance(const Vec3d& place) const
 {
-    const Vec3d ab = b - a, ac = c - a, ap = place - a;
-    const double d1 = ab.dot(ap), d2 = ac.dot(ap);
-    if (d1 <= 0 && d2 <= 0)
-        return a;
-    const Vec3d bp = place - b;
-    const double d3 = ab.dot(bp), d4 = ac.dot(bp);
-    if (d3 >= 0 && d4 <= d3)
-        return b;
-    const double vc = d1 * d4 - d3 * d2;
-    if (vc <= 0 && d1 >= 0 && d3 <= 0)
-        return a + ab * (d1 / (d1 - d3));
-    const Vec3d cp = place - c;
-    const double d5 = ab.dot(cp), d6 = ac.dot(cp);
-    if (d6 >= 0 && d5 <= d6)
-        return c;
-    const double vb = d5 * d2 - d1 * d6;
-    if (vb <= 0 && d2 >= 0 && d6 <= 0)
-        return a + ac * (d2 / (d2 - d6));
-    const double va = d3 * d6 - d5 * d4;
-    if (va <= 0 && d4 - d3 >= 0 && d5 - d6 >= 0)
-        return b + (c - b) * ((d4 - d3) / ((d4 - d3) + (d5 - d6)));
-    const double whole = va + vb + vc;
-    return a + ab * (vb / whole) + ac * (vc / whole);
-}
-
-double SurfaceTree::Box::squaredDistance(const Vec3d& place) const
-{
-    const double x = std::max({low[0] - place.x, place.x - high[0], 0.0});
-    const double y = std::max({low[1] - place.y, place.y - high[1], 0.0});
-    const double z = std::max({low[2] - place.z, place.z - high[2], 0.0});
+    const double x = std::max(std::max(low[0] - place.x, place.x - high[0]), 0.0);
+    const double y = std::max(std::max(low[1] - place.y, place.y - high[1]), 0.0);
+    const double z = std::max(std::max(low[2] - place.z, place.z - high[2]), 0.0);
     return x * x + y * y + z * z;
 }
 
@@ -108,7 +81,6 @@ SurfaceTree::SurfaceTree(const TriangleSurface& surface)
         along[t] = {onCurve(middleOf(cornersOf(t)), low, perUnit), t};
     std::ranges::sort(along);
 
-    order.resize(count);
     corners.resize(count);
     firstLeaf = std::bit_ceil((count + leafSize - 1) / leafSize);
     boxes.assign(2 * std::size_t{firstLeaf}, {{farAway, farAway, farAway}, {-farAway, -farAway, -farAway}});
@@ -119,8 +91,7 @@ SurfaceTree::SurfaceTree(const TriangleSurface& surface)
         }
     };
     for (std::uint32_t i = 0; i < count; ++i) {
-        order[i] = along[i].second;
-        corners[i] = cornersOf(order[i]);
+        corners[i] = cornersOf(along[i].second);
         Box& box = boxes[firstLeaf + i / leafSize];
         grow(box, corners[i].a);
         grow(box, corners[i].b);
@@ -133,10 +104,9 @@ SurfaceTree::SurfaceTree(const TriangleSurface& surface)
         }
 }
 
-template <typename Counts>
-SurfaceTree::Nearest SurfaceTree::search(const Vec3d& place, double square, const Counts& counts) const
+double SurfaceTree::squaredDistance(const Vec3d& place, double limit) const
 {
-    Nearest best{square, none, place};
+    double nearest = limit * limit;
     struct Open {
         std::uint32_t box;
         double square;
@@ -147,44 +117,29 @@ SurfaceTree::Nearest SurfaceTree::search(const Vec3d& place, double square, cons
         open[depth++] = {1, boxes[1].squaredDistance(place)};
     while (depth > 0) {
         auto [box, least] = open[--depth];
-        if (!(least < best.square))
+        if (!(least < nearest))
             continue;
         while (box < firstLeaf) {
             const double left = boxes[2 * box].squaredDistance(place),
                          right = boxes[2 * box + 1].squaredDistance(place);
             const bool isLeftNearer = left <= right;
-            if (const double further = std::max(left, right); further < best.square)
+            if (const double further = std::max(left, right); further < nearest)
                 open[depth++] = {2 * box + (isLeftNearer ? 1 : 0), further};
             box = 2 * box + (isLeftNearer ? 0 : 1);
             least = std::min(left, right);
-            if (!(least < best.square))
+            if (!(least < nearest))
                 break;
         }
-        if (!(least < best.square))
+        if (!(least < nearest))
             continue;
         const std::size_t begin = std::size_t{box - firstLeaf} * leafSize,
                           end = std::min(begin + leafSize, corners.size());
         for (std::size_t i = begin; i < end; ++i) {
             const auto& [a, b, c] = corners[i];
-            if (!counts(a, b, c))
-                continue;
-            const Vec3d on = nearestOn(a, b, c, place), off = on - place;
-            if (const double at = off.dot(off); at < best.square)
-                best = {at, order[i], on};
+            nearest = std::min(nearest, (nearestOn(a, b, c, place).place - place).squaredLength());
         }
     }
-    return best;
-}
-
-double SurfaceTree::squaredDistance(const Vec3d& place, double limit) const
-{
-    return search(place, limit * limit, [](const Vec3d&, const Vec3d&, const Vec3d&) { return true; }).square;
-}
-
-SurfaceTree::Nearest SurfaceTree::nearestFacing(const Vec3d& place, const Vec3d& up, double square) const
-{
-    return search(place, square,
-                  [&up](const Vec3d& a, const Vec3d& b, const Vec3d& c) { return normalOf(a, b, c).dot(up) > 0; });
+    return nearest;
 }
 
 } // namespace vrk::cam
