@@ -15,14 +15,19 @@ uniform vec4 skin; // x: how much nearer, model units
 
 out vec3 worldPosition;
 out vec3 worldNormal;
-out vec4 surfaceColour; // times its alpha: what is unpainted has no share in the colour between it and what is painted
+out vec4 surfaceColour; // times its alpha: what is unpainted has no share in the colour between it and what is painted. VALUE:
+                        // as it is
 
 void main()
 {
     worldPosition = (world * vertex).xyz;
     worldNormal = mat3(worldInverseTranspose) * normal;
+#ifdef VALUE
+    surfaceColour = colour;
+#else
     float alpha = clamp(colour.a, 0.0, 1.0);
     surfaceColour = vec4(colour.rgb * alpha, alpha);
+#endif
 
     gl_Position = worldViewProj * vertex;
     vec3 towardsEye = cameraPosition - worldPosition;

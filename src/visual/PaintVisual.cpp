@@ -16,6 +16,8 @@
 namespace vrk::visual {
 namespace {
 
+constexpr const char* paintMaterial = "Spray";
+constexpr const char* mapMaterial = "SprayThickness";
 constexpr std::size_t skinParameter = 1; // the materials' shaders read it here
 // How much nearer the skin is drawn than it lies, as a part of the length of its edges: so far an edge cuts into a body that
 // bends by 35 degrees in its middle.
@@ -52,13 +54,19 @@ void PaintVisual::Build(Visual* parent, unsigned spray)
     visual->entity = attachEntity(*visual, mesh->name, mesh->name);
     if (const Ogre::Entity* drawn = body->getEntity()) // which may be selected
         visual->entity->setRenderQueueGroup(drawn->getRenderQueueGroup());
+    visual->setSkinParameter(0, 0, 0);
+    visual->setMaterial(paintMaterial, "", "");
+    picking::addMeshVisual(visual, false, false);
+}
+
+/// The rest of what the materials read with the lift.
+void PaintVisual::setSkinParameter(float low, float high, float most)
+{
     const Box& bounds = mesh->getBounds();
     const float extent = std::max({bounds.getExtent(0), bounds.getExtent(1), bounds.getExtent(2)});
     const float lift = liftOfEdge * static_cast<float>(paintEdgeLength(extent));
-    for (Ogre::SubEntity* part : visual->entity->getSubEntities())
-        part->setCustomParameter(skinParameter, Ogre::Vector4(lift, 0, 0, 0));
-    visual->setMaterial("Spray", "", "");
-    picking::addMeshVisual(visual, false, false);
+    for (Ogre::SubEntity* part : entity->getSubEntities())
+        part->setCustomParameter(skinParameter, Ogre::Vector4(lift, low, high, most));
 }
 
 void PaintVisual::setVisible(bool nowVisible, bool recursive)
@@ -85,6 +93,27 @@ void PaintVisual::reset()
         mesh->setColor(vertex, color);
     }
     MeshManager::Get()->updatePaintMeshColor(mesh);
+}
+
+void PaintVisual::showThickness(float low, float high, float most)
+{
+    setSkinParameter(low, high, most);
+    setMaterial(mapMaterial, "", "");
+}
+
+void PaintVisual::setThickness(std::span<const float> parts, std::span<const unsigned> vertices)
+{
+    constexpr float covered = 0.05f; // of what is wanted: from there on the body is not seen through
+    for (const unsigned vertex : vertices) {
+        const float part = parts[vertex];
+        mesh->setColor(vertex, {part, 0, 0, std::min(part / covered, 1.0f)});
+    }
+    MeshManager::Get()->uploadPaintColors(mesh);
+}
+
+void PaintVisual::showPaint()
+{
+    setMaterial(paintMaterial, "", "");
 }
 
 } // namespace vrk::visual

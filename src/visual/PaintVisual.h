@@ -3,6 +3,7 @@
 #include "scene/math/Color.h"
 #include "visual/Visual.h"
 
+#include <span>
 #include <vector>
 
 namespace Ogre {
@@ -45,7 +46,22 @@ public:
     /// Makes all vertices transparent; their hues stay.
     void reset();
 
+    // A map of the thickness in place of the paint
+
+    /// Draws how thick the paint lies, from bare to `most` times what is wanted; what is below `low` times it, and above `high`
+    /// times it, is told apart by a pattern too.
+    void showThickness(float low, float high, float most);
+    /// Takes the thickness of these vertices, as parts of what is wanted, and uploads what changed. It allocates nothing where
+    /// as many changed before.
+    /// @param parts     one for each vertex of the mesh.
+    /// @param vertices  of the mesh, in any order; some more than once.
+    void setThickness(std::span<const float> parts, std::span<const unsigned> vertices);
+    /// Draws the paint again. The colours are those of the map until they are set.
+    void showPaint();
+
 private:
+    void setSkinParameter(float low, float high, float most);
+
     std::vector<unsigned> sprayRefs;
     PaintMesh* mesh = nullptr;
     Color paintColor{0, 0, 0, 255};

@@ -55,6 +55,7 @@ protected:
 
     SolidVisual* body = nullptr;
     PaintVisual* paint = nullptr;
+    const test::View front{{0, -420, 0}, {0, 0, 0}, {0, 0, 1}};
     const test::View fromAbove{{180, -420, 220}, {0, 0, 0}, {0, 0, 1}};
 };
 
@@ -106,6 +107,47 @@ TEST_F(PaintPicture, PaintIsSeenOnASelectedBody)
 
     EXPECT_TRUE(isRed(pixelAt(picture, {0, -60, 0})));
     EXPECT_FALSE(isRed(pixelAt(picture, {95, -10, 75})));
+}
+
+TEST_F(PaintPicture, MapTellsThinWantedAndThickApartWithoutColour)
+{
+    PaintMesh& skin = *paint->getMesh();
+    std::vector<float> parts;
+    std::vector<unsigned> all;
+    for (unsigned i = 0; i < skin.vertices.size(); ++i) { // bands across the plate: bare, thin, wanted, thick
+        const float x = skin.vertices[i].x;
+        parts.push_back(x < -80 ? 0.0f : x < -62 ? 0.5f : x > 80 ? 1.8f : 1.0f);
+        all.push_back(i);
+    }
+    const Picture bare = render(front);
+    paint->showThickness(0.8f, 1.2f, 2);
+    paint->setThickness(parts, all);
+
+    const Picture picture = render(front);
+
+    // How much the brightness changes from pixel to pixel within a patch of one thickness.
+    const auto roughness = [&](float x, float wide) {
+        int least = 1000, most = 0;
+        for (float dx = -wide; dx <= wide; dx += 0.5f)
+            for (float z = -30; z <= 30; z += 0.5f) {
+                const Pixel pixel = pixelAt(picture, {x + dx, -10, z});
+                least = std::min(least, pixel.r + pixel.g + pixel.b);
+                most = std::max(most, pixel.r + pixel.g + pixel.b);
+            }
+        return most - least;
+    };
+    EXPECT_LT(difference(pixelAt(picture, {-95, -10, 0}), pixelAt(bare, {-95, -10, 0})), 2);
+    EXPECT_GT(roughness(-71, 4), 40) << "striped";
+    EXPECT_LT(roughness(65, 4), 30) << "plain";
+    EXPECT_GT(roughness(92, 4), 100) << "dotted";
+    EXPECT_GT(pixelAt(picture, {65, -10, 0}).g, pixelAt(picture, {65, -10, 0}).r + 40) << "the middle of the scale";
+    EXPECT_TRUE(matchesBaseline(picture, "painted_workpiece_thickness"));
+
+    paint->showPaint();
+    EXPECT_EQ(static_cast<Ogre::Entity*>(paint->getSceneNode()->getAttachedObjects().at(0))
+                  ->getSubEntity(0)
+                  ->getMaterialName(),
+              "Spray");
 }
 
 TEST_F(PaintPicture, PaintIsHiddenByWhatLiesInFrontAndByItsOwnBody)
