@@ -1,0 +1,38 @@
+#pragma once
+
+#include "platform/cam/TriangleSurface.h"
+
+#include <cstddef>
+#include <functional>
+#include <limits>
+#include <optional>
+#include <stop_token>
+
+namespace vrk::cam {
+
+/// How far a surface is made coarser: until it has so many triangles, or until no edge can be taken out within the tolerance.
+struct SimplifyOptions {
+    std::size_t triangles = 0;
+    /// How far the result may lie from the surface, and the surface from the result. Model units.
+    double tolerance = std::numeric_limits<double>::infinity();
+    /// Radians: an edge whose triangles differ by more in their normals is sharp, and stays.
+    double sharp = 1.05;
+    std::stop_token stop;
+    std::function<void(double fraction)> progress; ///< on the calling thread
+};
+
+/// The surface with fewer triangles, by edges that are drawn together, those first whose end moves least from the planes of
+/// the triangles that it stands for (Garland, Heckbert, "Surface Simplification Using Quadric Error Metrics", 1997).
+///
+/// Borders, sharp edges, and edges that more than two triangles share keep their lines, and the ends and corners of these
+/// stay where they are. No triangle turns over, and none without area is made. The same surface gives the same result.
+///
+/// A tolerance is held at every vertex and in the middle of every triangle of the surface, and at every corner, in the middle
+/// and halfway along the edges of the result, with a tenth to spare.
+///
+/// Thread: any; it starts none.
+/// @param surface  welded.
+/// @return empty if it was stopped.
+VRK_EXPORT std::optional<TriangleSurface> simplify(const TriangleSurface& surface, const SimplifyOptions& options);
+
+} // namespace vrk::cam

@@ -1,0 +1,76 @@
+#include "platform/cam/SourcePatches.h"
+
+#include "platform/cam/NearestOn.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace vrk::cam {
+
+using rob::Vec3d;
+
+SourcePatches::SourcePatches(const LinkedTriangles& triangles, const std::vector<Vec3d>& places)
+{
+    patches.reserve(triangles.slots());
+    for (Number t = 0; t < triangles.slots(); ++t) {
+        Patch patch{};
+        for (Number i = 0; i < 3; ++i) {
+            const Number from = triangles[t][i], to = triangles[t][LinkedTriangles::nextOf(i)];
+            patch.corners[i] = places[from];
+            patch.across[i] = LinkedTriangles::none;
+            if (!triangles.isOnLine(t, i))
+                triangles.forTrianglesOn(from, to, [&](Number s) { patch.across[i] = s == t ? patch.across[i] : s; });
+        }
+        patches.push_back(patch);
+    }
+}
+
+/// visit(triangle): the others that are met by going about a corner, one way and then, up to a line, the other.
+template <typename Visit>
+void SourcePatches::forPatchesAt(Number triangle, Number corner, const Visit& visit) const
+{
+    const Vec3d at = patches[triangle].corners[corner];
+    for (const bool isForth : {true, false}) {
+        Number t = triangle, i = corner;
+        while (true) {
+            t = patches[t].across[isForth ? LinkedTriangles::previousOf(i) : i];
+            if (t == triangle)
+                return;
+            if (t == LinkedTriangles::none)
+                break;
+            i = patches[t].corners[0] == at ? 0 : patches[t].corners[1] == at ? 1 : 2;
+            visit(t);
+        }
+    }
+}
+
+SourcePatches::Place SourcePatches::nearest(const Vec3d& place, Number from) const
+{
+    const auto on = [&](Number t) {
+        const auto& [a, b, c] = patches[t].corners;
+        return nearestOn(a, b, c, place);
+    };
+    Number at = from;
+    NearestOnTriangle best = on(at);
+    double least = (best.place - place).squaredLength();
+    for (Number before = LinkedTriangles::none; at != before;) {
+        before = at;
+        const NearestOnTriangle here = best;
+        const auto look = [&](Number t) {
+            const NearestOnTriangle other = on(t);
+            const double square = (other.place - place).squaredLength();
+            if (!(square < least))
+                return;
+            best = other;
+            least = square;
+            at = t;
+        };
+        if (here.corner != NearestOnTriangle::none)
+            forPatchesAt(before, here.corner, look);
+        else if (here.edge != NearestOnTriangle::none && patches[before].across[here.edge] != LinkedTriangles::none)
+            look(patches[before].across[here.edge]);
+    }
+    return {at, best.place};
+}
+
+} // namespace vrk::cam

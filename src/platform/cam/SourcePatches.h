@@ -1,0 +1,36 @@
+#pragma once
+
+#include "platform/cam/LinkedTriangles.h"
+
+namespace vrk::cam {
+
+/// A surface as it was, for places that are laid on it again. Not installed.
+///
+/// What is nearest is sought from a triangle that is known to be near, from neighbour to neighbour and never over a line: in a
+/// thin wall a place does not end up on the other side.
+class SourcePatches {
+public:
+    using Number = LinkedTriangles::Number;
+
+    /// @param places  of the vertices; copied.
+    SourcePatches(const LinkedTriangles& triangles, const std::vector<rob::Vec3d>& places);
+
+    struct Place {
+        Number triangle;
+        rob::Vec3d place;
+    };
+    Place nearest(const rob::Vec3d& place, Number from) const;
+
+private:
+    struct Patch {
+        std::array<rob::Vec3d, 3> corners;
+        std::array<Number, 3> across; // each edge; none over a line
+    };
+
+    template <typename Visit>
+    void forPatchesAt(Number triangle, Number corner, const Visit& visit) const;
+
+    std::vector<Patch> patches;
+};
+
+} // namespace vrk::cam

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/cam/TriangleSurface.h"
+
+#include <limits>
+
+namespace vrk::cam {
+
+/// Boxes in boxes around the triangles of a surface, for how far places lie from it. Not installed.
+///
+/// Triangles lie in the order of a curve that fills space, four to a box, and the boxes are a heap: it is made in the time
+/// of a sort.
+class SurfaceTree {
+public:
+    explicit SurfaceTree(const TriangleSurface& surface);
+
+    /// The square of the distance to the nearest triangle, or of `limit` where that is nearer.
+    double squaredDistance(const rob::Vec3d& place, double limit = std::numeric_limits<double>::infinity()) const;
+
+private:
+    struct Box {
+        float low[3], high[3]; // rounded outwards
+
+        double squaredDistance(const rob::Vec3d& place) const;
+    };
+    struct Corners {
+        rob::Vec3d a, b, c;
+    };
+
+    static constexpr std::uint32_t leafSize = 4;
+
+    std::vector<Corners> corners; // along the curve
+    std::vector<Box> boxes;       // a heap from 1: the children of k are 2 k and 2 k + 1
+    std::uint32_t firstLeaf = 1;
+};
+
+} // namespace vrk::cam
