@@ -19,35 +19,14 @@ constexpr double uprightCosine = 0.5; // between a triangle and the surface at i
 constexpr double thinnest = 0.02;    // twice the area over the square of the longest edge, unless it was thinner before
 constexpr unsigned stopEvery = 4096; // steps
 
-/// About 0.87 for the best; near 0 for needles and caps.
-double shapeOf(const Vec3d& a, const Vec3d& b, const Vec3d& c, double doubleArea)
-{
-    const double most = std::max({(b - a).squaredLength(), (c - b).squaredLength(), (a - c).squaredLength()});
-    return most > 0 ? doubleArea / most : 0;
-}
-
-/// Of a triangle that is thin.
-bool isBetterShaped(double shape, double before)
-{
-    return shape > 1e-6 && shape >= before;
-}
-
-std::vector<Vec3d> placesOf(const TriangleSurface& surface)
-{
-    std::vector<Vec3d> places;
-    places.reserve(surface.vertices.size());
-    for (const rob::Posd& place : surface.vertices)
-        places.emplace_back(place);
-    return places;
-}
-
 } // namespace
 
 Remesher::Remesher(const TriangleSurface& surface, const RemeshOptions& options)
     : surface(surface), options(options), longest(std::pow(4.0 / 3.0 * options.edgeLength, 2)),
       shortest(std::pow(4.0 / 5.0 * options.edgeLength, 2)), places(placesOf(surface)),
       triangles(surface.triangles, surface.vertices.size()), roles(findLines(triangles, places, options.sharp)),
-      lines(triangles, roles, places), patches(triangles, places), hints(places.size(), none), marks(places.size(), 0)
+      contraction(triangles, roles), lines(triangles, roles, places),
+      patches(triangles, places, SourcePatches::Lines::Stop), hints(places.size(), none)
 {
     wanted.reserve(places.size());
     for (Number v = 0; v < places.size(); ++v) {
@@ -156,7 +135,6 @@ void Remesher::split(Number t, Number edge)
     triangles.forTrianglesOn(a, b, [this](Number s) { shared.push_back(s); });
     const Number middle = triangles.addVertex();
     places.push_back((places[a] + places[b]) / 2.0);
-    marks.push_back(0);
     roles.push_back(isLine ? Role::OnLine : Role::Free);
     wanted.push_back(shared.size() == 1 ? 3 : 6);
     if (!isLine)
@@ -199,7 +177,7 @@ bool Remesher::collapseEdge(Number a, Number b)
     const bool isFirstKept = roles[a] != roles[b] ? roles[a] > roles[b] : a < b;
     const Number kept = isFirstKept ? a : b, gone = isFirstKept ? b : a;
     if (roles[gone] == Role::Corner || (roles[gone] == Role::OnLine && !isLineKept(kept, gone)) ||
-        !isTopologyKept(kept, gone))
+        !contraction.isTopologyKept(kept, gone))
         return false;
     const auto tryAt = [&](const Vec3d& place) {
         if (!isShapeKept(gone, kept, place) || (place != places[kept] && !isShapeKept(kept, gone, place)))
@@ -252,35 +230,6 @@ bool Remesher::isLineKept(Number kept, Number gone) const
     return !bends(kept) && !bends(beyond);
 }
 
-/// Both ends have no neighbours in common but those across the edge's own triangles (Dey, Edelsbrunner, Guha, Nekhayev,
-/// "Topology preserving edge contraction", 1999), none of these would be left with two triangles on each other, and no two
-/// lines would become one.
-bool Remesher::isTopologyKept(Number kept, Number gone)
-{
-    const Number ofGone = ++search, inCommon = ++search;
-    Number sharing = 0, common = 0;
-    bool isKept = true;
-    triangles.forCornersAt(gone, [&](Number t, Number) {
-        for (const Number vertex : triangles[t])
-            marks[vertex] = ofGone;
-        if (!triangles.has(t, kept))
-            return;
-        ++sharing;
-        const Number across = triangles[t][3 - triangles.indexOf(t, kept) - triangles.indexOf(t, gone)];
-        isKept = isKept && !triangles.isOnLine(t, triangles.edgeOf(t, gone, across));
-    });
-    triangles.forCornersAt(kept, [&](Number t, Number) {
-        for (const Number vertex : triangles[t]) {
-            if (vertex == kept || vertex == gone || marks[vertex] != ofGone)
-                continue;
-            marks[vertex] = inCommon;
-            ++common;
-            isKept = isKept && triangles.sizeAt(vertex) > (roles[vertex] == Role::Free ? 3u : 1u);
-        }
-    });
-    return isKept && common == sharing;
-}
-
 bool Remesher::isShapeKept(Number vertex, Number other, const Vec3d& place) const
 {
     bool isKept = true;
@@ -298,33 +247,20 @@ bool Remesher::isShapeKept(Number vertex, Number other, const Vec3d& place) cons
         const double square = normal.squaredLength(), squareThen = turned.squaredLength();
         const double turn = normal.dot(turned);
         const double most = std::max({squareB, squareC, (c - b).squaredLength()});
-        isKept = turn > 0 && turn * turn > turnCosine * turnCosine * square * squareThen &&
-                 isUpright(triangles[t], turned) &&
-                 (squareThen >= thinnest * thinnest * most * most ||
-                  isBetterShaped(shapeOf(place, b, c, std::sqrt(squareThen)), shapeOf(a, b, c, std::sqrt(square))));
+        isKept =
+            turn > 0 && turn * turn > turnCosine * turnCosine * square * squareThen &&
+            isUpright(triangles[t], turned) &&
+            (squareThen >= thinnest * thinnest * most * most || isBetterShaped(shapeOf(place, b, c), shapeOf(a, b, c)));
     });
     return isKept;
 }
 
 void Remesher::collapse(Number kept, Number gone, const Vec3d& place)
 {
-    shared.clear();
-    triangles.forTrianglesOn(kept, gone, [this](Number t) { shared.push_back(t); });
-    for (const Number t : shared) {
-        // The two edges to the vertex across become one.
-        const Number across = triangles[t][3 - triangles.indexOf(t, kept) - triangles.indexOf(t, gone)];
-        if (triangles.isOnLine(t, triangles.edgeOf(t, kept, across)))
-            triangles.forTrianglesOn(gone, across, [&](Number s) {
-                if (s != t)
-                    triangles.setOnLine(s, triangles.edgeOf(s, gone, across), true);
-            });
-    }
     if (place == places[gone] && roles[kept] == Role::Free)
         hints[kept] = hints[gone];
     places[kept] = place;
-    for (const Number t : shared)
-        triangles.remove(t);
-    triangles.forCornersAt(gone, [&](Number t, Number i) { triangles.setCorner(t, i, kept); });
+    contraction.contract(kept, gone);
 }
 
 // Edges are turned
@@ -380,8 +316,8 @@ bool Remesher::flipEdge(Number t, Number edge, FlipFor purpose)
         if (!(turned->dot(abc) > flipCosine * length * lengthAbc) ||
             !(turned->dot(bad) > flipCosine * length * lengthBad))
             return false;
-    const double shape = std::min(shapeOf(pa, pd, pc, lengthAdc), shapeOf(pb, pc, pd, lengthBcd));
-    if (shape < thinnest && !(shape > std::min(shapeOf(pa, pb, pc, lengthAbc), shapeOf(pb, pa, pd, lengthBad))))
+    const double shape = std::min(shapeOf(pa, pd, pc), shapeOf(pb, pc, pd));
+    if (shape < thinnest && !(shape > std::min(shapeOf(pa, pb, pc), shapeOf(pb, pa, pd))))
         return false;
     if (!isUpright({a, d, c}, adc) || !isUpright({b, c, d}, bcd) || triangles.isEdge(c, d))
         return false;
@@ -489,8 +425,8 @@ bool Remesher::wouldTurn(Number t) const
     const double area = was.length(), areaNow = is.length();
     if (!(was.dot(is) > turnCosine * area * areaNow))
         return true;
-    const double shape = shapeOf(places[a], places[b], places[c], areaNow);
-    return shape < thinnest && !isBetterShaped(shape, shapeOf(before[a], before[b], before[c], area));
+    const double shape = shapeOf(places[a], places[b], places[c]);
+    return shape < thinnest && !isBetterShaped(shape, shapeOf(before[a], before[b], before[c]));
 }
 
 TriangleSurface Remesher::result() const

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "platform/cam/Contraction.h"
 #include "platform/cam/Remesh.h"
 #include "platform/cam/SourceLines.h"
 #include "platform/cam/SourcePatches.h"
+#include "platform/cam/TriangleShape.h"
 
 namespace vrk::cam {
 
@@ -34,7 +36,6 @@ private:
     template <typename Visit>
     void forLinesAt(Number vertex, const Visit& visit) const;
     bool isLineKept(Number kept, Number gone) const;
-    bool isTopologyKept(Number kept, Number gone);
     bool isShapeKept(Number vertex, Number other, const rob::Vec3d& place) const;
     void collapse(Number kept, Number gone, const rob::Vec3d& place);
 
@@ -62,14 +63,13 @@ private:
     std::vector<rob::Vec3d> places;
     LinkedTriangles triangles;
     std::vector<Role> roles;
+    Contraction contraction;
     std::vector<std::uint8_t> wanted; // triangles at each vertex
     SourceLines lines;
     SourcePatches patches;
     std::vector<rob::Vec3d> ups; // of unit length, of the surface's triangles
     std::vector<Number> hints;  // of each vertex: the triangle of the surface that it lies on, or the segment of a line
     std::vector<Number> shared; // triangles of the edge that is looked at
-    std::vector<Number> marks;  // of vertices: the search in which each was met last
-    Number search = 0;
     unsigned sinceStop = 0;
 
     // Where vertices were before they were moved, and how much of their move each has given up

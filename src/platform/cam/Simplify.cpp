@@ -2,6 +2,7 @@
 
 #include "platform/cam/EdgeCollapse.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace vrk::cam {
@@ -10,7 +11,23 @@ std::optional<TriangleSurface> simplify(const TriangleSurface& surface, const Si
 {
     if (!(options.tolerance >= 0))
         throw std::invalid_argument("a tolerance is 0 or more");
-    return EdgeCollapse(surface, options).run();
+    std::vector<EdgeCollapse::Number> held;
+    while (true) {
+        EdgeCollapse collapse(surface, options, held);
+        if (!collapse.run())
+            return {};
+        const std::vector<EdgeCollapse::Number> beyond = collapse.verticesBeyond();
+        if (options.stop.stop_requested())
+            return {};
+        const std::size_t heldBefore = held.size();
+        held.insert(held.end(), beyond.begin(), beyond.end());
+        std::ranges::sort(held);
+        const auto doubled = std::ranges::unique(held);
+        held.erase(doubled.begin(), doubled.end());
+        // Each round holds more of the surface as it is, so that there is an end to them.
+        if (held.size() == heldBefore)
+            return collapse.result();
+    }
 }
 
 } // namespace vrk::cam

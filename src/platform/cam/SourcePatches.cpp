@@ -3,25 +3,28 @@
 #include "platform/cam/NearestOn.h"
 
 #include <algorithm>
-#include <optional>
 
 namespace vrk::cam {
 
 using rob::Vec3d;
 
-SourcePatches::SourcePatches(const LinkedTriangles& triangles, const std::vector<Vec3d>& places)
+SourcePatches::SourcePatches(const LinkedTriangles& triangles, const std::vector<Vec3d>& places, Lines lines)
+    : patches(triangles.slots())
 {
-    patches.reserve(triangles.slots());
     for (Number t = 0; t < triangles.slots(); ++t) {
-        Patch patch{};
-        for (Number i = 0; i < 3; ++i) {
+        for (Number i = 0; i < 3 && !triangles.isGone(t); ++i) {
             const Number from = triangles[t][i], to = triangles[t][LinkedTriangles::nextOf(i)];
-            patch.corners[i] = places[from];
-            patch.across[i] = LinkedTriangles::none;
-            if (!triangles.isOnLine(t, i))
-                triangles.forTrianglesOn(from, to, [&](Number s) { patch.across[i] = s == t ? patch.across[i] : s; });
+            patches[t].corners[i] = places[from];
+            Number others = 0, other = LinkedTriangles::none;
+            if (lines == Lines::Cross || !triangles.isOnLine(t, i))
+                triangles.forTrianglesOn(from, to, [&](Number s) {
+                    others += s == t ? 0 : 1;
+                    other = s == t ? other : s;
+                });
+            // Going about a corner goes on in the same sense only between triangles that run against each other.
+            const bool isAgainst = others == 1 && triangles[other][triangles.edgeOf(other, from, to)] == to;
+            patches[t].across[i] = isAgainst ? other : LinkedTriangles::none;
         }
-        patches.push_back(patch);
     }
 }
 

@@ -1,5 +1,7 @@
 #include "platform/cam/SurfaceLines.h"
 
+#include "platform/cam/TriangleShape.h"
+
 #include <algorithm>
 #include <cmath>
 

@@ -16,10 +16,4 @@ enum class Role : std::uint8_t {
 /// @return of each vertex. One with two lines is on them, unless they bend by more than that.
 std::vector<Role> findLines(LinkedTriangles& triangles, const std::vector<rob::Vec3d>& places, double sharp);
 
-/// Twice the area long. Not installed.
-inline rob::Vec3d normalOf(const rob::Vec3d& a, const rob::Vec3d& b, const rob::Vec3d& c)
-{
-    return (b - a).cross(c - a);
-}
-
 } // namespace vrk::cam

@@ -104,9 +104,9 @@ SurfaceTree::SurfaceTree(const TriangleSurface& surface)
         }
 }
 
-double SurfaceTree::squaredDistance(const Vec3d& place, double limit) const
+/// The square of the distance to the nearest triangle, or `nearest` where that is less; not looked for further below `enough`.
+double SurfaceTree::search(const Vec3d& place, double nearest, double enough) const
 {
-    double nearest = limit * limit;
     struct Open {
         std::uint32_t box;
         double square;
@@ -137,6 +137,8 @@ double SurfaceTree::squaredDistance(const Vec3d& place, double limit) const
         for (std::size_t i = begin; i < end; ++i) {
             const auto& [a, b, c] = corners[i];
             nearest = std::min(nearest, (nearestOn(a, b, c, place).place - place).squaredLength());
+            if (nearest < enough)
+                return nearest;
         }
     }
     return nearest;

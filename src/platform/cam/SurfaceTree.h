@@ -15,7 +15,15 @@ public:
     explicit SurfaceTree(const TriangleSurface& surface);
 
     /// The square of the distance to the nearest triangle, or of `limit` where that is nearer.
-    double squaredDistance(const rob::Vec3d& place, double limit = std::numeric_limits<double>::infinity()) const;
+    double squaredDistance(const rob::Vec3d& place, double limit = std::numeric_limits<double>::infinity()) const
+    {
+        return search(place, limit * limit, 0);
+    }
+    /// Whether it lies nearer than `limit`; sooner told than how far it is.
+    bool isWithin(const rob::Vec3d& place, double limit) const
+    {
+        return search(place, limit * limit, limit * limit) < limit * limit;
+    }
 
 private:
     struct Box {
@@ -23,6 +31,8 @@ private:
 
         double squaredDistance(const rob::Vec3d& place) const;
     };
+    double search(const rob::Vec3d& place, double nearest, double enough) const;
+
     struct Corners {
         rob::Vec3d a, b, c;
     };

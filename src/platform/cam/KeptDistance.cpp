@@ -1,0 +1,195 @@
+#include "platform/cam/KeptDistance.h"
+
+#include "platform/cam/NearestOn.h"
+#include "platform/cam/TriangleShape.h"
+#include "platform/common/ParallelFor.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace vrk::cam {
+
+using rob::Vec3d;
+
+namespace {
+
+constexpr double mostAlongEdge = 512; // places
+constexpr double perSpacing = 3;      // at a step, places along a new edge for each of the surface's own
+// At the end: how close they are, in tolerances, and how far they may lie. Between two of them an edge would have to rise by
+// more than a fifth of its length to go beyond.
+constexpr double closest = 1;
+constexpr double spare = 0.9;
+
+double meanEdge(const TriangleSurface& surface)
+{
+    double sum = 0;
+    for (const auto& t : surface.triangles)
+        for (unsigned i = 0; i < 3; ++i)
+            sum += (surface.vertices[t[(i + 1) % 3]] - surface.vertices[t[i]]).length();
+    return sum / (3.0 * static_cast<double>(std::max<std::size_t>(surface.triangles.size(), 1)));
+}
+
+} // namespace
+
+KeptDistance::KeptDistance(const LinkedTriangles& triangles, TriangleSurface surface, double tolerance, double limit)
+    : source(std::move(surface)), side(triangles, placesOf(source), source), tolerance(tolerance), limit(limit),
+      spacing(meanEdge(source)), first(source.triangles.size(), LinkedTriangles::none),
+      isTouched(source.triangles.size(), false)
+{
+    const auto add = [this](Number point, Number triangle) { next[point] = std::exchange(first[triangle], point); };
+    points = placesOf(source);
+    next.assign(points.size() + source.triangles.size(), LinkedTriangles::none);
+    hints.assign(points.size(), LinkedTriangles::none);
+    for (Number t = 0; t < source.triangles.size(); ++t) {
+        Vec3d sum;
+        for (const Number vertex : source.triangles[t]) {
+            sum += points[vertex];
+            if (hints[vertex] == LinkedTriangles::none)
+                add(vertex, t);
+            hints[vertex] = t;
+        }
+        add(static_cast<Number>(points.size()), t);
+        points.push_back(sum / 3.0);
+    }
+}
+
+bool KeptDistance::Side::isWithin(const Vec3d& place, double limit, Number& hint) const
+{
+    const SourcePatches::Place found = patches.nearest(place, hint);
+    hint = found.triangle;
+    // Where neighbours do not lead to it, all are asked.
+    return (found.place - place).squaredLength() < limit * limit || tree.isWithin(place, limit);
+}
+
+bool KeptDistance::Side::isEdgeWithin(const Vec3d& from, const Vec3d& to, double limit, double step, Number hint) const
+{
+    const double pieces = std::clamp(std::ceil((to - from).length() / step), 2.0, mostAlongEdge);
+    for (double i = 1; i < pieces; ++i)
+        if (!isWithin(from + (to - from) * (i / pieces), limit, hint))
+            return false;
+    return true;
+}
+
+bool KeptDistance::isKept(const LinkedTriangles& triangles, const std::vector<Vec3d>& places, Number kept, Number gone,
+                          const Vec3d& place)
+{
+    vertex = kept;
+    hint = hints[kept];
+    if (!side.isWithin(place, limit, hint))
+        return false;
+    corners.clear();
+    numbers.clear();
+    nearest.clear();
+    for (const auto& [vertex, other] : {std::pair(kept, gone), {gone, kept}})
+        triangles.forCornersAt(vertex, [&, other = other](Number t, Number i) {
+            if (triangles.has(t, other))
+                return;
+            corners.push_back({place, places[triangles[t][LinkedTriangles::nextOf(i)]],
+                               places[triangles[t][LinkedTriangles::previousOf(i)]]});
+            numbers.push_back(t);
+        });
+    const auto isPointKept = [&](Number point) {
+        double least = limit * limit;
+        Number of = LinkedTriangles::none;
+        for (Number i = 0; i < corners.size(); ++i) {
+            const auto& [a, b, c] = corners[i];
+            const double square = (nearestOn(a, b, c, points[point]).place - points[point]).squaredLength();
+            if (square < least) {
+                least = square;
+                of = i;
+            }
+        }
+        nearest.emplace_back(point, of);
+        return of != LinkedTriangles::none;
+    };
+    bool isKept = true;
+    const auto look = [&](Number t) {
+        for (Number point = first[t]; isKept && point != LinkedTriangles::none; point = next[point])
+            isKept = isPointKept(point);
+    };
+    triangles.forCornersAt(kept, [&](Number t, Number) { look(t); });
+    triangles.forCornersAt(gone, [&](Number t, Number) {
+        if (!triangles.has(t, kept))
+            look(t);
+    });
+    // Each new edge is the first of one triangle, but at a border.
+    for (std::size_t i = 0; isKept && i < corners.size(); ++i) {
+        const auto& [a, b, c] = corners[i];
+        Number near = hint;
+        isKept = side.isEdgeWithin(a, b, limit, spacing / perSpacing, hint) &&
+                 side.isWithin((a + b + c) / 3.0, limit, near) && side.isWithin((a + c) / 2.0, limit, near);
+    }
+    return isKept;
+}
+
+void KeptDistance::move()
+{
+    hints[vertex] = hint;
+    for (const Number t : numbers) {
+        first[t] = LinkedTriangles::none;
+        isTouched[t] = true;
+    }
+    for (const auto& [point, index] : nearest)
+        next[point] = std::exchange(first[numbers[index]], point);
+}
+
+std::vector<KeptDistance::Number> KeptDistance::verticesBeyond(const LinkedTriangles& triangles,
+                                                               const std::vector<Vec3d>& places,
+                                                               const std::stop_token& stop) const
+{
+    std::vector<Number> nearestTo(points.size(), LinkedTriangles::none);
+    std::vector<TriangleSurface::Triangle> there;
+    for (Number t = 0; t < triangles.slots(); ++t) {
+        if (triangles.isGone(t))
+            continue;
+        there.push_back(triangles[t]);
+        for (Number point = first[t]; point != LinkedTriangles::none; point = next[point])
+            nearestTo[point] = t;
+    }
+    const Side ofResult(triangles, places, surfaceOf(places, std::move(there)));
+    // Bytes, which several threads may write next to each other. Triangles of the result have the numbers of those of the
+    // surface that they were.
+    std::vector<std::uint8_t> isBeyond(triangles.slots(), 0), isSourceBeyond(triangles.slots(), 0);
+    parallelFor(triangles.slots(), [&](std::size_t begin, std::size_t end) {
+        for (auto t = static_cast<Number>(begin); t < end && !stop.stop_requested(); ++t) {
+            for (Number i = 0; i < 3 && !triangles.isGone(t) && isTouched[t]; ++i) {
+                const Number a = triangles[t][i], b = triangles[t][LinkedTriangles::nextOf(i)];
+                if ((a < b || triangles.isOnLine(t, i)) &&
+                    !side.isEdgeWithin(places[a], places[b], spare * tolerance, closest * tolerance, hints[a]))
+                    isBeyond[t] = 1;
+            }
+            for (Number i = 0; i < 3 && (triangles.isGone(t) || isTouched[t]); ++i) {
+                const Number a = source.triangles[t][i], b = source.triangles[t][LinkedTriangles::nextOf(i)];
+                // An edge that is near one triangle with both ends is so all along.
+                if (nearestTo[a] != nearestTo[b] &&
+                    !ofResult.isEdgeWithin(points[a], points[b], spare * tolerance, closest * tolerance, nearestTo[a]))
+                    isSourceBeyond[t] = 1;
+            }
+        }
+    });
+    std::vector<bool> isListed(source.vertices.size(), false);
+    const auto listAll = [&](const TriangleSurface::Triangle& corners) {
+        for (const Number vertex : corners)
+            isListed[vertex] = true;
+    };
+    for (Number t = 0; t < triangles.slots(); ++t) {
+        if (isSourceBeyond[t])
+            listAll(source.triangles[t]);
+        if (!isBeyond[t])
+            continue;
+        listAll(triangles[t]);
+        for (Number point = first[t]; point != LinkedTriangles::none; point = next[point])
+            if (point < source.vertices.size())
+                isListed[point] = true;
+            else
+                listAll(source.triangles[point - source.vertices.size()]);
+    }
+    std::vector<Number> beyond;
+    for (Number v = 0; v < isListed.size(); ++v)
+        if (isListed[v])
+            beyond.push_back(v);
+    return beyond;
+}
+
+} // namespace vrk::cam
