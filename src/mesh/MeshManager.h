@@ -85,8 +85,8 @@ public:
     /// Uploads the colours that changed, in the order of the changes, under one lock of them all. Nothing is locked where
     /// nothing changed.
     void updatePaintMeshColor(PaintMesh* mesh);
-    /// The same, with each vertex written once and nothing touched but the runs of vertices that changed. It allocates
-    /// nothing.
+    /// The same, without a lock of what did not change: the table goes there in blocks, of which there are 256, and only those
+    /// in which something changed. Nothing is allocated.
     void uploadPaintColors(PaintMesh* mesh);
 
     // Global meshes

@@ -6,6 +6,7 @@
 #include <Ogre.h>
 
 #include <algorithm>
+#include <bitset>
 #include <cstring>
 #include <optional>
 
@@ -52,20 +53,25 @@ void MeshManager::updatePaintMeshColor(PaintMesh* mesh)
 
 void MeshManager::uploadPaintColors(PaintMesh* mesh)
 {
-    // A gap of so many vertices is written along: two calls of the driver cost more than what lies between them.
-    constexpr unsigned bridgedGap = 64;
+    // Blocks of the table: marking them costs less than putting the changes in order, and a run of them is one copy.
+    constexpr std::size_t blocks = 256;
 
     std::vector<unsigned>& changed = mesh->getChangedColorIndexes();
     const auto colors = colorBufferOf(*mesh);
     if (!colors || changed.empty())
         return;
-    std::sort(changed.begin(), changed.end());
-    for (std::size_t begin = 0, end = 0; begin < changed.size(); begin = end) {
-        for (end = begin + 1; end < changed.size() && changed[end] - changed[end - 1] <= bridgedGap; ++end) {
+    const std::size_t count = mesh->colorTable.size();
+    const std::size_t blockSize = (count + blocks - 1) / blocks;
+    std::bitset<blocks> isChanged;
+    for (const unsigned vertex : changed)
+        isChanged.set(vertex / blockSize);
+    for (std::size_t begin = 0, end = 0; begin < blocks; begin = end + 1) {
+        for (end = begin; end < blocks && isChanged[end]; ++end) {
         }
-        const std::size_t first = changed[begin];
-        const std::size_t count = changed[end - 1] - first + 1;
-        colors->buffer->writeData(first * colors->vertexSize, count * colors->vertexSize,
+        if (end == begin)
+            continue;
+        const std::size_t first = begin * blockSize, last = std::min(end * blockSize, count);
+        colors->buffer->writeData(first * colors->vertexSize, (last - first) * colors->vertexSize,
                                   mesh->colorTable.data() + first);
     }
     changed.clear();
