@@ -5,6 +5,7 @@
 #include "platform/cam/GeodesicMeshUtils.h"
 #include "platform/cam/MeshDecimator.h"
 #include "platform/cam/TMesh.h"
+#include "platform/cam/Tolerance.h"
 
 #include <algorithm>
 #include <cmath>
@@ -83,13 +84,8 @@ cadcam::TMesh<double> MeshManager::toCadcamMesh(const Mesh& mesh)
 bool MeshManager::simplifyMesh(const Mesh& mesh, std::vector<rob::PosTemplate<float>>& vertices,
                                std::vector<unsigned>& indices)
 {
-    constexpr std::size_t fewestTriangles = 64;
-    constexpr double partOfExtent = 0.001;
-    constexpr double leastTolerance = 0.02; // model units
-    constexpr double mostTolerance = 1;
-
     const std::size_t count = mesh.indices.size() / 3;
-    if (count < fewestTriangles)
+    if (count < cam::fewestToSimplify)
         return false;
     const CamMesh source = toCadcamMesh(mesh);
     Box bounds; // the mesh keeps its own from the first time on, and this one is not to be changed
@@ -97,7 +93,7 @@ bool MeshManager::simplifyMesh(const Mesh& mesh, std::vector<rob::PosTemplate<fl
         bounds.addPoint(vertex);
     if (!bounds.isValid())
         return false;
-    const double tolerance = std::min(std::max(leastTolerance, greatestExtent(bounds) * partOfExtent), mostTolerance);
+    const double tolerance = cam::usualTolerance(greatestExtent(bounds));
     const CamMesh simple = OpenMeshUtils::MeshDecimator::DecimateMesh<double>(source, tolerance, true);
     constexpr std::size_t fewestVertices = 4;
     const std::size_t left = simple.triangles()->size();
