@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/cam/TriangleSurface.h"
+#include "platform/common/Export.h"
 
 #include <limits>
 
@@ -10,7 +11,7 @@ namespace vrk::cam {
 ///
 /// Triangles lie in the order of a curve that fills space, four to a box, and the boxes are a heap: it is made in the time
 /// of a sort.
-class SurfaceTree {
+class VRK_EXPORT SurfaceTree {
 public:
     explicit SurfaceTree(const TriangleSurface& surface);
 

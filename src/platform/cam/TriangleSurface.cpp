@@ -10,9 +10,12 @@ namespace {
 
 using Triangle = TriangleSurface::Triangle;
 
-bool isFinite(const rob::Posd& p)
+/// So that squares of squares of distances are finite.
+constexpr double mostCoordinate = 1e30;
+
+bool isReckonable(const rob::Posd& p)
 {
-    return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
+    return std::abs(p.x) <= mostCoordinate && std::abs(p.y) <= mostCoordinate && std::abs(p.z) <= mostCoordinate;
 }
 
 std::uint64_t mixed(std::uint64_t hash, std::uint64_t value)
@@ -76,7 +79,7 @@ TriangleSurface weld(const TriangleSurface& soup)
     for (const Triangle& triangle : soup.triangles) {
         const std::array<rob::Posd, 3> corners{soup.vertices.at(triangle[0]), soup.vertices.at(triangle[1]),
                                                soup.vertices.at(triangle[2])};
-        if (!std::ranges::all_of(corners, isFinite) || !hasArea(corners[0], corners[1], corners[2]))
+        if (!std::ranges::all_of(corners, isReckonable) || !hasArea(corners[0], corners[1], corners[2]))
             continue;
         Triangle numbers{};
         std::ranges::transform(corners, numbers.begin(), [&](const rob::Posd& p) { return places.numberOf(p); });

@@ -18,7 +18,7 @@ struct TriangleSurface {
 };
 
 /// The same surface where equal vertices are one: what a triangle soup, as STL files are, has to become before triangles
-/// have neighbours. Triangles without area, with coordinates that are not finite, and those that are there already are left
+/// have neighbours. Triangles without area, with coordinates that are not finite or beyond 1e30, and those that are there already are left
 /// out, and so are vertices of none. The order of what stays is kept.
 /// @throws std::out_of_range  for a triangle of a vertex that there is not.
 VRK_EXPORT TriangleSurface weld(const TriangleSurface& soup);

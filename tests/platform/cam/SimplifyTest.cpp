@@ -1,0 +1,145 @@
+#include "platform/cam/Simplify.h"
+
+#include "CamSurfaces.h"
+
+#include <gmock/gmock.h>
+
+#include <limits>
+#include <stdexcept>
+
+namespace vrk::cam {
+namespace {
+
+using testing::TestWithParam;
+using testing::Values;
+
+TriangleSurface simplified(const TriangleSurface& surface, double tolerance)
+{
+    SimplifyOptions options;
+    options.tolerance = tolerance;
+    return simplify(surface, options).value();
+}
+
+TriangleSurface simplifiedTo(const TriangleSurface& surface, std::size_t triangles)
+{
+    SimplifyOptions options;
+    options.triangles = triangles;
+    return simplify(surface, options).value();
+}
+
+struct ShapeCase {
+    const char* name;
+    TriangleSurface (*make)();
+    double tolerance;
+};
+class SimplifiedShape : public TestWithParam<ShapeCase> {};
+
+TEST_P(SimplifiedShape, LiesWithinTheToleranceBothWays)
+{
+    const TriangleSurface surface = GetParam().make();
+
+    const TriangleSurface result = simplified(surface, GetParam().tolerance);
+
+    EXPECT_LT(result.triangles.size(), surface.triangles.size() * 9 / 10);
+    EXPECT_LE(test::farthest(result, surface), GetParam().tolerance);
+    EXPECT_LE(test::farthest(surface, result), GetParam().tolerance);
+}
+
+TEST_P(SimplifiedShape, KeepsItsTopologyAndHasNoTriangleWithoutArea)
+{
+    const TriangleSurface surface = GetParam().make();
+
+    const TriangleSurface result = simplified(surface, GetParam().tolerance);
+
+    EXPECT_EQ(test::eulerNumber(result), test::eulerNumber(surface));
+    EXPECT_EQ(test::edgesOf(result).borders == 0, test::edgesOf(surface).borders == 0);
+    EXPECT_EQ(test::edgesOf(result).more == 0, test::edgesOf(surface).more == 0);
+    EXPECT_GT(test::leastArea(result), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Shapes, SimplifiedShape,
+                         Values(ShapeCase{"WaveTorus", [] { return test::waveTorus(120, 60); }, 0.1},
+                                ShapeCase{"WaveTorusFine", [] { return test::waveTorus(120, 60); }, 0.02},
+                                ShapeCase{"Box", [] { return test::boxOf(12); }, 0.01},
+                                ShapeCase{"OpenSheet", [] { return test::waveSheet(50); }, 0.05},
+                                ShapeCase{"FinOnSheet", [] { return test::finOnSheet(20); }, 0.01}),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST(Simplify, SharpEdgesOfABoxStay)
+{
+    const TriangleSurface result = simplifiedTo(test::boxOf(12), 12);
+
+    EXPECT_EQ(result.triangles.size(), 12u);
+    EXPECT_NEAR(test::volumeOf(result), 40 * 20 * 10, 1e-6);
+}
+
+TEST(Simplify, EndsKeepTheirLines)
+{
+    const TriangleSurface surface = test::finOnSheet(20);
+
+    const TriangleSurface result = simplifiedTo(surface, 20);
+
+    EXPECT_LE(result.triangles.size(), 40u);
+    EXPECT_NEAR(test::endsLength(result), test::endsLength(surface), 1e-6);
+    EXPECT_NEAR(test::areaOf(result), test::areaOf(surface), 1e-6);
+}
+
+TEST(Simplify, WantedNumberIsReachedAndNoTriangleTurnsOver)
+{
+    const TriangleSurface surface = test::waveTorus(120, 60);
+
+    const TriangleSurface result = simplifiedTo(surface, 2000);
+
+    EXPECT_EQ(result.triangles.size(), 2000u);
+    // A triangle that lay on its face would take as much from the volume as it has area.
+    EXPECT_NEAR(test::volumeOf(result), test::volumeOf(surface), 0.01 * test::volumeOf(surface));
+    EXPECT_NEAR(test::areaOf(result), test::areaOf(surface), 0.01 * test::areaOf(surface));
+}
+
+TEST(Simplify, SameSurfaceGivesTheSameResult)
+{
+    const TriangleSurface surface = test::waveTorus(60, 40);
+
+    EXPECT_TRUE(test::isSame(simplifiedTo(surface, 500), simplifiedTo(surface, 500)));
+    EXPECT_TRUE(test::isSame(simplified(surface, 0.1), simplified(surface, 0.1)));
+}
+
+TEST(Simplify, ToleranceOfZeroLosesNothing)
+{
+    const TriangleSurface surface = test::waveTorus(30, 20);
+
+    EXPECT_TRUE(test::isSame(simplified(surface, 0), surface));
+}
+
+TEST(Simplify, ToleranceThatIsNoneIsRefused)
+{
+    for (const double tolerance :
+         {-1.0, -std::numeric_limits<double>::infinity(), std::numeric_limits<double>::quiet_NaN()})
+        EXPECT_THROW(simplified(test::boxOf(1), tolerance), std::invalid_argument);
+}
+
+TEST(Simplify, NothingAndOneTriangleStayWhatTheyAre)
+{
+    const TriangleSurface one{{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {{0, 1, 2}}};
+
+    EXPECT_TRUE(simplified({}, 1).triangles.empty());
+    EXPECT_TRUE(test::isSame(simplified(one, 1), one));
+    EXPECT_TRUE(test::isSame(simplifiedTo(one, 0), one));
+}
+
+TEST(Simplify, StoppedItIsEmpty)
+{
+    std::stop_source source;
+    SimplifyOptions options;
+    options.triangles = 10;
+    options.stop = source.get_token();
+    options.progress = [&source](double fraction) {
+        if (fraction > 0.3)
+            source.request_stop();
+    };
+
+    EXPECT_FALSE(simplify(test::waveTorus(120, 60), options).has_value());
+}
+
+} // namespace
+} // namespace vrk::cam
