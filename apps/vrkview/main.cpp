@@ -116,6 +116,7 @@ int openWindow(int argc, char** argv, const Station& station, const Options& opt
              Settings().isDrawn(each.part)); // ahead of the start: of a long program each change takes its time
     build(station, options, mode);
     ViewWindow window(station, mode);
+    window.getFiles().getOpening().setCoarser(options.coarser);
     std::optional<Recorder> recorder;
     if (!options.recording.empty())
         recorder.emplace(window, options.recording);
@@ -161,7 +162,7 @@ int run(int argc, char** argv, const Options& options)
     checkResources();
     checkFoldersOfPictures(options);
     const std::unique_ptr<PrivateDisplay> display = chooseDisplay(options);
-    const Station station = options.files.empty() ? demoStation() : importFiles(options.files);
+    const Station station = options.files.empty() ? demoStation() : importFiles(options.files, options.coarser);
 
     if (options.task == Options::Task::OpenWindow)
         return openWindow(argc, argv, station, options);

@@ -1,27 +1,12 @@
 #version 330 core
-// A segment, of a list or of a strip, becomes a rectangle of pixels around it, with room for round ends and soft edges.
-//
-// It is drawn a little nearer to the eye, so that it is seen over the faces that it lies on. By how much goes with the width
-// of a pixel at its distance: enough for faces that fall away at the slope below, at any distance and in any picture, and
-// too little to be seen through a wall.
+// A segment, of a list or of a strip, becomes a rectangle of pixels around it.
 
 layout(lines) in;
 layout(triangle_strip, max_vertices = 4) out;
 
 in vec4 pointColour[];
 
-uniform vec4 viewportSize; // pixels
-uniform mat4 projection;
-uniform float width; // pixels of a picture of up to 1080 rows; a finer one has as much wider lines
-
-const float slope = 2.2;
-const float depthSteps = 2e-7; // a few steps of a depth buffer of 24 bits; far away these are more than a pixel
-
-out vec4 lineColour;
-noperspective out vec2 place; // pixels from the first end: along the segment, and across
-noperspective out float lift; // by how much the line is nearer, as depth in the picture
-flat out float segmentLength; // pixels
-flat out float radius;        // pixels
+#include "resource://program/line_corner.glsl"
 
 void main()
 {
@@ -29,46 +14,11 @@ void main()
     vec4 b = gl_in[1].gl_Position;
     vec4 colourA = pointColour[0];
     vec4 colourB = pointColour[1];
-    if (a == b)
-        return; // a segment of no length is no dot
-
-    // What lies behind the near plane has no place in the picture: the segment ends there.
-    float insideA = a.z + a.w;
-    float insideB = b.z + b.w;
-    if (insideA < 0.0 && insideB < 0.0)
+    if (!isBefore(a, b, colourA, colourB))
         return;
-    if (insideA < 0.0) {
-        float t = insideA / (insideA - insideB);
-        a = mix(a, b, t);
-        colourA = mix(colourA, colourB, t);
-    } else if (insideB < 0.0) {
-        float t = insideB / (insideB - insideA);
-        b = mix(b, a, t);
-        colourB = mix(colourB, colourA, t);
-    }
-
-    radius = 0.5 * width * max(1.0, viewportSize.y / 1080.0);
-    float reach = radius + 0.5; // half a pixel more, over which the edge fades
-    float pixelPerDistance = 2.0 / (abs(projection[1][1]) * viewportSize.y);
-
-    vec2 halfSize = 0.5 * viewportSize.xy;
-    vec2 pixelA = a.xy / a.w * halfSize;
-    vec2 pixelB = b.xy / b.w * halfSize;
-    segmentLength = length(pixelB - pixelA);
-    vec2 along = segmentLength > 1e-4 ? (pixelB - pixelA) / segmentLength : vec2(1.0, 0.0);
-    vec2 across = vec2(-along.y, along.x);
     for (int i = 0; i < 4; ++i) {
         bool first = i < 2;
-        float side = (i & 1) == 0 ? reach : -reach;
-        vec4 end = first ? a : b;
-        vec2 offset = along * (first ? -reach : reach) + across * side;
-        // w - z is what is left to the far plane and goes with one over the distance: a part of it is that part of the
-        // distance.
-        float nearer = min(slope * reach * pixelPerDistance * (end.w - end.z) + depthSteps * end.w, end.z + end.w);
-        gl_Position = vec4(end.xy + offset / halfSize * end.w, end.z - nearer, end.w);
-        place = vec2(first ? -reach : segmentLength + reach, side);
-        lift = 0.5 * nearer / end.w;
-        lineColour = first ? colourA : colourB;
+        setCorner(a, b, first ? colourA : colourB, first, (i & 1) == 0);
         EmitVertex();
     }
     EndPrimitive();

@@ -3,7 +3,8 @@
 // curvature, a wide sheen that keeps large radii from looking flat, a faint lamp that goes with the viewer, and a slight
 // darkening where the surface turns away.
 //
-// A light's direction is the way towards it.
+// A light's direction is the way towards it. PAINT: the surface colour comes times its alpha, and where the normals of vertices
+// run around a sharp edge of the surface the triangle's own normal counts.
 
 in vec3 worldPosition;
 in vec3 worldNormal;
@@ -25,9 +26,20 @@ out vec4 fragColour;
 const float shoulder = 0.62; // where the bright part begins
 const float exposure = 1.06; // the sides of a grey body must stand out from the grey behind it
 
+#ifdef PAINT
+// Cosines of the angle to the triangle's normal.
+const float creaseBegin = 0.97;
+const float creaseEnd = 0.90;
+#endif
+
 void main()
 {
-    vec3 base = mix(surfaceColour.rgb, tint.rgb, tint.a);
+#ifdef PAINT
+    vec3 own = surfaceColour.rgb / max(surfaceColour.a, 1e-4);
+#else
+    vec3 own = surfaceColour.rgb;
+#endif
+    vec3 base = mix(own, tint.rgb, tint.a);
     float alpha = surfaceColour.a * opacity;
 
     // A surface without normals, such as a line that was given this material, has its plain colour.
@@ -37,6 +49,14 @@ void main()
         return;
     }
     vec3 n = worldNormal / normalLength;
+#ifdef PAINT
+    vec3 ofTriangle = cross(dFdx(worldPosition), dFdy(worldPosition));
+    float area = length(ofTriangle);
+    if (area > 0.0) {
+        ofTriangle *= (dot(ofTriangle, n) < 0.0 ? -1.0 : 1.0) / area;
+        n = normalize(mix(ofTriangle, n, smoothstep(creaseEnd, creaseBegin, dot(ofTriangle, n))));
+    }
+#endif
     vec3 v = normalize(cameraPosition - worldPosition);
     if (dot(n, v) < 0.0)
         n = -n;

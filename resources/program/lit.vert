@@ -1,6 +1,5 @@
 #version 330 core
-// Lit surfaces. VERTEX_COLOUR: the surface colour is the vertex's own, else the uniform `surface`. VERTEX_ALPHA: its alpha
-// too; what is full may come as 255.
+// Lit surfaces. VERTEX_COLOUR: the surface colour is the vertex's own, else the uniform `surface`.
 
 in vec4 vertex;
 in vec3 normal;
@@ -23,9 +22,7 @@ void main()
     gl_Position = worldViewProj * vertex;
     worldPosition = (world * vertex).xyz;
     worldNormal = mat3(worldInverseTranspose) * normal;
-#if defined(VERTEX_ALPHA)
-    surfaceColour = vec4(colour.rgb, clamp(colour.a, 0.0, 1.0));
-#elif defined(VERTEX_COLOUR)
+#ifdef VERTEX_COLOUR
     surfaceColour = vec4(colour.rgb, 1.0);
 #else
     surfaceColour = surface;

@@ -4,10 +4,12 @@
 #include "mesh/StlReader.h"
 #include "mesh/TextMesh.h"
 #include "mesh/VertexUpload.h"
+#include "mesh/paint/PaintMesh.h"
 #include "scene/core/OgreCompat.h"
 
 #include <Ogre.h>
 
+#include <array>
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -54,6 +56,23 @@ Ogre::AxisAlignedBox drawnBounds(Mesh& mesh)
         if (fitsBox(vertex))
             drawn.addPoint(vertex);
     return toOgre(drawn);
+}
+
+/// Makes the OGRE mesh of the mesh's name, unless there is one.
+template <typename UploadVertices>
+void makeOgreMesh(Mesh& mesh, const UploadVertices& upload)
+{
+    if (hasOgreMesh(mesh.name))
+        return;
+    const Ogre::MeshPtr ogreMesh = Ogre::MeshManager::getSingleton().createManual(mesh.name, defaultGroup());
+    Ogre::SubMesh* subMesh = ogreMesh->createSubMesh();
+    subMesh->useSharedVertices = false;
+    subMesh->operationType = Ogre::RenderOperation::OT_TRIANGLE_LIST;
+    subMesh->vertexData = OGRE_NEW Ogre::VertexData();
+    upload(*subMesh->vertexData);
+    uploadIndices(*subMesh->indexData, mesh.indices);
+    ogreMesh->_setBounds(drawnBounds(mesh), false);
+    ogreMesh->load();
 }
 
 std::unique_ptr<MeshManager> instance;
@@ -126,6 +145,12 @@ void MeshManager::deleteMesh(Mesh* mesh)
         held->second.isDeleted = true;
 }
 
+void MeshManager::addPaintMesh(PaintMesh* mesh)
+{
+    meshes[mesh->name] = mesh;
+    loadToGpu(mesh);
+}
+
 void MeshManager::holdMesh(Mesh* mesh)
 {
     ++heldMeshes[mesh].holders;
@@ -171,17 +196,23 @@ bool MeshManager::hasGlobalMesh(const std::string& name)
 
 void MeshManager::loadToGpu(Mesh* mesh)
 {
-    if (hasOgreMesh(mesh->name))
-        return;
-    const Ogre::MeshPtr ogreMesh = Ogre::MeshManager::getSingleton().createManual(mesh->name, defaultGroup());
-    Ogre::SubMesh* subMesh = ogreMesh->createSubMesh();
-    subMesh->useSharedVertices = false;
-    subMesh->operationType = Ogre::RenderOperation::OT_TRIANGLE_LIST;
-    subMesh->vertexData = OGRE_NEW Ogre::VertexData();
-    uploadVertices(*subMesh->vertexData, *mesh);
-    uploadIndices(*subMesh->indexData, mesh->indices);
-    ogreMesh->_setBounds(drawnBounds(*mesh), false);
-    ogreMesh->load();
+    makeOgreMesh(*mesh, [mesh](Ogre::VertexData& data) { uploadVertices(data, *mesh); });
+}
+
+void MeshManager::loadToGpu(PaintMesh* mesh)
+{
+    makeOgreMesh(*mesh, [mesh](Ogre::VertexData& data) {
+        // What its maker left out: nothing is read past the ends.
+        const std::size_t count = mesh->vertices.size();
+        mesh->normals.resize(count, {0, 0, 1});
+        mesh->colorTable.resize(count, Color{0, 0, 1, 0});
+        VertexUpload upload(data, count);
+        upload.addSource(std::array{VertexAttribute::Of(Ogre::VES_POSITION, mesh->vertices),
+                                    VertexAttribute::Of(Ogre::VES_NORMAL, mesh->normals)},
+                         Ogre::HardwareBuffer::HBU_STATIC_WRITE_ONLY);
+        upload.addSource(std::array{VertexAttribute::Of(Ogre::VES_DIFFUSE, mesh->colorTable)},
+                         Ogre::HardwareBuffer::HBU_DYNAMIC_WRITE_ONLY);
+    });
 }
 
 void MeshManager::removeOgreMesh(const std::string& name)

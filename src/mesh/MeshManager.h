@@ -11,12 +11,18 @@
 
 class TopoDS_Shape;
 
+namespace cadcam {
+template <typename T>
+class TMesh;
+}
 namespace vrk {
 struct ColorInfo;
 }
 
 namespace vrk::visual {
 
+class FacetVisual;
+class PaintMesh;
 class SolidVisual;
 
 /// A shape has no triangle that could be drawn.
@@ -28,8 +34,8 @@ class VRK_EXPORT NoTriangleMesh : public std::exception {};
 /// A mesh is known by its name everywhere, and its OGRE mesh has the same name. How a mesh ends depends on its kind:
 /// a solid's with its last user (`removeOgreMesh`), a registered one by `deleteMesh`, a global one never.
 ///
-/// Owner: the library, from start-up to the end of the process. Thread: render thread, but for `Get`, `CreateMesh` and
-/// `getShapeMesh`.
+/// Owner: the library, from start-up to the end of the process. Thread: render thread, but for `Get`, `CreateMesh`,
+/// `getShapeMesh`, `simplifyMesh` and `createPaintMeshFromMesh`.
 class VRK_EXPORT MeshManager {
 public:
     /// The one instance; null before start-up.
@@ -60,6 +66,28 @@ public:
     /// visuals may draw one mesh: the first that dies deletes it, and picking still needs its triangles for the others.
     static void holdMesh(Mesh* mesh);
     static void releaseMesh(Mesh* mesh);
+
+    // Paint
+
+    /// The skin for paint of a body, neither registered nor uploaded, and the caller's. It is named as the mesh of the body
+    /// with "_paint" behind it, and the id of the body where that name is taken.
+    /// @return null for a body without triangles.
+    /// @throws the failures of `getShapeMesh` and `createPaintMeshFromMesh`.
+    PaintMesh* createPaintMesh(FacetVisual* body);
+    /// The same of any mesh, named with "_paint" behind its name: triangles with edges of a fiftieth of its greatest extent,
+    /// but from 2 to 10 model units, and each vertex blue and wholly transparent. The mesh stays as it is. Any thread.
+    /// @throws std::length_error where it would be more triangles than `vrk::cam::remesh` makes; std::out_of_range for an
+    ///         index past the vertices.
+    PaintMesh* createPaintMeshFromMesh(Mesh* mesh);
+    /// Enters the mesh, in place of one of its name, and uploads it; the registry keeps it from now on. Vertices for which
+    /// it has no colour are transparent, and those without a normal get (0, 0, 1).
+    void addPaintMesh(PaintMesh* mesh);
+    /// Uploads the colours that changed, in the order of the changes, under one lock of them all. Nothing is locked where
+    /// nothing changed.
+    void updatePaintMeshColor(PaintMesh* mesh);
+    /// The same, without a lock of what did not change: the table goes there in blocks, of which there are 256, and only those
+    /// in which something changed. Nothing is allocated.
+    void uploadPaintColors(PaintMesh* mesh);
 
     // Global meshes
 
@@ -109,6 +137,18 @@ public:
     ///         cannot be opened; the failures of `parseStl`.
     Mesh* loadStl(const std::string& path);
 
+    // Surfaces of machining
+
+    /// The mesh with fewer triangles, within a thousandth of its greatest extent, but from 0.02 to 1 model units. Any thread.
+    /// @return false, with both results as they were, where the mesh has fewer than 64 triangles or an extent of nothing, or
+    ///         comes out no simpler.
+    /// @throws std::out_of_range for an index past the vertices.
+    static bool simplifyMesh(const Mesh& mesh, std::vector<rob::PosTemplate<float>>& vertices,
+                             std::vector<unsigned>& indices);
+    /// Uploads a mesh under the one name of all such, and returns it unregistered, the caller's. As long as one of that name
+    /// is on the GPU it is the one that is drawn.
+    Mesh* loadCamMesh(cadcam::TMesh<double>* mesh);
+
     /// A flat-shaded mesh that is neither registered nor uploaded: each triangle has three vertices of its own and their
     /// normal, which is not normalised.
     /// @throws std::out_of_range "invalid vector subscript" for an index past the end of `points`.
@@ -125,6 +165,10 @@ private:
     Mesh* enterGlobalMesh(std::unique_ptr<Mesh> mesh);
     /// Makes the OGRE mesh of the mesh's name, unless there is one: the first upload of a name wins.
     void loadToGpu(Mesh* mesh);
+    /// The same with the colours in a buffer of their own, which may be written often.
+    void loadToGpu(PaintMesh* mesh);
+    /// With a normal of (0, 0, 1) for each triangle.
+    static cadcam::TMesh<double> toCadcamMesh(const Mesh& mesh);
 
     // The components of gizmos. Each is made and entered as a global mesh. A sphere is uploaded at once; the others are
     // uploaded by the caller, and only where they are drawn by themselves.

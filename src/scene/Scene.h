@@ -35,6 +35,10 @@ namespace vrk::task {
 class MoveInst;
 class Path;
 } // namespace vrk::task
+namespace cadcam {
+template <typename T>
+class TMesh;
+}
 class TopoDS_Edge;
 class TopoDS_Face;
 class TopoDS_Shape;
@@ -336,6 +340,20 @@ public:
     /// The body's solid made anew from another shape, under the same parent and id. What was hidden or selected of the
     /// old one is forgotten. Does nothing where the node has no solid.
     void updateSolidVisual(sdf::SdfNode* node, const TopoDS_Shape& shape);
+    /// Lets a spray paint a visual: each body of it and below it gets a skin, or the one that it has learns of one spray more.
+    /// Bodies without triangles are passed over, and so is an id without a visual, in these three.
+    void createPaintVisual(unsigned spray, unsigned id);
+    /// At once, render thread.
+    void doCreatePaintVisual(unsigned spray, unsigned id);
+    /// Takes a spray from the skins there. One that knows of a single spray goes, whichever that is.
+    void removePaintVisual(unsigned spray, unsigned id);
+    /// What the skins there keep as their paint's colour; what is drawn are the colours of their vertices.
+    void setPaintColor(unsigned id, float r, float g, float b);
+    /// At once, render thread.
+    void doSetPaintColor(unsigned id, float r, float g, float b);
+    /// Draws a mesh under a visual or, for 0, in the world, for a look at it: one at a time, which is deleted through its
+    /// parent. The mesh must live until the task has run.
+    void debugViewCamMesh(cadcam::TMesh<double>* mesh, unsigned parentId);
 
     // Robot programs. Posted, but for what is said to be at once. The visuals follow the model when they are told: what is
     // read of it at the call must stay as it is until the task has run. Where an id must have a visual, one that has none
@@ -520,6 +538,7 @@ private:
     void doSetFramesSize(unsigned size, VisualType type);
     void doSetColor(unsigned id, float r, float g, float b);
     void doResetColor(Visual* visual);
+    void doRemovePaintVisual(unsigned spray, unsigned id);
     void doSelectVisual(unsigned id);
     void doClearSelectedVisuals();
     void doSetVisible(const std::function<bool(const Visual&)>& test, bool visible);

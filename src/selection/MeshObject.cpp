@@ -1,7 +1,10 @@
 #include "selection/MeshObject.h"
 
+#include "mesh/paint/PaintMesh.h"
 #include "selection/SensitiveMesh.h"
 #include "visual/MeshVisual.h"
+#include "visual/PaintVisual.h"
+#include "visual/VisualCast.h"
 
 namespace vrk::selection {
 namespace {
@@ -16,16 +19,25 @@ rob::Vec3Template<float> divided(const rob::Vec3Template<float>& v, const rob::V
     return {v.x / scale.x, v.y / scale.y, v.z / scale.z};
 }
 
+/// Null for a visual that draws none.
+visual::Mesh* meshOf(visual::Visual* visual)
+{
+    if (visual::PaintVisual* paint = visual::visualCast<visual::PaintVisual>(visual, VisualType::Paint))
+        return paint->getMesh();
+    auto* drawn = dynamic_cast<visual::MeshVisual*>(visual);
+    return drawn ? drawn->getMesh() : nullptr;
+}
+
 } // namespace
 
 MeshObject::MeshObject(visual::Visual* visual) : SelectableObject(ObjectKind::Mesh, visual) {}
 
 void MeshObject::buildPrimitives()
 {
-    auto* drawn = dynamic_cast<visual::MeshVisual*>(visual);
-    if (!drawn || !drawn->getMesh())
+    visual::Mesh* mesh = meshOf(visual);
+    if (!mesh)
         return;
-    primitives.push_back(new SensitiveMesh(drawn->getMesh(), visual, {}));
+    primitives.push_back(new SensitiveMesh(mesh, visual, {}));
     buildHierarchy();
 }
 
@@ -88,6 +100,11 @@ void MeshObject::forEachInBox(const visual::Box& question, std::function<void(un
         local.addPoint(toMesh(question.getCorner(i)));
     local.updateCenter();
     PrimitiveContainer::forEachInBox(local, std::move(callback));
+}
+
+bool isPaint(const SelectableObject& object)
+{
+    return object.visual->getType() == VisualType::Paint;
 }
 
 } // namespace vrk::selection

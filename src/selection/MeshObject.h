@@ -28,4 +28,8 @@ private:
     rob::PosTemplate<float> toWorld(const rob::PosTemplate<float>& p) const;
 };
 
+/// Whether it is the paint on a body. The questions that stand beside the plain ones pass over it: it lies on the body, whose
+/// face is what is meant there.
+VRK_EXPORT bool isPaint(const SelectableObject& object);
+
 } // namespace vrk::selection

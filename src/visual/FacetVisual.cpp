@@ -1,20 +1,11 @@
 #include "visual/FacetVisual.h"
 
-#include "scene/core/OgreCompat.h"
+#include "visual/Entities.h"
 #include "visual/RenderGroups.h"
 
 #include <Ogre.h>
 
 namespace vrk::visual {
-namespace {
-
-/// Custom parameter 0 of what has been given no colour. It is always set: a material that reads it would else draw with the
-/// colour of whatever was drawn before.
-constexpr std::size_t colorParameter = 0;
-const Ogre::Vector4 defaultColor(0.72f, 0.74f, 0.76f, 1.0f);
-
-} // namespace
-
 void FacetVisual::setSelected()
 {
     Visual::setSelected();
@@ -29,20 +20,20 @@ void FacetVisual::clearHighlightOrSelect()
 
 void FacetVisual::setRenderQueueGroup(unsigned char group)
 {
-    for (Ogre::MovableObject* object : sceneNode->getAttachedObjects())
-        object->setRenderQueueGroup(group);
+    const auto put = [group](const Visual& visual) {
+        for (Ogre::MovableObject* object : visual.getSceneNode()->getAttachedObjects())
+            object->setRenderQueueGroup(group);
+    };
+    put(*this);
+    // Paint is seen through, and so it is drawn last in its group: in an earlier one the body would be drawn over it.
+    for (const Visual* child : getChildren())
+        if (child->getType() == VisualType::Paint)
+            put(*child);
 }
 
 Ogre::Entity* FacetVisual::makeEntity(const std::string& entityName, const std::string& meshName)
 {
-    Ogre::SceneManager& manager = *sceneNode->getCreator();
-    Ogre::Entity* entity =
-        manager.createEntity(freeObjectName(manager, entityName, Ogre::EntityFactory::FACTORY_TYPE_NAME), meshName,
-                             Ogre::ResourceGroupManager::AUTODETECT_RESOURCE_GROUP_NAME);
-    for (Ogre::SubEntity* part : entity->getSubEntities())
-        part->setCustomParameter(colorParameter, defaultColor);
-    attachObject(entity);
-    return entity;
+    return visual::attachEntity(*this, entityName, meshName);
 }
 
 std::uint64_t FacetVisual::TrianglesOf(const Ogre::Entity* entity)

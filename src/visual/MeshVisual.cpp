@@ -5,6 +5,7 @@
 #include "platform/geometry/ColorText.h"
 #include "platform/layout/Body.h"
 #include "scene/core/SceneCore.h"
+#include "visual/Entities.h"
 #include "visual/Picking.h"
 #include "visual/RenderGroups.h"
 
@@ -17,12 +18,6 @@ namespace {
 
 constexpr const char* copyMaterial = "TransBody";
 constexpr std::size_t colorParameter = 0; // the materials' shaders read the colour here
-
-void destroy(Visual& visual, Ogre::Entity* entity)
-{
-    visual.detachObject(entity);
-    visual.getSceneNode()->getCreator()->destroyEntity(entity);
-}
 
 } // namespace
 
@@ -99,7 +94,7 @@ Ogre::Entity* MeshVisual::attachMesh(const std::string& name)
 void MeshVisual::detachMesh()
 {
     if (entity)
-        destroy(*this, std::exchange(entity, nullptr));
+        destroyEntity(*this, std::exchange(entity, nullptr));
 }
 
 std::optional<Visual*> MeshVisual::copy(Visual* parent)

@@ -5,6 +5,7 @@
 #include <Ogre.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <numeric>
 
@@ -19,14 +20,20 @@ std::size_t roomFor(std::size_t bytes)
 
 } // namespace
 
-SlotBatch::SlotBatch(Draws draws, std::initializer_list<Element> elements)
+std::uint32_t packedColor(const rob::Colorf& color)
 {
-    mRenderOp.operationType =
-        draws == Draws::Lines ? Ogre::RenderOperation::OT_LINE_LIST : Ogre::RenderOperation::OT_TRIANGLE_LIST;
-    mRenderOp.useIndexes = draws == Draws::IndexedTriangles;
+    const auto byte = [](float part) {
+        return static_cast<std::uint32_t>(std::lround(std::clamp(part, 0.f, 1.f) * 255));
+    };
+    return byte(color.r) | byte(color.g) << 8 | byte(color.b) << 16 | 0xFF000000u;
+}
+
+SlotBatch::SlotBatch(Draws draws, std::initializer_list<Element> elements) : draws(draws)
+{
+    mRenderOp.operationType = Ogre::RenderOperation::OT_TRIANGLE_LIST;
+    mRenderOp.useIndexes = true;
     mRenderOp.vertexData = new Ogre::VertexData;
-    if (mRenderOp.useIndexes)
-        mRenderOp.indexData = new Ogre::IndexData;
+    mRenderOp.indexData = new Ogre::IndexData;
     for (const Element& element : elements) {
         mRenderOp.vertexData->vertexDeclaration->addElement(0, vertexSize, element.type, element.semantic,
                                                             element.index);
@@ -64,7 +71,7 @@ void SlotBatch::writeBytes(std::size_t index, std::span<const std::byte> bytes)
 void SlotBatch::_updateRenderQueue(Ogre::RenderQueue* queue)
 {
     upload();
-    if (mRenderOp.useIndexes ? mRenderOp.indexData->indexCount > 0 : mRenderOp.vertexData->vertexCount > 0)
+    if (mRenderOp.indexData->indexCount > 0)
         SimpleRenderable::_updateRenderQueue(queue);
 }
 
@@ -83,12 +90,13 @@ void SlotBatch::upload()
 
 void SlotBatch::layOut()
 {
-    const std::size_t pair = 2 * vertexSize;
+    const std::size_t quad = 4 * vertexSize;
     std::size_t total = 0;
     for (Slot& slot : slots) {
         slot.first = total;
         if (slot.bytes.size() > slot.capacity || slot.capacity > 4 * slot.bytes.size())
-            slot.capacity = (roomFor(slot.bytes.size()) + pair - 1) / pair * pair;
+            slot.capacity = draws == Draws::Quads ? slot.bytes.size() // what it does not fill is drawn, if as nothing
+                                                  : (roomFor(slot.bytes.size()) + quad - 1) / quad * quad;
         total += slot.capacity;
     }
     Ogre::VertexData& data = *mRenderOp.vertexData;
@@ -96,6 +104,8 @@ void SlotBatch::layOut()
     isLaidOut = true;
     dirty.resize(slots.size());
     std::iota(dirty.begin(), dirty.end(), std::size_t{0});
+    if (draws == Draws::Quads)
+        indexQuads();
     if (total == 0)
         return;
     data.vertexBufferBinding->setBinding(
@@ -105,6 +115,23 @@ void SlotBatch::layOut()
     const Ogre::VertexElement first = *data.vertexDeclaration->getElement(0);
     data.vertexDeclaration->modifyElement(0, first.getSource(), first.getOffset(), first.getType(), first.getSemantic(),
                                           first.getIndex());
+}
+
+/// They are the same for any quads: those that there are already stay.
+void SlotBatch::indexQuads()
+{
+    Ogre::IndexData& data = *mRenderOp.indexData;
+    data.indexCount = mRenderOp.vertexData->vertexCount / 4 * 6;
+    if (data.indexCount == 0 || (data.indexBuffer && data.indexBuffer->getNumIndexes() >= data.indexCount))
+        return;
+    std::vector<std::uint32_t> indices;
+    indices.reserve(data.indexCount);
+    for (std::uint32_t first = 0; indices.size() < data.indexCount; first += 4)
+        for (const std::uint32_t corner : {0u, 1u, 2u, 2u, 1u, 3u})
+            indices.push_back(first + corner);
+    data.indexBuffer = Ogre::HardwareBufferManager::getSingleton().createIndexBuffer(
+        Ogre::HardwareIndexBuffer::IT_32BIT, indices.size(), Ogre::HardwareBuffer::HBU_STATIC_WRITE_ONLY);
+    data.indexBuffer->writeData(0, indices.size() * sizeof(indices.front()), indices.data(), true);
 }
 
 /// One by one while few have changed: the buffer of a thousand dimensions is some megabytes.

@@ -1,15 +1,20 @@
 #pragma once
 
 #include "platform/common/Export.h"
+#include "scene/math/Color.h"
 
 #include <OgreHardwareVertexBuffer.h>
 #include <OgreSimpleRenderable.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <span>
 #include <vector>
 
 namespace vrk::visual {
+
+/// As a vertex has it in four bytes; opaque.
+std::uint32_t packedColor(const rob::Colorf& color);
 
 /// Vertices of many things in one buffer, so that they are drawn at once. Each thing has a slot, which is written by itself;
 /// what changed reaches the GPU with the next picture.
@@ -19,8 +24,9 @@ namespace vrk::visual {
 /// Owner: whoever makes it; OGRE only attaches it to a node. Thread: render thread.
 class VRK_EXPORT SlotBatch : public Ogre::SimpleRenderable {
 public:
-    /// Of triangles it draws what a derived class has in the index data, which is empty at first.
-    enum class Draws { Lines, IndexedTriangles };
+    /// Quads have four vertices each: two at one side, then the two across from them. Of triangles it draws what a derived
+    /// class has in the index data, which is empty at first.
+    enum class Draws { Quads, IndexedTriangles };
     /// Of a vertex, in the order in which they lie in it.
     struct Element {
         Ogre::VertexElementType type;
@@ -36,7 +42,7 @@ public:
     std::size_t slotCount() const { return slots.size(); }
     /// New slots are empty.
     void setSlotCount(std::size_t count);
-    /// In place of what was in the slot. Lines take two vertices each; triangles as many as the indices say.
+    /// In place of what was in the slot. Vertices of zeros must draw nothing: they fill what room it does not use.
     template <typename Vertex>
     void write(std::size_t slot, const std::vector<Vertex>& vertices)
     {
@@ -59,14 +65,16 @@ private:
     struct Slot {
         std::vector<std::byte> bytes;
         std::size_t first = 0;    // byte in the buffer
-        std::size_t capacity = 0; // bytes; what the slot does not fill draws nothing
+        std::size_t capacity = 0; // bytes; what the slot does not fill is zeros
         bool isDirty = false;
     };
 
     void writeBytes(std::size_t slot, std::span<const std::byte> bytes);
     void layOut();
     void fill();
+    void indexQuads();
 
+    Draws draws;
     std::size_t vertexSize = 0;
     std::vector<Slot> slots;
     std::vector<std::size_t> dirty; // slots

@@ -7,6 +7,7 @@
 #include "platform/geometry/ColorText.h"
 #include "scene/core/SceneCore.h"
 #include "scene/math/Trsf.h"
+#include "visual/Entities.h"
 #include "visual/Picking.h"
 #include "visual/WireFrameVisual.h"
 
@@ -301,8 +302,7 @@ void SolidVisual::updateMesh()
 
 void SolidVisual::destroyEntity()
 {
-    detachObject(entity);
-    sceneNode->getCreator()->destroyEntity(std::exchange(entity, nullptr));
+    visual::destroyEntity(*this, std::exchange(entity, nullptr));
 }
 
 void SolidVisual::setFaceColor(unsigned face, const rob::ColorTemplate<float>& color)

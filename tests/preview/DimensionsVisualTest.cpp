@@ -286,6 +286,35 @@ TEST_F(DimensionsVisualTest, MarksAreThereWhetherOrNotTheirTextIs)
     EXPECT_TRUE(test::isNear(pixelAt(picture, {60, 100, 40}), {18, 71, 184}, 30));
 }
 
+TEST_F(DimensionsVisualTest, OfMarksOnEachOtherTheOneThatIsSelectedIsSeen)
+{
+    const test::View along{{0, -1000, 0}, {0, 0, 0}};
+    const auto markIs = [&](const test::Picture& picture, const test::Pixel& wanted) {
+        return test::isNear(pixelAt(picture, {60, 100, 40}), wanted, 30);
+    };
+    dimensions->setCount(3);
+    for (const std::size_t i : {0u, 1u, 2u})
+        dimensions->set(i, {{}, {{60, 100, 40}}, "", {}, Look::Plain});
+    dimensions->setLook(2, Look::Outdated);
+    EXPECT_TRUE(markIs(render(along), {107, 115, 128})) << "the last";
+
+    dimensions->setLook(0, Look::Selected);
+    EXPECT_TRUE(markIs(render(along), {140, 51, 0}));
+
+    dimensions->setLook(0, Look::Plain);
+    EXPECT_TRUE(markIs(render(along), {107, 115, 128}));
+}
+
+TEST_F(DimensionsVisualTest, MarkAtTheBorderOfThePictureIsDrawnInPart)
+{
+    const float halfWidth = 1000 * std::tan(0.47f / 2); // of what is seen
+    dimensions->setCount(1);
+    for (const float side : {-1.f, 1.f}) {
+        dimensions->set(0, {{}, {{side * 1.003f * halfWidth, 0, 0}}, "", {}, Look::Plain}); // half a pixel outside
+        EXPECT_GT(count(render({{0, -1000, 0}, {0, 0, 0}}), {18, 71, 184}, 60), 0u) << side;
+    }
+}
+
 TEST_F(DimensionsVisualTest, FitsOfTheViewPassItOver)
 {
     addCrate();

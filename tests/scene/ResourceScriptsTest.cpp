@@ -75,6 +75,7 @@ const std::vector<std::string> namedMaterials = {
     "RedFrameLineSelected",
     "SelectedBand",
     "Spray",
+    "SprayThickness",
     "TcpTrace",
     "TransBody",
     "TransparentHandle",

@@ -83,8 +83,8 @@ void FrameTool::start(Way wanted)
     }
     way = wanted;
     wasTakenBack = false;
+    emit changed(); // what had the mouse ends, and tells that it says nothing more
     emit textChanged(question());
-    emit changed();
 }
 
 void FrameTool::end()

@@ -59,7 +59,7 @@ FileOpening::Result FileOpening::read(const Files& files)
             this, [this, text, fraction] { emit progressed(text, fraction); }, Qt::QueuedConnection);
     };
     try {
-        return {std::make_shared<Station>(importFiles(files, report)), {}};
+        return {std::make_shared<Station>(importFiles(files, report, coarser)), {}};
     } catch (const Cancelled&) {
         return {};
     } catch (const Standard_Failure& failure) {

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "files/FileStation.h"
 #include "files/LongWork.h"
 #include "files/Station.h"
 
 #include <atomic>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -26,6 +28,8 @@ public:
     /// Waits for the present step of the import to end; nothing is told any more.
     ~FileOpening() override;
 
+    /// Ahead of the first call of `open`. @param wanted  empty: meshes stay as they are.
+    void setCoarser(const std::optional<Coarser>& wanted) { coarser = wanted; }
     void open(Files files);
     /// Ends the import at its next report of progress: some times a second in long steps. What waits is given up, too.
     void cancel() override;
@@ -48,6 +52,7 @@ private:
     Result read(const Files& files);
     void finish(const Files& files, const Result& result);
 
+    std::optional<Coarser> coarser; // read by the other thread
     std::thread worker;
     std::atomic<bool> isCancelled = false;
     std::vector<Files> waiting;

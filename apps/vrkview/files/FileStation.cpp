@@ -8,9 +8,13 @@
 #include "platform/station/ImportCloud.h"
 #include "platform/station/ImportProgram.h"
 #include "platform/station/ImportUrdf.h"
+#include "platform/station/SimplifyMeshes.h"
 #include "platform/station/StationFile.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
+#include <iostream>
 #include <iterator>
 #include <optional>
 
@@ -36,7 +40,15 @@ void checkKind(const std::filesystem::path& file)
 
 } // namespace
 
-Station importFiles(const std::vector<std::filesystem::path>& files, const ImportReport& tell)
+std::string textOf(const vrk::station::SimplifiedMesh& mesh)
+{
+    if (mesh.after == mesh.before)
+        return fmt::format("{}: its {} triangles are as few as can be", mesh.body, mesh.before);
+    return fmt::format("{}: {} of {} triangles, within {:.3g} mm", mesh.body, mesh.after, mesh.before, mesh.tolerance);
+}
+
+Station importFiles(const std::vector<std::filesystem::path>& files, const ImportReport& tell,
+                    const std::optional<Coarser>& coarser)
 {
     Station station;
     station.title = titleOf(files);
@@ -56,21 +68,31 @@ Station importFiles(const std::vector<std::filesystem::path>& files, const Impor
             station.programs.push_back(vrk::station::ImportProgram(file, report));
         else {
             checkKind(file);
-            std::ranges::move(vrk::station::ImportFile(file, report), std::back_inserter(station.parts));
+            const auto parts = vrk::station::ImportFile(file, report);
+            if (coarser)
+                std::ranges::copy(vrk::station::SimplifyMeshes(parts, coarser->tolerance, report),
+                                  std::back_inserter(station.simplified));
+            std::ranges::copy(parts, std::back_inserter(station.parts));
         }
     }
     return station;
 }
 
-Station importFiles(const std::vector<std::filesystem::path>& files)
+Station importFiles(const std::vector<std::filesystem::path>& files, const std::optional<Coarser>& coarser)
 {
     std::optional<ImportProgress> progress;
     std::string present;
-    Station station = importFiles(files, [&](const std::string& file, std::string_view step, double fraction) {
-        if (!progress || file != present)
-            progress.emplace(present = file);
-        progress->report(step, fraction);
-    });
+    Station station = importFiles(
+        files,
+        [&](const std::string& file, std::string_view step, double fraction) {
+            if (!progress || file != present)
+                progress.emplace(present = file);
+            progress->report(step, fraction);
+        },
+        coarser);
+    progress.reset();
+    for (const vrk::station::SimplifiedMesh& mesh : station.simplified)
+        std::cerr << textOf(mesh) << '\n';
     bringCloudsNear(station);
     return station;
 }

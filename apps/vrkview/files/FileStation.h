@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,12 +15,22 @@ namespace vrkview {
 /// throws ends the import.
 using ImportReport = std::function<void(const std::string& file, std::string_view step, double fraction)>;
 
+/// How the meshes of files are made coarser as they are read.
+struct Coarser {
+    std::optional<double> tolerance; ///< millimetres; empty for one that suits the size of each mesh
+};
+
 /// What the files hold, together. Any thread.
+/// @param coarser  empty leaves meshes as they are.
 /// @throws vrk::station::ImportError, vrk::station::StationFileError for the first file that cannot be taken in, and for a
 ///         second station file.
-Station importFiles(const std::vector<std::filesystem::path>& files, const ImportReport& report);
-/// The same as a station of its own, with progress on standard error: see `bringCloudsNear`.
-Station importFiles(const std::vector<std::filesystem::path>& files);
+Station importFiles(const std::vector<std::filesystem::path>& files, const ImportReport& report,
+                    const std::optional<Coarser>& coarser);
+/// The same as a station of its own, with progress on standard error, and what became of the meshes: see `bringCloudsNear`.
+Station importFiles(const std::vector<std::filesystem::path>& files, const std::optional<Coarser>& coarser = {});
+
+/// For the user: "torso: 34512 of 200000 triangles, within 0.5 mm".
+std::string textOf(const vrk::station::SimplifiedMesh& mesh);
 
 /// A surveyed cloud lies far from the origin, where single precision has no room for its details: clouds that are all there
 /// is are moved to around the first one's own origin. With anything else in the station nothing is done.

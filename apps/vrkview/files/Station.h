@@ -2,6 +2,7 @@
 
 #include "platform/layout/Layout.h"
 #include "platform/program/Program.h"
+#include "platform/station/SimplifyMeshes.h"
 
 #include <memory>
 #include <optional>
@@ -27,6 +28,7 @@ struct Station {
     // Made of the programs when these are first entered; taking the step back and making it again enters the same objects.
     mutable std::vector<std::shared_ptr<vrk::task::Task>> tasks;
     mutable std::vector<std::string> summaries; // of these, in their order: "weld: 7 moves, 7 placed; 9 targets"
+    std::vector<vrk::station::SimplifiedMesh> simplified; // what became of meshes that were to be coarser
     std::vector<HiddenFace> hiddenFaces;
     std::vector<unsigned> arrowedCurves; // ids of bodies that are wires or edges; an arrow at either end
 };

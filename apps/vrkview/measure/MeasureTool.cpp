@@ -42,6 +42,7 @@ MeasureTool::MeasureTool(ViewWidget& view, ViewState& state, QObject* parent)
     : QObject(parent), view(view), state(state), note(view), mark(view), firstMark(view)
 {
     connect(&state, &ViewState::stationChanged, this, [this] {
+        measured.reset();
         hush();
         if (first && !sdf::Share(first->end.object))
             setFirst({});
@@ -56,11 +57,11 @@ void MeasureTool::setOn(bool wanted)
     toldOnly.clear();
     hush();
     setFirst({});
-    if (on) {
+    if (on)
         state.clear(); // what is selected afterwards is a dimension
+    emit changed();    // what had the mouse ends, and tells that it says nothing more
+    if (on)
         emit textChanged(tr("Measure: click a vertex, an edge, a face, a point or a frame; with Shift a whole body"));
-    }
-    emit changed();
 }
 
 void MeasureTool::hover(const QPointF& place, Qt::KeyboardModifiers modifiers)
@@ -82,7 +83,7 @@ void MeasureTool::take(const std::optional<MeasurePick>& pick, const QPointF& pl
 }
 
 /// What lies under the mouse, and what it would measure with the first thing.
-QString MeasureTool::preview() const
+QString MeasureTool::preview()
 {
     if (!first)
         return hovered->text;
@@ -91,14 +92,20 @@ QString MeasureTool::preview() const
     if (isBody(first->end) || isBody(hovered->end))
         return tr("minimum distance to %1").arg(hovered->text);
     try {
-        const Measurement measured =
-            vrk::measure::measureBetween(measuredThing(first->end), measuredThing(hovered->end));
-        return QString::fromStdString(textOf(measured)) + tr("\nto %1").arg(hovered->text);
+        return QString::fromStdString(textOf(measuredTo(hovered->end))) + tr("\nto %1").arg(hovered->text);
     } catch (const std::exception& failure) {
         return failure.what();
     } catch (const Standard_Failure& failure) {
         return failure.GetMessageString();
     }
+}
+
+/// From the first thing. A click asks for what the hover before it has measured; between curved faces that takes a while.
+const Measurement& MeasureTool::measuredTo(const DimensionEnd& second)
+{
+    if (!measured || !isSameThing(measured->first, second))
+        measured.emplace(second, vrk::measure::measureBetween(measuredThing(first->end), measuredThing(second)));
+    return measured->second;
 }
 
 void MeasureTool::click(const QPointF& place, Qt::KeyboardModifiers modifiers)
@@ -150,9 +157,8 @@ void MeasureTool::add(const MeasurePick& second)
         [&] {
             Dimension::Type type = Dimension::Type::Nearest;
             if (!isBody(ends[0]) && !isBody(ends[1])) {
-                const Measurement measured =
-                    vrk::measure::measureBetween(measuredThing(ends[0]), measuredThing(ends[1]));
-                type = measured.quantity == Quantity::Angle ? Dimension::Type::Angle : Dimension::Type::Distance;
+                const bool isAngle = measuredTo(ends[1]).quantity == Quantity::Angle;
+                type = isAngle ? Dimension::Type::Angle : Dimension::Type::Distance;
             }
             push({nameOfDimension(ends), type, ends});
         },
@@ -169,6 +175,7 @@ void MeasureTool::push(Dimension dimension)
 void MeasureTool::setFirst(std::optional<MeasurePick> pick)
 {
     first = std::move(pick);
+    measured.reset();
     showFirst();
     emit changed();
 }

@@ -11,6 +11,7 @@
 #include <QString>
 
 #include <optional>
+#include <utility>
 
 namespace vrkview {
 
@@ -68,7 +69,8 @@ private:
     void showFirst();
     void push(vrk::layout::Dimension dimension);
     void add(const MeasurePick& second);
-    QString preview() const;
+    QString preview();
+    const vrk::measure::Measurement& measuredTo(const vrk::layout::DimensionEnd& second);
     void tell(const QString& told, const QPointF& place);
     void showHighlight(const MeasurePick* pick);
     void hush();
@@ -80,6 +82,8 @@ private:
     bool on = false;
     bool isWholeShown = false; // a body is highlighted
     std::optional<MeasurePick> first, hovered;
+    std::optional<std::pair<vrk::layout::DimensionEnd, vrk::measure::Measurement>>
+        measured; // from the first to this one
     QString text, toldOnly;
 };
 

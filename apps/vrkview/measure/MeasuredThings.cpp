@@ -55,14 +55,9 @@ TopoDS_Shape wholeShapeOf(unsigned id)
     return vrk::station::ImportShape(uri);
 }
 
-TopoDS_Shape pieceOf(const DimensionEnd& end, TopAbs_ShapeEnum kind, const char* name)
+const char* nameOf(TopAbs_ShapeEnum kind)
 {
-    TopTools_IndexedMapOfShape pieces;
-    if (const TopoDS_Shape shape = shapeOf(end.object); !shape.IsNull())
-        TopExp::MapShapes(shape, kind, pieces);
-    if (end.number < 1 || static_cast<unsigned>(pieces.Size()) < end.number)
-        throw MeasureError(fmt::format("This body has no {} {}", name, end.number));
-    return pieces(static_cast<int>(end.number));
+    return kind == TopAbs_VERTEX ? "vertex" : kind == TopAbs_EDGE ? "edge" : "face";
 }
 
 vrk::rob::Posd pointOfCloud(const DimensionEnd& end)
@@ -81,7 +76,18 @@ vrk::rob::Posf inDrawing(const vrk::rob::Posd& place)
 
 } // namespace
 
-MeasuredThing measuredThing(const DimensionEnd& end, const PoseOf& poseOf)
+const TopoDS_Shape& ShapePieces::get(unsigned body, TopAbs_ShapeEnum kind, unsigned number)
+{
+    TopTools_IndexedMapOfShape& pieces = all[body].at(kind);
+    if (pieces.IsEmpty())
+        if (const TopoDS_Shape shape = shapeOf(body); !shape.IsNull())
+            TopExp::MapShapes(shape, kind, pieces);
+    if (number < 1 || static_cast<unsigned>(pieces.Size()) < number)
+        throw MeasureError(fmt::format("This body has no {} {}", nameOf(kind), number));
+    return pieces(static_cast<int>(number));
+}
+
+MeasuredThing measuredThing(const DimensionEnd& end, const PoseOf& poseOf, ShapePieces& pieces)
 {
     if (!sdf::Share(end.object))
         throw MeasureError("What was measured is no longer there");
@@ -96,11 +102,11 @@ MeasuredThing measuredThing(const DimensionEnd& end, const PoseOf& poseOf)
     case Kind::Frame:
         return MeasuredPoint{pose.position};
     case Kind::Vertex:
-        return MeasuredShape{pieceOf(end, TopAbs_VERTEX, "vertex"), pose, end.place};
+        return MeasuredShape{pieces.get(end.object, TopAbs_VERTEX, end.number), pose, end.place};
     case Kind::Edge:
-        return MeasuredShape{pieceOf(end, TopAbs_EDGE, "edge"), pose, end.place};
+        return MeasuredShape{pieces.get(end.object, TopAbs_EDGE, end.number), pose, end.place};
     case Kind::Face:
-        return MeasuredShape{pieceOf(end, TopAbs_FACE, "face"), pose, end.place};
+        return MeasuredShape{pieces.get(end.object, TopAbs_FACE, end.number), pose, end.place};
     case Kind::Body:
         break;
     }
@@ -109,7 +115,8 @@ MeasuredThing measuredThing(const DimensionEnd& end, const PoseOf& poseOf)
 
 MeasuredThing measuredThing(const DimensionEnd& end)
 {
-    return measuredThing(end, worldPoseOfThing);
+    ShapePieces pieces;
+    return measuredThing(end, worldPoseOfThing, pieces);
 }
 
 Measurement measure(Dimension::Type type, const std::vector<MeasuredThing>& things)

@@ -4,10 +4,15 @@
 #include "platform/measure/Measure.h"
 #include "preview/annotation/DimensionsVisual.h"
 
+#include <TopTools_IndexedMapOfShape.hxx>
+#include <TopoDS_Shape.hxx>
+
 #include <QString>
 
+#include <array>
 #include <functional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace vrkview {
@@ -18,10 +23,25 @@ namespace vrkview {
 /// Of the object of this id, in the world; identity for an unknown one.
 using PoseOf = std::function<vrk::rob::Posed(unsigned id)>;
 
+/// The vertices, edges and faces of bodies by their numbers. Each body's are counted once: keep one of these for as long as
+/// many are asked for and no body gets another shape.
+class ShapePieces {
+public:
+    /// @throws vrk::measure::MeasureError "This body has no edge 12"; where there is no such body.
+    const TopoDS_Shape& get(unsigned body, TopAbs_ShapeEnum kind, unsigned number);
+    void clear() { all.clear(); }
+
+private:
+    using OfEachKind = std::array<TopTools_IndexedMapOfShape, TopAbs_SHAPE>;
+
+    std::unordered_map<unsigned, OfEachKind> all; // by the bodies' ids
+};
+
 /// What lies at an end, where it is now.
 /// @param poseOf  asked once.
-/// @throws vrk::measure::MeasureError where it is no longer there: "This body has no edge 12".
-vrk::measure::MeasuredThing measuredThing(const vrk::layout::DimensionEnd& end, const PoseOf& poseOf);
+/// @throws vrk::measure::MeasureError where it is no longer there.
+vrk::measure::MeasuredThing measuredThing(const vrk::layout::DimensionEnd& end, const PoseOf& poseOf,
+                                          ShapePieces& pieces);
 /// The same, at the pose that the model has.
 vrk::measure::MeasuredThing measuredThing(const vrk::layout::DimensionEnd& end);
 

@@ -130,8 +130,10 @@ NearestPlaces::Answer NearestPlaces::answer(const Task& task, const std::stop_to
 {
     try {
         std::vector<vrk::measure::MeasuredThing> things;
+        ShapePieces pieces;
         for (std::size_t i = 0; i < task.poses.size(); ++i)
-            things.push_back(measuredThing(task.dimension->ends.at(i), [&](unsigned) { return task.poses[i]; }));
+            things.push_back(measuredThing(
+                task.dimension->ends.at(i), [&](unsigned) { return task.poses[i]; }, pieces));
         return {task.dimension, vrk::measure::minimumDistance(things.at(0), things.at(1), stop, progress), {}};
     } catch (const std::exception& failure) {
         return {task.dimension, {}, failure.what()};

@@ -66,6 +66,7 @@ void StationDimensions::update()
         objects.clear();
         for (std::size_t i = 0; i < entries.size(); ++i)
             follow(i);
+        pieces.clear();
     }
     if (std::exchange(isChanged, false))
         changed();
@@ -175,7 +176,8 @@ void StationDimensions::measure(std::size_t index)
     try {
         std::vector<vrk::measure::MeasuredThing> things;
         for (const DimensionEnd& end : entry.dimension->ends)
-            things.push_back(measuredThing(end, [this](unsigned id) { return objectOf(id).pose; }));
+            things.push_back(measuredThing(
+                end, [this](unsigned id) { return objectOf(id).pose; }, pieces));
         entry.measured = vrkview::measure(entry.dimension->type, things);
     } catch (const std::exception& failure) {
         entry.measured.reset();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "edit/EditDimensions.h"
+#include "measure/MeasuredThings.h"
 #include "measure/NearestPlaces.h"
 
 #include "platform/measure/Measurement.h"
@@ -87,6 +88,7 @@ private:
     std::vector<std::vector<Object>> measuredAt; // of each entry, where its ends were when it was last measured
     DimensionPointer hovered;
     std::unordered_map<unsigned, Object> objects;    // of this update
+    ShapePieces pieces;                              // of this update
     vrk::visual::DimensionsVisual* visual = nullptr; // the world's; made with the first dimension
     NearestPlaces nearest;
     double pixelRatio = 1;

@@ -87,6 +87,18 @@ void readViews(const std::string& names, Options& options)
     }
 }
 
+/// @param tolerance  "auto" for the usual one.
+Coarser readCoarser(const std::string& tolerance)
+{
+    if (tolerance == "auto")
+        return {};
+    std::vector<double> numbers;
+    readNumbers({tolerance}, "--simplify", numbers);
+    if (numbers.size() != 1 || numbers[0] < 0)
+        throw CLI::ValidationError("--simplify", fmt::format("'{}' is no distance in millimetres", tolerance));
+    return {numbers[0]};
+}
+
 const DrawMode* readDrawMode(const std::string& name)
 {
     if (const DrawMode* mode = findDrawMode(name))
@@ -159,6 +171,7 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
     std::vector<std::string> joints;
     std::string views;
     std::string display = "shaded-edges";
+    std::string tolerance;
     bool list = false;
     CLI::Option* shot =
         app.add_option("--shot", options.picture, "Draw a picture into this PNG file instead of opening a window")
@@ -217,6 +230,10 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
            "that slide")
         ->type_name("A,B,...")
         ->allow_extra_args(false);
+    CLI::Option* simplify =
+        app.add_flag("--simplify{auto}", tolerance,
+                     "Make the meshes of STL files coarser as they are read; with =MM within so many millimetres")
+            ->type_name("[=MM]");
     app.add_option("--save", options.save, "Write what is shown as a station file, NAME.station.json")
         ->type_name("FILE");
     app.add_flag("--list", list, "Print what the files hold as JSON instead of opening a window")
@@ -255,6 +272,8 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
             throw CLI::ValidationError("--view", "picking takes one direction");
         readNumbers(picks, "--pick", options.picks);
         readNumbers(joints, "--joints", options.joints);
+        if (*simplify)
+            options.coarser = readCoarser(tolerance);
         checkPicks(options);
         checkSave("--save", options.save);
         checkSave("--play-save", options.playSave);

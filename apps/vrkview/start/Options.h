@@ -2,6 +2,7 @@
 
 #include "canvas/DrawMode.h"
 #include "canvas/Views.h"
+#include "files/FileStation.h"
 
 #include <filesystem>
 #include <optional>
@@ -15,6 +16,7 @@ struct Options {
 
     Task task = Task::OpenWindow;
     std::vector<std::filesystem::path> files; // none: the demo station
+    std::optional<Coarser> coarser;           // of the meshes of files
     std::filesystem::path picture;
     int pictureWidth = 1600;
     int pictureHeight = 1000;

@@ -1,7 +1,5 @@
 #include "window/FrameActions.h"
 
-#include "canvas/MoveTool.h"
-#include "canvas/RegionTool.h"
 #include "edit/MenuAction.h"
 #include "window/Glyphs.h"
 
@@ -17,20 +15,11 @@ namespace vrkview {
 
 using Way = FrameTool::Way;
 
-FrameActions::FrameActions(QWidget& window, FrameTool& framer, MoveTool& mover, RegionTool& region)
-    : QObject(&window), window(window), framer(framer), mover(mover), region(region)
+FrameActions::FrameActions(QWidget& window, FrameTool& framer) : QObject(&window), window(window), framer(framer)
 {
     addWays();
     addUses();
     connect(&framer, &FrameTool::changed, this, &FrameActions::followTool);
-    connect(&mover, &MoveTool::changed, this, [this] {
-        if (this->mover.isOn())
-            this->framer.end();
-    });
-    connect(&region, &RegionTool::changed, this, [this] {
-        if (this->region.isLassoOn())
-            this->framer.end();
-    });
     followTool();
 }
 
@@ -94,13 +83,10 @@ void FrameActions::fillToolBar(QToolBar& bar) const
 /// The way that is gone already is left.
 void FrameActions::begin(Way way)
 {
-    if (framer.getWay() == way) {
+    if (framer.getWay() == way)
         framer.end();
-    } else {
-        mover.setOn(false);
-        region.setLassoOn(false);
+    else
         framer.start(way);
-    }
     followTool(); // the menu has turned its mark over
 }
 

@@ -14,17 +14,14 @@ class QWidget;
 
 namespace vrkview {
 
-class MoveTool;
-class RegionTool;
-
 /// The commands that define a frame by clicks on the station, and the choice of what it becomes. They know their keys, which
-/// hold in the whole window. One tool has the mouse: whichever is taken up ends the others.
+/// hold in the whole window.
 class FrameActions : public QObject {
     Q_OBJECT
 
 public:
-    /// @param window  gets the actions, which are its children then; outlives this, as all others do.
-    FrameActions(QWidget& window, FrameTool& framer, MoveTool& mover, RegionTool& region);
+    /// @param window  gets the actions, which are its children then; outlives this, as the tool does.
+    FrameActions(QWidget& window, FrameTool& framer);
 
     void fillMenu(QMenu& menu) const;
     /// One button with all of it.
@@ -38,8 +35,6 @@ private:
 
     QWidget& window;
     FrameTool& framer;
-    MoveTool& mover;
-    RegionTool& region;
     std::vector<std::pair<FrameTool::Way, QAction*>> ways;
     std::vector<std::pair<FrameUse, QAction*>> uses;
 };

@@ -114,7 +114,7 @@ ViewWindow::ViewWindow(const Station& station, const DrawMode& mode)
       edits(new EditActions(*this, state)), bands(new BandActions(*this, state)),
       clouds(new CloudActions(*this, state)), reaches(new RobotReaches(state, this)),
       reachActions(new ReachActions(*this, state)), measures(new MeasureActions(*this, state, *measurer)),
-      frameActions(new FrameActions(*this, *framer, *mover, *region)), contents(new QLabel), underMouse(new QLabel),
+      frameActions(new FrameActions(*this, *framer)), contents(new QLabel), underMouse(new QLabel),
       selection(new SelectionLine(state)), frameTime(new QLabel)
 {
     setAcceptDrops(true);
@@ -127,6 +127,7 @@ ViewWindow::ViewWindow(const Station& station, const DrawMode& mode)
     connectFiles();
     connectEdits();
     connectMeasures();
+    connectTools();
     showContents();
     restoreLayout();
 }
@@ -355,26 +356,35 @@ void ViewWindow::connectMeasures()
     connect(dimensions, &DimensionDock::focusRequested, this,
             [this](const vrk::visual::Box& box) { flight.flyTo(poseForBox(box)); });
     dimensionsChanged = StationDimensions::Get().changed.connect([this] { showNewDocks(); });
-    // One of the tools has the mouse.
-    connect(measurer, &MeasureTool::changed, this, [this] {
+}
+
+/// What measures or defines a frame takes every click: it ends what else has the mouse, and is ended by it.
+void ViewWindow::connectTools()
+{
+    const auto endDrags = [this] {
+        mover->setOn(false);
+        region->setLassoOn(false);
+    };
+    connect(measurer, &MeasureTool::changed, this, [this, endDrags] {
         if (!measurer->isOn())
             return;
-        mover->setOn(false);
         framer->end();
-        region->setLassoOn(false);
+        endDrags();
     });
-    connect(framer, &FrameTool::changed, this, [this] {
-        if (framer->isOn())
-            measurer->setOn(false);
+    connect(framer, &FrameTool::changed, this, [this, endDrags] {
+        if (!framer->isOn())
+            return;
+        measurer->setOn(false);
+        endDrags();
     });
-    connect(mover, &MoveTool::changed, this, [this] {
-        if (mover->isOn())
-            measurer->setOn(false);
-    });
-    connect(region, &RegionTool::changed, this, [this] {
-        if (region->isLassoOn())
-            measurer->setOn(false);
-    });
+    const auto endClicks = [this](bool isNeeded) {
+        if (!isNeeded)
+            return;
+        measurer->setOn(false);
+        framer->end();
+    };
+    connect(mover, &MoveTool::changed, this, [this, endClicks] { endClicks(mover->isOn()); });
+    connect(region, &RegionTool::changed, this, [this, endClicks] { endClicks(region->isLassoOn()); });
 }
 
 void ViewWindow::fillRecentMenu()

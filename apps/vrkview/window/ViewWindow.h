@@ -87,6 +87,7 @@ private:
     void buildFileMenu();
     void connectEdits();
     void connectMeasures();
+    void connectTools();
     void buildPreferences();
     void connectView();
     void connectFiles();

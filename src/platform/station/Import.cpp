@@ -292,6 +292,17 @@ void checkReadable(const std::filesystem::path& file)
         throw ImportError(file, "the file is empty");
 }
 
+std::string readWhole(const std::filesystem::path& file)
+{
+    checkReadable(file);
+    std::ifstream stream(file, std::ios::binary);
+    const std::uintmax_t size = std::filesystem::file_size(file);
+    std::string bytes(size, '\0');
+    stream.read(bytes.data(), static_cast<std::streamsize>(size));
+    bytes.resize(static_cast<std::size_t>(stream.gcount()));
+    return bytes;
+}
+
 ImportError::ImportError(const std::filesystem::path& file, const std::string& cause)
     : std::runtime_error(fmt::format("{}: {}", file.string(), oneLine(cause.c_str())))
 {

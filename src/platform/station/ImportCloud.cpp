@@ -10,7 +10,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <fstream>
 
 namespace vrk::station {
 namespace {
@@ -32,21 +31,10 @@ const Format* formatOf(const std::filesystem::path& file)
     return found == formats.end() ? nullptr : &*found;
 }
 
-std::string bytesOf(const std::filesystem::path& file)
-{
-    checkReadable(file);
-    std::ifstream stream(file, std::ios::binary);
-    const std::uintmax_t size = std::filesystem::file_size(file);
-    std::string bytes(size, '\0');
-    stream.read(bytes.data(), static_cast<std::streamsize>(size));
-    bytes.resize(static_cast<std::size_t>(stream.gcount()));
-    return bytes;
-}
-
 Cloud parsed(const std::filesystem::path& file, Parser parse, const Progress& progress)
 {
     try {
-        return parse(bytesOf(file), progress);
+        return parse(readWhole(file), progress);
     } catch (const CloudFault& fault) {
         throw ImportError(file, fault.what());
     }

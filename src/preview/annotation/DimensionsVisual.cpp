@@ -45,29 +45,23 @@ const LookColors& colorsOf(Look look)
     }
 }
 
-struct LineVertex {
-    std::array<float, 3> place;
+/// A corner of the rectangle around a line.
+struct LineCorner {
+    std::array<float, 3> from;
+    std::array<float, 3> to;
+    float corner; // 0 and 1 at the first end, 2 and 3 at the second
     std::uint32_t color;
 };
-
-std::uint32_t packed(const rob::Colorf& color)
-{
-    const auto byte = [](float part) { return static_cast<std::uint32_t>(std::lround(part * 255)); };
-    return byte(color.r) | byte(color.g) << 8 | byte(color.b) << 16 | 0xFF000000u;
-}
-
-LineVertex vertexAt(const rob::Posf& place, std::uint32_t color)
-{
-    return {{place.x, place.y, place.z}, color};
-}
 
 } // namespace
 
 DimensionsVisual::DimensionsVisual(Visual* parent)
-    : Visual("dimensions", parent), lines(std::make_unique<SlotBatch>(SlotBatch::Draws::Lines,
-                                                                      std::initializer_list<SlotBatch::Element>{
-                                                                          {Ogre::VET_FLOAT3, Ogre::VES_POSITION},
-                                                                          {Ogre::VET_UBYTE4_NORM, Ogre::VES_DIFFUSE}})),
+    : Visual("dimensions", parent),
+      lines(std::make_unique<SlotBatch>(
+          SlotBatch::Draws::Quads,
+          std::initializer_list<SlotBatch::Element>{{Ogre::VET_FLOAT3, Ogre::VES_POSITION},
+                                                    {Ogre::VET_FLOAT4, Ogre::VES_TEXTURE_COORDINATES},
+                                                    {Ogre::VET_UBYTE4_NORM, Ogre::VES_DIFFUSE}})),
       labels(std::make_unique<LabelBatch>())
 {
     lines->setMaterial(materialByName("DimensionLine"));
@@ -103,14 +97,13 @@ void DimensionsVisual::draw(std::size_t index)
 {
     const DimensionDrawing& drawing = drawings[index];
     const LookColors& colors = colorsOf(drawing.look);
-    const std::uint32_t color = packed(colors.line);
-    std::vector<LineVertex> vertices;
+    const std::uint32_t color = packedColor(colors.line);
+    std::vector<LineCorner> corners;
     for (const auto& [from, to] : drawing.lines)
-        if (fitsBox(from) && fitsBox(to)) {
-            vertices.push_back(vertexAt(from, color));
-            vertices.push_back(vertexAt(to, color));
-        }
-    lines->write(index, vertices);
+        if (fitsBox(from) && fitsBox(to))
+            for (const float corner : {0.f, 1.f, 2.f, 3.f})
+                corners.push_back({{from.x, from.y, from.z}, {to.x, to.y, to.z}, corner, color});
+    lines->write(index, corners);
     LabelBatch::Label label{drawing.textPlace,
                             drawing.text,
                             {},

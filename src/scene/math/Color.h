@@ -20,7 +20,7 @@ using Colorf = ColorTemplate<float>;
 
 namespace vrk::visual {
 
-/// An entry of the paint colour table. The fourth number is kept, not drawn.
+/// An entry of the paint colour table: components and alpha from 0 to 1.
 struct Color {
     float r = 0;
     float g = 0;

@@ -77,6 +77,8 @@ struct VRK_EXPORT PickAnswer {
 /// surface hides what lies behind it, whether or not its own kind is wanted, unless the filter rejects it. A thing that
 /// lies on a surface, or behind it by less than half the radius at that distance, is not behind.
 ///
+/// The paint on a body is passed over: what lies there is the body.
+///
 /// It asks the hierarchies of the picking service. The edges and vertices of a solid are gathered by the first question
 /// that comes near it.
 ///

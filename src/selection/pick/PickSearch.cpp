@@ -43,7 +43,7 @@ visual::Ray narrow(const PickRay& ray)
 
 bool isSurface(const SelectableObject& object)
 {
-    return object.kind == Kind::Shape || object.kind == Kind::Mesh;
+    return (object.kind == Kind::Shape || object.kind == Kind::Mesh) && !isPaint(object);
 }
 
 ObjectPlace placeOf(const SelectableObject& object)
@@ -123,7 +123,8 @@ std::vector<PickCandidate> PickSearch::gather(PickKinds kinds)
         switch (object.kind) {
         case Kind::Shape:
         case Kind::Mesh:
-            gatherSurface(object, kinds, found);
+            if (isSurface(object))
+                gatherSurface(object, kinds, found);
             break;
         case Kind::Curve:
             if (kinds.contains(PickKind::Curve))

@@ -3,6 +3,7 @@
 #include "platform/common/ParallelFor.h"
 #include "scene/core/CameraSnapshot.h"
 #include "selection/CloudPoints.h"
+#include "selection/MeshObject.h"
 #include "selection/PointCloudObject.h"
 #include "selection/ViewPixels.h"
 #include "selection/VisualSelection.h"
@@ -82,13 +83,13 @@ void sort(RegionAnswer& answer)
     std::ranges::sort(answer.edges, byPart);
 }
 
-/// All objects that may be asked: handles are tools, not things in the station.
+/// All objects that may be asked: handles are tools, not things in the station, and paint belongs to its body.
 std::vector<const SelectableObject*> askedOf(const PrimitiveContainer& container)
 {
     std::vector<const SelectableObject*> objects;
     for (const BVHPrimitive* primitive : container.primitives) {
         const auto* object = static_cast<const SelectableObject*>(primitive);
-        if (object->enabled && !object->priority)
+        if (object->enabled && !object->priority && !isPaint(*object))
             objects.push_back(object);
     }
     return objects;

@@ -42,6 +42,8 @@ struct VRK_EXPORT RegionView {
 /// inside is where a line to the right crosses its edges an odd number of times. Four corners that make an upright rectangle
 /// have their border inside. What lies outside of the view, or behind the eye, is outside of the region.
 ///
+/// The paint on a body is passed over: what lies there is the body.
+///
 /// Everything is reckoned in double precision from what is drawn, with the scale of each visual.
 struct VRK_EXPORT RegionQuery {
     /// What counts of what has an extent. Of a point of a cloud both say the same.

@@ -20,6 +20,7 @@ constexpr float letterSize = 14;
 constexpr float besideText = 6;
 constexpr float aboveText = 4;
 constexpr float markRadius = 3.5f;
+constexpr float markStep = 2; // marks that are nearer than about this lie on each other
 constexpr float rows = 1080;
 
 constexpr std::size_t finenessParameter = 0;
@@ -28,14 +29,6 @@ std::string freeMaterialName()
 {
     static int count = 0;
     return fmt::format("Label_{}", count++);
-}
-
-std::uint32_t packed(const rob::Colorf& color)
-{
-    const auto byte = [](float part) {
-        return static_cast<std::uint32_t>(std::lround(std::clamp(part, 0.f, 1.f) * 255));
-    };
-    return byte(color.r) | byte(color.g) << 8 | byte(color.b) << 16 | 0xFF000000u;
 }
 
 std::vector<std::u32string> linesOf(std::string_view text)
@@ -130,6 +123,7 @@ void LabelBatch::_updateRenderQueue(Ogre::RenderQueue* queue)
     upload();
     if (hasChanged) {
         chooseTexts();
+        chooseMarks();
         writeIndices();
         chosenFor = toClip;
         hasChanged = false;
@@ -190,6 +184,36 @@ void LabelBatch::chooseTexts()
     }
 }
 
+/// Of those in one cell of the picture the last is seen, as if all were drawn; what comes first is later than the others.
+void LabelBatch::chooseMarks()
+{
+    const float step = markStep * fineness;
+    const float beyond = markRadius * fineness + 1;
+    const auto columns = static_cast<std::size_t>(2 * (halfWidth + beyond) / step) + 1;
+    const auto rowsOfCells = static_cast<std::size_t>(2 * (halfHeight + beyond) / step) + 1;
+    std::vector<bool> isTaken(columns * rowsOfCells);
+    shownMarks.clear();
+    for (const bool first : {true, false})
+        for (std::size_t i = labels.size(); i-- > 0;) {
+            if (labels[i].comesFirst != first)
+                continue;
+            for (std::size_t mark = labels[i].marks.size(); mark-- > 0;) {
+                const Ogre::Vector4 clip = toClip * Ogre::Vector4(toOgre(labels[i].marks[mark]));
+                if (clip.w <= 0 || clip.z < -clip.w)
+                    continue;
+                const float x = clip.x / clip.w * halfWidth + halfWidth + beyond;
+                const float y = clip.y / clip.w * halfHeight + halfHeight + beyond;
+                if (!(x >= 0 && x < 2 * (halfWidth + beyond) && y >= 0 && y < 2 * (halfHeight + beyond)))
+                    continue;
+                const auto cell = static_cast<std::size_t>(y / step) * columns + static_cast<std::size_t>(x / step);
+                if (!isTaken[cell])
+                    shownMarks.push_back(static_cast<std::uint32_t>(firstVertexOf(i) + 4 * mark));
+                isTaken[cell] = true;
+            }
+        }
+    std::ranges::reverse(shownMarks);
+}
+
 void LabelBatch::writeIndices()
 {
     std::vector<std::uint32_t> indices;
@@ -198,8 +222,8 @@ void LabelBatch::writeIndices()
             for (const std::uint32_t corner : {0u, 1u, 2u, 0u, 2u, 3u})
                 indices.push_back(static_cast<std::uint32_t>(first + 4 * quad) + corner);
     };
-    for (std::size_t i = 0; i < labels.size(); ++i)
-        addQuads(firstVertexOf(i), labels[i].marks.size());
+    for (const std::uint32_t mark : shownMarks)
+        addQuads(mark, 1);
     for (std::size_t i = 0; i < labels.size(); ++i)
         if (layouts[i].isSeen)
             addQuads(firstVertexOf(i) + 4 * labels[i].marks.size(), layouts[i].textQuads);
@@ -255,8 +279,8 @@ void LabelBatch::addMark(const Label& label, const rob::Posf& place, std::vector
     const float reach = std::ceil(radius) + 1;
     Box::add(vertices, [&](bool right, bool top) -> Vertex {
         const std::array<float, 2> at{right ? reach : -reach, top ? reach : -reach};
-        return {{place.x, place.y, place.z}, at, {0, 0}, at, {radius, radius}, packed(label.colors.rim),
-                packed(label.colors.ground)};
+        return {{place.x, place.y, place.z},     at, {0, 0}, at, {radius, radius}, packedColor(label.colors.rim),
+                packedColor(label.colors.ground)};
     });
 }
 
@@ -269,7 +293,13 @@ void LabelBatch::addText(const Label& label, const std::vector<std::u32string>& 
     const std::array<float, 3> place{label.place.x, label.place.y, label.place.z};
     Box::add(vertices, [&](bool right, bool top) -> Vertex {
         const std::array<float, 2> at{right ? halfWidth + 1 : -halfWidth - 1, top ? halfHeight + 1 : -halfHeight - 1};
-        return {place, at, {0, 0}, at, {halfWidth, halfHeight}, packed(label.colors.ground), packed(label.colors.rim)};
+        return {place,
+                at,
+                {0, 0},
+                at,
+                {halfWidth, halfHeight},
+                packedColor(label.colors.ground),
+                packedColor(label.colors.rim)};
     });
     const int lineHeight = atlas.ascent() + atlas.descent();
     const int block = static_cast<int>(lines.size() - 1) * lineHeight + atlas.capHeight();
@@ -289,8 +319,8 @@ void LabelBatch::addText(const Label& label, const std::vector<std::u32string>& 
                              static_cast<float>(glyph.v + (top ? 0 : glyph.height))},
                             {0, 0},
                             {0, 0},
-                            packed(label.colors.text),
-                            packed(label.colors.text)};
+                            packedColor(label.colors.text),
+                            packedColor(label.colors.text)};
                 });
             x += glyph.advance;
         }

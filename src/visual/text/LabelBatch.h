@@ -17,7 +17,7 @@ namespace vrk::visual {
 /// screen, lie over the bodies and are drawn in one batch.
 ///
 /// A text that would cover one that comes first is left out, so that what is seen can be read: first come those that are
-/// told to, then the nearer ones. Marks are always there.
+/// told to, then the nearer ones. Of marks that lie on each other one is drawn.
 ///
 /// Sizes are as those of lines: pixels of a picture of up to 1080 rows; a finer one, or one whose pixels are told to be
 /// finer, has as much larger ones. The letters are drawn anew for the size, so they are never scaled.
@@ -76,6 +76,7 @@ private:
     void fit(float finer);
     std::vector<Placed> placedTexts() const;
     void chooseTexts();
+    void chooseMarks();
     void writeIndices();
     void build(std::size_t index);
     void addMark(const Label& label, const rob::Posf& place, std::vector<Vertex>& vertices) const;
@@ -87,9 +88,10 @@ private:
     float fineness = 1; // the present picture's
     std::vector<Label> labels;
     std::vector<Layout> layouts;
-    bool hasChanged = true; // since the texts were chosen
+    std::vector<std::uint32_t> shownMarks; // the first vertices of those that are drawn, in their order
+    bool hasChanged = true;                // since texts and marks were chosen
     Ogre::Matrix4 toClip;
-    Ogre::Matrix4 chosenFor; // the same, as the texts were chosen for it
+    Ogre::Matrix4 chosenFor; // the same, as they were chosen for it
     float halfWidth = 0;     // of the picture, in pixels
     float halfHeight = 0;
     std::size_t indexCapacity = 0;

@@ -3,7 +3,10 @@
 #include "CrateFixture.h"
 #include "FakeInput.h"
 #include "canvas/DrawMode.h"
+#include "canvas/FrameTool.h"
 #include "canvas/MoveTool.h"
+#include "demo/DemoShapes.h"
+#include "edit/AddThings.h"
 #include "edit/EditDimensions.h"
 #include "edit/History.h"
 #include "edit/ModelPlaces.h"
@@ -11,17 +14,27 @@
 #include "edit/RemoveThings.h"
 #include "measure/DimensionDock.h"
 #include "measure/StationDimensions.h"
+#include "window/ProgressStrip.h"
 
 #include "support/ProcessorTime.h"
+#include "support/TempFolder.h"
 
 #include "platform/layout/Body.h"
+#include "platform/layout/Frame.h"
+#include "platform/layout/PointCloud.h"
 #include "platform/sdf/SdfManager.h"
+#include "platform/station/Import.h"
+#include "platform/station/ImportCloud.h"
+#include "scene/Scene.h"
 
 #include <gmock/gmock.h>
 
 #include <QAction>
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QLabel>
+#include <QPushButton>
+#include <QStatusBar>
 #include <QTreeWidget>
 
 #include <cmath>
@@ -75,7 +88,6 @@ protected:
     static void clickBoth(const QPoint& first, const QPoint& second)
     {
         clickAt(first);
-        leaveView(); // the mouse of a test goes in one leap, and would land on the note beside it
         clickAt(second);
         settle();
     }
@@ -85,6 +97,35 @@ protected:
         return measurer().getText().toStdString();
     }
     static QPoint placeOfText(std::size_t index) { return onScreen(entries().at(index).measured->textPlace).toPoint(); }
+
+    static unsigned bodyOf(unsigned part)
+    {
+        return std::dynamic_pointer_cast<vrk::layout::Part>(sdf::Share(part))->getBodies().front()->getId();
+    }
+    /// Dimensions of the length of the block's edges.
+    void addMany(unsigned count) const
+    {
+        std::vector<DimensionPointer> many;
+        for (unsigned i = 0; i < count; ++i)
+            many.push_back(std::make_shared<const Dimension>(
+                Dimension{"", Dimension::Type::Length, {{DimensionEnd::Kind::Edge, bodyOf(block), 1 + i % 12, {}}}}));
+        history().push(std::make_unique<EditDimensions>("Measure", many));
+        settle();
+    }
+    void moveBlock(double up) const
+    {
+        Posed higher = poseOfThing(block);
+        higher.position.z += up;
+        history().push(std::make_unique<MoveThings>(std::vector<MoveThings::Place>{{block, higher}}, 1));
+    }
+    static std::string statusLine()
+    {
+        QStringList texts;
+        for (const QLabel* label : window().statusBar()->findChildren<QLabel*>())
+            texts << label->text();
+        return texts.join('\n').toStdString();
+    }
+    static QRgb colourAt(const QPoint& place) { return seen().pixel(inPixels(place).toPoint()); }
 
     static void copy()
     {
@@ -117,7 +158,7 @@ TEST_F(MeasureToolTest, TwoCornersHaveTheirDistanceWhichIsDrawnListedAndTakenBac
 {
     clickAt(onBlock(otherCorner));
     ASSERT_TRUE(measurer().getFirst());
-    leaveView();
+    // In one leap, onto the note of the first one
     EXPECT_THAT(hoverText(onBlock(corner)), StartsWith("300.00 mm (x "));
     shoot("measure-preview");
     clickAt(onBlock(corner));
@@ -196,9 +237,7 @@ TEST_F(MeasureToolTest, DimensionFollowsWhatItMeasures)
     clickBoth(onBlock({20, -30, 300}), onDrum({0, 0, 250}));
     const Posd before = entries().at(0).measured->textPlace;
 
-    Posed higher = poseOfThing(block);
-    higher.position.z += 70;
-    history().push(std::make_unique<MoveThings>(std::vector<MoveThings::Place>{{block, higher}}, 1));
+    moveBlock(70);
     settle();
     EXPECT_NEAR(entries().at(0).measured->value, 120, 1e-9);
     EXPECT_NEAR(entries()[0].measured->textPlace.z, before.z + 35, 1e-6);
@@ -329,16 +368,7 @@ TEST_F(MeasureToolTest, WithShiftBodiesHaveTheirMinimumDistance)
 
 TEST_F(MeasureToolTest, ThousandDimensionsThatRestCostNextToNothing)
 {
-    const unsigned body =
-        measurer().isOn()
-            ? std::dynamic_pointer_cast<vrk::layout::Part>(sdf::Share(block))->getBodies().front()->getId()
-            : 0;
-    std::vector<DimensionPointer> many;
-    for (unsigned i = 0; i < 1000; ++i)
-        many.push_back(std::make_shared<const Dimension>(
-            Dimension{"", Dimension::Type::Length, {{DimensionEnd::Kind::Edge, body, 1 + i % 12, {}}}}));
-    history().push(std::make_unique<EditDimensions>("Measure", many));
-    settle();
+    addMany(1000);
     ASSERT_EQ(entries().size(), 1000u);
     EXPECT_EQ(textOfLast(), "length 300.00 mm");
 
@@ -350,6 +380,157 @@ TEST_F(MeasureToolTest, ThousandDimensionsThatRestCostNextToNothing)
     RecordProperty("microseconds", static_cast<int>(seconds / rounds * 1e6));
 
     EXPECT_LT(seconds / rounds, 0.001);
+}
+
+TEST_F(MeasureToolTest, ThousandDimensionsOfABodyThatMovesAreMeasuredInAMoment)
+{
+    addMany(1000);
+    const double before = entries().back().measured->textPlace.z;
+    moveBlock(70);
+
+    const double seconds = vrk::test::threadSecondsOf([] { StationDimensions::Get().update(); });
+    RecordProperty("microseconds", static_cast<int>(seconds * 1e6));
+
+    EXPECT_NEAR(entries().back().measured->textPlace.z, before + 70, 1e-3);
+    EXPECT_LT(seconds, 0.2);
+}
+
+TEST_F(MeasureToolTest, NameIsGivenInTheListAndTakenBack)
+{
+    clickBoth(onBlock(otherCorner), onBlock(corner));
+    QTreeWidgetItem& item = *window().getDimensionDock().getList().topLevelItem(0);
+    const QString before = item.text(0);
+
+    item.setText(0, "Width of the block");
+    EXPECT_EQ(history().count(), 2);
+    settle();
+    EXPECT_EQ(entries()[0].dimension->name, "Width of the block");
+    EXPECT_EQ(item.text(0), "Width of the block");
+    EXPECT_THAT(textOfLast(), StartsWith("300.00 mm"));
+    history().undo();
+    settle();
+
+    EXPECT_EQ(window().getDimensionDock().getList().topLevelItem(0)->text(0), before);
+}
+
+TEST_F(MeasureToolTest, DoubleClickInTheListLooksAtTheDimension)
+{
+    clickBoth(onBlock(otherCorner), onBlock(corner));
+    const vrk::rob::Posef before = camera();
+    QTreeWidget& list = window().getDimensionDock().getList();
+
+    emit list.itemDoubleClicked(list.topLevelItem(0), 0);
+    ASSERT_TRUE(waitFor([&] { return !(camera() == before); }));
+    settle();
+
+    const auto isInside = [](const QPoint& at) { return view().rect().adjusted(5, 5, -5, -5).contains(at); };
+    EXPECT_TRUE(isInside(onBlock(corner)));
+    EXPECT_TRUE(isInside(onBlock(otherCorner)));
+    EXPECT_GT((onBlock(corner) - onBlock(otherCorner)).manhattanLength(), view().width() / 3);
+}
+
+TEST_F(MeasureToolTest, BodyUnderShiftIsHighlightedWhole)
+{
+    const QPoint ofBlock = onBlock({-110, 110, 300}), ofDrum = onDrum({-60, 60, 250}); // beside the mouse and its note
+    leaveView();
+    settle();
+    const QRgb blockBefore = colourAt(ofBlock), drumBefore = colourAt(ofDrum);
+    {
+        const HeldKey shift("Shift_L");
+        moveTo(onBlock({20, -30, 300}));
+        settle();
+        EXPECT_NE(colourAt(ofBlock), blockBefore);
+        EXPECT_EQ(colourAt(ofDrum), drumBefore);
+        moveTo(onDrum({0, 0, 250}));
+        settle();
+        EXPECT_EQ(colourAt(ofBlock), blockBefore);
+        EXPECT_NE(colourAt(ofDrum), drumBefore);
+    }
+    leaveView();
+    settle();
+
+    EXPECT_EQ(colourAt(ofDrum), drumBefore);
+}
+
+TEST_F(MeasureToolTest, CornersOfMeshesPointsOfCloudsAndFramesAreMeasured)
+{
+    const vrk::test::TempFolder folder;
+    const Posd onMesh(-450, -1700, 1500), ofCloud(-900, -1300, 1650), ofFrame(-550, -1550, 1700);
+    Station station;
+    station.parts = vrk::station::ImportFile(folder.write("plate.stl", R"(solid plate
+facet normal 0 0 1 outer loop vertex 0 0 0 vertex 200 0 0 vertex 0 200 0 endloop endfacet
+endsolid plate
+)"));
+    station.parts.front()->setPose(Posed(onMesh));
+    station.clouds = {vrk::station::ImportPointCloud(folder.write("scan.xyz", "-900 -1300 1650\n-900 -1300 1850\n"))};
+    station.frames = {
+        std::make_shared<vrk::layout::Frame>(sdf::SdfManager::inst().generateId(), "Origin of it", Posed(ofFrame))};
+    history().push(std::make_unique<AddThings>(std::make_shared<Station>(station)));
+    settle();
+
+    EXPECT_THAT(hoverText(onScreen(onMesh + vrk::rob::Vec3d(4, 4, 0)).toPoint()),
+                StartsWith("mesh vertex 0 of plate, point at x -450.00"));
+    EXPECT_THAT(hoverText(onScreen(ofCloud).toPoint()), StartsWith("point 0 of scan, point at x -900.00"));
+    EXPECT_THAT(hoverText(onScreen(ofFrame).toPoint()), StartsWith("Origin of it, point at x -550.00"));
+    clickBoth(onScreen(ofFrame).toPoint(), onScreen(ofCloud).toPoint());
+    leaveView();
+    settle();
+    shoot("measure-scan");
+
+    ASSERT_EQ(entries().size(), 1u);
+    EXPECT_NEAR(entries()[0].measured->value, (ofCloud - ofFrame).length(), 1e-3);
+}
+
+TEST_F(MeasureToolTest, MeasuringAndDefiningAFrameEndEachOther)
+{
+    moveTo(onBlock({20, -30, 300}));
+    EXPECT_NE(measurer().getText(), "");
+
+    window().getFramer().start(FrameTool::Way::Axes);
+    EXPECT_FALSE(measurer().isOn());
+    EXPECT_TRUE(window().getFramer().isOn());
+    EXPECT_THAT(statusLine(), HasSubstr("origin")) << "asks for its first place";
+    measurer().setOn(true);
+
+    EXPECT_FALSE(window().getFramer().isOn());
+    EXPECT_TRUE(measurer().isOn());
+    EXPECT_THAT(statusLine(), HasSubstr("Measure: "));
+}
+
+TEST_F(MeasureToolTest, LongMinimumDistanceTellsHowFarItIsAndCanBeGivenUp)
+{
+    const unsigned first = addShape("First gear", Posed(Posd(-900, -1700, 1800)), demo::spurGear(60, 4, 30, 20));
+    const unsigned second = addShape("Second gear", Posed(Posd(-500, -1300, 1900)), demo::spurGear(60, 4, 30, 20));
+    auto* strip = window().findChild<ProgressStrip*>("measure_progress");
+    ASSERT_TRUE(strip);
+    history().push(addDimension(std::make_shared<const Dimension>(Dimension{
+        "Gap",
+        Dimension::Type::Nearest,
+        {{DimensionEnd::Kind::Body, bodyOf(first), 0, {}}, {DimensionEnd::Kind::Body, bodyOf(second), 0, {}}}})));
+
+    ASSERT_TRUE(waitFor([&] { return strip->isVisible(); }));
+    EXPECT_EQ(strip->findChild<QLabel*>()->text(), "Measuring Gap");
+    shoot("measure-progress");
+    strip->findChild<QPushButton*>("cancel")->click();
+    ASSERT_TRUE(waitFor([&] { return !strip->isVisible(); }));
+    settle();
+
+    EXPECT_FALSE(StationDimensions::Get().getNearest().isBusy());
+    EXPECT_FALSE(entries().at(0).measured);
+    EXPECT_NE(entries()[0].failure, "");
+}
+
+TEST_F(MeasureToolTest, NumberIsAsLargeAsTheScreenIsFine)
+{
+    clickBoth(onBlock(otherCorner), onBlock(corner));
+    leaveView();
+    settle();
+    const QPointF middle = inPixels(placeOfText(0));
+    int rows = 0;
+    for (int y = -100; y <= 100; ++y)
+        rows += StationDimensions::Get().textAt(middle.x(), middle.y() + y) ? 1 : 0;
+
+    EXPECT_NEAR(rows / view().devicePixelRatioF(), 21, 1.5);
 }
 
 } // namespace

@@ -57,6 +57,28 @@ TEST(CloudPly, NormalsAreKeptInEveryOrderOfProperties)
     EXPECT_THAT(binary.normals, ElementsAre(rob::Vec3f(0, 0.6f, 0.8f)));
 }
 
+TEST(CloudPly, ValuesOfAPropertyStandBesideThePointsThatAreKept)
+{
+    const std::string names = "x y z thickness";
+    const auto read = [](const std::string& bytes) { return parsePlyWithValues(bytes, "thickness"); };
+
+    const Cloud ascii = read(plyHeader("ascii", 3, names) + "1 2 3 0.5\nnan 0 0 9\n-4 5.5 6e-3 0.25\n");
+    const Cloud binary =
+        read(plyHeader("binary_big_endian", 2, names) + floatBytes({1, 2, 3, 0.5f, -4, 5.5f, 6e-3f, 0.25f}, true));
+
+    EXPECT_THAT(ascii.points, ElementsAre(first, second));
+    EXPECT_THAT(ascii.values, ElementsAre(0.5f, 0.25f));
+    EXPECT_THAT(binary.values, ElementsAre(0.5f, 0.25f));
+    EXPECT_THAT(parsePly(plyHeader("ascii", 1, names) + "1 2 3 0.5\n").values, IsEmpty());
+}
+
+TEST(CloudPly, PropertyThatIsAskedForMustBeThere)
+{
+    const auto read = [](std::string_view bytes, const Progress&) { return parsePlyWithValues(bytes, "thickness"); };
+
+    expectFault(read, plyHeader("ascii", 1) + "1 2 3\n", "line 8: the vertices have no property 'thickness'");
+}
+
 TEST(CloudPly, TwoThirdsOfANormalAreNone)
 {
     EXPECT_THAT(parsePly(plyHeader("ascii", 1, "x y z nx ny") + "1 2 3 0 1\n").normals, IsEmpty());

@@ -50,9 +50,11 @@ void CloudCollector::reserve(std::uint64_t points)
     cloud.points.reserve(points);
     if (withNormals)
         cloud.normals.reserve(points);
+    if (withValues)
+        cloud.values.reserve(points);
 }
 
-void CloudCollector::add(const std::array<double, 3>& point, const std::array<double, 3>& normal)
+void CloudCollector::add(const std::array<double, 3>& point, const std::array<double, 3>& normal, double value)
 {
     const auto isFar = [](double c) { return std::abs(c) > farOut; };
     if (cloud.points.empty() && isFinite(point) && std::ranges::any_of(point, isFar))
@@ -63,6 +65,8 @@ void CloudCollector::add(const std::array<double, 3>& point, const std::array<do
         return;
     }
     cloud.points.emplace_back(static_cast<float>(local[0]), static_cast<float>(local[1]), static_cast<float>(local[2]));
+    if (withValues)
+        cloud.values.push_back(static_cast<float>(value));
     if (!withNormals)
         return;
     if (isFinite(normal))

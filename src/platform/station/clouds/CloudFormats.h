@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -25,6 +26,7 @@ public:
 struct Cloud {
     layout::PointCloud::Points points;   ///< relative to `origin`
     layout::PointCloud::Normals normals; ///< as many as points, or none
+    std::vector<float> values;           ///< of the property that was asked for, as many as points; else none
     rob::Posd origin;                    ///< (0, 0, 0) unless the points lie too far out for single precision
     std::uint64_t dropped = 0;           ///< points that were not finite
 };
@@ -34,6 +36,8 @@ struct Cloud {
 /// PLY: ascii and binary of either byte order. The points are the element "vertex"; other elements and properties are
 /// passed over.
 VRK_EXPORT Cloud parsePly(std::string_view bytes, const Progress& progress = {});
+/// The same with the values of a property of the vertices, which must be there.
+VRK_EXPORT Cloud parsePlyWithValues(std::string_view bytes, std::string_view property, const Progress& progress = {});
 /// PCD: ascii, binary and compressed. The acquisition viewpoint is not applied.
 VRK_EXPORT Cloud parsePcd(std::string_view bytes, const Progress& progress = {});
 /// Text with one point a line: x, y, z and whatever follows them; each line as many numbers as the first. Lines that
@@ -44,17 +48,21 @@ VRK_EXPORT Cloud parseXyz(std::string_view bytes, const Progress& progress = {})
 /// Gathers the points of a file into a `Cloud`.
 class CloudCollector {
 public:
-    explicit CloudCollector(bool withNormals) : withNormals(withNormals) {}
+    explicit CloudCollector(bool withNormals, bool withValues = false)
+        : withNormals(withNormals), withValues(withValues)
+    {
+    }
 
     void reserve(std::uint64_t points);
     /// Adds a point, or counts it as dropped if it is not finite. A normal without a direction becomes (0, 0, 0).
-    void add(const std::array<double, 3>& point, const std::array<double, 3>& normal);
+    void add(const std::array<double, 3>& point, const std::array<double, 3>& normal, double value = 0);
     void dropNormals();
     Cloud take() { return std::move(cloud); }
 
 private:
     Cloud cloud;
     bool withNormals;
+    bool withValues;
 };
 
 /// The lines of a text, without their ends.
@@ -104,6 +112,7 @@ struct PointColumns {
     std::array<std::size_t, 3> point{};
     std::array<std::size_t, 3> normal{};
     bool hasNormals = false;
+    std::optional<std::size_t> value; ///< of a property that was asked for
 };
 
 /// @throws CloudFault "line 15: the file ends after 9 of 10 points"

@@ -144,7 +144,8 @@ std::optional<std::size_t> indexOf(const ElementKind& vertex, std::string_view n
     return found - vertex.properties.begin();
 }
 
-PointColumns columnsOf(const ElementKind& vertex, std::uint64_t line)
+/// @param property  of which the values are wanted too; empty for none.
+PointColumns columnsOf(const ElementKind& vertex, std::string_view property, std::uint64_t line)
 {
     constexpr std::array<const char*, 3> pointNames{"x", "y", "z"};
     constexpr std::array<const char*, 3> normalNames{"nx", "ny", "nz"};
@@ -159,14 +160,19 @@ PointColumns columnsOf(const ElementKind& vertex, std::uint64_t line)
         columns.normal[axis] = normal.value_or(0);
         columns.hasNormals = columns.hasNormals && normal;
     }
+    if (!property.empty()) {
+        columns.value = indexOf(vertex, property);
+        if (!columns.value)
+            failAtLine(line, fmt::format("the vertices have no property {}", inQuotes(property)));
+    }
     return columns;
 }
 
-/// Gives a point its six numbers out of one for each property.
+/// Gives a point its numbers out of one for each property.
 void addPoint(CloudCollector& collector, const PointColumns& at, const std::vector<double>& values)
 {
     collector.add({values[at.point[0]], values[at.point[1]], values[at.point[2]]},
-                  {values[at.normal[0]], values[at.normal[1]], values[at.normal[2]]});
+                  {values[at.normal[0]], values[at.normal[1]], values[at.normal[2]]}, at.value ? values[*at.value] : 0);
 }
 
 /// Takes the entries of lists out of a line's numbers, so that one number stands for each property.
@@ -201,7 +207,7 @@ Cloud readAscii(std::string_view bytes, const Header& header, std::size_t vertex
 
     const ElementKind& vertex = header.elements[vertexIndex];
     const bool hasList = vertex.hasList();
-    CloudCollector collector(at.hasNormals);
+    CloudCollector collector(at.hasNormals, at.value.has_value());
     collector.reserve(std::min(vertex.count, bytes.size() / (shortestNumber * vertex.properties.size())));
     std::vector<double> numbers;
     for (std::uint64_t point = 0; point < vertex.count; ++point) {
@@ -289,7 +295,7 @@ Cloud readBinary(std::string_view bytes, const Header& header, std::size_t verte
 
     const ElementKind& vertex = header.elements[vertexIndex];
     reader.need(vertex);
-    CloudCollector collector(at.hasNormals);
+    CloudCollector collector(at.hasNormals, at.value.has_value());
     collector.reserve(std::min(vertex.count, (bytes.size() - reader.offset()) / vertex.size()));
     std::vector<double> values;
     for (std::uint64_t point = 0; point < vertex.count; ++point) {
@@ -307,12 +313,17 @@ Cloud readBinary(std::string_view bytes, const Header& header, std::size_t verte
 
 Cloud parsePly(std::string_view bytes, const Progress& progress)
 {
+    return parsePlyWithValues(bytes, {}, progress);
+}
+
+Cloud parsePlyWithValues(std::string_view bytes, std::string_view property, const Progress& progress)
+{
     LineReader lines(bytes);
     const Header header = readHeader(lines);
     const auto vertex = std::ranges::find(header.elements, "vertex", &ElementKind::name);
     if (vertex == header.elements.end())
         failAtLine(lines.number(), "a header without an element 'vertex'");
-    const PointColumns at = columnsOf(*vertex, lines.number());
+    const PointColumns at = columnsOf(*vertex, property, lines.number());
     const auto index = static_cast<std::size_t>(vertex - header.elements.begin());
     if (header.form == Form::Ascii)
         return readAscii(bytes, header, index, at, lines, progress);

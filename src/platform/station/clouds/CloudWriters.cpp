@@ -30,7 +30,7 @@ void append(std::string& bytes, double number)
 }
 
 template <typename Number>
-void appendPoints(std::string& bytes, const ExportedPoints& points)
+void appendPoints(std::string& bytes, const ExportedPoints& points, const PlyExtras& extras)
 {
     for (std::size_t i = 0; i < points.points.size(); ++i) {
         for (const double coordinate : {points.points[i].x, points.points[i].y, points.points[i].z})
@@ -38,6 +38,17 @@ void appendPoints(std::string& bytes, const ExportedPoints& points)
         if (!points.normals.empty())
             for (const float part : {points.normals[i].x, points.normals[i].y, points.normals[i].z})
                 append<float>(bytes, part);
+        if (!extras.property.empty())
+            append<float>(bytes, extras.values[i]);
+    }
+}
+
+void appendTriangles(std::string& bytes, std::span<const unsigned> indices)
+{
+    for (std::size_t i = 0; i + 2 < indices.size(); i += 3) {
+        append<std::uint8_t>(bytes, 3);
+        for (std::size_t k = 0; k < 3; ++k)
+            append<std::uint32_t>(bytes, indices[i + k]);
     }
 }
 
@@ -59,7 +70,7 @@ void appendLines(std::string& text, const ExportedPoints& points)
 
 } // namespace
 
-std::string plyOf(const ExportedPoints& points)
+std::string plyOf(const ExportedPoints& points, const PlyExtras& extras)
 {
     const bool areFloats = areSingle(points.points);
     std::string bytes = fmt::format("ply\nformat binary_little_endian 1.0\nelement vertex {}\n", points.points.size());
@@ -67,12 +78,18 @@ std::string plyOf(const ExportedPoints& points)
         bytes += fmt::format("property {} {}\n", areFloats ? "float" : "double", name);
     if (!points.normals.empty())
         bytes += "property float nx\nproperty float ny\nproperty float nz\n";
+    if (!extras.property.empty())
+        bytes += fmt::format("property float {}\n", extras.property);
+    if (!extras.indices.empty())
+        bytes += fmt::format("element face {}\nproperty list uchar uint vertex_indices\n", extras.indices.size() / 3);
     bytes += "end_header\n";
-    bytes.reserve(bytes.size() + points.points.size() * (areFloats ? 12 : 24) + points.normals.size() * 12);
+    bytes.reserve(bytes.size() + points.points.size() * (areFloats ? 12 : 24) + points.normals.size() * 12 +
+                  extras.values.size() * 4 + extras.indices.size() / 3 * 13);
     if (areFloats)
-        appendPoints<float>(bytes, points);
+        appendPoints<float>(bytes, points, extras);
     else
-        appendPoints<double>(bytes, points);
+        appendPoints<double>(bytes, points, extras);
+    appendTriangles(bytes, extras.indices);
     return bytes;
 }
 

@@ -19,6 +19,8 @@ Parts readStl(const std::filesystem::path& file, const Progress& progress);
 
 /// @throws ImportError where there is no such file, or none with something in it to read.
 void checkReadable(const std::filesystem::path& file);
+/// All of it. @throws ImportError as above.
+std::string readWhole(const std::filesystem::path& file);
 
 /// What of a shape becomes a body of its own: each solid, each shell outside solids, the loose faces together, and each
 /// wire, edge and vertex that stands in a compound, or alone, and belongs to nothing.

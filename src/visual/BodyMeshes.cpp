@@ -1,8 +1,10 @@
-// What the mesh service does with a solid: of all its sources this one alone knows that class.
+// What the mesh service does with bodies: of all its sources this one alone knows their classes.
 
 #include "mesh/FaceColors.h"
 #include "mesh/MeshManager.h"
 #include "mesh/ShapeTriangles.h"
+#include "mesh/paint/PaintMesh.h"
+#include "visual/MeshVisual.h"
 #include "visual/SolidVisual.h"
 
 #include <Ogre.h>
@@ -42,6 +44,21 @@ std::unique_ptr<Mesh> MeshManager::getShapeMesh(const TopoDS_Shape&, const layou
                                                 const ColorInfo* colors)
 {
     return makeShapeMesh(solid->getCurrentMeshName(), faces, visibleFacesOf(*solid), colors, solid->getName());
+}
+
+PaintMesh* MeshManager::createPaintMesh(FacetVisual* body)
+{
+    PaintMesh* paint = nullptr;
+    if (auto* solid = dynamic_cast<SolidVisual*>(body)) {
+        const std::unique_ptr<Mesh> mesh = getShapeMesh(solid->getShape(), solid->getFaceMap(), solid, nullptr);
+        paint = mesh ? createPaintMeshFromMesh(mesh.get()) : nullptr;
+    } else if (auto* drawn = dynamic_cast<MeshVisual*>(body)) {
+        // What it draws: a mesh of the library's own stands in no registry.
+        paint = drawn->getMesh() ? createPaintMeshFromMesh(drawn->getMesh()) : nullptr;
+    }
+    if (paint && hasMesh(paint->name)) // two bodies of one mesh
+        paint->name += "_" + std::to_string(body->getId());
+    return paint;
 }
 
 void MeshManager::SetFaceColor(SolidVisual* solid, unsigned face, const rob::Colorf& color)
