@@ -105,26 +105,47 @@ bool Remesher::isUpright(const Triangle& triangle, const Vec3d& normal) const
 bool Remesher::splitLong()
 {
     for (Number t = 0; t < triangles.slots(); ++t) {
-        while (true) {
-            const Triangle& triangle = triangles[t];
-            Number edge = 0;
-            double most = 0;
-            for (Number i = 0; i < 3; ++i)
-                if (const double square = squareBetween(triangle[i], triangle[LinkedTriangles::nextOf(i)]);
-                    square > most) {
-                    most = square;
-                    edge = i;
-                }
-            if (!(most > longest))
-                break;
+        for (LongestEdge edge = longestOf(t); edge.square > longest; edge = longestOf(t)) {
             if (isStopped())
                 return false;
             if (triangles.size() >= mostRemeshed)
                 throw std::length_error(tooManyTriangles);
-            split(t, edge);
+            const LongestEdge longestNearBy = longestFrom(edge);
+            split(longestNearBy.triangle, longestNearBy.edge);
         }
     }
     return true;
+}
+
+Remesher::LongestEdge Remesher::longestOf(Number t) const
+{
+    LongestEdge found{t, 0, 0};
+    for (Number i = 0; i < 3; ++i)
+        if (const double square = squareBetween(triangles[t][i], triangles[t][LinkedTriangles::nextOf(i)]);
+            square > found.square) {
+            found.square = square;
+            found.edge = i;
+        }
+    return found;
+}
+
+/// From triangle to triangle across their longest edges, as long as these grow (Rivara, "New longest-edge algorithms for the
+/// refinement and/or improvement of unstructured triangulations", 1997). Where an edge is halved that is the longest one of
+/// all its triangles, none gets ever thinner; two that halve each other's shorter edges in turn would never end.
+Remesher::LongestEdge Remesher::longestFrom(LongestEdge edge) const
+{
+    for (bool isLongest = false; !isLongest;) {
+        const Number a = triangles[edge.triangle][edge.edge],
+                     b = triangles[edge.triangle][LinkedTriangles::nextOf(edge.edge)];
+        isLongest = true;
+        triangles.forTrianglesOn(a, b, [&](Number s) {
+            if (const LongestEdge other = longestOf(s); other.square > edge.square) {
+                edge = other;
+                isLongest = false;
+            }
+        });
+    }
+    return edge;
 }
 
 void Remesher::split(Number t, Number edge)

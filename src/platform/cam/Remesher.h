@@ -28,7 +28,15 @@ private:
     bool isStopped();
     void tell(double fraction) const;
 
+    struct LongestEdge {
+        Number triangle;
+        Number edge;
+        double square;
+    };
+
     bool splitLong();
+    LongestEdge longestOf(Number t) const;
+    LongestEdge longestFrom(LongestEdge edge) const;
     void split(Number t, Number edge);
 
     bool collapseShort();
