@@ -21,6 +21,11 @@ using Mesh = OpenMesh::TriMesh_ArrayKernelT<Traits>;
 SurfaceWork openMeshDecimate(const cam::TriangleSurface& surface, std::size_t triangles)
 {
     const auto mesh = std::make_shared<Mesh>();
+    // What is gone is known by these, which a decimater takes with it unless they were asked for.
+    mesh->request_vertex_status();
+    mesh->request_halfedge_status();
+    mesh->request_edge_status();
+    mesh->request_face_status();
     std::vector<Mesh::VertexHandle> handles;
     for (const rob::Posd& p : surface.vertices)
         handles.push_back(mesh->add_vertex({p.x, p.y, p.z}));

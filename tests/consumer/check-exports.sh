@@ -23,6 +23,10 @@ awk -F'\t' '
     FILENAME ~ /offered$/ {
         name = $0
         sub(/\(.*/, "", name)
+        if (name ~ / [A-Za-z_:]+<[^ ]*>$/) { # of a template, which is told with what it returns
+            sub(/<[^<]*>$/, "", name)
+            sub(/^.* /, "", name)
+        }
         gsub(/ /, "", name)
         offered[name]++
         next
@@ -36,7 +40,7 @@ awk -F'\t' '
         answers[$4 ": " $3] = rest
     }
     $1 == "function" { inlined[$3] = 1; next }
-    $2 == "private" || $5 ~ /= *(delete|default|0);/ { next }
+    $2 == "private" || $5 ~ /= *(delete|default|0);/ || $5 ~ /^extern template / { next }
     { declared[$3]++; place[$3] = $4 }
     END {
         for (name in declared)

@@ -4,7 +4,9 @@
 
 #include <gmock/gmock.h>
 
+#include <cmath>
 #include <limits>
+#include <numbers>
 #include <stdexcept>
 
 namespace vrk::cam {
@@ -35,8 +37,10 @@ TEST_P(CoveredAnew, HasEvenTrianglesOfAboutTheLengthOnTheSurface)
 
     EXPECT_NEAR(test::meanEdge(result), GetParam().edgeLength, 0.2 * GetParam().edgeLength);
     EXPECT_GT(test::meanSmallestAngle(result), 44);
-    EXPECT_LE(test::farthest(result, surface), 0.3 * GetParam().edgeLength);
-    EXPECT_LE(test::farthest(surface, result), 0.3 * GetParam().edgeLength);
+    // An edge of four thirds of the length that lies across a bend of 60 degrees, the most that is no line, cuts it so far.
+    const double most = 2.0 / 3 * std::tan(std::numbers::pi / 6) * GetParam().edgeLength;
+    EXPECT_LE(test::farthest(result, surface), most);
+    EXPECT_LE(test::farthest(surface, result), most);
 }
 
 TEST_P(CoveredAnew, KeepsItsTopologyAndHasNoTriangleWithoutArea)
