@@ -118,12 +118,12 @@ TEST_F(PaintMeshes, DeletedOneLeavesNothingBehind)
 /// The two ways to the GPU.
 struct Upload {
     const char* name;
-    void (MeshManager::*upload)(PaintMesh*);
+    void (*upload)(MeshManager& manager, PaintMesh* skin);
 };
 
 class PaintUploads : public PaintMeshes, public testing::WithParamInterface<Upload> {
 protected:
-    void upload(PaintMesh* skin) { (manager.*GetParam().upload)(skin); }
+    void upload(PaintMesh* skin) { GetParam().upload(manager, skin); }
 };
 
 TEST_P(PaintUploads, ChangedColorsReachTheGpuTheLatestOfEachVertex)
@@ -189,10 +189,13 @@ TEST_P(PaintUploads, OfASkinThatIsNotOnTheGpuKeepsTheChanges)
     EXPECT_THAT(skin.changedColorIndexes, ElementsAre(0));
 }
 
-INSTANTIATE_TEST_SUITE_P(Both, PaintUploads,
-                         testing::Values(Upload{"UpdatePaintMeshColor", &MeshManager::updatePaintMeshColor},
-                                         Upload{"UploadPaintColors", &MeshManager::uploadPaintColors}),
-                         [](const auto& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(
+    Both, PaintUploads,
+    testing::Values(Upload{"UpdatePaintMeshColor",
+                           [](MeshManager& manager, PaintMesh* skin) { manager.updatePaintMeshColor(skin); }},
+                    Upload{"UploadPaintColors",
+                           [](MeshManager& manager, PaintMesh* skin) { manager.uploadPaintColors(skin); }}),
+    [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(PaintMeshes, UpdateLocksTheWholeBufferOnce)
 {
