@@ -26,9 +26,10 @@ struct RemeshOptions {
 /// are turned towards six at each vertex, and vertices are moved along the surface to the middle of their neighbours and laid
 /// on it again (Botsch, Kobbelt, "A Remeshing Approach to Multiresolution Modeling", 2004).
 ///
-/// Every vertex of the result lies on the surface. Borders, sharp edges, and edges that more than two triangles share keep
-/// their lines, along which vertices move; the ends and corners of these lines stay where they are. No triangle turns over,
-/// and none without area is made. What is one piece stays one, and what is closed stays closed. Where the surface bends
+/// Vertices of the result lie on the surface, but for those whose move was given back since a triangle would have turned over:
+/// they stay where halving and drawing together put them. Borders, sharp edges, and edges that more than two triangles share keep
+/// their lines, along which vertices move; the ends and corners of these lines stay where they are. No triangle turns over in
+/// a step, and none without area is made. What is one piece stays one, and what is closed stays closed. Where the surface bends
 /// within less than the wanted length, edges are as short as it needs.
 ///
 /// The same surface gives the same result, whatever the number of cores.

@@ -12,8 +12,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
-#include <cmath>
 #include <stdexcept>
 
 namespace vrk::station {
