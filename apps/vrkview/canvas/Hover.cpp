@@ -38,7 +38,9 @@ void Hover::show(const Picked& found, Of what, const Picked* edge)
         scene.setVisualHighlighted(thing);
     else
         scene.clearHighlightedVisual();
-    setText(edge ? found.text + tr(", edge %1").arg(edge->edge()) : found.text);
+    const QString name = edge ? found.text + tr(", edge %1").arg(edge->edge()) : found.text;
+    const QString more = remark ? remark(found) : QString();
+    setText(more.isEmpty() ? name : tr("%1:  %2").arg(name, more));
 }
 
 void Hover::showPiece(const Picked& found, const Picked* edge)

@@ -5,6 +5,8 @@
 
 #include <TopoDS_Edge.hxx>
 
+#include <functional>
+
 namespace vrkview {
 
 class ViewState;
@@ -19,6 +21,10 @@ class Hover : public QObject {
 public:
     /// @param state  outlives this.
     explicit Hover(const ViewState& state, QObject* parent = nullptr);
+
+    /// What is to be told behind the name of what was found; empty for nothing.
+    using Remark = std::function<QString(const Picked&)>;
+    void setRemark(Remark wanted) { remark = std::move(wanted); }
 
     /// What of the found is highlighted.
     enum class Of { Thing, Piece };
@@ -50,6 +56,7 @@ private:
     unsigned thing = 0; // what it belongs to
     Edge lastEdge;
     QString text;
+    Remark remark;
 };
 
 } // namespace vrkview

@@ -24,12 +24,17 @@
 #include "edit/EditActions.h"
 #include "edit/History.h"
 #include "edit/ReachActions.h"
+#include "edit/SimplifyActions.h"
 #include "files/PictureFile.h"
 #include "measure/DimensionDock.h"
 #include "measure/MeasureActions.h"
 #include "measure/MeasureTool.h"
 #include "measure/NearestWork.h"
 #include "measure/StationDimensions.h"
+#include "paint/BodyCoats.h"
+#include "paint/PaintActions.h"
+#include "paint/PaintDock.h"
+#include "paint/SprayRun.h"
 #include "start/StartUp.h"
 #include "window/FrameActions.h"
 #include "window/Glyphs.h"
@@ -41,6 +46,7 @@
 
 #include "platform/broker/SignalBroker.h"
 #include "scene/Scene.h"
+#include "view/Camera.h"
 
 #include <QActionGroup>
 #include <QDragEnterEvent>
@@ -109,12 +115,14 @@ ViewWindow::ViewWindow(const Station& station, const DrawMode& mode)
       mouse(new Mouse(*view, state, settings, flight, *region, *mover, *bandTool, *measurer, *framer, this)),
       messages(new MessageBar), tree(new TreeDock(state, this)), joints(new JointDock(state, this)),
       program(new ProgramDock(state, this)), properties(new PropertyDock(state, this)),
-      dimensions(new DimensionDock(state, this)),
+      dimensions(new DimensionDock(state, this)), coats(new BodyCoats(state, this)),
+      sprayRun(new SprayRun(*coats, state.getHistory(), this)), paintDock(new PaintDock(*coats, *sprayRun, this)),
       actions(new ViewActions(*this, state, flight, settings, *region, *mover, *bandTool, *measurer, *framer, *mouse)),
       edits(new EditActions(*this, state)), bands(new BandActions(*this, state)),
       clouds(new CloudActions(*this, state)), reaches(new RobotReaches(state, this)),
       reachActions(new ReachActions(*this, state)), measures(new MeasureActions(*this, state, *measurer)),
-      frameActions(new FrameActions(*this, *framer)), contents(new QLabel), underMouse(new QLabel),
+      frameActions(new FrameActions(*this, *framer)), paints(new PaintActions(*this, state, *coats, *sprayRun)),
+      simplifies(new SimplifyActions(*this, state)), contents(new QLabel), underMouse(new QLabel),
       selection(new SelectionLine(state)), frameTime(new QLabel)
 {
     setAcceptDrops(true);
@@ -127,6 +135,7 @@ ViewWindow::ViewWindow(const Station& station, const DrawMode& mode)
     connectFiles();
     connectEdits();
     connectMeasures();
+    connectPaint();
     connectTools();
     showContents();
     restoreLayout();
@@ -154,6 +163,9 @@ void ViewWindow::buildDocks()
     addDockWidget(Qt::RightDockWidgetArea, joints);
     addDockWidget(Qt::RightDockWidgetArea, program);
     addDockWidget(Qt::RightDockWidgetArea, dimensions);
+    addDockWidget(Qt::RightDockWidgetArea, paintDock);
+    tabifyDockWidget(joints, paintDock);
+    paintDock->hide(); // until a spray is led, or it is asked for
     resizeDocks({tree, properties}, {treeHeight, propertiesHeight}, Qt::Vertical);
     resizeDocks({tree, joints}, {leftWidth, rightWidth}, Qt::Horizontal);
     resizeDocks({joints, program}, {jointsHeight, programHeight}, Qt::Vertical);
@@ -180,6 +192,9 @@ void ViewWindow::buildStatusLine()
     auto* measureProgress = new ProgressStrip(*new NearestWork(this));
     measureProgress->setObjectName("measure_progress");
     line.addPermanentWidget(measureProgress);
+    auto* simplifyProgress = new ProgressStrip(simplifies->getWork());
+    simplifyProgress->setObjectName("simplify_progress");
+    line.addPermanentWidget(simplifyProgress);
     line.addPermanentWidget(frameTime);
     contents->setContentsMargins(6, 0, 0, 0);
     selection->setContentsMargins(0, 0, 12, 0);
@@ -260,6 +275,8 @@ void ViewWindow::buildMenus()
     edits->fillEditMenu(editMenu);
     actions->fillEditMenu(editMenu);
     frameActions->fillMenu(*editMenu.addMenu(tr("Define a &frame")));
+    simplifies->fillMenu(editMenu);
+    paints->fillMenu(*editMenu.addMenu(tr("&Paint by a spray")));
     editMenu.addSeparator();
     bands->fillMenu(editMenu);
     editMenu.addSeparator();
@@ -271,7 +288,8 @@ void ViewWindow::buildMenus()
     reachActions->fillMenu(viewMenu);
     viewMenu.addSeparator();
     QMenu& docks = *viewMenu.addMenu(tr("&Docks"));
-    for (QDockWidget* dock : std::initializer_list<QDockWidget*>{tree, properties, joints, program, dimensions})
+    for (QDockWidget* dock :
+         std::initializer_list<QDockWidget*>{tree, properties, joints, program, dimensions, paintDock})
         docks.addAction(dock->toggleViewAction());
     actions->fillSelectMenu(*menuBar()->addMenu(tr("&Select")));
     buildPreferences();
@@ -282,6 +300,8 @@ void ViewWindow::buildMenus()
     edits->fillTreeMenu(tree->getTreeView());
     bands->fillTreeMenu(tree->getTreeView());
     clouds->fillTreeMenu(tree->getTreeView());
+    paints->fillTreeMenu(tree->getTreeView());
+    simplifies->fillTreeMenu(tree->getTreeView());
     reachActions->fillTreeMenu(tree->getTreeView());
     measures->fillListMenu(dimensions->getList());
 }
@@ -329,8 +349,11 @@ void ViewWindow::connectFiles()
     connect(&files, &StationFiles::shown, this, [this](bool isAnother) {
         messages->hide();
         suitCameraToScene();
-        if (isAnother)
+        if (isAnother) {
+            sprayRun->end();
+            coats->forget();
             suitSurroundings();
+        }
         showNewDocks();
         showContents();
         flight.flyTo(poseForAll());
@@ -340,6 +363,9 @@ void ViewWindow::connectFiles()
 void ViewWindow::connectEdits()
 {
     connect(edits, &EditActions::failed, messages, &MessageBar::tell);
+    connect(simplifies, &SimplifyActions::failed, messages, &MessageBar::tell);
+    connect(simplifies, &SimplifyActions::told, this,
+            [this](const QString& text) { statusBar()->showMessage(text, longNoteTime); });
     connect(bands, &BandActions::failed, messages, &MessageBar::tell);
     connect(clouds, &CloudActions::failed, messages, &MessageBar::tell);
     connect(clouds, &CloudActions::saved, this,
@@ -356,6 +382,29 @@ void ViewWindow::connectMeasures()
     connect(dimensions, &DimensionDock::focusRequested, this,
             [this](const vrk::visual::Box& box) { flight.flyTo(poseForBox(box)); });
     dimensionsChanged = StationDimensions::Get().changed.connect([this] { showNewDocks(); });
+}
+
+void ViewWindow::connectPaint()
+{
+    connect(paints, &PaintActions::failed, messages, &MessageBar::tell);
+    connect(sprayRun, &SprayRun::failed, messages, &MessageBar::tell);
+    connect(paints, &PaintActions::saved, this,
+            [this](const QString& path) { statusBar()->showMessage(tr("Saved %1").arg(path), noteTime); });
+    connect(paints, &PaintActions::began, this, [this] {
+        messages->hide();
+        paintDock->show();
+        paintDock->raise();
+    });
+    connect(paintDock, &PaintDock::clearRequested, paints, &PaintActions::clearPaint);
+    connect(paintDock, &PaintDock::openRequested, paints, &PaintActions::askForMap);
+    connect(paintDock, &PaintDock::saveRequested, paints, &PaintActions::askWhereToSave);
+    connect(coats, &BodyCoats::changed, view, &ViewWidget::requestFrame);
+    mouse->getHover().setRemark([this](const Picked& found) {
+        const vrk::rob::Vec3d toEye =
+            vrk::rob::Posd(vrk::visual::Camera::Get()->getSnapshot().pose.position) - found.candidate.place;
+        const auto thickness = coats->thicknessAt(found.candidate.visualId, found.candidate.place, toEye);
+        return thickness ? coats->textOf(*thickness) : QString();
+    });
 }
 
 /// What measures or defines a frame takes every click: it ends what else has the mouse, and is ended by it.

@@ -16,6 +16,7 @@ namespace vrkview {
 
 class BandActions;
 class BandTool;
+class BodyCoats;
 class CloudActions;
 class DimensionDock;
 class EditActions;
@@ -27,11 +28,15 @@ class MeasureTool;
 class MessageBar;
 class Mouse;
 class MoveTool;
+class PaintActions;
+class PaintDock;
 class ProgramDock;
 class PropertyDock;
 class ReachActions;
 class RegionTool;
 class RobotReaches;
+class SimplifyActions;
+class SprayRun;
 class TreeDock;
 class ViewActions;
 class ViewWidget;
@@ -70,6 +75,11 @@ public:
     CloudActions& getClouds() const { return *clouds; }
     ReachActions& getReachActions() const { return *reachActions; }
     RobotReaches& getReaches() const { return *reaches; }
+    BodyCoats& getCoats() const { return *coats; }
+    SprayRun& getSprayRun() const { return *sprayRun; }
+    PaintActions& getPaints() const { return *paints; }
+    SimplifyActions& getSimplifies() const { return *simplifies; }
+    PaintDock& getPaintDock() const { return *paintDock; }
     MeasureActions& getMeasures() const { return *measures; }
     QString getSelectionText() const { return selection->text(); }
     MessageBar& getMessageBar() const { return *messages; }
@@ -87,6 +97,7 @@ private:
     void buildFileMenu();
     void connectEdits();
     void connectMeasures();
+    void connectPaint();
     void connectTools();
     void buildPreferences();
     void connectView();
@@ -133,6 +144,9 @@ private:
     ProgramDock* program;
     PropertyDock* properties;
     DimensionDock* dimensions;
+    BodyCoats* coats;
+    SprayRun* sprayRun;
+    PaintDock* paintDock;
     ViewActions* actions;
     EditActions* edits;
     BandActions* bands;
@@ -141,6 +155,8 @@ private:
     ReachActions* reachActions;
     MeasureActions* measures;
     FrameActions* frameActions;
+    PaintActions* paints;
+    SimplifyActions* simplifies;
     QMenu* recent = nullptr;
     QLabel* contents;
     QLabel* underMouse;

@@ -3,6 +3,7 @@
 #include "platform/station/Import.h"
 
 #include <cstddef>
+#include <filesystem>
 #include <optional>
 #include <string>
 
@@ -28,5 +29,19 @@ struct SimplifiedMesh {
 ///         a number.
 VRK_EXPORT std::vector<SimplifiedMesh> SimplifyMeshes(const std::vector<std::shared_ptr<layout::Part>>& parts,
                                                       std::optional<double> tolerance, const Progress& progress = {});
+
+/// A mesh and its coarser form, each a file.
+struct CoarserMesh {
+    std::filesystem::path file; ///< the source itself where that is as simple as it gets
+    std::size_t before = 0;     ///< triangles
+    std::size_t after = 0;
+    double tolerance = 0; ///< model units
+};
+
+/// The same of one STL file, which stays as it is: a body that is in the station is given the other file by whoever owns it. Any
+/// thread.
+/// @throws as above; then nothing was written.
+VRK_EXPORT CoarserMesh SimplifyMeshFile(const std::filesystem::path& file, std::optional<double> tolerance,
+                                        const Progress& progress = {});
 
 } // namespace vrk::station

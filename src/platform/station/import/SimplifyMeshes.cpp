@@ -60,34 +60,10 @@ double greatestExtent(const TriangleSurface& surface)
     return std::max({high.x - low.x, high.y - low.y, high.z - low.z});
 }
 
-SimplifiedMesh simplifyBody(layout::Body& body, std::optional<double> wanted, const Progress& progress)
+void checkTolerance(std::optional<double> tolerance)
 {
-    const std::filesystem::path file = body.getGeometryUri();
-    checkReadable(file);
-    report(progress, "reading", 0);
-    const std::vector<StlFacet> facets = readStlFacets(file);
-    SimplifiedMesh told{body.getName(), facets.size(), facets.size(), wanted.value_or(0)};
-    if (facets.size() < cam::fewestToSimplify)
-        return told;
-    const TriangleSurface surface = surfaceOf(facets);
-    told.tolerance = wanted.value_or(cam::usualTolerance(greatestExtent(surface)));
-
-    // The file is there already where this was asked for before; its triangles are counted then.
-    const std::string key = fmt::format("{}|simplified|{:.17g}", GeometryCache::KeyOf(file), told.tolerance);
-    const std::filesystem::path simple = GeometryCache::Get(file.stem().string(), key, ".stl", [&] {
-        cam::SimplifyOptions options;
-        options.tolerance = told.tolerance;
-        options.progress = [&progress](double fraction) { report(progress, "simplifying", fraction); };
-        return binaryStl(facetsOf(cam::simplify(surface, options).value()));
-    });
-    const std::size_t left = (std::filesystem::file_size(simple) - geometry::stlHeaderSize) / geometry::stlRecordSize;
-    if (left == 0 || left >= facets.size())
-        return told;
-    body.setGeometry(simple.string(), "stl");
-    told.after = left;
-    FileLogger::inst()->trace(
-        fmt::format("{}: {} triangles made {} within {:g}", file.string(), told.before, left, told.tolerance));
-    return told;
+    if (tolerance && !(*tolerance >= 0))
+        throw std::invalid_argument("a tolerance is 0 or more");
 }
 
 } // namespace
@@ -95,14 +71,48 @@ SimplifiedMesh simplifyBody(layout::Body& body, std::optional<double> wanted, co
 std::vector<SimplifiedMesh> SimplifyMeshes(const Parts& parts, std::optional<double> tolerance,
                                            const Progress& progress)
 {
-    if (tolerance && !(*tolerance >= 0))
-        throw std::invalid_argument("a tolerance is 0 or more");
+    checkTolerance(tolerance);
     std::vector<SimplifiedMesh> told;
     for (const std::shared_ptr<layout::Part>& part : parts)
-        for (const std::shared_ptr<layout::Body>& body : part->getBodies())
-            if (body->getFileType() == "stl")
-                told.push_back(simplifyBody(*body, tolerance, progress));
+        for (const std::shared_ptr<layout::Body>& body : part->getBodies()) {
+            if (body->getFileType() != "stl")
+                continue;
+            const CoarserMesh coarser = SimplifyMeshFile(body->getGeometryUri(), tolerance, progress);
+            if (coarser.after < coarser.before)
+                body->setGeometry(coarser.file.string(), "stl");
+            told.push_back({body->getName(), coarser.before, coarser.after, coarser.tolerance});
+        }
     return told;
+}
+
+CoarserMesh SimplifyMeshFile(const std::filesystem::path& file, std::optional<double> wanted, const Progress& progress)
+{
+    checkTolerance(wanted);
+    checkReadable(file);
+    report(progress, "reading", 0);
+    const std::vector<StlFacet> facets = readStlFacets(file);
+    CoarserMesh found{file, facets.size(), facets.size(), wanted.value_or(0)};
+    if (facets.size() < cam::fewestToSimplify)
+        return found;
+    const TriangleSurface surface = surfaceOf(facets);
+    found.tolerance = wanted.value_or(cam::usualTolerance(greatestExtent(surface)));
+
+    // The file is there already where this was asked for before; its triangles are counted then.
+    const std::string key = fmt::format("{}|simplified|{:.17g}", GeometryCache::KeyOf(file), found.tolerance);
+    const std::filesystem::path simple = GeometryCache::Get(file.stem().string(), key, ".stl", [&] {
+        cam::SimplifyOptions options;
+        options.tolerance = found.tolerance;
+        options.progress = [&progress](double fraction) { report(progress, "simplifying", fraction); };
+        return binaryStl(facetsOf(cam::simplify(surface, options).value()));
+    });
+    const std::size_t left = (std::filesystem::file_size(simple) - geometry::stlHeaderSize) / geometry::stlRecordSize;
+    if (left == 0 || left >= facets.size())
+        return found;
+    found.file = simple;
+    found.after = left;
+    FileLogger::inst()->trace(
+        fmt::format("{}: {} triangles made {} within {:g}", file.string(), found.before, left, found.tolerance));
+    return found;
 }
 
 } // namespace vrk::station

@@ -1,0 +1,134 @@
+#include "edit/SimplifyBodies.h"
+
+#include "edit/ModelPlaces.h"
+
+#include "platform/layout/Body.h"
+#include "platform/sdf/SdfManager.h"
+#include "scene/Scene.h"
+#include "visual/Visual.h"
+
+#include <QObject>
+
+#include <algorithm>
+#include <mutex>
+#include <shared_mutex>
+
+namespace vrkview {
+namespace {
+
+using vrk::layout::Body;
+using vrk::visual::Scene;
+using vrk::visual::Visual;
+
+// Under the model's lock.
+
+void collectMeshes(const sdf::SdfObject& object, std::vector<ExchangedMesh>& found)
+{
+    if (const auto* body = dynamic_cast<const Body*>(&object); body && body->getFileType() == "stl")
+        found.push_back({body->getId(), body->getGeometryUri(), body->getGeometryUri()});
+    for (const std::shared_ptr<sdf::SdfObject>& piece : object.getPieces())
+        collectMeshes(*piece, found);
+}
+
+Body* findBody(unsigned id)
+{
+    return dynamic_cast<Body*>(sdf::SdfManager::inst().find(id));
+}
+
+std::vector<unsigned> idsOf(const std::vector<ExchangedMesh>& meshes)
+{
+    std::vector<unsigned> ids;
+    for (const ExchangedMesh& mesh : meshes)
+        ids.push_back(mesh.body);
+    return ids;
+}
+
+/// The body's visual made anew; what is attached to it waits on what the body belongs to.
+void drawAnew(const std::shared_ptr<sdf::SdfObject>& object)
+{
+    Scene* scene = Scene::Get();
+    auto* body = dynamic_cast<Body*>(object.get());
+    const auto owner = std::dynamic_pointer_cast<sdf::SdfNode>(sdf::Share(body->getParentId()));
+    if (!scene || !owner || !Scene::HasVisual(body->getId()))
+        return;
+    std::vector<unsigned> carried;
+    for (const Visual* child : Scene::GetVisual(body->getId())->getChildren())
+        if (child->isAttached())
+            carried.push_back(child->getId());
+    for (const unsigned each : carried)
+        scene->reparentVisual(each, owner->getId());
+    scene->removeVisual(body->getId());
+    scene->addBody(owner.get(), body);
+    for (const unsigned each : carried)
+        scene->reparentVisual(each, body->getId());
+    scene->processMsgs();
+}
+
+void give(const ExchangedMesh& mesh, const std::string& file)
+{
+    const std::shared_ptr<sdf::SdfObject> object = sdf::Share(mesh.body);
+    if (!dynamic_cast<Body*>(object.get()))
+        return;
+    {
+        const std::unique_lock lock(sdf::SdfManager::inst().mutex());
+        dynamic_cast<Body&>(*object).setGeometry(file, "stl");
+    }
+    drawAnew(object);
+}
+
+/// What is selected, or lies in what is, has lost its look with its visual.
+void lookSelected()
+{
+    Scene* scene = Scene::Get();
+    if (!scene || scene->getSelectedVisuals().empty())
+        return;
+    scene->setVisualsSelected(std::vector<unsigned>(scene->getSelectedVisuals()));
+    scene->processMsgs();
+}
+
+} // namespace
+
+SimplifyBodies::SimplifyBodies(std::vector<ExchangedMesh> wanted)
+    : Change(QObject::tr("Simplify %1").arg(nameOfThings(idsOf(wanted))), Touched::Things), meshes(std::move(wanted))
+{
+    const std::shared_lock lock(sdf::SdfManager::inst().mutex());
+    std::erase_if(meshes, [](const ExchangedMesh& mesh) {
+        const Body* body = findBody(mesh.body);
+        return mesh.after == mesh.before || !body || body->getGeometryUri() != mesh.before;
+    });
+}
+
+void SimplifyBodies::apply()
+{
+    for (std::size_t done = 0; done < meshes.size(); ++done)
+        try {
+            give(meshes[done], meshes[done].after);
+        } catch (...) {
+            for (std::size_t back = done + 1; back-- > 0;)
+                give(meshes[back], meshes[back].before);
+            throw;
+        }
+    lookSelected();
+}
+
+void SimplifyBodies::revert()
+{
+    for (const ExchangedMesh& mesh : meshes)
+        give(mesh, mesh.before);
+    lookSelected();
+}
+
+std::vector<ExchangedMesh> meshesIn(const std::vector<unsigned>& things)
+{
+    std::vector<ExchangedMesh> found;
+    const std::shared_lock lock(sdf::SdfManager::inst().mutex());
+    for (const unsigned id : things)
+        if (const sdf::SdfObject* object = sdf::SdfManager::inst().find(id))
+            collectMeshes(*object, found);
+    std::ranges::sort(found, {}, &ExchangedMesh::body);
+    const auto [same, end] = std::ranges::unique(found, {}, &ExchangedMesh::body);
+    found.erase(same, end);
+    return found;
+}
+
+} // namespace vrkview
