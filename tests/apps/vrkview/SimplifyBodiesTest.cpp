@@ -8,6 +8,7 @@
 #include "support/TempFolder.h"
 
 #include "platform/layout/Body.h"
+#include "platform/layout/Mechanism.h"
 #include "platform/layout/Part.h"
 #include "platform/sdf/SdfManager.h"
 #include "scene/Scene.h"
@@ -207,6 +208,36 @@ TEST_F(SimplifyBodiesTest, WhatIsAttachedAndWhatIsHiddenStaysSo)
     EXPECT_TRUE(Scene::GetVisual(body)->isVisible());
     EXPECT_EQ(triangles(body), 14400u);
     EXPECT_EQ(Scene::GetVisual(small)->getParent(), Scene::GetVisual(body));
+}
+
+/// Its files are in metres, and those that are drawn in the cache.
+TEST_F(SimplifyBodiesTest, LinksOfARobotAreSimplifiedWhereTheyStand)
+{
+    std::ofstream(folder / "arm.urdf")
+        << R"(<robot name="Arm"><link name="base"><visual><geometry><mesh filename="ball.stl"
+        scale="0.001 0.001 0.001"/></geometry></visual></link><link name="top"><visual><geometry><mesh filename="ball.stl"
+        scale="0.001 0.001 0.001"/></geometry></visual></link><joint name="turn" type="revolute"><parent link="base"/>
+        <child link="top"/><origin xyz="0 0 0.4"/><axis xyz="0 0 1"/><limit lower="-1" upper="1" effort="1" velocity="1"/>
+        </joint></robot>)";
+    auto station = std::make_shared<Station>(importFiles({folder / "arm.urdf"}));
+    history().push(std::make_unique<AddThings>(station));
+    const unsigned arm = station->mechanisms.front()->getId();
+    const std::vector<ExchangedMesh> meshes = meshesIn({arm});
+    ASSERT_EQ(meshes.size(), 2u);
+    const unsigned upper = meshes.back().body;
+    view().drain();
+    const auto pose = Scene::GetVisual(upper)->getWorldPose();
+    state().selectVisuals({arm});
+
+    actions().simplifySelected(2);
+    ASSERT_TRUE(waitFor([] { return !work().isRunning(); }));
+
+    EXPECT_LT(triangles(upper), 1500u) << message();
+    EXPECT_EQ(Scene::GetVisual(upper)->getWorldPose(), pose);
+    EXPECT_EQ(Scene::GetVisual(upper)->getParent()->getWorldPose(), pose);
+    history().undo();
+    EXPECT_EQ(triangles(upper), 14400u);
+    EXPECT_EQ(triangles(meshes.front().body), 14400u) << "which draws the same file";
 }
 
 /// Its look goes with the visual and comes with the new one.
