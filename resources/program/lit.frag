@@ -26,11 +26,7 @@ out vec4 fragColour;
 const float shoulder = 0.62; // where the bright part begins
 const float exposure = 1.06; // the sides of a grey body must stand out from the grey behind it
 
-#ifdef PAINT
-// Cosines of the angle to the triangle's normal.
-const float creaseBegin = 0.97;
-const float creaseEnd = 0.90;
-#endif
+#include "resource://program/crease.glsl"
 
 void main()
 {
@@ -50,12 +46,7 @@ void main()
     }
     vec3 n = worldNormal / normalLength;
 #ifdef PAINT
-    vec3 ofTriangle = cross(dFdx(worldPosition), dFdy(worldPosition));
-    float area = length(ofTriangle);
-    if (area > 0.0) {
-        ofTriangle *= (dot(ofTriangle, n) < 0.0 ? -1.0 : 1.0) / area;
-        n = normalize(mix(ofTriangle, n, smoothstep(creaseEnd, creaseBegin, dot(ofTriangle, n))));
-    }
+    n = creasedNormal(worldPosition, n);
 #endif
     vec3 v = normalize(cameraPosition - worldPosition);
     if (dot(n, v) < 0.0)

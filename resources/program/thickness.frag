@@ -20,6 +20,8 @@ const float stripe = 7.0;   // pixels from one to the next
 const float dots = 6.0;     // the same
 const float turnedAway = 0.62; // of the brightness
 
+#include "resource://program/crease.glsl"
+
 vec3 scaleColour(float part)
 {
     float at = clamp(part, 0.0, 1.0) * 10.0;
@@ -44,13 +46,7 @@ void main()
 
     float normalLength = length(worldNormal);
     if (normalLength > 1e-6) {
-        vec3 n = worldNormal / normalLength;
-        vec3 ofTriangle = cross(dFdx(worldPosition), dFdy(worldPosition));
-        float area = length(ofTriangle);
-        if (area > 0.0) {
-            ofTriangle *= (dot(ofTriangle, n) < 0.0 ? -1.0 : 1.0) / area;
-            n = normalize(mix(ofTriangle, n, smoothstep(0.90, 0.97, dot(ofTriangle, n))));
-        }
+        vec3 n = creasedNormal(worldPosition, worldNormal / normalLength);
         colour *= mix(turnedAway, 1.0, abs(dot(n, normalize(cameraPosition - worldPosition))));
     }
     fragColour = vec4(colour, clamp(surfaceColour.w, 0.0, 1.0));
