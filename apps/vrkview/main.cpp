@@ -13,7 +13,6 @@
 #include "start/Headless.h"
 #include "start/Options.h"
 #include "start/PrivateDisplay.h"
-#include "start/Resources.h"
 #include "start/StartUp.h"
 #include "window/Settings.h"
 #include "window/ViewWindow.h"
@@ -21,6 +20,7 @@
 #include "platform/common/ResourcePath.h"
 #include "platform/station/StationFile.h"
 #include "scene/Scene.h"
+#include "scene/StartUp.h"
 
 #include <QApplication>
 #include <QSettings>
@@ -159,7 +159,7 @@ int run(int argc, char** argv, const Options& options)
     std::optional<QuietOutput> quiet(std::in_place);
     if (!options.resources.empty())
         vrk::common::SetResourcePath(options.resources);
-    checkResources();
+    vrk::visual::CheckResources();
     checkFoldersOfPictures(options);
     const std::unique_ptr<PrivateDisplay> display = chooseDisplay(options);
     const Station station = options.files.empty() ? demoStation() : importFiles(options.files, options.coarser);

@@ -8,6 +8,7 @@
 #include "platform/common/Logger.h"
 #include "preview/marks/PreviewVisualsHelper.h"
 #include "scene/FrameTimer.h"
+#include "scene/InitSteps.h"
 #include "scene/Scene.h"
 #include "scene/core/OgreCompat.h"
 #include "scene/core/ResourceArchive.h"
@@ -27,6 +28,7 @@ namespace vrk::visual {
 namespace {
 
 constexpr const char* rendererName = "OpenGL 3+ Rendering Subsystem";
+constexpr const char* startWindow = "ogrewindow";
 
 /// What must live as long as OGRE does. Made by `Init`, kept until the process ends.
 struct RootOwner {
@@ -110,19 +112,45 @@ void reportDriverVersion(const Ogre::DriverVersion& version)
     std::cout << "GL_VERSION = " << version.toString() << std::endl;
 }
 
+void startOgre(int width, int height)
+{
+    owner = new RootOwner;
+    createRoot(*owner);
+    owner->root->createRenderWindow(startWindow, static_cast<unsigned>(width), static_cast<unsigned>(height), false,
+                                    nullptr);
+    loadResources(*owner);
+}
+
+void abandonOgre()
+{
+    if (!owner)
+        return;
+    delete owner->root; // ahead of what it holds on to
+    delete owner->logs;
+    delete std::exchange(owner, nullptr);
+}
+
+void hideStartWindow()
+{
+    Ogre::RenderTarget* target = owner->root->getRenderTarget(startWindow);
+    static_cast<Ogre::RenderWindow*>(target)->setHidden(true);
+    target->setAutoUpdated(false);
+}
+
 void Init(int width, int height, const SceneSettings& settings)
 {
     try {
-        owner = new RootOwner;
-        createRoot(*owner);
-        owner->root->createRenderWindow("ogrewindow", static_cast<unsigned>(width), static_cast<unsigned>(height),
-                                        false, nullptr);
-        loadResources(*owner);
+        startOgre(width, height);
     } catch (const Ogre::Exception& failure) {
         AppLogger::inst()->error(fmt::format("{}", failure.getFullDescription()));
         std::abort();
     }
     // From here on a failure is the caller's: resources that are missing, for one.
+    buildScene(settings);
+}
+
+void buildScene(const SceneSettings& settings)
+{
     giveDefaultMaterialsPrograms();
     // The scene draws with meshes that must stand before it.
     MeshManager::Init();

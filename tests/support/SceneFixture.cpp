@@ -5,6 +5,7 @@
 #include "platform/layout/Part.h"
 #include "platform/sdf/SdfManager.h"
 #include "scene/Init.h"
+#include "scene/StartUp.h"
 #include "scene/core/SceneCore.h"
 #include "selection/VisualSelection.h"
 #include "view/AxesCross.h"
@@ -52,26 +53,10 @@ visual::FrameVisual* startedWorldFrame()
 
 visual::SceneSettings testSettings()
 {
-    visual::SceneSettings settings;
-    settings.worldFrameSize = 100;
-    settings.wobjFrameSize = 80;
-    settings.targetFrameSize = 50;
+    // Sizes of their own, so that a test sees which of them is taken.
+    visual::SceneSettings settings = visual::DefaultSettings();
     settings.jointTargetFrameSize = 60;
     settings.tcpFrameSize = 70;
-    settings.arrowSizeLevel = 1;
-    settings.cameraTarget = {0, 0, 0};
-    settings.cameraPosition = {2000, -3000, 1500};
-    settings.nearClip = 1;
-    settings.farClip = 100000;
-    settings.zoomStepLimit = 1000;
-    settings.zoomMinDistance = 10;
-    settings.orbitReserved = 0;
-    settings.drawSegVisual = true;
-    settings.drawPathArrow = true;
-    settings.drawTargetZAxisOnly = false;
-    settings.drawTargetVisual = true;
-    settings.gridNormalDir = 2;
-    settings.handleScale = 1;
     return settings;
 }
 

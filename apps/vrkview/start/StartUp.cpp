@@ -2,19 +2,16 @@
 
 #include "canvas/BodyBoxes.h"
 #include "canvas/ProgramParts.h"
-#include "start/Resources.h"
 
-#include "scene/Init.h"
 #include "scene/Scene.h"
-#include "scene/core/SceneSettings.h"
-#include "selection/VisualSelection.h"
+#include "scene/StartUp.h"
 #include "view/Camera.h"
-
-#include <Ogre.h>
 
 #include <X11/Xlib.h> // behind our headers: it makes macros of words that they use
 
 #include <algorithm>
+#include <stdexcept>
+#include <string>
 
 namespace vrkview {
 namespace {
@@ -30,37 +27,16 @@ constexpr float smallestRadius = 1e-3f; // model units
 constexpr float nearestLook = 0.01f;
 constexpr float farthestLook = 100.0f;
 
-/// A cell of a few metres, in millimetres, z up. The camera is moved to what was loaded before anything is drawn.
+/// The camera is moved to what was loaded before anything is drawn.
 vrk::visual::SceneSettings settings()
 {
-    vrk::visual::SceneSettings settings;
-    settings.worldFrameSize = 100;
-    settings.wobjFrameSize = 80;
-    settings.targetFrameSize = 50;
-    settings.jointTargetFrameSize = 50;
-    settings.tcpFrameSize = 60;
-    settings.arrowSizeLevel = 1;
-    settings.cameraTarget = {0, 0, 0};
+    vrk::visual::SceneSettings settings = vrk::visual::DefaultSettings();
     settings.cameraPosition = {1500, -1500, 1500};
-    settings.nearClip = 1;
-    settings.farClip = 100000;
-    settings.zoomStepLimit = 1000;
-    settings.zoomMinDistance = 10;
-    settings.orbitReserved = 0;
     settings.drawSegVisual = isDrawn(ProgramPart::Lines);
     settings.drawPathArrow = isDrawn(ProgramPart::Arrows);
     settings.drawTargetZAxisOnly = isDrawn(ProgramPart::ZAxesOnly);
     settings.drawTargetVisual = isDrawn(ProgramPart::Targets);
-    settings.gridNormalDir = 2;
-    settings.handleScale = 1;
     return settings;
-}
-
-void hideStartWindow()
-{
-    Ogre::RenderTarget* target = Ogre::Root::getSingleton().getRenderTarget("ogrewindow");
-    static_cast<Ogre::RenderWindow*>(target)->setHidden(true);
-    target->setAutoUpdated(false);
 }
 
 } // namespace
@@ -76,10 +52,9 @@ bool displayAnswers()
 
 void startLibrary()
 {
-    vrk::selection::Init();
-    vrk::visual::Init(startWindowSide, startWindowSide, settings());
-    hideStartWindow();
-    checkMaterials();
+    std::string why;
+    if (!vrk::visual::TryInit(startWindowSide, startWindowSide, settings(), why))
+        throw std::runtime_error(why);
 }
 
 void suitCameraToScene()

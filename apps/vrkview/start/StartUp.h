@@ -5,9 +5,9 @@ namespace vrkview {
 /// Whether DISPLAY names a display that answers.
 bool displayAnswers();
 
-/// Starts the library once, on the present display. Its own window is hidden at once and never drawn to: what is shown
+/// Starts the library once, on the present display. Its own window is never seen nor drawn to: what is shown
 /// or read is drawn elsewhere.
-/// @throws std::runtime_error "<zip>: <cause>"; a failure inside OGRE's start ends the process.
+/// @throws std::runtime_error with the cause, as `vrk::visual::TryInit` tells it.
 void startLibrary();
 
 /// Clip distances and a lens that suit the size of what the scene holds now: what is nearer than a hundredth of its

@@ -1,4 +1,4 @@
-#include "start/Resources.h"
+#include "scene/core/ResourceCheck.h"
 
 #include "platform/common/ResourcePath.h"
 #include "platform/common/ZipManager.h"
@@ -12,10 +12,10 @@
 #include <regex>
 #include <stdexcept>
 
-namespace vrkview {
+namespace vrk::visual {
 namespace {
 
-using vrk::common::ZipManager;
+using common::ZipManager;
 
 constexpr std::string_view scheme = "resource://";
 
@@ -37,7 +37,7 @@ void checkSources(const std::filesystem::path& zip, const std::string& script)
 
 void checkResources()
 {
-    const std::filesystem::path zip = vrk::common::GetResourcePath();
+    const std::filesystem::path zip = common::GetResourcePath();
     std::error_code error;
     if (!std::filesystem::exists(zip, error))
         throw std::runtime_error(fmt::format("{}: no such file, the materials and programs are missing", zip.string()));
@@ -45,7 +45,7 @@ void checkResources()
     ZipManager::Read(zip, "material/body.material");
     ZipManager::Read(zip, "material/programs.program");
     for (const char* location : {"resource://material", "resource://program"}) {
-        const vrk::visual::KelvaneResourceArchive archive(location, "KelvaneResource");
+        const KelvaneResourceArchive archive(location, "KelvaneResource");
         const Ogre::StringVectorPtr uris = archive.find("*");
         for (const std::string& uri : *uris) {
             if (uri.ends_with('/')) // a folder
@@ -66,8 +66,8 @@ void checkMaterials()
         if (!material || material->getSupportedTechniques().empty())
             throw std::runtime_error(
                 fmt::format("{}: the material '{}' is missing or the driver does not take its programs",
-                            vrk::common::GetResourcePath().string(), name));
+                            common::GetResourcePath().string(), name));
     }
 }
 
-} // namespace vrkview
+} // namespace vrk::visual
