@@ -13,14 +13,14 @@ namespace vrk::visual {
 /// Owner: that object. Thread: any, while the object lives; it dies on the render thread.
 class TasksOfOwner {
 public:
-    void post(std::function<void()> task) const
+    void post(std::function<void()> task, const char* from = std::source_location::current().function_name()) const
     {
         SceneCore::Get()->queue.post(
             [task = std::move(task), owner = std::weak_ptr<const int>(alive)] {
                 if (!owner.expired())
                     task();
             },
-            0);
+            0, from);
     }
 
 private:

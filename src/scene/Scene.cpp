@@ -13,6 +13,8 @@
 
 #include <Ogre.h>
 
+#include <stdexcept>
+
 namespace vrk::visual {
 namespace {
 
@@ -79,6 +81,13 @@ Scene* Scene::Get()
     return Instance;
 }
 
+SceneCore& Scene::started()
+{
+    if (!Instance)
+        throw std::logic_error("the view is not started: call TryInit or Init first");
+    return *Instance->core;
+}
+
 void Scene::Init(const SceneSettings& settings)
 {
     Instance = new Scene("Daltrimo Scene");
@@ -93,20 +102,20 @@ void Scene::Init(const SceneSettings& settings)
 
 std::string Scene::GetName()
 {
-    return Instance->core->name;
+    return started().name;
 }
 
-void Scene::addRenderTask(std::function<void()>&& task, std::uint64_t key)
+void Scene::addRenderTask(std::function<void()>&& task, std::uint64_t key, const std::source_location& from)
 {
-    core->queue.post(std::move(task), key);
+    core->queue.post(std::move(task), key, from.function_name());
 }
 
 /// Posts work on a visual, which is passed over if the visual has died by then: what is asked of it, by the mouse for one,
 /// may well meet an earlier removal in the queue. Of a visual that stands in no registry nobody knows; its owner keeps it
 /// alive.
-void Scene::addVisualTask(const Visual* visual, std::function<void()> task)
+void Scene::addVisualTask(const Visual* visual, std::function<void()> task, const std::source_location& from)
 {
-    addRenderTask(isRegistered(visual) ? whileRegistered(visual, std::move(task)) : std::move(task), 0);
+    addRenderTask(isRegistered(visual) ? whileRegistered(visual, std::move(task)) : std::move(task), 0, from);
 }
 
 /// As `addVisualTask`, for the end of a look whose record is gone from here on: it is done later if a failing task takes it
@@ -124,6 +133,11 @@ void Scene::processMsgs()
     core->queue.run();
 }
 
+void Scene::processMsgs(const RenderTaskQueue::FailureHandler& told)
+{
+    core->queue.run(told);
+}
+
 void Scene::instanceDirty()
 {
     core->queue.setInstanceDirty();
@@ -131,32 +145,32 @@ void Scene::instanceDirty()
 
 Visual* Scene::GetVisual(unsigned id)
 {
-    return Instance->core->visuals.get(id);
+    return started().visuals.get(id);
 }
 
 bool Scene::HasVisual(unsigned id)
 {
-    return Instance->core->visuals.has(id);
+    return started().visuals.has(id);
 }
 
 Visual* Scene::GetWorldVisual()
 {
-    return Instance->core->worldVisual;
+    return started().worldVisual;
 }
 
 VisualStateManager* Scene::GetStateManager()
 {
-    return Instance->core->states.get();
+    return started().states.get();
 }
 
 Ogre::SceneManager* Scene::GetSceneManager()
 {
-    return Instance->core->sceneManager;
+    return started().sceneManager;
 }
 
 Ogre::InstanceManager* Scene::GetInstanceMgr(const std::string& name)
 {
-    return Instance->core->instanceManagers.get(name);
+    return started().instanceManagers.get(name);
 }
 
 void Scene::addTempVisual(Visual* visual)

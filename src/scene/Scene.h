@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <source_location>
 #include <string>
 #include <tuple>
 #include <unordered_map>
@@ -64,7 +65,9 @@ class VisualStateManager;
 /// the order of the posts. The library has no thread and no frame loop of its own; the application calls `processMsgs`
 /// and then renders. Ids are those of the model's objects; where an id names a parent, 0 is the world.
 ///
-/// A posted task that fails ends `processMsgs`, which throws its exception; the tasks behind it in that batch are dropped.
+/// A posted task that fails ends `processMsgs`, which throws its exception; the tasks behind it in that batch are dropped. One
+/// line in the log names the operation ahead of that. Null pointers and poses that are not finite are refused at the call, with
+/// std::invalid_argument, where nothing else is said. Before the start the static operations throw std::logic_error.
 ///
 /// Owner: the library, from `Init` to the end of the process. Thread: each family says; "at once" means that the work is
 /// done before the call returns.
@@ -94,11 +97,15 @@ public:
     // Queue
 
     /// Any thread; raises `updateScene`. See `RenderTaskQueue::post`.
-    void addRenderTask(std::function<void()>&& task, std::uint64_t key);
+    /// @param from  who posts, for the log; leave it to the compiler.
+    void addRenderTask(std::function<void()>&& task, std::uint64_t key,
+                       const std::source_location& from = std::source_location::current());
     /// Work for the end of the next station load. Render thread.
     void addLoadTask(std::function<void()> task);
     /// Runs what was posted. The application's render thread. See `RenderTaskQueue::run`.
     void processMsgs();
+    /// The same, but a task that fails is told to the handler, and the batch goes on.
+    void processMsgs(const RenderTaskQueue::FailureHandler& told);
     /// Asks for one more frame after the present batch. Render thread.
     void instanceDirty();
 
@@ -518,7 +525,8 @@ public:
 private:
     explicit Scene(const std::string& name);
 
-    void addVisualTask(const Visual* visual, std::function<void()> task);
+    void addVisualTask(const Visual* visual, std::function<void()> task,
+                       const std::source_location& from = std::source_location::current());
     void addEndOfLook(const Visual* visual, std::function<void()> task);
     void doRemoveVisual(unsigned id);
     /// What draws the bands on a visual again when another has taken its place.
@@ -552,6 +560,8 @@ private:
                                  const std::vector<rob::PosTemplate<double>>& points,
                                  const std::vector<rob::DirTemplate<double>>& normals, float from, float to);
     void createLights();
+
+    static SceneCore& started();
 
     static Scene* Instance;
 

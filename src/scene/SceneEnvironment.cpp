@@ -95,11 +95,13 @@ void Scene::setGridNormalDir(int dir)
 
 unsigned Scene::GetGridCellCount()
 {
+    started();
     return Instance->grid ? Instance->grid->getCellCount() : 0;
 }
 
 unsigned Scene::GetGridCellLength()
 {
+    started();
     return Instance->grid ? Instance->grid->getCellLength() : 0;
 }
 

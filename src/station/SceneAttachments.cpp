@@ -1,6 +1,7 @@
 #include "scene/Scene.h"
 
 #include "platform/common/Logger.h"
+#include "scene/core/Refused.h"
 #include "scene/core/SceneCore.h"
 #include "visual/Picking.h"
 #include "visual/Visual.h"
@@ -33,6 +34,7 @@ bool canHang(const Visual& child, const Visual& parent)
 
 void Scene::addAttachment(unsigned child, unsigned parent, const rob::PoseTemplate<double>& pose)
 {
+    refuseUnbounded(pose, "addAttachment");
     addRenderTask([this, child, parent, pose] { doAddAttachment(child, parent, pose); }, 0);
 }
 
@@ -68,11 +70,13 @@ void Scene::doDeleteAttachment(unsigned child, unsigned, unsigned newParent, con
 
 void Scene::attachVisual(unsigned parent, Visual* child)
 {
+    refuseNull(child, "attachVisual", "a visual");
     addVisualTask(child, [parent, child] { GetVisual(parent)->attachVisual(child); });
 }
 
 void Scene::detachVisual(Visual* visual)
 {
+    refuseNull(visual, "detachVisual", "a visual");
     // Nothing leaves the tree: what is detached hangs on the world.
     addVisualTask(visual, [visual] { GetWorldVisual()->attachVisual(visual); });
 }
@@ -91,6 +95,7 @@ void Scene::reparentVisual(unsigned child, unsigned parent)
 
 void Scene::moveVisualToParent(unsigned child, unsigned parent, const rob::PoseTemplate<float>& worldPose)
 {
+    refuseUnbounded(worldPose, "moveVisualToParent");
     addRenderTask([this, child, parent, worldPose] { doMoveVisualToParent(child, parent, worldPose); }, 0);
 }
 

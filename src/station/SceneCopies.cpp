@@ -1,6 +1,7 @@
 #include "scene/Scene.h"
 
 #include "platform/common/Checks.h"
+#include "scene/core/Refused.h"
 #include "scene/core/SceneCore.h"
 #include "visual/WatchedVisual.h"
 
@@ -17,6 +18,7 @@ struct CopiedVisual : WatchedVisual<Visual> {
 
 void Scene::showCopiedVisual(unsigned id, const rob::PoseTemplate<float>& worldPose)
 {
+    refuseUnbounded(worldPose, "showCopiedVisual");
     addRenderTask([this, id, worldPose] { doShowCopiedVisual(id, worldPose); }, 0);
 }
 

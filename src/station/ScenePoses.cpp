@@ -1,5 +1,7 @@
 #include "scene/Scene.h"
 
+#include "scene/core/Refused.h"
+
 #include "visual/Visual.h"
 
 #include <vector>
@@ -8,6 +10,7 @@ namespace vrk::visual {
 
 void Scene::setVisualPose(unsigned id, const rob::PoseTemplate<float>& pose)
 {
+    refuseUnbounded(pose, "setVisualPose");
     addRenderTask(
         [id, pose] {
             if (HasVisual(id)) // it may have been removed since the post
@@ -18,6 +21,7 @@ void Scene::setVisualPose(unsigned id, const rob::PoseTemplate<float>& pose)
 
 void Scene::setVisualWorldPose(unsigned id, const rob::PoseTemplate<float>& pose)
 {
+    refuseUnbounded(pose, "setVisualWorldPose");
     addRenderTask(
         [id, pose] {
             if (HasVisual(id))
@@ -28,6 +32,8 @@ void Scene::setVisualWorldPose(unsigned id, const rob::PoseTemplate<float>& pose
 
 void Scene::setVisualWorldPose(Visual* visual, const rob::PoseTemplate<float>& pose)
 {
+    refuseNull(visual, "setVisualWorldPose", "a visual");
+    refuseUnbounded(pose, "setVisualWorldPose");
     addVisualTask(visual, [visual, pose] { visual->setWorldPose(pose); });
 }
 

@@ -10,6 +10,7 @@
 #include "platform/sdf/SdfManager.h"
 #include "platform/smart/SmartComponent.h"
 #include "platform/task/Task.h"
+#include "scene/core/Refused.h"
 #include "scene/core/SceneCore.h"
 #include "station/AssemblyVisual.h"
 #include "station/ManipulatorVisual.h"
@@ -104,6 +105,7 @@ void loadStandalone()
 
 void Scene::LoadStation()
 {
+    started();
     Scene* scene = Get();
     scene->addRenderTask([scene] { scene->doLoadStation(); }, 0);
     // Behind the load: an id without a visual would be passed over.
@@ -148,16 +150,19 @@ void Scene::addLoadTask(std::function<void()> task)
 
 void Scene::addAssembly(sdf::SdfNode* assembly)
 {
+    refuseNull(assembly, "addAssembly", "an assembly");
     addRenderTask([assembly] { AssemblyVisual::Build(resolveParent(*assembly), assembly); }, 0);
 }
 
 void Scene::addPart(sdf::SdfNode* part)
 {
+    refuseNull(part, "addPart", "a part");
     addRenderTask([part] { PartVisual::Build(resolveParent(*part), part); }, 0);
 }
 
 void Scene::addBody(sdf::SdfNode* part, sdf::SdfNode* body)
 {
+    refuseNull(part, "addBody", "a part");
     addRenderTask(
         [part, body] {
             auto* known = dynamic_cast<layout::Body*>(body);
@@ -169,6 +174,7 @@ void Scene::addBody(sdf::SdfNode* part, sdf::SdfNode* body)
 
 void Scene::addMechanism(sdf::SdfNode* mechanism, bool withChildren)
 {
+    refuseNull(mechanism, "addMechanism", "a mechanism");
     addRenderTask(
         [mechanism, withChildren] {
             Visual* parent = resolveParent(*mechanism);
@@ -191,6 +197,7 @@ void Scene::addMechanism(sdf::SdfNode* mechanism, bool withChildren)
 
 void Scene::addFrame(sdf::SdfNode* frame)
 {
+    refuseNull(frame, "addFrame", "a frame");
     addRenderTask(
         [frame] {
             const unsigned parent = frame->getParentId();
@@ -201,11 +208,13 @@ void Scene::addFrame(sdf::SdfNode* frame)
 
 void Scene::addWObj(sdf::SdfNode* workObject)
 {
+    refuseNull(workObject, "addWObj", "a work object");
     addRenderTask([workObject] { WObjVisual::Build(resolveParent(*workObject), workObject); }, 0);
 }
 
 void Scene::addPointCloud(sdf::SdfNode* cloud)
 {
+    refuseNull(cloud, "addPointCloud", "a point cloud");
     // Not on its owner, where a load hangs it: a scan that comes in by itself lies where it was taken, in the world.
     addRenderTask([cloud] { PointCloudVisual::Build(GetWorldVisual(), cloud); }, 0);
 }

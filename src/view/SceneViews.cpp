@@ -1,6 +1,7 @@
 #include "scene/Scene.h"
 
 #include "scene/core/OgreCompat.h"
+#include "scene/core/Refused.h"
 #include "scene/core/SceneCore.h"
 #include "view/Camera.h"
 #include "view/FocusBox.h"
@@ -113,6 +114,7 @@ rob::DirTemplate<float> viewDirection()
 
 void Scene::setCameraPose(const rob::PoseTemplate<float>& pose)
 {
+    refuseUnbounded(pose, "setCameraPose");
     addRenderTask(
         [pose] {
             Camera::Get()->setWorldPosition(pose.position);

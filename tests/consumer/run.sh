@@ -18,4 +18,29 @@ done
 cmake -S "$source" -B "$work/build" -G Ninja -DCMAKE_PREFIX_PATH="$work/installed" "${launcher[@]}" >/dev/null
 cmake --build "$work/build"
 "$work/build/consumer"
+
+# The examples, from where they are installed.
+examples=$(dirname "$(find "$work/installed" -path '*/examples/CMakeLists.txt')")
+cmake -S "$examples" -B "$work/examples" -G Ninja -DCMAKE_PREFIX_PATH="$work/installed" -DCMAKE_CXX_FLAGS="-Wall -Wextra -Werror" "${launcher[@]}" >/dev/null
+cmake --build "$work/examples"
+mkdir -p "$work/pictures"
+"$work/examples/moving" "$work/pictures/moving.ppm"
+"$work/examples/pictures" "$work/pictures" "$source/Bracket.stl" >"$work/pictures/picks"
+# Every one of the 12 sides has the body in its middle.
+test "$(grep -c "^[0-9]*: Bracket" "$work/pictures/picks")" = 12
+
+# Without CMake.
+export PKG_CONFIG_PATH="$(dirname "$(find "$work/installed" -name vrkvisual.pc)")"
+c++ $(pkg-config --cflags vrkvisual) -o "$work/plain" "$source/main.cpp" "$source/each_class.cpp" $(pkg-config --libs vrkvisual) \
+    -Wl,-rpath,"$(pkg-config --variable=libdir vrkvisual)"
+"$work/plain"
+
+# A CMake that is too old is told so, and not met with errors of its parser.
+config=$(find "$work/installed" -name vrkvisualConfig.cmake)
+cat >"$work/old.cmake" <<END
+set(CMAKE_VERSION 3.18.4)
+include($config)
+message("\${vrkvisual_FOUND}: \${vrkvisual_NOT_FOUND_MESSAGE}")
+END
+cmake -P "$work/old.cmake" 2>&1 | grep -q "FALSE: vrkvisual needs CMake 3.23 or newer, and this is 3.18.4"
 test -f "$work/installed/share/vrkvisual/vrkvisual-resources.zip"

@@ -316,5 +316,21 @@ TEST_F(RenderTaskQueueTest, ManyThreadsPostWhileOneDrains)
     EXPECT_LE(sum, producers * each);
 }
 
+TEST_F(RenderTaskQueueTest, FailureIsToldWithTheOperationThatPosted)
+{
+    const auto fail = [] { throw std::runtime_error("broken"); };
+    queue.post(fail, 0, "void vrk::visual::Scene::addFrame(sdf::SdfNode*)");
+    queue.post(fail, 0, nullptr);
+    queue.post([] { throw 5; }, 0, "std::vector<int> other::work(int)::<lambda()>");
+    queue.post(note(1), 0);
+    std::vector<std::string> told;
+
+    queue.run([&told](const RenderTaskQueue::Failure& failure) { told.push_back(failure.text); });
+
+    EXPECT_THAT(told, ElementsAre("Scene::addFrame: broken", "a task: broken",
+                                  "other::work: something that is no exception of the standard library"));
+    EXPECT_THAT(ran, ElementsAre(1));
+}
+
 } // namespace
 } // namespace vrk::visual

@@ -1,6 +1,9 @@
 #include "SelectionFixture.h"
 
+#include "platform/layout/Body.h"
+#include "platform/sdf/SdfManager.h"
 #include "scene/core/SceneCore.h"
+#include "selection/ModelHit.h"
 #include "selection/ViewPixels.h"
 
 #include <BRepPrimAPI_MakeBox.hxx>
@@ -56,6 +59,37 @@ TEST_F(Select, SolidTellsItsFaceShapePoseAndPlace)
     EXPECT_NEAR(result.distance, (result.position - start).length(), 0.01);
     EXPECT_TRUE(result.edge.IsNull());
     EXPECT_EQ(result.pointIndex, -1);
+}
+
+TEST_F(Select, HitTellsWhatOfTheModelItIs)
+{
+    const auto body = test::addModelBody(test::meshedBox(100, 100, 100), "box");
+    const auto part = std::dynamic_pointer_cast<sdf::SdfNode>(sdf::Share(body->getParentId()));
+    part->setPose(rob::Posed(rob::Posd(-50, -50, -50)));
+    scene.addPart(part.get());
+    drain();
+    service.update();
+
+    const ModelHit hit = ModelOf(service.select(210, 160));
+
+    EXPECT_EQ(hit.object, body);
+    EXPECT_EQ(hit.body, body);
+    EXPECT_EQ(hit.owner, part);
+    EXPECT_EQ(hit.face, 3u); // the one in front
+}
+
+TEST_F(Select, WhatIsNotOfTheModelHasNoObject)
+{
+    addBox(100, {0, 0, 0}); // a visual alone
+    service.update();
+    const Result hit = service.select(210, 160);
+    ASSERT_TRUE(hit.hit);
+    EXPECT_EQ(ModelOf(hit).object, nullptr);
+    const ModelHit none = ModelOf(Result());
+    EXPECT_EQ(none.object, nullptr);
+    EXPECT_EQ(none.owner, nullptr);
+    EXPECT_EQ(none.body, nullptr);
+    EXPECT_EQ(none.face, 0u);
 }
 
 TEST_F(Select, BeforeTheUpdateTheAnswerIsTheDefault)

@@ -68,14 +68,14 @@ private:
 
 OwedTasks::OwedTasks(RenderTaskQueue& queue) : queue(queue), ledger(std::make_shared<Ledger>()) {}
 
-void OwedTasks::post(Task task, Task owed)
+void OwedTasks::post(Task task, Task owed, const char* from)
 {
     queue.post(
         [promise = std::make_shared<Promise>(ledger, std::move(owed)), task = std::move(task)] {
             promise->keep();
             task();
         },
-        0);
+        0, from);
 }
 
 void OwedTasks::postWhatIsOwed()

@@ -4,6 +4,7 @@
 #include "scene/core/RenderTaskQueue.h"
 
 #include <memory>
+#include <source_location>
 
 namespace vrk::visual {
 
@@ -20,9 +21,13 @@ public:
     explicit OwedTasks(RenderTaskQueue& queue);
 
     /// Posts a task of key 0. If it is dropped without being run, `owed` is what is done later instead.
-    void post(Task task, Task owed);
+    /// @param from  as that of `RenderTaskQueue::post`.
+    void post(Task task, Task owed, const char* from = std::source_location::current().function_name());
     /// A task that is owed itself.
-    void post(const Task& task) { post(task, task); }
+    void post(const Task& task, const char* from = std::source_location::current().function_name())
+    {
+        post(task, task, from);
+    }
     /// Posts what is owed, in the order in which it was dropped. Nothing is posted where nothing is owed.
     void postWhatIsOwed();
 

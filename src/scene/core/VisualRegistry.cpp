@@ -1,11 +1,14 @@
 #include "scene/core/VisualRegistry.h"
 
 #include "platform/common/Checks.h"
+#include "scene/core/RenderTaskQueue.h"
 
 namespace vrk::visual {
 
 Visual* VisualRegistry::get(unsigned id) const
 {
+    if (!visuals.contains(id))
+        RenderTaskQueue::noteUnknown(id);
     return common::checkedAt(visuals, id);
 }
 
