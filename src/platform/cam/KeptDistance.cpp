@@ -32,18 +32,23 @@ double meanEdge(const TriangleSurface& surface)
 
 } // namespace
 
-KeptDistance::KeptDistance(const LinkedTriangles& triangles, TriangleSurface surface, double tolerance, double limit)
-    : source(std::move(surface)), side(triangles, placesOf(source), source), tolerance(tolerance), limit(limit),
-      spacing(meanEdge(source)), first(source.triangles.size(), LinkedTriangles::none),
-      isTouched(source.triangles.size(), false)
+KeptDistance::Source::Source(const LinkedTriangles& triangles, TriangleSurface surface)
+    : surface(std::move(surface)), side(triangles, placesOf(this->surface), this->surface),
+      spacing(meanEdge(this->surface))
+{
+}
+
+KeptDistance::KeptDistance(std::shared_ptr<const Source> of, double tolerance, double limit)
+    : source(std::move(of)), tolerance(tolerance), limit(limit),
+      first(source->surface.triangles.size(), LinkedTriangles::none), isTouched(first.size(), false)
 {
     const auto add = [this](Number point, Number triangle) { next[point] = std::exchange(first[triangle], point); };
-    points = placesOf(source);
-    next.assign(points.size() + source.triangles.size(), LinkedTriangles::none);
+    points = placesOf(source->surface);
+    next.assign(points.size() + first.size(), LinkedTriangles::none);
     hints.assign(points.size(), LinkedTriangles::none);
-    for (Number t = 0; t < source.triangles.size(); ++t) {
+    for (Number t = 0; t < first.size(); ++t) {
         Vec3d sum;
-        for (const Number vertex : source.triangles[t]) {
+        for (const Number vertex : source->surface.triangles[t]) {
             sum += points[vertex];
             if (hints[vertex] == LinkedTriangles::none)
                 add(vertex, t);
@@ -74,13 +79,33 @@ bool KeptDistance::Side::isEdgeWithin(const Vec3d& from, const Vec3d& to, double
 bool KeptDistance::isKept(const LinkedTriangles& triangles, const std::vector<Vec3d>& places, Number kept, Number gone,
                           const Vec3d& place)
 {
+    if (!look(triangles, places, kept, gone, place))
+        return false;
+    for (Number i = 0; i < numbers.size(); ++i)
+        for (Number point = first[numbers[i]]; point != LinkedTriangles::none; point = next[point])
+            if (!isPointWithin(point, i < corners.size() ? i : 0))
+                return false;
+    // Each new edge is the first of one triangle, but at a border.
+    const double step = source->spacing / perSpacing;
+    for (const auto& [a, b, c] : corners) {
+        Number near = hint;
+        if (!source->side.isEdgeWithin(a, b, limit, step, hint) ||
+            !source->side.isWithin((a + b + c) / 3.0, limit, near) ||
+            !source->side.isWithin((a + c) / 2.0, limit, near))
+            return false;
+    }
+    return true;
+}
+
+bool KeptDistance::look(const LinkedTriangles& triangles, const std::vector<Vec3d>& places, Number kept, Number gone,
+                        const Vec3d& place)
+{
     vertex = kept;
     hint = hints[kept];
-    if (!side.isWithin(place, limit, hint))
-        return false;
     corners.clear();
     numbers.clear();
-    nearest.clear();
+    if (!source->side.isWithin(place, limit, hint))
+        return false;
     for (const auto& [vertex, other] : {std::pair(kept, gone), {gone, kept}})
         triangles.forCornersAt(vertex, [&, other = other](Number t, Number i) {
             if (triangles.has(t, other))
@@ -89,49 +114,43 @@ bool KeptDistance::isKept(const LinkedTriangles& triangles, const std::vector<Ve
                                places[triangles[t][LinkedTriangles::previousOf(i)]]});
             numbers.push_back(t);
         });
-    const auto isPointKept = [&](Number point) {
-        double least = limit * limit;
-        Number of = LinkedTriangles::none;
-        for (Number i = 0; i < corners.size(); ++i) {
-            const auto& [a, b, c] = corners[i];
-            const double square = (nearestOn(a, b, c, points[point]).place - points[point]).squaredLength();
-            if (square < least) {
-                least = square;
-                of = i;
-            }
-        }
-        nearest.emplace_back(point, of);
-        return of != LinkedTriangles::none;
+    triangles.forTrianglesOn(kept, gone, [this](Number t) { numbers.push_back(t); });
+    return true;
+}
+
+/// Most points stay near the triangle that they were near, which is asked at first.
+bool KeptDistance::isPointWithin(Number point, Number likely) const
+{
+    const Vec3d& at = points[point];
+    const auto isNear = [&](const Corners& of) {
+        return (nearestOn(of.a, of.b, of.c, at).place - at).squaredLength() < limit * limit;
     };
-    bool isKept = true;
-    const auto look = [&](Number t) {
-        for (Number point = first[t]; isKept && point != LinkedTriangles::none; point = next[point])
-            isKept = isPointKept(point);
-    };
-    triangles.forCornersAt(kept, [&](Number t, Number) { look(t); });
-    triangles.forCornersAt(gone, [&](Number t, Number) {
-        if (!triangles.has(t, kept))
-            look(t);
-    });
-    // Each new edge is the first of one triangle, but at a border.
-    for (std::size_t i = 0; isKept && i < corners.size(); ++i) {
-        const auto& [a, b, c] = corners[i];
-        Number near = hint;
-        isKept = side.isEdgeWithin(a, b, limit, spacing / perSpacing, hint) &&
-                 side.isWithin((a + b + c) / 3.0, limit, near) && side.isWithin((a + c) / 2.0, limit, near);
-    }
-    return isKept;
+    return (likely < corners.size() && isNear(corners[likely])) || std::ranges::any_of(corners, isNear);
 }
 
 void KeptDistance::move()
 {
     hints[vertex] = hint;
+    moved.clear();
     for (const Number t : numbers) {
+        for (Number point = first[t]; point != LinkedTriangles::none; point = next[point])
+            moved.push_back(point);
         first[t] = LinkedTriangles::none;
         isTouched[t] = true;
     }
-    for (const auto& [point, index] : nearest)
-        next[point] = std::exchange(first[numbers[index]], point);
+    for (const Number point : moved) {
+        double least = std::numeric_limits<double>::infinity();
+        Number nearest = 0;
+        for (Number i = 0; i < corners.size(); ++i) {
+            const auto& [a, b, c] = corners[i];
+            const double square = (nearestOn(a, b, c, points[point]).place - points[point]).squaredLength();
+            if (square < least) {
+                least = square;
+                nearest = i;
+            }
+        }
+        next[point] = std::exchange(first[numbers[nearest]], point);
+    }
 }
 
 std::vector<KeptDistance::Number> KeptDistance::verticesBeyond(const LinkedTriangles& triangles,
@@ -156,11 +175,11 @@ std::vector<KeptDistance::Number> KeptDistance::verticesBeyond(const LinkedTrian
             for (Number i = 0; i < 3 && !triangles.isGone(t) && isTouched[t]; ++i) {
                 const Number a = triangles[t][i], b = triangles[t][LinkedTriangles::nextOf(i)];
                 if ((a < b || triangles.isOnLine(t, i)) &&
-                    !side.isEdgeWithin(places[a], places[b], spare * tolerance, closest * tolerance, hints[a]))
+                    !source->side.isEdgeWithin(places[a], places[b], spare * tolerance, closest * tolerance, hints[a]))
                     isBeyond[t] = 1;
             }
             for (Number i = 0; i < 3 && (triangles.isGone(t) || isTouched[t]); ++i) {
-                const Number a = source.triangles[t][i], b = source.triangles[t][LinkedTriangles::nextOf(i)];
+                const Number a = source->surface.triangles[t][i], b = source->surface.triangles[t][LinkedTriangles::nextOf(i)];
                 // An edge that is near one triangle with both ends is so all along.
                 if (nearestTo[a] != nearestTo[b] &&
                     !ofResult.isEdgeWithin(points[a], points[b], spare * tolerance, closest * tolerance, nearestTo[a]))
@@ -168,22 +187,22 @@ std::vector<KeptDistance::Number> KeptDistance::verticesBeyond(const LinkedTrian
             }
         }
     });
-    std::vector<bool> isListed(source.vertices.size(), false);
+    std::vector<bool> isListed(source->surface.vertices.size(), false);
     const auto listAll = [&](const TriangleSurface::Triangle& corners) {
         for (const Number vertex : corners)
             isListed[vertex] = true;
     };
     for (Number t = 0; t < triangles.slots(); ++t) {
         if (isSourceBeyond[t])
-            listAll(source.triangles[t]);
+            listAll(source->surface.triangles[t]);
         if (!isBeyond[t])
             continue;
         listAll(triangles[t]);
         for (Number point = first[t]; point != LinkedTriangles::none; point = next[point])
-            if (point < source.vertices.size())
+            if (point < source->surface.vertices.size())
                 isListed[point] = true;
             else
-                listAll(source.triangles[point - source.vertices.size()]);
+                listAll(source->surface.triangles[point - source->surface.vertices.size()]);
     }
     std::vector<Number> beyond;
     for (Number v = 0; v < isListed.size(); ++v)

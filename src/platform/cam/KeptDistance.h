@@ -4,6 +4,7 @@
 #include "platform/cam/SourcePatches.h"
 #include "platform/cam/SurfaceTree.h"
 
+#include <memory>
 #include <stop_token>
 #include <utility>
 
@@ -19,13 +20,17 @@ class KeptDistance {
 public:
     using Number = LinkedTriangles::Number;
 
-    /// @param triangles  of the surface as it is, where no one is gone.
-    /// @param limit      held at each step; below the tolerance, for what lies between the places.
-    KeptDistance(const LinkedTriangles& triangles, TriangleSurface surface, double tolerance, double limit);
+    struct Source;
+
+    /// @param limit  held at each step; below the tolerance, for what lies between the places.
+    KeptDistance(std::shared_ptr<const Source> source, double tolerance, double limit);
 
     /// Whether it holds where the triangles of two vertices become those of one, at a place.
     bool isKept(const LinkedTriangles& triangles, const std::vector<rob::Vec3d>& places, Number kept, Number gone,
                 const rob::Vec3d& place);
+    /// What isKept() does before it asks about anything but the place; for what is known to be kept.
+    bool look(const LinkedTriangles& triangles, const std::vector<rob::Vec3d>& places, Number kept, Number gone,
+              const rob::Vec3d& place);
     /// What was looked at last is done.
     void move();
 
@@ -53,10 +58,10 @@ private:
         bool isEdgeWithin(const rob::Vec3d& from, const rob::Vec3d& to, double limit, double step, Number hint) const;
     };
 
-    TriangleSurface source;
-    Side side; // of it
+    bool isPointWithin(Number point, Number likely) const;
+
+    std::shared_ptr<const Source> source;
     double tolerance, limit;
-    double spacing; // of the surface's vertices
 
     // Points of the surface, each of which the triangle knows that is nearest to it
     std::vector<rob::Vec3d> points; // its vertices, and then the middles of its triangles
@@ -66,9 +71,19 @@ private:
     std::vector<bool> isTouched;    // triangles that are not as they were
     // What was looked at last
     Number vertex = LinkedTriangles::none, hint = LinkedTriangles::none; // that is kept, and its hint
-    std::vector<Corners> corners;                                        // of the triangles that there would be
-    std::vector<Number> numbers;                                         // of these
-    std::vector<std::pair<Number, Number>> nearest;                      // point, and triangle among these
+    std::vector<Corners> corners; // of the triangles that there would be
+    std::vector<Number> numbers;  // of these, and then of those that would be gone
+    std::vector<Number> moved;    // points
+};
+
+/// The surface as it was.
+struct KeptDistance::Source {
+    TriangleSurface surface;
+    Side side;
+    double spacing; // of its vertices
+
+    /// @param triangles  of the surface, where no one is gone.
+    Source(const LinkedTriangles& triangles, TriangleSurface surface);
 };
 
 } // namespace vrk::cam

@@ -3,6 +3,7 @@
 #include "platform/cam/EdgeCollapse.h"
 
 #include <algorithm>
+#include <memory>
 #include <stdexcept>
 
 namespace vrk::cam {
@@ -12,11 +13,12 @@ std::optional<TriangleSurface> simplify(const TriangleSurface& surface, const Si
     if (!(options.tolerance >= 0))
         throw std::invalid_argument("a tolerance is 0 or more");
     std::vector<EdgeCollapse::Number> held;
+    std::unique_ptr<EdgeCollapse> before;
     while (true) {
-        EdgeCollapse collapse(surface, options, held);
-        if (!collapse.run())
+        auto collapse = std::make_unique<EdgeCollapse>(surface, options, held, before.get());
+        if (!collapse->run())
             return {};
-        const std::vector<EdgeCollapse::Number> beyond = collapse.verticesBeyond();
+        const std::vector<EdgeCollapse::Number> beyond = collapse->verticesBeyond();
         if (options.stop.stop_requested())
             return {};
         const std::size_t heldBefore = held.size();
@@ -26,7 +28,8 @@ std::optional<TriangleSurface> simplify(const TriangleSurface& surface, const Si
         held.erase(doubled.begin(), doubled.end());
         // Each round holds more of the surface as it is, so that there is an end to them.
         if (held.size() == heldBefore)
-            return collapse.result();
+            return collapse->result();
+        before = std::move(collapse);
     }
 }
 
