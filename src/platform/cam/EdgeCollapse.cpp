@@ -15,7 +15,7 @@ namespace {
 constexpr double lineWeight = 10;    // of the planes that hold lines, beside those of triangles
 constexpr double flattest = 0.2;     // cosine by which the normal of a triangle may turn
 constexpr double thinnest = 0.01;    // twice the area over the square of the longest edge, unless it was thinner before
-constexpr double spare = 0.8;        // of the tolerance, at each step
+constexpr double spare = 0.96;       // of the tolerance, at each step
 constexpr double worthwhile = 0.97;  // what a further round must leave at most
 constexpr unsigned stopEvery = 1024; // edges
 
@@ -37,8 +37,7 @@ EdgeCollapse::EdgeCollapse(const TriangleSurface& surface, const SimplifyOptions
     : surface(surface), options(options), before(before), places(centred(surface, middle)),
       triangles(surface.triangles, surface.vertices.size()), roles(findLines(triangles, places, options.sharp)),
       contraction(triangles, roles), quadrics(surface.vertices.size()), stamps(surface.vertices.size(), 0),
-      marks(surface.vertices.size(), 0), changes(surface.vertices.size(), 0),
-      refusals(3 * surface.triangles.size(), 0)
+      marks(surface.vertices.size(), 0), changes(surface.vertices.size(), 0), refusals(3 * surface.triangles.size(), 0)
 {
     for (const Number vertex : held)
         roles[vertex] = Role::Corner;
@@ -79,12 +78,11 @@ void EdgeCollapse::repeat()
     };
     for (const auto& [kept, gone, place] : before->steps) {
         const bool isNew = isOther[kept] || isOther[gone];
-        const bool isAllowed = roles[kept] == before->roles[kept] && roles[gone] == before->roles[gone] &&
-                               triangles.isEdge(kept, gone) &&
-                               (roles[gone] == Role::Free || triangles.isLine(kept, gone)) &&
-                               (isNew ? mayGo(kept, gone, place)
-                                      : contraction.isTopologyKept(kept, gone) &&
-                                            distance->look(triangles, places, kept, gone, place));
+        const bool isAllowed =
+            roles[kept] == before->roles[kept] && roles[gone] == before->roles[gone] && triangles.isEdge(kept, gone) &&
+            (roles[gone] == Role::Free || triangles.isLine(kept, gone)) &&
+            (isNew ? mayGo(kept, gone, place)
+                   : contraction.isTopologyKept(kept, gone) && distance->look(triangles, places, kept, gone, place));
         if (isAllowed) {
             drawTogether(kept, gone, place);
             isOther[kept] = isNew;

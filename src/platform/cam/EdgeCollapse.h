@@ -17,7 +17,7 @@ public:
 
     /// @param surface  outlives this.
     /// @param held     vertices that stay.
-    /// @param before   null, or the same with fewer vertices that stay, which was run; outlives this. What it did is done again
+    /// @param before   null, or the same with fewer vertices that stay, which was run; outlives run(). What it did is done again
     ///                 where it may be, and edges are looked at only where something is not as it was at its end.
     EdgeCollapse(const TriangleSurface& surface, const SimplifyOptions& options, const std::vector<Number>& held,
                  const EdgeCollapse* before);

@@ -13,9 +13,8 @@ namespace vrk::cam {
 /// Holds a surface that is made coarser within a distance of what it was. Not installed.
 ///
 /// Seen from one triangle the other surface rises and falls in straight pieces, so that both are farthest from each other at a
-/// vertex of either, or where their edges cross. At each step vertices and middles of the surface as it was are looked at,
-/// and places along the new edges as far from each other as its own vertices are; at the end, places along all edges that are
-/// closer than the tolerance.
+/// vertex of either, or where their edges cross. At each step vertices and middles of the surface as it was are looked at, and
+/// the new edges all along; at the end, all edges of both.
 class KeptDistance {
 public:
     using Number = LinkedTriangles::Number;
@@ -42,6 +41,8 @@ public:
 private:
     struct Corners {
         rob::Vec3d a, b, c;
+
+        double squaredDistance(const rob::Vec3d& place) const;
     };
 
     /// A surface, for what is near it.
@@ -55,7 +56,7 @@ private:
         }
         /// @param hint  a triangle that is near, and then the nearest that was found from it.
         bool isWithin(const rob::Vec3d& place, double limit, Number& hint) const;
-        bool isEdgeWithin(const rob::Vec3d& from, const rob::Vec3d& to, double limit, double step, Number hint) const;
+        bool isEdgeWithin(const rob::Vec3d& from, const rob::Vec3d& to, double limit, Number hint) const;
     };
 
     bool isPointWithin(Number point, Number likely) const;
@@ -71,16 +72,15 @@ private:
     std::vector<bool> isTouched;    // triangles that are not as they were
     // What was looked at last
     Number vertex = LinkedTriangles::none, hint = LinkedTriangles::none; // that is kept, and its hint
-    std::vector<Corners> corners; // of the triangles that there would be
-    std::vector<Number> numbers;  // of these, and then of those that would be gone
-    std::vector<Number> moved;    // points
+    std::vector<Corners> corners;                                        // of the triangles that there would be
+    std::vector<Number> numbers; // of these, and then of those that would be gone
+    std::vector<Number> moved;   // points
 };
 
 /// The surface as it was.
 struct KeptDistance::Source {
     TriangleSurface surface;
     Side side;
-    double spacing; // of its vertices
 
     /// @param triangles  of the surface, where no one is gone.
     Source(const LinkedTriangles& triangles, TriangleSurface surface);

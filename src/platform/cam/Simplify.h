@@ -27,9 +27,10 @@ struct SimplifyOptions {
 /// Borders, sharp edges, and edges that more than two triangles share keep their lines, and the ends and corners of these
 /// stay where they are. No triangle turns over, and none without area is made. The same surface gives the same result.
 ///
-/// The result lies within a tolerance of the surface, and the surface within it of the result. It is looked at along all edges
-/// at the end, at places as far apart as the tolerance or 512 to an edge; where it is not held with a tenth to spare, the
-/// surface stays as it is and the work is done again. This takes several times as long as a number of triangles does.
+/// The result lies within a tolerance of the surface, and the surface within it of the result: of each step the new edges are
+/// looked at all along, and vertices and middles of the triangles that they stand for; at the end all edges of both are, all
+/// along. Where it is not held then with a fiftieth to spare, the surface stays as it is, and what depends on it is done again.
+/// This takes several times as long as a number of triangles does.
 ///
 /// Thread: any; places are looked at on all cores, in the end.
 /// @param surface  welded.

@@ -111,6 +111,12 @@ TEST(Simplify, ToleranceOfZeroLosesNothing)
     EXPECT_TRUE(test::isSame(simplified(surface, 0), surface));
 }
 
+TEST(Simplify, ToleranceBelowWhatCanBeReckonedComesToItsEnd)
+{
+    for (const double tolerance : {1e-300, 1e-17, 1e-14})
+        EXPECT_LE(test::farthest(simplified(test::boxOf(4), tolerance), test::boxOf(4), 100), 1e-13);
+}
+
 TEST(Simplify, ToleranceThatIsNoneIsRefused)
 {
     for (const double tolerance :
