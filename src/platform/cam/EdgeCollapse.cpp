@@ -13,6 +13,7 @@ using rob::Vec3d;
 namespace {
 
 constexpr double lineWeight = 10;    // of the planes that hold lines, beside those of triangles
+constexpr double memory = 0.5;       // what the planes of before weigh, beside those that there are
 constexpr double flattest = 0.2;     // cosine by which the normal of a triangle may turn
 constexpr double thinnest = 0.01;    // twice the area over the square of the longest edge, unless it was thinner before
 constexpr double spare = 0.96;       // of the tolerance, at each step
@@ -134,8 +135,8 @@ bool EdgeCollapse::drawTogether()
 void EdgeCollapse::drawTogether(Number kept, Number gone, const Vec3d& place)
 {
     contraction.contract(kept, gone);
-    quadrics[kept] = quadrics[kept] + quadrics[gone];
     places[kept] = place;
+    quadrics[kept] = (quadrics[kept] + quadrics[gone]) * memory + quadricAt(kept) * (1 - memory);
     ++stamps[kept];
     ++stamps[gone];
     ++time;
@@ -173,25 +174,28 @@ std::vector<EdgeCollapse::Number> EdgeCollapse::verticesBeyond() const
 
 void EdgeCollapse::gatherQuadrics()
 {
-    for (Number t = 0; t < triangles.slots(); ++t) {
+    for (Number v = 0; v < places.size(); ++v)
+        quadrics[v] = quadricAt(v);
+}
+
+/// Of the triangles and lines that are at a vertex now.
+Quadric EdgeCollapse::quadricAt(Number vertex) const
+{
+    Quadric sum;
+    triangles.forCornersAt(vertex, [&](Number t, Number i) {
         const Triangle& triangle = triangles[t];
         const Vec3d across = normalOf(places[triangle[0]], places[triangle[1]], places[triangle[2]]);
         const double doubleArea = across.length();
         const Vec3d normal = across / doubleArea;
-        Quadric plane;
-        plane.addPlane(normal, places[triangle[0]], doubleArea / 2);
-        for (const Number vertex : triangle)
-            quadrics[vertex] = quadrics[vertex] + plane;
-        for (Number i = 0; i < 3; ++i) {
-            if (!triangles.isOnLine(t, i))
+        sum.addPlane(normal, places[vertex], doubleArea / 2);
+        for (const Number edge : {i, LinkedTriangles::previousOf(i)}) {
+            if (!triangles.isOnLine(t, edge))
                 continue;
-            const Number from = triangle[i], to = triangle[LinkedTriangles::nextOf(i)];
-            const Vec3d along = places[to] - places[from];
-            const Vec3d outwards = along.cross(normal) / along.length();
-            for (const Number vertex : {from, to})
-                quadrics[vertex].addPlane(outwards, places[from], lineWeight * along.dot(along));
+            const Vec3d along = places[triangle[LinkedTriangles::nextOf(edge)]] - places[triangle[edge]];
+            sum.addPlane(along.cross(normal) / along.length(), places[vertex], lineWeight * along.dot(along));
         }
-    }
+    });
+    return sum;
 }
 
 // Which edge is next

@@ -37,6 +37,7 @@ private:
     };
 
     void gatherQuadrics();
+    Quadric quadricAt(Number vertex) const;
     void repeat();
     bool isAsBefore(Number vertex) const;
     bool drawTogether();

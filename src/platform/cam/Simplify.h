@@ -22,7 +22,10 @@ struct SimplifyOptions {
 };
 
 /// The surface with fewer triangles, by edges that are drawn together, those first whose end moves least from the planes of
-/// the triangles that it stands for (Garland, Heckbert, "Surface Simplification Using Quadric Error Metrics", 1997).
+/// the triangles that it stands for (Garland, Heckbert, "Surface Simplification Using Quadric Error Metrics", 1997). Planes of
+/// triangles that there were count for half beside those that there are, with each edge anew: of all of them the mean distance
+/// would be greater, and of those alone that there are the largest one (Lindstrom, Turk, "Fast and Memory Efficient Polygonal
+/// Simplification", 1998).
 ///
 /// Borders, sharp edges, and edges that more than two triangles share keep their lines, and the ends and corners of these
 /// stay where they are. No triangle turns over, and none without area is made. The same surface gives the same result.
