@@ -52,8 +52,8 @@ EdgeCollapse::EdgeCollapse(const TriangleSurface& surface, const SimplifyOptions
 bool EdgeCollapse::run()
 {
     gatherQuadrics();
-    if (before)
-        repeat();
+    if (before && !repeat())
+        return false;
     // What may not go may do so when its surroundings have changed.
     for (std::size_t last = 2 * triangles.size();
          triangles.size() > options.triangles &&
@@ -66,7 +66,7 @@ bool EdgeCollapse::run()
     return true;
 }
 
-void EdgeCollapse::repeat()
+bool EdgeCollapse::repeat()
 {
     // Vertices about which something is not as it was at this step; the others need not be looked at again.
     std::vector<bool> isOther(places.size(), false);
@@ -77,7 +77,10 @@ void EdgeCollapse::repeat()
                 isOther[corner] = true;
         });
     };
-    for (const auto& [kept, gone, place] : before->steps) {
+    for (std::size_t i = 0; i < before->steps.size(); ++i) {
+        if (i % stopEvery == 0 && options.stop.stop_requested())
+            return false;
+        const auto& [kept, gone, place] = before->steps[i];
         const bool isNew = isOther[kept] || isOther[gone];
         const bool isAllowed =
             roles[kept] == before->roles[kept] && roles[gone] == before->roles[gone] && triangles.isEdge(kept, gone) &&
@@ -96,6 +99,7 @@ void EdgeCollapse::repeat()
     std::ranges::fill(refusals, ++time);
     for (Number v = 0; v < places.size(); ++v)
         changes[v] = isAsBefore(v) ? 0 : time;
+    return true;
 }
 
 bool EdgeCollapse::isAsBefore(Number vertex) const
@@ -110,10 +114,9 @@ bool EdgeCollapse::isAsBefore(Number vertex) const
 
 bool EdgeCollapse::drawTogether()
 {
-    const std::size_t first = surface.triangles.size();
-    unsigned since = 0;
+    std::size_t looked = 0;
     while (triangles.size() > options.triangles) {
-        if (since++ % stopEvery == 0 && !tell(first))
+        if (looked++ % stopEvery == 0 && !tell(looked))
             return false;
         const std::optional<EdgeQueue::Edge> edge = queue.pop();
         if (!edge)
@@ -156,14 +159,20 @@ void EdgeCollapse::refuse(Number kept, Number gone)
                              [&](Number t) { refusals[3 * t + triangles.edgeOf(t, kept, gone)] = time + 1; });
 }
 
+/// @param looked  edges, at which this round has looked.
 /// @return false if it was stopped.
-bool EdgeCollapse::tell(std::size_t first)
+bool EdgeCollapse::tell(std::size_t looked)
 {
     if (options.stop.stop_requested())
         return false;
+    const auto share = [](std::size_t done, std::size_t left) {
+        return static_cast<double>(done) / static_cast<double>(std::max<std::size_t>(done + left, 1));
+    };
+    // Within a tolerance nobody knows how many triangles will go.
     if (options.progress)
-        options.progress(static_cast<double>(first - triangles.size()) /
-                         static_cast<double>(std::max<std::size_t>(first - std::min(first, options.triangles), 1)));
+        options.progress(
+            distance ? share(looked, queue.size())
+                     : share(surface.triangles.size() - triangles.size(), triangles.size() - options.triangles));
     return true;
 }
 

@@ -38,12 +38,12 @@ private:
 
     void gatherQuadrics();
     Quadric quadricAt(Number vertex) const;
-    void repeat();
+    bool repeat();
     bool isAsBefore(Number vertex) const;
     bool drawTogether();
     void drawTogether(Number kept, Number gone, const rob::Vec3d& place);
     void refuse(Number kept, Number gone);
-    bool tell(std::size_t first);
+    bool tell(std::size_t looked);
     void enterAll();
     void enterAllOf(Number vertex);
     void enter(Number a, Number b);

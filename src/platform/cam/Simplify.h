@@ -18,7 +18,8 @@ struct SimplifyOptions {
     /// Radians: an edge whose triangles differ by more in their normals is sharp, and stays.
     double sharp = 1.05;
     std::stop_token stop;
-    std::function<void(double fraction)> progress; ///< on the calling thread
+    /// On the calling thread; the fraction never falls and is 1 at last. What it throws ends the work and is passed on.
+    std::function<void(double fraction)> progress;
 };
 
 /// The surface with fewer triangles, by edges that are drawn together, those first whose end moves least from the planes of

@@ -4,6 +4,8 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <chrono>
 #include <limits>
 #include <stdexcept>
 
@@ -145,6 +147,75 @@ TEST(Simplify, StoppedItIsEmpty)
     };
 
     EXPECT_FALSE(simplify(test::waveTorus(120, 60), options).has_value());
+}
+
+TEST(Simplify, ProgressNeverFallsAndEndsAtOne)
+{
+    for (const double tolerance : {0.05, std::numeric_limits<double>::infinity()}) {
+        SCOPED_TRACE(testing::Message() << "tolerance " << tolerance);
+        std::vector<double> told;
+        SimplifyOptions options;
+        options.triangles = 1000;
+        options.tolerance = tolerance;
+        options.progress = [&told](double fraction) { told.push_back(fraction); };
+
+        simplify(test::waveTorus(120, 60), options);
+
+        ASSERT_GT(told.size(), 5u);
+        EXPECT_TRUE(std::ranges::is_sorted(told));
+        EXPECT_GE(told.front(), 0);
+        EXPECT_LT(told[told.size() - 2], 1);
+        EXPECT_EQ(told.back(), 1);
+        EXPECT_GT(std::ranges::count_if(told, [](double f) { return f > 0.1 && f < 0.9; }), 2);
+    }
+}
+
+/// What is left of the work after a moment in it, as a share of all of it.
+TEST(Simplify, WhatProgressThrowsEndsItSoon)
+{
+    using Clock = std::chrono::steady_clock;
+    struct Enough {};
+    const TriangleSurface surface = test::waveTorus(200, 100);
+    SimplifyOptions options;
+    options.tolerance = 0.05;
+    const auto begun = Clock::now();
+    simplify(surface, options);
+    const auto whole = Clock::now() - begun;
+
+    unsigned calls = 0;
+    Clock::time_point thrown;
+    options.progress = [&](double) {
+        if (++calls < 3)
+            return;
+        thrown = Clock::now();
+        throw Enough();
+    };
+    EXPECT_THROW(simplify(surface, options), Enough);
+
+    EXPECT_EQ(calls, 3u);
+    EXPECT_LT(Clock::now() - thrown, whole / 4);
+}
+
+TEST(Simplify, StoppedItEndsSoon)
+{
+    using Clock = std::chrono::steady_clock;
+    const TriangleSurface surface = test::waveTorus(200, 100);
+    std::stop_source source;
+    SimplifyOptions options;
+    options.tolerance = 0.05;
+    options.stop = source.get_token();
+    const auto begun = Clock::now();
+    simplify(surface, options);
+    const auto whole = Clock::now() - begun;
+
+    Clock::time_point asked;
+    options.progress = [&](double fraction) {
+        if (fraction > 0.5 && source.request_stop())
+            asked = Clock::now();
+    };
+    EXPECT_FALSE(simplify(surface, options).has_value());
+
+    EXPECT_LT(Clock::now() - asked, whole / 4);
 }
 
 } // namespace
