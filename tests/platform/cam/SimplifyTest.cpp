@@ -6,7 +6,9 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <limits>
+#include <numbers>
 #include <stdexcept>
 
 namespace vrk::cam {
@@ -96,6 +98,75 @@ TEST(Simplify, WantedNumberIsReachedAndNoTriangleTurnsOver)
     // A triangle that lay on its face would take as much from the volume as it has area.
     EXPECT_NEAR(test::volumeOf(result), test::volumeOf(surface), 0.01 * test::volumeOf(surface));
     EXPECT_NEAR(test::areaOf(result), test::areaOf(surface), 0.01 * test::areaOf(surface));
+}
+
+/// A flat disc with a wavy border, whose places are not even.
+TriangleSurface wavyDisc(unsigned rings, unsigned spokes)
+{
+    TriangleSurface surface{{{0, 0, 0}}, {}};
+    for (unsigned i = 1; i <= rings; ++i)
+        for (unsigned k = 0; k < spokes; ++k) {
+            const double angle = 2 * std::numbers::pi * (k + 0.3 * std::sin(i * 7 + k * 3)) / spokes;
+            const double radius = (20 + 12 * std::sin(7 * angle)) * i / rings;
+            surface.vertices.emplace_back(radius * std::cos(angle), radius * std::sin(angle), 0);
+        }
+    for (unsigned i = 0; i < rings; ++i)
+        for (unsigned k = 0; k < spokes; ++k) {
+            const unsigned next = (k + 1) % spokes, outer = 1 + i * spokes, inner = outer - spokes;
+            surface.triangles.push_back({i == 0 ? 0 : inner + k, outer + k, outer + next});
+            if (i > 0)
+                surface.triangles.push_back({inner + k, outer + next, inner + next});
+        }
+    return surface;
+}
+
+TEST(Simplify, FlatTrianglesNeverTurnOver)
+{
+    const TriangleSurface surface = wavyDisc(12, 90);
+    for (const std::size_t count : {1500u, 1000u, 500u, 200u, 100u, 60u, 30u, 10u}) {
+        SCOPED_TRACE(testing::Message() << "to " << count);
+
+        const TriangleSurface result = simplifiedTo(surface, count);
+
+        EXPECT_LT(result.triangles.size(), surface.triangles.size());
+        for (const auto& [a, b, c] : result.triangles) {
+            const rob::Posd& corner = result.vertices[a];
+            ASSERT_GT((result.vertices[b] - corner).cross(result.vertices[c] - corner).z, 0);
+        }
+        if (count >= 200) {
+            EXPECT_NEAR(test::areaOf(result), test::areaOf(surface), 0.001 * test::areaOf(surface)) << "by the border";
+        }
+    }
+}
+
+TEST(Simplify, NarrowStripKeepsItsTwoSides)
+{
+    TriangleSurface strip;
+    for (std::uint32_t i = 0; i <= 40; ++i) {
+        for (const double y : {0.0, 0.1})
+            strip.vertices.emplace_back(i, y, std::sin(i));
+        if (i > 0) {
+            strip.triangles.push_back({2 * i - 2, 2 * i, 2 * i + 1});
+            strip.triangles.push_back({2 * i - 2, 2 * i + 1, 2 * i - 1});
+        }
+    }
+
+    const TriangleSurface result = simplifiedTo(strip, 30);
+
+    EXPECT_EQ(result.triangles.size(), 30u);
+    EXPECT_EQ(test::edgesOf(result).borders, 32u) << "it is one polygon";
+    EXPECT_EQ(test::eulerNumber(result), 1);
+}
+
+/// The mean distance of a tenth of the triangles, and how few are left within a distance: what a poorer choice of edges or
+/// places, or edges that are refused for nothing, would make worse.
+TEST(Simplify, FewTrianglesDescribeTheSurfaceWell)
+{
+    const TriangleSurface surface = test::waveTorus(120, 60);
+
+    EXPECT_LE(test::rms(surface, simplifiedTo(surface, 1440)), 0.029);
+    EXPECT_LE(simplified(surface, 0.1).triangles.size(), 1600u);
+    EXPECT_LE(simplified(surface, 0.02).triangles.size(), 9050u);
 }
 
 TEST(Simplify, SameSurfaceGivesTheSameResult)
