@@ -158,6 +158,49 @@ TEST(Simplify, NarrowStripKeepsItsTwoSides)
     EXPECT_EQ(test::eulerNumber(result), 1);
 }
 
+TEST(Simplify, ThinRingStaysARing)
+{
+    SimplifyOptions options;
+    options.sharp = std::numbers::pi;
+    for (const std::size_t count : {120u, 60u, 30u, 14u}) {
+        options.triangles = count;
+
+        const TriangleSurface result = simplify(test::waveTorus(40, 3), options).value();
+
+        EXPECT_EQ(test::eulerNumber(result), 0) << "to " << count;
+        EXPECT_EQ(test::edgesOf(result), (test::EdgeCounts{0, 3 * result.triangles.size() / 2, 0})) << "to " << count;
+    }
+}
+
+TEST(Simplify, PointInWhichTwoSheetsMeetStays)
+{
+    TriangleSurface cones{{{0, 0, 0}}, {}};
+    constexpr std::uint32_t spokes = 24;
+    for (const int way : {1, -1}) {
+        auto inner = static_cast<std::uint32_t>(cones.vertices.size());
+        for (std::uint32_t i = 1; i <= 10; ++i) {
+            const auto outer = static_cast<std::uint32_t>(cones.vertices.size());
+            for (std::uint32_t k = 0; k < spokes; ++k) {
+                const double angle = 2 * std::numbers::pi * k / spokes;
+                cones.vertices.emplace_back(i * std::cos(angle), i * std::sin(angle), way * 0.1 * i);
+            }
+            for (std::uint32_t k = 0; k < spokes; ++k) {
+                const std::uint32_t next = (k + 1) % spokes;
+                cones.triangles.push_back({i == 1 ? 0 : inner + k, outer + k, outer + next});
+                if (i > 1)
+                    cones.triangles.push_back({inner + k, outer + next, inner + next});
+            }
+            inner = outer;
+        }
+    }
+
+    const TriangleSurface result = simplifiedTo(cones, 60);
+
+    EXPECT_LT(result.triangles.size(), 100u);
+    EXPECT_THAT(result.vertices, testing::Contains(rob::Posd(0, 0, 0)));
+    EXPECT_EQ(test::eulerNumber(result), 1);
+}
+
 /// The mean distance of a tenth of the triangles, and how few are left within a distance: what a poorer choice of edges or
 /// places, or edges that are refused for nothing, would make worse.
 TEST(Simplify, FewTrianglesDescribeTheSurfaceWell)
