@@ -13,6 +13,8 @@
 
 #include <benchmark/benchmark.h>
 
+#include <sys/resource.h>
+
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -25,17 +27,20 @@ using namespace vrk;
 using cam::TriangleSurface;
 using rob::Vec3d;
 
+TriangleSurface torusOf(unsigned along, unsigned around)
+{
+    const bench::TorusMesh torus = bench::makeTorusMesh(along, around);
+    TriangleSurface result;
+    for (const rob::Posf& p : torus.vertices)
+        result.vertices.emplace_back(p.x, p.y, p.z);
+    for (std::size_t i = 0; i < torus.indices.size(); i += 3)
+        result.triangles.push_back({torus.indices[i], torus.indices[i + 1], torus.indices[i + 2]});
+    return result;
+}
+
 const TriangleSurface& surface()
 {
-    static const TriangleSurface made = [] {
-        const bench::TorusMesh torus = bench::makeTorusMesh(bench::sized(500u, 50u), bench::sized(200u, 20u));
-        TriangleSurface result;
-        for (const rob::Posf& p : torus.vertices)
-            result.vertices.emplace_back(p.x, p.y, p.z);
-        for (std::size_t i = 0; i < torus.indices.size(); i += 3)
-            result.triangles.push_back({torus.indices[i], torus.indices[i + 1], torus.indices[i + 2]});
-        return result;
-    }();
+    static const TriangleSurface made = torusOf(bench::sized(500u, 50u), bench::sized(200u, 20u));
     return made;
 }
 
@@ -135,6 +140,9 @@ void decimate(benchmark::State& state)
 #ifdef VRK_BENCH_HAS_MESHOPTIMIZER
         takeTurn(state, contest, "meshoptimizer", bench::meshoptimizerDecimate(surface(), wanted));
 #endif
+#ifdef VRK_BENCH_HAS_VTK
+        takeTurn(state, contest, "VTK", bench::vtkDecimate(surface(), wanted));
+#endif
         state.SetIterationTime(contest.of("ours") / 1000);
     }
     contest.report(state, "ms", "ours");
@@ -143,7 +151,7 @@ void decimate(benchmark::State& state)
 void decimateWithin(benchmark::State& state)
 {
     bench::Contest contest;
-    const double tolerance = bench::sized(2.0, 20.0);
+    const double tolerance = static_cast<double>(state.range(0)) * bench::sized(1.0, 10.0);
     for (auto _ : state) {
         takeTurn(state, contest, "ours", [tolerance] {
             cam::SimplifyOptions options;
@@ -154,6 +162,24 @@ void decimateWithin(benchmark::State& state)
             throw std::logic_error("the tolerance is not held");
         state.SetIterationTime(contest.of("ours") / 1000);
     }
+}
+
+/// Five millions of triangles to a tenth. The peak is that of the process, with the surface.
+void decimateMillions(benchmark::State& state)
+{
+    const TriangleSurface millions = torusOf(bench::sized(2500u, 50u), bench::sized(1000u, 20u));
+    cam::SimplifyOptions options;
+    options.triangles = millions.triangles.size() / 10;
+    for (auto _ : state) {
+        const double time = bench::millisecondsOf([&] {
+            if (cam::simplify(millions, options).value().triangles.size() != options.triangles)
+                throw std::logic_error("another number of triangles than was wanted");
+        });
+        state.SetIterationTime(time / 1000);
+    }
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    state.counters["peak MB"] = static_cast<double>(usage.ru_maxrss) / 1024;
 }
 
 void remesh(benchmark::State& state)
@@ -175,7 +201,8 @@ void remesh(benchmark::State& state)
 }
 
 BENCHMARK(decimate)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(bench::sized(3, 1));
-BENCHMARK(decimateWithin)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(1);
+BENCHMARK(decimateWithin)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(1);
+BENCHMARK(decimateMillions)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(1);
 BENCHMARK(remesh)->Arg(1)->Arg(3)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(bench::sized(3, 1));
 
 } // namespace

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Installs what the build needs on Debian 12, and nothing where it is there already.
+# Installs what the build needs on Debian 12, and nothing where it is there already. With --peers also what only benchmarks
+# use, each where it is there: other ways of doing the same work.
 set -euo pipefail
 
 packages=(
@@ -15,6 +16,16 @@ packages=(
     libgtest-dev libgmock-dev libbenchmark-dev libembree-dev libcgal-dev
     libx11-dev libxcb1-dev libxtst-dev xvfb xauth libgl1-mesa-dri
 )
+
+peers=(libopenmesh-dev libmeshoptimizer-dev libvtk9-dev libpcl-dev)
+case "${1:-}" in
+--peers) packages+=("${peers[@]}") ;;
+"") ;;
+*)
+    echo "install-packages.sh [--peers]" >&2
+    exit 1
+    ;;
+esac
 
 missing=()
 for package in "${packages[@]}"; do

@@ -18,5 +18,8 @@ SurfaceWork openMeshDecimate(const cam::TriangleSurface& surface, std::size_t tr
 #ifdef VRK_BENCH_HAS_MESHOPTIMIZER
 SurfaceWork meshoptimizerDecimate(const cam::TriangleSurface& surface, std::size_t triangles);
 #endif
+#ifdef VRK_BENCH_HAS_VTK
+SurfaceWork vtkDecimate(const cam::TriangleSurface& surface, std::size_t triangles);
+#endif
 
 } // namespace vrk::bench

@@ -13,9 +13,10 @@ using rob::Vec3d;
 namespace {
 
 constexpr double lineWeight = 10;    // of the planes that hold lines, beside those of triangles
+constexpr double memory = 0.5;       // what the planes of before weigh, beside those that there are
 constexpr double flattest = 0.2;     // cosine by which the normal of a triangle may turn
 constexpr double thinnest = 0.01;    // twice the area over the square of the longest edge, unless it was thinner before
-constexpr double spare = 0.8;        // of the tolerance, at each step
+constexpr double spare = 0.96;       // of the tolerance, at each step
 constexpr double worthwhile = 0.97;  // what a further round must leave at most
 constexpr unsigned stopEvery = 1024; // edges
 
@@ -33,28 +34,31 @@ std::vector<Vec3d> centred(const TriangleSurface& surface, Vec3d& middle)
 } // namespace
 
 EdgeCollapse::EdgeCollapse(const TriangleSurface& surface, const SimplifyOptions& options,
-                           const std::vector<Number>& held)
-    : surface(surface), options(options), places(centred(surface, middle)),
+                           const std::vector<Number>& held, const EdgeCollapse* before)
+    : surface(surface), options(options), before(before), places(centred(surface, middle)),
       triangles(surface.triangles, surface.vertices.size()), roles(findLines(triangles, places, options.sharp)),
       contraction(triangles, roles), quadrics(surface.vertices.size()), stamps(surface.vertices.size(), 0),
-      marks(surface.vertices.size(), 0)
+      marks(surface.vertices.size(), 0), changes(surface.vertices.size(), 0), refusals(3 * surface.triangles.size(), 0)
 {
     for (const Number vertex : held)
         roles[vertex] = Role::Corner;
     if (!std::isfinite(options.tolerance))
         return;
-    distance = std::make_unique<KeptDistance>(triangles, surfaceOf(places, surface.triangles), options.tolerance,
-                                              spare * options.tolerance);
+    source = before ? before->source
+                    : std::make_shared<KeptDistance::Source>(triangles, surfaceOf(places, surface.triangles));
+    distance = std::make_unique<KeptDistance>(source, options.tolerance, spare * options.tolerance);
 }
 
 bool EdgeCollapse::run()
 {
     gatherQuadrics();
+    if (before && !repeat())
+        return false;
     // What may not go may do so when its surroundings have changed.
-    for (std::size_t before = 2 * triangles.size();
+    for (std::size_t last = 2 * triangles.size();
          triangles.size() > options.triangles &&
-         static_cast<double>(triangles.size()) <= worthwhile * static_cast<double>(before);) {
-        before = triangles.size();
+         static_cast<double>(triangles.size()) <= worthwhile * static_cast<double>(last);) {
+        last = triangles.size();
         enterAll();
         if (!drawTogether())
             return false;
@@ -62,12 +66,57 @@ bool EdgeCollapse::run()
     return true;
 }
 
+bool EdgeCollapse::repeat()
+{
+    // Vertices about which something is not as it was at this step; the others need not be looked at again.
+    std::vector<bool> isOther(places.size(), false);
+    const auto spread = [&](Number vertex) {
+        isOther[vertex] = true;
+        triangles.forCornersAt(vertex, [&](Number t, Number) {
+            for (const Number corner : triangles[t])
+                isOther[corner] = true;
+        });
+    };
+    for (std::size_t i = 0; i < before->steps.size(); ++i) {
+        if (i % stopEvery == 0 && options.stop.stop_requested())
+            return false;
+        const auto& [kept, gone, place] = before->steps[i];
+        const bool isNew = isOther[kept] || isOther[gone];
+        const bool isAllowed =
+            roles[kept] == before->roles[kept] && roles[gone] == before->roles[gone] && triangles.isEdge(kept, gone) &&
+            (roles[gone] == Role::Free || triangles.isLine(kept, gone)) &&
+            (isNew ? mayGo(kept, gone, place)
+                   : contraction.isTopologyKept(kept, gone) && distance->look(triangles, places, kept, gone, place));
+        if (isAllowed) {
+            drawTogether(kept, gone, place);
+            isOther[kept] = isNew;
+        } else {
+            spread(kept);
+            spread(gone);
+        }
+    }
+    // Nothing could go at the end where all is as it was then.
+    std::ranges::fill(refusals, ++time);
+    for (Number v = 0; v < places.size(); ++v)
+        changes[v] = isAsBefore(v) ? 0 : time;
+    return true;
+}
+
+bool EdgeCollapse::isAsBefore(Number vertex) const
+{
+    bool isSame = triangles.sizeAt(vertex) == before->triangles.sizeAt(vertex);
+    triangles.forCornersAt(vertex, [&](Number t, Number) {
+        isSame = isSame && triangles[t] == before->triangles[t] &&
+                 std::ranges::all_of(triangles[t], [this](Number v) { return places[v] == before->places[v]; });
+    });
+    return isSame;
+}
+
 bool EdgeCollapse::drawTogether()
 {
-    const std::size_t before = surface.triangles.size();
-    unsigned since = 0;
+    std::size_t looked = 0;
     while (triangles.size() > options.triangles) {
-        if (since++ % stopEvery == 0 && !tell(before))
+        if (looked++ % stopEvery == 0 && !tell(looked))
             return false;
         const std::optional<EdgeQueue::Edge> edge = queue.pop();
         if (!edge)
@@ -75,30 +124,55 @@ bool EdgeCollapse::drawTogether()
         const auto& [kept, gone, stamp] = *edge;
         if (stamps[kept] + stamps[gone] != stamp)
             continue;
-        const Quadric sum = quadrics[kept] + quadrics[gone];
-        const Vec3d place = placeFor(kept, gone, sum);
-        if (!mayGo(*edge, place))
-            continue;
-        contraction.contract(kept, gone);
-        quadrics[kept] = sum;
-        places[kept] = place;
-        ++stamps[kept];
-        ++stamps[gone];
-        if (distance)
-            distance->move();
-        enterAllOf(kept);
+        const Vec3d place = placeFor(kept, gone, quadrics[kept] + quadrics[gone]);
+        if (mayGo(kept, gone, place)) {
+            drawTogether(kept, gone, place);
+            enterAllOf(kept);
+        } else {
+            refuse(kept, gone);
+        }
     }
     return true;
 }
 
+void EdgeCollapse::drawTogether(Number kept, Number gone, const Vec3d& place)
+{
+    contraction.contract(kept, gone);
+    places[kept] = place;
+    quadrics[kept] = (quadrics[kept] + quadrics[gone]) * memory + quadricAt(kept) * (1 - memory);
+    ++stamps[kept];
+    ++stamps[gone];
+    ++time;
+    triangles.forCornersAt(kept, [this](Number t, Number) {
+        for (const Number vertex : triangles[t])
+            changes[vertex] = time;
+    });
+    if (!distance)
+        return;
+    distance->move();
+    steps.push_back({kept, gone, place});
+}
+
+void EdgeCollapse::refuse(Number kept, Number gone)
+{
+    triangles.forTrianglesOn(kept, gone,
+                             [&](Number t) { refusals[3 * t + triangles.edgeOf(t, kept, gone)] = time + 1; });
+}
+
+/// @param looked  edges, at which this round has looked.
 /// @return false if it was stopped.
-bool EdgeCollapse::tell(std::size_t before)
+bool EdgeCollapse::tell(std::size_t looked)
 {
     if (options.stop.stop_requested())
         return false;
+    const auto share = [](std::size_t done, std::size_t left) {
+        return static_cast<double>(done) / static_cast<double>(std::max<std::size_t>(done + left, 1));
+    };
+    // Within a tolerance nobody knows how many triangles will go.
     if (options.progress)
-        options.progress(static_cast<double>(before - triangles.size()) /
-                         static_cast<double>(std::max<std::size_t>(before - std::min(before, options.triangles), 1)));
+        options.progress(
+            distance ? share(looked, queue.size())
+                     : share(surface.triangles.size() - triangles.size(), triangles.size() - options.triangles));
     return true;
 }
 
@@ -109,25 +183,28 @@ std::vector<EdgeCollapse::Number> EdgeCollapse::verticesBeyond() const
 
 void EdgeCollapse::gatherQuadrics()
 {
-    for (Number t = 0; t < triangles.slots(); ++t) {
+    for (Number v = 0; v < places.size(); ++v)
+        quadrics[v] = quadricAt(v);
+}
+
+/// Of the triangles and lines that are at a vertex now.
+Quadric EdgeCollapse::quadricAt(Number vertex) const
+{
+    Quadric sum;
+    triangles.forCornersAt(vertex, [&](Number t, Number i) {
         const Triangle& triangle = triangles[t];
         const Vec3d across = normalOf(places[triangle[0]], places[triangle[1]], places[triangle[2]]);
         const double doubleArea = across.length();
         const Vec3d normal = across / doubleArea;
-        Quadric plane;
-        plane.addPlane(normal, places[triangle[0]], doubleArea / 2);
-        for (const Number vertex : triangle)
-            quadrics[vertex] = quadrics[vertex] + plane;
-        for (Number i = 0; i < 3; ++i) {
-            if (!triangles.isOnLine(t, i))
+        sum.addPlane(normal, places[vertex], doubleArea / 2);
+        for (const Number edge : {i, LinkedTriangles::previousOf(i)}) {
+            if (!triangles.isOnLine(t, edge))
                 continue;
-            const Number from = triangle[i], to = triangle[LinkedTriangles::nextOf(i)];
-            const Vec3d along = places[to] - places[from];
-            const Vec3d outwards = along.cross(normal) / along.length();
-            for (const Number vertex : {from, to})
-                quadrics[vertex].addPlane(outwards, places[from], lineWeight * along.dot(along));
+            const Vec3d along = places[triangle[LinkedTriangles::nextOf(edge)]] - places[triangle[edge]];
+            sum.addPlane(along.cross(normal) / along.length(), places[vertex], lineWeight * along.dot(along));
         }
-    }
+    });
+    return sum;
 }
 
 // Which edge is next
@@ -136,10 +213,13 @@ void EdgeCollapse::enterAll()
 {
     for (Number v = 0; v < places.size(); ++v) {
         ++search;
-        triangles.forCornersAt(v, [&](Number t, Number) {
-            for (const Number other : triangles[t])
-                if (other > v && std::exchange(marks[other], search) != search)
+        triangles.forCornersAt(v, [&](Number t, Number i) {
+            for (const Number edge : {i, LinkedTriangles::previousOf(i)}) {
+                const Number other = triangles[t][edge == i ? LinkedTriangles::nextOf(i) : edge];
+                if (other > v && std::exchange(marks[other], search) != search &&
+                    std::max(changes[v], changes[other]) >= refusals[3 * t + edge])
                     enter(v, other);
+            }
         });
     }
 }
@@ -184,12 +264,12 @@ Vec3d EdgeCollapse::placeFor(Number kept, Number gone, const Quadric& sum) const
 
 // Whether it may go
 
-bool EdgeCollapse::mayGo(const EdgeQueue::Edge& edge, const Vec3d& place)
+bool EdgeCollapse::mayGo(Number kept, Number gone, const Vec3d& place)
 {
-    const auto& [kept, gone, stamp] = edge;
-    return contraction.isTopologyKept(kept, gone) && isShapeKept(gone, kept, place) &&
-           (place == places[kept] || isShapeKept(kept, gone, place)) &&
-           (!distance || distance->isKept(triangles, places, kept, gone, place));
+    // Within a tolerance it is mostly the distance that is not held.
+    return (!distance || distance->isKept(triangles, places, kept, gone, place)) &&
+           contraction.isTopologyKept(kept, gone) && isShapeKept(gone, kept, place) &&
+           (place == places[kept] || isShapeKept(kept, gone, place));
 }
 
 bool EdgeCollapse::isShapeKept(Number vertex, Number other, const Vec3d& place) const

@@ -28,6 +28,7 @@ void EdgeQueue::push(const Edge& edge, float cost)
         entries[at] = {edge, firsts[bucket]};
     }
     firsts[bucket] = at;
+    ++count;
     std::size_t bit = bucket;
     for (std::vector<std::uint64_t>& words : used) {
         words[bit / 64] |= std::uint64_t{1} << bit % 64;
@@ -49,6 +50,7 @@ std::optional<EdgeQueue::Edge> EdgeQueue::pop()
     firsts[bucket] = entries[at].next;
     entries[at].next = firstFree;
     firstFree = at;
+    --count;
     bool isEmpty = firsts[bucket] == none;
     std::size_t bit = bucket;
     for (std::vector<std::uint64_t>& words : used) {

@@ -21,6 +21,7 @@ public:
 
     void push(const Edge& edge, float cost);
     std::optional<Edge> pop();
+    std::size_t size() const { return count; }
 
 private:
     static constexpr std::uint32_t none = 0xFFFFFFFF;
@@ -35,6 +36,7 @@ private:
 
     std::vector<Entry> entries;
     std::uint32_t firstFree = none;
+    std::size_t count = 0;
     std::vector<std::uint32_t> firsts; // of each bucket
     std::array<std::vector<std::uint64_t>, 3>
         used; // a bit for each bucket that holds one, for each word of these, and so on

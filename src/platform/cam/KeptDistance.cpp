@@ -14,36 +14,33 @@ using rob::Vec3d;
 
 namespace {
 
-constexpr double mostAlongEdge = 512; // places
-constexpr double perSpacing = 3;      // at a step, places along a new edge for each of the surface's own
-// At the end: how close they are, in tolerances, and how far they may lie. Between two of them an edge would have to rise by
-// more than a fifth of its length to go beyond.
-constexpr double closest = 1;
-constexpr double spare = 0.9;
-
-double meanEdge(const TriangleSurface& surface)
-{
-    double sum = 0;
-    for (const auto& t : surface.triangles)
-        for (unsigned i = 0; i < 3; ++i)
-            sum += (surface.vertices[t[(i + 1) % 3]] - surface.vertices[t[i]]).length();
-    return sum / (3.0 * static_cast<double>(std::max<std::size_t>(surface.triangles.size(), 1)));
-}
+constexpr double spare = 0.98;          // of the tolerance, at the end
+constexpr unsigned mostSteps = 4096;    // along an edge: a limit that is less than can be reckoned is not held
+constexpr double shortest = 1.0 / 64.0; // of a limit: what does not get on by so much along an edge is not held
 
 } // namespace
 
-KeptDistance::KeptDistance(const LinkedTriangles& triangles, TriangleSurface surface, double tolerance, double limit)
-    : source(std::move(surface)), side(triangles, placesOf(source), source), tolerance(tolerance), limit(limit),
-      spacing(meanEdge(source)), first(source.triangles.size(), LinkedTriangles::none),
-      isTouched(source.triangles.size(), false)
+double KeptDistance::Corners::squaredDistance(const Vec3d& place) const
+{
+    return (nearestOn(a, b, c, place).place - place).squaredLength();
+}
+
+KeptDistance::Source::Source(const LinkedTriangles& triangles, TriangleSurface surface)
+    : surface(std::move(surface)), side(triangles, placesOf(this->surface), this->surface)
+{
+}
+
+KeptDistance::KeptDistance(std::shared_ptr<const Source> of, double tolerance, double limit)
+    : source(std::move(of)), tolerance(tolerance), limit(limit),
+      first(source->surface.triangles.size(), LinkedTriangles::none), isTouched(first.size(), false)
 {
     const auto add = [this](Number point, Number triangle) { next[point] = std::exchange(first[triangle], point); };
-    points = placesOf(source);
-    next.assign(points.size() + source.triangles.size(), LinkedTriangles::none);
+    points = placesOf(source->surface);
+    next.assign(points.size() + first.size(), LinkedTriangles::none);
     hints.assign(points.size(), LinkedTriangles::none);
-    for (Number t = 0; t < source.triangles.size(); ++t) {
+    for (Number t = 0; t < first.size(); ++t) {
         Vec3d sum;
-        for (const Number vertex : source.triangles[t]) {
+        for (const Number vertex : source->surface.triangles[t]) {
             sum += points[vertex];
             if (hints[vertex] == LinkedTriangles::none)
                 add(vertex, t);
@@ -62,25 +59,65 @@ bool KeptDistance::Side::isWithin(const Vec3d& place, double limit, Number& hint
     return (found.place - place).squaredLength() < limit * limit || tree.isWithin(place, limit);
 }
 
-bool KeptDistance::Side::isEdgeWithin(const Vec3d& from, const Vec3d& to, double limit, double step, Number hint) const
+/// A triangle is convex: a piece whose ends are within of it is so all along. And no distance changes by more than the way that
+/// is gone. Each step along the edge is as long as one of these tells, so that nothing lies between places that were asked.
+bool KeptDistance::Side::isEdgeWithin(const Vec3d& from, const Vec3d& to, double limit, Number hint) const
 {
-    const double pieces = std::clamp(std::ceil((to - from).length() / step), 2.0, mostAlongEdge);
-    for (double i = 1; i < pieces; ++i)
-        if (!isWithin(from + (to - from) * (i / pieces), limit, hint))
+    const double length = (to - from).length();
+    const Vec3d along = length > 0 ? (to - from) / length : Vec3d();
+    unsigned steps = 0;
+    for (double gone = 0; gone < length;) {
+        const Vec3d place = from + along * gone;
+        const SourcePatches::Place found = patches.nearest(place, hint);
+        hint = found.triangle;
+        const double distance = (found.place - place).length();
+        double step = limit - distance;
+        if (distance < limit) {
+            if (patches.distance(hint, to) < limit)
+                return true;
+            const double end = patches.leaves(hint, place, along);
+            const double there = patches.distance(hint, place + along * end);
+            if (there < limit)
+                step = std::max(step, end + limit - there);
+        }
+        // Where neighbours do not lead to what is nearest, all are asked.
+        if (step < shortest * limit)
+            step = limit - std::sqrt(tree.squaredDistance(place, limit));
+        if (!(step >= shortest * limit) || ++steps > mostSteps)
             return false;
-    return true;
+        gone += step;
+    }
+    return isWithin(to, limit, hint);
 }
 
 bool KeptDistance::isKept(const LinkedTriangles& triangles, const std::vector<Vec3d>& places, Number kept, Number gone,
                           const Vec3d& place)
 {
+    if (!look(triangles, places, kept, gone, place))
+        return false;
+    for (Number i = 0; i < numbers.size(); ++i)
+        for (Number point = first[numbers[i]]; point != LinkedTriangles::none; point = next[point])
+            if (!isPointWithin(point, i < corners.size() ? i : 0))
+                return false;
+    // Each new edge is the first of one triangle, but at a border.
+    for (const auto& [a, b, c] : corners) {
+        Number near = hint;
+        if (!source->side.isEdgeWithin(a, b, limit, hint) || !source->side.isWithin((a + b + c) / 3.0, limit, near) ||
+            !source->side.isWithin((a + c) / 2.0, limit, near))
+            return false;
+    }
+    return true;
+}
+
+bool KeptDistance::look(const LinkedTriangles& triangles, const std::vector<Vec3d>& places, Number kept, Number gone,
+                        const Vec3d& place)
+{
     vertex = kept;
     hint = hints[kept];
-    if (!side.isWithin(place, limit, hint))
-        return false;
     corners.clear();
     numbers.clear();
-    nearest.clear();
+    if (!source->side.isWithin(place, limit, hint))
+        return false;
     for (const auto& [vertex, other] : {std::pair(kept, gone), {gone, kept}})
         triangles.forCornersAt(vertex, [&, other = other](Number t, Number i) {
             if (triangles.has(t, other))
@@ -89,49 +126,40 @@ bool KeptDistance::isKept(const LinkedTriangles& triangles, const std::vector<Ve
                                places[triangles[t][LinkedTriangles::previousOf(i)]]});
             numbers.push_back(t);
         });
-    const auto isPointKept = [&](Number point) {
-        double least = limit * limit;
-        Number of = LinkedTriangles::none;
-        for (Number i = 0; i < corners.size(); ++i) {
-            const auto& [a, b, c] = corners[i];
-            const double square = (nearestOn(a, b, c, points[point]).place - points[point]).squaredLength();
-            if (square < least) {
-                least = square;
-                of = i;
-            }
-        }
-        nearest.emplace_back(point, of);
-        return of != LinkedTriangles::none;
-    };
-    bool isKept = true;
-    const auto look = [&](Number t) {
-        for (Number point = first[t]; isKept && point != LinkedTriangles::none; point = next[point])
-            isKept = isPointKept(point);
-    };
-    triangles.forCornersAt(kept, [&](Number t, Number) { look(t); });
-    triangles.forCornersAt(gone, [&](Number t, Number) {
-        if (!triangles.has(t, kept))
-            look(t);
-    });
-    // Each new edge is the first of one triangle, but at a border.
-    for (std::size_t i = 0; isKept && i < corners.size(); ++i) {
-        const auto& [a, b, c] = corners[i];
-        Number near = hint;
-        isKept = side.isEdgeWithin(a, b, limit, spacing / perSpacing, hint) &&
-                 side.isWithin((a + b + c) / 3.0, limit, near) && side.isWithin((a + c) / 2.0, limit, near);
-    }
-    return isKept;
+    triangles.forTrianglesOn(kept, gone, [this](Number t) { numbers.push_back(t); });
+    return true;
+}
+
+/// Most points stay near the triangle that they were near, which is asked at first.
+bool KeptDistance::isPointWithin(Number point, Number likely) const
+{
+    const Vec3d& at = points[point];
+    const auto isNear = [&](const Corners& of) { return of.squaredDistance(at) < limit * limit; };
+    return (likely < corners.size() && isNear(corners[likely])) || std::ranges::any_of(corners, isNear);
 }
 
 void KeptDistance::move()
 {
     hints[vertex] = hint;
+    moved.clear();
     for (const Number t : numbers) {
+        for (Number point = first[t]; point != LinkedTriangles::none; point = next[point])
+            moved.push_back(point);
         first[t] = LinkedTriangles::none;
         isTouched[t] = true;
     }
-    for (const auto& [point, index] : nearest)
-        next[point] = std::exchange(first[numbers[index]], point);
+    for (const Number point : moved) {
+        double least = std::numeric_limits<double>::infinity();
+        Number nearest = 0;
+        for (Number i = 0; i < corners.size(); ++i) {
+            const double square = corners[i].squaredDistance(points[point]);
+            if (square < least) {
+                least = square;
+                nearest = i;
+            }
+        }
+        next[point] = std::exchange(first[numbers[nearest]], point);
+    }
 }
 
 std::vector<KeptDistance::Number> KeptDistance::verticesBeyond(const LinkedTriangles& triangles,
@@ -156,34 +184,35 @@ std::vector<KeptDistance::Number> KeptDistance::verticesBeyond(const LinkedTrian
             for (Number i = 0; i < 3 && !triangles.isGone(t) && isTouched[t]; ++i) {
                 const Number a = triangles[t][i], b = triangles[t][LinkedTriangles::nextOf(i)];
                 if ((a < b || triangles.isOnLine(t, i)) &&
-                    !side.isEdgeWithin(places[a], places[b], spare * tolerance, closest * tolerance, hints[a]))
+                    !source->side.isEdgeWithin(places[a], places[b], spare * tolerance, hints[a]))
                     isBeyond[t] = 1;
             }
             for (Number i = 0; i < 3 && (triangles.isGone(t) || isTouched[t]); ++i) {
-                const Number a = source.triangles[t][i], b = source.triangles[t][LinkedTriangles::nextOf(i)];
+                const Number a = source->surface.triangles[t][i],
+                             b = source->surface.triangles[t][LinkedTriangles::nextOf(i)];
                 // An edge that is near one triangle with both ends is so all along.
                 if (nearestTo[a] != nearestTo[b] &&
-                    !ofResult.isEdgeWithin(points[a], points[b], spare * tolerance, closest * tolerance, nearestTo[a]))
+                    !ofResult.isEdgeWithin(points[a], points[b], spare * tolerance, nearestTo[a]))
                     isSourceBeyond[t] = 1;
             }
         }
     });
-    std::vector<bool> isListed(source.vertices.size(), false);
+    std::vector<bool> isListed(source->surface.vertices.size(), false);
     const auto listAll = [&](const TriangleSurface::Triangle& corners) {
         for (const Number vertex : corners)
             isListed[vertex] = true;
     };
     for (Number t = 0; t < triangles.slots(); ++t) {
         if (isSourceBeyond[t])
-            listAll(source.triangles[t]);
+            listAll(source->surface.triangles[t]);
         if (!isBeyond[t])
             continue;
         listAll(triangles[t]);
         for (Number point = first[t]; point != LinkedTriangles::none; point = next[point])
-            if (point < source.vertices.size())
+            if (point < source->surface.vertices.size())
                 isListed[point] = true;
             else
-                listAll(source.triangles[point - source.vertices.size()]);
+                listAll(source->surface.triangles[point - source->surface.vertices.size()]);
     }
     std::vector<Number> beyond;
     for (Number v = 0; v < isListed.size(); ++v)

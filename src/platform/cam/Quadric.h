@@ -30,6 +30,10 @@ struct Quadric {
     {
         return {xx + o.xx, xy + o.xy, xz + o.xz, yy + o.yy, yz + o.yz, zz + o.zz, x + o.x, y + o.y, z + o.z, c + o.c};
     }
+    Quadric operator*(double s) const
+    {
+        return {xx * s, xy * s, xz * s, yy * s, yz * s, zz * s, x * s, y * s, z * s, c * s};
+    }
     double at(const rob::Vec3d& p) const
     {
         return p.x * (xx * p.x + 2 * (xy * p.y + xz * p.z + x)) + p.y * (yy * p.y + 2 * (yz * p.z + y)) +

@@ -3,6 +3,7 @@
 #include "platform/cam/NearestOn.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace vrk::cam {
 
@@ -74,6 +75,26 @@ SourcePatches::Place SourcePatches::nearest(const Vec3d& place, Number from) con
             look(patches[before].across[here.edge]);
     }
     return {at, best.place};
+}
+
+double SourcePatches::distance(Number triangle, const Vec3d& place) const
+{
+    const auto& [a, b, c] = patches[triangle].corners;
+    return (nearestOn(a, b, c, place).place - place).length();
+}
+
+double SourcePatches::leaves(Number triangle, const Vec3d& place, const Vec3d& along) const
+{
+    const auto& corners = patches[triangle].corners;
+    const Vec3d normal = (corners[1] - corners[0]).cross(corners[2] - corners[0]);
+    double least = std::numeric_limits<double>::infinity();
+    for (Number i = 0; i < 3; ++i) {
+        const Vec3d outwards = (corners[LinkedTriangles::nextOf(i)] - corners[i]).cross(normal);
+        const double speed = outwards.dot(along);
+        if (speed > 0)
+            least = std::min(least, std::max(outwards.dot(corners[i] - place), 0.0) / speed);
+    }
+    return least;
 }
 
 } // namespace vrk::cam

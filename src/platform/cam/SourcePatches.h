@@ -25,6 +25,11 @@ public:
         rob::Vec3d place;
     };
     Place nearest(const rob::Vec3d& place, Number from) const;
+    /// Of a place from a triangle.
+    double distance(Number triangle, const rob::Vec3d& place) const;
+    /// How far one can go over a triangle before an edge; infinite for one who never crosses it.
+    /// @param along  of unit length.
+    double leaves(Number triangle, const rob::Vec3d& place, const rob::Vec3d& along) const;
 
 private:
     struct Patch {

@@ -122,13 +122,12 @@ TriangleSurface soupOf(const TriangleSurface& surface)
     return soup;
 }
 
-double farthest(const TriangleSurface& from, const TriangleSurface& to, unsigned count)
+namespace {
+
+/// visit(square of the distance), of places on a surface, drawn evenly over its area.
+template <typename Visit>
+void forDistances(const TriangleSurface& from, const cam::SurfaceTree& tree, unsigned count, const Visit& visit)
 {
-    const cam::SurfaceTree tree(to);
-    double square = 0;
-    const auto look = [&](const Vec3d& place) { square = std::max(square, tree.squaredDistance(place)); };
-    for (const Posd& vertex : from.vertices)
-        look(Vec3d(vertex));
     std::vector<double> areas;
     double sum = 0;
     forTriangles(from, [&](const Posd& a, const Posd& b, const Posd& c) {
@@ -147,9 +146,28 @@ double farthest(const TriangleSurface& from, const TriangleSurface& to, unsigned
         }
         const auto& t = from.triangles[k];
         const Posd &a = from.vertices[t[0]], &b = from.vertices[t[1]], &c = from.vertices[t[2]];
-        look(Vec3d(a) + (b - a) * u + (c - a) * v);
+        visit(tree.squaredDistance(Vec3d(a) + (b - a) * u + (c - a) * v));
     }
+}
+
+} // namespace
+
+double farthest(const TriangleSurface& from, const TriangleSurface& to, unsigned count)
+{
+    const cam::SurfaceTree tree(to);
+    double square = 0;
+    for (const Posd& vertex : from.vertices)
+        square = std::max(square, tree.squaredDistance(Vec3d(vertex)));
+    forDistances(from, tree, count, [&](double other) { square = std::max(square, other); });
     return std::sqrt(square);
+}
+
+double rms(const TriangleSurface& from, const TriangleSurface& to)
+{
+    constexpr unsigned count = 20000;
+    double sum = 0;
+    forDistances(from, cam::SurfaceTree(to), count, [&sum](double square) { sum += square; });
+    return std::sqrt(sum / count);
 }
 
 EdgeCounts edgesOf(const TriangleSurface& surface)

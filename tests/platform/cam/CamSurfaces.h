@@ -20,6 +20,8 @@ cam::TriangleSurface soupOf(const cam::TriangleSurface& surface);
 
 /// The largest distance of places on a surface from another one, drawn evenly over its area, and its corners.
 double farthest(const cam::TriangleSurface& from, const cam::TriangleSurface& to, unsigned count = 100000);
+/// The root of the mean of the squares of such distances.
+double rms(const cam::TriangleSurface& from, const cam::TriangleSurface& to);
 
 struct EdgeCounts {
     std::size_t borders = 0, pairs = 0,

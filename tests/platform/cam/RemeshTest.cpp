@@ -1,9 +1,11 @@
 #include "platform/cam/Remesh.h"
 
 #include "CamSurfaces.h"
+#include "platform/cam/SurfaceTree.h"
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <numbers>
@@ -151,6 +153,24 @@ TEST(Remesh, ProgressRisesToOne)
 
     EXPECT_TRUE(std::ranges::is_sorted(told));
     EXPECT_EQ(told.back(), 1);
+}
+
+TEST(Remesh, VerticesLieOnTheSurface)
+{
+    struct Case {
+        TriangleSurface surface;
+        double edgeLength;
+    };
+    for (const auto& [surface, edgeLength] : {Case{test::waveTorus(120, 60), 0.8}, Case{test::waveTorus(120, 60), 1.6},
+                                              Case{test::waveSheet(50), 1}, Case{test::boxOf(4), 1.5}}) {
+        const SurfaceTree tree(surface);
+
+        const TriangleSurface result = remeshed(surface, edgeLength);
+
+        const auto off = std::ranges::count_if(
+            result.vertices, [&](const rob::Posd& vertex) { return tree.squaredDistance(rob::Vec3d(vertex)) > 1e-20; });
+        EXPECT_EQ(off, 0) << "of " << result.vertices.size();
+    }
 }
 
 } // namespace
