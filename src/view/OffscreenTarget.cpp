@@ -16,6 +16,8 @@ OffscreenTarget::OffscreenTarget(unsigned width, unsigned height, unsigned sampl
 
 OffscreenTarget::~OffscreenTarget()
 {
+    // Now, as whoever holds the texture would keep OGRE's target, and with it the cameras, beyond this.
+    target->removeAllViewports();
     Ogre::TextureManager::getSingleton().remove(textureName, Ogre::ResourceGroupManager::DEFAULT_RESOURCE_GROUP_NAME);
 }
 

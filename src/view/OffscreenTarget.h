@@ -14,8 +14,8 @@ namespace vrk::visual {
 
 /// A picture in memory that a camera can draw to, whatever the window shows.
 ///
-/// Hand `renderTarget` to `Camera::setRenderTarget`, render a frame, read. Give the camera another target before this one
-/// dies. Thread: render thread.
+/// Hand `renderTarget` to `Camera::setRenderTarget`, render a frame, read. A camera that draws to it when it dies has no
+/// target from then on. Thread: render thread.
 class VRK_EXPORT OffscreenTarget {
 public:
     /// @param samples  for each pixel, 0 for none; the driver may give fewer.
