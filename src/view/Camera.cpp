@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cmath>
 #include <stdexcept>
+#include <vector>
 
 namespace vrk::visual {
 namespace {
@@ -23,6 +24,7 @@ constexpr unsigned allBuffers = Ogre::FBT_COLOUR | Ogre::FBT_DEPTH;
 const Ogre::ColourValue background(0.45f, 0.45f, 0.45f, 1.0f);
 
 Camera* main = nullptr;
+std::vector<Camera*> living; // in the order of their making
 
 /// OGRE keeps them for the address of a viewport, beyond its death, and the next viewport may well get that address.
 void dropCompositors(const Ogre::Viewport& viewport)
@@ -94,6 +96,7 @@ Camera::Camera(const std::string& givenName, Scene* scene) : scene(scene), watch
     cross = std::make_unique<AxesCross>(*this);
     cross->setScale(axesCrossScale);
     camera->addListener(watcher.get());
+    living.push_back(this);
     if (!main)
         main = this;
     publish();
@@ -102,6 +105,7 @@ Camera::Camera(const std::string& givenName, Scene* scene) : scene(scene), watch
 Camera::~Camera()
 {
     removeViewport();
+    std::erase(living, this);
     if (main == this) {
         main = nullptr;
         SceneCore::Get()->mainCamera.withdraw();
@@ -179,6 +183,13 @@ void Camera::updateFOV()
     camera->setAspectRatio(aspect);
     camera->setFOVy(Ogre::Radian(LimitFOV(static_cast<float>(vfov))));
     publish();
+}
+
+void Camera::FitThoseOf(const Ogre::RenderTarget& target)
+{
+    for (Camera* camera : living)
+        if (camera->renderTarget == &target)
+            camera->updateFOV();
 }
 
 void Camera::setClipDist(float near, float far)

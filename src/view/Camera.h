@@ -114,7 +114,10 @@ public:
 
 private:
     class Watcher;
+    friend class WindowTarget;
 
+    /// Fits the angles of the cameras that draw into this target, whose size has changed.
+    static void FitThoseOf(const Ogre::RenderTarget& target);
     static float LimitFOV(float angle);
     void publish() const;
     void removeViewport();

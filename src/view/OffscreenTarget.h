@@ -3,6 +3,7 @@
 #include "platform/common/Export.h"
 
 #include <cstdint>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,9 @@ public:
     Ogre::RenderTarget* renderTarget() const { return target; }
     /// What was last drawn: red, green, blue for each pixel, rows from the top, nothing between them.
     std::vector<std::uint8_t> read() const;
+    /// Writes the same as a PNG, whole or not at all.
+    /// @throws std::runtime_error naming the file that cannot be written.
+    void savePng(const std::filesystem::path& file) const;
 
 private:
     unsigned width;
