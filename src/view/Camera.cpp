@@ -11,6 +11,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <stdexcept>
+#include <vector>
 
 namespace vrk::visual {
 namespace {
@@ -22,6 +24,15 @@ constexpr unsigned allBuffers = Ogre::FBT_COLOUR | Ogre::FBT_DEPTH;
 const Ogre::ColourValue background(0.45f, 0.45f, 0.45f, 1.0f);
 
 Camera* main = nullptr;
+std::vector<Camera*> living; // in the order of their making
+
+/// OGRE keeps them for the address of a viewport, beyond its death, and the next viewport may well get that address.
+void dropCompositors(const Ogre::Viewport& viewport)
+{
+    Ogre::CompositorManager& compositors = Ogre::CompositorManager::getSingleton();
+    if (compositors.hasCompositorChain(&viewport))
+        compositors.removeCompositorChain(&viewport);
+}
 
 CameraSnapshot::Matrix toArray(const Ogre::Matrix4& matrix)
 {
@@ -85,6 +96,7 @@ Camera::Camera(const std::string& givenName, Scene* scene) : scene(scene), watch
     cross = std::make_unique<AxesCross>(*this);
     cross->setScale(axesCrossScale);
     camera->addListener(watcher.get());
+    living.push_back(this);
     if (!main)
         main = this;
     publish();
@@ -93,6 +105,7 @@ Camera::Camera(const std::string& givenName, Scene* scene) : scene(scene), watch
 Camera::~Camera()
 {
     removeViewport();
+    std::erase(living, this);
     if (main == this) {
         main = nullptr;
         SceneCore::Get()->mainCamera.withdraw();
@@ -127,10 +140,8 @@ CameraSnapshot Camera::getSnapshot() const
     snapshot.vfov = getVFOV();
     snapshot.nearClip = camera->getNearClipDistance();
     snapshot.farClip = camera->getFarClipDistance();
-    if (renderTarget && renderTarget->getNumViewports() > 0) {
-        snapshot.width = viewportWidth();
-        snapshot.height = viewportHeight();
-    }
+    snapshot.width = viewportWidth();
+    snapshot.height = viewportHeight();
     return snapshot;
 }
 
@@ -174,6 +185,13 @@ void Camera::updateFOV()
     publish();
 }
 
+void Camera::FitThoseOf(const Ogre::RenderTarget& target)
+{
+    for (Camera* camera : living)
+        if (camera->renderTarget == &target)
+            camera->updateFOV();
+}
+
 void Camera::setClipDist(float near, float far)
 {
     camera->setNearClipDistance(near);
@@ -200,26 +218,41 @@ void Camera::removeViewport()
 {
     if (!viewport)
         return;
-    // OGRE keeps a chain for its viewport's address, which the next viewport may well get.
-    if (Ogre::CompositorManager::getSingleton().hasCompositorChain(viewport))
-        Ogre::CompositorManager::getSingleton().removeCompositorChain(viewport);
-    viewport->removeListener(watcher.get());
-    renderTarget->removeViewport(viewport->getZOrder());
+    Ogre::Viewport& removed = *viewport;
+    dropCompositors(removed);
+    removed.removeListener(watcher.get());
+    forgetViewport();
+    removed.getTarget()->removeViewport(removed.getZOrder());
+}
+
+void Camera::forgetViewport()
+{
+    // OGRE's camera keeps the one that it drew into last.
+    if (camera->getViewport() == viewport)
+        camera->_notifyViewport(nullptr);
     viewport = nullptr;
+    renderTarget = nullptr;
 }
 
 void Camera::loseRenderTarget()
 {
-    viewport = nullptr;
-    renderTarget = nullptr;
+    forgetViewport();
     publish();
 }
 
 void Camera::setRenderTarget(Ogre::RenderTarget* target)
 {
+    if (!target) {
+        removeViewport();
+        publish();
+        return;
+    }
+    // The new one first, so that a target that is taken leaves the camera as it is. One target has room for one of them.
+    Ogre::Viewport* next = target == renderTarget ? nullptr : target->addViewport(camera, 0, 0, 0, 1, 1);
     removeViewport();
+    viewport = next ? next : target->addViewport(camera, 0, 0, 0, 1, 1);
     renderTarget = target;
-    viewport = target->addViewport(camera, 0, 0, 0, 1, 1);
+    dropCompositors(*viewport);
     viewport->addListener(watcher.get());
     viewport->setClearEveryFrame(true, allBuffers);
     viewport->setOverlaysEnabled(true);
@@ -230,16 +263,18 @@ void Camera::setRenderTarget(Ogre::RenderTarget* target)
 
 unsigned Camera::viewportWidth() const
 {
-    return static_cast<unsigned>(renderTarget->getViewport(0)->getActualWidth());
+    return renderTarget ? static_cast<unsigned>(renderTarget->getViewport(0)->getActualWidth()) : 0;
 }
 
 unsigned Camera::viewportHeight() const
 {
-    return static_cast<unsigned>(renderTarget->getViewport(0)->getActualHeight());
+    return renderTarget ? static_cast<unsigned>(renderTarget->getViewport(0)->getActualHeight()) : 0;
 }
 
 void Camera::cameraToViewportRay(float x, float y, rob::PosTemplate<float>& pos, rob::Vec3Template<float>& dir) const
 {
+    if (!renderTarget)
+        throw std::logic_error("The camera has no render target.");
     const float nx = x / static_cast<float>(viewportWidth());
     const float ny = y / static_cast<float>(viewportHeight());
     const Ogre::Ray ray = camera->getCameraToViewportRay(nx, ny);

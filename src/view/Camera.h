@@ -25,7 +25,8 @@ class Scene;
 /// in pixels that picking uses come from here.
 ///
 /// It looks along the negative z axis of its node. The horizontal field of view is what stays when a window is resized.
-/// A camera stands without a render target until `setRenderTarget`; until then it has no size in pixels and no rays.
+/// A camera stands without a render target until `setRenderTarget`, and again once that target is gone; meanwhile it has no
+/// size in pixels and no rays, navigation that needs a ray does nothing, and nothing lies under any pixel.
 ///
 /// Owner: the scene that made it. Thread: render thread.
 class VRK_EXPORT Camera {
@@ -76,15 +77,17 @@ public:
     void setVerticleDir(int axis);
 
     // Render target
-    /// Draws into this target from now on, over its whole area, instead of the one before. When the target dies the camera
-    /// has none.
+    /// Draws into this target from now on, over its whole area, instead of the one before; null takes the camera off the
+    /// one that it has. The target stays its owner's, and may die ahead of the camera, which then has none.
+    /// @throws Ogre::Exception where another view lies in the target already, at z order 0. The camera stays as it is.
     void setRenderTarget(Ogre::RenderTarget* target);
     bool isRenderTargetValid() const { return renderTarget != nullptr; }
-    /// Pixels; only with a render target.
+    /// Pixels; 0 without a render target.
     unsigned viewportWidth() const;
     unsigned viewportHeight() const;
 
-    // What lies under a pixel, counted from the top left corner; only with a render target
+    // What lies under a pixel, counted from the top left corner. All of them
+    // @throws std::logic_error "The camera has no render target."
     void cameraToViewportRay(float x, float y, rob::PosTemplate<float>& pos, rob::Vec3Template<float>& dir) const;
     /// @throws std::overflow_error "0-length vector cannot be normalized."
     Ray getViewportRay(float x, float y) const;
@@ -111,10 +114,14 @@ public:
 
 private:
     class Watcher;
+    friend class WindowTarget;
 
+    /// Fits the angles of the cameras that draw into this target, whose size has changed.
+    static void FitThoseOf(const Ogre::RenderTarget& target);
     static float LimitFOV(float angle);
     void publish() const;
     void removeViewport();
+    void forgetViewport();
     void loseRenderTarget();
     void navigate(std::function<void(OrbitViewController&)> gesture);
 

@@ -1,5 +1,7 @@
 #include "view/OffscreenTarget.h"
 
+#include "view/TargetPixels.h"
+
 #include <Ogre.h>
 
 namespace vrk::visual {
@@ -16,15 +18,19 @@ OffscreenTarget::OffscreenTarget(unsigned width, unsigned height, unsigned sampl
 
 OffscreenTarget::~OffscreenTarget()
 {
+    // Now, as whoever holds the texture would keep OGRE's target, and with it the cameras, beyond this.
+    target->removeAllViewports();
     Ogre::TextureManager::getSingleton().remove(textureName, Ogre::ResourceGroupManager::DEFAULT_RESOURCE_GROUP_NAME);
 }
 
 std::vector<std::uint8_t> OffscreenTarget::read() const
 {
-    std::vector<std::uint8_t> pixels(std::size_t{3} * width * height);
-    const Ogre::Box area(0, 0, width, height);
-    target->copyContentsToMemory(area, Ogre::PixelBox(area, Ogre::PF_BYTE_RGB, pixels.data()));
-    return pixels;
+    return readPixels(*target);
+}
+
+void OffscreenTarget::savePng(const std::filesystem::path& file) const
+{
+    writePng(file, width, height, read());
 }
 
 } // namespace vrk::visual

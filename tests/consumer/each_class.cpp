@@ -95,6 +95,8 @@
 #include "view/OffscreenTarget.h"
 #include "view/OrbitPivotVisual.h"
 #include "view/OrbitViewController.h"
+#include "view/RenderFrame.h"
+#include "view/WindowTarget.h"
 #include "visual/ArrowVisual.h"
 #include "visual/BodyVisual.h"
 #include "visual/CurveVisual.h"
@@ -303,6 +305,8 @@ void keepStationAndView()
     keep(&OffscreenTarget::read);
     keep(&OrbitPivotVisual::updateScale);
     keep(&OrbitViewController::startRotating);
+    keep(&renderFrame);
+    keep(&WindowTarget::draw);
 }
 
 } // namespace
