@@ -1,18 +1,18 @@
-// A model of one's own, made in memory and moved from another thread at 100 Hz: moving <picture.ppm>
+// A model of one's own, made in memory and moved from another thread at 100 Hz: moving <picture.png>
 // A block travels along a beam for a second; the last frame is written.
 #include <vrk/platform/layout/Layout.h>
 #include <vrk/platform/layout/Part.h>
 #include <vrk/platform/station/BareShapes.h>
+#include <vrk/scene/Init.h>
 #include <vrk/scene/Scene.h>
 #include <vrk/scene/StartUp.h>
 #include <vrk/view/Camera.h>
 #include <vrk/view/OffscreenTarget.h>
+#include <vrk/view/RenderFrame.h>
 
 #include <BRepPrimAPI_MakeBox.hxx>
-#include <OgreRoot.h>
 
 #include <chrono>
-#include <fstream>
 #include <iostream>
 #include <thread>
 
@@ -22,7 +22,7 @@ int main(int count, char** words)
 try {
     std::string why;
     if (count != 2 || !visual::TryInit(16, 16, visual::DefaultSettings(), why)) {
-        std::cerr << (count != 2 ? "moving <picture.ppm>" : why) << '\n';
+        std::cerr << (count != 2 ? "moving <picture.png>" : why) << '\n';
         return 2;
     }
     visual::OffscreenTarget target(640, 400, 4);
@@ -47,13 +47,10 @@ try {
     const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(1200);
     for (; std::chrono::steady_clock::now() < end; ++frames) {
         scene.processMsgs();
-        Ogre::Root::getSingleton().renderOneFrame();
+        visual::renderFrame();
     }
     mover.join();
-    const std::vector<std::uint8_t> rgb = target.read();
-    std::ofstream stream(words[1], std::ios::binary);
-    stream << "P6\n640 400\n255\n";
-    stream.write(reinterpret_cast<const char*>(rgb.data()), static_cast<std::streamsize>(rgb.size()));
+    target.savePng(words[1]);
     std::cout << frames << " frames\n";
     visual::ReleaseResources();
 } catch (const std::exception& failure) {

@@ -3,17 +3,16 @@
 #include <vrk/platform/layout/Layout.h>
 #include <vrk/platform/station/Import.h>
 #include <vrk/platform/station/ImportUrdf.h>
+#include <vrk/scene/Init.h>
 #include <vrk/scene/Scene.h>
 #include <vrk/scene/StartUp.h>
 #include <vrk/selection/VisualSelection.h>
 #include <vrk/view/Camera.h>
 #include <vrk/view/OffscreenTarget.h>
+#include <vrk/view/RenderFrame.h>
 #include <vrk/visual/Visual.h>
 
-#include <OgreRoot.h>
-
 #include <cmath>
-#include <fstream>
 #include <iostream>
 
 using namespace vrk;
@@ -26,14 +25,6 @@ static void add(const std::filesystem::path& file)
     else
         for (const auto& part : station::ImportFile(file))
             station.addPart(part);
-}
-
-static void write(const std::filesystem::path& file, const visual::OffscreenTarget& target)
-{
-    const std::vector<std::uint8_t> rgb = target.read();
-    std::ofstream stream(file, std::ios::binary);
-    stream << "P6\n" << target.getWidth() << ' ' << target.getHeight() << "\n255\n";
-    stream.write(reinterpret_cast<const char*>(rgb.data()), static_cast<std::streamsize>(rgb.size()));
 }
 
 int main(int count, char** words)
@@ -56,8 +47,8 @@ try {
         const rob::Dirf into = rob::normalized(rob::Vec3f(-std::cos(turn), -std::sin(turn), -0.5f));
         scene.setCameraPose(scene.getViewPoseForDir(into, {0, 0, 1}));
         scene.processMsgs();
-        Ogre::Root::getSingleton().renderOneFrame();
-        write(std::filesystem::path(words[1]) / ("side" + std::to_string(side) + ".ppm"), target);
+        visual::renderFrame();
+        target.savePng(std::filesystem::path(words[1]) / ("side" + std::to_string(side) + ".png"));
         selection::VisualSelection::Get()->update();
         const selection::Result hit = selection::VisualSelection::Get()->select(600, 400);
         std::cout << side << ": " << (hit.hit ? hit.visual->getName() : std::string("nothing")) << '\n';

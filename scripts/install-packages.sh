@@ -11,7 +11,7 @@ packages=(
     libfreetype-dev fonts-dejavu-core
     libminizip-dev liblzf-dev libfmt-dev libspdlog-dev libboost-dev nlohmann-json3-dev libpng-dev
     liburdfdom-dev libassimp-dev
-    qt6-base-dev libcli11-dev
+    qt6-base-dev libcli11-dev libglfw3-dev
     universal-ctags
     libgtest-dev libgmock-dev libbenchmark-dev libembree-dev libcgal-dev
     libx11-dev libxcb1-dev libxtst-dev xvfb xauth libgl1-mesa-dri

@@ -24,8 +24,10 @@ examples=$(dirname "$(find "$work/installed" -path '*/examples/CMakeLists.txt')"
 cmake -S "$examples" -B "$work/examples" -G Ninja -DCMAKE_PREFIX_PATH="$work/installed" -DCMAKE_CXX_FLAGS="-Wall -Wextra -Werror" "${launcher[@]}" >/dev/null
 cmake --build "$work/examples"
 mkdir -p "$work/pictures"
-"$work/examples/moving" "$work/pictures/moving.ppm"
+"$work/examples/moving" "$work/pictures/moving.png"
 "$work/examples/pictures" "$work/pictures" "$source/Bracket.stl" >"$work/pictures/picks"
+"$work/examples/window" "$source/Bracket.stl" "$work/pictures/window.png"
+"$work/examples/widget" "$source/Bracket.stl" "$work/pictures/widget.png"
 # Every one of the 12 sides has the body in its middle.
 test "$(grep -c "^[0-9]*: Bracket" "$work/pictures/picks")" = 12
 
