@@ -212,12 +212,13 @@ std::vector<KeptDistance::Number> KeptDistance::verticesBeyond(const LinkedTrian
                 isBeyond[t] = !source->side.isTriangleWithin({places[a], places[b], places[c]}, spare * tolerance,
                                                              hints[a], mostCuts);
             }
-            if (triangles.isGone(t) || isTouched[t]) {
-                const auto& [a, b, c] = source->surface.triangles[t];
-                // What is near one triangle with all corners is so all over.
-                if (nearestTo[a] != nearestTo[b] || nearestTo[b] != nearestTo[c])
-                    isSourceBeyond[t] = !ofResult.isTriangleWithin({points[a], points[b], points[c]}, spare * tolerance,
-                                                                   nearestTo[a], mostCuts);
+            for (Number i = 0; i < 3 && (triangles.isGone(t) || isTouched[t]); ++i) {
+                const Number a = source->surface.triangles[t][i],
+                             b = source->surface.triangles[t][LinkedTriangles::nextOf(i)];
+                // An edge that is near one triangle with both ends is so all along.
+                if (nearestTo[a] != nearestTo[b] &&
+                    !ofResult.isEdgeWithin(points[a], points[b], spare * tolerance, nearestTo[a]))
+                    isSourceBeyond[t] = 1;
             }
         }
     });

@@ -14,7 +14,8 @@ namespace vrk::cam {
 ///
 /// Seen from one triangle the other surface rises and falls in straight pieces, so that both are farthest from each other at a
 /// vertex of either, or where their edges cross. At each step vertices and middles of the surface as it was are looked at, and
-/// the new edges all along; at the end, all triangles of both all over.
+/// the new edges all along; at the end, all triangles of the result all over, and
+/// the edges of the surface all along.
 class KeptDistance {
 public:
     using Number = LinkedTriangles::Number;
