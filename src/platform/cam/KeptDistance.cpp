@@ -15,6 +15,8 @@ using rob::Vec3d;
 namespace {
 
 constexpr double spare = 0.98;          // of the tolerance, at the end
+constexpr unsigned mostCuts = 8;        // of a triangle in four, at the end
+constexpr double smallest = 0.25;       // of a limit: a piece that is looked at in its middle alone
 constexpr unsigned mostSteps = 4096;    // along an edge: a limit that is less than can be reckoned is not held
 constexpr double shortest = 1.0 / 64.0; // of a limit: what does not get on by so much along an edge is not held
 
@@ -88,6 +90,30 @@ bool KeptDistance::Side::isEdgeWithin(const Vec3d& from, const Vec3d& to, double
         gone += step;
     }
     return isWithin(to, limit, hint);
+}
+
+/// A triangle is convex: what has its corners within of it is so all over. What is left is cut in four, down to pieces
+/// that are small beside the limit, which are asked about in their middle.
+bool KeptDistance::Side::isTriangleWithin(const Corners& of, double limit, Number hint, unsigned cuts) const
+{
+    const auto& [a, b, c] = of;
+    const Vec3d middle = (a + b + c) / 3.0;
+    const SourcePatches::Place found = patches.nearest(middle, hint);
+    hint = found.triangle;
+    const double radius = std::max({(a - middle).length(), (b - middle).length(), (c - middle).length()});
+    double distance = (found.place - middle).length();
+    if (distance + radius < limit ||
+        (patches.distance(hint, a) < limit && patches.distance(hint, b) < limit && patches.distance(hint, c) < limit))
+        return true;
+    // Where neighbours do not lead to what is nearest, all are asked.
+    if (!(distance < limit))
+        distance = std::sqrt(tree.squaredDistance(middle, limit));
+    if (!(distance < limit) || cuts == 0 || radius < smallest * limit)
+        return distance < limit;
+    const Vec3d ab = (a + b) / 2.0, bc = (b + c) / 2.0, ca = (c + a) / 2.0;
+    return isTriangleWithin({ab, bc, ca}, limit, hint, cuts - 1) &&
+           isTriangleWithin({a, ab, ca}, limit, hint, cuts - 1) &&
+           isTriangleWithin({ab, b, bc}, limit, hint, cuts - 1) && isTriangleWithin({ca, bc, c}, limit, hint, cuts - 1);
 }
 
 bool KeptDistance::isKept(const LinkedTriangles& triangles, const std::vector<Vec3d>& places, Number kept, Number gone,
@@ -181,11 +207,10 @@ std::vector<KeptDistance::Number> KeptDistance::verticesBeyond(const LinkedTrian
     std::vector<std::uint8_t> isBeyond(triangles.slots(), 0), isSourceBeyond(triangles.slots(), 0);
     parallelFor(triangles.slots(), [&](std::size_t begin, std::size_t end) {
         for (auto t = static_cast<Number>(begin); t < end && !stop.stop_requested(); ++t) {
-            for (Number i = 0; i < 3 && !triangles.isGone(t) && isTouched[t]; ++i) {
-                const Number a = triangles[t][i], b = triangles[t][LinkedTriangles::nextOf(i)];
-                if ((a < b || triangles.isOnLine(t, i)) &&
-                    !source->side.isEdgeWithin(places[a], places[b], spare * tolerance, hints[a]))
-                    isBeyond[t] = 1;
+            if (!triangles.isGone(t) && isTouched[t]) {
+                const auto& [a, b, c] = triangles[t];
+                isBeyond[t] = !source->side.isTriangleWithin({places[a], places[b], places[c]}, spare * tolerance,
+                                                             hints[a], mostCuts);
             }
             for (Number i = 0; i < 3 && (triangles.isGone(t) || isTouched[t]); ++i) {
                 const Number a = source->surface.triangles[t][i],

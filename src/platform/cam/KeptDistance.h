@@ -14,7 +14,8 @@ namespace vrk::cam {
 ///
 /// Seen from one triangle the other surface rises and falls in straight pieces, so that both are farthest from each other at a
 /// vertex of either, or where their edges cross. At each step vertices and middles of the surface as it was are looked at, and
-/// the new edges all along; at the end, all edges of both.
+/// the new edges all along; at the end, all triangles of the result all over, and
+/// the edges of the surface all along.
 class KeptDistance {
 public:
     using Number = LinkedTriangles::Number;
@@ -57,6 +58,7 @@ private:
         /// @param hint  a triangle that is near, and then the nearest that was found from it.
         bool isWithin(const rob::Vec3d& place, double limit, Number& hint) const;
         bool isEdgeWithin(const rob::Vec3d& from, const rob::Vec3d& to, double limit, Number hint) const;
+        bool isTriangleWithin(const Corners& of, double limit, Number hint, unsigned cuts) const;
     };
 
     bool isPointWithin(Number point, Number likely) const;

@@ -32,8 +32,9 @@ struct SimplifyOptions {
 /// stay where they are. No triangle turns over, and none without area is made. The same surface gives the same result.
 ///
 /// The result lies within a tolerance of the surface, and the surface within it of the result: of each step the new edges are
-/// looked at all along, and vertices and middles of the triangles that they stand for; at the end all edges of both are, all
-/// along. Where it is not held then with a fiftieth to spare, the surface stays as it is, and what depends on it is done again.
+/// looked at all along, and vertices and middles of the triangles that they stand for; at the end all edges of the surface are,
+/// and the triangles of the result all over, but pieces of a quarter of the tolerance in their middle alone. Where it is not
+/// held then with a fiftieth to spare, the surface stays as it is, and what depends on it is done again.
 /// This takes several times as long as a number of triangles does.
 ///
 /// Thread: any; places are looked at on all cores, in the end.

@@ -9,6 +9,7 @@
 #include <cmath>
 #include <limits>
 #include <numbers>
+#include <random>
 #include <stdexcept>
 
 namespace vrk::cam {
@@ -59,6 +60,23 @@ TEST_P(SimplifiedShape, KeepsItsTopologyAndHasNoTriangleWithoutArea)
     EXPECT_EQ(test::edgesOf(result).borders == 0, test::edgesOf(surface).borders == 0);
     EXPECT_EQ(test::edgesOf(result).more == 0, test::edgesOf(surface).more == 0);
     EXPECT_GT(test::leastArea(result), 0);
+}
+
+/// Its triangles are as long as the tolerance, so that the middle of a large one may be far from all edges.
+TEST(Simplify, RoughSheetIsWithinTheToleranceBothWays)
+{
+    for (unsigned seed = 0; seed < 5; ++seed) {
+        SCOPED_TRACE(testing::Message() << "seed " << seed);
+        TriangleSurface surface = test::waveSheet(50);
+        std::mt19937 random(seed);
+        for (rob::Posd& vertex : surface.vertices)
+            vertex.z += random() % 1000 / 1000.0;
+
+        const TriangleSurface result = simplified(surface, 0.3);
+
+        EXPECT_LE(test::farthest(result, surface), 0.3);
+        EXPECT_LE(test::farthest(surface, result), 0.3);
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Shapes, SimplifiedShape,
