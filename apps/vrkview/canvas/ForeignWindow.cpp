@@ -4,8 +4,6 @@
 
 #include <xcb/xcb.h>
 
-#include <cstdlib>
-
 namespace vrkview {
 namespace {
 
@@ -19,7 +17,7 @@ xcb_connection_t* connection()
 ForeignWindow::ForeignWindow(unsigned long handle, std::function<void()> exposed, std::function<void()> left)
     : handle(handle), exposed(std::move(exposed)), left(std::move(left))
 {
-    // Each client of the display has its own choice of events, so OGRE's stays as it is.
+    // Each client of the display has its own choice of events, so that of whoever made the window stays as it is.
     const std::uint32_t events[] = {XCB_EVENT_MASK_EXPOSURE | XCB_EVENT_MASK_LEAVE_WINDOW};
     xcb_change_window_attributes(connection(), static_cast<xcb_window_t>(handle), XCB_CW_EVENT_MASK, events);
     xcb_flush(connection());
@@ -29,15 +27,6 @@ ForeignWindow::ForeignWindow(unsigned long handle, std::function<void()> exposed
 ForeignWindow::~ForeignWindow()
 {
     qGuiApp->removeNativeEventFilter(this);
-}
-
-void ForeignWindow::resize(const QSize& size)
-{
-    const auto window = static_cast<xcb_window_t>(handle);
-    const std::uint32_t sides[] = {static_cast<std::uint32_t>(size.width()), static_cast<std::uint32_t>(size.height())};
-    xcb_configure_window(connection(), window, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT, sides);
-    // OGRE asks on a connection of its own: an answer to any question says that the request above is done.
-    std::free(xcb_get_geometry_reply(connection(), xcb_get_geometry(connection(), window), nullptr));
 }
 
 bool ForeignWindow::nativeEventFilter(const QByteArray& eventType, void* message, qintptr*)

@@ -6,14 +6,14 @@
 #include "scene/Scene.h"
 #include "view/Camera.h"
 #include "view/OffscreenTarget.h"
+#include "view/RenderFrame.h"
+#include "view/WindowTarget.h"
 
 #include <QMouseEvent>
 #include <QScopedValueRollback>
 #include <QScreen>
 #include <QWheelEvent>
 #include <QWindow>
-
-#include <Ogre.h>
 
 #include <utility>
 
@@ -22,15 +22,15 @@ namespace {
 
 using vrk::broker::SignalBroker;
 using vrk::visual::Camera;
+using vrk::visual::WindowTarget;
 
-constexpr const char* windowName = "vrkview";
-constexpr const char* antialiasing = "4"; // samples for each pixel
+constexpr unsigned antialiasing = 4; // samples for each pixel
 
 } // namespace
 
 ViewWidget::ViewWidget(QWidget* parent) : QWidget(parent)
 {
-    // OGRE draws all of it: Qt must neither clear it nor paint on it.
+    // The library draws all of it: Qt must neither clear it nor paint on it.
     setAttribute(Qt::WA_NativeWindow);
     setAttribute(Qt::WA_PaintOnScreen);
     setAttribute(Qt::WA_NoSystemBackground);
@@ -40,15 +40,12 @@ ViewWidget::ViewWidget(QWidget* parent) : QWidget(parent)
     setFocusPolicy(Qt::StrongFocus); // a click takes the keys from the docks
 
     const QSize pixels = toDevice(size());
-    const Ogre::NameValuePairList parameters = {
-        {"parentWindowHandle", std::to_string(winId())}, {"FSAA", antialiasing}, {"vsync", "false"}};
-    window = Ogre::Root::getSingleton().createRenderWindow(windowName, static_cast<unsigned>(pixels.width()),
-                                                           static_cast<unsigned>(pixels.height()), false, &parameters);
-    Camera::Get()->setRenderTarget(window);
-    unsigned long handle = 0;
-    window->getCustomAttribute("WINDOW", &handle);
+    window = std::make_unique<WindowTarget>(winId(), static_cast<unsigned>(pixels.width()),
+                                            static_cast<unsigned>(pixels.height()), antialiasing);
+    window->setDevicePixelRatio(devicePixelRatioF());
+    Camera::Get()->setRenderTarget(window->renderTarget());
     native = std::make_unique<ForeignWindow>(
-        handle, [this] { requestFrame(); }, [this] { leave(); });
+        window->nativeHandle(), [this] { requestFrame(); }, [this] { leave(); });
     connect(windowHandle(), &QWindow::screenChanged, this, &ViewWidget::fitToWidget); // its pixels may be others
     sceneChanged = SignalBroker::onUpdateScene([this] { requestFrame(); });
     cameraMoved = SignalBroker::onCameraMoved([this] {
@@ -57,13 +54,8 @@ ViewWidget::ViewWidget(QWidget* parent) : QWidget(parent)
     });
 }
 
-ViewWidget::~ViewWidget()
-{
-    Camera::Get()->setRenderTarget(Ogre::Root::getSingleton().getRenderTarget("ogrewindow"));
-    native.reset();
-    // While the parent's native window stands: with it goes OGRE's own.
-    Ogre::Root::getSingleton().destroyRenderTarget(window);
-}
+// The members go while the native window of the widget stands, which the target needs.
+ViewWidget::~ViewWidget() = default;
 
 QSize ViewWidget::toDevice(const QSize& logical) const
 {
@@ -131,21 +123,12 @@ void ViewWidget::wheelEvent(QWheelEvent* event)
 
 void ViewWidget::fitToWidget()
 {
-    native->resize(toDevice(size()));
-    requestFrame();
-}
-
-bool ViewWidget::hasItsSize()
-{
     const QSize pixels = toDevice(size());
-    const auto agrees = [this, pixels] {
-        return QSize(static_cast<int>(window->getWidth()), static_cast<int>(window->getHeight())) == pixels;
-    };
-    if (!agrees()) {
-        window->windowMovedOrResized();
-        Camera::Get()->updateFOV();
-    }
-    return agrees();
+    attempt([this, pixels] {
+        window->resize(static_cast<unsigned>(pixels.width()), static_cast<unsigned>(pixels.height()));
+        window->setDevicePixelRatio(devicePixelRatioF());
+    });
+    requestFrame();
 }
 
 QImage ViewWidget::takePicture(const QSize& pixels)
@@ -158,9 +141,9 @@ QImage ViewWidget::takePicture(const QSize& pixels)
                                               static_cast<unsigned>(scale * pixels.height()), samples);
     camera.setRenderTarget(target.renderTarget());
     enlargeCross(scale); // its size is in pixels
-    Ogre::Root::getSingleton().renderOneFrame();
+    vrk::visual::renderFrame();
     const std::vector<std::uint8_t> bytes = target.read();
-    camera.setRenderTarget(window);
+    camera.setRenderTarget(window->renderTarget());
     enlargeCross(1.0f / scale);
     requestFrame();
     const QSize drawn = pixels * scale;
@@ -191,13 +174,12 @@ void ViewWidget::drawFrame()
 {
     // First, so that a request during the frame, for what it may have missed, makes another one.
     isRequested = false;
-    // OGRE takes no size while the window is not on the screen; that it got there is told by an exposure.
-    const bool isDrawable = isVisible() && hasItsSize();
+    const bool isDrawable = isVisible(); // it has its size by then
     if (isDrawable && !std::exchange(wasDrawable, true))
         attempt([this] { emit ready(); });
     drain();
     if (isDrawable)
-        attempt([] { Ogre::Root::getSingleton().renderOneFrame(); });
+        attempt(vrk::visual::renderFrame);
 }
 
 } // namespace vrkview

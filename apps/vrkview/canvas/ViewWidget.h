@@ -11,13 +11,13 @@
 #include <functional>
 #include <memory>
 
-namespace Ogre {
-class RenderWindow;
+namespace vrk::visual {
+class WindowTarget;
 }
 
 namespace vrkview {
 
-/// The 3D view: a widget whose whole area is an OGRE window. Keys and the mouse go to Qt, as for any widget.
+/// The 3D view: a widget whose whole area the library draws. Keys and the mouse go to Qt, as for any widget.
 ///
 /// A frame is drawn when the scene asks for one, when the camera moves and when the window is shown, uncovered or
 /// resized; many reasons at once make one frame. One at a time, since there is one scene.
@@ -31,7 +31,7 @@ public:
     explicit ViewWidget(QWidget* parent = nullptr);
     ~ViewWidget() override;
 
-    /// Logical to device pixels: what Qt says of sizes and of the mouse is in the former, OGRE and picking use the latter.
+    /// Logical to device pixels: what Qt says of sizes and of the mouse is in the former, the library uses the latter.
     QSize toDevice(const QSize& logical) const;
     QPointF toDevice(const QPointF& logical) const;
 
@@ -80,9 +80,8 @@ private:
     /// Tells of a failure instead of passing it on.
     void attempt(const std::function<void()>& work);
     void fitToWidget();
-    bool hasItsSize();
 
-    Ogre::RenderWindow* window = nullptr;  // OGRE's, destroyed with this
+    std::unique_ptr<vrk::visual::WindowTarget> window;
     std::unique_ptr<ForeignWindow> native; // the same one, as the display sees it
     std::atomic<bool> isRequested = false;
     bool wasDrawable = false;

@@ -10,12 +10,11 @@
 #include "scene/Scene.h"
 #include "view/Camera.h"
 #include "view/OffscreenTarget.h"
+#include "view/RenderFrame.h"
 
 #include <QImage>
 
 #include <fmt/format.h>
-
-#include <Ogre.h>
 
 #include <algorithm>
 #include <iostream>
@@ -46,17 +45,12 @@ void suitCross(const OffscreenTarget& target)
     enlargeCross(side / usualRows);
 }
 
-void showWindowAgain()
-{
-    Camera::Get()->setRenderTarget(Ogre::Root::getSingleton().getRenderTarget("ogrewindow"));
-}
-
 /// What the camera sees after the move that was posted.
 QImage draw(const OffscreenTarget& target)
 {
     vrk::visual::Scene::Get()->processMsgs();
     StationDimensions::Get().updateWhole();
-    Ogre::Root::getSingleton().renderOneFrame();
+    vrk::visual::renderFrame();
     const std::vector<std::uint8_t> pixels = target.read();
     const int width = static_cast<int>(target.getWidth());
     const int height = static_cast<int>(target.getHeight());
@@ -90,7 +84,6 @@ void takePictures(const Options& options)
         lookAlong(*view);
         take(fileFor(options, *view));
     }
-    showWindowAgain();
 }
 
 PictureView::PictureView(const Options& options)
@@ -106,10 +99,7 @@ PictureView::PictureView(const Options& options)
     vrk::visual::Scene::Get()->processMsgs();
 }
 
-PictureView::~PictureView()
-{
-    showWindowAgain();
-}
+PictureView::~PictureView() = default;
 
 void printList(const Station& station)
 {

@@ -504,7 +504,7 @@ TEST_F(MoveToolTest, RingFromItsEdgeTurnsNothingAndTellsWhy)
 TEST_F(MoveToolTest, ViewWithoutAreaTakesNoDragAndEndsNone)
 {
     const QPoint arrow = placeOnHandle(Handle::Z);
-    Ogre::Viewport& area = *Ogre::Root::getSingleton().getRenderTarget("vrkview")->getViewport(0);
+    Ogre::Viewport& area = *vrk::visual::Camera::Get()->ogreCamera()->getViewport();
     // Given by hand: a frame of no area cannot be drawn, and so must not come in between.
     const auto send = [&](InputEvent::Kind kind, const QPoint& way) {
         const bool isMove = kind == InputEvent::Kind::Move;
