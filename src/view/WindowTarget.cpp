@@ -73,6 +73,8 @@ unsigned WindowTarget::getHeight() const
 void WindowTarget::resize(unsigned width, unsigned height)
 {
     checkSize(width, height);
+    if (width == getWidth() && height == getHeight())
+        return;
     fit(width, height);
     // A driver may look for the size only here, and draw the next picture in pixels of the old one otherwise.
     window->swapBuffers();

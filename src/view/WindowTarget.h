@@ -41,7 +41,7 @@ public:
     unsigned getWidth() const;
     unsigned getHeight() const;
     /// The size of the inner window from now on; the cameras that draw here fit their angles to it. Draw next: what
-    /// it shows until then is of the old size.
+    /// it shows until then is of the old size. The size that it has already costs nothing.
     /// @throws std::runtime_error that names the size if it is not as the constructor takes it; the window stays as it is.
     void resize(unsigned width, unsigned height);
     /// Device pixels for one that the user thinks in, 1 at first. It is kept for whoever asks, as picking and texts do, and

@@ -216,6 +216,21 @@ TEST_F(WindowTargetTest, ReadingShowsNothing)
     expectBox(window.onScreen());
 }
 
+TEST_F(WindowTargetTest, SizeThatItHasAlreadyShowsNothingElse)
+{
+    PlainWindow window(200, 150);
+    window.show();
+    WindowTarget target(window.id, 200, 150, 0);
+    main.setRenderTarget(target.renderTarget());
+    target.draw();
+    test::lookAlong(main, {0, -400, 0}, {0, -1, 0});
+    target.read(); // what lies behind what is shown
+
+    target.resize(200, 150);
+
+    expectBox(window.onScreen());
+}
+
 TEST_F(WindowTargetTest, PictureIsThatOfAnOffscreenTarget)
 {
     PlainWindow window(101, 75); // rows that end within a word
