@@ -1,9 +1,5 @@
 // A window of GLFW's: window <file.step|.brep|.stl> [<picture.png>]
 // Left button: select; middle: orbit; right: pan; wheel: zoom. With a picture it draws one frame into that, and ends.
-#define GLFW_EXPOSE_NATIVE_X11
-#include <GLFW/glfw3.h>
-#include <GLFW/glfw3native.h>
-#include <iostream>
 #include <vrk/platform/layout/Layout.h>
 #include <vrk/platform/station/Import.h>
 #include <vrk/scene/Scene.h>
@@ -14,6 +10,10 @@
 #include <vrk/view/WindowTarget.h>
 #include <vrk/visual/Visual.h>
 
+#define GLFW_EXPOSE_NATIVE_X11 // behind our headers: it makes macros of words that they use
+#include <GLFW/glfw3.h>
+#include <GLFW/glfw3native.h>
+#include <iostream>
 using namespace vrk;
 
 static float lastX = 0, lastY = 0;

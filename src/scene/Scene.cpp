@@ -84,7 +84,7 @@ Scene* Scene::Get()
 SceneCore& Scene::started()
 {
     if (!Instance)
-        throw std::logic_error("the view is not started: call TryInit or Init first");
+        throw std::logic_error("The library has not been started.");
     return *Instance->core;
 }
 

@@ -131,6 +131,33 @@ TEST_F(ImportStlTest, BytesBehindTheTrianglesAreLeftOutOfTheKeptFile)
     }
 }
 
+/// By them faces have light and shade.
+TEST_F(ImportStlTest, NormalsThatAreLeftOutAreThoseOfTheCorners)
+{
+    const float corners[] = {0, 0, 0, 2, 0, 0, 0, 0, 3}; // in the plane of x and z
+    std::string binary = binaryStl(2, 2);
+    std::memcpy(binary.data() + 84 + 12, corners, sizeof corners); // the second triangle has no area, and no normal
+    const std::string ascii = "solid s\nfacet normal 0 0 0\nouter loop\nvertex 0 0 0\nvertex 2 0 0\nvertex 0 0 3\n"
+                              "endloop\nendfacet\n" +
+                              facet + "endsolid s\n";
+    for (const std::string& bytes : {binary, ascii}) {
+        const std::filesystem::path file = folder.write("plain.stl", bytes);
+
+        const auto parts = ImportFile(file);
+
+        const std::string kept = parts[0]->getBodies()[0]->getGeometryUri();
+        ASSERT_NE(kept, file.string());
+        const std::string written = test::TempFolder::Read(kept);
+        ASSERT_EQ(written.size(), 84u + 2 * 50u);
+        float normal[3];
+        std::memcpy(normal, written.data() + 84, sizeof normal);
+        EXPECT_THAT(normal, testing::ElementsAre(0, -1, 0));
+        std::memcpy(normal, written.data() + 84 + 50, sizeof normal);
+        EXPECT_EQ(normal[0], 0);
+        EXPECT_NE(normal[2], -1); // as the file has it, or none
+    }
+}
+
 TEST_F(ImportStlTest, NameOfASolidMayHoldTheWordFacet)
 {
     for (const char* name : {"facet", "a facet normal to z", "Facet 7", "facet normal facet", "many facet"}) {

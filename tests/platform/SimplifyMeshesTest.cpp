@@ -35,7 +35,7 @@ std::string stlOf(const std::vector<std::array<Point, 3>>& triangles)
     const auto count = static_cast<std::uint32_t>(triangles.size());
     append(&count, sizeof(count));
     for (const std::array<Point, 3>& triangle : triangles) {
-        const std::array<float, 3> normal{};
+        const std::array<float, 3> normal{0, 0, 1}; // one that is left out makes a copy of the file
         append(normal.data(), sizeof(normal));
         append(triangle.data(), sizeof(triangle));
         bytes.append(2, '\0');

@@ -248,7 +248,7 @@ TEST_P(BeforeTheStartDeathTest, StaticOperationThrowsALogicError)
             }
             std::_Exit(1);
         },
-        testing::ExitedWithCode(0), "the view is not started: call TryInit or Init first");
+        testing::ExitedWithCode(0), "The library has not been started.");
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, BeforeTheStartDeathTest,

@@ -69,10 +69,12 @@ protected:
                               static_cast<float>(-1200 + 150 * std::sin(a) * std::sin(b)),
                               static_cast<float>(1500 + 150 * std::cos(a))};
         };
-        const auto facet = [&](const auto&... corners) {
-            const std::array<float, 3> none{};
-            stream.write(reinterpret_cast<const char*>(none.data()), 12);
-            (stream.write(reinterpret_cast<const char*>(corners.data()), 12), ...);
+        const auto facet = [&](const auto& first, const auto&... others) {
+            // About that of the ball at the first corner; where it is left out the program makes a copy of the file.
+            const std::array normal{(first[0] + 1200) / 150, (first[1] + 1200) / 150, (first[2] - 1500) / 150};
+            stream.write(reinterpret_cast<const char*>(normal.data()), 12);
+            stream.write(reinterpret_cast<const char*>(first.data()), 12);
+            (stream.write(reinterpret_cast<const char*>(others.data()), 12), ...);
             stream.write("\0\0", 2);
         };
         for (int u = 0; u < 2 * rings; ++u)

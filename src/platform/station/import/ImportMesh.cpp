@@ -13,7 +13,7 @@ namespace vrk::station {
 namespace {
 
 /// The file that the view reads in place of `file`: it takes binary files and ascii ones in small letters, under the two
-/// endings.
+/// endings, and draws by the normals of the file.
 std::filesystem::path readableStl(const std::filesystem::path& file, const Progress& progress)
 {
     const bool isReadable = checkStl(file);

@@ -21,6 +21,41 @@ using geometry::stlRecordSize;
 
 constexpr const char* cutShort = "the ascii STL file is cut short";
 constexpr std::size_t facetSize = sizeof(StlFacet); // two bytes that nobody reads follow in a record
+constexpr std::size_t looked = 64; // facets of a binary file: a program writes either all normals or none
+
+bool hasNormal(const StlFacet& facet)
+{
+    return facet.normal != std::array<float, 3>{};
+}
+
+/// The normal that the file leaves out, as many programs do.
+StlFacet withNormal(StlFacet facet)
+{
+    if (!hasNormal(facet))
+        facet.computeNormal();
+    return facet;
+}
+
+/// Whether its normal is left out though it has one. What has no area has none.
+bool lacksNormal(const StlFacet& facet)
+{
+    return !hasNormal(facet) && hasNormal(withNormal(facet));
+}
+
+/// Whether those at the beginning of a binary file do.
+bool lackNormals(const std::filesystem::path& file)
+{
+    std::ifstream stream(file, std::ios::binary);
+    stream.seekg(stlHeaderSize);
+    std::array<char, stlRecordSize> record{};
+    StlFacet facet;
+    for (std::size_t i = 0; i < looked && stream.read(record.data(), record.size()); ++i) {
+        std::memcpy(&facet, record.data(), facetSize);
+        if (lacksNormal(facet))
+            return true;
+    }
+    return false;
+}
 
 /// Why the text of a file is refused.
 std::string causeOf(const geometry::StlText& text)
@@ -96,11 +131,14 @@ bool checkStl(const std::filesystem::path& file)
 {
     switch (formOf(file)) {
     case StlForm::Binary:
-        return true;
+        return !lackNormals(file);
     case StlForm::BinaryAndMore:
         return false;
     default:
-        return readAscii(file, [](const StlFacet&) {});
+        bool lacking = false;
+        const bool isReadable =
+            readAscii(file, [&lacking](const StlFacet& facet) { lacking = lacking || lacksNormal(facet); });
+        return isReadable && !lacking;
     }
 }
 
@@ -108,7 +146,7 @@ std::vector<StlFacet> readStlFacets(const std::filesystem::path& file)
 {
     std::vector<StlFacet> facets;
     if (formOf(file) == StlForm::Ascii) {
-        readAscii(file, [&facets](const StlFacet& facet) { facets.push_back(facet); });
+        readAscii(file, [&facets](const StlFacet& facet) { facets.push_back(withNormal(facet)); });
         return facets;
     }
     std::ifstream stream(file, std::ios::binary);
@@ -120,6 +158,7 @@ std::vector<StlFacet> readStlFacets(const std::filesystem::path& file)
         if (!stream.read(record.data(), record.size()))
             throw ImportError(file, "the binary STL file is cut short");
         std::memcpy(&facet, record.data(), facetSize);
+        facet = withNormal(facet);
     }
     return facets;
 }
