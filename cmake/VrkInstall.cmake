@@ -15,6 +15,8 @@ install(FILES ${PROJECT_BINARY_DIR}/vrkvisualConfig.cmake ${PROJECT_BINARY_DIR}/
 
 # For builds that do not use CMake.
 list(GET OpenCASCADE_INCLUDE_DIR 0 VRK_OCCT_INCLUDE)
+# From where it lies, so that an installation can be moved.
+file(RELATIVE_PATH VRK_UP_TO_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(${PROJECT_SOURCE_DIR}/cmake/vrkvisual.pc.in ${PROJECT_BINARY_DIR}/vrkvisual.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/vrkvisual.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 

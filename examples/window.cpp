@@ -4,8 +4,9 @@
 #include <vrk/platform/station/Import.h>
 #include <vrk/scene/Scene.h>
 #include <vrk/scene/StartUp.h>
-#include <vrk/selection/VisualSelection.h>
+#include <vrk/selection/geometry/Result.h>
 #include <vrk/view/Camera.h>
+#include <vrk/view/Navigator.h>
 #include <vrk/view/RenderFrame.h>
 #include <vrk/view/WindowTarget.h>
 #include <vrk/visual/Visual.h>
@@ -13,36 +14,32 @@
 #define GLFW_EXPOSE_NATIVE_X11 // behind our headers: it makes macros of words that they use
 #include <GLFW/glfw3.h>
 #include <GLFW/glfw3native.h>
+#include <algorithm>
 #include <iostream>
 using namespace vrk;
 
-static float lastX = 0, lastY = 0;
-
-static void press(GLFWwindow*, int button, int action, int)
+static visual::Navigator* navigator = nullptr; // orbits, pans, zooms, and says what is clicked
+static double atX = 0, atY = 0;
+static void press(GLFWwindow*, int button, int action, int modifiers)
 {
-    if (action == GLFW_PRESS && button == GLFW_MOUSE_BUTTON_MIDDLE)
-        visual::Camera::Get()->startRotating(lastX, lastY);
-    if (action != GLFW_PRESS || button != GLFW_MOUSE_BUTTON_LEFT)
-        return;
-    const selection::Result hit = selection::VisualSelection::Get()->select(lastX, lastY);
-    visual::Scene::Get()->clearSelections();
-    if (hit.hit)
-        visual::Scene::Get()->setVisualSelected(hit.visual->getId());
+    using Button = visual::Navigator::Button;
+    const Button which = button == GLFW_MOUSE_BUTTON_LEFT     ? Button::Left
+                         : button == GLFW_MOUSE_BUTTON_MIDDLE ? Button::Middle
+                                                              : Button::Right;
+    if (action == GLFW_PRESS)
+        navigator->press(which, atX, atY, (modifiers & GLFW_MOD_SHIFT) != 0);
+    else
+        navigator->release(which, atX, atY);
 }
 
-static void move(GLFWwindow* window, double toX, double toY)
+static void move(GLFWwindow*, double x, double y)
 {
-    const auto x = static_cast<float>(toX), y = static_cast<float>(toY);
-    if (glfwGetMouseButton(window, GLFW_MOUSE_BUTTON_MIDDLE) == GLFW_PRESS)
-        visual::Camera::Get()->rotateScene(x - lastX, y - lastY);
-    if (glfwGetMouseButton(window, GLFW_MOUSE_BUTTON_RIGHT) == GLFW_PRESS)
-        visual::Camera::Get()->translateScene(x, y, x - lastX, y - lastY);
-    lastX = x, lastY = y;
+    navigator->move(atX = x, atY = y);
 }
 
-static void turnWheel(GLFWwindow*, double, double notches)
+static void turnWheel(GLFWwindow*, double, double by)
 {
-    visual::Camera::Get()->zoom(lastX, lastY, 0, static_cast<float>(notches));
+    navigator->turnWheel(atX, atY, by);
 }
 
 int main(int count, char** words)
@@ -60,15 +57,18 @@ try {
     visual::Scene::LoadStation();
     scene.processMsgs();
     scene.setCameraPose(scene.getViewPoseForDir({-0.5f, 0.7f, -0.5f}, {0, 0, 1}));
+    visual::Navigator mouse(*visual::Camera::Get());
+    navigator = &mouse;
+    mouse.onClick = [&scene](const selection::Result& hit) {
+        hit.hit ? scene.setVisualSelected(hit.visual->getId()) : scene.clearSelections();
+    };
     glfwSetMouseButtonCallback(window, press);
     glfwSetCursorPosCallback(window, move);
     glfwSetScrollCallback(window, turnWheel);
     for (bool isDone = false; !isDone && !glfwWindowShouldClose(window); glfwWaitEventsTimeout(0.016)) {
         int width = 0, height = 0;
         glfwGetFramebufferSize(window, &width, &height);
-        if (width > 0 && height > 0)
-            target.resize(static_cast<unsigned>(width), static_cast<unsigned>(height));
-        selection::VisualSelection::Get()->update(); // for the picks of gestures
+        target.resize(static_cast<unsigned>(std::max(width, 1)), static_cast<unsigned>(std::max(height, 1)));
         scene.processMsgs();
         visual::renderFrame();
         if ((isDone = count > 2))

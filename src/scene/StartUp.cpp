@@ -1,6 +1,5 @@
 #include "scene/StartUp.h"
 
-#include "platform/common/Logger.h"
 #include "scene/InitSteps.h"
 #include "scene/Scene.h"
 #include "scene/core/ResourceCheck.h"
@@ -105,7 +104,6 @@ bool TryInit(int width, int height, const SceneSettings& settings, std::string& 
         startOgreOrNothing(width, height);
     } catch (const std::exception& failure) {
         why = oneLine(failure.what());
-        AppLogger::inst()->error(why);
         return false;
     }
     try {
@@ -115,7 +113,6 @@ bool TryInit(int width, int height, const SceneSettings& settings, std::string& 
         hideStartWindow();
     } catch (const std::exception& failure) {
         why = brokenStart = oneLine(failure.what());
-        AppLogger::inst()->error(why);
         return false;
     }
     return true;

@@ -8,7 +8,10 @@
 #include <gmock/gmock.h>
 
 #include <QAction>
+#include <QDeadlineTimer>
+#include <QGuiApplication>
 #include <QSignalSpy>
+#include <QStyleHints>
 
 namespace vrkview::test {
 namespace {
@@ -236,6 +239,9 @@ TEST_F(CandidatesTest, PointsAloneAreTakenOneByOne)
         clickAt(first);
     }
     EXPECT_THAT(state().getSelectedPoints(), ElementsAre(testing::Pair(scan.getId(), SizeIs(1))));
+    // A second click on one place at once would be a double click.
+    const QDeadlineTimer apart(QGuiApplication::styleHints()->mouseDoubleClickInterval());
+    EXPECT_TRUE(waitFor([&apart] { return apart.hasExpired(); }));
     clickAt(first);
     EXPECT_THAT(state().getSelectedPoints(),
                 ElementsAre(testing::Pair(scan.getId(), ElementsAre(static_cast<std::uint32_t>(number)))));

@@ -1,0 +1,77 @@
+#pragma once
+
+#include "platform/common/Export.h"
+#include "scene/math/Pose.h"
+#include "selection/geometry/Box.h"
+
+#include <functional>
+#include <optional>
+
+namespace vrk::selection {
+struct Result;
+}
+
+namespace vrk::visual {
+
+class Camera;
+
+/// Moves a camera by the mouse, and says what is under it and what is clicked: what an application has to do with its mouse
+/// events over a view.
+///
+/// The middle button orbits about the place under the mouse; with Shift, or by the right button, that place follows the mouse; a
+/// notch of the wheel goes a sixth of the way there, or back. Where nothing is under the mouse the middle of what is shown tells how
+/// far away things are. Unlike by the gestures of `Camera` the eye never leaves a cube about what is shown, ten times its size, and
+/// the place that a gesture is about lies in it, so that no gesture runs away.
+///
+/// Places are device pixels of the camera's target, from its top left corner. Without a target, nothing happens.
+/// Thread: render thread. Each call takes effect at once; draw a frame then. Owner: the application; the camera outlives it.
+class VRK_EXPORT Navigator {
+public:
+    enum class Button { Left, Middle, Right };
+
+    explicit Navigator(Camera& camera);
+
+    /// How many pixels the user sees as one, 1 at first: points and lines count within five of those.
+    void setDevicePixelRatio(double ratio) { devicePixelRatio = ratio; }
+
+    void press(Button button, double x, double y, bool isShiftDown = false);
+    /// Also while no button is down: then `onHover` is told what is under the mouse.
+    void move(double x, double y);
+    /// A button that went up where it went down, or nearly so, is a click.
+    void release(Button button, double x, double y);
+    /// @param notches  above 0 away from the user, which goes nearer; parts of one from fine wheels. What is no number is 0, and
+    ///                 more than 20 at once are 20.
+    void turnWheel(double x, double y, double notches);
+    /// The drag ends, and is no click.
+    void cancel();
+    bool isDragging() const { return drag != Drag::None; }
+
+    /// What was clicked by the left button, as `PickQuery` finds it; a click on nothing, too.
+    std::function<void(const selection::Result&)> onClick;
+    /// What is under the mouse; nothing, once it is not over anything any more.
+    std::function<void(const selection::Result&)> onHover;
+
+    /// The world around what is shown: bodies, curves, points and clouds. Without any a cube of 200.
+    static Box ShownBox();
+
+private:
+    enum class Drag { None, Click, Orbit, Pan };
+
+    selection::Result pick(double x, double y) const;
+    bool hasPixels() const;
+    void takePlace(double x, double y);
+    void orbit(double dx, double dy);
+    void pan(double dx, double dy);
+    void place(const rob::Posed& pose);
+
+    Camera& camera;
+    Drag drag = Drag::None;
+    Button held = Button::Left;
+    double startX = 0, startY = 0, lastX = 0, lastY = 0;
+    rob::Posd focus;     // of the present gesture
+    rob::Posd middle;    // of what is shown
+    double radius = 100; // likewise
+    double devicePixelRatio = 1;
+};
+
+} // namespace vrk::visual
