@@ -50,6 +50,8 @@ try {
         visual::renderFrame();
     }
     mover.join();
+    scene.processMsgs(); // what was posted last
+    visual::renderFrame();
     target.savePng(words[1]);
     std::cout << frames << " frames\n";
     visual::ReleaseResources();

@@ -1,28 +1,28 @@
 // A view in a widget of Qt's, beside the application's own: widget <file.step|.brep|.stl> [<picture.png>]
-// Drag: orbit. With a picture it draws one frame into that, and ends.
-#include <vrk/platform/layout/Layout.h>
-#include <vrk/platform/station/Import.h>
-#include <vrk/scene/Scene.h>
-#include <vrk/scene/StartUp.h>
-#include <vrk/selection/VisualSelection.h>
-#include <vrk/view/Camera.h>
-#include <vrk/view/WindowTarget.h>
-
+// Drag: orbit; wheel: zoom. With a picture it draws one frame into that, and ends.
 #include <QApplication>
 #include <QLabel>
 #include <QMouseEvent>
 #include <QSplitter>
 #include <QTimer>
 #include <iostream>
+#include <vrk/platform/layout/Layout.h>
+#include <vrk/platform/station/Import.h>
+#include <vrk/scene/Scene.h>
+#include <vrk/scene/StartUp.h>
+#include <vrk/view/Camera.h>
+#include <vrk/view/Navigator.h>
+#include <vrk/view/WindowTarget.h>
 
 using namespace vrk;
 
 class View : public QWidget {
 public:
-    View()
+    explicit View(std::string wanted) : picture(std::move(wanted)), target(winId(), 600, 400, 4)
     {
         setAttribute(Qt::WA_NativeWindow);
         setAttribute(Qt::WA_PaintOnScreen); // and not by Qt
+        visual::Camera::Get()->setRenderTarget(target.renderTarget());
         connect(&frames, &QTimer::timeout, this, &View::draw);
         frames.start(16);
     }
@@ -31,40 +31,29 @@ public:
     void draw()
     {
         const QSize pixels = size() * devicePixelRatioF();
-        const auto width = static_cast<unsigned>(pixels.width()), height = static_cast<unsigned>(pixels.height());
-        if (!target) {
-            target = std::make_unique<visual::WindowTarget>(winId(), width, height, 4);
-            visual::Camera::Get()->setRenderTarget(target->renderTarget());
-            visual::Scene& scene = *visual::Scene::Get();
-            scene.setCameraPose(scene.getViewPoseForDir({-0.5f, 0.7f, -0.5f}, {0, 0, 1}));
-        }
-        target->resize(width, height);
-        selection::VisualSelection::Get()->update();
+        target.resize(static_cast<unsigned>(pixels.width()), static_cast<unsigned>(pixels.height()));
         visual::Scene::Get()->processMsgs();
-        target->draw();
+        target.draw();
         if (!picture.empty()) {
-            target->savePng(picture);
+            target.savePng(picture);
             QApplication::quit();
         }
     }
-
-    void mousePressEvent(QMouseEvent* event) override
+    void mousePressEvent(QMouseEvent* event) override { mouse.press(Button::Middle, at(event).x(), at(event).y()); }
+    void mouseMoveEvent(QMouseEvent* event) override { mouse.move(at(event).x(), at(event).y()); }
+    void mouseReleaseEvent(QMouseEvent* event) override { mouse.release(Button::Middle, at(event).x(), at(event).y()); }
+    void wheelEvent(QWheelEvent* event) override
     {
-        last = event->position() * devicePixelRatioF();
-        visual::Camera::Get()->startRotating(static_cast<float>(last.x()), static_cast<float>(last.y()));
+        mouse.turnWheel(at(event).x(), at(event).y(), event->angleDelta().y() / 120.0);
     }
-    void mouseMoveEvent(QMouseEvent* event) override
-    {
-        const QPointF by = event->position() * devicePixelRatioF() - last;
-        last += by; // device pixels
-        visual::Camera::Get()->rotateScene(static_cast<float>(by.x()), static_cast<float>(by.y()));
-    }
-    std::string picture;
 
 private:
+    using Button = visual::Navigator::Button;
+    QPointF at(const QSinglePointEvent* event) const { return event->position() * devicePixelRatioF(); }
     QTimer frames;
-    QPointF last;
-    std::unique_ptr<visual::WindowTarget> target;
+    std::string picture; // empty for none
+    visual::Navigator mouse{*visual::Camera::Get()};
+    visual::WindowTarget target;
 };
 
 int main(int count, char** words)
@@ -77,14 +66,14 @@ int main(int count, char** words)
     }
     for (const auto& part : station::ImportFile(words[1]))
         layout::Layout::inst().addPart(part);
+    visual::Scene& scene = *visual::Scene::Get();
     visual::Scene::LoadStation();
-    visual::Scene::Get()->processMsgs();
     QSplitter window;
     window.addWidget(new QLabel("My application"));
-    auto* view = new View;
-    view->picture = count > 2 ? words[2] : "";
-    window.addWidget(view);
+    window.addWidget(new View(count > 2 ? words[2] : ""));
     window.resize(1000, 600);
+    scene.processMsgs();
+    scene.setCameraPose(scene.getViewPoseForDir({-0.5f, 0.7f, -0.5f}, {0, 0, 1}));
     window.show();
     return QApplication::exec();
 }
