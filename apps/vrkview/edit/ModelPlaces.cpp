@@ -1,6 +1,7 @@
 #include "edit/ModelPlaces.h"
 
 #include "platform/layout/Assembly.h"
+#include "platform/layout/Body.h"
 #include "platform/layout/Frame.h"
 #include "platform/layout/Layout.h"
 #include "platform/layout/Mechanism.h"
@@ -18,6 +19,15 @@
 
 namespace vrkview {
 namespace {
+
+/// Under the model's lock.
+void collectBodies(const sdf::SdfObject& object, std::vector<unsigned>& found)
+{
+    if (dynamic_cast<const vrk::layout::Body*>(&object))
+        found.push_back(object.getId());
+    for (const std::shared_ptr<sdf::SdfObject>& piece : object.getPieces())
+        collectBodies(*piece, found);
+}
 
 using vrk::layout::Attachment;
 using vrk::layout::Layout;
@@ -206,6 +216,21 @@ bool isTarget(unsigned id)
     const std::shared_lock lock(sdf::SdfManager::inst().mutex());
     const sdf::SdfObject* object = sdf::SdfManager::inst().find(id);
     return object && object->getModelType() == sdf::ModelType::RobTargetData;
+}
+
+std::vector<unsigned> bodyIdsIn(const std::vector<unsigned>& things)
+{
+    std::vector<unsigned> found;
+    {
+        const std::shared_lock lock(sdf::SdfManager::inst().mutex());
+        for (const unsigned id : things)
+            if (const sdf::SdfObject* object = sdf::SdfManager::inst().find(id))
+                collectBodies(*object, found);
+    }
+    std::ranges::sort(found);
+    const auto [same, end] = std::ranges::unique(found);
+    found.erase(same, end);
+    return found;
 }
 
 } // namespace vrkview

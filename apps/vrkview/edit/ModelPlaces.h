@@ -32,6 +32,8 @@ bool isThingOfItsOwn(unsigned id);
 /// What is put elsewhere where this one is moved: a thing of its own and a work object themselves, of a move the target. 0
 /// for what stays where it is, such as a posture, and a work object that its owner alone moves.
 unsigned movedFor(unsigned id);
+/// The bodies in these things, however deep: ascending, each once.
+std::vector<unsigned> bodyIdsIn(const std::vector<unsigned>& things);
 /// Whether it is a place that a robot's tool moves to.
 bool isTarget(unsigned id);
 

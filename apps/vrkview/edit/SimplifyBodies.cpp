@@ -20,16 +20,7 @@ using vrk::layout::Body;
 using vrk::visual::Scene;
 using vrk::visual::Visual;
 
-// Under the model's lock.
-
-void collectMeshes(const sdf::SdfObject& object, std::vector<ExchangedMesh>& found)
-{
-    if (const auto* body = dynamic_cast<const Body*>(&object); body && body->getFileType() == "stl")
-        found.push_back({body->getId(), body->getGeometryUri(), body->getGeometryUri()});
-    for (const std::shared_ptr<sdf::SdfObject>& piece : object.getPieces())
-        collectMeshes(*piece, found);
-}
-
+/// Under the model's lock.
 Body* findBody(unsigned id)
 {
     return dynamic_cast<Body*>(sdf::SdfManager::inst().find(id));
@@ -121,13 +112,11 @@ void SimplifyBodies::revert()
 std::vector<ExchangedMesh> meshesIn(const std::vector<unsigned>& things)
 {
     std::vector<ExchangedMesh> found;
+    const std::vector<unsigned> bodies = bodyIdsIn(things);
     const std::shared_lock lock(sdf::SdfManager::inst().mutex());
-    for (const unsigned id : things)
-        if (const sdf::SdfObject* object = sdf::SdfManager::inst().find(id))
-            collectMeshes(*object, found);
-    std::ranges::sort(found, {}, &ExchangedMesh::body);
-    const auto [same, end] = std::ranges::unique(found, {}, &ExchangedMesh::body);
-    found.erase(same, end);
+    for (const unsigned id : bodies)
+        if (const Body* body = findBody(id); body && body->getFileType() == "stl")
+            found.push_back({id, body->getGeometryUri(), body->getGeometryUri()});
     return found;
 }
 

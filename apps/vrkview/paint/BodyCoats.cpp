@@ -4,16 +4,13 @@
 #include "edit/ModelPlaces.h"
 
 #include "mesh/paint/PaintMesh.h"
-#include "platform/layout/Body.h"
 #include "platform/process/ThicknessMap.h"
-#include "platform/sdf/SdfManager.h"
 #include "scene/Scene.h"
 #include "visual/PaintVisual.h"
 
 #include <algorithm>
 #include <cmath>
 #include <numeric>
-#include <shared_mutex>
 
 namespace vrkview {
 namespace {
@@ -33,27 +30,9 @@ constexpr double pieceOfSpot = 0.1;   // a stroke is reckoned in pieces of this 
 constexpr double reachOfProbe = 0.01; // of the skin's extent: so far it may lie from what was picked
 constexpr double micrometres = 1000;  // in a millimetre
 
-/// Under the model's lock.
-void collectBodies(const sdf::SdfObject& object, std::vector<unsigned>& found)
+std::vector<unsigned> paintableIn(const std::vector<unsigned>& things)
 {
-    if (dynamic_cast<const vrk::layout::Body*>(&object))
-        found.push_back(object.getId());
-    for (const std::shared_ptr<sdf::SdfObject>& piece : object.getPieces())
-        collectBodies(*piece, found);
-}
-
-std::vector<unsigned> bodiesOf(const std::vector<unsigned>& things)
-{
-    std::vector<unsigned> found;
-    {
-        const std::shared_lock lock(sdf::SdfManager::inst().mutex());
-        for (const unsigned id : things)
-            if (const sdf::SdfObject* object = sdf::SdfManager::inst().find(id))
-                collectBodies(*object, found);
-    }
-    std::ranges::sort(found);
-    const auto [same, end] = std::ranges::unique(found);
-    found.erase(same, end);
+    std::vector<unsigned> found = bodyIdsIn(things);
     std::erase_if(found, [](unsigned id) {
         if (!Scene::HasVisual(id))
             return true;
@@ -107,7 +86,7 @@ const BodyCoats::Skin* BodyCoats::skinOf(unsigned body) const
 std::vector<unsigned> BodyCoats::cover(const std::vector<unsigned>& things)
 {
     std::vector<unsigned> covered;
-    for (const unsigned body : bodiesOf(things))
+    for (const unsigned body : paintableIn(things))
         if (take(body))
             covered.push_back(body);
     emit changed();
