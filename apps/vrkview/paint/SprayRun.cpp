@@ -1,5 +1,6 @@
 #include "paint/SprayRun.h"
 
+#include "edit/Attempt.h"
 #include "edit/History.h"
 #include "edit/ModelPlaces.h"
 #include "paint/SprayStroke.h"
@@ -84,10 +85,17 @@ void SprayRun::end()
 /// As they lie now: targets and bodies may have been moved.
 void SprayRun::readWays()
 {
-    ways = sprayWaysOf(path, settings.distance);
+    const auto read = [this] {
+        const SprayWays found = sprayWaysOf(path, settings.distance);
+        for (const auto& way : found)
+            begins.push_back(begins.back() + SprayWay(way, settings.speed).length());
+        ways = found;
+    };
+    ways.clear();
     begins = {0};
-    for (const auto& way : ways)
-        begins.push_back(begins.back() + SprayWay(way, settings.speed).length());
+    attempt(read, [this](const QString& text) { emit failed(text); });
+    if (ways.empty())
+        begins = {0};
     place = std::min(place, length());
 }
 

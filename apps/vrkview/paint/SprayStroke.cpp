@@ -3,6 +3,7 @@
 #include "edit/ChangeIds.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace vrkview {
 
@@ -16,8 +17,9 @@ SprayStroke::SprayStroke(const QString& text, BodyCoats& coats, std::vector<Body
 
 void SprayStroke::apply()
 {
-    for (const BodyCoats::Patch& patch : patches)
-        coats.put(patch.body, patch.vertices, patch.after);
+    if (!std::exchange(isPainted, true))
+        for (const BodyCoats::Patch& patch : patches)
+            coats.put(patch.body, patch.vertices, patch.after);
     goTo(to);
 }
 
@@ -25,6 +27,7 @@ void SprayStroke::revert()
 {
     for (const BodyCoats::Patch& patch : patches)
         coats.put(patch.body, patch.vertices, patch.before);
+    isPainted = false;
     goTo(from);
 }
 

@@ -37,6 +37,7 @@ private:
     double from, to;
     std::function<void(double)> goTo;
     int gesture;
+    bool isPainted = true; // as long as it was never taken back
 };
 
 /// Paint on a body is exchanged for other: none at all, or what a map holds.

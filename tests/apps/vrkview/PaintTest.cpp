@@ -447,6 +447,22 @@ TEST_F(PaintTest, RunOnABodyThatIsGonePaintsNothing)
     EXPECT_THAT(coat(), Each(0));
 }
 
+TEST_F(PaintTest, PathThatIsGoneLeadsNowhere)
+{
+    begin();
+    const int steps = history().count();
+    Layout::inst().remove(task->getId());
+
+    run().stepToEnd();
+    run().play();
+    ASSERT_TRUE(waitFor([] { return !run().isPlaying(); }));
+
+    EXPECT_EQ(run().length(), 0);
+    EXPECT_THAT(coat(), Each(0));
+    EXPECT_EQ(message(), "");
+    EXPECT_EQ(history().count(), steps);
+}
+
 TEST_F(PaintTest, ClearingIsAStepOfWork)
 {
     begin();
