@@ -3,6 +3,7 @@
 #include "handles/UVIndicatorVisual.h"
 #include "platform/common/Logger.h"
 #include "scene/Scene.h"
+#include "scene/core/Refused.h"
 #include "scene/core/SceneCore.h"
 #include "visual/WatchedVisual.h"
 
@@ -41,16 +42,22 @@ UVIndicatorVisual* UVIndicatorVisual::Get()
 
 void Scene::attachGuiTo(GuiVisual* gui, unsigned id, const rob::Posef& pose)
 {
+    refuseNull(gui, "attachGuiTo", "a handle");
+    refuseUnbounded(pose, "attachGuiTo");
     addRenderTask([this, gui, id, pose] { core->record<AttachedGuis>().attach(gui, GetVisual(id), pose); }, 0);
 }
 
 void Scene::attachGuiTo(GuiVisual* gui, Visual* target, const rob::Posef& pose)
 {
+    refuseNull(gui, "attachGuiTo", "a handle");
+    refuseNull(target, "attachGuiTo", "a visual");
+    refuseUnbounded(pose, "attachGuiTo");
     addVisualTask(target, [this, gui, target, pose] { core->record<AttachedGuis>().attach(gui, target, pose); });
 }
 
 void Scene::detachGui(GuiVisual* gui)
 {
+    refuseNull(gui, "detachGui", "a handle");
     addRenderTask([this, gui] { core->record<AttachedGuis>().detach(gui); }, 0);
 }
 

@@ -7,6 +7,7 @@
 #include "preview/PreviewCurve.h"
 #include "preview/PreviewLists.h"
 #include "preview/TriangleMeshVisual.h"
+#include "scene/core/Refused.h"
 #include "scene/core/SceneCore.h"
 #include "scene/math/Trsf.h"
 #include "task/RobtargetVisual.h"
@@ -123,11 +124,14 @@ void addPolyline(SceneCore& core, const std::vector<rob::Posf>& points, unsigned
 
 void Scene::previewEdge(const TopoDS_Edge& edge, const rob::Posef& pose)
 {
+    refuseUnbounded(pose, "previewEdge");
     addRenderTask([this, edge, pose] { showEdge(*core, nameOfEdge, edge, pose); }, 0);
 }
 
 void Scene::previewEdges(std::vector<TopoDS_Edge>* edges, const rob::Posef& pose)
 {
+    refuseNull(edges, "previewEdges", "edges");
+    refuseUnbounded(pose, "previewEdges");
     addRenderTask(
         [this, edges, pose] {
             core->record<PreviewCurves>().deleteAll();
@@ -139,6 +143,7 @@ void Scene::previewEdges(std::vector<TopoDS_Edge>* edges, const rob::Posef& pose
 
 void Scene::previewWire(const TopoDS_Wire& wire, const rob::Posef& pose)
 {
+    refuseUnbounded(pose, "previewWire");
     addRenderTask(
         [this, wire, pose] {
             core->record<PreviewCurves>().deleteAll();
@@ -150,6 +155,8 @@ void Scene::previewWire(const TopoDS_Wire& wire, const rob::Posef& pose)
 
 void Scene::previewCurves(std::vector<TopoDS_Wire>* wires, const rob::Posef& pose)
 {
+    refuseNull(wires, "previewCurves", "wires");
+    refuseUnbounded(pose, "previewCurves");
     addRenderTask(
         [this, wires, pose] {
             core->record<PreviewCurves>().deleteAll();
@@ -163,6 +170,7 @@ void Scene::previewCurves(std::vector<TopoDS_Wire>* wires, const rob::Posef& pos
 
 void Scene::addPreviewCurves(unsigned id, geometry::PointList* list)
 {
+    refuseNull(list, "addPreviewCurves", "a list");
     addRenderTask(
         [this, id, owned = std::shared_ptr<geometry::PointList>(list)] {
             const rob::Posef base = GetVisual(id)->getWorldPose();
@@ -180,6 +188,7 @@ void Scene::addPreviewCurves(unsigned id, geometry::PointList* list)
 
 void Scene::addPreviewCurvesWithDirection(unsigned id, geometry::PointList* list, const rob::Vec3f& direction)
 {
+    refuseNull(list, "addPreviewCurvesWithDirection", "a list");
     addRenderTask([this, id, owned = std::shared_ptr<geometry::PointList>(list),
                    direction] { addDirectedCurves(*core, id, *owned, direction, nullptr); },
                   0);
@@ -188,6 +197,7 @@ void Scene::addPreviewCurvesWithDirection(unsigned id, geometry::PointList* list
 void Scene::addPreviewCurvesWithDirection(unsigned id, geometry::PointList* list, const rob::Vec3f& direction,
                                           unsigned curveId)
 {
+    refuseNull(list, "addPreviewCurvesWithDirection", "a list");
     addRenderTask([this, id, owned = std::shared_ptr<geometry::PointList>(list), direction,
                    curveId] { addDirectedCurves(*core, id, *owned, direction, &curveId); },
                   0);
@@ -235,6 +245,7 @@ void Scene::removePreviewFaces()
 
 void Scene::previewPoints(std::vector<gp_Pnt>* points, unsigned id, const rob::Colorf& color)
 {
+    refuseNull(points, "previewPoints", "points");
     addRenderTask(
         [this, points, id, color] {
             Visual* parent = GetVisual(id);
@@ -251,6 +262,8 @@ void Scene::previewPoints(std::vector<gp_Pnt>* points, unsigned id, const rob::C
 
 void Scene::previewTargets(const std::vector<rob::Posef>& poses)
 {
+    for (const rob::Posef& pose : poses)
+        refuseUnbounded(pose, "previewTargets");
     addRenderTask(
         [this, poses] {
             auto& list = core->record<PreviewedPoints>();
@@ -272,6 +285,7 @@ void Scene::removePreviewedPoints()
 
 void Scene::previewTriangleMesh(std::vector<std::pair<rob::Posf, rob::Posf>>* segments, unsigned id)
 {
+    refuseNull(segments, "previewTriangleMesh", "segments");
     addRenderTask(
         [segments, id] {
             auto* visual = new TriangleMeshVisual(GetVisual(id));

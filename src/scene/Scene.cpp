@@ -6,6 +6,7 @@
 #include "scene/BorderMask.h"
 #include "scene/DepthClearListener.h"
 #include "scene/Grid.h"
+#include "scene/core/Refused.h"
 #include "scene/core/SceneCore.h"
 #include "view/Camera.h"
 #include "visual/FrameVisual.h"
@@ -175,11 +176,13 @@ Ogre::InstanceManager* Scene::GetInstanceMgr(const std::string& name)
 
 void Scene::addTempVisual(Visual* visual)
 {
+    refuseNull(visual, "addTempVisual", "a visual");
     core->record<TempVisuals>().byId[visual->getId()] = visual;
 }
 
 void Scene::deleteVisual(Visual* visual)
 {
+    refuseNull(visual, "deleteVisual", "a visual");
     Visual::Delete(visual);
 }
 

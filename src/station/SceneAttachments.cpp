@@ -52,6 +52,7 @@ void Scene::doAddAttachment(unsigned child, unsigned parent, const rob::PoseTemp
 void Scene::deleteAttachment(unsigned child, unsigned oldParent, unsigned newParent,
                              const rob::PoseTemplate<double>& pose)
 {
+    refuseUnbounded(pose, "deleteAttachment");
     addRenderTask([this, child, oldParent, newParent, pose] { doDeleteAttachment(child, oldParent, newParent, pose); },
                   0);
 }

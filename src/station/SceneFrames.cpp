@@ -1,5 +1,6 @@
 #include "scene/Scene.h"
 
+#include "scene/core/Refused.h"
 #include "scene/core/SceneCore.h"
 #include "station/WObjVisual.h"
 #include "task/InstanceFrameVisual.h"
@@ -101,6 +102,7 @@ void Scene::setWObjVisualVisible(bool visible)
 
 void Scene::addTaskFrame(unsigned id, const rob::PoseTemplate<double>& pose)
 {
+    refuseUnbounded(pose, "addTaskFrame");
     addRenderTask([this, id, pose] { FrameVisual::Build(core->worldVisual, id, rob::PoseTemplate<float>(pose)); }, 0);
 }
 

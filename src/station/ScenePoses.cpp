@@ -39,6 +39,10 @@ void Scene::setVisualWorldPose(Visual* visual, const rob::PoseTemplate<float>& p
 
 void Scene::setVisualsOrientations(std::vector<unsigned> ids, std::vector<rob::OrientTemplate<double>> orientations)
 {
+    if (ids.size() != orientations.size())
+        throw std::invalid_argument("setVisualsOrientations needs as many orientations as ids");
+    for (const rob::OrientTemplate<double>& orientation : orientations)
+        refuseUnbounded(rob::PoseTemplate<double>({}, orientation), "setVisualsOrientations");
     addRenderTask(
         [ids = std::move(ids), orientations = std::move(orientations)] {
             for (std::size_t i = 0; i < ids.size(); ++i)
@@ -50,6 +54,8 @@ void Scene::setVisualsOrientations(std::vector<unsigned> ids, std::vector<rob::O
 void Scene::setLocalOrigin(unsigned id, const rob::PoseTemplate<float>& oldOriginWorld,
                            const rob::PoseTemplate<float>& delta)
 {
+    refuseUnbounded(oldOriginWorld, "setLocalOrigin");
+    refuseUnbounded(delta, "setLocalOrigin");
     addRenderTask([this, id, oldOriginWorld, delta] { doSetLocalOrigin(id, oldOriginWorld, delta); }, 0);
 }
 

@@ -188,6 +188,7 @@ rob::PoseTemplate<float> Scene::getVisualFocusPose(unsigned id)
 
 void Scene::setOrbitPivotVisible(bool visible, const rob::PoseTemplate<float>& pose)
 {
+    refuseUnbounded(pose, "setOrbitPivotVisible");
     addRenderTask(
         [this, visible, pose] {
             auto& mark = core->record<PivotMark>();

@@ -1,5 +1,6 @@
 #include "scene/Scene.h"
 
+#include "scene/core/Refused.h"
 #include "scene/core/SceneCore.h"
 #include "visual/CurveVisual.h"
 #include "visual/EdgeVisual.h"
@@ -152,6 +153,7 @@ void Scene::selectGeneratedEdge(unsigned id, const TopoDS_Edge& edge)
 
 void Scene::highlightEdge(Visual* visual, const TopoDS_Edge& edge)
 {
+    refuseNull(visual, "highlightEdge", "a visual");
     auto& highlighted = core->record<HighlightedEdge>();
     if (highlighted.is(visual, edge))
         return;

@@ -1,6 +1,7 @@
 #include "scene/Scene.h"
 
 #include "platform/sdf/SdfObject.h"
+#include "scene/core/Refused.h"
 #include "scene/core/SceneCore.h"
 #include "visual/SolidVisual.h"
 #include "visual/VisualCast.h"
@@ -55,6 +56,7 @@ bool Scene::faceIsSelected(SolidVisual* visual, unsigned face) const
 
 void Scene::highlightFace(SolidVisual* visual, unsigned face)
 {
+    refuseNull(visual, "highlightFace", "a solid");
     auto& marked = core->record<MarkedFaces>();
     if (marked.highlighted == FaceOfSolid(visual, face))
         return;
@@ -124,6 +126,7 @@ TopoDS_Face Scene::GetBodyFaceInWorld(unsigned id, unsigned face)
 
 void Scene::updateSolidVisual(sdf::SdfNode* node, const TopoDS_Shape& shape)
 {
+    refuseNull(node, "updateSolidVisual", "a body");
     const unsigned id = node->getId();
     if (!HasVisual(id) || !dynamic_cast<SolidVisual*>(GetVisual(id)))
         return;

@@ -1,5 +1,6 @@
 #include "scene/Scene.h"
 
+#include "scene/core/Refused.h"
 #include "scene/core/SceneCore.h"
 #include "visual/CamMeshVisual.h"
 #include "visual/PaintVisual.h"
@@ -90,6 +91,7 @@ void Scene::doSetPaintColor(unsigned id, float r, float g, float b)
 
 void Scene::debugViewCamMesh(cadcam::TMesh<double>* mesh, unsigned parentId)
 {
+    refuseNull(mesh, "debugViewCamMesh", "a mesh");
     addRenderTask(
         [mesh, parentId] {
             CamMeshVisual::Build(parentId == 0 ? SceneCore::Get()->worldVisual : GetVisual(parentId), mesh);

@@ -3,6 +3,7 @@
 #include "platform/sdf/SdfManager.h"
 #include "platform/task/DataItem.h"
 #include "platform/task/Task.h"
+#include "scene/core/Refused.h"
 #include "scene/core/SceneCore.h"
 #include "visual/SelectedIds.h"
 #include "visual/Visual.h"
@@ -86,6 +87,7 @@ void Scene::setVisualSelected(unsigned id)
 
 void Scene::setVisualSelected(Visual* visual)
 {
+    refuseNull(visual, "setVisualSelected", "a visual");
     setVisualSelected(visual->getId());
 }
 

@@ -8,6 +8,9 @@
 #include "support/ThrowsExactly.h"
 #include "visual/Visual.h"
 
+#include <TopoDS_Edge.hxx>
+#include <TopoDS_Shape.hxx>
+#include <TopoDS_Wire.hxx>
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -122,6 +125,102 @@ INSTANTIATE_TEST_SUITE_P(
         EarlyCase{"setCameraPose", [](Scene& s) { s.setCameraPose(nowhere); },
                   "setCameraPose needs a pose of finite numbers"}),
     [](const auto& info) { return std::string(info.param.name); });
+
+/// What is refused with the same words by many operations.
+struct RefusedCase {
+    const char* name;
+    void (*post)(Scene&);
+    const char* needed;
+};
+
+class RefusedTest : public MisuseTest, public testing::WithParamInterface<RefusedCase> {};
+
+TEST_P(RefusedTest, IsRefusedAtTheCallAndPostsNothing)
+{
+    const std::string text = std::string(GetParam().name) + " needs " + GetParam().needed;
+    EXPECT_THAT([this] { GetParam().post(scene); }, test::throwsExactly<std::invalid_argument>(text));
+    EXPECT_NO_THROW(drain());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    NullPointers, RefusedTest,
+    testing::Values(
+        RefusedCase{"buildVisual", [](Scene& s) { s.buildVisual(nullptr); }, "a component, not a null pointer"},
+        RefusedCase{"addTempVisual", [](Scene& s) { s.addTempVisual(nullptr); }, "a visual, not a null pointer"},
+        RefusedCase{"deleteVisual", [](Scene& s) { s.deleteVisual(nullptr); }, "a visual, not a null pointer"},
+        RefusedCase{"setVisualHighlighted", [](Scene& s) { s.setVisualHighlighted(nullptr); },
+                    "a visual, not a null pointer"},
+        RefusedCase{"setVisualSelected", [](Scene& s) { s.setVisualSelected(nullptr); },
+                    "a visual, not a null pointer"},
+        RefusedCase{"resetColor", [](Scene& s) { s.resetColor(nullptr); }, "a visual, not a null pointer"},
+        RefusedCase{"highlightFace", [](Scene& s) { s.highlightFace(nullptr, 1); }, "a solid, not a null pointer"},
+        RefusedCase{"highlightEdge", [](Scene& s) { s.highlightEdge(nullptr, TopoDS_Edge()); },
+                    "a visual, not a null pointer"},
+        RefusedCase{"updateSolidVisual", [](Scene& s) { s.updateSolidVisual(nullptr, TopoDS_Shape()); },
+                    "a body, not a null pointer"},
+        RefusedCase{"debugViewCamMesh", [](Scene& s) { s.debugViewCamMesh(nullptr, 0); }, "a mesh, not a null pointer"},
+        RefusedCase{"addPath", [](Scene& s) { s.addPath(nullptr); }, "a path, not a null pointer"},
+        RefusedCase{"buildMoveInstruction", [](Scene& s) { s.buildMoveInstruction(nullptr); },
+                    "a move, not a null pointer"},
+        RefusedCase{"buildMoveInstructions",
+                    [](Scene& s) {
+                        s.buildMoveInstructions({{nullptr, nullptr, 0}});
+                    },
+                    "a move, not a null pointer"},
+        RefusedCase{"attachGuiTo", [](Scene& s) { s.attachGuiTo(nullptr, nobody, Posef()); },
+                    "a handle, not a null pointer"},
+        RefusedCase{"detachGui", [](Scene& s) { s.detachGui(nullptr); }, "a handle, not a null pointer"},
+        RefusedCase{"previewEdges", [](Scene& s) { s.previewEdges(nullptr, Posef()); }, "edges, not a null pointer"},
+        RefusedCase{"previewCurves", [](Scene& s) { s.previewCurves(nullptr, Posef()); }, "wires, not a null pointer"},
+        RefusedCase{"addPreviewCurves", [](Scene& s) { s.addPreviewCurves(nobody, nullptr); },
+                    "a list, not a null pointer"},
+        RefusedCase{"addPreviewCurvesWithDirection",
+                    [](Scene& s) {
+                        s.addPreviewCurvesWithDirection(nobody, nullptr, {0, 0, 1});
+                    },
+                    "a list, not a null pointer"},
+        RefusedCase{"previewPoints", [](Scene& s) { s.previewPoints(nullptr, nobody, {}); },
+                    "points, not a null pointer"},
+        RefusedCase{"previewTriangleMesh", [](Scene& s) { s.previewTriangleMesh(nullptr, nobody); },
+                    "segments, not a null pointer"}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+INSTANTIATE_TEST_SUITE_P(
+    Poses, RefusedTest,
+    testing::Values(
+        RefusedCase{"deleteAttachment", [](Scene& s) { s.deleteAttachment(nobody, 0, 0, farAway); },
+                    "a pose of finite numbers"},
+        RefusedCase{"addTaskFrame", [](Scene& s) { s.addTaskFrame(nobody, farAway); }, "a pose of finite numbers"},
+        RefusedCase{"setLocalOrigin", [](Scene& s) { s.setLocalOrigin(nobody, Posef(), nowhere); },
+                    "a pose of finite numbers"},
+        RefusedCase{"setVisualsOrientations",
+                    [](Scene& s) { s.setVisualsOrientations({nobody}, {rob::OrientTemplate<double>(nan, 0, 0, 0)}); },
+                    "a pose of finite numbers"},
+        RefusedCase{"setOrbitPivotVisible", [](Scene& s) { s.setOrbitPivotVisible(true, nowhere); },
+                    "a pose of finite numbers"},
+        RefusedCase{"setPreviewedFrameVisible", [](Scene& s) { s.setPreviewedFrameVisible(nobody, farAway); },
+                    "a pose of finite numbers"},
+        RefusedCase{"previewEdge", [](Scene& s) { s.previewEdge(TopoDS_Edge(), nowhere); }, "a pose of finite numbers"},
+        RefusedCase{"previewWire", [](Scene& s) { s.previewWire(TopoDS_Wire(), nowhere); }, "a pose of finite numbers"},
+        RefusedCase{"previewTargets",
+                    [](Scene& s) {
+                        s.previewTargets({Posef(), nowhere});
+                    },
+                    "a pose of finite numbers"}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(MisuseTest, OrientationsOfAnotherNumberThanTheIdsAreRefused)
+{
+    EXPECT_THAT([this] { scene.setVisualsOrientations({nobody}, {}); },
+                test::throwsExactly<std::invalid_argument>("setVisualsOrientations needs as many orientations as ids"));
+}
+
+TEST_F(MisuseTest, PoseThatNoFloatCanHoldIsRefused)
+{
+    const rob::Posed far(rob::Posd(1e300, 0, 0));
+    EXPECT_THAT([&] { scene.addAttachment(nobody, 0, far); },
+                test::throwsExactly<std::invalid_argument>("addAttachment needs a pose of finite numbers"));
+}
 
 class PassedOverTest : public MisuseTest, public testing::WithParamInterface<LateCase> {};
 

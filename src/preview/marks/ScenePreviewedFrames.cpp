@@ -3,6 +3,7 @@
 #include "platform/common/Checks.h"
 #include "platform/common/Logger.h"
 #include "preview/marks/PreviewedMarks.h"
+#include "scene/core/Refused.h"
 #include "scene/core/SceneCore.h"
 
 namespace vrk::visual {
@@ -30,6 +31,7 @@ void Scene::createPreviewedFrameVisual(unsigned id, bool single)
 
 void Scene::setPreviewedFrameVisible(unsigned id, const rob::Posed& pose)
 {
+    refuseUnbounded(pose, "setPreviewedFrameVisible");
     addRenderTask(
         [this, id, pose] {
             FrameVisual& frame = previewedFrame(*core, id);

@@ -3,6 +3,7 @@
 #include "scene/math/Pose.h"
 
 #include <cmath>
+#include <limits>
 #include <stdexcept>
 #include <string>
 
@@ -17,14 +18,16 @@ void refuseNull(const Object* object, const char* operation, const char* what)
         throw std::invalid_argument(std::string(operation) + " needs " + what + ", not a null pointer");
 }
 
+/// Numbers that no float can hold count as unbounded: what is drawn is of floats.
 /// @throws std::invalid_argument "<operation> needs a pose of finite numbers"
 template <typename T>
 void refuseUnbounded(const rob::PoseTemplate<T>& pose, const char* operation)
 {
+    const auto& place = pose.position;
     const auto& turn = pose.orientation;
-    if (!pose.position.isFinite() || !std::isfinite(turn.w) || !std::isfinite(turn.x) || !std::isfinite(turn.y) ||
-        !std::isfinite(turn.z))
-        throw std::invalid_argument(std::string(operation) + " needs a pose of finite numbers");
+    for (const T number : {place.x, place.y, place.z, turn.w, turn.x, turn.y, turn.z})
+        if (!(std::abs(number) <= std::numeric_limits<float>::max()))
+            throw std::invalid_argument(std::string(operation) + " needs a pose of finite numbers");
 }
 
 } // namespace vrk::visual
