@@ -43,9 +43,9 @@ VRK_EXPORT void Finish();
 /// makes it clean again. The library never calls `update` by itself: the application does, before it asks.
 ///
 /// Owner: the process. Thread: render thread. The dirty flag may be read from any, and `setDetectable` be called from any.
-/// The queries may be asked from another thread while the flag is clear and the render thread is neither in `update` nor in
-/// `Scene::processMsgs`, whose tasks may take away what a query is just looking at: the caller sees to it that they exclude
-/// each other.
+/// The queries may be asked from another thread while the flag is clear, under `holdStill`, or where the caller sees to it that
+/// the render thread is neither in `update` nor in `Scene::processMsgs` meanwhile, whose tasks may take away what a query is just
+/// looking at.
 class VRK_EXPORT VisualSelection {
 public:
     VisualSelection();
@@ -155,6 +155,18 @@ public:
     ///         window of depth is not a number", "the view has no pixels", "the view is not finite".
     /// @throws std::logic_error "the selection is not up to date" while the service is dirty.
     RegionAnswer askRegion(const RegionQuery& query, const RegionView& view) const;
+
+    /// Keeps what questions read as it is: while the lock is held, `update` waits, and so does whatever registers, removes,
+    /// shows or hides a visual that can be picked, its deletion too. For `PickQuery`, `selectPointInCloud` and `sense`
+    /// from any thread at any time: ask `isDirty` once it is held. A visual that moves meanwhile still makes the service dirty, and
+    /// a question then answers as it does of a dirty one. A result's visual is there as long as the lock; keep ids, or what
+    /// `ModelOf` gives. The render thread may have to wait: hold it for one question, not for an afternoon.
+    ///
+    /// `select` reads single points where their nodes stand at that moment: with such in the station it wants the render thread
+    /// out of `processMsgs`, lock or no lock.
+    ///
+    /// Not with `askRegion` under it, which holds its own, and not on the render thread.
+    [[nodiscard]] std::shared_lock<std::shared_mutex> holdStill() const { return std::shared_lock(access); }
 
     /// Both do nothing. They are for callers that want to mark which of their threads ask questions; nothing is checked.
     static void MarkRenderThread();

@@ -2,6 +2,7 @@
 
 #include "platform/common/Export.h"
 #include "scene/math/Pose.h"
+#include "visual/SharedFlag.h"
 #include "visual/VisualType.h"
 
 #include <cstddef>
@@ -145,6 +146,7 @@ public:
     void setAttachState(bool attachedNow) { attached = attachedNow; }
     bool isAttached() const { return attached; }
     bool isAnchored() const { return anchored; }
+    /// Any thread, while the visual lives.
     bool isVisible() const { return visible; }
     bool isCopied() const { return copied; }
     /// Writes the subtree to standard output, for debugging.
@@ -183,7 +185,7 @@ protected:
     unsigned id;
     VisualType type = VisualType::None;
     Ogre::SceneNode* sceneNode;
-    bool visible = true;
+    SharedFlag visible = true;
     bool copied = false;   // made by `copy`: shares meshes with its source
     bool attached = false; // hangs on another visual by an attachment
     bool anchored = false; // keeps its own visibility when the parent's changes
