@@ -79,6 +79,29 @@ void loadParts(benchmark::State& state)
     }
 }
 
+/// @param state  range 0: how many parts; range 1: how many of them have another pose each time.
+void syncStation(benchmark::State& state)
+{
+    Scene& scene = bench::startedScene();
+    fillStation(static_cast<int>(state.range(0)));
+    Scene::SyncStation();
+    scene.processMsgs();
+    double place = 0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        const rob::Posed pose(rob::Posd(++place, 0, 0));
+        for (int i = 0; i < state.range(1); ++i)
+            layout::Layout::inst().parts[static_cast<std::size_t>(i)]->setPose(pose);
+        state.ResumeTiming();
+        Scene::SyncStation();
+        scene.processMsgs();
+    }
+    const unsigned last = layout::Layout::inst().parts.front()->getId();
+    if (state.range(1) > 0 && Scene::GetVisual(last)->getPosition().x != static_cast<float>(place))
+        throw std::logic_error("the first part stands elsewhere");
+    emptyStation(scene);
+}
+
 const unsigned links = bench::sized(1000u, 50u);
 
 /// Visuals without bodies. They stand in no station: another run may load and clear that in between.
@@ -152,6 +175,10 @@ void bareNodePositions(benchmark::State& state)
 }
 
 BENCHMARK(loadParts)->Arg(20)->Arg(bench::sized(1000, 40))->Unit(benchmark::kMillisecond)->Iterations(5);
+BENCHMARK(syncStation)
+    ->Args({bench::sized(20000, 40), 0})
+    ->Args({bench::sized(20000, 40), 100})
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(postPoses)->Unit(benchmark::kMicrosecond);
 BENCHMARK(drainPoses)->Unit(benchmark::kMicrosecond);
 BENCHMARK(bareNodePositions)->Unit(benchmark::kMicrosecond);

@@ -35,6 +35,7 @@ class SmartComponent;
 namespace vrk::task {
 class MoveInst;
 class Path;
+class Task;
 } // namespace vrk::task
 namespace cadcam {
 template <typename T>
@@ -136,6 +137,18 @@ public:
     /// Everything in the station, in an order in which later objects find what they hang on, and then the hiding of what
     /// the station says is hidden. Remove what was loaded before.
     static void LoadStation();
+    /// Brings the view to the state of the model, whatever was added, removed, exchanged, moved, attached, hidden or coloured
+    /// there since: only what differs is touched. What `LoadStation` shows counts, and nothing else: the saved view, bands,
+    /// reaches and dimensions are left as they are. A pose or a parent that only the view was told of gives way to the model's.
+    ///
+    /// What is registered under an id of the model (below 0x80000000) that the model no longer knows goes; own visuals have
+    /// transient ids. A body that is exchanged stays hidden or selected, with what is attached to it. What cannot be built is
+    /// passed over and named in the log, each with its cause; the rest is done, and then the task fails with
+    /// std::runtime_error "SyncStation: <number> could not be shown, the first is <what>: <cause>". It is tried anew by the
+    /// next call. The cost is that of looking at each object once: see docs/benchmarks.md.
+    ///
+    /// Posted; any thread. The visual of a point cloud points to its points: keep a removed cloud until this has run.
+    static void SyncStation();
     void addAssembly(sdf::SdfNode* assembly);
     void addPart(sdf::SdfNode* part);
     /// One body of a part that has a visual.
@@ -186,7 +199,7 @@ public:
     void setVisualPose(unsigned id, const rob::PoseTemplate<float>& pose);
     void setVisualWorldPose(unsigned id, const rob::PoseTemplate<float>& pose);
     void setVisualWorldPose(Visual* visual, const rob::PoseTemplate<float>& pose);
-    /// @param orientations  as many as ids. An unknown id fails, with the visuals before it turned.
+    /// @param orientations  as many as ids, else std::invalid_argument. An unknown id fails, with the visuals before it turned.
     void setVisualsOrientations(std::vector<unsigned> ids, std::vector<rob::OrientTemplate<double>> orientations);
     /// Moves a visual's own frame and leaves what it shows where it is: `delta` is the old frame seen from the new one.
     void setLocalOrigin(unsigned id, const rob::PoseTemplate<float>& oldOriginWorld,
@@ -254,6 +267,9 @@ public:
     /// A material under every other look of a body; anything else is passed over.
     void bodyVisualUseMaterial(unsigned id, const std::string& material);
     void bodyVisualUseDefaultMaterial(unsigned id);
+    /// The bodies of a visual, and below it, in the materials that the model names for them, and their edges in that of edges:
+    /// for arms of no known maker, which come in one plain colour. Posted.
+    void bodiesUseOwnMaterials(unsigned id);
     /// Marks all bodies of a visual as touching something; an unknown id is passed over.
     void setCollision(unsigned id, bool on);
     void setCollisionHighlights(const std::vector<unsigned>& ids, bool on);
@@ -273,6 +289,10 @@ public:
     void setLightEnable(int index, bool enable);
     /// Makes the grid, once. Nothing hides it or takes it away: `false` does nothing, on purpose.
     void setGrid(bool on);
+    /// Shows or hides the grid, as `setGrid` does not; one that is to be shown is made where there is none. Posted.
+    void setGridVisible(bool visible);
+    /// At once, render thread.
+    bool isGridVisible() const;
     /// The up axis of grid and camera: 0 for x, 1 for y, 2 for z. The setting changes at once, the rest is posted.
     void setGridNormalDir(int dir);
     // 0 without a grid; the length in model units
@@ -523,6 +543,15 @@ public:
     void deleteUVIndicatorVisual();
 
 private:
+    friend class StationSync;
+
+    /// What the parts of a sync share: `attempt` runs some work, and notes what it was and the cause where it fails; `remove`
+    /// takes a visual away and leaves what stands by itself on the world.
+    struct SyncSteps {
+        std::function<void(const std::string& what, const std::function<void()>& work)> attempt;
+        std::function<void(unsigned id)> remove;
+    };
+
     explicit Scene(const std::string& name);
 
     void addVisualTask(const Visual* visual, std::function<void()> task,
@@ -532,6 +561,7 @@ private:
     /// What draws the bands on a visual again when another has taken its place.
     std::function<void()> keepBands(const Visual& carrier);
     void doLoadStation();
+    static void doSyncTask(const task::Task& task, const SyncSteps& steps);
     void doBuildVisual(smartcomp::SmartComponent* component);
     void doAddToolData(unsigned id);
     void doAddAttachment(unsigned child, unsigned parent, const rob::PoseTemplate<double>& pose);

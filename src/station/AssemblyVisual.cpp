@@ -19,8 +19,7 @@ AssemblyVisual::AssemblyVisual(sdf::SdfNode* node, Visual* parent) : CompoundVis
 void AssemblyVisual::Build(Visual* parent, sdf::SdfNode* node)
 {
     const auto& assembly = dynamic_cast<sdf::SdfContainer&>(*node);
-    auto* visual = new AssemblyVisual(node, parent);
-    SceneCore::Get()->visuals.enter(visual);
+    BuildBare(parent, node);
     std::vector<sdf::SdfNode*> members;
     {
         sdf::SdfManager& model = sdf::SdfManager::inst();
@@ -35,6 +34,13 @@ void AssemblyVisual::Build(Visual* parent, sdf::SdfNode* node)
             Build(resolveParent(*member), member);
         else
             PartVisual::Build(resolveParent(*member), member);
+}
+
+AssemblyVisual* AssemblyVisual::BuildBare(Visual* parent, sdf::SdfNode* node)
+{
+    auto* visual = new AssemblyVisual(node, parent);
+    SceneCore::Get()->visuals.enter(visual);
+    return visual;
 }
 
 } // namespace vrk::visual

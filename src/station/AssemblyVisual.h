@@ -13,6 +13,9 @@ public:
     /// @throws std::bad_cast if the node, or a member, is of a wrong kind; what `PartVisual::Build` does.
     static void Build(Visual* parent, sdf::SdfNode* node);
 
+    /// The same without members.
+    static AssemblyVisual* BuildBare(Visual* parent, sdf::SdfNode* node);
+
     FrameVisual* getLocalFrame() const { return getOwnFrame(); }
 
 protected:

@@ -16,6 +16,7 @@
 #include "station/ManipulatorVisual.h"
 #include "station/ParentVisual.h"
 #include "station/PartVisual.h"
+#include "station/StationRecords.h"
 #include "station/TcpTraceVisual.h"
 #include "station/TcpVisual.h"
 #include "station/ToolVisual.h"
@@ -131,6 +132,7 @@ void Scene::doLoadStation()
         components = smartcomp::GetAllSmartComponents();
         for (const task::Task* task : task::GetAllTasks())
             tasks.push_back(task->getId());
+        core->record<HiddenThings>().ids = hiddenThingsOf(station);
     }
     for (smartcomp::SmartComponent* component : components)
         if (component->isTopLevel())
@@ -221,13 +223,16 @@ void Scene::addPointCloud(sdf::SdfNode* cloud)
 
 void Scene::buildVisual(smartcomp::SmartComponent* component)
 {
+    refuseNull(component, "buildVisual", "a component");
     addRenderTask([this, component] { doBuildVisual(component); }, 0);
 }
 
 void Scene::doBuildVisual(smartcomp::SmartComponent* component)
 {
-    if (component->hasVisual())
-        smartcomp::BuildVisual(component, resolveParent(*component));
+    if (!component->hasVisual())
+        return;
+    smartcomp::BuildVisual(component, resolveParent(*component));
+    core->record<BuiltComponents>().registered[component->getId()] = HasVisual(component->getId());
 }
 
 void Scene::addToolData(unsigned id)

@@ -26,6 +26,7 @@ public:
     void setSelected() override;
     void setHighlighted() override;
 
+    task::WObjDataItem* getItem() const { return item; }
     FrameVisual* getUserFrame() const { return userFrame; }
     /// Null once it was removed by its own id.
     FrameVisual* getObjectFrame() const;

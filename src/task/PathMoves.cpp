@@ -1,5 +1,6 @@
 #include "task/PathMoves.h"
 
+#include "platform/common/Hash.h"
 #include "platform/task/Instruction.h"
 #include "scene/core/SceneCore.h"
 #include "visual/Visual.h"
@@ -33,6 +34,29 @@ PathSegment segmentBetween(const task::MoveInst& previous, const task::MoveInst&
     if (const auto& circle = move.getCircleItem())
         segment.via = placeOf(*circle);
     return segment;
+}
+
+std::uint64_t hashOfWays(const std::vector<task::MoveInst*>& moves)
+{
+    common::Hash hash;
+    const auto add = [&hash](const rob::PosTemplate<float>& place) {
+        for (const float number : {place.x, place.y, place.z})
+            hash.addNumber(number);
+    };
+    for (std::size_t i = 1; i < moves.size(); ++i) {
+        hash.addNumber(moves[i]->getId());
+        hash.addNumber(moves[i]->getWObjItemId());
+        hash.addNumber(moves[i]->isDashed());
+        if (!isDrawnBetween(*moves[i - 1], *moves[i]))
+            continue;
+        const PathSegment way = segmentBetween(*moves[i - 1], *moves[i]);
+        add(way.from);
+        add(way.to);
+        hash.addNumber(way.via.has_value());
+        if (way.via)
+            add(*way.via);
+    }
+    return hash.value();
 }
 
 void showLook(Visual& part, PartLook look)

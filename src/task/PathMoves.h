@@ -3,6 +3,9 @@
 #include "task/PathParts.h"
 #include "task/PathSegments.h"
 
+#include <cstdint>
+#include <vector>
+
 namespace vrk::task {
 class MoveInst;
 }
@@ -19,6 +22,8 @@ Visual* workObjectVisualOf(const task::MoveInst& move);
 bool isDrawnBetween(const task::MoveInst& previous, const task::MoveInst& move);
 /// The way between two moves, in the frame of their work object.
 PathSegment segmentBetween(const task::MoveInst& previous, const task::MoveInst& move);
+/// A hash of all that is drawn between these moves, by which a change is known.
+std::uint64_t hashOfWays(const std::vector<task::MoveInst*>& moves);
 /// Gives a part that was just made the look of the whole.
 void showLook(Visual& part, PartLook look);
 

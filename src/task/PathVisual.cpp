@@ -70,9 +70,10 @@ void PathVisual::forgetPart(const Visual* line)
 void PathVisual::buildLines()
 {
     deleteLines();
+    const std::vector<task::MoveInst*>& moves = path->getMoveInstructions();
+    hashOfWays = visual::hashOfWays(moves);
     if (!SceneCore::Get()->settings.drawSegVisual)
         return;
-    const std::vector<task::MoveInst*>& moves = path->getMoveInstructions();
     PathLineVisual* run = nullptr; // open: the next segment may go on with it
     for (std::size_t i = 1; i < moves.size(); ++i) {
         const task::MoveInst& previous = *moves[i - 1];

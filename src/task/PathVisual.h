@@ -3,6 +3,7 @@
 #include "task/PathParts.h"
 #include "visual/Visual.h"
 
+#include <cstdint>
 #include <vector>
 
 namespace vrk::task {
@@ -32,6 +33,8 @@ public:
     /// Makes all lines anew, or takes them away where the scene draws none. They look like the path: hidden, selected.
     /// @throws std::out_of_range as `Build`; the lines that were made by then stay.
     void buildLines();
+    /// As `hashOfWays` of the moves that the lines were made of.
+    std::uint64_t getHashOfWays() const { return hashOfWays; }
 
     // Of all moves, which must have visuals, and of the lines
     // @throws std::out_of_range "invalid unordered_map<K, T> key" for a move without.
@@ -50,6 +53,7 @@ private:
 
     task::Path* path;
     std::vector<PathLineVisual*> lines;
+    std::uint64_t hashOfWays = 0;
     bool isAtParts = false; // a call for all parts is under way
 };
 

@@ -6,14 +6,22 @@
 #include "platform/task/Instruction.h"
 #include "platform/task/Path.h"
 #include "platform/task/Task.h"
+#include "scene/core/Refused.h"
 #include "scene/core/SceneCore.h"
 #include "station/ParentVisual.h"
+#include "station/SamePlace.h"
+#include "station/TcpVisual.h"
 #include "station/WObjVisual.h"
+#include "task/InstanceFrameVisual.h"
 #include "task/MoveInstructionVisual.h"
 #include "task/PathMoves.h"
 #include "task/PathVisual.h"
+#include "task/RobtargetVisual.h"
 #include "visual/VisualCast.h"
 
+#include <fmt/format.h>
+
+#include <algorithm>
 #include <memory>
 #include <optional>
 
@@ -147,6 +155,7 @@ void Scene::buildTask(unsigned id)
 
 void Scene::addPath(task::Path* path)
 {
+    refuseNull(path, "addPath", "a path");
     struct Post {
         task::MoveInst* previous;
         task::MoveInst* move;
@@ -213,12 +222,15 @@ void Scene::upadateInstructionParent(unsigned id, unsigned parentId)
 
 void Scene::buildMoveInstruction(task::MoveInst* move)
 {
+    refuseNull(move, "buildMoveInstruction", "a move");
     const unsigned parentId = move->isRobTargetInst() ? move->getWObjItemId() : taskOwnerOf(*move);
     addRenderTask([move, parentId] { MoveInstructionVisual::Build(parentVisual(parentId), nullptr, move); }, 0);
 }
 
 void Scene::buildMoveInstructions(std::vector<std::tuple<task::MoveInst*, task::MoveInst*, unsigned>>&& moves)
 {
+    for (const auto& each : moves)
+        refuseNull(std::get<1>(each), "buildMoveInstructions", "a move");
     if (moves.empty())
         return;
     addRenderTask(
@@ -229,6 +241,104 @@ void Scene::buildMoveInstructions(std::vector<std::tuple<task::MoveInst*, task::
                 rebuildLines(*path);
         },
         0);
+}
+
+namespace {
+
+/// Where the scene draws no targets, none is missing.
+bool showsTargets(const MoveInstructionVisual& visual, const task::MoveInst& move, bool areDrawn)
+{
+    if (!areDrawn)
+        return true;
+    const InstanceFrameVisual* target = visual.getTarget();
+    const RobtargetVisual* via = visual.getCircle();
+    const bool hasVia = !move.isJointTargetInst() && move.getCircleItem();
+    return target && target->getId() == move.getTargetItemId() && hasVia == (via != nullptr) &&
+           (!via || via->getId() == move.getCircleItemId());
+}
+
+/// Whether what stands for the path are visuals of these very moves, on what they hang on in the model.
+bool isDrawn(task::Path& path, bool areTargetsDrawn)
+{
+    const auto* visual = visualAs<PathVisual>(path.getId(), VisualType::Path);
+    if (!visual || visual->getPath() != &path)
+        return false;
+    return std::ranges::all_of(path.getMoveInstructions(), [&](const task::MoveInst* move) {
+        const MoveInstructionVisual* shown = moveVisual(move->getId());
+        return shown && shown->getMove() == move && shown->getParent() == parentOf(*move) &&
+               showsTargets(*shown, *move, areTargetsDrawn);
+    });
+}
+
+bool isAt(const Visual* visual, const rob::PoseTemplate<double>& pose)
+{
+    return !visual || isSamePlace(visual->getPose(), rob::PoseTemplate<float>(pose));
+}
+
+/// Whether the moves go elsewhere than is shown.
+bool isMoved(task::Path& path)
+{
+    const auto* visual = visualAs<PathVisual>(path.getId(), VisualType::Path);
+    if (visual->getHashOfWays() != hashOfWays(path.getMoveInstructions()))
+        return true;
+    return std::ranges::any_of(path.getMoveInstructions(), [](const task::MoveInst* move) {
+        const MoveInstructionVisual* shown = moveVisual(move->getId());
+        const auto& via = move->getCircleItem();
+        return !isAt(shown->getTarget(), move->getTargetItem()->getPose()) ||
+               (via && !isAt(shown->getCircle(), via->getPose()));
+    });
+}
+
+void syncPath(task::Path& path, bool areTargetsDrawn, const std::function<void(unsigned)>& remove)
+{
+    if (isDrawn(path, areTargetsDrawn)) {
+        if (isMoved(path))
+            doUpdatePath(path.getId());
+        return;
+    }
+    for (const task::MoveInst* move : path.getMoveInstructions())
+        remove(move->getId());
+    remove(path.getId());
+    buildPath(path);
+}
+
+void syncWorkObject(task::WObjDataItem& item, const std::function<void(unsigned)>& remove)
+{
+    auto* visual = visualAs<WObjVisual>(item.getId(), VisualType::WObj);
+    if (!visual || visual->getItem() != &item || !visual->getObjectFrame()) {
+        remove(item.getId());
+        WObjVisual::Build(resolveParent(item), &item);
+        return;
+    }
+    const bool isMoved = visual->getParent() != resolveParent(item) || !isAt(visual, item.getPose()) ||
+                         !isAt(visual->getObjectFrame(), item.getObjectFrame()->getPose());
+    if (isMoved)
+        visual->update();
+}
+
+} // namespace
+
+void Scene::doSyncTask(const task::Task& task, const SyncSteps& steps)
+{
+    const auto attempt = [&](const sdf::SdfObject& object, const std::function<void()>& work) {
+        steps.attempt(fmt::format("'{}' ({}) of '{}'", object.getName(), object.getId(), task.getName()), work);
+    };
+    for (const auto& item : task.getDataItems())
+        if (item->asType(sdf::ModelType::WObjData))
+            attempt(*item, [&] { syncWorkObject(dynamic_cast<task::WObjDataItem&>(*item), steps.remove); });
+    for (const auto& item : task.getDataItems())
+        if (item->asType(sdf::ModelType::ToolData))
+            attempt(*item, [&] {
+                const Visual* shown = HasVisual(item->getId()) ? GetVisual(item->getId()) : nullptr;
+                if (shown && shown->getParent()->getId() == item->getParentId() && isAt(shown, item->getPose()))
+                    return;
+                steps.remove(item->getId());
+                TcpVisual::Build(GetVisual(item->getParentId()), *item);
+            });
+    const bool areTargetsDrawn = SceneCore::Get()->settings.drawTargetVisual;
+    for (const unsigned id : task.getPaths())
+        if (const std::shared_ptr<task::Path> path = shared<task::Path>(id))
+            attempt(*path, [&] { syncPath(*path, areTargetsDrawn, steps.remove); });
 }
 
 void Scene::setDrawPathArrow(bool draw)

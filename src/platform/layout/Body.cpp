@@ -29,8 +29,13 @@ void Body::setShape(const TopoDS_Shape& newShape)
     const bool isExchanged = !shape.IsNull();
     shape = newShape;
     faceMap.Clear();
-    if (!shape.IsNull())
+    if (!shape.IsNull()) {
         geometry::addEdgePolygons(shape);
+        if (getGeometryUri().empty() && getFileType().empty()) {
+            setGeometry(fmt::format("{}{}", madeInMemory, getId()), "brep");
+            return;
+        }
+    }
     claimUri(isExchanged);
 }
 

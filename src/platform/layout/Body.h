@@ -23,6 +23,9 @@ using FaceMap = NCollection_IndexedMap<TopoDS_Shape, TopTools_ShapeMapHasher>;
 /// "visual/face_colors" with one child "f<index>" for each face of another colour.
 class VRK_EXPORT Body : public sdf::SdfNode {
 public:
+    /// What the URI of a shape begins with that comes from no file; the id of the body that had it first follows.
+    static constexpr const char* madeInMemory = "memory#";
+
     Body(unsigned id, std::string name, const Part& part);
     ~Body() override;
 
@@ -30,7 +33,8 @@ public:
     /// polygons by which they are drawn, see `geometry::addEdgePolygons`.
     ///
     /// The view draws one mesh for each URI, so a URI must stand for one shape. A body that is given another shape, or whose
-    /// URI another body uses for another shape, gets a URI of its own, made from its URI and the content of the shape.
+    /// URI another body uses for another shape, gets a URI of its own, made from its URI and the content of the shape. A body
+    /// of no geometry becomes a "brep" one of the URI "memory#<id>".
     void setShape(const TopoDS_Shape& shape);
     /// Whether the body has a URI of its own, because the URI that was given to `setGeometry` stands for another shape.
     bool hasOwnUri() const { return ownUri; }
@@ -39,7 +43,8 @@ public:
     const TopoDS_Shape& getShape() const { return shape; }
     /// The faces of the shape, numbered from 1. Made on first use; two threads must not ask first at the same time.
     const FaceMap& getFaceMap() const;
-    /// Reads the shape from the geometry's file if there is none; a body made in memory has one from the start.
+    /// Reads the shape from the geometry's file if there is none. A body made in memory has one from the start; its faces that
+    /// have no triangles are meshed, as `station::meshShape` does, and so are those of a shape that took the place of a file's.
     /// @throws std::runtime_error naming the file and the cause.
     void ensureShapeLoaded();
 

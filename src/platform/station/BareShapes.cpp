@@ -8,8 +8,7 @@
 
 #include <TopoDS_Shape.hxx>
 
-#include <fmt/format.h>
-
+#include <mutex>
 #include <stdexcept>
 
 namespace vrk::station {
@@ -28,10 +27,14 @@ std::shared_ptr<layout::Body> AddShape(layout::Part& part, const std::string& na
         throw std::invalid_argument(name + ": a body needs a shape");
     geometry::ParseColorText(color); // ahead of the body, which would else be left without one
     meshShape(shape);
-    const std::shared_ptr<layout::Body> body = part.addBody(name);
-    body->setGeometry(fmt::format("memory#{}", body->getId()), "brep");
+    sdf::SdfManager& model = sdf::SdfManager::inst();
+    const unsigned id = model.generateId(); // ahead of the lock, which it takes itself
+    const std::unique_lock lock(model.mutex());
+    const std::shared_ptr<layout::Body> body = part.addBody(id, name);
     body->setShape(shape);
     body->setColor(color);
+    if (model.find(part.getId()) == &part) // where a part is in the table, its pieces are
+        model.add(body);
     return body;
 }
 

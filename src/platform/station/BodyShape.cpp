@@ -9,6 +9,8 @@ void Body::ensureShapeLoaded()
 {
     if (shape.IsNull())
         setShape(station::ImportShape(getGeometryUri()));
+    else if (const std::string uri = getGeometryUri(); uri.empty() || uri.starts_with(madeInMemory) || hasOwnUri())
+        station::meshShape(shape);
 }
 
 } // namespace vrk::layout
