@@ -19,6 +19,8 @@ cmake -S "$source" -B "$work/build" -G Ninja -DCMAKE_PREFIX_PATH="$work/installe
 cmake --build "$work/build"
 "$work/build/consumer"
 
+"$source/check-guide.sh" "$work/installed" "$work/guide"
+
 # The examples, from where they are installed.
 examples=$(dirname "$(find "$work/installed" -path '*/examples/CMakeLists.txt')")
 cmake -S "$examples" -B "$work/examples" -G Ninja -DCMAKE_PREFIX_PATH="$work/installed" -DCMAKE_CXX_FLAGS="-Wall -Wextra -Werror" "${launcher[@]}" >/dev/null
