@@ -51,4 +51,14 @@ void Grid::orient(int normalDir)
         visual->setRotation(upAxisTurn(normalDir));
 }
 
+void Grid::setVisible(bool visible)
+{
+    visual->setVisible(visible, true);
+}
+
+bool Grid::isVisible() const
+{
+    return visual->isVisible();
+}
+
 } // namespace vrk::visual

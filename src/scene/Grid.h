@@ -21,6 +21,8 @@ public:
     unsigned getCellLength() const { return cellLength; }
     /// Lays the grid across the axis: 0 for x, 1 for y, 2 for z. Any other value leaves it as it lies.
     void orient(int normalDir);
+    void setVisible(bool visible);
+    bool isVisible() const;
 
 private:
     void draw();

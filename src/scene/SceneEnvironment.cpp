@@ -81,6 +81,23 @@ void Scene::setGrid(bool on)
         grid = std::make_unique<Grid>(*core, gridCellCount, gridCellLength);
 }
 
+void Scene::setGridVisible(bool visible)
+{
+    addRenderTask(
+        [this, visible] {
+            if (visible)
+                setGrid(true);
+            if (grid)
+                grid->setVisible(visible);
+        },
+        0);
+}
+
+bool Scene::isGridVisible() const
+{
+    return grid && grid->isVisible();
+}
+
 void Scene::setGridNormalDir(int dir)
 {
     core->settings.gridNormalDir = dir;

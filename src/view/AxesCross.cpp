@@ -167,4 +167,10 @@ void AxesCross::setScale(float factor)
     root->setScale(Ogre::Vector3(factor));
 }
 
+void AxesCross::enlarge(float factor)
+{
+    setScale(factor);
+    root->setScale(Ogre::Vector3(scale));
+}
+
 } // namespace vrk::visual

@@ -31,6 +31,8 @@ public:
 
     /// Makes the cross larger than it was by this factor. The nodes take the factor itself, so call it once.
     void setScale(float factor);
+    /// The same, at any time and any number of times: also the nodes are as large as all factors together say.
+    void enlarge(float factor);
     float getScale() const { return scale; }
     /// The distance of its middle from the left and the lower edge, in pixels.
     std::int16_t getWidth() const { return width; }

@@ -1,10 +1,14 @@
 #include "scene/Scene.h"
 
+#include "platform/layout/Body.h"
+#include "platform/sdf/SdfManager.h"
+#include "scene/core/Refused.h"
 #include "scene/core/SceneCore.h"
 #include "visual/FacetVisual.h"
 #include "visual/VisualCast.h"
 #include "visual/VisualStateManager.h"
 #include "visual/WatchedVisual.h"
+#include "visual/WireFrameVisual.h"
 
 #include <Ogre.h>
 
@@ -45,6 +49,23 @@ void forBodies(Visual& visual, const Call& call)
             call(*body);
 }
 
+/// What is attached is no part of the visual, and keeps its own looks.
+void useOwnMaterials(Visual& visual)
+{
+    if (bodyOf(&visual))
+        if (const auto body = std::dynamic_pointer_cast<layout::Body>(sdf::Share(visual.getId()))) {
+            const std::string base = body->getMaterialName();
+            visual.setMaterial(base, base + "Selected", base + "Highlighted");
+            for (Visual* child : visual.getChildren())
+                if (auto* edges = visualCast<WireFrameVisual>(child, VisualType::WireFrame))
+                    edges->useOwnMaterial(); // which the bodies gave theirs
+            return;
+        }
+    for (Visual* child : visual.getChildren())
+        if (!child->isAttached())
+            useOwnMaterials(*child);
+}
+
 void collectDrawnBodies(Visual& visual, std::vector<Visual*>& bodies)
 {
     if (isFacetVisual(visual) && !visual.getSceneNode()->getAttachedObjects().empty())
@@ -73,6 +94,7 @@ void showLayer(Visual* visual, VisualStateLayer layer, bool on, const std::strin
 
 void Scene::setVisualHighlighted(Visual* visual)
 {
+    refuseNull(visual, "setVisualHighlighted", "a visual");
     auto& highlighted = core->record<HighlightedVisual>();
     if (visual == highlighted.get())
         return;
@@ -119,6 +141,7 @@ void Scene::resetColor(unsigned id)
 
 void Scene::resetColor(Visual* visual)
 {
+    refuseNull(visual, "resetColor", "a visual");
     addVisualTask(visual, [this, visual] { doResetColor(visual); });
 }
 
@@ -139,6 +162,11 @@ void Scene::bodyVisualUseDefaultMaterial(unsigned id)
     Visual* visual = GetVisual(id);
     if (isFacetVisual(*visual))
         addVisualTask(visual, [visual] { showLayer(visual, VisualStateLayer::Material, false); });
+}
+
+void Scene::bodiesUseOwnMaterials(unsigned id)
+{
+    addRenderTask([id] { useOwnMaterials(*GetVisual(id)); }, 0);
 }
 
 void Scene::setCollision(unsigned id, bool on)

@@ -39,8 +39,13 @@ WireFrameVisual* WireFrameVisual::Build(Visual* parent, const TopoDS_Shape& shap
     for (int i = 1; i <= edges.Extent(); ++i)
         addEdge(*visual, TopoDS::Edge(edges(i)));
     visual->update();
-    visual->setMaterial("WireFrame", "BodyCurveSelected", "BodyCurveHighlighted");
+    visual->useOwnMaterial();
     return visual;
+}
+
+void WireFrameVisual::useOwnMaterial()
+{
+    setMaterial("WireFrame", "BodyCurveSelected", "BodyCurveHighlighted");
 }
 
 void WireFrameVisual::addSegment(const gp_Pnt& a, const gp_Pnt& b)

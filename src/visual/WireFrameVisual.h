@@ -20,6 +20,8 @@ public:
     /// An edge without either is left out, as is one that is but a point of a surface.
     static WireFrameVisual* Build(Visual* parent, const TopoDS_Shape& shape);
 
+    /// That of the edges of bodies, in place of one that the body gave them.
+    void useOwnMaterial();
     /// A segment with a coordinate that is no finite float is dropped.
     void addSegment(const gp_Pnt& a, const gp_Pnt& b);
     const DynamicLines& getLines() const { return lines; }

@@ -1,7 +1,6 @@
 #include "canvas/CameraFlight.h"
 
-#include "canvas/BodyBoxes.h"
-
+#include "scene/ShownCorners.h"
 #include "view/Camera.h"
 
 #include <algorithm>
@@ -35,7 +34,7 @@ CameraFlight::CameraFlight(QObject* parent) : QObject(parent)
 void CameraFlight::flyTo(const Posef& pose)
 {
     stop();
-    const vrk::visual::Box box = bodyBox();
+    const vrk::visual::Box box = vrk::visual::BoxOfShown();
     const Posf middle = box.isValid() ? box.min + (box.max - box.min) / 2.0f : Posf(0, 0, 0);
     Camera& camera = *Camera::Get();
     lastPose = camera.getWorldPose();

@@ -1,15 +1,11 @@
 #include "canvas/Surroundings.h"
 
-#include "canvas/BodyBoxes.h"
 #include "canvas/Visibility.h"
 
 #include "scene/Scene.h"
-#include "scene/core/SceneSettings.h"
+#include "scene/ShownCorners.h"
 #include "view/AxesCross.h"
 #include "view/Camera.h"
-#include "visual/Visual.h"
-
-#include <Ogre.h>
 
 #include <algorithm>
 #include <cmath>
@@ -19,7 +15,6 @@ namespace {
 
 using vrk::VisualType;
 using vrk::visual::Scene;
-using vrk::visual::Visual;
 
 constexpr float framePart = 0.08f; // of the station's radius
 constexpr float targetPart = 0.05f;
@@ -29,15 +24,6 @@ constexpr double longestFrame = 100000; // model units
 
 int gridNormal = 2;     // z, as at start-up
 unsigned frameSize = 1; // model units
-
-/// The scene offers nothing that hides its grid, so that its visual is looked for by its name.
-Visual* gridVisual()
-{
-    for (Visual* visual : Scene::GetWorldVisual()->getChildren())
-        if (visual->getType() == VisualType::None && visual->getName().starts_with("Grid"))
-            return visual;
-    return nullptr;
-}
 
 void setFrameSize(double size)
 {
@@ -49,7 +35,7 @@ void setFrameSize(double size)
 
 void suitSurroundings()
 {
-    const vrk::visual::Box box = bodyBox();
+    const vrk::visual::Box box = vrk::visual::BoxOfShown();
     if (!box.isValid())
         return;
     const vrk::rob::Vec3Template<float> sides = box.max - box.min;
@@ -63,18 +49,12 @@ void suitSurroundings()
 
 bool isGridShown()
 {
-    const Visual* grid = gridVisual();
-    return grid && grid->isVisible();
+    return Scene::Get()->isGridVisible();
 }
 
 void showGrid(bool shown)
 {
-    Scene::Get()->addRenderTask(
-        [shown] {
-            if (Visual* grid = gridVisual())
-                grid->setVisible(shown, true);
-        },
-        0);
+    Scene::Get()->setGridVisible(shown);
 }
 
 void turnGrid()
@@ -86,10 +66,7 @@ void turnGrid()
 
 void enlargeCross(float factor)
 {
-    vrk::visual::AxesCross& cross = vrk::visual::Camera::Get()->axesCross();
-    cross.setScale(factor);
-    // The nodes took the factor in place of their size so far.
-    Scene::GetSceneManager()->getSceneNode("GlobalFrame")->setScale(Ogre::Vector3(cross.getScale()));
+    vrk::visual::Camera::Get()->axesCross().enlarge(factor);
 }
 
 void changeFrameSize(int steps)

@@ -1,9 +1,8 @@
 #include "canvas/Views.h"
 
-#include "canvas/BodyBoxes.h"
-
 #include "platform/layout/Layout.h"
 #include "scene/Scene.h"
+#include "scene/ShownCorners.h"
 #include "view/Camera.h"
 
 #include <algorithm>
@@ -79,7 +78,7 @@ Posef fitted(const std::vector<Posf>& corners, const Posef& fit)
 /// nearer and to the middle until the boxes of the bodies fill the picture.
 Posef closer(const Posef& fit)
 {
-    return fitted(bodyCorners(), fit);
+    return fitted(vrk::visual::ShownCorners(), fit);
 }
 
 template <typename Wanted, typename Field>
@@ -131,6 +130,12 @@ Posef poseAlong(const View& view)
 Posef poseForAll()
 {
     return closer(Scene::Get()->getViewAllPose());
+}
+
+Posef poseAsLeft()
+{
+    const vrk::rob::Posed& left = vrk::layout::Layout::inst().lastViewPointPose;
+    return left == vrk::rob::Posed() ? poseForAll() : Posef(left);
 }
 
 Posef poseForBox(const vrk::visual::Box& box)

@@ -35,6 +35,8 @@ vrk::rob::Posef poseForAll();
 vrk::rob::Posef poseForBox(const vrk::visual::Box& box);
 /// Posts the move to `poseAlong`.
 void lookAlong(const View& view);
+/// The view that the station was left with; where it has none, that of everything, the direction kept.
+vrk::rob::Posef poseAsLeft();
 /// Posts the move to the view that the station was left with; where it has none, to the first of the directions.
 void lookAsLeft();
 

@@ -42,7 +42,6 @@ using vrk::layout::Manipulator;
 using vrk::layout::Mechanism;
 using vrk::layout::StationContent;
 using vrk::visual::Scene;
-using vrk::visual::Visual;
 
 void followJoints()
 {
@@ -53,30 +52,12 @@ void followJoints()
     });
 }
 
-/// The library gives an arm of no known maker one plain colour; here it has those of its bodies. Render thread.
-void showOwnColors(const sdf::SdfObject& object)
-{
-    for (const std::shared_ptr<sdf::SdfObject>& piece : object.getPieces())
-        showOwnColors(*piece);
-    const auto* body = dynamic_cast<const vrk::layout::Body*>(&object);
-    if (!body || !Scene::HasVisual(body->getId()))
-        return;
-    Visual& visual = *Scene::GetVisual(body->getId());
-    if (visual.getType() != VisualType::Solid && visual.getType() != VisualType::Mesh)
-        return;
-    const std::string base = body->getMaterialName();
-    visual.setMaterial(base, base + "Selected", base + "Highlighted");
-    for (Visual* child : visual.getChildren())
-        if (child->getType() == VisualType::WireFrame)
-            child->setMaterial("WireFrame", "BodyCurveSelected", "BodyCurveHighlighted");
-}
-
-/// Behind the posts that show the arm.
+/// The library gives an arm of no known maker one plain colour; here it has those of its bodies. Behind the posts that show it.
 void showOwnColorsOfPlain(const std::shared_ptr<Mechanism>& mechanism)
 {
     const auto* arm = dynamic_cast<const Manipulator*>(mechanism.get());
     if (arm && arm->getVendor().empty())
-        Scene::Get()->addRenderTask([mechanism] { showOwnColors(*mechanism); }, 0);
+        Scene::Get()->bodiesUseOwnMaterials(arm->getId());
 }
 
 Mechanism* firstThatMoves()

@@ -1,9 +1,9 @@
 #include "start/StartUp.h"
 
-#include "canvas/BodyBoxes.h"
 #include "canvas/ProgramParts.h"
 
 #include "scene/Scene.h"
+#include "scene/ShownCorners.h"
 #include "scene/StartUp.h"
 #include "view/Camera.h"
 
@@ -59,7 +59,7 @@ void startLibrary()
 
 void suitCameraToScene()
 {
-    const vrk::visual::Box box = bodyBox();
+    const vrk::visual::Box box = vrk::visual::BoxOfShown();
     const float radius = box.isValid() ? std::max(smallestRadius, (box.max - box.min).length() / 2) : smallestRadius;
     Camera::Get()->setHFOV(lens);
     Camera::Get()->setClipDist(radius * nearestLook, radius * farthestLook);

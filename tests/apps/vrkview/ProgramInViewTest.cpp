@@ -1,6 +1,5 @@
 #include "FakeInput.h"
 #include "MouseFixture.h"
-#include "canvas/BodyBoxes.h"
 #include "canvas/Picked.h"
 #include "canvas/ProgramParts.h"
 #include "docks/ProgramDock.h"
@@ -13,6 +12,7 @@
 #include "platform/task/Path.h"
 #include "platform/task/Task.h"
 #include "scene/Scene.h"
+#include "scene/ShownCorners.h"
 #include "selection/geometry/Result.h"
 #include "view/Camera.h"
 #include "visual/Visual.h"
@@ -104,7 +104,7 @@ TEST_F(ProgramInViewTest, FitHoldsWhereTheMovesGoWhateverIsDrawnOfThem)
     for (const bool areTargets : {true, false}) {
         draw(ProgramPart::Targets, areTargets);
         settle();
-        const std::vector<vrk::rob::Posf> corners = bodyCorners();
+        const std::vector<vrk::rob::Posf> corners = vrk::visual::ShownCorners();
         for (const vrk::rob::Posf& place : places)
             EXPECT_TRUE(std::ranges::any_of(corners, [&](const auto& p) { return (p - place).length() < 0.01f; }))
                 << place.x << ' ' << place.y << ' ' << place.z << ", targets: " << areTargets;

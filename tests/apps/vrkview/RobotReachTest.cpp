@@ -2,7 +2,6 @@
 
 #include "FakeInput.h"
 #include "StepsFixture.h"
-#include "canvas/BodyBoxes.h"
 #include "canvas/Picked.h"
 #include "docks/JointDock.h"
 #include "docks/PropertyDock.h"
@@ -21,6 +20,7 @@
 #include "platform/sdf/SdfManager.h"
 #include "platform/station/StationFile.h"
 #include "scene/Scene.h"
+#include "scene/ShownCorners.h"
 #include "visual/Visual.h"
 
 #include <gmock/gmock.h>
@@ -166,7 +166,7 @@ TEST_F(RobotReachTest, CommandIsForRobotsOnly)
 
 TEST_F(RobotReachTest, PicksAndFitsPassOverIt)
 {
-    const auto boxBefore = bodyBox();
+    const auto boxBefore = vrk::visual::BoxOfShown();
     const auto focusBefore = Scene::Get()->getVisualFocusPose(robot);
     std::vector<unsigned> before;
     const auto look = [] {
@@ -181,8 +181,8 @@ TEST_F(RobotReachTest, PicksAndFitsPassOverIt)
     showReachOf(robot);
 
     EXPECT_EQ(look(), before);
-    EXPECT_EQ(bodyBox().min, boxBefore.min);
-    EXPECT_EQ(bodyBox().max, boxBefore.max);
+    EXPECT_EQ(vrk::visual::BoxOfShown().min, boxBefore.min);
+    EXPECT_EQ(vrk::visual::BoxOfShown().max, boxBefore.max);
     EXPECT_EQ(Scene::Get()->getVisualFocusPose(robot), focusBefore);
 }
 

@@ -1,4 +1,4 @@
-#include "canvas/BodyBoxes.h"
+#include "scene/ShownCorners.h"
 
 #include "platform/task/DataItem.h"
 #include "platform/task/Instruction.h"
@@ -10,14 +10,10 @@
 
 #include <algorithm>
 
-namespace vrkview {
+namespace vrk::visual {
 namespace {
 
-using vrk::VisualType;
-using vrk::rob::Posf;
-using vrk::visual::MoveInstructionVisual;
-using vrk::visual::PointCloudVisual;
-using vrk::visual::Visual;
+using rob::Posf;
 
 constexpr std::size_t mostPointsOfACloud = 100000; // as many tell where it ends
 
@@ -43,9 +39,9 @@ bool isSeen(const Visual& visual)
 /// A scan fills its box badly: its corners would leave the picture half empty.
 void addPoints(const PointCloudVisual& cloud, std::vector<Posf>& corners)
 {
-    const vrk::rob::Posef pose = cloud.getWorldPose();
+    const rob::Posef pose = cloud.getWorldPose();
     const std::vector<Posf>& points = cloud.getPoints();
-    const vrk::visual::Box drawn = cloud.getBoundingBox(); // not all are
+    const Box drawn = cloud.getBoundingBox(); // not all are
     const std::size_t step = points.size() / mostPointsOfACloud + 1;
     for (std::size_t i = 0; i < points.size(); i += step)
         if (drawn.isPointInside(points[i].x, points[i].y, points[i].z))
@@ -82,9 +78,9 @@ void addCorners(const Visual& visual, std::vector<Posf>& corners)
 
 } // namespace
 
-std::vector<Posf> bodyCorners()
+std::vector<Posf> ShownCorners()
 {
-    const Visual& world = *vrk::visual::Scene::GetWorldVisual();
+    const Visual& world = *Scene::GetWorldVisual();
     world.getSceneNode()->_update(true, false); // the boxes are else those of the last frame
     std::vector<Posf> corners;
     addCorners(world, corners);
@@ -97,11 +93,11 @@ std::vector<Posf> bodyCorners()
     return corners;
 }
 
-vrk::visual::Box bodyBox()
+Box BoxOfShown()
 {
-    vrk::visual::Box box;
-    box.addPoints(bodyCorners());
+    Box box;
+    box.addPoints(ShownCorners());
     return box;
 }
 
-} // namespace vrkview
+} // namespace vrk::visual
