@@ -103,11 +103,20 @@ const DrawMode& chooseDrawMode(const Options& options)
     return options.isDrawModeGiven || !last ? *options.drawMode : *last;
 }
 
-int openWindow(int argc, char** argv, const Station& station, const Options& options)
+/// Qt has options of its own, "-display" among them, and would take ours for these: it gets the program's name alone.
+struct QtArguments {
+    explicit QtArguments(char** argv) : words{argv[0], nullptr} {}
+
+    int count = 1; // Qt keeps references to both
+    char* words[2];
+};
+
+int openWindow(char** argv, const Station& station, const Options& options)
 {
     // OGRE draws on X11; on a Wayland desktop that is what Xwayland is for.
     qputenv("QT_QPA_PLATFORM", "xcb");
-    QApplication application(argc, argv);
+    QtArguments arguments(argv);
+    QApplication application(arguments.count, arguments.words);
     QApplication::setApplicationName("vrkview");
     std::setlocale(LC_NUMERIC, "C"); // Qt took the user's, with which other packages would misread numbers
     const DrawMode& mode = chooseDrawMode(options);
@@ -121,10 +130,11 @@ int openWindow(int argc, char** argv, const Station& station, const Options& opt
     if (!options.recording.empty())
         recorder.emplace(window, options.recording);
     window.show();
+    window.getFiles().tellLeftOut(station.failures, options.files.size());
     return QApplication::exec();
 }
 
-void playSession(int argc, char** argv, const Station& station, const Options& options)
+void playSession(char** argv, const Station& station, const Options& options)
 {
     const Session session = readSession(options.session);
     const QTemporaryDir settings; // the user's own would make other windows on other machines
@@ -133,7 +143,8 @@ void playSession(int argc, char** argv, const Station& station, const Options& o
     if (!qEnvironmentVariableIsSet("XDG_RUNTIME_DIR"))
         qputenv("XDG_RUNTIME_DIR", settings.path().toLocal8Bit());
     qputenv("QT_QPA_PLATFORM", "xcb");
-    const QApplication application(argc, argv);
+    QtArguments arguments(argv);
+    const QApplication application(arguments.count, arguments.words);
     std::setlocale(LC_NUMERIC, "C");
     build(station, options, *findDrawMode(session.head.display));
     ViewWindow window(station, *findDrawMode(session.head.display));
@@ -154,7 +165,19 @@ void warn(std::string text)
     std::cerr << "vrkview: " << text << std::endl;
 }
 
-int run(int argc, char** argv, const Options& options)
+/// What cannot be opened beside others is told, a line each.
+Station readStation(const Options& options)
+{
+    if (options.files.empty())
+        return demoStation();
+    const BadFile bad = options.isStrict ? BadFile::EndsAll : BadFile::IsLeftOut;
+    Station station = importFiles(options.files, options.coarser, bad);
+    for (const std::string& failure : station.failures)
+        warn(failure);
+    return station;
+}
+
+int run(char** argv, const Options& options)
 {
     std::optional<QuietOutput> quiet(std::in_place);
     if (!options.resources.empty())
@@ -162,12 +185,12 @@ int run(int argc, char** argv, const Options& options)
     vrk::visual::CheckResources();
     checkFoldersOfPictures(options);
     const std::unique_ptr<PrivateDisplay> display = chooseDisplay(options);
-    const Station station = options.files.empty() ? demoStation() : importFiles(options.files, options.coarser);
+    const Station station = readStation(options);
 
     if (options.task == Options::Task::OpenWindow)
-        return openWindow(argc, argv, station, options);
+        return openWindow(argv, station, options);
     if (options.task == Options::Task::PlaySession) {
-        playSession(argc, argv, station, options);
+        playSession(argv, station, options);
         return 0;
     }
     build(station, options, *options.drawMode);
@@ -186,7 +209,7 @@ int run(int argc, char** argv, const Options& options)
     default:
         printList(station);
     }
-    return 0;
+    return station.failures.empty() ? 0 : unusable; // some of what was asked for is missing
 }
 
 int fail(const std::string& text)
@@ -204,7 +227,7 @@ int main(int argc, char** argv)
     if (const std::optional<int> done = vrkview::parseOptions(argc, argv, options))
         return *done;
     try {
-        return vrkview::run(argc, argv, options);
+        return vrkview::run(argv, options);
     } catch (const vrkview::SessionDifference& difference) {
         std::cerr << "vrkview: " << difference.what() << std::endl;
         return vrkview::playsDifferently;

@@ -11,9 +11,12 @@
 #include "platform/station/SimplifyMeshes.h"
 #include "platform/station/StationFile.h"
 
+#include <Standard_Failure.hxx>
+
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <exception>
 #include <iostream>
 #include <iterator>
 #include <optional>
@@ -27,6 +30,16 @@ std::string titleOf(const std::vector<std::filesystem::path>& files)
     return files.size() == 1 ? first : first + " and " + std::to_string(files.size() - 1) + " more";
 }
 
+/// A pipe or a device may never end, and gives its bytes only once.
+void checkIsNoStream(const std::filesystem::path& file)
+{
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(file, error);
+    if (std::filesystem::exists(status) && std::filesystem::is_other(status))
+        throw vrk::station::ImportError(std::filesystem::absolute(file).lexically_normal(),
+                                        "not a file but a pipe or a device");
+}
+
 /// The importer of shapes, which has the last word, would name only its own endings.
 void checkKind(const std::filesystem::path& file)
 {
@@ -36,6 +49,34 @@ void checkKind(const std::filesystem::path& file)
     const std::string all = vrk::station::endingsOf([](vrk::station::FileKind) { return true; });
     throw vrk::station::ImportError(std::filesystem::absolute(file).lexically_normal(),
                                     "not a kind of file that can be shown (" + all + ")");
+}
+
+/// @throws what the importers do; the station is as before then.
+void importInto(Station& station, const std::filesystem::path& file, const ImportReport& tell,
+                const std::optional<Coarser>& coarser)
+{
+    const auto report = [&tell, name = file.filename().string()](std::string_view step, double fraction) {
+        tell(name, step, fraction);
+    };
+    checkIsNoStream(file);
+    if (vrk::station::isStationFile(file)) {
+        if (station.whole)
+            throw vrk::station::ImportError(file, "a second station file; one can be opened at a time");
+        station.whole = vrk::station::ReadStationFile(file, report);
+    } else if (vrk::station::isUrdfFile(file)) {
+        station.mechanisms.push_back(vrk::station::ImportUrdf(file, report));
+    } else if (vrk::station::isPointCloudFile(file)) {
+        station.clouds.push_back(vrk::station::ImportPointCloud(file, report));
+    } else if (vrk::station::isProgramFile(file)) {
+        station.programs.push_back(vrk::station::ImportProgram(file, report));
+    } else {
+        checkKind(file);
+        const auto parts = vrk::station::ImportFile(file, report);
+        if (coarser)
+            std::ranges::copy(vrk::station::SimplifyMeshes(parts, coarser->tolerance, report),
+                              std::back_inserter(station.simplified));
+        std::ranges::copy(parts, std::back_inserter(station.parts));
+    }
 }
 
 } // namespace
@@ -48,37 +89,35 @@ std::string textOf(const vrk::station::SimplifiedMesh& mesh)
 }
 
 Station importFiles(const std::vector<std::filesystem::path>& files, const ImportReport& tell,
-                    const std::optional<Coarser>& coarser)
+                    const std::optional<Coarser>& coarser, BadFile bad)
 {
     Station station;
     station.title = titleOf(files);
+    std::exception_ptr first;
     for (const std::filesystem::path& file : files) {
-        const auto report = [&tell, name = file.filename().string()](std::string_view step, double fraction) {
-            tell(name, step, fraction);
+        const auto note = [&](const char* text) {
+            station.failures.emplace_back(text);
+            if (!first)
+                first = std::current_exception();
         };
-        if (vrk::station::isStationFile(file)) {
-            if (station.whole)
-                throw vrk::station::ImportError(file, "a second station file; one can be opened at a time");
-            station.whole = vrk::station::ReadStationFile(file, report);
-        } else if (vrk::station::isUrdfFile(file))
-            station.mechanisms.push_back(vrk::station::ImportUrdf(file, report));
-        else if (vrk::station::isPointCloudFile(file))
-            station.clouds.push_back(vrk::station::ImportPointCloud(file, report));
-        else if (vrk::station::isProgramFile(file))
-            station.programs.push_back(vrk::station::ImportProgram(file, report));
-        else {
-            checkKind(file);
-            const auto parts = vrk::station::ImportFile(file, report);
-            if (coarser)
-                std::ranges::copy(vrk::station::SimplifyMeshes(parts, coarser->tolerance, report),
-                                  std::back_inserter(station.simplified));
-            std::ranges::copy(parts, std::back_inserter(station.parts));
+        try {
+            importInto(station, file, tell, coarser);
+        } catch (const Standard_Failure& failure) {
+            if (bad == BadFile::EndsAll)
+                throw;
+            note(failure.GetMessageString());
+        } catch (const std::exception& failure) {
+            if (bad == BadFile::EndsAll)
+                throw;
+            note(failure.what());
         }
     }
+    if (station.failures.size() == files.size() && first)
+        std::rethrow_exception(first);
     return station;
 }
 
-Station importFiles(const std::vector<std::filesystem::path>& files, const std::optional<Coarser>& coarser)
+Station importFiles(const std::vector<std::filesystem::path>& files, const std::optional<Coarser>& coarser, BadFile bad)
 {
     std::optional<ImportProgress> progress;
     std::string present;
@@ -89,7 +128,7 @@ Station importFiles(const std::vector<std::filesystem::path>& files, const std::
                 progress.emplace(present = file);
             progress->report(step, fraction);
         },
-        coarser);
+        coarser, bad);
     progress.reset();
     for (const vrk::station::SimplifiedMesh& mesh : station.simplified)
         std::cerr << textOf(mesh) << '\n';

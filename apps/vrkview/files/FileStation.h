@@ -20,14 +20,18 @@ struct Coarser {
     std::optional<double> tolerance; ///< millimetres; empty for one that suits the size of each mesh
 };
 
+/// What is to be done about a file that cannot be taken in, where there are others.
+enum class BadFile { IsLeftOut, EndsAll };
+
 /// What the files hold, together. Any thread.
 /// @param coarser  empty leaves meshes as they are.
 /// @throws vrk::station::ImportError, vrk::station::StationFileError for the first file that cannot be taken in, and for a
-///         second station file.
+///         second station file, where nothing else can be taken in; others are told in `Station::failures`.
 Station importFiles(const std::vector<std::filesystem::path>& files, const ImportReport& report,
-                    const std::optional<Coarser>& coarser);
+                    const std::optional<Coarser>& coarser, BadFile bad = BadFile::IsLeftOut);
 /// The same as a station of its own, with progress on standard error, and what became of the meshes: see `bringCloudsNear`.
-Station importFiles(const std::vector<std::filesystem::path>& files, const std::optional<Coarser>& coarser = {});
+Station importFiles(const std::vector<std::filesystem::path>& files, const std::optional<Coarser>& coarser = {},
+                    BadFile bad = BadFile::IsLeftOut);
 
 /// For the user: "torso: 34512 of 200000 triangles, within 0.5 mm".
 std::string textOf(const vrk::station::SimplifiedMesh& mesh);

@@ -29,6 +29,7 @@ struct Station {
     mutable std::vector<std::shared_ptr<vrk::task::Task>> tasks;
     mutable std::vector<std::string> summaries; // of these, in their order: "weld: 7 moves, 7 placed; 9 targets"
     std::vector<vrk::station::SimplifiedMesh> simplified; // what became of meshes that were to be coarser
+    std::vector<std::string> failures; // of files that could not be taken in, beside those that could: a line each
     std::vector<HiddenFace> hiddenFaces;
     std::vector<unsigned> arrowedCurves; // ids of bodies that are wires or edges; an arrow at either end
 };

@@ -7,13 +7,16 @@
 #include "files/StationScene.h"
 #include "window/Settings.h"
 
+#include "platform/layout/Layout.h"
+#include "platform/sdf/SdfManager.h"
 #include "platform/station/FileKinds.h"
 #include "platform/station/StationFile.h"
-#include "scene/Scene.h"
+#include "view/Camera.h"
 
 #include <Standard_Failure.hxx>
 
 #include <algorithm>
+#include <mutex>
 
 namespace vrkview {
 namespace {
@@ -25,6 +28,19 @@ constexpr const char* stationEnding = ".station.json";
 std::filesystem::path toPath(const QString& text)
 {
     return text.toStdString();
+}
+
+/// The first few causes; the others are as many lines on standard error.
+QString textOfLeftOut(const std::vector<std::string>& failures, std::size_t all)
+{
+    constexpr std::size_t mostCauses = 3;
+    QStringList lines{
+        StationFiles::tr("%1 of %2 files could not be opened, the others are shown:").arg(failures.size()).arg(all)};
+    for (std::size_t i = 0; i < std::min(failures.size(), mostCauses); ++i)
+        lines << QString::fromStdString(failures[i]);
+    if (failures.size() > mostCauses)
+        lines << StationFiles::tr("and %1 more").arg(failures.size() - mostCauses);
+    return lines.join('\n');
 }
 
 } // namespace
@@ -91,6 +107,7 @@ void StationFiles::show(const std::shared_ptr<Station>& station, const FileOpeni
     for (const std::filesystem::path& file : files)
         settings.addRecentFile(QString::fromStdString(file.string()));
     emit shown(isAnother);
+    tellLeftOut(station->failures, files.size());
     QStringList summaries;
     for (const std::string& summary : station->summaries)
         summaries << QString::fromStdString(summary);
@@ -98,10 +115,20 @@ void StationFiles::show(const std::shared_ptr<Station>& station, const FileOpeni
         emit programsShown(summaries.join(QStringLiteral("   ")));
 }
 
+void StationFiles::tellLeftOut(const std::vector<std::string>& failures, std::size_t all)
+{
+    if (!failures.empty())
+        emit failed(textOfLeftOut(failures, all));
+}
+
 bool StationFiles::save(QString path)
 {
     if (!path.endsWith(stationEnding, Qt::CaseInsensitive))
         path += stationEnding;
+    {
+        const std::unique_lock lock(sdf::SdfManager::inst().mutex());
+        vrk::layout::Layout::inst().lastViewPointPose = vrk::rob::Posed(vrk::visual::Camera::Get()->getWorldPose());
+    }
     try {
         vrk::station::SaveStationFile(toPath(path));
     } catch (const std::exception& failure) {

@@ -31,11 +31,13 @@ public:
     void askBeforeLoss(std::function<bool()> question) { mayLose = std::move(question); }
     /// Writes the station; the ending ".station.json" is added where it is missing. False where that fails.
     bool save(QString path);
+    /// Emits `failed` for files that were left out of so many.
+    void tellLeftOut(const std::vector<std::string>& failures, std::size_t all);
     /// For a file dialog.
     static QString OpenFilter();
 
 signals:
-    /// @param text  names the file, says what is wrong and what to do. The station is as before.
+    /// @param text  names the file, says what is wrong and what to do. The station is as before, or without that file.
     void failed(const QString& text);
     /// The station was saved there.
     void saved(const QString& path);

@@ -242,6 +242,8 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
         ->excludes(pickGrid)
         ->excludes(record)
         ->excludes(play);
+    app.add_flag("--strict", options.isStrict,
+                 "Show nothing where one of several files cannot be opened; otherwise the others are shown");
     app.add_flag("--gpu", options.onPresentDisplay,
                  "Draw pictures on the present display, and so with its graphics card, instead of a private one");
     app.add_option("--resources", options.resources, "The zip with materials and programs")

@@ -33,6 +33,7 @@ struct Options {
     const DrawMode* drawMode = nullptr;
     bool isDrawModeGiven = false; // rather than the usual one
     bool onPresentDisplay = false;
+    bool isStrict = false;           // a file that cannot be opened ends all
     std::vector<double> joints;      // of the first mechanism that moves: degrees or millimetres
     std::filesystem::path save;      // where the station is written; empty: nowhere
     std::filesystem::path resources; // empty: the installed ones

@@ -356,7 +356,7 @@ void ViewWindow::connectFiles()
         }
         showNewDocks();
         showContents();
-        flight.flyTo(poseForAll());
+        flight.flyTo(isAnother ? poseAsLeft() : poseForAll());
     });
 }
 
@@ -469,13 +469,13 @@ void ViewWindow::showDockIfUsed(QDockWidget& dock, bool isUsed)
     dock.setVisible(isUsed && !settings.closedDocks().contains(dock.objectName()));
 }
 
-/// Of what the station has for the first time: the dock was left out so far.
+/// Of what the station has for the first time, or no longer.
 void ViewWindow::showNewDocks()
 {
-    if (const bool any = !joints->getRows().empty(); any != std::exchange(hadJoints, any) && any)
-        showDockIfUsed(*joints, true);
-    if (const bool any = program->hasPrograms(); any != std::exchange(hadPrograms, any) && any)
-        showDockIfUsed(*program, true);
+    if (const bool any = !joints->getRows().empty(); any != std::exchange(hadJoints, any))
+        showDockIfUsed(*joints, any); // an empty one would only take room
+    if (const bool any = program->hasPrograms(); any != std::exchange(hadPrograms, any))
+        showDockIfUsed(*program, any);
     const bool anyDimension = !StationDimensions::Get().getEntries().empty();
     if (anyDimension != std::exchange(hadDimensions, anyDimension) && anyDimension) {
         showDockIfUsed(*dimensions, true);
@@ -510,6 +510,7 @@ void ViewWindow::startView()
     for (const ProgramPartName& each : allProgramParts())
         draw(each.part, settings.isDrawn(each.part));
     lookAsLeft();
+    view->setFocus(); // and not the filter of the tree, into which keys would be typed
 }
 
 void ViewWindow::followScene()
