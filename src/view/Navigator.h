@@ -2,7 +2,7 @@
 
 #include "platform/common/Export.h"
 #include "scene/math/Pose.h"
-#include "selection/geometry/Box.h"
+#include "view/ViewBounds.h"
 
 #include <functional>
 #include <optional>
@@ -20,8 +20,8 @@ class Camera;
 ///
 /// The middle button orbits about the place under the mouse; with Shift, or by the right button, that place follows the mouse; a
 /// notch of the wheel goes a sixth of the way there, or back. Where nothing is under the mouse the middle of what is shown tells how
-/// far away things are. Unlike by the gestures of `Camera` the eye never leaves a cube about what is shown, ten times its size, and
-/// the place that a gesture is about lies in it, so that no gesture runs away.
+/// far away things are. Unlike by the gestures of `Camera` the eye stays in `ViewBounds`, and so does the place that a gesture is
+/// about, so that no gesture runs away.
 ///
 /// Places are device pixels of the camera's target, from its top left corner. Without a target, nothing happens.
 /// Thread: render thread. Each call takes effect at once; draw a frame then. Owner: the application; the camera outlives it.
@@ -51,9 +51,6 @@ public:
     /// What is under the mouse; nothing, once it is not over anything any more.
     std::function<void(const selection::Result&)> onHover;
 
-    /// The world around what is shown: bodies, curves, points and clouds. Without any a cube of 200.
-    static Box ShownBox();
-
 private:
     enum class Drag { None, Click, Orbit, Pan };
 
@@ -68,9 +65,8 @@ private:
     Drag drag = Drag::None;
     Button held = Button::Left;
     double startX = 0, startY = 0, lastX = 0, lastY = 0;
-    rob::Posd focus;     // of the present gesture
-    rob::Posd middle;    // of what is shown
-    double radius = 100; // likewise
+    rob::Posd focus;   // of the present gesture
+    ViewBounds bounds; // likewise
     double devicePixelRatio = 1;
 };
 
