@@ -4,6 +4,7 @@
 #include "selection/VisualSelection.h"
 #include "selection/geometry/Result.h"
 #include "selection/pick/PickQuery.h"
+#include "selection/region/RegionQuery.h"
 #include "view/Camera.h"
 
 #include <algorithm>
@@ -29,7 +30,7 @@ bool isPixel(double x, double y)
 
 } // namespace
 
-Navigator::Navigator(Camera& camera) : camera(camera) {}
+Navigator::Navigator(Camera& camera) : camera(camera), outline(camera) {}
 
 bool Navigator::hasPixels() const
 {
@@ -79,6 +80,7 @@ void Navigator::press(Button button, double x, double y, bool isShiftDown)
     startY = lastY = y;
     if (button == Button::Left) {
         drag = Drag::Click;
+        mayBeRectangle = isShiftDown && onRegion;
         return;
     }
     takePlace(x, y);
@@ -100,6 +102,13 @@ void Navigator::move(double x, double y)
         pan(dx, dy);
         break;
     case Drag::Click:
+        if (mayBeRectangle && std::hypot(x - startX, y - startY) > clickRadius) {
+            drag = Drag::Rectangle;
+            showRectangle();
+        }
+        break;
+    case Drag::Rectangle:
+        showRectangle();
         break;
     case Drag::None:
         if (onHover)
@@ -112,6 +121,16 @@ void Navigator::release(Button button, double x, double y)
     if (!isDragging() || button != held)
         return;
     const bool isClick = drag == Drag::Click && std::hypot(x - startX, y - startY) <= clickRadius;
+    if (drag == Drag::Rectangle) {
+        if (hasPixels() && isPixel(x, y)) {
+            lastX = x;
+            lastY = y;
+        }
+        const Rectangle drawn = endRectangle();
+        if (onRegion && hasPixels())
+            onRegion(ask(drawn));
+        return;
+    }
     drag = Drag::None;
     if (isClick && onClick)
         onClick(pick(x, y));
@@ -119,7 +138,41 @@ void Navigator::release(Button button, double x, double y)
 
 void Navigator::cancel()
 {
+    if (drag == Drag::Rectangle)
+        endRectangle();
     drag = Drag::None;
+}
+
+void Navigator::showRectangle()
+{
+    const Rectangle drawn{startX, startY, lastX, lastY};
+    outline.showRectangle({startX, startY}, {lastX, lastY},
+                          drawn.takesWhatIsTouched() ? RegionOutline::Look::Dashes : RegionOutline::Look::Line,
+                          devicePixelRatio);
+    if (onRectangle)
+        onRectangle(drawn);
+}
+
+Navigator::Rectangle Navigator::endRectangle()
+{
+    drag = Drag::None;
+    outline.hide();
+    if (onRectangle)
+        onRectangle(std::nullopt);
+    return {startX, startY, lastX, lastY};
+}
+
+selection::RegionAnswer Navigator::ask(const Rectangle& rectangle) const
+{
+    selection::VisualSelection* service = selection::VisualSelection::Get();
+    if (!service)
+        return {};
+    using Query = selection::RegionQuery;
+    Query query = Query::Rectangle(rectangle.fromX, rectangle.fromY, rectangle.toX, rectangle.toY);
+    query.cover = rectangle.takesWhatIsTouched() ? Query::Cover::Touching : Query::Cover::WhollyInside;
+    query.kinds.points = true;
+    service->update();
+    return service->askRegion(query, selection::RegionView(camera.getSnapshot()));
 }
 
 void Navigator::turnWheel(double x, double y, double notches)
