@@ -1,10 +1,12 @@
 // A window of GLFW's: window <file.step|.brep|.stl> [<picture.png>]
-// Left button: select; middle: orbit; right: pan; wheel: zoom. With a picture it draws one frame into that, and ends.
+// Left button: select, with Shift by a rectangle; middle: orbit; right: pan; wheel: zoom.
+// With a picture it draws one frame into that, and ends.
 #include <vrk/platform/layout/Layout.h>
 #include <vrk/platform/station/Import.h>
 #include <vrk/scene/Scene.h>
 #include <vrk/scene/StartUp.h>
 #include <vrk/selection/geometry/Result.h>
+#include <vrk/selection/region/RegionQuery.h>
 #include <vrk/view/Camera.h>
 #include <vrk/view/Navigator.h>
 #include <vrk/view/RenderFrame.h>
@@ -16,6 +18,7 @@
 #include <GLFW/glfw3native.h>
 #include <algorithm>
 #include <iostream>
+#include <vector>
 using namespace vrk;
 
 static visual::Navigator* navigator = nullptr; // orbits, pans, zooms, and says what is clicked
@@ -30,16 +33,6 @@ static void press(GLFWwindow*, int button, int action, int modifiers)
         navigator->press(which, atX, atY, (modifiers & GLFW_MOD_SHIFT) != 0);
     else
         navigator->release(which, atX, atY);
-}
-
-static void move(GLFWwindow*, double x, double y)
-{
-    navigator->move(atX = x, atY = y);
-}
-
-static void turnWheel(GLFWwindow*, double, double by)
-{
-    navigator->turnWheel(atX, atY, by);
 }
 
 int main(int count, char** words)
@@ -62,9 +55,15 @@ try {
     mouse.onClick = [&scene](const selection::Result& hit) {
         hit.hit ? scene.setVisualSelected(hit.visual->getId()) : scene.clearSelections();
     };
+    mouse.onRegion = [&scene](const selection::RegionAnswer& taken) {
+        std::vector<unsigned> ids;
+        for (const selection::RegionAnswer::Whole& body : taken.bodies)
+            ids.push_back(body.id);
+        scene.setVisualsSelected(ids);
+    };
     glfwSetMouseButtonCallback(window, press);
-    glfwSetCursorPosCallback(window, move);
-    glfwSetScrollCallback(window, turnWheel);
+    glfwSetCursorPosCallback(window, [](GLFWwindow*, double x, double y) { navigator->move(atX = x, atY = y); });
+    glfwSetScrollCallback(window, [](GLFWwindow*, double, double by) { navigator->turnWheel(atX, atY, by); });
     for (bool isDone = false; !isDone && !glfwWindowShouldClose(window); glfwWaitEventsTimeout(0.016)) {
         int width = 0, height = 0;
         glfwGetFramebufferSize(window, &width, &height);

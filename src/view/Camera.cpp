@@ -92,7 +92,7 @@ Camera::Camera(const std::string& givenName, Scene* scene) : scene(scene), watch
     sceneNode->setInheritScale(false);
     camera->setAutoAspectRatio(false);
     setClipDist(core.settings.nearClip, core.settings.farClip);
-    viewController = std::make_unique<OrbitViewController>(this, "OrbitViewController");
+    viewController = std::make_shared<OrbitViewController>(this, "OrbitViewController");
     cross = std::make_unique<AxesCross>(*this);
     cross->setScale(axesCrossScale);
     camera->addListener(watcher.get());
@@ -338,7 +338,13 @@ void Camera::setWorldRotation(const rob::RotationTemplate<float>& rotation)
 
 void Camera::navigate(std::function<void(OrbitViewController&)> gesture)
 {
-    SceneCore::Get()->queue.post([this, gesture = std::move(gesture)] { gesture(*viewController); }, 0);
+    std::weak_ptr<OrbitViewController> navigated = viewController;
+    SceneCore::Get()->queue.post(
+        [navigated = std::move(navigated), gesture = std::move(gesture)] {
+            if (const auto controller = navigated.lock()) // its camera may have died since the post
+                gesture(*controller);
+        },
+        0);
 }
 
 void Camera::rotateScene(float dx, float dy)

@@ -104,7 +104,7 @@ public:
     void setWorldRotation(const rob::RotationTemplate<float>& rotation);
 
     // Navigation. Any thread: each posts the operation of the same name of the view controller. Where that fails,
-    // `processMsgs` throws the exception.
+    // `processMsgs` throws the exception. What waits when the camera dies is not done.
     void rotateScene(float dx, float dy);
     void startRotating(float x, float y);
     void translateScene(float x, float y, float dx, float dy);
@@ -135,7 +135,7 @@ private:
     float hfov = 1.0471976f;
     rob::PosTemplate<float> targetPos;
     rob::PosTemplate<float> fromPos;
-    std::unique_ptr<OrbitViewController> viewController;
+    std::shared_ptr<OrbitViewController> viewController; // posted gestures look whether it is still there
     std::unique_ptr<AxesCross> cross;
     std::unique_ptr<Watcher> watcher;
 };

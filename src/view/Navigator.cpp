@@ -1,14 +1,11 @@
 #include "view/Navigator.h"
 
 #include "scene/core/CameraSnapshot.h"
-#include "scene/core/SceneCore.h"
 #include "selection/VisualSelection.h"
 #include "selection/geometry/Result.h"
 #include "selection/pick/PickQuery.h"
+#include "selection/region/RegionQuery.h"
 #include "view/Camera.h"
-#include "visual/Visual.h"
-
-#include <Ogre.h>
 
 #include <algorithm>
 #include <cmath>
@@ -22,62 +19,18 @@ using rob::Vec3d;
 
 constexpr double radiansPerPixel = 0.004; // as the camera's own orbit
 constexpr double clickRadius = 4;         // pixels that a hand may tremble
-constexpr double room = 10;               // half of the cube that the eye stays in, by the radius of what is shown
 constexpr double notch = 1.0 / 6;         // of the distance
 constexpr double mostNotches = 20;
 constexpr double nearest = 1e-3; // by the radius: how near the wheel leads to the place under the mouse at most
-constexpr float emptyExtent = 100;
-
-bool isOfBox(const Visual& visual)
-{
-    switch (visual.getType()) {
-    case VisualType::Solid:
-    case VisualType::Mesh:
-    case VisualType::Curve:
-    case VisualType::Point:
-    case VisualType::PointCloud:
-        return visual.isVisible();
-    default:
-        return false;
-    }
-}
 
 bool isPixel(double x, double y)
 {
     return std::isfinite(x) && std::isfinite(y) && std::abs(x) < 1e6 && std::abs(y) < 1e6;
 }
 
-/// The place itself, or where the way to it from the middle leaves the cube.
-Posd within(const Posd& place, const Posd& middle, double half)
-{
-    const Vec3d way = place - middle;
-    const double most = std::max({std::abs(way.x), std::abs(way.y), std::abs(way.z)});
-    return most <= half ? place : Posd(middle + way * (half / most));
-}
-
 } // namespace
 
-Navigator::Navigator(Camera& camera) : camera(camera) {}
-
-Box Navigator::ShownBox()
-{
-    SceneCore& core = *SceneCore::Get();
-    core.sceneManager->getRootSceneNode()->_update(true, false); // the boxes are else those of the last frame
-    Box box;
-    for (const auto& [id, visual] : core.visuals.all()) {
-        if (!isOfBox(*visual))
-            continue;
-        const Ogre::AxisAlignedBox& bounds = visual->getSceneNode()->_getWorldAABB();
-        if (!bounds.isFinite())
-            continue;
-        const Ogre::Vector3 low = bounds.getMinimum(), high = bounds.getMaximum();
-        box.addPoint(rob::Posf(low.x, low.y, low.z));
-        box.addPoint(rob::Posf(high.x, high.y, high.z));
-    }
-    if (!box.isValid())
-        return Box(-emptyExtent, -emptyExtent, -emptyExtent, emptyExtent, emptyExtent, emptyExtent);
-    return box;
-}
+Navigator::Navigator(Camera& camera) : camera(camera), outline(camera) {}
 
 bool Navigator::hasPixels() const
 {
@@ -104,19 +57,18 @@ selection::Result Navigator::pick(double x, double y) const
 /// Settles what a gesture is about: the place under the mouse, else one on its ray as far away as the middle of what is shown.
 void Navigator::takePlace(double x, double y)
 {
-    const Box box = ShownBox();
-    middle = Posd(rob::Posf((box.min + (box.max - box.min) * 0.5f)));
-    radius = std::max(1e-3, static_cast<double>((box.max - box.min).length()) / 2);
+    bounds = ViewBounds::OfScene();
     const Posd eye(camera.getWorldPosition());
     const selection::Result hit = pick(x, y);
     if (hit.hit) {
         focus = Posd(hit.position);
     } else {
         const Vec3d along(camera.getViewportRay(static_cast<float>(x), static_cast<float>(y)).direction);
-        const double depth = std::clamp((middle - eye).dot(along), radius / 2, 2 * room * radius);
+        const double depth =
+            std::clamp((bounds.getMiddle() - eye).dot(along), bounds.getRadius() / 2, 2 * bounds.getRoom());
         focus = Posd(eye + along * (depth / along.length()));
     }
-    focus = within(focus, middle, room * radius);
+    focus = bounds.within(focus);
 }
 
 void Navigator::press(Button button, double x, double y, bool isShiftDown)
@@ -128,6 +80,7 @@ void Navigator::press(Button button, double x, double y, bool isShiftDown)
     startY = lastY = y;
     if (button == Button::Left) {
         drag = Drag::Click;
+        mayBeRectangle = isShiftDown && onRegion;
         return;
     }
     takePlace(x, y);
@@ -149,6 +102,13 @@ void Navigator::move(double x, double y)
         pan(dx, dy);
         break;
     case Drag::Click:
+        if (mayBeRectangle && std::hypot(x - startX, y - startY) > clickRadius) {
+            drag = Drag::Rectangle;
+            showRectangle();
+        }
+        break;
+    case Drag::Rectangle:
+        showRectangle();
         break;
     case Drag::None:
         if (onHover)
@@ -161,6 +121,16 @@ void Navigator::release(Button button, double x, double y)
     if (!isDragging() || button != held)
         return;
     const bool isClick = drag == Drag::Click && std::hypot(x - startX, y - startY) <= clickRadius;
+    if (drag == Drag::Rectangle) {
+        if (hasPixels() && isPixel(x, y)) {
+            lastX = x;
+            lastY = y;
+        }
+        const Rectangle drawn = endRectangle();
+        if (onRegion && hasPixels())
+            onRegion(ask(drawn));
+        return;
+    }
     drag = Drag::None;
     if (isClick && onClick)
         onClick(pick(x, y));
@@ -168,7 +138,41 @@ void Navigator::release(Button button, double x, double y)
 
 void Navigator::cancel()
 {
+    if (drag == Drag::Rectangle)
+        endRectangle();
     drag = Drag::None;
+}
+
+void Navigator::showRectangle()
+{
+    const Rectangle drawn{startX, startY, lastX, lastY};
+    outline.showRectangle({startX, startY}, {lastX, lastY},
+                          drawn.takesWhatIsTouched() ? RegionOutline::Look::Dashes : RegionOutline::Look::Line,
+                          devicePixelRatio);
+    if (onRectangle)
+        onRectangle(drawn);
+}
+
+Navigator::Rectangle Navigator::endRectangle()
+{
+    drag = Drag::None;
+    outline.hide();
+    if (onRectangle)
+        onRectangle(std::nullopt);
+    return {startX, startY, lastX, lastY};
+}
+
+selection::RegionAnswer Navigator::ask(const Rectangle& rectangle) const
+{
+    selection::VisualSelection* service = selection::VisualSelection::Get();
+    if (!service)
+        return {};
+    using Query = selection::RegionQuery;
+    Query query = Query::Rectangle(rectangle.fromX, rectangle.fromY, rectangle.toX, rectangle.toY);
+    query.cover = rectangle.takesWhatIsTouched() ? Query::Cover::Touching : Query::Cover::WhollyInside;
+    query.kinds.points = true;
+    service->update();
+    return service->askRegion(query, selection::RegionView(camera.getSnapshot()));
 }
 
 void Navigator::turnWheel(double x, double y, double notches)
@@ -180,8 +184,8 @@ void Navigator::turnWheel(double x, double y, double notches)
     const Vec3d way = pose.position - focus;
     const double distance = way.length();
     // What lies before the near plane is not picked: from nearer by the next notch would go through the surface.
-    const double least = std::max(nearest * radius, 2.0 * camera.getSnapshot().nearClip);
-    if (distance < (notches > 0 ? least : nearest * radius))
+    const double least = std::max(nearest * bounds.getRadius(), 2.0 * camera.getSnapshot().nearClip);
+    if (distance < (notches > 0 ? least : nearest * bounds.getRadius()))
         return;
     const double wanted = distance * std::pow(1 - notch, std::clamp(notches, -mostNotches, mostNotches));
     pose.position = Posd(focus + way * (std::max(wanted, least) / distance));
@@ -201,7 +205,7 @@ void Navigator::orbit(double dx, double dy)
 void Navigator::pan(double dx, double dy)
 {
     Posed view(camera.getWorldPose());
-    const double depth = std::clamp(-(view.inverse() * focus).z, nearest * radius, 4 * room * radius);
+    const double depth = std::clamp(-(view.inverse() * focus).z, nearest * bounds.getRadius(), 4 * bounds.getRoom());
     const double unit = camera.getSnapshot().unitsPerPixel(static_cast<float>(depth));
     view.position = Posd(view.position + view.rotation() * Vec3d(-dx * unit, dy * unit, 0));
     place(view);
@@ -209,9 +213,8 @@ void Navigator::pan(double dx, double dy)
 
 void Navigator::place(const Posed& pose)
 {
-    const Posed held(within(pose.position, middle, room * radius), pose.rotation().normalized().orient());
-    if (held.position.isFinite())
-        camera.setWorldPose(rob::Posef(held));
+    const Posed wanted(pose.position, pose.rotation().normalized().orient());
+    camera.setWorldPose(bounds.held(camera.getSnapshot(), rob::Posef(wanted)));
 }
 
 } // namespace vrk::visual

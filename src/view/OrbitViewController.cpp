@@ -76,6 +76,18 @@ void OrbitViewController::startRotating(float x, float y)
         return;
     const PixelRay ray(*camera, x, y);
     focalPoint = ray.at(ray.rise() < -levelView ? ray.distanceToGround() : orbitRangeAhead);
+    holdFocalPoint();
+}
+
+void OrbitViewController::holdFocalPoint()
+{
+    if (bounds)
+        focalPoint = rob::Posf(bounds->within(rob::Posd(focalPoint)));
+}
+
+rob::Posef OrbitViewController::held(const rob::Posef& wanted) const
+{
+    return bounds ? bounds->held(camera->getSnapshot(), wanted) : wanted;
 }
 
 void OrbitViewController::rotateScene(float dx, float dy)
@@ -91,7 +103,7 @@ void OrbitViewController::orbit(float horizontal, float vertical)
     const rob::Posd centre(focalPoint);
     const rob::Posed focus(centre, rotation);
     const rob::Posed turned(centre, rotation * rob::Rotationd(vertical, horizontal, 0));
-    const rob::Posef next(turned * (focus.inverse() * view));
+    const rob::Posef next = held(rob::Posef(turned * (focus.inverse() * view)));
     camera->setWorldPosition(next.position);
     camera->setWorldRotation(next.rotation());
     broker::SignalBroker::updateScene();
@@ -106,6 +118,7 @@ void OrbitViewController::translateScene(float x, float y, float dx, float dy)
         const bool level = ray.rise() >= -levelView && ray.rise() < levelView;
         // A ray that looks up takes the ground behind the camera: only its distance counts here.
         focalPoint = level ? rob::Posf() : ray.at(ray.distanceToGround());
+        holdFocalPoint();
     }
     const rob::Posf position = camera->getWorldPosition();
     const double distance = std::max(minPanDistance, (focalPoint - position).length());
@@ -113,7 +126,8 @@ void OrbitViewController::translateScene(float x, float y, float dx, float dy)
     const double tanH = std::tan(std::atan(camera->getAspectRatio() * tanV));
     const rob::Vec3f move(static_cast<float>(2 * tanH * (-dx / camera->viewportWidth()) * distance),
                           static_cast<float>(2 * tanV * (dy / camera->viewportHeight()) * distance), 0);
-    camera->setWorldPosition(position + camera->getWorldRotation() * move);
+    const rob::Rotationf rotation = camera->getWorldRotation();
+    camera->setWorldPosition(held({position + rotation * move, rotation}).position);
 }
 
 void OrbitViewController::zoom(float x, float y, float, float delta)
@@ -126,10 +140,13 @@ void OrbitViewController::zoom(float x, float y, float, float delta)
             const PixelRay ray(*camera, x, y);
             const float toGround = std::abs(ray.rise()) > levelView ? ray.distanceToGround() : 0;
             focalPoint = ray.at(toGround > 0 ? toGround : zoomRangeAhead);
+            holdFocalPoint();
         }
     }
     const rob::Vec3f toFocus = focalPoint - camera->getWorldPosition();
     const float distance = toFocus.length();
+    if (bounds && distance == 0)
+        return;
     const float wanted = (delta > 0 ? notch : -notch) * distance;
     const float step = std::max(-zoomStepLimit, std::min(wanted, zoomStepLimit));
     float newDistance = distance - step;
@@ -138,7 +155,8 @@ void OrbitViewController::zoom(float x, float y, float, float delta)
             return;
         newDistance = zoomMinDistance;
     }
-    camera->setWorldPosition(focalPoint - rob::Vec3f(rob::normalized(toFocus)) * newDistance);
+    const rob::Posf position = focalPoint - rob::Vec3f(rob::normalized(toFocus)) * newDistance;
+    camera->setWorldPosition(held({position, camera->getWorldRotation()}).position);
 }
 
 void OrbitViewController::setOrbitPivot(const rob::Posef& pose)

@@ -2,7 +2,9 @@
 
 #include "platform/common/Export.h"
 #include "scene/math/Pose.h"
+#include "view/ViewBounds.h"
 
+#include <optional>
 #include <string>
 
 namespace vrk::visual {
@@ -13,6 +15,9 @@ class Camera;
 /// the ground plane. How far a pan or a zoom goes follows from the distance to that point.
 ///
 /// While a pivot is set, it is the focal point of every gesture.
+///
+/// Without bounds, as at first, a gesture may lead anywhere: a pan goes with the distance to the ground under the mouse, which
+/// near the horizon is far away. Within bounds the same gestures end where these do, and are unchanged before that.
 ///
 /// The camera's rays come from its window: without one, or while that has no area, a gesture that needs a ray does
 /// nothing. Picking answers only after `VisualSelection::update`; until then there is nothing under the mouse.
@@ -42,6 +47,9 @@ public:
     void setOrbitPivot(const rob::PoseTemplate<float>& pose);
     /// The frame and the focal point stay as they are.
     void clearOrbitPivot() { hasPivot = false; }
+    /// Of what is shown when a gesture begins, or none: focal points that are not a pivot lie in the cube, the camera goes where
+    /// the bounds let it, and a zoom from the focal point itself does nothing.
+    void setBounds(const std::optional<ViewBounds>& wanted) { bounds = wanted; }
     bool hasOrbitPivot() const { return hasPivot; }
     const rob::PoseTemplate<float>& getOrbitPivotFrame() const { return orbitPivotFrame; }
     const rob::PosTemplate<float>& getFocalPoint() const { return focalPoint; }
@@ -55,6 +63,8 @@ private:
     bool pickFocalPoint(float x, float y, rob::PosTemplate<float>& out, bool* onSurface) const;
     bool hasRays() const;
     void orbit(float horizontal, float vertical);
+    void holdFocalPoint();
+    rob::PoseTemplate<float> held(const rob::PoseTemplate<float>& wanted) const;
 
     Camera* camera;
     float zoomStepLimit;
@@ -63,6 +73,7 @@ private:
     rob::PosTemplate<float> focalPoint;
     rob::PoseTemplate<float> orbitPivotFrame;
     bool hasPivot = false;
+    std::optional<ViewBounds> bounds;
 };
 
 } // namespace vrk::visual

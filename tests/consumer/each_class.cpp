@@ -92,10 +92,13 @@
 #include "task/bands/VectorBandVisual.h"
 #include "view/AxesCross.h"
 #include "view/Camera.h"
+#include "view/Navigator.h"
 #include "view/OffscreenTarget.h"
 #include "view/OrbitPivotVisual.h"
 #include "view/OrbitViewController.h"
+#include "view/RegionOutline.h"
 #include "view/RenderFrame.h"
+#include "view/ViewBounds.h"
 #include "view/WindowTarget.h"
 #include "visual/ArrowVisual.h"
 #include "visual/BodyVisual.h"
@@ -302,10 +305,13 @@ void keepStationAndView()
     keep(&VectorBandVisual::updateBand);
     keep(&AxesCross::setScale);
     keep(&Camera::Published);
+    keep(&Navigator::turnWheel);
     keep(&OffscreenTarget::read);
     keep(&OrbitPivotVisual::updateScale);
     keep(&OrbitViewController::startRotating);
+    keep(&RegionOutline::showRectangle);
     keep(&renderFrame);
+    keep(&ViewBounds::held);
     keep(&WindowTarget::draw);
 }
 

@@ -1,6 +1,8 @@
 #include "view/Navigator.h"
 
 #include "selection/geometry/Result.h"
+#include "selection/region/RegionQuery.h"
+#include "view/OffscreenTarget.h"
 #include "view/ViewTools.h"
 
 #include <gmock/gmock.h>
@@ -8,6 +10,8 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <memory>
+#include <optional>
 #include <random>
 #include <vector>
 
@@ -198,6 +202,164 @@ TEST_F(NavigatorTest, WithoutAnythingShownItIsBoundedToo)
     for (int i = 0; i < 100; ++i)
         navigator.turnWheel(30, 40, 20);
     EXPECT_TRUE(pose().position.isFinite());
+}
+
+// Rectangles
+
+/// The same with a second box to the right of the first, and ears for rectangles.
+class NavigatorRectangle : public NavigatorTest {
+protected:
+    NavigatorRectangle()
+    {
+        right = test::addPickedBox(world, {80, -50, -50}, {40, 100, 100});
+        navigator.onRegion = [this](const selection::RegionAnswer& answer) {
+            answers.push_back(answer);
+            drawnAtAnswer = shown;
+        };
+        navigator.onRectangle = [this](const std::optional<Navigator::Rectangle>& rectangle) {
+            shown = rectangle;
+            ++told;
+        };
+    }
+
+    void dragRectangle(double fromX, double fromY, double toX, double toY)
+    {
+        navigator.press(Button::Left, fromX, fromY, true);
+        navigator.move((fromX + toX) / 2, (fromY + toY) / 2);
+        navigator.move(toX, toY);
+        navigator.release(Button::Left, toX, toY);
+    }
+    std::vector<const Visual*> bodies() const
+    {
+        std::vector<const Visual*> all;
+        if (!answers.empty())
+            for (const selection::RegionAnswer::Whole& body : answers.back().bodies)
+                all.push_back(body.visual);
+        return all;
+    }
+    test::Picture seen() { return render({.eye = {0, -400, 0}, .target = {0, 0, 0}}); }
+
+    // Around the first box, whose front reaches from x = 150 to 250, and within it
+    static constexpr double left = 120, top = 60, low = 240, between = 262;
+    Visual* right = nullptr;
+    std::vector<selection::RegionAnswer> answers;
+    std::optional<Navigator::Rectangle> shown, drawnAtAnswer;
+    int told = 0;
+};
+
+TEST_F(NavigatorRectangle, DrawnToTheRightItTakesWhatLiesWhollyInside)
+{
+    dragRectangle(left, top, between, low);
+    EXPECT_THAT(bodies(), testing::ElementsAre(box));
+    dragRectangle(left, top, 395, low);
+    EXPECT_THAT(bodies(), testing::UnorderedElementsAre(box, right));
+    dragRectangle(180, 120, 220, 160);
+    EXPECT_THAT(bodies(), testing::IsEmpty());
+    EXPECT_EQ(answers.size(), 3u);
+    EXPECT_THAT(clicked, testing::IsEmpty());
+}
+
+TEST_F(NavigatorRectangle, DrawnToTheLeftItTakesWhatItTouches)
+{
+    dragRectangle(220, 160, 180, 120);
+    EXPECT_THAT(bodies(), testing::ElementsAre(box));
+    dragRectangle(300, 160, 180, 120);
+    EXPECT_THAT(bodies(), testing::UnorderedElementsAre(box, right));
+    dragRectangle(50, 20, 5, 5);
+    EXPECT_THAT(bodies(), testing::IsEmpty());
+    EXPECT_EQ(answers.size(), 3u);
+}
+
+TEST_F(NavigatorRectangle, PointsOfCloudsAreTakenToo)
+{
+    test::addPickedCloud(world, {{-100, -50, 0}, {-110, -50, 0}, {-100, -50, 90}});
+    dragRectangle(70, 130, 110, 170);
+    ASSERT_EQ(answers.back().clouds.size(), 1u);
+    EXPECT_THAT(answers.back().clouds[0].points, testing::ElementsAre(0u, 1u));
+}
+
+TEST_F(NavigatorRectangle, IsToldWhileItIsDrawnAndItsEndAheadOfTheAnswer)
+{
+    navigator.press(Button::Left, 100, 50, true);
+    navigator.move(102, 51);
+    EXPECT_EQ(told, 0) << "a hand that trembles";
+    navigator.move(160, 90);
+    EXPECT_EQ(shown, (Navigator::Rectangle{100, 50, 160, 90}));
+    EXPECT_FALSE(shown->takesWhatIsTouched());
+    navigator.move(60, 90);
+    EXPECT_EQ(shown, (Navigator::Rectangle{100, 50, 60, 90}));
+    EXPECT_TRUE(shown->takesWhatIsTouched());
+    EXPECT_TRUE(answers.empty());
+    navigator.release(Button::Left, 60, 90);
+    EXPECT_EQ(shown, std::nullopt);
+    EXPECT_EQ(answers.size(), 1u);
+    EXPECT_EQ(drawnAtAnswer, std::nullopt);
+    EXPECT_EQ(told, 3);
+    EXPECT_FALSE(navigator.isDragging());
+}
+
+TEST_F(NavigatorRectangle, IsDrawnOverThePictureUntilItEnds)
+{
+    const test::Picture before = seen();
+    const auto blueness = [](const test::Pixel& pixel) { return pixel.b - pixel.r; };
+    for (const bool isCancelled : {false, true}) {
+        navigator.press(Button::Left, 20, 20, true);
+        navigator.move(100, 100);
+        EXPECT_GT(blueness(seen().at(20, 60)), blueness(before.at(20, 60)) + 80);
+        if (isCancelled)
+            navigator.cancel();
+        else
+            navigator.release(Button::Left, 100, 100);
+        EXPECT_EQ(test::largestDifference(seen(), before), 0) << isCancelled;
+    }
+    EXPECT_EQ(answers.size(), 1u) << "of the first one alone";
+    EXPECT_EQ(shown, std::nullopt);
+}
+
+TEST_F(NavigatorRectangle, MovesNoCameraAndTellsOfNothingUnderTheMouse)
+{
+    const Posed before = pose();
+    dragRectangle(left, top, between, low);
+    EXPECT_EQ(pose(), before);
+    EXPECT_THAT(hovered, testing::IsEmpty());
+}
+
+TEST_F(NavigatorRectangle, ShiftClickIsAClickAndADragWithoutAListenerNothing)
+{
+    navigator.press(Button::Left, middleX, middleY, true);
+    navigator.release(Button::Left, middleX + 1, middleY);
+    EXPECT_THAT(clicked, testing::ElementsAre(box));
+
+    navigator.onRegion = nullptr;
+    dragRectangle(left, top, between, low);
+    EXPECT_EQ(told, 0);
+    EXPECT_EQ(clicked.size(), 1u);
+}
+
+TEST_F(NavigatorRectangle, IsOfItsOwnCamera)
+{
+    auto other = std::make_unique<Camera>("camera of a rectangle", &scene);
+    const OffscreenTarget target(400, 300, 0);
+    other->setRenderTarget(target.renderTarget());
+    test::lookAlong(*other, {100, -400, 0}, {0, 1, 0});
+    Navigator ofOther(*other);
+    ofOther.onRegion = navigator.onRegion;
+    ofOther.press(Button::Left, 155, 60, true);
+    ofOther.move(250, 240);
+    ofOther.release(Button::Left, 250, 240);
+    EXPECT_THAT(bodies(), testing::ElementsAre(right))
+        << "in the middle there, and at the side in the main camera's view";
+}
+
+TEST_F(NavigatorRectangle, CameraThatLosesItsTargetMeanwhileTakesNothing)
+{
+    navigator.press(Button::Left, left, top, true);
+    navigator.move(between, low);
+    camera.setRenderTarget(nullptr);
+    navigator.release(Button::Left, between, low);
+    EXPECT_TRUE(answers.empty());
+    EXPECT_EQ(shown, std::nullopt);
+    EXPECT_FALSE(navigator.isDragging());
 }
 
 /// As much as a hand does in minutes: whatever it does, the scene is in reach and the picture has a pose.

@@ -643,6 +643,29 @@ TEST_F(CameraNavigation, ZoomFromThePivotItselfFailsOnTheRenderThread)
     EXPECT_THAT([this] { drain(); }, test::throwsExactly<std::overflow_error>("0-length vector cannot be normalized."));
 }
 
+TEST_F(CameraNavigation, GesturesOfACameraThatDiedMeanwhileDoNothing)
+{
+    auto mortal = std::make_unique<Camera>("mortal camera", &scene);
+    mortal->setOrbitPivot(rob::Posef(rob::Posf(1, 2, 3)));
+    mortal->startRotating(middleX, middleY);
+    mortal->rotateScene(10, 5);
+    mortal->translateScene(middleX, middleY, 10, 5);
+    mortal->zoom(middleX, middleY, 0, 1);
+    mortal->clearOrbitPivot();
+    const rob::Posef before = camera.getWorldPose();
+    mortal.reset();
+    int ran = 0;
+    scene.addRenderTask([&ran] { ++ran; }, 0);
+    int moves = 0;
+    const boost::signals2::scoped_connection connection = broker::SignalBroker::onCameraMoved([&] { ++moves; });
+
+    EXPECT_NO_THROW(drain());
+
+    EXPECT_EQ(moves, 0);
+    EXPECT_EQ(ran, 1) << "what was posted behind them is done";
+    EXPECT_EQ(camera.getWorldPose(), before);
+}
+
 TEST_F(CameraNavigation, PostedGestureAsksForAFrame)
 {
     int updates = 0;

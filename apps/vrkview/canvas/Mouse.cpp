@@ -11,10 +11,6 @@
 #include "measure/StationDimensions.h"
 #include "window/Settings.h"
 
-#include "scene/Scene.h"
-#include "selection/VisualSelection.h"
-#include "view/Camera.h"
-#include "view/OrbitViewController.h"
 #include "visual/Visual.h"
 
 #include <QGuiApplication>
@@ -26,35 +22,12 @@
 namespace vrkview {
 namespace {
 
-using vrk::visual::Camera;
-using vrk::visual::Scene;
 using Kind = InputEvent::Kind;
 
 constexpr int moveInterval = 8;        // milliseconds: two moves for a frame of a usual display
 constexpr double usualClickRadius = 4; // logical pixels: a hand is not quite still while it clicks
 constexpr int usualLongPress = 600;    // milliseconds: twice as long as a slow click
 constexpr double listRadius = 16;      // logical pixels that the mouse may move while candidates are listed
-
-float x(const QPointF& place)
-{
-    return static_cast<float>(place.x());
-}
-
-float y(const QPointF& place)
-{
-    return static_cast<float>(place.y());
-}
-
-/// Posts the mark of what the camera turns about, or its end.
-void showPivot(bool shown)
-{
-    Scene::Get()->addRenderTask(
-        [shown] {
-            const vrk::rob::Posf& focus = Camera::Get()->getViewController()->getFocalPoint();
-            Scene::Get()->setOrbitPivotVisible(shown, vrk::rob::Posef(focus, vrk::rob::Rotationf()));
-        },
-        0);
-}
 
 /// Alt is for pieces of solids.
 PickAim aimOf(Qt::KeyboardModifiers modifiers)
@@ -75,8 +48,8 @@ RegionTool::Effect effectOf(Qt::KeyboardModifiers modifiers)
 Mouse::Mouse(ViewWidget& view, ViewState& state, const Settings& settings, CameraFlight& flight, RegionTool& region,
              MoveTool& mover, BandTool& bandTool, MeasureTool& measurer, FrameTool& framer, QObject* parent)
     : QObject(parent), view(view), state(state), settings(settings), flight(flight), region(region), mover(mover),
-      bandTool(bandTool), measurer(measurer), framer(framer), finder(view, state.getTree()), hover(state),
-      candidates(new CandidateList(&view))
+      bandTool(bandTool), measurer(measurer), framer(framer), navigation(view), finder(view, state.getTree()),
+      hover(state), candidates(new CandidateList(&view))
 {
     longPress.setSingleShot(true);
     longPress.setInterval(usualLongPress);
@@ -285,10 +258,7 @@ void Mouse::turnWheel(const InputEvent& event)
     wheelRest -= whole;
     if (framer.isOn())
         framer.leave(); // its sign lies where the place was
-    for (int i = 0; i < std::abs(static_cast<int>(whole)); ++i) {
-        prepareNavigation();
-        Camera::Get()->zoom(x(event.place), y(event.place), 0, whole > 0 ? 1.0f : -1.0f);
-    }
+    navigation.zoom(event.place, static_cast<int>(whole));
 }
 
 // Drags
@@ -304,11 +274,10 @@ void Mouse::startDrag()
         framer.leave();
     if (drag == Drag::Region)
         beginRegion();
-    if (drag != Drag::Orbit)
-        return;
-    prepareNavigation();
-    Camera::Get()->startRotating(x(last), y(last));
-    showPivot(true);
+    else if (drag == Drag::Orbit)
+        navigation.beginOrbit(last);
+    else if (drag == Drag::Pan)
+        navigation.beginPan();
 }
 
 void Mouse::beginRegion()
@@ -344,22 +313,19 @@ Mouse::Drag Mouse::dragOfPress()
 void Mouse::dragOn(const QPointF& place)
 {
     const QPointF way = place - last;
-    if (drag == Drag::Orbit) {
-        Camera::Get()->rotateScene(x(way), y(way));
-    } else if (drag == Drag::Pan) {
-        prepareNavigation();
-        // From where the thing was grabbed: there it still lies under the mouse.
-        Camera::Get()->translateScene(x(last), y(last), x(way), y(way));
-    } else if (drag == Drag::Region) {
+    if (drag == Drag::Orbit)
+        navigation.orbit(way);
+    else if (drag == Drag::Pan)
+        navigation.pan(last, way);
+    else if (drag == Drag::Region)
         region.follow(place);
-    }
     last = place;
 }
 
 void Mouse::endDrag()
 {
     if (drag == Drag::Orbit)
-        showPivot(false);
+        navigation.endOrbit();
     else if (drag == Drag::Region)
         endRegion();
     drag = Drag::None;
@@ -614,13 +580,6 @@ void Mouse::showCandidate()
 {
     if (const Picked* picked = candidates->current())
         hover.show(*picked, finder.takesPieces() ? Hover::Of::Piece : Hover::Of::Thing);
-}
-
-void Mouse::prepareNavigation()
-{
-    // The camera asks picking for what lies under the mouse, and a service that is out of date answers nothing.
-    view.drain();
-    vrk::selection::VisualSelection::Get()->update();
 }
 
 } // namespace vrkview

@@ -3,6 +3,7 @@
 #include "canvas/CandidateList.h"
 #include "canvas/Hover.h"
 #include "canvas/InputEvent.h"
+#include "canvas/Navigation.h"
 #include "canvas/ViewPick.h"
 
 #include <QElapsedTimer>
@@ -112,7 +113,6 @@ private:
     bool isForCandidates(const InputEvent& event);
     bool isForHandle(const InputEvent& event);
     void showCandidate();
-    void prepareNavigation();
 
     ViewWidget& view;
     ViewState& state;
@@ -123,6 +123,7 @@ private:
     BandTool& bandTool;
     MeasureTool& measurer;
     FrameTool& framer;
+    Navigation navigation;
     ViewPick finder;
     Hover hover;
     CandidateList* candidates;         // Qt's, a child of the view

@@ -1,6 +1,7 @@
 #include "canvas/PlaceMark.h"
 
 #include "canvas/BodyEdge.h"
+#include "canvas/ViewPlaces.h"
 #include "canvas/ViewWidget.h"
 
 #include "scene/Scene.h"
@@ -15,6 +16,7 @@ namespace vrkview {
 namespace {
 
 using vrk::visual::Camera;
+using vrk::visual::RegionOutline;
 using vrk::visual::Scene;
 using vrk::visual::SolidVisual;
 
@@ -40,6 +42,8 @@ std::optional<QPointF> onScreen(const vrk::rob::Posd& place)
 
 } // namespace
 
+PlaceMark::PlaceMark(ViewWidget& view) : view(view), mark(*Camera::Get()) {}
+
 void PlaceMark::show(const std::optional<SnapPlace>& place)
 {
     Scene& scene = *Scene::Get();
@@ -57,8 +61,7 @@ void PlaceMark::show(const std::optional<SnapPlace>& place)
     const double ratio = view.devicePixelRatioF();
     const std::optional<QPointF> middle = place ? onScreen(place->place) : std::nullopt;
     if (middle)
-        mark.show(signOf(place->kind, *middle, markRadius * ratio), true, RegionOutline::Look::Mark,
-                  view.toDevice(view.size()), ratio);
+        mark.show(toPlaces(signOf(place->kind, *middle, markRadius * ratio)), true, RegionOutline::Look::Mark, ratio);
     else
         mark.hide();
     if (place || shown)

@@ -1,7 +1,8 @@
 #pragma once
 
-#include "canvas/RegionOutline.h"
 #include "canvas/SnapPlace.h"
+
+#include "view/RegionOutline.h"
 
 #include <optional>
 
@@ -15,7 +16,7 @@ class ViewWidget;
 class PlaceMark {
 public:
     /// @param view  outlives this.
-    explicit PlaceMark(ViewWidget& view) : view(view) {}
+    explicit PlaceMark(ViewWidget& view);
 
     /// Of nothing where there is none.
     void show(const std::optional<SnapPlace>& place);
@@ -23,7 +24,7 @@ public:
 private:
     ViewWidget& view;
     std::optional<SnapPlace> shown;
-    RegionOutline mark;
+    vrk::visual::RegionOutline mark;
 };
 
 } // namespace vrkview

@@ -2,12 +2,14 @@
 
 #include "canvas/Counted.h"
 #include "canvas/Picked.h"
+#include "canvas/ViewPlaces.h"
 #include "canvas/ViewWidget.h"
 
 #include "scene/Scene.h"
 #include "selection/VisualSelection.h"
 #include "selection/geometry/Result.h"
 #include "selection/region/RegionQuery.h"
+#include "view/Camera.h"
 #include "visual/Visual.h"
 
 #include <algorithm>
@@ -24,16 +26,12 @@ using vrk::selection::RegionAnswer;
 using vrk::selection::RegionQuery;
 using vrk::selection::RegionView;
 using vrk::selection::VisualSelection;
+using vrk::visual::RegionOutline;
 using vrk::visual::Scene;
 using vrk::visual::Visual;
 
 constexpr qint64 previewLimit = 30; // milliseconds that a drag may wait for what would be selected
 constexpr double freehandStep = 3;  // logical pixels: a hand's line needs no more corners
-
-vrk::rob::Vec2Template<double> toVec(const QPointF& place)
-{
-    return {place.x(), place.y()};
-}
 
 QString describe(const RegionContent& content)
 {
@@ -99,7 +97,8 @@ std::size_t RegionContent::pointCount() const
     return count;
 }
 
-RegionTool::RegionTool(ViewWidget& view, ViewState& state, QObject* parent) : QObject(parent), view(view), state(state)
+RegionTool::RegionTool(ViewWidget& view, ViewState& state, QObject* parent)
+    : QObject(parent), view(view), state(state), drawn(*vrk::visual::Camera::Get())
 {
     connect(&state, &ViewState::stationChanged, this, [this] {
         if (isDrawing())
@@ -200,13 +199,12 @@ bool RegionTool::takesWhatIsTouched() const
 
 void RegionTool::show()
 {
-    const QSizeF size = view.toDevice(view.size());
     const double ratio = view.devicePixelRatioF();
     const auto look = takesWhatIsTouched() ? RegionOutline::Look::Dashes : RegionOutline::Look::Line;
     if (shape == Shape::Rectangle && corners.size() == 2)
-        drawn.showRectangle(corners[0], corners[1], look, size, ratio);
+        drawn.showRectangle(toPlace(corners[0]), toPlace(corners[1]), look, ratio);
     else
-        drawn.show(outline(), false, look, size, ratio);
+        drawn.show(toPlaces(outline()), false, look, ratio);
     view.requestFrame();
 }
 
@@ -282,9 +280,7 @@ RegionContent RegionTool::ask()
     } else {
         if (places.size() < 3)
             return content;
-        std::vector<vrk::rob::Vec2Template<double>> polygon;
-        std::ranges::transform(places, std::back_inserter(polygon), toVec);
-        query = RegionQuery::Polygon(std::move(polygon));
+        query = RegionQuery::Polygon(toPlaces(places));
     }
     const bool isTouching = takesWhatIsTouched();
     query.cover = isTouching ? RegionQuery::Cover::Touching : RegionQuery::Cover::WhollyInside;

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "canvas/RegionOutline.h"
 #include "canvas/ViewState.h"
 
+#include "view/RegionOutline.h"
 #include "visual/VisualMark.h"
 
 #include <QElapsedTimer>
@@ -100,7 +100,7 @@ private:
     Effect effect = Effect::Replace;
     std::vector<QPointF> corners;
     std::optional<QPointF> next; // of a polygon: where the mouse is
-    RegionOutline drawn;
+    vrk::visual::RegionOutline drawn;
     bool isQuick = true;                           // what is inside was found soon enough to be shown in a drag
     std::unordered_map<unsigned, unsigned> pieces; // of each thing: how many bodies, curves and points can be found
     std::map<unsigned, std::unique_ptr<vrk::visual::HighlightedVisual>> marks;
