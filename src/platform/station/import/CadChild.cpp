@@ -248,15 +248,13 @@ CadParts CadChild::partsOfAnswer()
         CadParts parts = readAnswer(bytes.bytes(), taking->Start());
         taking->rethrow();
         return parts;
-    } catch (const std::ios_base::failure& failure) {
-        cause = failure.what();
+    } catch (const Standard_Failure&) { // such as a direction without length
+        cause = "the file is damaged: Open CASCADE cannot read again what it made of it";
     } catch (const std::runtime_error& failure) {
-        cause = failure.what();
-    } catch (const Standard_Failure& failure) {
-        cause = failure.GetMessageString();
+        cause = fmt::format("{}: {}", damaged, failure.what());
     }
-    taking->rethrow();
-    fail(fmt::format("{}: {}", damaged, cause));
+    taking->rethrow(); // what the callback threw may be any of these
+    fail(cause);
 }
 
 } // namespace
