@@ -30,6 +30,7 @@
 #include "platform/sdf/SdfObject.h"
 #include "platform/smart/SmartComponent.h"
 #include "platform/smart/StationLogic.h"
+#include "platform/station/CadReader.h"
 #include "platform/station/FileKinds.h"
 #include "platform/station/GeometryCache.h"
 #include "platform/station/Import.h"
@@ -200,6 +201,8 @@ void keepPlatform()
     keep(&smartcomp::GetAllSmartComponents);
     keep(&smartcomp::StationLogic::inst);
     keep(&station::GeometryCache::KeyOf);
+    keep(&station::SetCadReaderSettings);
+    keep(&station::GetCadReaderPath);
     keep(&station::ImportFile);
     keep(&construct<station::ImportError, std::filesystem::path, std::string>);
     keep(&ReadFileFromURI);

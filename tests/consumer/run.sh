@@ -17,7 +17,7 @@ for internal in Float4 LargePages NearestHitBuilder NearestHitTree BVHWalk BoxTe
 done
 cmake -S "$source" -B "$work/build" -G Ninja -DCMAKE_PREFIX_PATH="$work/installed" "${launcher[@]}" >/dev/null
 cmake --build "$work/build"
-"$work/build/consumer"
+test "$("$work/build/consumer")" = "$work/installed/libexec/vrkvisual/vrkcadreader"
 
 "$source/check-guide.sh" "$work/installed" "$work/guide"
 
@@ -48,3 +48,8 @@ message("\${vrkvisual_FOUND}: \${vrkvisual_NOT_FOUND_MESSAGE}")
 END
 cmake -P "$work/old.cmake" 2>&1 | grep -q "FALSE: vrkvisual needs CMake 3.23 or newer, and this is 3.18.4"
 test -f "$work/installed/share/vrkvisual/vrkvisual-resources.zip"
+
+# An installation that was moved finds what belongs to it.
+mv "$work/installed" "$work/moved"
+libraries=$(dirname "$(find "$work/moved" -name libvrkplatform.so.0)")
+test "$(LD_LIBRARY_PATH=$libraries "$work/build/consumer")" = "$work/moved/libexec/vrkvisual/vrkcadreader"

@@ -25,7 +25,8 @@ public:
 };
 
 /// Called between the steps of an import, and within those that take long: what is being done, and how much of the whole is
-/// done, from 0 to 1. On the importing thread. An exception that it throws ends the import and reaches its caller.
+/// done, from 0 to 1; told again every 50 ms while a STEP or BREP file says nothing new. On the importing thread. An
+/// exception that it throws ends the import and reaches its caller.
 using Progress = std::function<void(std::string_view step, double fraction)>;
 
 /// Reads a STEP (.step, .stp), BREP (.brep) or STL (.stl) file; the ending may be in any case.
@@ -34,6 +35,8 @@ using Progress = std::function<void(std::string_view step, double fraction)>;
 /// edges and vertices that belong to no face become bodies, too. Shapes without triangles are meshed on all cores, see
 /// `meshShape`. The parts are complete but not yet in the station, so that a failure leaves nothing half-loaded.
 ///
+/// STEP and BREP are read by a program of their own, which damage takes down in place of this one: "station/CadReader.h".
+/// Any thread, several at once.
 /// @throws ImportError
 VRK_EXPORT std::vector<std::shared_ptr<layout::Part>> ImportFile(const std::filesystem::path& file,
                                                                  const Progress& progress = {});
@@ -41,7 +44,7 @@ VRK_EXPORT std::vector<std::shared_ptr<layout::Part>> ImportFile(const std::file
 /// The shape that a body's "geometry/uri" names, as `ImportFile` gave it to the body: "<file>#<name>". A BREP file without
 /// a name is meant as a whole.
 ///
-/// The file is read once: its shapes are kept until another file is asked for. Only the shape asked for is meshed.
+/// The file is read once, and all its shapes are meshed: they are kept until another file is asked for. Any thread.
 /// @throws ImportError  also where the file holds no such shape.
 VRK_EXPORT TopoDS_Shape ImportShape(const std::string& uri);
 

@@ -11,20 +11,13 @@ using Parts = std::vector<std::shared_ptr<layout::Part>>;
 
 constexpr double meshingStart = 0.5; ///< the share of an import that comes before the meshing
 
-/// The parts of one file each; `file` is absolute, is there and is not empty. Shapes come as the file has them, without
-/// triangulation where it has none.
-Parts readStep(const std::filesystem::path& file, const Progress& progress);
-Parts readBrep(const std::filesystem::path& file, const Progress& progress);
+/// The one part of a file; `file` is absolute, is there and is not empty.
 Parts readStl(const std::filesystem::path& file, const Progress& progress);
 
 /// @throws ImportError where there is no such file, or none with something in it to read.
 void checkReadable(const std::filesystem::path& file);
 /// All of it. @throws ImportError as above.
 std::string readWhole(const std::filesystem::path& file);
-
-/// What of a shape becomes a body of its own: each solid, each shell outside solids, the loose faces together, and each
-/// wire, edge and vertex that stands in a compound, or alone, and belongs to nothing.
-std::vector<TopoDS_Shape> bodyShapesOf(const TopoDS_Shape& shape);
 
 /// The text of an Open CASCADE failure on one line.
 std::string oneLine(const char* text);

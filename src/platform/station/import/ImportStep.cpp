@@ -1,10 +1,7 @@
-#include "platform/station/import/ImportFormats.h"
+#include "platform/station/import/CadParts.h"
 
 #include "platform/geometry/BodyColorTool.h"
 #include "platform/geometry/ColorText.h"
-#include "platform/layout/Body.h"
-#include "platform/layout/Part.h"
-#include "platform/sdf/SdfManager.h"
 #include "platform/station/import/OcctProgress.h"
 
 #include <Interface_InterfaceModel.hxx>
@@ -121,7 +118,7 @@ public:
     {
     }
 
-    Parts read()
+    CadParts read()
     {
         TDF_LabelSequence roots;
         shapes->GetFreeShapes(roots);
@@ -175,15 +172,15 @@ private:
             return;
         const std::string productName = nameOf(label);
         const std::string& partName = around.name.empty() ? productName : around.name;
-        auto part = std::make_shared<layout::Part>(sdf::SdfManager::inst().generateId(),
-                                                   partName.empty() ? file.stem().string() : partName);
-        part->setPose(poseOf(around.location * product.location));
+        CadPart part;
+        part.name = partName.empty() ? file.stem().string() : partName;
+        part.pose = poseOf(around.location * product.location);
         for (ProductBody& body : product.bodies)
-            addBody(*part, body, product, around);
+            addBody(part, body, product, around);
         parts.push_back(std::move(part));
     }
 
-    void addBody(layout::Part& part, ProductBody& source, const Product& product, const Surroundings& around)
+    void addBody(CadPart& part, ProductBody& source, const Product& product, const Surroundings& around)
     {
         ColorText color = ColorInfo().bodyColor;
         // The last one that there is wins.
@@ -194,15 +191,10 @@ private:
         std::map<unsigned, ColorText> faceColors = source.faceColors;
         std::erase_if(faceColors, [&color](const auto& entry) { return entry.second == color; });
 
-        const std::shared_ptr<layout::Body> body = part.addBody(source.name);
-        body->setShape(source.shape);
-        body->setColor(color);
-        for (const auto& [face, text] : faceColors)
-            body->setFaceColor(face, text);
-        std::string& uri = source.uris[{color, std::move(faceColors)}];
+        std::string& uri = source.uris[{color, faceColors}];
         if (uri.empty())
             uri = source.uris.size() == 1 ? source.uri : uniqueUri(source.uri);
-        body->setGeometry(uri, "brep");
+        part.bodies.push_back({source.name, uri, color, std::move(faceColors), source.shape});
     }
 
     Product& productOf(const TDF_Label& label)
@@ -304,7 +296,7 @@ private:
     std::map<int, Product> products; // by the tag of the product's label
     std::set<std::string> taken;     // geometry names
     std::set<std::string> stems;     // what they are without the "_" and digits that they end with
-    Parts parts;
+    CadParts parts;
 };
 
 /// A document of the one application, which must be closed to be freed.
@@ -351,7 +343,7 @@ void checkGeometry(const STEPCAFControl_Reader& reader, const std::filesystem::p
 
 } // namespace
 
-Parts readStep(const std::filesystem::path& file, const Progress& progress)
+CadParts readStep(const std::filesystem::path& file, const Progress& progress)
 {
     checkEnds(file);
     report(progress, "reading", 0);
@@ -375,7 +367,7 @@ Parts readStep(const std::filesystem::path& file, const Progress& progress)
     transfer->rethrow();
     if (!isTransferred)
         throw ImportError(file, "the STEP file holds no geometry");
-    Parts parts = DocumentReader(file, document.document).read();
+    CadParts parts = DocumentReader(file, document.document).read();
     if (parts.empty())
         throw ImportError(file, "the STEP file holds no geometry");
     return parts;

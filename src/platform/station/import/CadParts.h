@@ -1,0 +1,55 @@
+#pragma once
+
+#include "platform/station/import/ImportFormats.h"
+
+#include "scene/math/Pose.h"
+
+#include <Message_ProgressRange.hxx>
+
+#include <map>
+
+/// What CAD files hold, read with nothing of the station: the program that reads them for it has none. Not installed.
+namespace vrk::station {
+
+struct CadBody {
+    std::string name;
+    std::string uri;
+    std::string color;                          // empty where the file says none
+    std::map<unsigned, std::string> faceColors; // by face number from 1
+    TopoDS_Shape shape;
+};
+
+struct CadPart {
+    std::string name;
+    rob::Posed pose;
+    std::vector<CadBody> bodies;
+};
+
+using CadParts = std::vector<CadPart>;
+
+/// The parts of one file; `file` is absolute, is there and is not empty. Shapes come as the file has them, without
+/// triangulation where it has none.
+CadParts readStep(const std::filesystem::path& file, const Progress& progress);
+CadParts readBrep(const std::filesystem::path& file, const Progress& progress);
+/// The one shape of a BREP file, which may be a compound of several bodies.
+TopoDS_Shape readWholeBrep(const std::filesystem::path& file, const Progress& progress);
+
+/// What of a shape becomes a body of its own: each solid, each shell outside solids, the loose faces together, and each
+/// wire, edge and vertex that stands in a compound, or alone, and belongs to nothing.
+std::vector<TopoDS_Shape> bodyShapesOf(const TopoDS_Shape& shape);
+
+/// As `meshShape`; a break leaves a part of it undone.
+void meshShape(const TopoDS_Shape& shape, const Message_ProgressRange& range);
+
+/// What is read of a file.
+enum class CadRequest {
+    Bare,   ///< its parts, without triangles where the file has none
+    Meshed, ///< its parts
+    Whole,  ///< a BREP file as one body, meshed
+};
+
+/// Reads a STEP or BREP file here and now. Open CASCADE's readers share parameters: one call at a time.
+/// @throws ImportError, also in place of Open CASCADE's failures; whatever `progress` throws.
+CadParts readCad(const std::filesystem::path& file, CadRequest request, const Progress& progress);
+
+} // namespace vrk::station

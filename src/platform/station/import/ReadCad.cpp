@@ -1,0 +1,71 @@
+#include "platform/station/FileKinds.h"
+#include "platform/station/import/CadParts.h"
+#include "platform/station/import/OcctProgress.h"
+
+#include <Standard_Failure.hxx>
+#include <TopTools_IndexedMapOfShape.hxx>
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace vrk::station {
+namespace {
+
+/// Each body's shape once: occurrences of one product share it.
+std::vector<TopoDS_Shape> distinctShapes(const CadParts& parts)
+{
+    TopTools_IndexedMapOfShape seen;
+    std::vector<TopoDS_Shape> shapes;
+    for (const CadPart& part : parts) {
+        for (const CadBody& body : part.bodies) {
+            const int known = seen.Extent();
+            if (!body.shape.IsNull() && seen.Add(body.shape) > known)
+                shapes.push_back(body.shape);
+        }
+    }
+    return shapes;
+}
+
+void meshParts(const CadParts& parts, const Progress& progress)
+{
+    const std::vector<TopoDS_Shape> shapes = distinctShapes(parts);
+    const double share = (1 - meshingStart) / static_cast<double>(std::max<std::size_t>(1, shapes.size()));
+    for (std::size_t i = 0; i < shapes.size(); ++i) {
+        const std::string step = fmt::format("meshing {} of {}", i + 1, shapes.size());
+        const double from = meshingStart + share * static_cast<double>(i);
+        report(progress, step, from);
+        const Handle(OcctProgress) meshing = new OcctProgress(progress, step, from, from + share);
+        meshShape(shapes[i], meshing->Start());
+        meshing->rethrow();
+    }
+}
+
+CadParts partsOf(const std::filesystem::path& file, CadRequest request, const Progress& progress)
+{
+    const bool isStep = fileKindOf(file) == FileKind::Step;
+    if (request != CadRequest::Whole)
+        return isStep ? readStep(file, progress) : readBrep(file, progress);
+    CadBody body;
+    body.shape = readWholeBrep(file, progress);
+    CadPart part;
+    part.bodies.push_back(std::move(body));
+    return {std::move(part)};
+}
+
+} // namespace
+
+CadParts readCad(const std::filesystem::path& file, CadRequest request, const Progress& progress)
+{
+    try {
+        CadParts parts = partsOf(file, request, progress);
+        if (request != CadRequest::Bare)
+            meshParts(parts, progress);
+        return parts;
+    } catch (const Standard_Failure& failure) {
+        throw ImportError(file, fmt::format("Open CASCADE fails on it, {}: {}", failure.DynamicType()->Name(),
+                                            oneLine(failure.GetMessageString())));
+    }
+}
+
+} // namespace vrk::station
