@@ -12,6 +12,9 @@
 #include <QApplication>
 #include <QWheelEvent>
 
+#include <algorithm>
+#include <cmath>
+
 namespace vrkview::test {
 namespace {
 
@@ -141,6 +144,23 @@ TEST_F(MouseTest, WheelZoomsToTheCursorAndBack)
     EXPECT_LT(distance(underMouse(place), target), 5);
     turnWheel(place, -2);
     EXPECT_GT(distance(camera().position, target), start * 0.9f);
+}
+
+TEST_F(MouseTest, WheelThatNeverStopsEndsNearTheStation)
+{
+    const vrk::visual::ViewBounds bounds = vrk::visual::ViewBounds::OfScene();
+    const QPoint place = emptyPlace();
+    for (const int units : {-120 * 1000, 120 * 1000})
+        for (int i = 0; i < 8; ++i) {
+            QWheelEvent event(place, view().mapToGlobal(place), {}, {0, units}, Qt::NoButton, Qt::NoModifier,
+                              Qt::NoScrollPhase, false);
+            QApplication::sendEvent(&view(), &event);
+            view().drain();
+            const auto way = vrk::rob::Posd(camera().position) - bounds.getMiddle();
+            EXPECT_LE(std::max({std::abs(way.x), std::abs(way.y), std::abs(way.z)}), bounds.getRoom() * 1.001);
+            EXPECT_TRUE(bounds.isInView(Camera::Get()->getSnapshot(), vrk::rob::Posed(camera())));
+        }
+    settle();
 }
 
 TEST_F(MouseTest, PartsOfANotchWaitForTheWhole)
