@@ -1,18 +1,12 @@
 #include "view/ViewBounds.h"
 
 #include "scene/core/CameraSnapshot.h"
-#include "scene/core/OgreCompat.h"
-#include "scene/core/SceneCore.h"
 #include "view/FocusBox.h"
-#include "visual/Visual.h"
-
-#include <Ogre.h>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <limits>
-#include <optional>
 #include <vector>
 
 namespace vrk::visual {
@@ -29,24 +23,6 @@ constexpr double leastRadius = 1e-3; // what is smaller is a point, and tells no
 constexpr double radiusOfAPoint = 10;
 const Box emptyScene(-100, -100, -100, 100, 100, 100);
 constexpr double innerPart = 0.995; // of the picture: what is seen reaches a pixel or two into it
-
-/// Of a solid the faces may be hidden and the edges not.
-bool isSeen(const Visual& visual)
-{
-    switch (visual.getType()) {
-    case VisualType::Mesh:
-    case VisualType::Curve:
-    case VisualType::Point:
-    case VisualType::PointCloud:
-        return visual.isVisible();
-    case VisualType::Solid:
-        return visual.isVisible() || std::ranges::any_of(visual.getChildren(), [](const Visual* child) {
-                   return child->getType() == VisualType::WireFrame && child->isVisible();
-               });
-    default:
-        return false;
-    }
-}
 
 /// One side of a plane.
 struct HalfSpace {
@@ -110,23 +86,9 @@ ViewBounds::ViewBounds(const Box& shown)
     room = roomByRadius * radius;
 }
 
-Box ViewBounds::ShownBox()
+ViewBounds ViewBounds::OfScene()
 {
-    updateBoxes();
-    Box box;
-    for (const auto& [id, visual] : SceneCore::Get()->visuals.all()) {
-        if (visual->getType() == VisualType::MoveInstruction && visual->isVisible()) {
-            if (const std::optional<Posf> target = targetOfMove(*visual))
-                box.addPoint(*target);
-        } else if (isSeen(*visual)) {
-            const Ogre::AxisAlignedBox bounds = finiteBoxOf(*visual->getSceneNode());
-            if (!bounds.isFinite())
-                continue;
-            box.addPoint(toPos(bounds.getMinimum()));
-            box.addPoint(toPos(bounds.getMaximum()));
-        }
-    }
-    return box;
+    return ViewBounds(BoxOfShown());
 }
 
 Posd ViewBounds::within(const Posd& place) const

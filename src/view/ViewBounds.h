@@ -14,15 +14,13 @@ struct CameraSnapshot;
 /// An eye that is out of the cube already, as after much was hidden, is not thrown back: it stays as near as it is, or comes
 /// nearer. Where nothing of the box is in view already, any turn is free.
 ///
-/// Units: model units. Thread: any, but for the two static ones, which are for the render thread.
+/// Units: model units. Thread: any, but for `OfScene`, which is for the render thread.
 class VRK_EXPORT ViewBounds {
 public:
     /// @param shown  an empty one counts as a cube of 200 about the origin.
     explicit ViewBounds(const Box& shown = Box());
-    static ViewBounds OfScene() { return ViewBounds(ShownBox()); }
-    /// The world around what is shown: bodies, be it by their edges alone, curves, points, clouds and places of robot programs.
-    /// Empty without any.
-    static Box ShownBox();
+    /// About `BoxOfShown`, as it is now.
+    static ViewBounds OfScene();
 
     /// Of the box.
     const rob::PosTemplate<double>& getMiddle() const { return middle; }
