@@ -8,11 +8,15 @@
 #include "support/DamagedText.h"
 #include "support/TempFolder.h"
 
+#include <BRep_Tool.hxx>
+#include <Poly_Triangulation.hxx>
+#include <TopoDS.hxx>
+
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cctype>
 #include <chrono>
+#include <cmath>
 #include <cstdlib>
 #include <iostream>
 #include <map>
@@ -22,14 +26,33 @@ namespace {
 using namespace vrk;
 using Clock = std::chrono::steady_clock;
 
+bool hasFiniteNodes(const layout::Body& body)
+{
+    for (int i = 1; i <= body.getFaceMap().Extent(); ++i) {
+        TopLoc_Location location;
+        const auto triangles = BRep_Tool::Triangulation(TopoDS::Face(body.getFaceMap()(i)), location);
+        for (int node = 1; !triangles.IsNull() && node <= triangles->NbNodes(); ++node) {
+            const gp_Pnt point = triangles->Node(node);
+            if (!std::isfinite(point.X()) || !std::isfinite(point.Y()) || !std::isfinite(point.Z()))
+                return false;
+        }
+    }
+    return true;
+}
+
 /// The cause, without the file and the numbers that make each its own.
 std::string outcomeOf(const std::filesystem::path& file)
 {
     try {
-        for (const auto& part : station::ImportFile(file))
+        // The last ones stay while the next come: those of one name are held against each other.
+        static std::map<std::string, std::vector<std::shared_ptr<layout::Part>>> kept;
+        auto& parts = kept[file.extension().string()];
+        parts = station::ImportFile(file);
+        bool isFinite = true;
+        for (const auto& part : parts)
             for (const auto& body : part->getBodies())
-                body->getFaceMap();
-        return "read";
+                isFinite = isFinite && hasFiniteNodes(*body);
+        return isFinite ? "read" : "read, with points that are not finite";
     } catch (const station::ImportError& failure) {
         std::string cause = std::string(failure.what()).substr(file.string().size() + 2);
         if (cause.starts_with("the STEP file is damaged at"))

@@ -8,6 +8,7 @@ void cadreader::limitMemory(std::uint64_t) {}
 
 #else
 
+#include <dlfcn.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -37,6 +38,12 @@ void* checked(void* block, std::size_t size)
     _exit(ignored < 0 ? 1 : 0);
 }
 
+std::size_t product(std::size_t count, std::size_t size)
+{
+    std::size_t all = 0;
+    return __builtin_mul_overflow(count, size, &all) ? std::numeric_limits<std::size_t>::max() : all;
+}
+
 } // namespace
 
 void limitMemory(std::uint64_t bytes)
@@ -57,10 +64,7 @@ __attribute__((visibility("default"))) void* malloc(std::size_t size)
 }
 __attribute__((visibility("default"))) void* calloc(std::size_t count, std::size_t size)
 {
-    std::size_t all = 0;
-    if (__builtin_mul_overflow(count, size, &all))
-        all = std::numeric_limits<std::size_t>::max();
-    return cadreader::checked(__libc_calloc(count, size), all);
+    return cadreader::checked(__libc_calloc(count, size), cadreader::product(count, size));
 }
 __attribute__((visibility("default"))) void* realloc(void* block, std::size_t size)
 {
@@ -69,6 +73,23 @@ __attribute__((visibility("default"))) void* realloc(void* block, std::size_t si
 __attribute__((visibility("default"))) void* aligned_alloc(std::size_t alignment, std::size_t size)
 {
     return cadreader::checked(__libc_memalign(alignment, size), size);
+}
+
+// Those of TBB, by which Open CASCADE takes its memory here.
+__attribute__((visibility("default"))) void* scalable_malloc(std::size_t size)
+{
+    static const auto next = reinterpret_cast<void* (*)(std::size_t)>(dlsym(RTLD_NEXT, "scalable_malloc"));
+    return cadreader::checked(next(size), size);
+}
+__attribute__((visibility("default"))) void* scalable_calloc(std::size_t count, std::size_t size)
+{
+    static const auto next = reinterpret_cast<void* (*)(std::size_t, std::size_t)>(dlsym(RTLD_NEXT, "scalable_calloc"));
+    return cadreader::checked(next(count, size), cadreader::product(count, size));
+}
+__attribute__((visibility("default"))) void* scalable_realloc(void* block, std::size_t size)
+{
+    static const auto next = reinterpret_cast<void* (*)(void*, std::size_t)>(dlsym(RTLD_NEXT, "scalable_realloc"));
+    return cadreader::checked(next(block, size), size);
 }
 }
 

@@ -18,6 +18,7 @@
 #include <fstream>
 #include <limits>
 #include <new>
+#include <system_error>
 
 #ifdef __SANITIZE_ADDRESS__
 /// What a program that lives for one file holds at its end is not worth the search.
@@ -51,6 +52,7 @@ void bindTo(pid_t parent)
     const rlimit none{0, 0};
     setrlimit(RLIMIT_CORE, &none);
     prctl(PR_SET_DUMPABLE, 0);
+    std::signal(SIGXFSZ, SIG_IGN); // an answer beyond the limit is an error of its writing
     // Where the machine runs out of memory, this process is the one to end, and not the application.
     std::ofstream("/proc/self/oom_score_adj") << 1000;
 }
@@ -85,6 +87,8 @@ void read(const std::filesystem::path& file, CadRequest request)
         const std::string prefix = file.string() + ": ";
         say(fmt::format("error {}\n", text.starts_with(prefix) ? text.substr(prefix.size()) : text));
     } catch (const std::bad_alloc&) {
+        say("memory\n");
+    } catch (const std::system_error&) { // the answer, which lies in memory, found no room
         say("memory\n");
     } catch (const std::exception& failure) {
         say(fmt::format("error {}\n", oneLine(failure.what())));

@@ -31,6 +31,13 @@ constexpr int heartbeat = 40;                             // milliseconds; a can
 constexpr std::size_t longestLine = std::size_t(1) << 16; // of a message
 constexpr const char* program = "the program that reads CAD files";
 
+// TBB's allocator makes an import a tenth faster; sanitizers want to see each block.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr const char* allocator = "MMGT_OPT=0";
+#else
+constexpr const char* allocator = "MMGT_OPT=2";
+#endif
+
 const char* wordOf(CadRequest request)
 {
     return request == CadRequest::Bare ? "bare" : request == CadRequest::Meshed ? "meshed" : "whole";
@@ -127,11 +134,11 @@ std::unique_ptr<ChildProcess> CadChild::start(CadRequest request)
     messages = Descriptor(ends[0]);
     answer = Descriptor(memfd_create("vrk-cad-answer", MFD_CLOEXEC | MFD_ALLOW_SEALING));
     fcntl(messages.get(), F_SETFL, O_NONBLOCK);
-    return std::make_unique<ChildProcess>(path,
-                                          std::vector<std::string>{child::protocol, std::to_string(getpid()),
-                                                                   std::to_string(memory), wordOf(request),
-                                                                   file.string()},
-                                          std::vector<int>{writing.get(), answer.get()});
+    return std::make_unique<ChildProcess>(
+        path,
+        std::vector<std::string>{child::protocol, std::to_string(getpid()), std::to_string(memory), wordOf(request),
+                                 file.string()},
+        std::vector<std::string>{allocator}, std::vector<int>{writing.get(), answer.get()});
 }
 
 CadParts CadChild::read()

@@ -63,6 +63,26 @@ public:
     posix_spawnattr_t attributes;
 };
 
+/// As the system takes them; it only reads the texts.
+std::vector<char*> pointersTo(const std::vector<std::string>& texts)
+{
+    std::vector<char*> pointers;
+    for (const std::string& text : texts)
+        pointers.push_back(const_cast<char*>(text.c_str()));
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+/// Of two with one name a program finds the first.
+std::vector<std::string> environmentWith(const std::vector<std::string>& more)
+{
+    std::vector<std::string> all;
+    for (char** each = environ; each != nullptr && *each != nullptr; ++each)
+        all.emplace_back(*each);
+    all.insert(all.end(), more.begin(), more.end());
+    return all;
+}
+
 } // namespace
 
 Descriptor::Descriptor(int number)
@@ -91,17 +111,17 @@ void Descriptor::close()
 }
 
 ChildProcess::ChildProcess(const std::filesystem::path& program, const std::vector<std::string>& arguments,
-                           const std::vector<int>& inherited)
+                           const std::vector<std::string>& environment, const std::vector<int>& inherited)
 {
     const FileActions files(inherited);
     const PlainSignals signals;
-    std::string name = program.string();
-    std::vector<char*> words{name.data()};
-    for (const std::string& argument : arguments)
-        words.push_back(const_cast<char*>(argument.c_str())); // which it only reads
-    words.push_back(nullptr);
+    std::vector<std::string> words{program.string()};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    const std::vector<std::string> names = environmentWith(environment);
     // Starts without a copy of this process, however large that is and however many threads it has.
-    check(posix_spawn(&id, name.c_str(), &files.actions, &signals.attributes, words.data(), environ), name.c_str());
+    check(posix_spawn(&id, program.c_str(), &files.actions, &signals.attributes, pointersTo(words).data(),
+                      pointersTo(names).data()),
+          program.c_str());
 }
 
 ChildProcess::~ChildProcess()

@@ -33,9 +33,10 @@ private:
 /// are /dev/null, the `inherited` descriptors are its numbers 3, 4 and so on, and all others are closed.
 class ChildProcess {
 public:
+    /// @param environment  "NAME=value", where this process has none of that name.
     /// @throws std::system_error where it cannot be started.
     ChildProcess(const std::filesystem::path& program, const std::vector<std::string>& arguments,
-                 const std::vector<int>& inherited);
+                 const std::vector<std::string>& environment, const std::vector<int>& inherited);
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
