@@ -5,6 +5,7 @@
 #include "canvas/ViewWidget.h"
 #include "demo/DemoStation.h"
 #include "files/FileStation.h"
+#include "files/JointWishes.h"
 #include "files/PictureFile.h"
 #include "files/StationScene.h"
 #include "recording/Player.h"
@@ -27,8 +28,8 @@
 #include <QTemporaryDir>
 
 #include <Standard_Failure.hxx>
+#include <fmt/format.h>
 
-#include <algorithm>
 #include <clocale>
 #include <filesystem>
 #include <iostream>
@@ -71,13 +72,39 @@ std::unique_ptr<PrivateDisplay> chooseDisplay(const Options& options)
     return display;
 }
 
+/// In one line, whatever the cause says and names hold: a terminal takes other control characters for orders.
+void warn(const std::string& text)
+{
+    constexpr std::size_t longest = 300;
+    std::string line;
+    for (const char c : text) {
+        const auto code = static_cast<unsigned char>(c);
+        if (c == '\n' || c == '\t')
+            line += ' ';
+        else if (code < 0x20 || code == 0x7f)
+            line += fmt::format("\\x{:02x}", code);
+        else
+            line += c;
+    }
+    if (line.size() > longest) {
+        line.resize(longest - 3);
+        while (!line.empty() && (static_cast<unsigned char>(line.back()) & 0xc0) == 0x80) // within a character
+            line.pop_back();
+        if (!line.empty() && static_cast<unsigned char>(line.back()) >= 0xc0)
+            line.pop_back();
+        line += "...";
+    }
+    std::cerr << "vrkview: " << line << std::endl;
+}
+
 /// @throws std::runtime_error, before anything is shown, if it cannot be saved.
 void build(const Station& station, const Options& options, const DrawMode& mode)
 {
     startLibrary();
     showStation(station);
     if (!options.joints.empty())
-        moveJoints(options.joints);
+        for (const std::string& note : moveJoints(options.joints))
+            warn(note);
     if (!options.save.empty())
         vrk::station::SaveStationFile(options.save);
     showAs(mode, station.hiddenFaces);
@@ -158,13 +185,6 @@ void playSession(char** argv, const Station& station, const Options& options)
     savePicture(window.getView().takePicture(view.toDevice(view.size())), options.playPicture);
 }
 
-/// In one line, whatever the cause says.
-void warn(std::string text)
-{
-    std::ranges::replace(text, '\n', ' ');
-    std::cerr << "vrkview: " << text << std::endl;
-}
-
 /// What cannot be opened beside others is told, a line each.
 Station readStation(const Options& options)
 {
@@ -228,6 +248,10 @@ int main(int argc, char** argv)
         return *done;
     try {
         return vrkview::run(argv, options);
+    } catch (const vrkview::BadFiles& bad) {
+        for (const std::string& failure : bad.failures)
+            vrkview::fail(failure);
+        return vrkview::unusable;
     } catch (const vrkview::SessionDifference& difference) {
         std::cerr << "vrkview: " << difference.what() << std::endl;
         return vrkview::playsDifferently;

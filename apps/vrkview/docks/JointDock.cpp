@@ -51,7 +51,7 @@ std::vector<Joint> movingJoints(const Mechanism& mechanism)
 {
     const std::shared_lock lock(sdf::SdfManager::inst().mutex());
     std::vector<Joint> joints;
-    std::ranges::copy_if(mechanism.getJoints(), std::back_inserter(joints), &Joint::isMoving);
+    std::ranges::copy_if(mechanism.getJoints(), std::back_inserter(joints), &Joint::isDriven);
     return joints;
 }
 

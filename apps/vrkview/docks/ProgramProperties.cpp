@@ -99,7 +99,7 @@ void addJoints(Properties& properties, const JointTargetDataItem& posture, const
     const auto robot = std::dynamic_pointer_cast<vrk::layout::Mechanism>(share(task ? task->getManipulatorId() : 0));
     std::vector<Joint> moving;
     if (robot)
-        std::ranges::copy_if(robot->getJoints(), std::back_inserter(moving), &Joint::isMoving);
+        std::ranges::copy_if(robot->getJoints(), std::back_inserter(moving), &Joint::isDriven);
     properties.addHeading(QObject::tr("Joints (mm, °)"));
     for (std::size_t i = 0; i < posture.jointValues.size(); ++i) {
         const bool isKnown = i < moving.size();

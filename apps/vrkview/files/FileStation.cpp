@@ -14,6 +14,7 @@
 #include <Standard_Failure.hxx>
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <exception>
@@ -28,16 +29,6 @@ std::string titleOf(const std::vector<std::filesystem::path>& files)
 {
     const std::string first = files.front().filename().string();
     return files.size() == 1 ? first : first + " and " + std::to_string(files.size() - 1) + " more";
-}
-
-/// A pipe or a device may never end, and gives its bytes only once.
-void checkIsNoStream(const std::filesystem::path& file)
-{
-    std::error_code error;
-    const std::filesystem::file_status status = std::filesystem::status(file, error);
-    if (std::filesystem::exists(status) && std::filesystem::is_other(status))
-        throw vrk::station::ImportError(std::filesystem::absolute(file).lexically_normal(),
-                                        "not a file but a pipe or a device");
 }
 
 /// The importer of shapes, which has the last word, would name only its own endings.
@@ -58,7 +49,6 @@ void importInto(Station& station, const std::filesystem::path& file, const Impor
     const auto report = [&tell, name = file.filename().string()](std::string_view step, double fraction) {
         tell(name, step, fraction);
     };
-    checkIsNoStream(file);
     if (vrk::station::isStationFile(file)) {
         if (station.whole)
             throw vrk::station::ImportError(file, "a second station file; one can be opened at a time");
@@ -80,6 +70,11 @@ void importInto(Station& station, const std::filesystem::path& file, const Impor
 }
 
 } // namespace
+
+BadFiles::BadFiles(std::vector<std::string> failures)
+    : std::runtime_error(fmt::format("{}", fmt::join(failures, "\n"))), failures(std::move(failures))
+{
+}
 
 std::string textOf(const vrk::station::SimplifiedMesh& mesh)
 {
@@ -112,8 +107,10 @@ Station importFiles(const std::vector<std::filesystem::path>& files, const Impor
             note(failure.what());
         }
     }
-    if (station.failures.size() == files.size() && first)
+    if (files.size() == 1 && first)
         std::rethrow_exception(first);
+    if (first && station.failures.size() == files.size())
+        throw BadFiles(station.failures);
     return station;
 }
 

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <functional>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,10 +24,20 @@ struct Coarser {
 /// What is to be done about a file that cannot be taken in, where there are others.
 enum class BadFile { IsLeftOut, EndsAll };
 
+/// None of several files can be taken in.
+class BadFiles : public std::runtime_error {
+public:
+    /// @param failures  a line for each, which make the text together.
+    explicit BadFiles(std::vector<std::string> failures);
+
+    const std::vector<std::string> failures;
+};
+
 /// What the files hold, together. Any thread.
 /// @param coarser  empty leaves meshes as they are.
 /// @throws vrk::station::ImportError, vrk::station::StationFileError for the first file that cannot be taken in, and for a
-///         second station file, where nothing else can be taken in; others are told in `Station::failures`.
+///         second station file, where it is the only file or ends all; BadFiles where none of several can be taken in. Others
+///         are told in `Station::failures`.
 Station importFiles(const std::vector<std::filesystem::path>& files, const ImportReport& report,
                     const std::optional<Coarser>& coarser, BadFile bad = BadFile::IsLeftOut);
 /// The same as a station of its own, with progress on standard error, and what became of the meshes: see `bringCloudsNear`.

@@ -5,6 +5,7 @@
 #include "files/Station.h"
 
 #include "platform/layout/Layout.h"
+#include "platform/layout/Mechanism.h"
 #include "platform/sdf/SdfManager.h"
 #include "platform/task/Instruction.h"
 #include "platform/task/Path.h"
@@ -14,6 +15,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include <cmath>
+#include <numbers>
 #include <shared_mutex>
 
 namespace vrkview {
@@ -45,10 +48,34 @@ Json treesBelow(const Visual& visual)
     return trees;
 }
 
+/// What moves a mechanism, as "--joints" takes it: degrees, or millimetres of joints that slide.
+Json jointsOf(const vrk::layout::Mechanism& mechanism)
+{
+    constexpr double degrees = 180 / std::numbers::pi;
+    Json joints = Json::array();
+    for (const vrk::layout::Joint& joint : mechanism.getJoints()) {
+        if (!joint.isMoving())
+            continue;
+        const bool slides = joint.type == vrk::layout::JointType::Prismatic;
+        const double unit = slides ? 1 : degrees;
+        const auto rounded = [unit](double value) { return std::round(value * unit * 1e6) / 1e6; };
+        Json entry = {{"name", joint.name}, {"unit", slides ? "mm" : "degrees"}, {"value", rounded(joint.value)}};
+        if (joint.hasLimits())
+            entry["limits"] = {rounded(joint.lower), rounded(joint.upper)};
+        if (joint.follows)
+            entry["follows"] = joint.follows->joint;
+        joints.push_back(std::move(entry));
+    }
+    return joints;
+}
+
 Json treeOf(Visual& visual)
 {
     Json entry = {{"id", visual.getId()}, {"type", kindOf(visual)}, {"name", nameOf(visual)}};
     entry.update(counts(visual));
+    const auto* mechanism = dynamic_cast<const vrk::layout::Mechanism*>(sdf::SdfManager::inst().find(visual.getId()));
+    if (mechanism && !mechanism->getJoints().empty())
+        entry["joints"] = jointsOf(*mechanism);
     Json children = treesBelow(visual);
     if (!children.empty())
         entry["children"] = std::move(children);

@@ -26,7 +26,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <numbers>
 #include <shared_mutex>
 #include <stdexcept>
 
@@ -34,8 +33,6 @@ namespace vrkview {
 namespace {
 
 using vrk::VisualType;
-using vrk::layout::Joint;
-using vrk::layout::JointType;
 using vrk::layout::Layout;
 using vrk::layout::LinkPose;
 using vrk::layout::Manipulator;
@@ -58,21 +55,6 @@ void showOwnColorsOfPlain(const std::shared_ptr<Mechanism>& mechanism)
     const auto* arm = dynamic_cast<const Manipulator*>(mechanism.get());
     if (arm && arm->getVendor().empty())
         Scene::Get()->bodiesUseOwnMaterials(arm->getId());
-}
-
-Mechanism* firstThatMoves()
-{
-    const Layout& layout = Layout::inst();
-    for (const auto& manipulator : layout.manipulators)
-        if (manipulator->jointValueCount() > 0)
-            return manipulator.get();
-    for (const auto& device : layout.devices)
-        if (device->jointValueCount() > 0)
-            return device.get();
-    for (const auto& tool : layout.tools)
-        if (tool->jointValueCount() > 0)
-            return tool.get();
-    return nullptr;
 }
 
 bool isOfStation(VisualType type)
@@ -320,25 +302,6 @@ void removeFromScene(unsigned id)
                     Scene::Get()->deleteVisual(Scene::GetVisual(each));
         },
         0);
-}
-
-void moveJoints(const std::vector<double>& values)
-{
-    constexpr double radians = std::numbers::pi / 180;
-    Mechanism* mechanism = firstThatMoves();
-    if (!mechanism)
-        throw std::runtime_error("--joints: nothing here has joints that move");
-    std::vector<double> all = mechanism->getJointValues();
-    if (values.size() > all.size())
-        throw std::runtime_error(
-            fmt::format("--joints: {} values, but {} has {} joints", values.size(), mechanism->getName(), all.size()));
-    std::size_t next = 0;
-    for (const Joint& joint : mechanism->getJoints())
-        if (joint.isMoving() && next < values.size()) {
-            all[next] = joint.type == JointType::Prismatic ? values[next] : values[next] * radians;
-            ++next;
-        }
-    mechanism->setJointValues(all);
 }
 
 } // namespace vrkview

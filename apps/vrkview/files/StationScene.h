@@ -1,7 +1,5 @@
 #pragma once
 
-#include <vector>
-
 namespace vrkview {
 
 struct Station;
@@ -22,10 +20,5 @@ void takeFromStation(const Station& station);
 void addToScene(unsigned id);
 /// Posts their removal, with all that hangs on them. An unknown id is passed over.
 void removeFromScene(unsigned id);
-
-/// Moves the joints of the first mechanism that has any: degrees, or millimetres of those that slide. Values are held to
-/// the limits; joints beyond the last value stay.
-/// @throws std::runtime_error where no mechanism has joints that move, or there are more values than joints.
-void moveJoints(const std::vector<double>& values);
 
 } // namespace vrkview

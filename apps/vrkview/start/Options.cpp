@@ -43,8 +43,10 @@ void readSize(const std::string& given, const char* option, int& width, int& hei
 }
 
 /// @param values  of the option, each with numbers joined by commas.
+/// @param told    what is told to be no number; null for the value.
 template <typename Number>
-void readNumbers(const std::vector<std::string>& values, const char* option, std::vector<Number>& numbers)
+void readNumbers(const std::vector<std::string>& values, const char* option, std::vector<Number>& numbers,
+                 const std::string* told = nullptr)
 {
     for (const std::string& value : values) {
         // A gap is no number either: what stands behind it would move to the place before.
@@ -53,8 +55,23 @@ void readNumbers(const std::vector<std::string>& values, const char* option, std
             char* stop = nullptr;
             const double number = std::strtod(text.c_str(), &stop);
             if (stop == text.c_str() || *stop != '\0' || !std::isfinite(number))
-                throw CLI::ConversionError(option, std::vector<std::string>{value});
+                throw CLI::ConversionError(option, std::vector<std::string>{told ? *told : value});
             numbers.push_back(static_cast<Number>(number));
+        }
+    }
+}
+
+/// @param values  each with numbers, or "name=number", joined by commas.
+void readJoints(const std::vector<std::string>& values, std::vector<JointWish>& wishes)
+{
+    for (const std::string& value : values) {
+        std::istringstream stream(value + ',');
+        for (std::string text; std::getline(stream, text, ',');) {
+            const std::size_t sign = text.rfind('=');
+            std::vector<double> number;
+            const bool isNamed = sign != std::string::npos && sign > 0;
+            readNumbers({isNamed ? text.substr(sign + 1) : text}, "--joints", number, &value);
+            wishes.push_back({isNamed ? std::optional(text.substr(0, sign)) : std::nullopt, number.front()});
         }
     }
 }
@@ -224,11 +241,11 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
                        fmt::format("What is drawn of the bodies, in the window and in pictures: {} [{}]",
                                    drawModeNames(), display))
             ->type_name("NAME");
-    app.add_option(
-           "--joints", joints,
-           "Joint values of the first mechanism that moves, joined by commas: degrees, or millimetres of joints "
-           "that slide")
-        ->type_name("A,B,...")
+    app.add_option("--joints", joints,
+                   "Joint values of the first mechanism that moves, in its order, or NAME=VALUE of any joint, joined "
+                   "by commas: "
+                   "degrees, or millimetres of joints that slide; --list names the joints with their limits")
+        ->type_name("A,NAME=B,...")
         ->allow_extra_args(false);
     CLI::Option* simplify =
         app.add_flag("--simplify{auto}", tolerance,
@@ -273,7 +290,7 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
         if (isPicking && options.views.size() > 1)
             throw CLI::ValidationError("--view", "picking takes one direction");
         readNumbers(picks, "--pick", options.picks);
-        readNumbers(joints, "--joints", options.joints);
+        readJoints(joints, options.joints);
         if (*simplify)
             options.coarser = readCoarser(tolerance);
         checkPicks(options);

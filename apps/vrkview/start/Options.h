@@ -3,6 +3,7 @@
 #include "canvas/DrawMode.h"
 #include "canvas/Views.h"
 #include "files/FileStation.h"
+#include "files/JointWishes.h"
 
 #include <filesystem>
 #include <optional>
@@ -33,8 +34,8 @@ struct Options {
     const DrawMode* drawMode = nullptr;
     bool isDrawModeGiven = false; // rather than the usual one
     bool onPresentDisplay = false;
-    bool isStrict = false;           // a file that cannot be opened ends all
-    std::vector<double> joints;      // of the first mechanism that moves: degrees or millimetres
+    bool isStrict = false; // a file that cannot be opened ends all
+    std::vector<JointWish> joints;
     std::filesystem::path save;      // where the station is written; empty: nowhere
     std::filesystem::path resources; // empty: the installed ones
 };

@@ -79,6 +79,7 @@ ArmChain chainToWrist(const layout::Manipulator& arm)
                 chain.joints.back().origin = passed;
             }
             chain.joints.push_back(joint);
+            chain.hasFollower = chain.hasFollower || above->follows;
             passed = joint.origin;
         }
         link = above->parentLink;

@@ -28,6 +28,7 @@ struct VRK_EXPORT ChainJoint {
 struct VRK_EXPORT ArmChain {
     std::vector<ChainJoint> joints; ///< the first one relative to the mechanism
     rob::Posd point;                ///< in the link that the last joint moves, or in the mechanism
+    bool hasFollower = false;       ///< a joint that moves the point follows another one; here it is one of its own
 
     /// The chain to the middle of the wrist: of an arm with more than three joints where the last two axes meet, or else on
     /// the last one, beside the place where tools are fixed; of any other at that place. Joints that do not move that point

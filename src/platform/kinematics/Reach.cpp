@@ -238,6 +238,8 @@ void check(const ArmChain& chain)
 {
     if (chain.joints.empty())
         throw std::invalid_argument("no joint moves the wrist of the arm");
+    if (chain.hasFollower)
+        throw std::invalid_argument("a joint of the arm follows another one");
     if (!chain.joints.front().turns())
         throw std::invalid_argument("the first joint of the arm slides: its reach is no surface that turns");
 }

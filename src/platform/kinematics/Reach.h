@@ -38,7 +38,7 @@ struct Reach {
 ///
 /// @param progress  told from time to time what part of the work is done, 0 to 1.
 /// @return empty if it was stopped.
-/// @throws std::invalid_argument "no joint moves the wrist of the arm",
+/// @throws std::invalid_argument "no joint moves the wrist of the arm", "a joint of the arm follows another one",
 ///         "the first joint of the arm slides: its reach is no surface that turns",
 ///         "the wrist of the arm does not leave the axis of its first joint".
 VRK_EXPORT std::optional<Reach> computeReach(const ArmChain& chain, const std::stop_token& stop = {},

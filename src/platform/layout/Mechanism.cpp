@@ -10,6 +10,7 @@
 #include <cmath>
 #include <mutex>
 #include <stdexcept>
+#include <string_view>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -55,12 +56,16 @@ rob::Posed poseOf(const Joint& joint)
 
 void checkNumbers(const Joint& joint)
 {
-    const bool finite = isFinite(joint.origin) && joint.axis.isFinite() && std::isfinite(joint.lower) &&
-                        std::isfinite(joint.upper) && std::isfinite(joint.value);
+    const bool finite =
+        isFinite(joint.origin) && joint.axis.isFinite() && std::isfinite(joint.lower) && std::isfinite(joint.upper) &&
+        std::isfinite(joint.value) &&
+        (!joint.follows || (std::isfinite(joint.follows->factor) && std::isfinite(joint.follows->offset)));
     if (!finite)
         throw std::invalid_argument("a joint needs finite numbers");
     if (joint.isMoving() && std::abs(joint.axis.length() - 1) > unitTolerance)
         throw std::invalid_argument("a joint's axis has length 1");
+    if (joint.follows && !joint.isMoving())
+        throw std::invalid_argument("a fixed joint follows none");
     if (joint.hasLimits() && joint.lower > joint.upper)
         throw std::invalid_argument("the lower limit of a joint lies above the upper one");
     if (joint.type == JointType::Prismatic && std::max(-joint.lower, joint.upper) > common::farthestPlace)
@@ -86,6 +91,7 @@ Mechanism::~Mechanism() = default;
 void Mechanism::addLink(std::shared_ptr<Link> link)
 {
     addChild(*link);
+    linkOfId[link->getId()] = link.get();
     links.push_back(std::move(link));
 }
 
@@ -97,7 +103,7 @@ void Mechanism::addPlainChild(std::shared_ptr<sdf::SdfNode> child)
 
 bool Mechanism::hasLink(unsigned id) const
 {
-    return std::ranges::find(links, id, [](const auto& link) { return link->getId(); }) != links.end();
+    return linkOfId.contains(id);
 }
 
 void Mechanism::addJoint(Joint joint)
@@ -105,27 +111,55 @@ void Mechanism::addJoint(Joint joint)
     if (!hasLink(joint.parentLink) || !hasLink(joint.childLink))
         throw std::invalid_argument("a joint connects links of its mechanism");
     checkNumbers(joint);
-    if (std::ranges::find(joints, joint.childLink, &Joint::childLink) != joints.end())
+    if (jointAbove(joint.childLink))
         throw std::invalid_argument("a link hangs on one joint only");
     // Upwards from the parent there is one way, and without the new joint it has an end.
     for (unsigned link = joint.parentLink;;) {
         if (link == joint.childLink)
             throw std::invalid_argument("joints must not form a loop");
-        const auto above = std::ranges::find(joints, link, &Joint::childLink);
-        if (above == joints.end())
+        const Joint* above = jointAbove(link);
+        if (!above)
             break;
         link = above->parentLink;
     }
     joint.value = joint.isMoving() ? heldToLimits(joint, joint.value) : 0;
+    hasFollowers = hasFollowers || joint.follows;
+    jointOfChild[joint.childLink] = joints.size();
+    jointsOfParent.emplace(joint.parentLink, joints.size());
     joints.push_back(std::move(joint));
+    if (!hasFollowers) {
+        placeBelow(joints.back());
+        return;
+    }
+    const std::vector<double> values = valuesOfAllJoints(getJointValues());
+    for (std::size_t i = 0; i < joints.size(); ++i)
+        joints[i].value = values[i];
     placeLinks();
+}
+
+const Joint* Mechanism::jointAbove(unsigned link) const
+{
+    const auto found = jointOfChild.find(link);
+    return found == jointOfChild.end() ? nullptr : &joints[found->second];
+}
+
+const Joint* Mechanism::driverOf(const Joint& joint) const
+{
+    const Joint* driver = &joint;
+    for (std::size_t steps = 0; driver->follows; ++steps) {
+        const auto next = std::ranges::find(joints, driver->follows->joint, &Joint::name);
+        if (next == joints.end() || steps == joints.size())
+            return nullptr;
+        driver = &*next;
+    }
+    return driver;
 }
 
 std::vector<double> Mechanism::getJointValues() const
 {
     std::vector<double> values;
     for (const Joint& joint : joints) {
-        if (joint.isMoving())
+        if (joint.isDriven())
             values.push_back(joint.value);
     }
     return values;
@@ -133,7 +167,35 @@ std::vector<double> Mechanism::getJointValues() const
 
 std::size_t Mechanism::jointValueCount() const
 {
-    return static_cast<std::size_t>(std::ranges::count_if(joints, &Joint::isMoving));
+    return static_cast<std::size_t>(std::ranges::count_if(joints, &Joint::isDriven));
+}
+
+std::vector<double> Mechanism::valuesOfAllJoints(std::span<const double> driven) const
+{
+    std::vector<double> values;
+    std::unordered_map<std::string_view, std::size_t> byName;
+    auto next = driven.begin();
+    for (const Joint& joint : joints) {
+        if (hasFollowers)
+            byName.emplace(joint.name, values.size());
+        values.push_back(joint.isDriven() ? *next++ : joint.value);
+    }
+    if (!hasFollowers)
+        return values;
+    // Each follower from the end of what it follows down to itself; those that lead nowhere stay.
+    for (std::size_t i = 0; i < joints.size(); ++i) {
+        if (!joints[i].follows || !driverOf(joints[i]))
+            continue;
+        std::vector<std::size_t> chain{i};
+        while (joints[chain.back()].follows)
+            chain.push_back(byName.at(joints[chain.back()].follows->joint));
+        for (std::size_t at = chain.size() - 1; at-- > 0;) {
+            const Joint& follower = joints[chain[at]];
+            values[chain[at]] =
+                heldToLimits(follower, follower.follows->factor * values[chain[at + 1]] + follower.follows->offset);
+        }
+    }
+    return values;
 }
 
 void Mechanism::setJointValues(std::span<const double> values)
@@ -147,8 +209,13 @@ void Mechanism::setJointValues(std::span<const double> values)
             throw std::invalid_argument("joint values must be finite");
         auto value = values.begin();
         for (Joint& joint : joints) {
-            if (joint.isMoving())
+            if (joint.isDriven())
                 joint.value = heldToLimits(joint, *value++);
+        }
+        if (hasFollowers) {
+            const std::vector<double> all = valuesOfAllJoints(getJointValues());
+            for (std::size_t i = 0; i < joints.size(); ++i)
+                joints[i].value = all[i];
         }
         placeLinks();
         moved = getLinkPoses();
@@ -171,23 +238,21 @@ std::vector<LinkPose> Mechanism::getLinkPoses() const
 
 void Mechanism::placeLinks()
 {
-    std::unordered_map<unsigned, Link*> byId;
-    std::unordered_map<unsigned, const Joint*> unplaced; // by the link that hangs on the joint
-    for (const std::shared_ptr<Link>& link : links)
-        byId[link->getId()] = link.get();
     for (const Joint& joint : joints)
-        unplaced[joint.childLink] = &joint;
+        if (!jointAbove(joint.parentLink))
+            placeBelow(joint);
+}
 
-    std::vector<const Joint*> chain;
-    for (const Joint& joint : joints) {
-        // Up to the first link that is placed, then down again.
-        for (auto above = unplaced.find(joint.childLink); above != unplaced.end();) {
-            chain.push_back(above->second);
-            unplaced.erase(above);
-            above = unplaced.find(chain.back()->parentLink);
-        }
-        for (; !chain.empty(); chain.pop_back())
-            byId[chain.back()->childLink]->setPose(byId[chain.back()->parentLink]->getPose() * poseOf(*chain.back()));
+void Mechanism::placeBelow(const Joint& first)
+{
+    std::vector<const Joint*> open{&first};
+    while (!open.empty()) {
+        const Joint& joint = *open.back();
+        open.pop_back();
+        linkOfId[joint.childLink]->setPose(linkOfId[joint.parentLink]->getPose() * poseOf(joint));
+        const auto [from, to] = jointsOfParent.equal_range(joint.childLink);
+        for (auto below = from; below != to; ++below)
+            open.push_back(&joints[below->second]);
     }
 }
 

@@ -5,7 +5,12 @@
 #include <boost/signals2/connection.hpp>
 
 #include <functional>
+#include <memory>
+#include <optional>
 #include <span>
+#include <string>
+#include <unordered_map>
+#include <vector>
 
 namespace vrk::layout {
 
@@ -27,6 +32,16 @@ enum class JointType {
     Prismatic,  ///< slides between its limits
 };
 
+/// How a joint follows another one of its mechanism: its value is `factor` times that one's, and `offset`. Of a joint that
+/// slides and one that turns the factor is model units for a radian, or the other way round.
+struct JointFollowing {
+    std::string joint; ///< the name of the other one, which may follow another itself
+    double factor = 1;
+    double offset = 0; ///< in the units of the value
+
+    bool operator==(const JointFollowing&) const = default;
+};
+
 /// What connects two links of a mechanism.
 struct Joint {
     std::string name;
@@ -38,8 +53,11 @@ struct Joint {
     double lower = 0;        ///< radians or model units, as the value; fixed and continuous joints have no limits
     double upper = 0;
     double value = 0;
+    std::optional<JointFollowing> follows{}; ///< of a joint that moves
 
     bool isMoving() const { return type != JointType::Fixed; }
+    /// Whether it has a value of its own: it moves, and follows none.
+    bool isDriven() const { return isMoving() && !follows; }
     bool hasLimits() const { return type == JointType::Revolute || type == JointType::Prismatic; }
 };
 
@@ -68,13 +86,19 @@ public:
     /// Appends a joint and places what hangs on it. The value is held to the limits.
     /// @throws std::invalid_argument "a joint connects links of its mechanism", "a link hangs on one joint only",
     ///         "joints must not form a loop", "a joint needs finite numbers", "a joint's axis has length 1",
-    ///         "the lower limit of a joint lies above the upper one", "a joint slides up to 1e12 either way".
+    ///         "the lower limit of a joint lies above the upper one", "a joint slides up to 1e12 either way",
+    ///         "a fixed joint follows none".
     void addJoint(Joint joint);
+    /// The joint that has the value which moves this one: itself, or the end of those that it follows. Null where these lead
+    /// nowhere, or in a ring; it stays at its value then.
+    const Joint* driverOf(const Joint& joint) const;
 
-    /// The values of the joints that move, in order: radians, or model units of prismatic ones.
+    /// The values of the joints that are driven, in order: radians, or model units of prismatic ones.
     std::vector<double> getJointValues() const;
     std::size_t jointValueCount() const;
-    /// Moves the joints, holding each value to its limits, places the links and calls the receivers of `OnLinksMoved`. Takes
+    /// The values of all joints, in order, for these of the driven ones, which are not held to their limits; followers are.
+    std::vector<double> valuesOfAllJoints(std::span<const double> driven) const;
+    /// Moves the joints, holding each value to its limits, and those that follow them, places the links and calls the receivers of `OnLinksMoved`. Takes
     /// the manager's unique lock and releases it before the receivers are called, which may take it themselves.
     /// @throws std::invalid_argument "one value for each joint that moves", "joint values must be finite"; nothing has
     ///         moved then.
@@ -95,11 +119,17 @@ protected:
     bool hasLink(unsigned id) const;
 
 private:
+    const Joint* jointAbove(unsigned link) const;
     void placeLinks();
+    void placeBelow(const Joint& joint);
 
     std::vector<std::shared_ptr<Link>> links;
+    std::unordered_map<unsigned, Link*> linkOfId;
     std::vector<std::shared_ptr<sdf::SdfNode>> plainChildren;
     std::vector<Joint> joints;
+    std::unordered_map<unsigned, std::size_t> jointOfChild;        // by the id of the link that hangs on it
+    std::unordered_multimap<unsigned, std::size_t> jointsOfParent; // by the id of the link that they hang on
+    bool hasFollowers = false;
 };
 
 /// A robot arm. Its element holds "pose" and "vendor": the maker in small letters, such as "kuka", or empty.

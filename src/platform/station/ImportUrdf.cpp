@@ -284,14 +284,36 @@ private:
             joint.lower = source.limits->lower * units;
             joint.upper = source.limits->upper * units;
         }
-        if (source.mimic)
-            FileLogger::inst()->trace(fmt::format("{}: the joint '{}' moves by itself and does not mimic '{}'",
-                                                  file.string(), source.name, source.mimic->joint_name));
+        if (source.mimic && joint.isMoving())
+            joint.follows = followingOf(source);
         try {
             mechanism->addJoint(std::move(joint));
         } catch (const std::invalid_argument& failure) {
             throw ImportError(file, fmt::format("the joint '{}': {}", source.name, failure.what()));
         }
+    }
+
+    /// Empty, with a word of warning, where what the joint is to follow is not there, stands still, or follows this one.
+    std::optional<layout::JointFollowing> followingOf(const urdf::Joint& source) const
+    {
+        const urdf::Joint* end = &source;
+        for (std::size_t steps = 0; end && end->mimic && steps <= model.joints_.size(); ++steps) {
+            const auto next = model.joints_.find(end->mimic->joint_name);
+            end = next == model.joints_.end() ? nullptr : next->second.get();
+        }
+        if (!end || end->mimic || typeOf(*end) == layout::JointType::Fixed) {
+            AppLogger::inst()->warn(
+                fmt::format("{}: the joint '{}' moves by itself: there is no joint '{}' for it to follow",
+                            file.string(), source.name, source.mimic->joint_name));
+            return {};
+        }
+        const auto unitsOf = [this](const urdf::Joint& joint) {
+            return typeOf(joint) == layout::JointType::Prismatic ? unitsPerMetre : 1;
+        };
+        const double units = unitsOf(source);
+        const double unitsOfOther = unitsOf(*model.joints_.at(source.mimic->joint_name));
+        return layout::JointFollowing{source.mimic->joint_name, source.mimic->multiplier * units / unitsOfOther,
+                                      source.mimic->offset * units};
     }
 
     layout::JointType typeOf(const urdf::Joint& joint) const

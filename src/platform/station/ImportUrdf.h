@@ -20,8 +20,9 @@ VRK_EXPORT bool isUrdfFile(const std::filesystem::path& file);
 ///
 /// The wrist is at the link "tool0", else "flange", else at the one that most moving joints lead to; the controller's task
 /// frame is at the link "base", else at the robot's own origin. The maker is known from
-/// words in the robot's name, the file's name and the names of packages. Joints that mimic others move by themselves, and
-/// planar and floating ones are fixed; `FileLogger` is told.
+/// words in the robot's name, the file's name and the names of packages. Joints that mimic others follow them; where
+/// there is nothing to follow, `AppLogger` is told, and they move by themselves. Planar and floating ones are fixed; `FileLogger`
+/// is told.
 ///
 /// The mechanism is complete but not yet in the station.
 ///

@@ -38,8 +38,10 @@ layout::StationContent ReadStationFile(const std::filesystem::path& file, const 
 {
     const std::filesystem::path absolute = absolutePath(file);
     std::error_code error;
-    std::ifstream stream(absolute, std::ios::binary);
-    if (!std::filesystem::is_regular_file(absolute, error) || !stream)
+    std::ifstream stream;
+    if (std::filesystem::is_regular_file(absolute, error)) // a pipe would be waited for
+        stream.open(absolute, std::ios::binary);
+    if (!stream.is_open())
         throw StationFileError(absolute, "/", "expected a file that can be read");
     std::ostringstream text;
     text << stream.rdbuf();

@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <fstream>
 
+#include <sys/stat.h>
+
 namespace vrkview::test {
 namespace {
 
@@ -87,6 +89,7 @@ INSTANTIATE_TEST_SUITE_P(
         WrongLine{"UnknownView",
                   {"--shot", "x.png", "--view", "up"},
                   "--view: 'up' is none of iso, front, back, left, right, top, bottom, all"},
+        WrongLine{"JointWithoutValue", {"--list", "--joints", "elbow="}, "Could not convert: --joints = elbow="},
         WrongLine{"UnknownDisplay",
                   {"--display", "x-ray"},
                   "--display: 'x-ray' is none of shaded, shaded-edges, edges, wire"},
@@ -121,6 +124,39 @@ protected:
 TEST_F(ViewerFile, MissingOneIsNamed)
 {
     expectFileRefused(files.path("none.step"), "no such file");
+}
+
+TEST_F(ViewerFile, BadOnesAmongOthersAreToldAndTheOthersShown)
+{
+    const std::string good = files.writeBrep("good.brep");
+    const std::string empty = files.write("empty.step", ""), missing = files.path("none.stl");
+
+    const Outcome outcome = runViewer({"--list", empty, good, missing});
+
+    EXPECT_EQ(outcome.exitCode, unusable);
+    EXPECT_THAT(outcome.out, HasSubstr("\"name\": \"good\""));
+    EXPECT_THAT(outcome.err,
+                StrEq("vrkview: " + empty + ": the file is empty\nvrkview: " + missing + ": no such file\n"));
+}
+
+TEST_F(ViewerFile, BadOneAmongOthersEndsAllWhereItIsWantedSo)
+{
+    const std::string good = files.writeBrep("good.brep"), empty = files.write("empty.step", "");
+    expectRefused(runViewer({"--strict", "--list", good, empty}), unusable, empty + ": the file is empty");
+}
+
+TEST_F(ViewerFile, OfSeveralBadOnesEachIsTold)
+{
+    const std::string empty = files.write("empty.step", ""), missing = files.path("none.stl");
+    expectRefused(runViewer({"--list", empty, missing}), unusable,
+                  empty + ": the file is empty\nvrkview: " + missing + ": no such file");
+}
+
+TEST_F(ViewerFile, PipeIsRefusedAtOnce)
+{
+    const std::string pipe = files.path("pipe.stl");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    expectFileRefused(pipe, "not a file but a pipe or a device");
 }
 
 TEST_F(ViewerFile, EmptyOneIsNamed)

@@ -95,6 +95,14 @@ TEST_F(PlayedMoves, LeaveStationAndViewAsTheyWereWhereTheyAreTakenBack)
     EXPECT_EQ(vrk::test::largestDifference(end->view(), start->view()), 0);
 }
 
+/// Qt has an option of that name, by which the program ended.
+TEST_F(PlayedMoves, DisplayIsTheProgramsOwnOption)
+{
+    const Files files;
+    const Outcome outcome = runViewer({"--display", "edges", "--play", files.write("session.jsonl", nothingDone)});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+}
+
 TEST_F(PlayedMoves, HaveMovedOneThingUntilThen)
 {
     const auto moved = play(before(R"("key":"Ctrl+Z")")), start = play(nothingDone);

@@ -242,6 +242,37 @@ TEST(ViewerProgram, ThatIsDamagedIsToldInOneLine)
     EXPECT_THAT(outcome.err, EndsWith("vrkview: " + file + ": line 3: 'main' of line 2 has no ENDPROC\n"));
 }
 
+TEST(ViewerRobot, JointIsMovedByItsNameAndHeldToItsLimitsWithAWord)
+{
+    const Files files;
+    const std::string file = files.write("post.urdf", robot);
+    const auto joints = [](const Outcome& outcome) {
+        return nlohmann::json::parse(outcome.out).at("tree").at(0).at("joints").at(0);
+    };
+    const std::string name = joints(runViewer({"--list", file})).at("name");
+
+    const Outcome moved = runViewer({"--list", "--joints", name + "=40", file});
+    const Outcome beyond = runViewer({"--list", "--joints", name + "=170", file});
+
+    EXPECT_EQ(joints(moved).at("value"), 40);
+    EXPECT_EQ(joints(moved).at("unit"), "degrees");
+    EXPECT_THAT(moved.err, IsEmpty());
+    EXPECT_EQ(beyond.exitCode, 0);
+    EXPECT_EQ(joints(beyond).at("value"), joints(beyond).at("limits").at(1));
+    EXPECT_THAT(beyond.err, StartsWith("vrkview: --joints: 170 is beyond the limits of '" + name + "', "));
+}
+
+TEST(ViewerRobot, JointThatIsNotThereIsNamed)
+{
+    const Files files;
+
+    const Outcome outcome = runViewer({"--list", "--joints", "knee=1", files.write("post.urdf", robot)});
+
+    EXPECT_EQ(outcome.exitCode, unusable);
+    EXPECT_THAT(outcome.err,
+                StrEq("vrkview: --joints: no joint that moves by itself is called 'knee' (--list names them)\n"));
+}
+
 TEST(ViewerRobot, MoreValuesThanJointsAreRefused)
 {
     const Files files;

@@ -304,19 +304,59 @@ TEST_F(ImportUrdfTest, DamagedMeshIsToldOf)
                 ThrowsMessage<ImportError>(mesh.string() + ": neither a binary nor an ascii STL file"));
 }
 
-TEST_F(ImportUrdfTest, MimicAndFloatingJointsAreTakenAsTheyCanBe)
+TEST_F(ImportUrdfTest, FloatingJointIsFixed)
 {
     const auto robot =
-        importArm("<robot name=\"r\"><link name=\"a\"/><link name=\"b\"/><link name=\"c\"/><link name=\"d\"/>"
-                  "<joint name=\"j\" type=\"continuous\"><parent link=\"a\"/><child link=\"b\"/></joint>"
+        importArm("<robot name=\"r\"><link name=\"a\"/><link name=\"b\"/>"
+                  "<joint name=\"l\" type=\"floating\"><parent link=\"a\"/><child link=\"b\"/></joint></robot>");
+
+    EXPECT_EQ(robot->getJoints()[0].type, JointType::Fixed);
+}
+
+TEST_F(ImportUrdfTest, JointThatMimicsAnotherFollowsIt)
+{
+    const auto robot =
+        importArm("<robot name=\"r\"><link name=\"a\"/><link name=\"b\"/><link name=\"c\"/>"
                   "<joint name=\"k\" type=\"continuous\"><parent link=\"a\"/><child link=\"c\"/>"
-                  "<mimic joint=\"j\" multiplier=\"2\"/></joint>"
-                  "<joint name=\"l\" type=\"floating\"><parent link=\"a\"/><child link=\"d\"/></joint></robot>");
+                  "<mimic joint=\"j\" multiplier=\"-2\" offset=\"0.1\"/></joint>"
+                  "<joint name=\"j\" type=\"continuous\"><parent link=\"a\"/><child link=\"b\"/></joint></robot>");
 
-    robot->setJointValues(std::vector{0.5, 0.0});
+    robot->setJointValues(std::vector{0.5});
 
-    EXPECT_EQ(robot->getJoints()[2].type, JointType::Fixed);
-    EXPECT_EQ(robot->getLinks()[2]->getPose(), rob::Posed());
+    for (const layout::Joint& joint : robot->getJoints())
+        EXPECT_DOUBLE_EQ(joint.value, joint.name == "j" ? 0.5 : -0.9);
+}
+
+TEST_F(ImportUrdfTest, MimicOfAFingerIsInMetresPerMetre)
+{
+    const auto robot = importArm(
+        "<robot name=\"r\"><link name=\"a\"/><link name=\"b\"/><link name=\"c\"/><link name=\"d\"/>"
+        "<joint name=\"j\" type=\"prismatic\"><parent link=\"a\"/><child link=\"b\"/>"
+        "<limit lower=\"0\" upper=\"0.04\" effort=\"1\" velocity=\"1\"/></joint>"
+        "<joint name=\"k\" type=\"prismatic\"><parent link=\"a\"/><child link=\"c\"/>"
+        "<limit lower=\"0\" upper=\"0.04\" effort=\"1\" velocity=\"1\"/><mimic joint=\"j\" offset=\"0.01\"/></joint>"
+        "<joint name=\"t\" type=\"continuous\"><parent link=\"a\"/><child link=\"d\"/>"
+        "<mimic joint=\"j\" multiplier=\"10\"/></joint></robot>");
+
+    robot->setJointValues(std::vector{20.0});
+
+    EXPECT_DOUBLE_EQ(robot->getJoints()[1].value, 30);
+    EXPECT_DOUBLE_EQ(robot->getJoints()[2].value, 0.2);
+    robot->setJointValues(std::vector{40.0});
+    EXPECT_DOUBLE_EQ(robot->getJoints()[1].value, 40) << "held to its own limits";
+}
+
+TEST_F(ImportUrdfTest, MimicOfNothingMovesByItself)
+{
+    const auto robot = importArm(
+        "<robot name=\"r\"><link name=\"a\"/><link name=\"b\"/><link name=\"c\"/><link name=\"d\"/>"
+        "<joint name=\"i\" type=\"continuous\"><parent link=\"a\"/><child link=\"b\"/>"
+        "<mimic joint=\"nobody\"/></joint>"
+        "<joint name=\"j\" type=\"continuous\"><parent link=\"a\"/><child link=\"c\"/><mimic joint=\"k\"/></joint>"
+        "<joint name=\"k\" type=\"continuous\"><parent link=\"a\"/><child link=\"d\"/><mimic joint=\"j\"/></joint>"
+        "</robot>");
+
+    EXPECT_EQ(robot->jointValueCount(), 3u);
 }
 
 TEST_F(ImportUrdfTest, LoopOfJointsIsRefused)

@@ -28,9 +28,15 @@ void refuseKey(const JsonPlace& at, std::string_view key, bool refused)
         at.at(key).fail("no such key for a joint of this type");
 }
 
+layout::JointFollowing followingAt(const JsonPlace& at)
+{
+    at.expectObject({"joint", "factor", "offset"});
+    return {at.at("joint").asText(), at.at("factor").asNumber(), at.at("offset").asNumber()};
+}
+
 void readJoint(const JsonPlace& at, layout::Mechanism& mechanism)
 {
-    at.expectObject({"name", "type", "parent", "child", "origin", "axis", "limits", "value"});
+    at.expectObject({"name", "type", "parent", "child", "origin", "axis", "limits", "value", "follows"});
     layout::Joint joint;
     joint.name = at.at("name").asText();
     joint.type = jointTypeAt(at.at("type"));
@@ -38,18 +44,21 @@ void readJoint(const JsonPlace& at, layout::Mechanism& mechanism)
     joint.childLink = at.at("child").asId();
     joint.origin = at.at("origin").asPose();
     refuseKey(at, "axis", !joint.isMoving());
-    refuseKey(at, "value", !joint.isMoving());
+    refuseKey(at, "follows", !joint.isMoving());
+    if (at.has("follows"))
+        joint.follows = followingAt(at.at("follows"));
+    refuseKey(at, "value", !joint.isDriven());
     refuseKey(at, "limits", !joint.hasLimits());
     if (joint.isMoving()) {
         const std::vector<double> axis = at.at("axis").asNumbers(3);
         joint.axis = {axis[0], axis[1], axis[2]};
-        joint.value = at.at("value").asNumber();
+        joint.value = joint.isDriven() ? at.at("value").asNumber() : 0;
     }
     if (joint.hasLimits()) {
         const std::vector<double> limits = at.at("limits").asNumbers(2);
         joint.lower = limits[0];
         joint.upper = limits[1];
-        if (joint.lower <= joint.upper && (joint.value < joint.lower || joint.value > joint.upper))
+        if (joint.isDriven() && joint.lower <= joint.upper && (joint.value < joint.lower || joint.value > joint.upper))
             at.at("value").fail("a value between the limits");
     }
     try {
@@ -80,6 +89,11 @@ void MechanismReader::readMechanism(const JsonPlace& at, layout::Mechanism& mech
         mechanism.addPlainChild(std::move(object));
     });
     at.forEach("joints", [&](const JsonPlace& place) { readJoint(place, mechanism); });
+    std::size_t next = 0;
+    at.forEach("joints", [&](const JsonPlace& place) {
+        if (!mechanism.driverOf(mechanism.getJoints()[next++]))
+            place.at("follows").at("joint").fail("the name of a joint that moves by itself, or follows one that does");
+    });
 }
 
 std::shared_ptr<layout::Manipulator> MechanismReader::readManipulator(const JsonPlace& at)

@@ -24,8 +24,11 @@ Json jointJson(const layout::Joint& joint)
         json["axis"] = {joint.axis.x, joint.axis.y, joint.axis.z};
     if (joint.hasLimits())
         json["limits"] = {joint.lower, joint.upper};
-    if (joint.isMoving())
+    if (joint.isDriven())
         json["value"] = joint.value;
+    if (joint.follows)
+        json["follows"] = {
+            {"joint", joint.follows->joint}, {"factor", joint.follows->factor}, {"offset", joint.follows->offset}};
     return json;
 }
 

@@ -16,6 +16,9 @@ void checkReadable(const std::filesystem::path& file)
         throw ImportError(file, "no such file");
     if (status.type() == std::filesystem::file_type::directory)
         throw ImportError(file, "it is a folder");
+    if (std::filesystem::exists(status) &&
+        std::filesystem::is_other(status)) // it may never end, and gives its bytes once
+        throw ImportError(file, "not a file but a pipe or a device");
     if (!std::ifstream(file, std::ios::binary))
         throw ImportError(file, "the file cannot be opened");
     if (std::filesystem::file_size(file, error) == 0 || error)

@@ -263,11 +263,12 @@ private:
 rob::Posed WristPoseAt(const layout::Manipulator& robot, const std::vector<double>& values)
 {
     std::unordered_map<unsigned, std::pair<unsigned, rob::Posed>> onParent; // of each link on a joint
+    const std::vector<double> all = robot.valuesOfAllJoints(values);
     std::size_t next = 0;
     for (const layout::Joint& joint : robot.getJoints()) {
+        const double value = all[next++];
         rob::Posed motion;
         if (joint.isMoving()) {
-            const double value = values[next++];
             motion = joint.type == layout::JointType::Prismatic
                          ? rob::Posed(rob::Posd(joint.axis.x * value, joint.axis.y * value, joint.axis.z * value))
                          : rob::Posed(rob::Posd(), rob::Rotationd(value, joint.axis));
