@@ -5,11 +5,6 @@
 
 #include <optional>
 
-namespace Ogre {
-class AxisAlignedBox;
-class SceneNode;
-} // namespace Ogre
-
 namespace vrk::visual {
 
 class Visual;
@@ -19,9 +14,5 @@ class Visual;
 std::optional<rob::PosTemplate<float>> targetOfMove(const Visual& visual);
 /// The box around what is shown, moves among it, so that it stands above likewise.
 Box BoxOfShown();
-/// The boxes of nodes are those of the last frame; this makes them those of now.
-void updateBoxes();
-/// The box of a node and all that hangs below, without what OGRE is told to draw always: its box has no end.
-Ogre::AxisAlignedBox finiteBoxOf(const Ogre::SceneNode& node);
 
 } // namespace vrk::visual

@@ -30,6 +30,26 @@ struct PivotMark : WatchedVisual<OrbitPivotVisual> {
     using WatchedVisual::WatchedVisual;
 };
 
+/// Node boxes are those of the last frame; this makes them those of now.
+void updateBoxes()
+{
+    SceneCore::Get()->sceneManager->getRootSceneNode()->_update(true, false);
+}
+
+/// The box of a node and all that hangs below, without what OGRE is told to draw always: its box has no end.
+Ogre::AxisAlignedBox finiteBoxOf(const Ogre::SceneNode& node)
+{
+    if (!node._getWorldAABB().isInfinite())
+        return node._getWorldAABB();
+    Ogre::AxisAlignedBox box;
+    for (const Ogre::MovableObject* object : node.getAttachedObjects())
+        if (!object->getBoundingBox().isInfinite())
+            box.merge(object->getWorldBoundingBox());
+    for (const Ogre::Node* child : node.getChildren())
+        box.merge(finiteBoxOf(static_cast<const Ogre::SceneNode&>(*child)));
+    return box;
+}
+
 Ogre::AxisAlignedBox sceneBox()
 {
     updateBoxes();
@@ -91,24 +111,6 @@ rob::DirTemplate<float> viewDirection()
 }
 
 } // namespace
-
-void updateBoxes()
-{
-    SceneCore::Get()->sceneManager->getRootSceneNode()->_update(true, false);
-}
-
-Ogre::AxisAlignedBox finiteBoxOf(const Ogre::SceneNode& node)
-{
-    if (!node._getWorldAABB().isInfinite())
-        return node._getWorldAABB();
-    Ogre::AxisAlignedBox box;
-    for (const Ogre::MovableObject* object : node.getAttachedObjects())
-        if (!object->getBoundingBox().isInfinite())
-            box.merge(object->getWorldBoundingBox());
-    for (const Ogre::Node* child : node.getChildren())
-        box.merge(finiteBoxOf(static_cast<const Ogre::SceneNode&>(*child)));
-    return box;
-}
 
 void Scene::setCameraPose(const rob::PoseTemplate<float>& pose)
 {
