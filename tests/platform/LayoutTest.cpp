@@ -8,9 +8,11 @@
 #include <BRepMesh_IncrementalMesh.hxx>
 #include <BRepPrimAPI_MakeBox.hxx>
 #include <BRepPrimAPI_MakeCylinder.hxx>
+#include <BRep_Builder.hxx>
 #include <BRep_Tool.hxx>
 #include <Poly_Polygon3D.hxx>
 #include <TopExp.hxx>
+#include <TopExp_Explorer.hxx>
 #include <TopTools_IndexedMapOfShape.hxx>
 #include <TopoDS.hxx>
 #include <TopoDS_Edge.hxx>
@@ -20,6 +22,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <set>
 #include <shared_mutex>
 
 namespace vrk::layout {
@@ -164,6 +167,24 @@ TEST_F(LayoutTest, FacesAreNumberedFromOneAndAnewForANewShape)
 
     body->setShape(BRepPrimAPI_MakeCylinder(1, 2).Shape());
     EXPECT_EQ(body->getFaceMap().Extent(), 3);
+}
+
+TEST_F(LayoutTest, ShapeThatCannotBeCopiedIsLikeNoOther)
+{
+    std::vector<std::shared_ptr<Body>> bodies;
+    std::set<std::string> uris;
+    for (int i = 0; i < 3; ++i) {
+        const TopoDS_Shape box = BRepPrimAPI_MakeBox(1, 2, 3).Shape();
+        const TopoDS_Edge edge = TopoDS::Edge(TopExp_Explorer(box, TopAbs_EDGE).Current());
+        BRep_Builder().Range(edge, 0, 1e308); // as a damaged file has it
+        bodies.push_back(newPart("table")->addBody("top"));
+        bodies.back()->setGeometry("damaged#top", "brep");
+        bodies.back()->setShape(box);
+        uris.insert(bodies.back()->getGeometryUri());
+    }
+
+    EXPECT_EQ(uris.size(), 3u);
+    EXPECT_TRUE(uris.contains("damaged#top"));
 }
 
 TEST_F(LayoutTest, BodiesOfOneShapeShareAUri)

@@ -6,6 +6,7 @@
 #include <BRep_Tool.hxx>
 #include <BinTools.hxx>
 #include <Poly_Triangulation.hxx>
+#include <Standard_Failure.hxx>
 #include <TopExp.hxx>
 #include <TopExp_Explorer.hxx>
 #include <TopTools_IndexedMapOfShape.hxx>
@@ -14,6 +15,7 @@
 
 #include <fmt/format.h>
 
+#include <cstdint>
 #include <mutex>
 #include <streambuf>
 #include <unordered_map>
@@ -39,8 +41,7 @@ protected:
     }
 };
 
-/// Of the geometry alone: a shape that was just read has no triangles yet, and is the same.
-std::string geometryOf(const TopoDS_Shape& shape)
+std::string writtenGeometryOf(const TopoDS_Shape& shape)
 {
     HashBuffer buffer;
     std::ostream stream(&buffer);
@@ -55,6 +56,19 @@ std::string geometryOf(const TopoDS_Shape& shape)
     }
     BinTools::Write(bare.Shape(), stream);
     return buffer.hash.text();
+}
+
+/// Of the geometry alone: a shape that was just read has no triangles yet, and is the same. One that is too damaged to be
+/// copied, such as one with an edge that goes on to 1e308, is like no other.
+std::string geometryOf(const TopoDS_Shape& shape)
+{
+    try {
+        return writtenGeometryOf(shape);
+    } catch (const Standard_Failure&) {
+        common::Hash hash;
+        hash.addNumber(reinterpret_cast<std::uintptr_t>(shape.TShape().get()));
+        return hash.text();
+    }
 }
 
 /// Of the triangles by which it is drawn; empty where a face has none.

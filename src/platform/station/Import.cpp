@@ -11,6 +11,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <iterator>
 #include <map>
 #include <mutex>
 
@@ -158,8 +160,8 @@ Parts ImportFile(const std::filesystem::path& file, const Progress& progress)
     if (kind == FileKind::Stl) {
         parts = readStl(absolute, progress);
     } else {
-        for (const CadPart& part : cadPartsOf(absolute, progress))
-            parts.push_back(stationPartOf(part));
+        const CadParts read = cadPartsOf(absolute, progress);
+        callOcct(absolute, [&] { std::ranges::transform(read, std::back_inserter(parts), stationPartOf); });
     }
     report(progress, "done", 1);
     return parts;
@@ -178,7 +180,8 @@ TopoDS_Shape ImportShape(const std::string& uri)
     static KeptShapes kept;
     const std::lock_guard lock(importMutex());
     const QuietMessenger quiet;
-    const TopoDS_Shape shape = kept.shapeOf(absolute, absolute.string() + uri.substr(uri.rfind('#')));
+    TopoDS_Shape shape;
+    callOcct(absolute, [&] { shape = kept.shapeOf(absolute, absolute.string() + uri.substr(uri.rfind('#'))); });
     if (shape.IsNull())
         throw ImportError(file, fmt::format("it holds no shape for '{}'", uri));
     return shape;

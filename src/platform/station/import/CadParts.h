@@ -6,6 +6,7 @@
 
 #include <Message_ProgressRange.hxx>
 
+#include <functional>
 #include <map>
 
 /// What CAD files hold, read with nothing of the station: the program that reads them for it has none. Not installed.
@@ -40,6 +41,9 @@ std::vector<TopoDS_Shape> bodyShapesOf(const TopoDS_Shape& shape);
 
 /// As `meshShape`; a break leaves a part of it undone.
 void meshShape(const TopoDS_Shape& shape, const Message_ProgressRange& range);
+
+/// Open CASCADE's failures in `call` become those of an import.
+void callOcct(const std::filesystem::path& file, const std::function<void()>& call);
 
 /// What is read of a file.
 enum class CadRequest {

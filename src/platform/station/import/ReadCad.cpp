@@ -55,17 +55,25 @@ CadParts partsOf(const std::filesystem::path& file, CadRequest request, const Pr
 
 } // namespace
 
-CadParts readCad(const std::filesystem::path& file, CadRequest request, const Progress& progress)
+void callOcct(const std::filesystem::path& file, const std::function<void()>& call)
 {
     try {
-        CadParts parts = partsOf(file, request, progress);
-        if (request != CadRequest::Bare)
-            meshParts(parts, progress);
-        return parts;
+        call();
     } catch (const Standard_Failure& failure) {
         throw ImportError(file, fmt::format("Open CASCADE fails on it, {}: {}", failure.DynamicType()->Name(),
                                             oneLine(failure.GetMessageString())));
     }
+}
+
+CadParts readCad(const std::filesystem::path& file, CadRequest request, const Progress& progress)
+{
+    CadParts parts;
+    callOcct(file, [&] {
+        parts = partsOf(file, request, progress);
+        if (request != CadRequest::Bare)
+            meshParts(parts, progress);
+    });
+    return parts;
 }
 
 } // namespace vrk::station
