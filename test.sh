@@ -8,6 +8,7 @@ cd "$(dirname "$0")"
 scripts/install-packages.sh
 scripts/check-format.sh
 scripts/check-floors.sh
+scripts/check-viewer-surface.sh
 
 for preset in check asan tsan asan-window; do
     cmake --preset "$preset" >/dev/null
