@@ -15,6 +15,7 @@ using nlohmann::json;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::StartsWith;
 using testing::StrEq;
 
 constexpr int unusable = 2;
