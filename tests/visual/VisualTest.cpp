@@ -1,4 +1,5 @@
 #include "visual/Visual.h"
+#include "visual/VisualWatch.h"
 
 #include "platform/layout/Body.h"
 #include "platform/sdf/SdfManager.h"
@@ -688,6 +689,24 @@ TEST_F(VisualTest, DumpWritesTheSubtreeIndented)
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "    Visual : Parent id: 11 type: 9\n"
                                                       "      children:\n"
                                                       "        Visual : Child id: 12 type: 0\n");
+}
+
+TEST_F(VisualTest, WatchTellsADeathAlsoWhereAnotherVisualTookTheIdSince)
+{
+    auto* watched = new Visual("watched", world);
+    auto* other = new Visual("other", world);
+    VisualWatch watch;
+    watch.add(watched);
+    Visual::Delete(other);
+    EXPECT_FALSE(watch.hasAnyDied());
+    const unsigned id = watched->getId();
+
+    Visual::Delete(watched);
+    new Visual(id, "watched", world); // often at the same address
+
+    EXPECT_TRUE(watch.hasAnyDied());
+    watch.clear();
+    EXPECT_FALSE(watch.hasAnyDied());
 }
 
 } // namespace

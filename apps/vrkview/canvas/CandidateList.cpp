@@ -59,8 +59,10 @@ void CandidateList::open(std::vector<Picked> found, const QPoint& place)
     dismiss();
     if (found.empty())
         return;
-    for (const Picked& picked : found)
+    for (const Picked& picked : found) {
         addItem(new QListWidgetItem(iconOf(picked), labelOf(picked)));
+        watch.add(picked.candidate.visual);
+    }
     all = std::move(found);
     const int rows = std::min<int>(count(), mostRows);
     const QSize inner(sizeHintForColumn(0), rows * sizeHintForRow(0));
@@ -87,18 +89,10 @@ const Picked* CandidateList::current() const
     return isOpen() && currentRow() >= 0 ? &all[static_cast<std::size_t>(currentRow())] : nullptr;
 }
 
-bool CandidateList::isStale() const
-{
-    const auto isGone = [](const Picked& picked) {
-        const unsigned id = picked.candidate.visualId;
-        return !Scene::HasVisual(id) || Scene::GetVisual(id) != picked.candidate.visual; // made anew under its id
-    };
-    return std::ranges::any_of(all, isGone);
-}
-
 void CandidateList::dismiss()
 {
     all.clear();
+    watch.clear();
     hide();
     clear();
 }

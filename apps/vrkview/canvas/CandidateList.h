@@ -2,6 +2,8 @@
 
 #include "canvas/Picked.h"
 
+#include "visual/VisualWatch.h"
+
 #include <QListWidget>
 #include <QPointF>
 
@@ -29,7 +31,7 @@ public:
     const Picked* current() const;
     const std::vector<Picked>& getAll() const { return all; }
     /// Whether the visual of one of them has left the scene, also where another one stands there for the same thing.
-    bool isStale() const;
+    bool isStale() const { return watch.hasAnyDied(); }
     void dismiss();
 
 signals:
@@ -42,6 +44,7 @@ protected:
 
 private:
     std::vector<Picked> all;
+    vrk::visual::VisualWatch watch; // of their visuals
 };
 
 } // namespace vrkview
