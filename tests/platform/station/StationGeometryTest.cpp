@@ -7,6 +7,7 @@
 #include "platform/layout/Part.h"
 #include "platform/layout/PointCloud.h"
 #include "platform/sdf/SdfManager.h"
+#include "platform/station/CadReader.h"
 #include "platform/station/ImportCloud.h"
 
 #include <BRepPrimAPI_MakeBox.hxx>
@@ -137,6 +138,38 @@ TEST_F(StationGeometry, ShapeOfAStepFileIsFoundByItsName)
     EXPECT_EQ(Layout::inst().parts[0]->getBodies()[0]->getFaceMap().Extent(), 6);
     EXPECT_EQ(Layout::inst().parts[1]->getBodies()[0]->getFaceMap().Extent(), 3);
     EXPECT_EQ(save("again.station.json"), text);
+}
+
+TEST_F(StationGeometry, OneRunOfTheReaderServesAllBodiesOfAFileAndIsGivenUpWithTheStation)
+{
+    TopoDS_Compound both;
+    const BRep_Builder builder;
+    builder.MakeCompound(both);
+    builder.Add(both, BRepPrimAPI_MakeBox(1, 2, 3).Shape());
+    builder.Add(both, BRepPrimAPI_MakeBox(4, 5, 6).Shape());
+    BRepTools::Write(both, (folder / "both.brep").c_str());
+    addBody((folder / "both.brep").string() + "#1", "brep");
+    addBody((folder / "both.brep").string() + "#2", "brep");
+    save();
+    CadReaderSettings settings;
+    const auto use = [&](const std::string& line) {
+        settings.program = folder.write("reader.sh", "#!/bin/sh\n" + line + "\n");
+        std::filesystem::permissions(settings.program, std::filesystem::perms::owner_all);
+        SetCadReaderSettings(settings);
+    };
+    use("echo run >>'" + (folder / "runs").string() + "'; exec '" + GetCadReaderPath().string() + "' \"$@\"");
+    loadBody();
+    EXPECT_EQ(test::TempFolder::Read(folder / "runs"), "run\n");
+
+    struct GivenUp {};
+    int calls = 0;
+    use("exec sleep 100");
+    const auto giveUp = [&](std::string_view, double) {
+        if (++calls == 5)
+            throw GivenUp();
+    };
+    EXPECT_THROW(ReadStationFile(folder / "cell.station.json", giveUp), GivenUp);
+    SetCadReaderSettings({});
 }
 
 TEST_F(StationGeometry, ShapeOfAnotherNameIsRefused)

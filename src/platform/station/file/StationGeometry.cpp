@@ -107,10 +107,14 @@ const GeometryReader::Pieces& GeometryReader::piecesOf(const std::filesystem::pa
         return pieces;
     if (!isFile(file))
         place.fail(fmt::format("a file that is there, not '{}'", place.asText()));
-    if (progress)
-        progress(file.filename().string(), 0);
+    // Told again and again, so that a file that takes long can be given up.
+    const auto tell = [this, name = file.filename().string()](std::string_view, double) {
+        if (progress)
+            progress(name, 0);
+    };
+    tell({}, 0);
     try {
-        for (const auto& part : ImportFile(file)) {
+        for (const auto& part : ImportFile(file, tell)) {
             for (const auto& body : part->getBodies())
                 pieces.emplace(body->getGivenUri(), body);
         }
