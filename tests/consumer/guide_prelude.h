@@ -3,6 +3,8 @@
 
 #include <vrk/handles/AxisDrag.h>
 #include <vrk/handles/DragHandle.h>
+#include <vrk/mesh/MeshManager.h>
+#include <vrk/mesh/paint/PaintMesh.h>
 #include <vrk/platform/kinematics/ArmChain.h>
 #include <vrk/platform/kinematics/Reach.h>
 #include <vrk/platform/layout/Body.h>
@@ -13,6 +15,8 @@
 #include <vrk/platform/process/ThicknessMap.h>
 #include <vrk/platform/sdf/SdfManager.h>
 #include <vrk/platform/station/BareShapes.h>
+#include <vrk/platform/station/CadReader.h>
+#include <vrk/platform/station/Import.h>
 #include <vrk/preview/annotation/DimensionsVisual.h>
 #include <vrk/preview/marks/PreviewVisualsHelper.h>
 #include <vrk/scene/Init.h>

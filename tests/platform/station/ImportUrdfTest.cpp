@@ -306,11 +306,11 @@ TEST_F(ImportUrdfTest, DamagedMeshIsToldOf)
 
 TEST_F(ImportUrdfTest, FloatingJointIsFixed)
 {
-    const auto robot =
-        importArm("<robot name=\"r\"><link name=\"a\"/><link name=\"b\"/>"
-                  "<joint name=\"l\" type=\"floating\"><parent link=\"a\"/><child link=\"b\"/></joint></robot>");
+    const auto frame =
+        import("<robot name=\"r\"><link name=\"a\"/><link name=\"b\"/>"
+               "<joint name=\"l\" type=\"floating\"><parent link=\"a\"/><child link=\"b\"/></joint></robot>");
 
-    EXPECT_EQ(robot->getJoints()[0].type, JointType::Fixed);
+    EXPECT_EQ(frame->getJoints()[0].type, JointType::Fixed);
 }
 
 TEST_F(ImportUrdfTest, JointThatMimicsAnotherFollowsIt)
