@@ -177,7 +177,7 @@ void bareNodePositions(benchmark::State& state)
 BENCHMARK(loadParts)->Arg(20)->Arg(bench::sized(1000, 40))->Unit(benchmark::kMillisecond)->Iterations(5);
 BENCHMARK(syncStation)
     ->Args({bench::sized(20000, 40), 0})
-    ->Args({bench::sized(20000, 40), 100})
+    ->Args({bench::sized(20000, 40), bench::sized(100, 10)})
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(postPoses)->Unit(benchmark::kMicrosecond);
 BENCHMARK(drainPoses)->Unit(benchmark::kMicrosecond);

@@ -11,6 +11,7 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <string>
 
 namespace vrk::station {
@@ -156,6 +157,34 @@ TEST_F(ImportStlTest, NormalsThatAreLeftOutAreThoseOfTheCorners)
         EXPECT_EQ(normal[0], 0);
         EXPECT_NE(normal[2], -1); // as the file has it, or none
     }
+}
+
+TEST_F(ImportStlTest, TrianglesThatAreNowhereAreLeftOutWithAWord)
+{
+    for (const float wrong : {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity(), 1e30f}) {
+        std::string bytes = binaryStl(100, 100);
+        std::memcpy(bytes.data() + 84 + 99 * 50 + 12, &wrong, sizeof wrong); // of the last one's first corner
+        testing::internal::CaptureStderr();
+
+        const auto parts = ImportFile(folder.write("partly.stl", bytes));
+
+        EXPECT_THAT(testing::internal::GetCapturedStderr(),
+                    testing::HasSubstr("1 of 100 triangles are left out: their corners are nowhere"));
+        EXPECT_EQ(test::TempFolder::Read(parts[0]->getBodies()[0]->getGeometryUri()).size(), 84u + 99 * 50u);
+    }
+}
+
+TEST_F(ImportStlTest, FileOfTrianglesThatAreNowhereIsRefused)
+{
+    std::string bytes = binaryStl(2, 2);
+    const float none = std::numeric_limits<float>::quiet_NaN();
+    for (const std::size_t triangle : {0, 1})
+        std::memcpy(bytes.data() + 84 + triangle * 50 + 12, &none, sizeof none);
+    const std::filesystem::path file = folder.write("nan.stl", bytes);
+
+    EXPECT_THAT([&] { ImportFile(file); },
+                testing::ThrowsMessage<ImportError>(file.string() +
+                                                    ": no triangle of the STL file has corners that are somewhere"));
 }
 
 TEST_F(ImportStlTest, NameOfASolidMayHoldTheWordFacet)

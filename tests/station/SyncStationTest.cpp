@@ -72,11 +72,11 @@ protected:
             const auto* facets = dynamic_cast<const FacetVisual*>(visual);
             const auto* path = dynamic_cast<const PathVisual*>(visual);
             lines[id] = fmt::format("type {} on {} at {} {} {} turned {} {} {} attached {} seen {} mesh {} lines {}",
-                                    static_cast<int>(visual->getType()), visual->getParent()->getId(),
-                                    rounded(pose.position.x), rounded(pose.position.y), rounded(pose.position.z),
-                                    rounded(pose.orientation.x), rounded(pose.orientation.y),
-                                    rounded(pose.orientation.z), visual->isAttached(), visual->isVisible(),
-                                    facets ? facets->getMeshName() : "", path ? path->getLines().size() : 0);
+                                    static_cast<int>(visual->getType()), ownerOf(*visual), rounded(pose.position.x),
+                                    rounded(pose.position.y), rounded(pose.position.z), rounded(pose.orientation.x),
+                                    rounded(pose.orientation.y), rounded(pose.orientation.z), visual->isAttached(),
+                                    visual->isVisible(), facets ? facets->getMeshName() : "",
+                                    path ? path->getLines().size() : 0);
         }
         return lines;
     }

@@ -268,15 +268,20 @@ TEST_F(ViewerFile, PlaceFartherOutThanAnyStationReachesIsLeftOut)
     }
 }
 
-TEST_F(ViewerFile, GoodOneBesideABadOneIsNotShownEither)
+TEST_F(ViewerFile, GoodOneBesideABadOneIsDrawnUnlessAllAreWanted)
 {
-    const std::string picture = files.path("both.png");
+    const std::string picture = files.path("good.png"), strict = files.path("both.png");
+    const std::string good = files.writeBrep("good.brep"), bad = files.write("empty.stl", "");
 
-    const Outcome outcome = runViewer({"--shot", picture, files.writeBrep("good.brep"), files.write("empty.stl", "")});
+    const Outcome drawn = runViewer({"--shot", picture, good, bad});
+    const Outcome refused = runViewer({"--strict", "--shot", strict, good, bad});
 
-    EXPECT_EQ(outcome.exitCode, unusable);
-    EXPECT_THAT(outcome.err, HasSubstr("empty.stl: the file is empty"));
-    EXPECT_FALSE(std::filesystem::exists(picture));
+    for (const Outcome& outcome : {drawn, refused}) {
+        EXPECT_EQ(outcome.exitCode, unusable);
+        EXPECT_THAT(outcome.err, HasSubstr("empty.stl: the file is empty"));
+    }
+    EXPECT_TRUE(std::filesystem::exists(picture));
+    EXPECT_FALSE(std::filesystem::exists(strict));
 }
 
 TEST_F(ViewerFile, PictureThatCannotBeWrittenIsNamed)

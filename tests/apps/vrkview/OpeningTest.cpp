@@ -132,13 +132,31 @@ TEST_F(OpeningTest, MissingFileIsTold)
     window().getMessageBar().hide();
 }
 
+TEST_F(OpeningTest, BadFileBesideGoodOnesIsToldAndTheOthersJoin)
+{
+    const QStringList before = programs();
+    const QString good = write("good.mod", program), bad = write("broken.stl", "no mesh");
+
+    openAndWait({bad, good});
+
+    EXPECT_THAT(window().getMessageBar().getText().toStdString(),
+                HasSubstr("1 of 2 files could not be opened, the others are shown:\n" + bad.toStdString() + ": "));
+    EXPECT_EQ(programs(), before + QStringList("weld"));
+    EXPECT_TRUE(window().getState().getHistory().canUndo());
+    shoot("left_out");
+    window().getMessageBar().hide();
+    window().getState().getHistory().undo();
+    settle();
+    EXPECT_EQ(programs(), before);
+}
+
 TEST_F(OpeningTest, DamagedProgramIsToldWithItsLineAndTheStationStays)
 {
     const QStringList before = programs();
-    const QString good = write("good.mod", program), bad = write("weld.mod", program + "MODULE more\nPROC main()\n");
+    const QString bad = write("weld.mod", program + "MODULE more\nPROC main()\n");
     const bool couldUndo = window().getState().getHistory().canUndo();
 
-    openAndWait({good, bad});
+    openAndWait({bad});
 
     const std::string text = window().getMessageBar().getText().toStdString();
     EXPECT_THAT(text, HasSubstr("weld.mod: line 12: 'main' of line 11 has no ENDPROC"));

@@ -304,6 +304,15 @@ TEST_F(ImportUrdfTest, DamagedMeshIsToldOf)
                 ThrowsMessage<ImportError>(mesh.string() + ": neither a binary nor an ascii STL file"));
 }
 
+TEST_F(ImportUrdfTest, ShapeThatIsNoNumberIsRefusedByTheNameOfItsLink)
+{
+    const std::filesystem::path file = folder.write("robot.urdf", oneLinkUrdf("<box size=\"x 1 1\"/>"));
+
+    EXPECT_THAT([&] { ImportUrdf(file); },
+                testing::Throws<ImportError>(testing::Property(
+                    &ImportError::what, testing::StartsWith(file.string() + ": a shape of the link "))));
+}
+
 TEST_F(ImportUrdfTest, FloatingJointIsFixed)
 {
     const auto frame =

@@ -1,15 +1,19 @@
 #include "platform/station/import/StlFile.h"
 
+#include "platform/common/Checks.h"
+#include "platform/common/Logger.h"
 #include "platform/station/Import.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <fstream>
 #include <functional>
+#include <vector>
 
 namespace vrk::station {
 namespace {
@@ -36,25 +40,63 @@ StlFacet withNormal(StlFacet facet)
     return facet;
 }
 
+/// Whether its three corners are places, as far out as a station may reach.
+bool isSomewhere(const StlFacet& facet)
+{
+    return std::ranges::all_of(facet.corners, [](float number) { return std::abs(number) <= common::farthestPlace; });
+}
+
 /// Whether its normal is left out though it has one. What has no area has none.
 bool lacksNormal(const StlFacet& facet)
 {
     return !hasNormal(facet) && hasNormal(withNormal(facet));
 }
 
-/// Whether those at the beginning of a binary file do.
-bool lackNormals(const std::filesystem::path& file)
+/// What a look at all triangles of a file finds.
+struct StlLook {
+    std::size_t count = 0;
+    std::size_t nowhere = 0;
+    bool isLacking = false; ///< a normal that it should have
+
+    void take(const StlFacet& facet, bool withNormal)
+    {
+        ++count;
+        nowhere += !isSomewhere(facet);
+        isLacking = isLacking || (withNormal && lacksNormal(facet));
+    }
+};
+
+/// What stands behind the triangles that the header counts is not looked at.
+StlLook lookAtBinary(const std::filesystem::path& file)
 {
     std::ifstream stream(file, std::ios::binary);
-    stream.seekg(stlHeaderSize);
-    std::array<char, stlRecordSize> record{};
+    std::array<char, stlHeaderSize> header{};
+    stream.read(header.data(), header.size());
+    const std::size_t all = geometry::stlCount(header.data());
+    constexpr std::size_t atOnce = 4096;
+    std::vector<char> records(atOnce * stlRecordSize);
+    StlLook look;
     StlFacet facet;
-    for (std::size_t i = 0; i < looked && stream.read(record.data(), record.size()); ++i) {
-        std::memcpy(&facet, record.data(), facetSize);
-        if (lacksNormal(facet))
-            return true;
+    while (look.count < all &&
+           (stream.read(records.data(), static_cast<std::streamsize>(records.size())) || stream.gcount() > 0)) {
+        const std::size_t count = static_cast<std::size_t>(stream.gcount()) / stlRecordSize;
+        for (std::size_t i = 0; i < count && look.count < all; ++i) {
+            std::memcpy(&facet, records.data() + i * stlRecordSize, facetSize);
+            look.take(facet, look.count < looked);
+        }
     }
-    return false;
+    return look;
+}
+
+/// Tells how much of the file will be left out.
+/// @throws ImportError where that is all.
+void tellNowhere(const StlLook& look, const std::filesystem::path& file)
+{
+    if (look.nowhere == look.count && look.count > 0)
+        throw ImportError(file, "no triangle of the STL file has corners that are somewhere");
+    if (look.nowhere > 0)
+        AppLogger::inst()->warn(fmt::format("{}: {} of {} triangles are left out: their corners are nowhere",
+                                            file.string(), look.nowhere, look.count));
 }
 
 /// Why the text of a file is refused.
@@ -129,16 +171,19 @@ StlForm formOf(const std::filesystem::path& file)
 
 bool checkStl(const std::filesystem::path& file)
 {
-    switch (formOf(file)) {
+    const StlForm form = formOf(file);
+    switch (form) {
     case StlForm::Binary:
-        return !lackNormals(file);
-    case StlForm::BinaryAndMore:
-        return false;
+    case StlForm::BinaryAndMore: {
+        const StlLook look = lookAtBinary(file);
+        tellNowhere(look, file);
+        return form == StlForm::Binary && !look.isLacking && look.nowhere == 0;
+    }
     default:
-        bool lacking = false;
-        const bool isReadable =
-            readAscii(file, [&lacking](const StlFacet& facet) { lacking = lacking || lacksNormal(facet); });
-        return isReadable && !lacking;
+        StlLook look;
+        const bool isReadable = readAscii(file, [&look](const StlFacet& facet) { look.take(facet, true); });
+        tellNowhere(look, file);
+        return isReadable && !look.isLacking && look.nowhere == 0;
     }
 }
 
@@ -147,6 +192,7 @@ std::vector<StlFacet> readStlFacets(const std::filesystem::path& file)
     std::vector<StlFacet> facets;
     if (formOf(file) == StlForm::Ascii) {
         readAscii(file, [&facets](const StlFacet& facet) { facets.push_back(withNormal(facet)); });
+        std::erase_if(facets, [](const StlFacet& facet) { return !isSomewhere(facet); });
         return facets;
     }
     std::ifstream stream(file, std::ios::binary);
@@ -160,6 +206,7 @@ std::vector<StlFacet> readStlFacets(const std::filesystem::path& file)
         std::memcpy(&facet, record.data(), facetSize);
         facet = withNormal(facet);
     }
+    std::erase_if(facets, [](const StlFacet& facet) { return !isSomewhere(facet); });
     return facets;
 }
 

@@ -116,6 +116,28 @@ void checkTree(const TiXmlElement& robot, const std::filesystem::path& file)
     }
 }
 
+std::size_t countOf(const TiXmlElement& parent, const char* name)
+{
+    std::size_t count = 0;
+    for (const TiXmlElement* child = parent.FirstChildElement(name); child; child = child->NextSiblingElement(name))
+        ++count;
+    return count;
+}
+
+/// Of a link with a shape that it cannot read the parser leaves out that and all that stands behind it.
+void checkShapes(const TiXmlElement& robot, const urdf::ModelInterface& model, const std::string& cause,
+                 const std::filesystem::path& file)
+{
+    for (const TiXmlElement* link = robot.FirstChildElement("link"); link; link = link->NextSiblingElement("link")) {
+        const std::string name = attributeOf(link, "name");
+        const urdf::LinkConstSharedPtr read = model.getLink(name);
+        if (read && (read->visual_array.size() < countOf(*link, "visual") ||
+                     read->collision_array.size() < countOf(*link, "collision")))
+            throw ImportError(file, fmt::format("a shape of the link '{}' cannot be read: {}", oneLine(name.c_str()),
+                                                oneLine(cause.c_str())));
+    }
+}
+
 } // namespace
 
 urdf::ModelInterfaceSharedPtr parseUrdfText(const std::string& text, const std::filesystem::path& file)
@@ -137,6 +159,7 @@ urdf::ModelInterfaceSharedPtr parseUrdfText(const std::string& text, const std::
     urdf::ModelInterfaceSharedPtr model = urdf::parseURDF(text);
     if (!model || !model->getRoot())
         throw ImportError(file, fmt::format("not a robot description: {}", oneLine(messages.firstError.c_str())));
+    checkShapes(*robot, *model, messages.firstError, file);
     return model;
 }
 
