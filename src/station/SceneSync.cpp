@@ -15,6 +15,7 @@
 #include "platform/smart/SmartComponent.h"
 #include "platform/task/Task.h"
 #include "scene/core/SceneCore.h"
+#include "selection/VisualSelection.h"
 #include "station/AssemblyVisual.h"
 #include "station/ManipulatorVisual.h"
 #include "station/ParentVisual.h"
@@ -24,6 +25,7 @@
 #include "station/ToolVisual.h"
 #include "visual/FacetVisual.h"
 #include "visual/FrameVisual.h"
+#include "visual/Picking.h"
 #include "visual/PointCloudVisual.h"
 #include "visual/SelectedIds.h"
 
@@ -88,6 +90,34 @@ std::string nameOf(const sdf::SdfObject& object)
 Visual* visualOfId(unsigned id)
 {
     return Scene::HasVisual(id) ? Scene::GetVisual(id) : nullptr;
+}
+
+/// What is seen and picked of a body: a display mode hides its faces or its edges, and picking is told of neither.
+struct Seen {
+    bool faces = true;
+    bool edges = true;
+    bool isPicked = true;
+};
+
+Seen seenOf(Visual& body)
+{
+    const auto* service = selection::VisualSelection::Get();
+    Seen seen{body.isVisible(), true, !service->hasVisual(&body) || service->isEnabled(&body)};
+    for (const Visual* child : body.getChildren())
+        if (child->getType() == VisualType::WireFrame)
+            seen.edges = child->isVisible();
+    return seen;
+}
+
+void showAs(Visual& body, const Seen& seen)
+{
+    if (!seen.faces)
+        body.setVisible(false, false);
+    for (Visual* child : body.getChildren())
+        if (child->getType() == VisualType::WireFrame && !seen.edges)
+            child->setVisible(false, false);
+    if (!seen.isPicked)
+        picking::setObjectEnabled(&body, false);
 }
 
 /// What was noted as failed, in order.
@@ -360,17 +390,17 @@ void StationSync::showBodies(const layout::Part& part)
     }
 }
 
-/// The body made anew, in the place and with the visibility of the old visual.
+/// The body made anew, in the place of the old visual, and seen and picked as that was.
 void StationSync::exchange(layout::Body& body)
 {
-    const Visual* old = visualOfId(body.getId());
+    Visual* old = visualOfId(body.getId());
     Visual* owner = visualOfId(body.getParentId());
-    const bool wasVisible = old->isVisible();
+    const Seen seen = seenOf(*old);
     const std::function<void()> drawBands = scene.keepBands(*old);
     remove(body.getId());
     PartVisual::BuildBody(owner, body);
-    if (Visual* made = visualOfId(body.getId()); made && !wasVisible)
-        made->setVisible(false, true);
+    if (Visual* made = visualOfId(body.getId()))
+        showAs(*made, seen);
     drawBands();
 }
 

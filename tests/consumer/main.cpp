@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <iostream>
 
 void keepOneOperationOfEachClass();
@@ -22,7 +23,8 @@ namespace {
 /// By the program that is installed with the library.
 bool readsCadFiles()
 {
-    const std::string file = "/tmp/vrk_consumer_" + std::to_string(getpid()) + ".brep";
+    const std::string name = "vrk_consumer_" + std::to_string(getpid()) + ".brep";
+    const std::string file = (std::filesystem::temp_directory_path() / name).string();
     BRepTools::Write(BRepBuilderAPI_MakeEdge(gp_Pnt(0, 0, 0), gp_Pnt(1, 0, 0)).Edge(), file.c_str());
     std::size_t bodies = 0;
     try {

@@ -24,6 +24,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <map>
@@ -251,10 +252,31 @@ TEST_F(SyncStation, ExchangedShapeIsDrawnAnewAndStaysHiddenSelectedAndCarrying)
     const auto& now = dynamic_cast<const FacetVisual&>(*visualOfId(body));
     EXPECT_NE(now.getMeshName(), before);
     EXPECT_FALSE(now.isVisible());
+    EXPECT_FALSE(selection::VisualSelection::Get()->isEnabled(visualOfId(body))) << "what is hidden is not picked";
     EXPECT_TRUE(scene.isSelected(&now));
     EXPECT_EQ(scene.getSelectedVisuals(), std::vector<unsigned>{part->getId()});
     EXPECT_EQ(visualOf(*carried)->getParent(), &now);
     EXPECT_EQ(visualOf(*carried)->getPosition(), rob::Posf(1, 1, 1));
+}
+
+TEST_F(SyncStation, ExchangedBodyKeepsItsEdgesWhereTheseAloneAreShown)
+{
+    const auto part = addPart("part");
+    sync();
+    scene.setDisplayMode(Scene::DisplayMode::Edges);
+    drain();
+    changeModel([&] { part->getBodies()[0]->setShape(BRepPrimAPI_MakeBox(1, 2, 3).Shape()); });
+
+    sync();
+
+    Visual* body = visualOf(*part->getBodies()[0]);
+    EXPECT_FALSE(body->isVisible());
+    EXPECT_TRUE(std::ranges::any_of(body->getChildren(), [](const Visual* child) {
+        return child->getType() == VisualType::WireFrame && child->isVisible();
+    }));
+    EXPECT_TRUE(selection::VisualSelection::Get()->isEnabled(body));
+    scene.setDisplayMode(Scene::DisplayMode::ShadedWithEdges);
+    drain();
 }
 
 TEST_F(SyncStation, ChangedColourIsShownWithoutANewVisual)

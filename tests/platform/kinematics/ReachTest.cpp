@@ -413,6 +413,10 @@ TEST(Reach, ArmsThatTurnAboutNothingAreRefused)
             reachOf({{{0, 0, 1}, {0, 0, 1}, 0.5, 0.5}}, {1, 2, 3});
         },
         throwsExactly<std::invalid_argument>("no joint moves the wrist of the arm"));
+    ArmChain follower = ArmChain::ToWristCentre(*armOf(sixAxes(1), {0, 0, 100}));
+    follower.hasFollower = true;
+    EXPECT_THAT([&] { computeReach(follower); },
+                throwsExactly<std::invalid_argument>("a joint of the arm follows another one"));
     std::vector<JointCase> onARail = sixAxes(1);
     onARail.insert(onARail.begin(), {{0, 0, 0}, {1, 0, 0}, 0, 5000, JointType::Prismatic});
     EXPECT_THAT(

@@ -355,6 +355,28 @@ TEST_F(ImportUrdfTest, MimicOfAFingerIsInMetresPerMetre)
     EXPECT_DOUBLE_EQ(robot->getJoints()[1].value, 40) << "held to its own limits";
 }
 
+TEST_F(ImportUrdfTest, MimicIsSavedWithTheStationAndFollowsAfterwards)
+{
+    const auto robot = importArm("<robot name=\"r\"><link name=\"a\"/><link name=\"b\"/><link name=\"c\"/>"
+                                 "<joint name=\"j\" type=\"continuous\"><parent link=\"a\"/><child link=\"b\"/></joint>"
+                                 "<joint name=\"k\" type=\"continuous\"><parent link=\"a\"/><child link=\"c\"/>"
+                                 "<mimic joint=\"j\" multiplier=\"-2\" offset=\"0.1\"/></joint></robot>");
+    robot->setJointValues(std::vector{0.5});
+    layout::Layout::inst().addMechanism(robot);
+    const std::filesystem::path file = folder / "cell.station.json";
+    SaveStationFile(file);
+
+    const layout::StationContent content = ReadStationFile(file);
+    layout::Layout::inst().clear();
+
+    ASSERT_EQ(content.manipulators.size(), 1u);
+    Manipulator& read = *content.manipulators.front();
+    EXPECT_EQ(read.getJoints()[1].follows, robot->getJoints()[1].follows);
+    EXPECT_DOUBLE_EQ(read.getJoints()[1].value, -0.9);
+    read.setJointValues(std::vector{0.0});
+    EXPECT_DOUBLE_EQ(read.getJoints()[1].value, 0.1);
+}
+
 TEST_F(ImportUrdfTest, MimicOfNothingMovesByItself)
 {
     const auto robot = importArm(

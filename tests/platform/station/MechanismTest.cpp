@@ -434,6 +434,65 @@ TEST(Device, FramesLieOnItOrOnItsLinks)
     EXPECT_THAT(device.getFrames(), ElementsAre(onDevice, onLink));
 }
 
+/// A device whose links hang side by side on the first one, by a joint each that turns without end.
+std::shared_ptr<Device> newFan(const std::vector<std::pair<std::string, std::optional<JointFollowing>>>& joints)
+{
+    auto device = std::make_shared<Device>(newId(), "fan");
+    const auto root = std::make_shared<Link>(newId(), "root");
+    device->addLink(root);
+    for (const auto& [name, follows] : joints) {
+        const auto link = std::make_shared<Link>(newId(), "on " + name);
+        device->addLink(link);
+        Joint joint;
+        joint.name = name;
+        joint.type = JointType::Continuous;
+        joint.parentLink = root->getId();
+        joint.childLink = link->getId();
+        joint.follows = follows;
+        device->addJoint(joint);
+    }
+    return device;
+}
+
+TEST(JointFollowing, GoesOnAlongAChainWhateverTheOrder)
+{
+    const auto device =
+        newFan({{"last", JointFollowing{"middle", 2, 0}}, {"middle", JointFollowing{"first", -1, 0.5}}, {"first", {}}});
+
+    device->setJointValues(std::vector{0.25});
+
+    EXPECT_EQ(device->jointValueCount(), 1u);
+    EXPECT_DOUBLE_EQ(device->getJoints()[1].value, 0.25);
+    EXPECT_DOUBLE_EQ(device->getJoints()[0].value, 0.5);
+    EXPECT_EQ(device->driverOf(device->getJoints()[0]), &device->getJoints()[2]);
+}
+
+TEST(JointFollowing, RingAndUnknownNameStandStill)
+{
+    const auto device =
+        newFan({{"a", JointFollowing{"b"}}, {"b", JointFollowing{"a"}}, {"c", JointFollowing{"nobody"}}, {"d", {}}});
+
+    device->setJointValues(std::vector{0.25});
+
+    for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(device->driverOf(device->getJoints()[i]), nullptr);
+        EXPECT_EQ(device->getJoints()[i].value, 0);
+    }
+}
+
+TEST(JointFollowing, FixedJointFollowsNone)
+{
+    Device device(newId(), "fan");
+    const auto root = std::make_shared<Link>(newId(), "root"), tip = std::make_shared<Link>(newId(), "tip");
+    device.addLink(root);
+    device.addLink(tip);
+    Joint joint;
+    joint.parentLink = root->getId();
+    joint.childLink = tip->getId();
+    joint.follows = JointFollowing{"other"};
+    EXPECT_THAT([&] { device.addJoint(joint); }, ThrowsMessage<std::invalid_argument>("a fixed joint follows none"));
+}
+
 TEST(Link, OwnsPartsAndAssembliesInOrder)
 {
     Link link(newId(), "link");

@@ -176,6 +176,14 @@ INSTANTIATE_TEST_SUITE_P(
               "upper one"},
         Fault{"ValueOutsideItsLimits", "/manipulators/0/joints/0/value", "1.5",
               "/manipulators/0/joints/0/value: expected a value between the limits"},
+        Fault{
+            "FollowerOfNobody", "/manipulators/0/joints/0",
+            R"({"name": "j", "type": "revolute", "parent": 2, "child": 3, "origin": [0,0,0,1,0,0,0], "axis": [0,0,1],
+                  "limits": [-1,1], "follows": {"joint": "x", "factor": 1, "offset": 0}})",
+            "/manipulators/0/joints/0/follows/joint: expected the name of a joint that moves by itself, or follows one "
+            "that does"},
+        Fault{"FollowerWithAValue", "/manipulators/0/joints/0/follows", R"({"joint": "j", "factor": 1, "offset": 0})",
+              "/manipulators/0/joints/0/value: expected no such key for a joint of this type"},
         Fault{"AxisOfAnotherLength", "/manipulators/0/joints/0/axis", "[0,0,2]",
               "/manipulators/0/joints/0: expected a joint of its mechanism: a joint's axis has length 1"},
         Fault{"FixedJointWithAnAxis", "/manipulators/0/joints/1", fixedWithAxis,
