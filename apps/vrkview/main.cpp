@@ -1,3 +1,4 @@
+#include "canvas/CloudLooks.h"
 #include "canvas/Pick.h"
 #include "canvas/ProgramParts.h"
 #include "canvas/RobotReaches.h"
@@ -8,6 +9,7 @@
 #include "files/JointWishes.h"
 #include "files/PictureFile.h"
 #include "files/StationScene.h"
+#include "files/UnitAdvice.h"
 #include "recording/Player.h"
 #include "recording/Recorder.h"
 #include "recording/Session.h"
@@ -108,7 +110,11 @@ void build(const Station& station, const Options& options, const DrawMode& mode)
     if (!options.save.empty())
         vrk::station::SaveStationFile(options.save);
     showAs(mode, station.hiddenFaces);
+    showCloudsByHeight(options.cloudsByHeight);
     vrk::visual::Scene::Get()->processMsgs();
+    if (!options.reading.unit)
+        for (const std::string& line : unitAdvice(station, "--unit m"))
+            warn(line);
     suitSurroundings();
     vrk::visual::Scene::Get()->processMsgs();
 }
@@ -152,12 +158,12 @@ int openWindow(char** argv, const Station& station, const Options& options)
              Settings().isDrawn(each.part)); // ahead of the start: of a long program each change takes its time
     build(station, options, mode);
     ViewWindow window(station, mode);
-    window.getFiles().getOpening().setCoarser(options.coarser);
+    window.getFiles().getOpening().setReading(options.reading);
     std::optional<Recorder> recorder;
     if (!options.recording.empty())
         recorder.emplace(window, options.recording);
     window.show();
-    window.getFiles().tellLeftOut(station.failures, options.files.size());
+    window.getFiles().tellWhatIsAmiss(station, options.files.size());
     return QApplication::exec();
 }
 
@@ -190,8 +196,7 @@ Station readStation(const Options& options)
 {
     if (options.files.empty())
         return demoStation();
-    const BadFile bad = options.isStrict ? BadFile::EndsAll : BadFile::IsLeftOut;
-    Station station = importFiles(options.files, options.coarser, bad);
+    Station station = importFiles(options.files, options.reading);
     for (const std::string& failure : station.failures)
         warn(failure);
     return station;

@@ -2,7 +2,8 @@
 // Points of a scan. Their size follows the distance between neighbours, so that surfaces close from near, within limits
 // that keep a point visible from far and apart from the next one from near.
 //
-// BY_HEIGHT: the colour tells the height within the bounding box, else it is the uniform `surface`.
+// BY_HEIGHT: the colour tells the height within the bounding box. COLOURS: it is the vertex's own. Else it is the uniform
+// `surface`.
 // NORMALS: lit, from both sides, since scanned normals may point either way.
 
 in vec4 vertex;
@@ -19,6 +20,8 @@ uniform float darkest; // the least of the colour that shade leaves
 #ifdef BY_HEIGHT
 uniform vec4 boxMin;
 uniform vec4 boxMax;
+#elif defined(COLOURS)
+in vec4 colour;
 #else
 uniform vec4 surface;
 #endif
@@ -70,6 +73,8 @@ void main()
 #ifdef BY_HEIGHT
     float extent = boxMax.z - boxMin.z;
     pointColour = heightColour(extent > 0.0 ? clamp((vertex.z - boxMin.z) / extent, 0.0, 1.0) : 0.5);
+#elif defined(COLOURS)
+    pointColour = colour.rgb;
 #else
     pointColour = surface.rgb;
 #endif

@@ -1,5 +1,6 @@
 #include "mesh/MeshManager.h"
 
+#include "mesh/PlyReader.h"
 #include "mesh/ProceduralMeshes.h"
 #include "mesh/StlReader.h"
 #include "mesh/TextMesh.h"
@@ -237,6 +238,17 @@ Mesh* MeshManager::loadStl(const std::string& path)
     if (Mesh* known = getMesh(path))
         return known;
     auto mesh = std::make_unique<Mesh>(readStl(path));
+    addMesh(mesh.get());
+    return mesh.release();
+}
+
+Mesh* MeshManager::loadPly(const std::string& path)
+{
+    if (!path.ends_with(".ply"))
+        throw std::runtime_error("Not ply file");
+    if (Mesh* known = getMesh(path))
+        return known;
+    auto mesh = std::make_unique<Mesh>(readPly(path));
     addMesh(mesh.get());
     return mesh.release();
 }

@@ -137,6 +137,13 @@ public:
     ///         cannot be opened; the failures of `parseStl`.
     Mesh* loadStl(const std::string& path);
 
+    // PLY
+
+    /// The same of a PLY file with faces, the normals and colours of its points included.
+    /// @throws std::runtime_error "Not ply file" for another ending than ".ply"; the path of a file that cannot be opened, or
+    ///         the path and what is damaged.
+    Mesh* loadPly(const std::string& path);
+
     // Surfaces of machining
 
     /// The mesh with fewer triangles, within a thousandth of its greatest extent, but from 0.02 to 1 model units. Any thread.

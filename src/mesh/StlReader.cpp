@@ -152,13 +152,12 @@ Mesh readStlFile(const std::filesystem::path& path)
     return readAscii(text);
 }
 
-/// Whether the path goes to the platform's reader of URIs; "station" and "file" URIs are files.
+} // namespace
+
 bool isRemoteUri(const std::string& path)
 {
     return path.find("://") != std::string::npos && !path.starts_with("station") && !path.starts_with("file");
 }
-
-} // namespace
 
 Mesh parseStl(std::span<const std::byte> bytes)
 {

@@ -26,4 +26,7 @@ Mesh parseStl(std::span<const std::byte> bytes);
 /// @throws std::runtime_error the path of a file that cannot be opened; the failures of `parseStl`.
 Mesh readStl(const std::string& path);
 
+/// Whether the path goes to the platform's reader of URIs; "station" and "file" URIs are files.
+bool isRemoteUri(const std::string& path);
+
 } // namespace vrk::visual

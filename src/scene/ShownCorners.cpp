@@ -76,6 +76,17 @@ void addCorners(const Visual& visual, std::vector<Posf>& corners)
         addCorners(*child, corners);
 }
 
+void addBodies(const Visual& visual, Box& box)
+{
+    const bool isBody = visual.getType() == VisualType::Solid || visual.getType() == VisualType::Mesh;
+    const Ogre::AxisAlignedBox& own = visual.getSceneNode()->_getWorldAABB();
+    if (isBody && isSeen(visual) && own.isFinite())
+        for (const Ogre::Vector3& corner : own.getAllCorners())
+            box.addPoint(Posf(corner.x, corner.y, corner.z));
+    for (const Visual* child : visual.getChildren())
+        addBodies(*child, box);
+}
+
 } // namespace
 
 std::vector<Posf> ShownCorners()
@@ -97,6 +108,15 @@ Box BoxOfShown()
 {
     Box box;
     box.addPoints(ShownCorners());
+    return box;
+}
+
+Box BoxOfShownBodies()
+{
+    const Visual& world = *Scene::GetWorldVisual();
+    world.getSceneNode()->_update(true, false);
+    Box box;
+    addBodies(world, box);
     return box;
 }
 

@@ -16,5 +16,7 @@ namespace vrk::visual {
 VRK_EXPORT std::vector<rob::PosTemplate<float>> ShownCorners();
 /// The box around these points; not valid where nothing is shown.
 VRK_EXPORT Box BoxOfShown();
+/// The box around the solids and meshes that are shown; not valid where there are none.
+VRK_EXPORT Box BoxOfShownBodies();
 
 } // namespace vrk::visual

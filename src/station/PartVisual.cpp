@@ -58,7 +58,7 @@ void buildShape(Visual* parent, layout::Body& body)
 void buildByFileType(Visual* parent, layout::Body& body)
 {
     const std::string fileType = body.getFileType();
-    if (fileType == "stl")
+    if (body.isMesh())
         MeshVisual::Build(parent, &body);
     else if (fileType == "brep")
         buildShape(parent, body);

@@ -4,6 +4,7 @@
 #include "platform/geometry/BodyColorTool.h"
 #include "platform/geometry/ColorText.h"
 #include "platform/layout/Body.h"
+#include "platform/sdf/SdfManager.h"
 #include "scene/core/SceneCore.h"
 #include "visual/Entities.h"
 #include "visual/Picking.h"
@@ -18,6 +19,14 @@ namespace {
 
 constexpr const char* copyMaterial = "TransBody";
 constexpr std::size_t colorParameter = 0; // the materials' shaders read the colour here
+
+constexpr const char* pointColorMaterial = "Body"; // reads the colours of the vertices
+constexpr const char* coverMaterial = "MeshBody";
+
+bool hasOwnColor(const layout::Body& body)
+{
+    return !sdf::textAt(*body.getElement(), "visual/color").empty();
+}
 
 } // namespace
 
@@ -52,6 +61,8 @@ void MeshVisual::Build(Visual* parent, sdf::SdfNode* node)
     visual->setColor(geometry::BodyColorTool::GetBodyColor(node->getElement()));
     const std::string base = body.getMaterialName();
     visual->setMaterial(base, base + "Selected", base + "Highlighted");
+    if (visual->hasPointColors() && base == pointColorMaterial && hasOwnColor(body))
+        visual->useLookOf(coverMaterial);
     const std::shared_ptr<sdf::Element> owner = node->getElement()->getParent();
     picking::addMeshVisual(visual, owner && sdf::boolAt(*owner, "detectable"), false);
 }
@@ -81,7 +92,9 @@ Ogre::Entity* MeshVisual::attachMesh(const std::string& name)
     MeshManager& manager = *MeshManager::Get();
     Mesh* found = manager.getGlobalMesh(name);
     if (!found)
-        found = manager.hasMesh(name) ? manager.getMesh(name) : manager.loadStl(name);
+        found = manager.hasMesh(name)    ? manager.getMesh(name)
+                : name.ends_with(".ply") ? manager.loadPly(name)
+                                         : manager.loadStl(name);
     detachMesh();
     meshName = name;
     entity = makeEntity(std::to_string(id) + name, name);
@@ -131,11 +144,29 @@ std::uint64_t MeshVisual::getVerticesNum()
 void MeshVisual::resetColor()
 {
     setColor(geometry::BodyColorTool::GetBodyColor(id));
+    if (!hasPointColors() || defaultMaterial != coverMaterial)
+        return;
+    const auto body = std::dynamic_pointer_cast<layout::Body>(sdf::Share(id));
+    if (body && body->getMaterialName() == pointColorMaterial && !hasOwnColor(*body))
+        useLookOf(pointColorMaterial);
 }
 
 void MeshVisual::setBodyColor(const rob::ColorTemplate<float>& color, float alpha)
 {
     setColor(color, alpha);
+    if (hasPointColors() && defaultMaterial == pointColorMaterial)
+        useLookOf(coverMaterial);
+}
+
+bool MeshVisual::hasPointColors() const
+{
+    return mesh && !mesh->colors.empty();
+}
+
+void MeshVisual::useLookOf(const char* material)
+{
+    const std::string base = material;
+    setMaterial(base, base + "Selected", base + "Highlighted");
 }
 
 const std::string& MeshVisual::getMeshName() const

@@ -6,7 +6,7 @@ namespace vrk::visual {
 
 class Mesh;
 
-/// A named triangle mesh: an STL file, a gizmo's mesh, a text. Its colour lies on the visual's own renderables, as custom
+/// A named triangle mesh: an STL file, a PLY file with faces, a gizmo's mesh, a text. Its colour lies on the visual's own renderables, as custom
 /// parameter 0 of the material, and is not shared.
 ///
 /// Owner: the parent visual. A registered mesh ends with the first of its visuals that dies. Thread: render thread.
@@ -16,16 +16,17 @@ public:
     MeshVisual(const std::string& name, Visual* parent);
     ~MeshVisual() override;
 
-    /// A station body that comes as an STL file. Its id is registered, and it can be picked.
+    /// A station body that comes as an STL or a PLY file. Its id is registered, and it can be picked. The colours of a file's
+    /// points are shown where the body's material reads them and the body has no colour of its own.
     static void Build(Visual* parent, sdf::SdfNode* node);
 
     /// An orange arrow that stands at `position` and points along `direction`, which has unit length. Not registered.
     static MeshVisual* BuildArrow(Visual* parent, const rob::PosTemplate<float>& position,
                                   const rob::DirTemplate<float>& direction);
 
-    /// Draws the global, registered or STL mesh of that name, in place of one that it drew; so the path of a file is the
+    /// Draws the global, registered, STL or, by the ending ".ply", PLY mesh of that name, in place of one that it drew; so the path of a file is the
     /// name of a mesh. Virtual, so that a derived visual can do more with its entity.
-    /// @throws what `MeshManager::loadStl` does.
+    /// @throws what `MeshManager::loadStl` does, or `loadPly`.
     virtual Ogre::Entity* attachMesh(const std::string& name);
     /// Draws nothing until the next `attachMesh`; the visual and its mesh stay.
     void detachMesh();
@@ -56,6 +57,9 @@ protected:
                      const std::string& color);
 
 private:
+    bool hasPointColors() const;
+    void useLookOf(const char* material);
+
     std::string meshName;
     Ogre::Entity* entity = nullptr;
     Mesh* mesh = nullptr;

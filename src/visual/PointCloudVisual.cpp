@@ -46,13 +46,13 @@ float diameterOf(const Box& box, std::size_t points)
     return 1.2f * (box.max - box.min).length() / std::sqrt(static_cast<float>(points));
 }
 
-/// The points' way into a manual object, with or without normals. A bad coordinate would spoil the object's bounding box,
+/// The points' way into a manual object, with or without normals and colours. A bad coordinate would spoil the object's bounding box,
 /// and with it the shading and the culling of all others.
 class SectionWriter {
 public:
     SectionWriter(Ogre::ManualObject& object, const std::vector<rob::PosTemplate<float>>& points,
-                  const std::vector<rob::Vec3Template<float>>* normals)
-        : object(object), points(points), normals(normals)
+                  const std::vector<rob::Vec3Template<float>>* normals, const std::vector<PointColor>* colors)
+        : object(object), points(points), normals(normals), colors(colors)
     {
     }
 
@@ -67,6 +67,11 @@ public:
             const rob::Vec3Template<float>& normal = (*normals)[index];
             object.normal(normal.x, normal.y, normal.z);
         }
+        if (colors) {
+            const PointColor& color = (*colors)[index];
+            object.colour(static_cast<float>(color.r) / 255, static_cast<float>(color.g) / 255,
+                          static_cast<float>(color.b) / 255);
+        }
         return true;
     }
 
@@ -74,6 +79,7 @@ private:
     Ogre::ManualObject& object;
     const std::vector<rob::PosTemplate<float>>& points;
     const std::vector<rob::Vec3Template<float>>* normals; // null: without
+    const std::vector<PointColor>* colors;                // null: without
 };
 
 void setSelectedLook(Ogre::ManualObject::ManualObjectSection& section, float diameter)
@@ -146,6 +152,7 @@ PointCloudVisual::PointCloudVisual(Visual* parent, sdf::SdfNode* node) : Visual(
     const auto& cloud = dynamic_cast<const layout::PointCloud&>(*node);
     points = &cloud.getPoints();
     normals = &cloud.getNormals();
+    colors = &cloud.getColors();
     hidden = cloud.getHiddenPoints();
     updateRenderPrimitive();
 }
@@ -168,6 +175,26 @@ void PointCloudVisual::resetAppearance()
 bool PointCloudVisual::hasNormals() const
 {
     return !normals->empty() && normals->size() == points->size();
+}
+
+bool PointCloudVisual::hasColors() const
+{
+    return !colors->empty() && colors->size() == points->size();
+}
+
+void PointCloudVisual::showHeights(bool wanted)
+{
+    byHeight = wanted;
+    const bool isUnselectedDrawn = !hideUnselected || selectedIndices.empty();
+    if (drawing && isUnselectedDrawn && !(*drawing)->getSections().empty())
+        (*drawing)->getSections().front()->setMaterialName(unselectedMaterial());
+}
+
+const char* PointCloudVisual::unselectedMaterial() const
+{
+    if (areHeightsShown())
+        return hasNormals() ? "PointCloudPhong" : "PointCloud";
+    return hasNormals() ? "PointCloudPhongColored" : "PointCloudColored";
 }
 
 Box PointCloudVisual::getBoundingBox() const
@@ -252,8 +279,8 @@ void PointCloudVisual::updateRenderPrimitive()
 
 void PointCloudVisual::drawUnselected(bool phong)
 {
-    beginSection(**drawing, phong ? "PointCloudPhong" : "PointCloud", points->size() - selectedIndices.size());
-    SectionWriter writer(**drawing, *points, phong ? normals : nullptr);
+    beginSection(**drawing, unselectedMaterial(), points->size() - selectedIndices.size());
+    SectionWriter writer(**drawing, *points, phong ? normals : nullptr, hasColors() ? colors : nullptr);
     if (selectedIndices.empty()) {
         for (std::size_t i = 0; i < points->size(); ++i)
             if (!writer.add(i))
@@ -275,7 +302,7 @@ void PointCloudVisual::drawUnselected(bool phong)
 void PointCloudVisual::drawSelected(bool phong)
 {
     beginSection(**drawing, phong ? "PointCloudPhongSelected" : "PointCloudSelected", selectedIndices.size());
-    SectionWriter writer(**drawing, *points, phong ? normals : nullptr);
+    SectionWriter writer(**drawing, *points, phong ? normals : nullptr, nullptr);
     for (const std::uint64_t index : selectedIndices.ordered)
         if (!isHidden(index))
             writer.add(index);

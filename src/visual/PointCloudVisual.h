@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/geometry/PointColor.h"
 #include "platform/layout/PointSet.h"
 #include "scene/math/Color.h"
 #include "selection/geometry/Box.h"
@@ -13,8 +14,8 @@ namespace vrk::visual {
 
 class ManualDrawing;
 
-/// A scanned cloud, coloured by height within its bounding box, and lit where it has normals. A subset of its points can
-/// be selected, and the others hidden.
+/// A scanned cloud, in the colours of its points where it has any, else coloured by height within its bounding box, and lit
+/// where it has normals. A subset of its points can be selected, and the others hidden.
 ///
 /// The points stay the station's: the cloud's node must outlive the visual, or be removed after it. A point that is not
 /// finite, or farther out than any station reaches, is not drawn.
@@ -41,6 +42,11 @@ public:
     const std::vector<rob::PosTemplate<float>>& getPoints() const { return *points; }
     /// Whether there is a normal for each point; normals of another number count as none.
     bool hasNormals() const;
+    /// Whether there is a colour for each point; colours of another number count as none.
+    bool hasColors() const;
+    /// Whether the points' colours are shown, where there are any, or their heights. The vertices stay those that the GPU has.
+    void showHeights(bool byHeight);
+    bool areHeightsShown() const { return byHeight || !hasColors(); }
     /// Of what is drawn; empty if nothing is.
     Box getBoundingBox() const;
     /// The same with the points that are hidden.
@@ -85,6 +91,7 @@ private:
         bool empty() const { return ordered.empty(); }
     };
 
+    const char* unselectedMaterial() const;
     void drawUnselected(bool phong);
     void drawSelected(bool phong);
     bool isHidden(std::size_t number) const { return hidden && hidden->contains(number); }
@@ -95,12 +102,14 @@ private:
     std::unique_ptr<ManualDrawing> drawing; // from the first update on
     const std::vector<rob::PosTemplate<float>>* points;
     const std::vector<rob::Vec3Template<float>>* normals;
+    const std::vector<PointColor>* colors;
     IndexSet selectedIndices;
     std::vector<std::uint32_t> marked;              // empty where any are selected
     std::shared_ptr<const layout::PointSet> hidden; // null where none are
     layout::PointSet undrawn;                       // those that no station reaches; they have no vertex
     Box boxOfAll;
     bool hideUnselected = false;
+    bool byHeight = false;
     float pointDiameter = 0; // of what is drawn, in model units
 };
 

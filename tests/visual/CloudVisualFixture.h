@@ -32,6 +32,12 @@ protected:
         const auto node = test::addModelCloud(std::move(points), std::move(normals));
         return static_cast<PointCloudVisual*>(PointCloudVisual::Build(world, node.get()));
     }
+    PointCloudVisual* buildColored(bool withNormals)
+    {
+        const auto node = test::addModelCloud(fivePoints, withNormals ? fiveNormals : layout::PointCloud::Normals(),
+                                              layout::PointCloud::Colors(fivePoints.size(), PointColor{200, 20, 20}));
+        return static_cast<PointCloudVisual*>(PointCloudVisual::Build(world, node.get()));
+    }
     static Ogre::ManualObject& objectOf(const Visual& cloud)
     {
         return dynamic_cast<Ogre::ManualObject&>(*cloud.getSceneNode()->getAttachedObject(0));

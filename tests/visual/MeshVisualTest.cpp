@@ -37,6 +37,29 @@ protected:
         MeshVisual::Build(world, body.get());
         return static_cast<MeshVisual*>(Scene::GetVisual(body->getId()));
     }
+    /// @param color  of the body; empty for none.
+    MeshVisual* buildColoredPly(const std::string& color, const std::string& material = "Body")
+    {
+        const std::filesystem::path file = folder.path() / "colored.ply";
+        std::ofstream(file)
+            << "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\nproperty "
+               "float z\nproperty uchar red\nproperty uchar green\nproperty uchar blue\nelement face "
+               "1\nproperty list uchar int vertex_indices\nend_header\n0 0 0 255 0 0\n1 0 0 0 255 0\n0 1 "
+               "0 0 0 255\n3 0 1 2\n";
+        auto part = std::make_shared<layout::Part>(sdf::SdfManager::inst().generateId(), "part");
+        const auto body = part->addBody("body");
+        body->setGeometry(file.string(), "mesh");
+        body->setMaterialName(material);
+        if (!color.empty())
+            body->setColor(color);
+        layout::Layout::inst().addPart(part);
+        MeshVisual::Build(world, body.get());
+        return static_cast<MeshVisual*>(Scene::GetVisual(body->getId()));
+    }
+    static std::string materialOf(const MeshVisual& visual)
+    {
+        return visual.getEntity()->getSubEntity(0)->getMaterialName();
+    }
     static Ogre::Vector4 colorOf(const MeshVisual& visual)
     {
         return visual.getEntity()->getSubEntity(0)->getCustomParameter(0);
@@ -63,6 +86,50 @@ TEST_F(MeshVisualTest, StlBodyIsRegisteredPickableAndColoured)
     EXPECT_EQ(visual->getEntity()->getSubEntity(0)->getMaterialName(), "MeshBodySelected");
     visual->setHighlighted();
     EXPECT_EQ(visual->getEntity()->getSubEntity(0)->getMaterialName(), "MeshBodyHighlighted");
+}
+
+TEST_F(MeshVisualTest, PlyBodyShowsTheColoursOfItsPoints)
+{
+    MeshVisual* visual = buildColoredPly("");
+
+    EXPECT_EQ(visual->getTrianglesNum(), 1u);
+    EXPECT_EQ(visual->getMesh()->colors.at(1), rob::Colorf(0, 1, 0));
+    EXPECT_EQ(materialOf(*visual), "Body");
+    visual->setSelected();
+    EXPECT_EQ(materialOf(*visual), "BodySelected");
+}
+
+TEST_F(MeshVisualTest, ColourOfTheBodyCoversThoseOfThePoints)
+{
+    EXPECT_EQ(materialOf(*buildColoredPly("#FF8000")), "MeshBody");
+    MeshVisual* visual = buildColoredPly("");
+
+    visual->setBodyColor({1, 0, 0}, 1);
+    EXPECT_EQ(materialOf(*visual), "MeshBody");
+    EXPECT_EQ(colorOf(*visual), Ogre::Vector4(1, 0, 0, 1));
+
+    visual->resetColor();
+    EXPECT_EQ(materialOf(*visual), "Body") << "the body itself has none";
+}
+
+TEST_F(MeshVisualTest, LookThatAnApplicationChoseStays)
+{
+    MeshVisual* visual = buildColoredPly("#FF8000", "ABB");
+
+    visual->setBodyColor({1, 0, 0}, 1);
+    visual->resetColor();
+
+    EXPECT_EQ(materialOf(*visual), "ABB");
+}
+
+TEST_F(MeshVisualTest, PlyIsLoadedOnceUnderItsPath)
+{
+    MeshVisual* visual = buildColoredPly("");
+    MeshManager& manager = *MeshManager::Get();
+
+    EXPECT_EQ(manager.loadPly(visual->getMeshName()), visual->getMesh());
+    EXPECT_THAT([&] { manager.loadPly("a.stl"); }, test::throwsExactly<std::runtime_error>("Not ply file"));
+    EXPECT_THAT([&] { manager.loadPly("/no/such.ply"); }, test::throwsExactly<std::runtime_error>("/no/such.ply"));
 }
 
 TEST_F(MeshVisualTest, DetectableIsThatOfThePart)

@@ -94,6 +94,57 @@ TEST_F(PointCloudVisualTest, NormalsOfEveryPointSelectThePhongMaterials)
     EXPECT_THAT(normalsOf(*objectOf(*cloud).getSections()[1]), ElementsAre(fiveNormals[1]));
 }
 
+TEST_F(PointCloudVisualTest, ColoursOfThePointsAreShownUnlessHeightsAreWanted)
+{
+    for (const bool withNormals : {false, true}) {
+        PointCloudVisual* cloud = buildColored(withNormals);
+        EXPECT_FALSE(cloud->areHeightsShown());
+        EXPECT_THAT(materialsOf(*cloud), ElementsAre(withNormals ? "PointCloudPhongColored" : "PointCloudColored"));
+        EXPECT_NE(objectOf(*cloud)
+                      .getSections()[0]
+                      ->getRenderOperation()
+                      ->vertexData->vertexDeclaration->findElementBySemantic(Ogre::VES_DIFFUSE),
+                  nullptr);
+
+        cloud->showHeights(true);
+        EXPECT_TRUE(cloud->areHeightsShown());
+        EXPECT_THAT(materialsOf(*cloud), ElementsAre(withNormals ? "PointCloudPhong" : "PointCloud"));
+        cloud->setSelectedIndices({1});
+        EXPECT_THAT(materialsOf(*cloud), withNormals ? ElementsAre("PointCloudPhong", "PointCloudPhongSelected")
+                                                     : ElementsAre("PointCloud", "PointCloudSelected"))
+            << "stays through a rebuild";
+
+        cloud->showHeights(false);
+        cloud->resetAppearance();
+        EXPECT_THAT(materialsOf(*cloud), ElementsAre(withNormals ? "PointCloudPhongColored" : "PointCloudColored"));
+    }
+}
+
+TEST_F(PointCloudVisualTest, SwitchOfColoursLeavesSelectionAndHiddenPoints)
+{
+    PointCloudVisual* cloud = buildColored(false);
+    cloud->markPoints({0, 2});
+
+    cloud->showHeights(true);
+
+    EXPECT_THAT(materialsOf(*cloud), ElementsAre("PointCloud", "PointCloudSelected"));
+    EXPECT_THAT(cloud->getMarkedPoints(), ElementsAre(0, 2));
+    cloud->setUnselectedVisible(false);
+    cloud->setSelectedIndices({0, 1, 2, 3, 4});
+    cloud->showHeights(false); // there is no section of others
+    EXPECT_THAT(materialsOf(*cloud), ElementsAre("PointCloudSelected"));
+}
+
+TEST_F(PointCloudVisualTest, ColoursOfAnotherNumberCountAsNone)
+{
+    const auto node = test::addModelCloud(fivePoints, {}, layout::PointCloud::Colors(4));
+    const auto* cloud = static_cast<PointCloudVisual*>(PointCloudVisual::Build(world, node.get()));
+
+    EXPECT_FALSE(cloud->hasColors());
+    EXPECT_TRUE(cloud->areHeightsShown());
+    EXPECT_THAT(materialsOf(*cloud), ElementsAre("PointCloud"));
+}
+
 TEST_F(PointCloudVisualTest, NormalsOfAnotherNumberSelectThePlainMaterials)
 {
     for (const std::size_t count : {std::size_t{0}, std::size_t{4}, std::size_t{6}}) {

@@ -69,6 +69,24 @@ protected:
     const test::Scan scan = test::scanOfBallOnFloor(40000);
 };
 
+TEST_F(PointPicture, CloudThatHasColoursShowsThem)
+{
+    for (const bool withNormals : {false, true}) {
+        const auto node = test::addModelCloud(scan.points, withNormals ? scan.normals : layout::PointCloud::Normals(),
+                                              layout::PointCloud::Colors(scan.points.size(), PointColor{220, 30, 30}));
+        auto* cloud = static_cast<PointCloudVisual*>(PointCloudVisual::Build(world, node.get()));
+
+        const Pixel top = meanAround(render(overBall), {0, -20, 197});
+        cloud->showHeights(true);
+        const Pixel byHeight = meanAround(render(overBall), {0, -20, 197});
+
+        EXPECT_GT(top.r, top.g + 60);
+        EXPECT_GT(top.r, top.b + 60);
+        EXPECT_GT(byHeight.g, byHeight.r) << "green is high";
+        scene.deleteVisual(cloud);
+    }
+}
+
 TEST_F(PointPicture, CloudIsColouredByHeight)
 {
     addCloud(scan, false);

@@ -15,10 +15,11 @@ namespace vrk::test {
 
 /// A cloud of the station.
 inline std::shared_ptr<layout::PointCloud> addModelCloud(layout::PointCloud::Points points,
-                                                         layout::PointCloud::Normals normals = {})
+                                                         layout::PointCloud::Normals normals = {},
+                                                         layout::PointCloud::Colors colors = {})
 {
     auto cloud = std::make_shared<layout::PointCloud>(sdf::SdfManager::inst().generateId(), "scan", std::move(points),
-                                                      std::move(normals));
+                                                      std::move(normals), std::move(colors));
     layout::Layout::inst().addPointCloud(cloud);
     return cloud;
 }

@@ -111,6 +111,7 @@ signals:
     void visibilityChanged();
     void drawModeChanged();
     void stationChanged();
+    void cloudLooksChanged(); // whether scans are coloured by height
 
 private:
     void follow(Touches touches);

@@ -68,7 +68,8 @@ std::pair<PointCloud::Content, PointCloud::Content> divided(const PointCloud& cl
     std::pair<PointCloud::Content, PointCloud::Content> parts;
     const auto& points = cloud.getPoints();
     const auto& normals = cloud.getNormals();
-    const bool withNormals = !normals.empty() && normals.size() == points.size();
+    const bool withNormals = cloud.hasNormals();
+    const bool withColors = cloud.hasColors();
     const PointSet hidden = hiddenOf(cloud);
     std::vector<std::uint32_t> hiddenInRest;
     for (std::size_t i = 0; i < points.size(); ++i) {
@@ -80,6 +81,8 @@ std::pair<PointCloud::Content, PointCloud::Content> divided(const PointCloud& cl
         part.points.push_back(points[i]);
         if (withNormals)
             part.normals.push_back(normals[i]);
+        if (withColors)
+            part.colors.push_back(cloud.getColors()[i]);
     }
     if (!hiddenInRest.empty())
         parts.second.hidden = std::make_shared<const PointSet>(hiddenInRest);
@@ -197,7 +200,7 @@ CutPoints::CutPoints(const PointsOfClouds& points)
             throw std::invalid_argument("all points of '" + from->getName() +
                                         "' are selected, so that nothing would be left of it");
         auto made = std::make_shared<PointCloud>(sdf::SdfManager::inst().generateId(), from->getName() + " cut",
-                                                 std::move(cut.points), std::move(cut.normals));
+                                                 std::move(cut.points), std::move(cut.normals), std::move(cut.colors));
         made->setPose(from->getPose());
         made->setParentId(from->getParentId());
         cuts.push_back({from, std::move(made), std::move(rest)});
@@ -272,7 +275,7 @@ void CutPoints::revert()
 void savePoints(const PointsOfClouds& points, const std::string& file)
 {
     vrk::station::ExportedPoints all;
-    bool areNormals = true;
+    bool areNormals = true, areColors = true;
     for (const auto& [id, numbers] : points) {
         const std::shared_ptr<PointCloud> cloud = cloudOf(id);
         if (!cloud)
@@ -281,11 +284,15 @@ void savePoints(const PointsOfClouds& points, const std::string& file)
         const std::shared_lock lock(sdf::SdfManager::inst().mutex());
         vrk::station::ExportedPoints part = vrk::station::PointsInWorld(*cloud, pose, numbers);
         areNormals = areNormals && part.normals.size() == part.points.size();
+        areColors = areColors && part.colors.size() == part.points.size();
         all.points.insert(all.points.end(), part.points.begin(), part.points.end());
         all.normals.insert(all.normals.end(), part.normals.begin(), part.normals.end());
+        all.colors.insert(all.colors.end(), part.colors.begin(), part.colors.end());
     }
     if (!areNormals)
         all.normals.clear(); // a file has them for all its points, or for none
+    if (!areColors)
+        all.colors.clear();
     vrk::station::ExportPointCloud(file, all);
 }
 

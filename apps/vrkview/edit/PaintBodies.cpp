@@ -26,7 +26,7 @@ using vrk::visual::Scene;
 /// Curves and points have the colours of their kind.
 bool takesColor(const Body& body)
 {
-    return body.getFileType() == "stl" || (!body.getShape().IsNull() && body.getShape().ShapeType() <= TopAbs_FACE);
+    return body.isMesh() || (!body.getShape().IsNull() && body.getShape().ShapeType() <= TopAbs_FACE);
 }
 
 void collectBodies(const sdf::SdfObject& object, std::vector<const Body*>& found)
@@ -53,7 +53,7 @@ std::vector<unsigned> withThoseOfOneMesh(const std::vector<const Body*>& bodies)
     std::set<std::string> uris; // meshes of STL files have no colours: each body that shows one has its own
     for (const Body* body : bodies) {
         ids.insert(body->getId());
-        if (body->getFileType() != "stl" && !body->getGeometryUri().empty())
+        if (!body->isMesh() && !body->getGeometryUri().empty())
             uris.insert(body->getGeometryUri());
     }
     std::vector<unsigned> found;

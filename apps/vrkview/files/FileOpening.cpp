@@ -41,14 +41,14 @@ void FileOpening::start(Files files)
 {
     isCancelled = false;
     emit started(tr("Opening"));
-    worker = std::thread([this, files = std::move(files)] {
-        const Result result = read(files);
+    worker = std::thread([this, files = std::move(files), how = reading] {
+        const Result result = read(files, how);
         QMetaObject::invokeMethod(
             this, [this, files, result] { finish(files, result); }, Qt::QueuedConnection);
     });
 }
 
-FileOpening::Result FileOpening::read(const Files& files)
+FileOpening::Result FileOpening::read(const Files& files, const ReadingOptions& how)
 {
     const auto report = [this](const std::string& file, std::string_view step, double fraction) {
         if (isCancelled)
@@ -59,7 +59,7 @@ FileOpening::Result FileOpening::read(const Files& files)
             this, [this, text, fraction] { emit progressed(text, fraction); }, Qt::QueuedConnection);
     };
     try {
-        return {std::make_shared<Station>(importFiles(files, report, coarser)), {}};
+        return {std::make_shared<Station>(importFiles(files, report, how)), {}};
     } catch (const Cancelled&) {
         return {};
     } catch (const Standard_Failure& failure) {

@@ -28,8 +28,9 @@ public:
     /// Waits for the present step of the import to end; nothing is told any more.
     ~FileOpening() override;
 
-    /// Ahead of the first call of `open`. @param wanted  empty: meshes stay as they are.
-    void setCoarser(const std::optional<Coarser>& wanted) { coarser = wanted; }
+    /// How files are read that are opened from now on.
+    void setReading(const ReadingOptions& wanted) { reading = wanted; }
+    const ReadingOptions& getReading() const { return reading; }
     void open(Files files);
     /// Ends the import at its next report of progress: some times a second in long steps. What waits is given up, too.
     void cancel() override;
@@ -49,10 +50,10 @@ private:
     };
 
     void start(Files files);
-    Result read(const Files& files);
+    Result read(const Files& files, const ReadingOptions& how);
     void finish(const Files& files, const Result& result);
 
-    std::optional<Coarser> coarser; // read by the other thread
+    ReadingOptions reading;
     std::thread worker;
     std::atomic<bool> isCancelled = false;
     std::vector<Files> waiting;

@@ -35,7 +35,8 @@ std::string titleOf(const std::vector<std::filesystem::path>& files)
 void checkKind(const std::filesystem::path& file)
 {
     std::error_code error;
-    if (!std::filesystem::is_regular_file(file, error) || vrk::station::isShapeFile(file))
+    if (!std::filesystem::is_regular_file(file, error) || vrk::station::isShapeFile(file) ||
+        vrk::station::isMeshFile(file))
         return;
     const std::string all = vrk::station::endingsOf([](vrk::station::FileKind) { return true; });
     throw vrk::station::ImportError(std::filesystem::absolute(file).lexically_normal(),
@@ -44,26 +45,27 @@ void checkKind(const std::filesystem::path& file)
 
 /// @throws what the importers do; the station is as before then.
 void importInto(Station& station, const std::filesystem::path& file, const ImportReport& tell,
-                const std::optional<Coarser>& coarser)
+                const ReadingOptions& how)
 {
     const auto report = [&tell, name = file.filename().string()](std::string_view step, double fraction) {
         tell(name, step, fraction);
     };
+    const vrk::LengthUnit unit = how.unit.value_or(vrk::LengthUnit::Millimetre);
     if (vrk::station::isStationFile(file)) {
         if (station.whole)
             throw vrk::station::ImportError(file, "a second station file; one can be opened at a time");
         station.whole = vrk::station::ReadStationFile(file, report);
     } else if (vrk::station::isUrdfFile(file)) {
         station.mechanisms.push_back(vrk::station::ImportUrdf(file, report));
-    } else if (vrk::station::isPointCloudFile(file)) {
-        station.clouds.push_back(vrk::station::ImportPointCloud(file, report));
+    } else if (vrk::station::isPointCloudFile(file) && !vrk::station::isMeshFile(file)) {
+        station.clouds.push_back(vrk::station::ImportPointCloud(file, report, unit));
     } else if (vrk::station::isProgramFile(file)) {
         station.programs.push_back(vrk::station::ImportProgram(file, report));
     } else {
         checkKind(file);
-        const auto parts = vrk::station::ImportFile(file, report);
-        if (coarser)
-            std::ranges::copy(vrk::station::SimplifyMeshes(parts, coarser->tolerance, report),
+        const auto parts = vrk::station::ImportFile(file, report, unit);
+        if (how.coarser)
+            std::ranges::copy(vrk::station::SimplifyMeshes(parts, how.coarser->tolerance, report),
                               std::back_inserter(station.simplified));
         std::ranges::copy(parts, std::back_inserter(station.parts));
     }
@@ -84,7 +86,7 @@ std::string textOf(const vrk::station::SimplifiedMesh& mesh)
 }
 
 Station importFiles(const std::vector<std::filesystem::path>& files, const ImportReport& tell,
-                    const std::optional<Coarser>& coarser, BadFile bad)
+                    const ReadingOptions& how)
 {
     Station station;
     station.title = titleOf(files);
@@ -96,13 +98,13 @@ Station importFiles(const std::vector<std::filesystem::path>& files, const Impor
                 first = std::current_exception();
         };
         try {
-            importInto(station, file, tell, coarser);
+            importInto(station, file, tell, how);
         } catch (const Standard_Failure& failure) {
-            if (bad == BadFile::EndsAll)
+            if (how.bad == BadFile::EndsAll)
                 throw;
             note(failure.GetMessageString());
         } catch (const std::exception& failure) {
-            if (bad == BadFile::EndsAll)
+            if (how.bad == BadFile::EndsAll)
                 throw;
             note(failure.what());
         }
@@ -114,7 +116,7 @@ Station importFiles(const std::vector<std::filesystem::path>& files, const Impor
     return station;
 }
 
-Station importFiles(const std::vector<std::filesystem::path>& files, const std::optional<Coarser>& coarser, BadFile bad)
+Station importFiles(const std::vector<std::filesystem::path>& files, const ReadingOptions& how)
 {
     std::optional<ImportProgress> progress;
     std::string present;
@@ -125,7 +127,7 @@ Station importFiles(const std::vector<std::filesystem::path>& files, const std::
                 progress.emplace(present = file);
             progress->report(step, fraction);
         },
-        coarser, bad);
+        how);
     progress.reset();
     for (const vrk::station::SimplifiedMesh& mesh : station.simplified)
         std::cerr << textOf(mesh) << '\n';

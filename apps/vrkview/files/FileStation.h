@@ -2,6 +2,8 @@
 
 #include "files/Station.h"
 
+#include "platform/geometry/LengthUnit.h"
+
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -24,6 +26,12 @@ struct Coarser {
 /// What is to be done about a file that cannot be taken in, where there are others.
 enum class BadFile { IsLeftOut, EndsAll };
 
+struct ReadingOptions {
+    std::optional<Coarser> coarser;      // empty leaves meshes as they are
+    std::optional<vrk::LengthUnit> unit; // of files that name none; empty: millimetres, as nobody said otherwise
+    BadFile bad = BadFile::IsLeftOut;
+};
+
 /// None of several files can be taken in.
 class BadFiles : public std::runtime_error {
 public:
@@ -34,15 +42,13 @@ public:
 };
 
 /// What the files hold, together. Any thread.
-/// @param coarser  empty leaves meshes as they are.
 /// @throws vrk::station::ImportError, vrk::station::StationFileError for the first file that cannot be taken in, and for a
 ///         second station file, where it is the only file or ends all; BadFiles where none of several can be taken in. Others
 ///         are told in `Station::failures`.
 Station importFiles(const std::vector<std::filesystem::path>& files, const ImportReport& report,
-                    const std::optional<Coarser>& coarser, BadFile bad = BadFile::IsLeftOut);
+                    const ReadingOptions& how);
 /// The same as a station of its own, with progress on standard error, and what became of the meshes: see `bringCloudsNear`.
-Station importFiles(const std::vector<std::filesystem::path>& files, const std::optional<Coarser>& coarser = {},
-                    BadFile bad = BadFile::IsLeftOut);
+Station importFiles(const std::vector<std::filesystem::path>& files, const ReadingOptions& how = {});
 
 /// For the user: "torso: 34512 of 200000 triangles, within 0.5 mm".
 std::string textOf(const vrk::station::SimplifiedMesh& mesh);

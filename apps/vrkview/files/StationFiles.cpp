@@ -5,6 +5,7 @@
 #include "edit/History.h"
 #include "files/FileStation.h"
 #include "files/StationScene.h"
+#include "files/UnitAdvice.h"
 #include "window/Settings.h"
 
 #include "platform/layout/Layout.h"
@@ -107,7 +108,7 @@ void StationFiles::show(const std::shared_ptr<Station>& station, const FileOpeni
     for (const std::filesystem::path& file : files)
         settings.addRecentFile(QString::fromStdString(file.string()));
     emit shown(isAnother);
-    tellLeftOut(station->failures, files.size());
+    tellWhatIsAmiss(*station, files.size());
     QStringList summaries;
     for (const std::string& summary : station->summaries)
         summaries << QString::fromStdString(summary);
@@ -115,10 +116,19 @@ void StationFiles::show(const std::shared_ptr<Station>& station, const FileOpeni
         emit programsShown(summaries.join(QStringLiteral("   ")));
 }
 
-void StationFiles::tellLeftOut(const std::vector<std::string>& failures, std::size_t all)
+void StationFiles::tellWhatIsAmiss(const Station& station, std::size_t files)
 {
-    if (!failures.empty())
-        emit failed(textOfLeftOut(failures, all));
+    QStringList texts;
+    if (!station.failures.empty())
+        texts << textOfLeftOut(station.failures, files);
+    if (!opening.getReading().unit) {
+        const std::string advice =
+            tr("choose the unit in the menu File, remove the scan and open it again").toStdString();
+        for (const std::string& line : unitAdvice(station, advice))
+            texts << QString::fromStdString(line);
+    }
+    if (!texts.isEmpty())
+        emit failed(texts.join('\n'));
 }
 
 bool StationFiles::save(QString path)

@@ -116,6 +116,13 @@ Coarser readCoarser(const std::string& tolerance)
     return {numbers[0]};
 }
 
+vrk::LengthUnit readUnit(const std::string& name)
+{
+    if (const auto unit = vrk::LengthUnitNamed(name))
+        return *unit;
+    throw CLI::ValidationError("--unit", fmt::format("'{}' is none of mm, cm, m, in", name));
+}
+
 const DrawMode* readDrawMode(const std::string& name)
 {
     if (const DrawMode* mode = findDrawMode(name))
@@ -189,6 +196,8 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
     std::string views;
     std::string display = "shaded-edges";
     std::string tolerance;
+    std::string unit;
+    bool isStrict = false;
     bool list = false;
     CLI::Option* shot =
         app.add_option("--shot", options.picture, "Draw a picture into this PNG file instead of opening a window")
@@ -251,6 +260,10 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
         app.add_flag("--simplify{auto}", tolerance,
                      "Make the meshes of STL files coarser as they are read; with =MM within so many millimetres")
             ->type_name("[=MM]");
+    app.add_flag("--by-height", options.cloudsByHeight, "Colour all scans by height, also those that have colours");
+    app.add_option("--unit", unit,
+                   "What the numbers of files count that name no unit (meshes, scans): mm, cm, m or in [mm]")
+        ->type_name("UNIT");
     app.add_option("--save", options.save, "Write what is shown as a station file, NAME.station.json")
         ->type_name("FILE");
     app.add_flag("--list", list, "Print what the files hold as JSON instead of opening a window")
@@ -259,7 +272,7 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
         ->excludes(pickGrid)
         ->excludes(record)
         ->excludes(play);
-    app.add_flag("--strict", options.isStrict,
+    app.add_flag("--strict", isStrict,
                  "Show nothing where one of several files cannot be opened; otherwise the others are shown");
     app.add_flag("--gpu", options.onPresentDisplay,
                  "Draw pictures on the present display, and so with its graphics card, instead of a private one");
@@ -292,7 +305,11 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
         readNumbers(picks, "--pick", options.picks);
         readJoints(joints, options.joints);
         if (*simplify)
-            options.coarser = readCoarser(tolerance);
+            options.reading.coarser = readCoarser(tolerance);
+        if (isStrict)
+            options.reading.bad = BadFile::EndsAll;
+        if (!unit.empty())
+            options.reading.unit = readUnit(unit);
         checkPicks(options);
         checkSave("--save", options.save);
         checkSave("--play-save", options.playSave);

@@ -17,7 +17,7 @@ struct Options {
 
     Task task = Task::OpenWindow;
     std::vector<std::filesystem::path> files; // none: the demo station
-    std::optional<Coarser> coarser;           // of the meshes of files
+    ReadingOptions reading;                   // of the files
     std::filesystem::path picture;
     int pictureWidth = 1600;
     int pictureHeight = 1000;
@@ -32,9 +32,9 @@ struct Options {
     std::filesystem::path playPicture; // of the view after that; empty: none
     std::filesystem::path playSave;    // the station after that; empty: none
     const DrawMode* drawMode = nullptr;
+    bool cloudsByHeight = false;  // also those that have colours
     bool isDrawModeGiven = false; // rather than the usual one
     bool onPresentDisplay = false;
-    bool isStrict = false; // a file that cannot be opened ends all
     std::vector<JointWish> joints;
     std::filesystem::path save;      // where the station is written; empty: nowhere
     std::filesystem::path resources; // empty: the installed ones

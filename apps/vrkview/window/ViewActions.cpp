@@ -2,6 +2,7 @@
 
 #include "canvas/BandTool.h"
 #include "canvas/CameraFlight.h"
+#include "canvas/CloudLooks.h"
 #include "canvas/DrawMode.h"
 #include "canvas/FaceDirections.h"
 #include "canvas/FrameTool.h"
@@ -89,6 +90,7 @@ ViewActions::ViewActions(QWidget& window, ViewState& state, CameraFlight& flight
     connect(&state, &ViewState::selectionChanged, this, &ViewActions::followState);
     connect(&state, &ViewState::visibilityChanged, this, &ViewActions::followState);
     connect(&state, &ViewState::stationChanged, this, &ViewActions::followState);
+    connect(&state, &ViewState::stationChanged, this, &followCloudLooks);
     connect(&state, &ViewState::drawModeChanged, this, &ViewActions::followState);
     followState();
 }
@@ -152,6 +154,12 @@ void ViewActions::addSurroundings()
     showDirections = add(tr("&U and V of the selected face"), {Qt::Key_U},
                          [this] { directions->setShown(showDirections->isChecked()); });
     showDirections->setCheckable(true);
+    byHeight = add(tr("Scans by &height"), {Qt::Key_C}, [this] {
+        showCloudsByHeight(byHeight->isChecked());
+        emit state.cloudLooksChanged();
+    });
+    byHeight->setCheckable(true);
+    byHeight->setChecked(areCloudsShownByHeight());
     longerFrames = add(tr("&Longer"), {Qt::Key_Plus, Qt::Key_Equal}, [] { changeFrameSize(1); });
     shorterFrames = add(tr("&Shorter"), {Qt::Key_Minus}, [] { changeFrameSize(-1); });
 }
@@ -281,6 +289,7 @@ void ViewActions::fillViewMenu(QMenu& menu) const
     menu.addAction(grid);
     menu.addAction(turnedGrid);
     menu.addAction(showDirections);
+    menu.addAction(byHeight);
     QMenu* frames = menu.addMenu(tr("F&rames"));
     frames->addAction(longerFrames);
     frames->addAction(shorterFrames);

@@ -80,6 +80,7 @@ private:
     QAction* turnedGrid = nullptr;
     FaceDirections* directions; // Qt's, a child of this
     QAction* showDirections = nullptr;
+    QAction* byHeight = nullptr;
     QAction* longerFrames = nullptr;
     QAction* shorterFrames = nullptr;
     std::vector<QAction*> programParts; // in the order of all of them

@@ -38,10 +38,12 @@
 #include "start/StartUp.h"
 #include "window/FrameActions.h"
 #include "window/Glyphs.h"
+#include "window/HeightScale.h"
 #include "window/KeysHelp.h"
 #include "window/MessageBar.h"
 #include "window/ProgressStrip.h"
 #include "window/SelectionLine.h"
+#include "window/UnitMenu.h"
 #include "window/ViewActions.h"
 
 #include "platform/broker/SignalBroker.h"
@@ -195,6 +197,7 @@ void ViewWindow::buildStatusLine()
     auto* simplifyProgress = new ProgressStrip(simplifies->getWork());
     simplifyProgress->setObjectName("simplify_progress");
     line.addPermanentWidget(simplifyProgress);
+    line.addPermanentWidget(new HeightScale(state));
     line.addPermanentWidget(frameTime);
     contents->setContentsMargins(6, 0, 0, 0);
     selection->setContentsMargins(0, 0, 12, 0);
@@ -223,6 +226,7 @@ void ViewWindow::buildFileMenu()
     recent = menu.addMenu(tr("Open &recent"));
     fillRecentMenu();
     connect(&settings, &Settings::recentFilesChanged, this, &ViewWindow::fillRecentMenu);
+    fillUnitMenu(*menu.addMenu(tr("&Unit of meshes and scans")), files.getOpening());
     menu.addSeparator();
     QAction* save = menu.addAction(tr("&Save station as…"));
     save->setShortcut(Qt::CTRL | Qt::SHIFT | Qt::Key_S);

@@ -77,8 +77,33 @@ void Body::setGeometry(const std::string& uri, const std::string& fileType)
 {
     getElement()->touch("geometry/uri")->set(uri);
     getElement()->touch("geometry/file_type")->set(fileType);
+    setSource({}, LengthUnit::Millimetre);
     ownUri = false;
     claimUri(false);
+}
+
+bool Body::isMesh() const
+{
+    const std::string type = getFileType();
+    return type == "stl" || type == "mesh";
+}
+
+std::string Body::getSourceFile() const
+{
+    return sdf::textAt(*getElement(), "geometry/source");
+}
+
+LengthUnit Body::getSourceUnit() const
+{
+    return LengthUnitNamed(sdf::textAt(*getElement(), "geometry/unit")).value_or(LengthUnit::Millimetre);
+}
+
+void Body::setSource(const std::string& file, LengthUnit unit)
+{
+    if (file.empty() && getSourceFile().empty())
+        return; // the most bodies by far have none
+    getElement()->touch("geometry/source")->set(file);
+    getElement()->touch("geometry/unit")->set(std::string(NameOf(unit)));
 }
 
 std::string Body::getMaterialName() const
@@ -86,7 +111,7 @@ std::string Body::getMaterialName() const
     const std::string name = sdf::textAt(*getElement(), "visual/material/name");
     if (!name.empty())
         return name;
-    return getFileType() == "stl" ? "MeshBody" : "Body"; // "Body" reads vertex colours, which STL meshes lack
+    return isMesh() ? "MeshBody" : "Body"; // "Body" reads vertex colours, which most meshes lack
 }
 
 void Body::setMaterialName(const std::string& name)

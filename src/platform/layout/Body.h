@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/geometry/LengthUnit.h"
 #include "platform/sdf/SdfObject.h"
 
 #include <NCollection_IndexedMap.hxx>
@@ -16,10 +17,11 @@ class ShapeClaim;
 
 using FaceMap = NCollection_IndexedMap<TopoDS_Shape, TopTools_ShapeMapHasher>;
 
-/// A piece of geometry of a part: a CAD shape or an STL mesh.
+/// A piece of geometry of a part: a CAD shape, or a mesh in an STL file or, with shared vertices and colours, a PLY file.
 ///
 /// Its element lies in the part's element under "body". It holds "geometry/uri" (what the geometry is called and where
-/// it lies), "geometry/file_type" ("brep" or "stl"), "visual/material/name", "visual/color" (a colour text) and
+/// it lies), "geometry/file_type" ("brep", "stl" or "mesh"), where the geometry was made from another file "geometry/source"
+/// and the "geometry/unit" of that, "visual/material/name", "visual/color" (a colour text) and
 /// "visual/face_colors" with one child "f<index>" for each face of another colour.
 class VRK_EXPORT Body : public sdf::SdfNode {
 public:
@@ -52,8 +54,15 @@ public:
     std::string getFileType() const;
     /// @param uri  where another body uses it for another shape, this body gets a URI of its own.
     void setGeometry(const std::string& uri, const std::string& fileType);
-    /// The base of the three names of the body's looks: "visual/material/name"; where that is empty "MeshBody" for STL
-    /// bodies and "Body" for others.
+    /// Whether it is a mesh, which has no shape and no faces.
+    bool isMesh() const;
+    /// The file that the geometry's file was made from: a mesh of another format, or in another unit. Empty where there is
+    /// none; another geometry has none until it is told.
+    std::string getSourceFile() const;
+    LengthUnit getSourceUnit() const;
+    void setSource(const std::string& file, LengthUnit unit);
+    /// The base of the three names of the body's looks: "visual/material/name"; where that is empty "MeshBody" for meshes
+    /// and "Body" for others.
     std::string getMaterialName() const;
     void setMaterialName(const std::string& name);
 

@@ -18,17 +18,22 @@ ExportedPoints PointsInWorld(const layout::PointCloud& cloud, const rob::Posed& 
 {
     const auto& points = cloud.getPoints();
     const auto& normals = cloud.getNormals();
-    const bool withNormals = !normals.empty() && normals.size() == points.size();
+    const bool withNormals = cloud.hasNormals();
+    const bool withColors = cloud.hasColors();
     const bool isMoved = pose != rob::Posed();
     ExportedPoints gathered;
     gathered.points.reserve(numbers.size());
     if (withNormals)
         gathered.normals.reserve(numbers.size());
+    if (withColors)
+        gathered.colors.reserve(numbers.size());
     for (const std::uint32_t number : numbers) {
         if (number >= points.size() || !points[number].isFinite())
             continue;
         const rob::Posd point(points[number]);
         gathered.points.push_back(isMoved ? pose * point : point);
+        if (withColors)
+            gathered.colors.push_back(cloud.getColors()[number]);
         if (withNormals) {
             const rob::Vec3d normal(normals[number]);
             gathered.normals.push_back(isMoved ? rob::Vec3f(pose.rotation() * normal) : normals[number]);

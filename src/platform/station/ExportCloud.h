@@ -18,7 +18,8 @@ public:
 /// Points to be written, relative to whatever their reader is to take for the origin.
 struct ExportedPoints {
     std::vector<rob::Posd> points;
-    layout::PointCloud::Normals normals; ///< one for each point, or none at all
+    layout::PointCloud::Normals normals{}; ///< one for each point, or none at all
+    layout::PointCloud::Colors colors{};   ///< one for each point, or none at all
 };
 
 /// Gathers points of a cloud as they lie in the world; those that are not finite are left out.
@@ -32,7 +33,7 @@ VRK_EXPORT ExportedPoints PointsInWorld(const layout::PointCloud& cloud, const r
 ///
 /// No digit is lost: numbers that single precision holds are written in it, else in double precision, all alike. Read
 /// with `ImportPointCloud` the points are the same, but that this keeps those far out relative to a place near them. XYZ
-/// tells normals from colours by their length of 1.
+/// tells normals from colours by their length of 1, and is written without colours where there are normals.
 ///
 /// @throws ExportError  nothing is replaced then.
 VRK_EXPORT void ExportPointCloud(const std::filesystem::path& file, const ExportedPoints& points);

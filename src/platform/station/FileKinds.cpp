@@ -52,6 +52,11 @@ bool isPointCloudKind(FileKind kind)
     return kind == FileKind::Ply || kind == FileKind::Pcd || kind == FileKind::Xyz;
 }
 
+bool isMeshKind(FileKind kind)
+{
+    return kind == FileKind::Ply;
+}
+
 bool isShapeFile(const std::filesystem::path& file)
 {
     return isShapeKind(fileKindOf(file));

@@ -27,7 +27,8 @@ VRK_EXPORT FileKind fileKindOf(const std::filesystem::path& file);
 /// Shapes: CAD and meshes, which `ImportFile` reads.
 VRK_EXPORT bool isShapeKind(FileKind kind);
 VRK_EXPORT bool isPointCloudKind(FileKind kind);
-
+/// Meshes of other formats than STL, which `ImportFile` reads too; a PLY file may be one, or a point cloud.
+VRK_EXPORT bool isMeshKind(FileKind kind);
 /// Whether the file's ending is that of a shape: .step, .stp, .brep or .stl, in any case.
 VRK_EXPORT bool isShapeFile(const std::filesystem::path& file);
 

@@ -68,7 +68,7 @@ bool isReadHere(const std::filesystem::path& file)
 FileKind shapeKindOf(const std::filesystem::path& file)
 {
     const FileKind kind = fileKindOf(file);
-    if (!isShapeKind(kind))
+    if (!isShapeKind(kind) && !isMeshKind(kind))
         throw ImportError(file, fmt::format("not a kind of file that can be read ({})", endingsOf(isShapeKind)));
     return kind;
 }
@@ -150,7 +150,7 @@ void KeptShapes::read(const std::filesystem::path& file, bool here)
 
 } // namespace
 
-Parts ImportFile(const std::filesystem::path& file, const Progress& progress)
+Parts ImportFile(const std::filesystem::path& file, const Progress& progress, LengthUnit unit)
 {
     const std::filesystem::path absolute = std::filesystem::absolute(file).lexically_normal();
     checkReadable(absolute);
@@ -158,7 +158,9 @@ Parts ImportFile(const std::filesystem::path& file, const Progress& progress)
     const QuietMessenger quiet;
     Parts parts;
     if (kind == FileKind::Stl) {
-        parts = readStl(absolute, progress);
+        parts = readStl(absolute, progress, unit);
+    } else if (isMeshKind(kind)) {
+        parts = readMesh(absolute, progress, unit);
     } else {
         const CadParts read = cadPartsOf(absolute, progress);
         callOcct(absolute, [&] { std::ranges::transform(read, std::back_inserter(parts), stationPartOf); });
@@ -174,7 +176,7 @@ TopoDS_Shape ImportShape(const std::string& uri)
     const std::filesystem::path file = uri.substr(0, uri.rfind('#'));
     const std::filesystem::path absolute = std::filesystem::absolute(file).lexically_normal();
     checkReadable(absolute);
-    if (shapeKindOf(absolute) == FileKind::Stl)
+    if (const FileKind kind = shapeKindOf(absolute); kind == FileKind::Stl || isMeshKind(kind))
         throw ImportError(file, fmt::format("it holds no shape for '{}'", uri));
 
     static KeptShapes kept;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/common/Export.h"
+#include "platform/geometry/LengthUnit.h"
 
 #include <filesystem>
 #include <functional>
@@ -29,17 +30,26 @@ public:
 /// exception that it throws ends the import and reaches its caller.
 using Progress = std::function<void(std::string_view step, double fraction)>;
 
-/// Reads a STEP (.step, .stp), BREP (.brep) or STL (.stl) file; the ending may be in any case.
+/// Reads a STEP (.step, .stp), BREP (.brep), STL (.stl) or PLY (.ply) file; the ending may be in any case.
 ///
 /// Each occurrence of a product in an assembly becomes a part at its place. Names, body and face colours are kept. Wires,
 /// edges and vertices that belong to no face become bodies, too. Shapes without triangles are meshed on all cores, see
 /// `meshShape`. The parts are complete but not yet in the station, so that a failure leaves nothing half-loaded.
 ///
+/// A PLY file is read for its faces, with normals and colours of its points; that of points alone is a cloud, see
+/// "station/ImportCloud.h". A mesh becomes one body; where the view does not read the file as it stands, its geometry lies in
+/// the `GeometryCache`, and `layout::Body::getSourceFile` tells where it came from.
+///
 /// STEP and BREP are read by a program of their own, which damage takes down in place of this one: "station/CadReader.h".
 /// Any thread, several at once.
+/// @param unit  of files that name none, which are meshes.
 /// @throws ImportError
-VRK_EXPORT std::vector<std::shared_ptr<layout::Part>> ImportFile(const std::filesystem::path& file,
-                                                                 const Progress& progress = {});
+VRK_EXPORT std::vector<std::shared_ptr<layout::Part>>
+ImportFile(const std::filesystem::path& file, const Progress& progress = {}, LengthUnit unit = LengthUnit::Millimetre);
+
+/// Whether the file is a mesh of another kind than STL by its ending; of a PLY file, whether it holds faces, for which its
+/// first lines are read. Any thread.
+VRK_EXPORT bool isMeshFile(const std::filesystem::path& file);
 
 /// The shape that a body's "geometry/uri" names, as `ImportFile` gave it to the body: "<file>#<name>". A BREP file without
 /// a name is meant as a whole.

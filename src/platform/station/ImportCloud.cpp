@@ -14,7 +14,7 @@
 namespace vrk::station {
 namespace {
 
-using Parser = Cloud (*)(std::string_view bytes, const Progress& progress);
+using Parser = Cloud (*)(std::string_view bytes, const Progress& progress, double scale);
 
 struct Format {
     FileKind kind;
@@ -31,10 +31,10 @@ const Format* formatOf(const std::filesystem::path& file)
     return found == formats.end() ? nullptr : &*found;
 }
 
-Cloud parsed(const std::filesystem::path& file, Parser parse, const Progress& progress)
+Cloud parsed(const std::filesystem::path& file, Parser parse, const Progress& progress, LengthUnit unit)
 {
     try {
-        return parse(readWhole(file), progress);
+        return parse(readWhole(file), progress, MillimetresIn(unit));
     } catch (const CloudFault& fault) {
         throw ImportError(file, fault.what());
     }
@@ -47,14 +47,15 @@ bool isPointCloudFile(const std::filesystem::path& file)
     return isPointCloudKind(fileKindOf(file));
 }
 
-std::shared_ptr<layout::PointCloud> ImportPointCloud(const std::filesystem::path& file, const Progress& progress)
+std::shared_ptr<layout::PointCloud> ImportPointCloud(const std::filesystem::path& file, const Progress& progress,
+                                                     LengthUnit unit)
 {
     const std::filesystem::path absolute = std::filesystem::absolute(file).lexically_normal();
     const Format* format = formatOf(absolute);
     if (!format)
         throw ImportError(absolute,
                           fmt::format("not a kind of point cloud that can be read ({})", endingsOf(isPointCloudKind)));
-    Cloud read = parsed(absolute, format->parse, progress);
+    Cloud read = parsed(absolute, format->parse, progress, unit);
     const std::size_t kept = read.points.size();
     if (read.dropped > 0)
         AppLogger::inst()->trace(fmt::format("{}: {} of {} points are not finite and were dropped", absolute.string(),
@@ -62,10 +63,12 @@ std::shared_ptr<layout::PointCloud> ImportPointCloud(const std::filesystem::path
     if (kept == 0)
         throw ImportError(absolute, "the file holds no point");
 
-    auto cloud = std::make_shared<layout::PointCloud>(sdf::SdfManager::inst().generateId(), absolute.stem().string(),
-                                                      std::move(read.points), std::move(read.normals));
+    auto cloud =
+        std::make_shared<layout::PointCloud>(sdf::SdfManager::inst().generateId(), absolute.stem().string(),
+                                             std::move(read.points), std::move(read.normals), std::move(read.colors));
     cloud->setPose(rob::Posed(read.origin));
     cloud->setGeometry(absolute.string(), format->name);
+    cloud->setFileUnit(unit);
     report(progress, "done", 1);
     return cloud;
 }

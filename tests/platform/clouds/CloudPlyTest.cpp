@@ -74,7 +74,9 @@ TEST(CloudPly, ValuesOfAPropertyStandBesideThePointsThatAreKept)
 
 TEST(CloudPly, PropertyThatIsAskedForMustBeThere)
 {
-    const auto read = [](std::string_view bytes, const Progress&) { return parsePlyWithValues(bytes, "thickness"); };
+    const auto read = [](std::string_view bytes, const Progress&, double) {
+        return parsePlyWithValues(bytes, "thickness");
+    };
 
     expectFault(read, plyHeader("ascii", 1) + "1 2 3\n", "line 8: the vertices have no property 'thickness'");
 }
@@ -106,14 +108,15 @@ TEST(CloudPly, OtherElementsAndListsArePassedOver)
 {
     const std::string header = "element camera 2\nproperty uchar id\nelement strip 2\nproperty list uchar int of\n"
                                "element vertex 1\nproperty float x\nproperty list ushort short of\nproperty float y\n"
-                               "property float z\nelement face 7\nproperty list uchar int vertex_indices\nend_header\n";
+                               "property float z\nelement face 1\nproperty list uchar int vertex_indices\nend_header\n";
     const std::string strips = bytesOf<std::uint8_t>(2) + bytesOf(8) + bytesOf(9) + bytesOf<std::uint8_t>(0);
+    const std::string face = bytesOf<std::uint8_t>(3) + bytesOf(0) + bytesOf(0) + bytesOf(0);
     const std::string vertex =
         floatBytes({1}) + bytesOf<std::uint16_t>(1) + bytesOf<std::int16_t>(9) + floatBytes({2, 3});
 
-    EXPECT_THAT(parsePly("ply\nformat binary_little_endian 1.0\n" + header + "ab" + strips + vertex + "faces").points,
+    EXPECT_THAT(parsePly("ply\nformat binary_little_endian 1.0\n" + header + "ab" + strips + vertex + face).points,
                 ElementsAre(first));
-    EXPECT_THAT(parsePly("ply\nformat ascii 1.0\n" + header + "1\n2\n2 8 9\n0\n1 1 9 2 3\nfaces\n").points,
+    EXPECT_THAT(parsePly("ply\nformat ascii 1.0\n" + header + "1\n2\n2 8 9\n0\n1 1 9 2 3\n3 0 0 0\n").points,
                 ElementsAre(first));
 }
 

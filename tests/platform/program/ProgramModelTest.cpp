@@ -511,7 +511,7 @@ INSTANTIATE_TEST_SUITE_P(
     Table, ProgramFileFault,
     testing::Values(
         ProgramFault{"OldVersion", "\"version\": 2", "\"version\": 1", "/tasks/0/paths: expected no such key"},
-        ProgramFault{"NewVersion", "\"version\": 2", "\"version\": 5", "/version: expected a version from 1 to 4"},
+        ProgramFault{"NewVersion", "\"version\": 2", "\"version\": 6", "/version: expected a version from 1 to 5"},
         ProgramFault{"TargetThatIsNowhere", "\"target\": 4", "\"target\": 9",
                      "/tasks/0/paths/0/instructions/1/target: expected the id of a target of the task, not 9"},
         ProgramFault{"TargetThatIsNone", "\"target\": 4", "\"target\": 2",

@@ -99,6 +99,10 @@ const char* const turned = "[0,0,0,1,0,0,0]";
 const char* const newFrame = R"([{"id": 40, "name": "f", "parent": 41, "pose": [0,0,0,1,0,0,0]},
                                  {"id": 41, "name": "g", "pose": [0,0,0,1,0,0,0]}])";
 const char* const bodyOf = R"([{"id": 21, "name": "b", "geometry": {"uri": "a.stl", "file_type": "obj"}}])";
+const char* const bodyInFeet =
+    R"([{"id": 21, "name": "b", "geometry": {"uri": "a.stl", "file_type": "stl", "unit": "ft"}}])";
+const char* const shapeInMetres =
+    R"([{"id": 21, "name": "b", "geometry": {"uri": "a.brep", "file_type": "brep", "unit": "m"}}])";
 const char* const bodyAway = R"([{"id": 21, "name": "b", "geometry": {"uri": "no/a.stl", "file_type": "stl"}}])";
 const char* const coloured = R"([{"id": 21, "name": "b", "color": "red",
                                   "geometry": {"uri": "resource://a.stl", "file_type": "stl"}}])";
@@ -118,10 +122,10 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Fault{"OtherFormat", "/format", "\"other\"", "/format: expected \"vrk-station\""},
         Fault{"NoFormat", "/format", nullptr, "/: expected the key 'format'"},
-        Fault{"LaterVersion", "/version", "5", "/version: expected a version from 1 to 4"},
-        Fault{"VersionAsText", "/version", "\"1\"", "/version: expected a version from 1 to 4"},
-        Fault{"VersionWithAPart", "/version", "1.5", "/version: expected a version from 1 to 4"},
-        Fault{"VersionBeyondAnyNumber", "/version", "4294967297", "/version: expected a version from 1 to 4"},
+        Fault{"LaterVersion", "/version", "6", "/version: expected a version from 1 to 5"},
+        Fault{"VersionAsText", "/version", "\"1\"", "/version: expected a version from 1 to 5"},
+        Fault{"VersionWithAPart", "/version", "1.5", "/version: expected a version from 1 to 5"},
+        Fault{"VersionBeyondAnyNumber", "/version", "4294967297", "/version: expected a version from 1 to 5"},
         Fault{"UnknownKey", "/robots", "[]", "/robots: expected no such key"},
         Fault{"UnknownKeyInside", "/parts/0/nmae", "\"p\"", "/parts/0/nmae: expected no such key"},
         Fault{"ListThatIsNone", "/parts", "{}", "/parts: expected an array"},
@@ -156,7 +160,11 @@ INSTANTIATE_TEST_SUITE_P(
         Fault{"MemberWithAParent", "/assemblies/0/members/0/parent", "1",
               "/assemblies/0/members/0/parent: expected no such key"},
         Fault{"OtherFileType", "/parts/0/bodies", bodyOf,
-              "/parts/0/bodies/0/geometry/file_type: expected \"brep\" or \"stl\""},
+              "/parts/0/bodies/0/geometry/file_type: expected \"brep\", \"stl\" or \"mesh\""},
+        Fault{"OtherUnit", "/parts/0/bodies", bodyInFeet,
+              "/parts/0/bodies/0/geometry/unit: expected \"mm\", \"cm\", \"m\" or \"in\""},
+        Fault{"UnitOfAShape", "/parts/0/bodies", shapeInMetres,
+              "/parts/0/bodies/0/geometry/unit: expected no unit, as a shape has its own"},
         Fault{"GeometryThatIsNotThere", "/parts/0/bodies", bodyAway,
               "/parts/0/bodies/0/geometry/uri: expected a file that is there, not 'no/a.stl'"},
         Fault{"ColourThatIsNone", "/parts/0/bodies", coloured,

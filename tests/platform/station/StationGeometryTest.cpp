@@ -292,6 +292,78 @@ TEST_F(StationGeometry, MeshInTheCacheIsCopiedBesideTheStation)
     EXPECT_EQ(save("cell.station.json"), text);
 }
 
+TEST_F(StationGeometry, ColourOfAFaceThatIsNotThereIsRefusedAndNotWritten)
+{
+    const auto body = addBody("", "brep", BRepPrimAPI_MakeBox(1, 2, 3).Shape());
+    body->setFaceColor(6, "#ED1C24");
+    body->setFaceColor(7, "#10C279");
+    const std::string text = save();
+    EXPECT_THAT(text, HasSubstr("\"6\": \"#ED1C24\""));
+    EXPECT_THAT(text, Not(HasSubstr("#10C279")));
+
+    folder.write("cell.station.json", std::regex_replace(text, std::regex("\"6\":"), "\"7\":"));
+
+    EXPECT_THAT([&] { loadBody(); }, ThrowsMessage<StationFileError>(
+                                         (folder / "cell.station.json").string() +
+                                         ": /parts/0/bodies/0/face_colors/7: expected one of the 6 faces as the key"));
+}
+
+TEST_F(StationGeometry, MeshOfAnotherFormatIsKeptByItsOwnFileAndUnit)
+{
+    const auto parts =
+        ImportFile(folder.write("scan.ply", "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\n"
+                                            "property float y\nproperty float z\nelement face 1\nproperty "
+                                            "list uchar int vertex_indices\nend_header\n0 0 0\n1 0 0\n0 1 "
+                                            "0\n3 0 1 2\n"),
+                   {}, LengthUnit::Metre);
+    Layout::inst().addPart(parts[0]);
+    const std::string uri = parts[0]->getBodies()[0]->getGeometryUri();
+
+    const std::string text = save();
+    EXPECT_THAT(text, HasSubstr("\"uri\": \"scan.ply\""));
+    EXPECT_THAT(text, HasSubstr("\"file_type\": \"mesh\""));
+    EXPECT_THAT(text, HasSubstr("\"unit\": \"m\""));
+    EXPECT_THAT(text, HasSubstr("\"version\": 5,"));
+    std::filesystem::remove_all(cache.path());
+    const auto body = loadBody();
+
+    EXPECT_EQ(body->getGeometryUri(), uri);
+    EXPECT_TRUE(std::filesystem::exists(uri)) << "made anew";
+    EXPECT_EQ(body->getSourceUnit(), LengthUnit::Metre);
+    EXPECT_EQ(save("cell.station.json"), text);
+}
+
+TEST_F(StationGeometry, MeshWhoseFileIsGoneIsKeptFromTheCache)
+{
+    const std::filesystem::path file = folder.write("part.stl", binaryStl());
+    const auto parts = ImportFile(file, {}, LengthUnit::Inch);
+    Layout::inst().addPart(parts[0]);
+    std::filesystem::remove(file);
+
+    const std::string text = save();
+    std::filesystem::remove_all(cache.path());
+    const auto body = loadBody();
+
+    EXPECT_THAT(text, Not(HasSubstr("\"unit\"")));
+    EXPECT_THAT(body->getGeometryUri(), HasSubstr("cell.files/part-"));
+}
+
+TEST_F(StationGeometry, CloudInAnotherUnitLiesWhereItDidWhenItIsReadAgain)
+{
+    const auto cloud = ImportPointCloud(folder.write("scan.xyz", "1 2 3\n"), {}, LengthUnit::Metre);
+    Layout::inst().addPointCloud(cloud);
+    const std::string text = save();
+    EXPECT_THAT(text, HasSubstr("\"unit\": \"m\""));
+    EXPECT_THAT(text, HasSubstr("\"version\": 5,"));
+
+    LoadStationFile(folder / "cell.station.json");
+
+    const layout::PointCloud& loaded = *Layout::inst().pointclouds.at(0);
+    EXPECT_EQ(loaded.getPoints().at(0), rob::Posf(1000, 2000, 3000));
+    EXPECT_EQ(loaded.getFileUnit(), LengthUnit::Metre);
+    EXPECT_EQ(save("again.station.json"), text);
+}
+
 TEST_F(StationGeometry, PointCloudIsReadFromItsFile)
 {
     const std::filesystem::path file = folder.write("scan.xyz", "1 2 3 0 0 1\n4 5 6 0 1 0\n");

@@ -48,38 +48,78 @@ double readAs(const char* at, ByteOrder order)
 void CloudCollector::reserve(std::uint64_t points)
 {
     cloud.points.reserve(points);
-    if (withNormals)
+    if (parts.normals)
         cloud.normals.reserve(points);
-    if (withValues)
+    if (parts.colors)
+        cloud.colors.reserve(points);
+    if (parts.values)
         cloud.values.reserve(points);
 }
 
-void CloudCollector::add(const std::array<double, 3>& point, const std::array<double, 3>& normal, double value)
+bool CloudCollector::add(const PointRecord& record)
 {
+    const auto& [given, normal, color, value] = record;
+    const std::array<double, 3> point{given[0] * parts.scale, given[1] * parts.scale, given[2] * parts.scale};
     const auto isFar = [](double c) { return std::abs(c) > farOut; };
     if (cloud.points.empty() && isFinite(point) && std::ranges::any_of(point, isFar))
         cloud.origin = {std::round(point[0]), std::round(point[1]), std::round(point[2])};
     const std::array<double, 3> local{point[0] - cloud.origin.x, point[1] - cloud.origin.y, point[2] - cloud.origin.z};
     if (!isFinite(local)) {
         ++cloud.dropped;
-        return;
+        return false;
     }
     cloud.points.emplace_back(static_cast<float>(local[0]), static_cast<float>(local[1]), static_cast<float>(local[2]));
-    if (withValues)
+    if (parts.values)
         cloud.values.push_back(static_cast<float>(value));
-    if (!withNormals)
-        return;
+    if (parts.colors)
+        cloud.colors.push_back(color);
+    if (!parts.normals)
+        return true;
     if (isFinite(normal))
         cloud.normals.emplace_back(static_cast<float>(normal[0]), static_cast<float>(normal[1]),
                                    static_cast<float>(normal[2]));
     else
         cloud.normals.emplace_back();
+    return true;
 }
 
 void CloudCollector::dropNormals()
 {
-    withNormals = false;
+    parts.normals = false;
     cloud.normals = {};
+}
+
+std::uint8_t colorByte(double part, double whole)
+{
+    const double byte = std::round(part / whole * 255);
+    return byte >= 255 ? 255 : byte > 0 ? static_cast<std::uint8_t>(byte) : 0; // what is no number is dark
+}
+
+double wholeOf(Scalar type)
+{
+    switch (type) {
+    case Scalar::Float32:
+    case Scalar::Float64:
+        return 1;
+    case Scalar::Int16:
+    case Scalar::UInt16:
+        return 65535;
+    default:
+        return 255; // writers that spend more bytes on it do not mean finer steps
+    }
+}
+
+PointColor packedColor(double number, Scalar type)
+{
+    std::uint32_t bits = 0;
+    if (type == Scalar::Float32 || type == Scalar::Float64)
+        bits = std::bit_cast<std::uint32_t>(static_cast<float>(number)); // the bytes of a float, whatever it would say
+    else if (number >= 0)
+        bits = static_cast<std::uint32_t>(std::min(number, static_cast<double>(0xFFFFFFFFu)));
+    else
+        bits = static_cast<std::uint32_t>(static_cast<std::int32_t>(std::max(number, -2147483648.0)));
+    return {static_cast<std::uint8_t>(bits >> 16), static_cast<std::uint8_t>(bits >> 8),
+            static_cast<std::uint8_t>(bits)};
 }
 
 bool LineReader::next(std::string_view& line)

@@ -195,6 +195,41 @@ std::optional<std::size_t> placeOf(const Header& header, std::string_view name, 
     return std::nullopt;
 }
 
+Scalar typeOf(const Header& header, std::string_view name)
+{
+    return std::ranges::find(header.fields, name, &Field::name)->type;
+}
+
+template <typename LengthOf>
+void takeColors(PointColumns& columns, const Header& header, LengthOf lengthOf)
+{
+    for (const char* name : {"rgb", "rgba"}) {
+        const std::optional<std::size_t> place = placeOf(header, name, lengthOf);
+        if (!place || sizeOf(typeOf(header, name)) != 4)
+            continue;
+        columns.hasColors = columns.isPacked = true;
+        columns.color = {*place, *place, *place};
+        columns.colorType = typeOf(header, name);
+        return;
+    }
+    const auto red = placeOf(header, "r", lengthOf);
+    const auto green = placeOf(header, "g", lengthOf);
+    const auto blue = placeOf(header, "b", lengthOf);
+    if (!red || !green || !blue)
+        return;
+    columns.hasColors = true;
+    columns.color = {*red, *green, *blue};
+    columns.colorType = typeOf(header, "r");
+}
+
+PointColor colorOf(const PointColumns& at, const std::array<double, 3>& parts)
+{
+    if (at.isPacked)
+        return packedColor(parts[0], at.colorType);
+    const double whole = wholeOf(at.colorType);
+    return {colorByte(parts[0], whole), colorByte(parts[1], whole), colorByte(parts[2], whole)};
+}
+
 template <typename LengthOf>
 PointColumns columnsOf(const Header& header, LengthOf lengthOf, std::uint64_t line)
 {
@@ -211,15 +246,16 @@ PointColumns columnsOf(const Header& header, LengthOf lengthOf, std::uint64_t li
         columns.normal[axis] = normal.value_or(0);
         columns.hasNormals = columns.hasNormals && normal;
     }
+    takeColors(columns, header, lengthOf);
     return columns;
 }
 
-Cloud readAscii(std::string_view bytes, const Header& header, LineReader& lines, const Progress& progress)
+Cloud readAscii(std::string_view bytes, const Header& header, LineReader& lines, const Progress& progress, double scale)
 {
     const PointColumns at = columnsOf(
         header, [](const Field& field) { return field.count; }, lines.number());
     const std::uint64_t columns = header.pointColumns();
-    CloudCollector collector(at.hasNormals);
+    CloudCollector collector({.normals = at.hasNormals, .colors = at.hasColors, .scale = scale});
     collector.reserve(std::min(header.points, bytes.size() / (shortestNumber * columns)));
     std::vector<double> numbers;
     std::string_view line;
@@ -228,15 +264,18 @@ Cloud readAscii(std::string_view bytes, const Header& header, LineReader& lines,
             failAtMissingPoints(lines, point, header.points);
         parseNumbers(line, lines.number(), numbers);
         expectNumbers(numbers.size(), columns, lines.number());
-        collector.add({numbers[at.point[0]], numbers[at.point[1]], numbers[at.point[2]]},
-                      {numbers[at.normal[0]], numbers[at.normal[1]], numbers[at.normal[2]]});
+        PointRecord record{.point = {numbers[at.point[0]], numbers[at.point[1]], numbers[at.point[2]]},
+                           .normal = {numbers[at.normal[0]], numbers[at.normal[1]], numbers[at.normal[2]]}};
+        if (at.hasColors)
+            record.color = colorOf(at, {numbers[at.color[0]], numbers[at.color[1]], numbers[at.color[2]]});
+        collector.add(record);
         reportPoint(progress, point, lines.offset(), bytes.size());
     }
     expectNoMoreLines(lines, header.points);
     return collector.take();
 }
 
-/// One of the six numbers of the points: the first of them and the way to that of the next point.
+/// One of the numbers of the points: the first of them and the way to that of the next point.
 struct Column {
     const char* first;
     std::size_t stride;
@@ -260,19 +299,25 @@ Column columnAt(const Header& header, std::string_view data, std::size_t place)
 }
 
 /// @param data  all of it, opened.
-Cloud readBinary(std::string_view data, const Header& header, const PointColumns& at, const Progress& progress)
+Cloud readBinary(std::string_view data, const Header& header, const PointColumns& at, const Progress& progress,
+                 double scale)
 {
     std::array<Column, 3> point;
     std::array<Column, 3> normal;
+    std::array<Column, 3> color;
     for (std::size_t axis = 0; axis < 3; ++axis) {
         point[axis] = columnAt(header, data, at.point[axis]);
         normal[axis] = columnAt(header, data, at.normal[axis]);
+        color[axis] = columnAt(header, data, at.color[axis]);
     }
-    CloudCollector collector(at.hasNormals);
+    CloudCollector collector({.normals = at.hasNormals, .colors = at.hasColors, .scale = scale});
     collector.reserve(header.points);
     for (std::uint64_t i = 0; i < header.points; ++i) {
-        collector.add({point[0].of(i), point[1].of(i), point[2].of(i)},
-                      {normal[0].of(i), normal[1].of(i), normal[2].of(i)});
+        PointRecord record{.point = {point[0].of(i), point[1].of(i), point[2].of(i)},
+                           .normal = {normal[0].of(i), normal[1].of(i), normal[2].of(i)}};
+        if (at.hasColors)
+            record.color = colorOf(at, {color[0].of(i), color[1].of(i), color[2].of(i)});
+        collector.add(record);
         reportPoint(progress, i, i, header.points);
     }
     return collector.take();
@@ -308,22 +353,22 @@ std::string opened(std::string_view bytes, std::size_t begin, const Header& head
 
 } // namespace
 
-Cloud parsePcd(std::string_view bytes, const Progress& progress)
+Cloud parsePcd(std::string_view bytes, const Progress& progress, double scale)
 {
     LineReader lines(bytes);
     const Header header = HeaderReader(lines).read();
     if (header.storage == Storage::Ascii)
-        return readAscii(bytes, header, lines, progress);
+        return readAscii(bytes, header, lines, progress, scale);
 
     const auto bytesOf = [](const Field& field) { return field.size * field.count; };
     const PointColumns at = columnsOf(header, bytesOf, lines.number());
     const std::size_t begin = lines.offset();
     if (header.storage == Storage::Compressed)
-        return readBinary(opened(bytes, begin, header), header, at, progress);
+        return readBinary(opened(bytes, begin, header), header, at, progress, scale);
     const std::uint64_t end = begin + header.points * header.pointSize();
     expectBytes(bytes, end);
     expectNothingFrom(bytes, end, header.points);
-    return readBinary(bytes.substr(begin), header, at, progress);
+    return readBinary(bytes.substr(begin), header, at, progress, scale);
 }
 
 } // namespace vrk::station

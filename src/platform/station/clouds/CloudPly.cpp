@@ -1,151 +1,16 @@
-#include "platform/station/clouds/CloudFormats.h"
+#include "platform/station/clouds/PlyHeader.h"
+#include "platform/station/clouds/PlyMesh.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <limits>
 #include <optional>
 
 namespace vrk::station {
 namespace {
 
-constexpr std::size_t shortestNumber = 2; // a digit and a blank
-
-enum class Form { Ascii, Binary };
-
-struct Property {
-    std::string name;
-    Scalar type = Scalar::Float32;
-    std::optional<Scalar> countType; // of a list: what its length is stored in
-};
-
-struct ElementKind {
-    std::string name;
-    std::uint64_t count = 0;
-    std::vector<Property> properties;
-
-    bool hasList() const
-    {
-        return std::ranges::any_of(properties, [](const Property& p) { return p.countType.has_value(); });
-    }
-    std::uint64_t size() const // of one element without lists, in bytes
-    {
-        std::uint64_t sum = 0;
-        for (const Property& property : properties)
-            sum += sizeOf(property.type);
-        return sum;
-    }
-};
-
-struct Header {
-    Form form = Form::Ascii;
-    ByteOrder order = ByteOrder::Little;
-    std::vector<ElementKind> elements;
-};
-
-std::optional<Scalar> scalarNamed(std::string_view name)
-{
-    struct Named {
-        const char* name;
-        const char* sized;
-        Scalar type;
-    };
-    constexpr std::array<Named, 8> all{{{"char", "int8", Scalar::Int8},
-                                        {"uchar", "uint8", Scalar::UInt8},
-                                        {"short", "int16", Scalar::Int16},
-                                        {"ushort", "uint16", Scalar::UInt16},
-                                        {"int", "int32", Scalar::Int32},
-                                        {"uint", "uint32", Scalar::UInt32},
-                                        {"float", "float32", Scalar::Float32},
-                                        {"double", "float64", Scalar::Float64}}};
-    for (const Named& one : all)
-        if (name == one.name || name == one.sized)
-            return one.type;
-    return std::nullopt;
-}
-
-Scalar scalarAt(std::string_view name, std::uint64_t line)
-{
-    const std::optional<Scalar> type = scalarNamed(name);
-    if (!type)
-        failAtLine(line, fmt::format("{} is no type of a property", inQuotes(name)));
-    return *type;
-}
-
-void takeFormat(Header& header, const std::vector<std::string_view>& words, std::uint64_t line)
-{
-    const std::string_view name = words.size() == 3 && words[2] == "1.0" ? words[1] : std::string_view();
-    if (name != "ascii" && name != "binary_little_endian" && name != "binary_big_endian")
-        failAtLine(line, "not a format of PLY 1.0");
-    header.form = name == "ascii" ? Form::Ascii : Form::Binary;
-    header.order = name == "binary_big_endian" ? ByteOrder::Big : ByteOrder::Little;
-}
-
-void takeProperty(Header& header, const std::vector<std::string_view>& words, std::uint64_t line)
-{
-    if (header.elements.empty())
-        failAtLine(line, "a property before the first element");
-    Property property;
-    if (words.size() == 5 && words[1] == "list") {
-        property.countType = scalarAt(words[2], line);
-        if (*property.countType == Scalar::Float32 || *property.countType == Scalar::Float64)
-            failAtLine(line, "a list whose length is no whole number");
-    } else if (words.size() != 3) {
-        failAtLine(line, "not a property of PLY 1.0");
-    }
-    property.type = scalarAt(words[words.size() - 2], line);
-    property.name = words.back();
-    header.elements.back().properties.push_back(std::move(property));
-}
-
-void takeElement(Header& header, const std::vector<std::string_view>& words, std::uint64_t line)
-{
-    if (words.size() != 3)
-        failAtLine(line, "not an element of PLY 1.0");
-    header.elements.push_back({std::string(words[1]), parseCount(words[2], line), {}});
-}
-
-Header readHeader(LineReader& lines)
-{
-    Header header;
-    std::string_view line;
-    if (!lines.next(line) || line != "ply")
-        failAtLine(1, "not a PLY file");
-    bool hasFormat = false;
-    while (lines.nextFilled(line)) {
-        const std::vector<std::string_view> words = wordsOf(line);
-        const std::string_view key = words[0];
-        if (key == "end_header") {
-            if (!hasFormat)
-                failAtLine(lines.number(), "a header without a format");
-            return header;
-        }
-        if (key == "format") {
-            takeFormat(header, words, lines.number());
-            hasFormat = true;
-        } else if (key == "element") {
-            takeElement(header, words, lines.number());
-        } else if (key == "property") {
-            takeProperty(header, words, lines.number());
-        } else if (key != "comment" && key != "obj_info") {
-            failAtLine(lines.number(), fmt::format("{} is no entry of a PLY header", inQuotes(key)));
-        }
-    }
-    failAtLine(lines.number(), "the file ends before 'end_header'");
-}
-
-/// The place of a property among the vertex's.
-std::optional<std::size_t> indexOf(const ElementKind& vertex, std::string_view name)
-{
-    const auto found =
-        std::ranges::find_if(vertex.properties, [name](const Property& p) { return p.name == name && !p.countType; });
-    if (found == vertex.properties.end())
-        return std::nullopt;
-    return found - vertex.properties.begin();
-}
-
 /// @param property  of which the values are wanted too; empty for none.
-PointColumns columnsOf(const ElementKind& vertex, std::string_view property, std::uint64_t line)
+PointColumns columnsOf(const PlyElement& vertex, std::string_view property, std::uint64_t line)
 {
     constexpr std::array<const char*, 3> pointNames{"x", "y", "z"};
     constexpr std::array<const char*, 3> normalNames{"nx", "ny", "nz"};
@@ -168,166 +33,145 @@ PointColumns columnsOf(const ElementKind& vertex, std::string_view property, std
     return columns;
 }
 
-/// Gives a point its numbers out of one for each property.
-void addPoint(CloudCollector& collector, const PointColumns& at, const std::vector<double>& values)
+void takeColors(PointColumns& columns, const PlyElement& vertex)
 {
-    collector.add({values[at.point[0]], values[at.point[1]], values[at.point[2]]},
-                  {values[at.normal[0]], values[at.normal[1]], values[at.normal[2]]}, at.value ? values[*at.value] : 0);
-}
-
-/// Takes the entries of lists out of a line's numbers, so that one number stands for each property.
-void dropLists(const ElementKind& kind, std::vector<double>& numbers, std::uint64_t line)
-{
-    std::vector<double> kept;
-    std::size_t next = 0;
-    for (const Property& property : kind.properties) {
-        if (next >= numbers.size())
-            failAtLine(line, "the line ends too soon");
-        kept.push_back(numbers[next++]);
-        if (!property.countType)
+    constexpr std::array<std::array<const char*, 3>, 3> names{
+        {{"red", "green", "blue"}, {"diffuse_red", "diffuse_green", "diffuse_blue"}, {"r", "g", "b"}}};
+    for (const auto& [red, green, blue] : names) {
+        const auto r = indexOf(vertex, red), g = indexOf(vertex, green), b = indexOf(vertex, blue);
+        if (!r || !g || !b)
             continue;
-        const double length = kept.back();
-        if (!(length >= 0) || length > static_cast<double>(numbers.size() - next))
-            failAtLine(line, "a list of another length than it says");
-        next += static_cast<std::size_t>(length);
+        columns.hasColors = true;
+        columns.color = {*r, *g, *b};
+        columns.colorType = vertex.properties[*r].type;
+        return;
     }
-    if (next != numbers.size())
-        expectNumbers(numbers.size(), next, line);
-    numbers = std::move(kept);
 }
 
-Cloud readAscii(std::string_view bytes, const Header& header, std::size_t vertexIndex, const PointColumns& at,
-                LineReader& lines, const Progress& progress)
+/// What a point is, out of one number for each property.
+PointRecord recordOf(const PointColumns& at, const std::vector<double>& values)
 {
-    std::string_view line;
-    for (std::size_t i = 0; i < vertexIndex; ++i)
-        for (std::uint64_t left = header.elements[i].count; left > 0; --left)
-            if (!lines.nextFilled(line))
-                failAtMissingPoints(lines, 0, header.elements[vertexIndex].count);
-
-    const ElementKind& vertex = header.elements[vertexIndex];
-    const bool hasList = vertex.hasList();
-    CloudCollector collector(at.hasNormals, at.value.has_value());
-    collector.reserve(std::min(vertex.count, bytes.size() / (shortestNumber * vertex.properties.size())));
-    std::vector<double> numbers;
-    for (std::uint64_t point = 0; point < vertex.count; ++point) {
-        if (!lines.nextFilled(line))
-            failAtMissingPoints(lines, point, vertex.count);
-        parseNumbers(line, lines.number(), numbers);
-        if (hasList)
-            dropLists(vertex, numbers, lines.number());
-        expectNumbers(numbers.size(), vertex.properties.size(), lines.number());
-        addPoint(collector, at, numbers);
-        reportPoint(progress, point, lines.offset(), bytes.size());
+    PointRecord record{.point = {values[at.point[0]], values[at.point[1]], values[at.point[2]]},
+                       .normal = {values[at.normal[0]], values[at.normal[1]], values[at.normal[2]]},
+                       .value = at.value ? values[*at.value] : 0};
+    if (at.hasColors) {
+        const double whole = wholeOf(at.colorType);
+        record.color = {colorByte(values[at.color[0]], whole), colorByte(values[at.color[1]], whole),
+                        colorByte(values[at.color[2]], whole)};
     }
-    if (vertexIndex + 1 == header.elements.size())
-        expectNoMoreLines(lines, vertex.count);
-    return collector.take();
+    return record;
 }
 
-/// Walks over binary elements.
-class BinaryReader {
+/// The reading of one file.
+class PlyReading {
 public:
-    BinaryReader(std::string_view bytes, std::size_t begin, ByteOrder order) : bytes(bytes), at(begin), order(order) {}
-
-    std::size_t offset() const { return at; }
-
-    void skip(const ElementKind& kind)
+    PlyReading(std::string_view bytes, const PlyHeader& header, const LineReader& lines, const Progress& progress,
+               double scale)
+        : header(header), rows(bytes, header, lines), size(bytes.size()), progress(progress), scale(scale)
     {
-        if (!kind.hasList()) {
-            need(kind);
-            at += kind.count * kind.size();
-            return;
-        }
-        for (std::uint64_t i = 0; i < kind.count; ++i)
-            take(kind, nullptr);
     }
 
-    /// Fails early where elements without lists do not fit into what is left.
-    void need(const ElementKind& kind) const
+    void readVertices(const PlyElement& vertex, const PointColumns& at)
     {
-        if (kind.hasList() || kind.size() == 0)
-            return;
-        // A damaged count may be so large that its bytes cannot be counted.
-        const std::uint64_t most = (std::numeric_limits<std::uint64_t>::max() - at) / kind.size();
-        expectBytes(bytes, at + std::min(kind.count, most) * kind.size());
+        rows.expectRoomFor(vertex);
+        CloudCollector collector(
+            {.normals = at.hasNormals, .colors = at.hasColors, .values = at.value.has_value(), .scale = scale});
+        collector.reserve(rows.mostOf(vertex));
+        for (std::uint64_t point = 0; point < vertex.count; ++point) {
+            rows.take(vertex, point, values);
+            if (!collector.add(recordOf(at, values)))
+                content.dropped.push_back(point);
+            reportPoint(progress, point, rows.offset(), size);
+        }
+        content.cloud = collector.take();
     }
 
-    /// One element: one number for each property, that of a list being its length.
-    void take(const ElementKind& kind, std::vector<double>* values)
+    /// Polygons become fans.
+    void readFaces(const PlyElement& face, std::size_t listProperty, std::uint64_t points)
     {
-        for (const Property& property : kind.properties) {
-            const double value = takeScalar(property.countType.value_or(property.type));
-            if (values)
-                values->push_back(value);
-            if (!property.countType)
-                continue;
-            const std::uint64_t left = bytes.size() - at;
-            if (value < 0)
-                throw CloudFault(fmt::format("byte {}: a list of {} entries", at, value));
-            const auto length = static_cast<std::uint64_t>(value) * sizeOf(property.type);
-            if (length > left)
-                expectBytes(bytes, at + length);
-            at += length;
+        std::vector<double> corners;
+        content.indices.reserve(3 * std::min<std::uint64_t>(rows.mostOf(face), std::uint64_t{1} << 24));
+        for (std::uint64_t i = 0; i < face.count; ++i) {
+            rows.take(face, i, values, listProperty, &corners);
+            for (const double corner : corners)
+                if (!(corner >= 0 && corner < static_cast<double>(points)))
+                    throw CloudFault(
+                        fmt::format("{}: a face with vertex {:.0f} where there are {}", rows.place(), corner, points));
+            for (std::size_t k = 2; k < corners.size(); ++k)
+                for (const double corner : {corners[0], corners[k - 1], corners[k]})
+                    content.indices.push_back(static_cast<unsigned>(corner));
+            reportPoint(progress, i, rows.offset(), size);
         }
+    }
+
+    PlyContent read(std::size_t vertexIndex, const PointColumns& at, bool withFaces)
+    {
+        const PlyElement& vertex = header.elements[vertexIndex];
+        for (std::size_t i = 0; i < header.elements.size(); ++i) {
+            const PlyElement& element = header.elements[i];
+            const std::optional<std::size_t> list = withFaces ? facesOf(element) : std::nullopt;
+            if (i == vertexIndex)
+                readVertices(vertex, at);
+            else if (list)
+                readFaces(element, *list, vertex.count);
+            else
+                rows.skip(element);
+        }
+        rows.expectEnd(vertex.count);
+        return std::move(content);
     }
 
 private:
-    double takeScalar(Scalar type)
-    {
-        expectBytes(bytes, at + sizeOf(type));
-        const double value = readScalar(bytes.data() + at, type, order);
-        at += sizeOf(type);
-        return value;
-    }
-
-    std::string_view bytes;
-    std::size_t at;
-    ByteOrder order;
+    const PlyHeader& header;
+    PlyRows rows;
+    std::size_t size;
+    const Progress& progress;
+    double scale;
+    std::vector<double> values;
+    PlyContent content;
 };
 
-Cloud readBinary(std::string_view bytes, const Header& header, std::size_t vertexIndex, const PointColumns& at,
-                 std::size_t begin, const Progress& progress)
+PlyContent contentOf(std::string_view bytes, std::string_view property, bool withFaces, const Progress& progress,
+                     double scale)
 {
-    BinaryReader reader(bytes, begin, header.order);
-    for (std::size_t i = 0; i < vertexIndex; ++i)
-        reader.skip(header.elements[i]);
-
-    const ElementKind& vertex = header.elements[vertexIndex];
-    reader.need(vertex);
-    CloudCollector collector(at.hasNormals, at.value.has_value());
-    collector.reserve(std::min(vertex.count, (bytes.size() - reader.offset()) / vertex.size()));
-    std::vector<double> values;
-    for (std::uint64_t point = 0; point < vertex.count; ++point) {
-        values.clear();
-        reader.take(vertex, &values);
-        addPoint(collector, at, values);
-        reportPoint(progress, point, reader.offset(), bytes.size());
-    }
-    if (vertexIndex + 1 == header.elements.size())
-        expectNothingFrom(bytes, reader.offset(), vertex.count);
-    return collector.take();
+    LineReader lines(bytes);
+    const PlyHeader header = readPlyHeader(lines);
+    const auto vertex = std::ranges::find(header.elements, "vertex", &PlyElement::name);
+    if (vertex == header.elements.end())
+        failAtLine(lines.number(), "a header without an element 'vertex'");
+    PointColumns at = columnsOf(*vertex, property, lines.number());
+    takeColors(at, *vertex);
+    return PlyReading(bytes, header, lines, progress, scale)
+        .read(static_cast<std::size_t>(vertex - header.elements.begin()), at, withFaces);
 }
 
 } // namespace
 
-Cloud parsePly(std::string_view bytes, const Progress& progress)
+std::optional<std::size_t> facesOf(const PlyElement& element)
 {
-    return parsePlyWithValues(bytes, {}, progress);
+    if (element.name != "face")
+        return std::nullopt;
+    for (std::size_t i = 0; i < element.properties.size(); ++i) {
+        const PlyProperty& property = element.properties[i];
+        if (property.countType && (property.name == "vertex_indices" || property.name == "vertex_index"))
+            return i;
+    }
+    return std::nullopt;
+}
+
+Cloud parsePly(std::string_view bytes, const Progress& progress, double scale)
+{
+    return contentOf(bytes, {}, false, progress, scale).cloud;
 }
 
 Cloud parsePlyWithValues(std::string_view bytes, std::string_view property, const Progress& progress)
 {
-    LineReader lines(bytes);
-    const Header header = readHeader(lines);
-    const auto vertex = std::ranges::find(header.elements, "vertex", &ElementKind::name);
-    if (vertex == header.elements.end())
-        failAtLine(lines.number(), "a header without an element 'vertex'");
-    const PointColumns at = columnsOf(*vertex, property, lines.number());
-    const auto index = static_cast<std::size_t>(vertex - header.elements.begin());
-    if (header.form == Form::Ascii)
-        return readAscii(bytes, header, index, at, lines, progress);
-    return readBinary(bytes, header, index, at, lines.offset(), progress);
+    return contentOf(bytes, property, false, progress, 1).cloud;
+}
+
+PlyContent parsePlyWithFaces(std::string_view bytes, const Progress& progress, double scale)
+{
+    return contentOf(bytes, {}, true, progress, scale);
 }
 
 } // namespace vrk::station

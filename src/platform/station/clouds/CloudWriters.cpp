@@ -38,6 +38,9 @@ void appendPoints(std::string& bytes, const ExportedPoints& points, const PlyExt
         if (!points.normals.empty())
             for (const float part : {points.normals[i].x, points.normals[i].y, points.normals[i].z})
                 append<float>(bytes, part);
+        if (!points.colors.empty())
+            for (const std::uint8_t part : {points.colors[i].r, points.colors[i].g, points.colors[i].b})
+                append<std::uint8_t>(bytes, part);
         if (!extras.property.empty())
             append<float>(bytes, extras.values[i]);
     }
@@ -63,6 +66,9 @@ void appendLines(std::string& text, const ExportedPoints& points)
         if (!points.normals.empty()) {
             const rob::Vec3f& n = points.normals[i];
             fmt::format_to(out, " {} {} {}", n.x, n.y, n.z);
+        } else if (!points.colors.empty()) {
+            const PointColor& color = points.colors[i];
+            fmt::format_to(out, " {} {} {}", color.r, color.g, color.b);
         }
         text += '\n';
     }
@@ -78,13 +84,15 @@ std::string plyOf(const ExportedPoints& points, const PlyExtras& extras)
         bytes += fmt::format("property {} {}\n", areFloats ? "float" : "double", name);
     if (!points.normals.empty())
         bytes += "property float nx\nproperty float ny\nproperty float nz\n";
+    if (!points.colors.empty())
+        bytes += "property uchar red\nproperty uchar green\nproperty uchar blue\n";
     if (!extras.property.empty())
         bytes += fmt::format("property float {}\n", extras.property);
     if (!extras.indices.empty())
         bytes += fmt::format("element face {}\nproperty list uchar uint vertex_indices\n", extras.indices.size() / 3);
     bytes += "end_header\n";
     bytes.reserve(bytes.size() + points.points.size() * (areFloats ? 12 : 24) + points.normals.size() * 12 +
-                  extras.values.size() * 4 + extras.indices.size() / 3 * 13);
+                  points.colors.size() * 3 + extras.values.size() * 4 + extras.indices.size() / 3 * 13);
     if (areFloats)
         appendPoints<float>(bytes, points, extras);
     else

@@ -17,7 +17,7 @@ struct PlyExtras {
 
 /// Binary, little-endian.
 std::string plyOf(const ExportedPoints& points, const PlyExtras& extras = {});
-/// A point a line, with its normal where there are any.
+/// A point a line, with its normal where there are any, else with its colour.
 std::string xyzOf(const ExportedPoints& points);
 
 } // namespace vrk::station

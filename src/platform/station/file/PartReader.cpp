@@ -62,6 +62,9 @@ void PartReader::readBody(const JsonPlace& at, layout::Part& part)
         const auto [stop, error] = std::from_chars(key.data(), end, face);
         if (error != std::errc() || stop != end || face == 0 || key.front() == '0')
             color.fail("the number of a face, from 1, as the key");
+        if (const TopoDS_Shape& shape = body->getShape(); !shape.IsNull()) // else it was not asked for
+            if (const int faces = body->getFaceMap().Extent(); face > static_cast<unsigned>(faces))
+                color.fail(fmt::format("one of the {} faces as the key", faces));
         body->setFaceColor(face, colorAt(color));
     });
 }

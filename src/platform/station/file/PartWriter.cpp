@@ -9,6 +9,8 @@
 
 #include <fmt/format.h>
 
+#include <charconv>
+
 namespace vrk::station {
 namespace {
 
@@ -16,6 +18,14 @@ void addText(Json& json, const char* key, const std::string& text)
 {
     if (!text.empty())
         json[key] = text;
+}
+
+/// Another shape may have taken the place of the one that had the face; a reader refuses what is left of it.
+bool hasFace(const layout::Body& body, const std::string& number)
+{
+    unsigned face = 0;
+    std::from_chars(number.data(), number.data() + number.size(), face);
+    return body.getShape().IsNull() || face <= static_cast<unsigned>(body.getFaceMap().Extent());
 }
 
 } // namespace
@@ -45,8 +55,11 @@ Json PartWriter::jsonOf(const layout::Body& body)
     addText(json, "material", sdf::textAt(element, "visual/material/name"));
     addText(json, "color", sdf::textAt(element, "visual/color"));
     if (const auto colors = element.get("visual/face_colors")) {
-        for (const auto& face : colors->getChildren()) // each is called "f<index>"
-            json["face_colors"][face->getName().substr(1)] = face->asString();
+        for (const auto& face : colors->getChildren()) { // each is called "f<index>"
+            const std::string number = face->getName().substr(1);
+            if (hasFace(body, number))
+                json["face_colors"][number] = face->asString();
+        }
     }
     return json;
 }

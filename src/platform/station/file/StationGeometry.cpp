@@ -54,6 +54,23 @@ std::string nameBase(const std::filesystem::path& stationFile)
     return isStationFile(stationFile) ? name.substr(0, name.size() - ending.size()) : stationFile.stem().string();
 }
 
+LengthUnit unitAt(const JsonPlace& place)
+{
+    if (!place.has("unit"))
+        return LengthUnit::Millimetre;
+    const JsonPlace at = place.at("unit");
+    const std::optional<LengthUnit> unit = LengthUnitNamed(at.asText());
+    if (!unit)
+        at.fail("\"mm\", \"cm\", \"m\" or \"in\"");
+    return *unit;
+}
+
+void addUnit(Json& json, LengthUnit unit)
+{
+    if (unit != LengthUnit::Millimetre)
+        json["unit"] = NameOf(unit);
+}
+
 } // namespace
 
 GeometryReader::GeometryReader(const std::filesystem::path& stationFile, GeometryUse use, const Progress& progress)
@@ -71,22 +88,25 @@ std::string GeometryReader::uriOf(const JsonPlace& place) const
 
 void GeometryReader::give(layout::Body& body, const JsonPlace& place)
 {
-    place.expectObject({"uri", "file_type"});
+    place.expectObject({"uri", "file_type", "unit"});
     const JsonPlace uriPlace = place.at("uri");
     const std::string uri = uriOf(uriPlace);
     const std::string type = place.at("file_type").asText();
-    if (type != "brep" && type != "stl")
-        place.at("file_type").fail("\"brep\" or \"stl\"");
+    if (type != "brep" && type != "stl" && type != "mesh")
+        place.at("file_type").fail("\"brep\", \"stl\" or \"mesh\"");
+    if (type == "brep" && place.has("unit"))
+        place.at("unit").fail("no unit, as a shape has its own");
+    const LengthUnit unit = unitAt(place);
     body.setGeometry(uri, type);
+    if (type == "mesh" || unit != LengthUnit::Millimetre)
+        body.setSource(uri, unit);
     if (use == GeometryUse::Skip || hasScheme(uri))
         return;
 
-    const Pieces& pieces = piecesOf(fileOf(uri, type == "brep"), uriPlace);
-    if (type == "stl") {
-        // A form that the view does not read was converted.
-        body.setGeometry(pieces.begin()->second->getGeometryUri(), "stl");
-        return;
-    }
+    const FileInUnit file{fileOf(uri, type == "brep"), unit};
+    if (type != "brep")
+        return giveMesh(body, file, uriPlace);
+    const Pieces& pieces = piecesOf(file, uriPlace);
     if (const auto found = pieces.find(uri); found != pieces.end()) {
         body.setShape(found->second->getShape());
     } else if (uri.find('#') == std::string::npos) {
@@ -99,9 +119,20 @@ void GeometryReader::give(layout::Body& body, const JsonPlace& place)
     }
 }
 
-const GeometryReader::Pieces& GeometryReader::piecesOf(const std::filesystem::path& file, const JsonPlace& place)
+/// A form that the view does not read, or a unit that is not the model's, was converted.
+void GeometryReader::giveMesh(layout::Body& body, const FileInUnit& file, const JsonPlace& place)
 {
-    const auto [entry, isNew] = files.try_emplace(file);
+    const auto& [uri, mesh] = *piecesOf(file, place).begin();
+    if (!mesh->isMesh())
+        place.fail(fmt::format("a mesh, not '{}'", place.asText()));
+    body.setGeometry(mesh->getGeometryUri(), mesh->getFileType());
+    body.setSource(mesh->getSourceFile(), mesh->getSourceUnit());
+}
+
+const GeometryReader::Pieces& GeometryReader::piecesOf(const FileInUnit& fileInUnit, const JsonPlace& place)
+{
+    const auto& [file, unit] = fileInUnit;
+    const auto [entry, isNew] = files.try_emplace(fileInUnit);
     Pieces& pieces = entry->second;
     if (!isNew)
         return pieces;
@@ -114,7 +145,7 @@ const GeometryReader::Pieces& GeometryReader::piecesOf(const std::filesystem::pa
     };
     tell({}, 0);
     try {
-        for (const auto& part : ImportFile(file, tell)) {
+        for (const auto& part : ImportFile(file, tell, unit)) {
             for (const auto& body : part->getBodies())
                 pieces.emplace(body->getGivenUri(), body);
         }
@@ -127,9 +158,10 @@ const GeometryReader::Pieces& GeometryReader::piecesOf(const std::filesystem::pa
 std::shared_ptr<layout::PointCloud> GeometryReader::makeCloud(unsigned id, const std::string& name,
                                                               const JsonPlace& place)
 {
-    place.expectObject({"uri", "file_type"});
+    place.expectObject({"uri", "file_type", "unit"});
     const JsonPlace uriPlace = place.at("uri");
     const std::string uri = uriOf(uriPlace);
+    const LengthUnit unit = unitAt(place);
     const std::string type = place.at("file_type").asText();
     if (type != "ply" && type != "pcd" && type != "xyz")
         place.at("file_type").fail("\"ply\", \"pcd\" or \"xyz\"");
@@ -141,13 +173,16 @@ std::shared_ptr<layout::PointCloud> GeometryReader::makeCloud(unsigned id, const
         if (!isFile(file))
             uriPlace.fail(fmt::format("a file that is there, not '{}'", uriPlace.asText()));
         try {
-            const auto read = ImportPointCloud(file, progress);
-            cloud = std::make_shared<layout::PointCloud>(id, name, read->getPoints(), read->getNormals());
+            cloud = std::make_shared<layout::PointCloud>(id, name, layout::PointCloud::Points());
+            layout::PointCloud::Content content;
+            ImportPointCloud(file, progress, unit)->exchange(content);
+            cloud->exchange(content);
         } catch (const ImportError& failure) {
             uriPlace.fail(fmt::format("geometry that can be read: {}", failure.what()));
         }
     }
     cloud->setGeometry(uri, type);
+    cloud->setFileUnit(unit);
     return cloud;
 }
 
@@ -158,6 +193,13 @@ GeometryWriter::GeometryWriter(const std::filesystem::path& stationFile)
 
 Json GeometryWriter::jsonOf(const layout::Body& body, const std::string& path)
 {
+    if (const std::string source = body.getSourceFile(); isFile(source)) {
+        Json json{{"uri", relative(source)}, {"file_type", body.getFileType()}};
+        addUnit(json, body.getSourceUnit());
+        meshes = true;
+        return json;
+    }
+    meshes = meshes || body.getFileType() == "mesh";
     return {{"uri", reference(body.getGeometryUri(), &body, path + "/geometry/uri")},
             {"file_type", body.getFileType()}};
 }
@@ -166,8 +208,11 @@ Json GeometryWriter::jsonOf(const layout::PointCloud& cloud, const std::string& 
 {
     if (cloud.getGeometryUri().empty() && !cloud.getPoints().empty())
         return {{"uri", exported(cloud, path)}, {"file_type", "ply"}};
-    return {{"uri", reference(cloud.getGeometryUri(), nullptr, path + "/geometry/uri")},
-            {"file_type", cloud.getFileType()}};
+    Json json{{"uri", reference(cloud.getGeometryUri(), nullptr, path + "/geometry/uri")},
+              {"file_type", cloud.getFileType()}};
+    addUnit(json, cloud.getFileUnit());
+    meshes = meshes || json.contains("unit");
+    return json;
 }
 
 std::string GeometryWriter::reference(const std::string& uri, const layout::Body* body, const std::string& path)
@@ -231,8 +276,10 @@ std::string GeometryWriter::exported(const layout::PointCloud& cloud, const std:
     points.points.reserve(cloud.getPoints().size());
     for (const rob::PosTemplate<float>& point : cloud.getPoints())
         points.points.emplace_back(point);
-    if (cloud.getNormals().size() == cloud.getPoints().size())
+    if (cloud.hasNormals())
         points.normals = cloud.getNormals();
+    if (cloud.hasColors())
+        points.colors = cloud.getColors();
     std::string bytes = plyOf(points);
     const std::string name = fmt::format("{}-{}.ply", plainName(cloud.getName()), hashOf(bytes));
     texts.emplace(name, std::move(bytes));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/geometry/LengthUnit.h"
 #include "platform/station/Import.h"
 #include "platform/station/file/StationJson.h"
 
@@ -7,6 +8,7 @@
 
 #include <map>
 #include <set>
+#include <utility>
 
 namespace vrk::layout {
 class Body;
@@ -32,16 +34,19 @@ public:
     std::shared_ptr<layout::PointCloud> makeCloud(unsigned id, const std::string& name, const JsonPlace& place);
 
 private:
+    /// A file of meshes or shapes, in the unit that is told for one that has none.
+    using FileInUnit = std::pair<std::filesystem::path, LengthUnit>;
     /// What a file holds, by the URI of each piece.
     using Pieces = std::map<std::string, std::shared_ptr<layout::Body>>;
 
     std::string uriOf(const JsonPlace& place) const;
-    const Pieces& piecesOf(const std::filesystem::path& file, const JsonPlace& place);
+    const Pieces& piecesOf(const FileInUnit& file, const JsonPlace& place);
+    void giveMesh(layout::Body& body, const FileInUnit& file, const JsonPlace& place);
 
     std::filesystem::path folder; // of the station
     GeometryUse use;
     const Progress& progress;
-    std::map<std::filesystem::path, Pieces> files;
+    std::map<FileInUnit, Pieces> files;
     std::map<std::string, TopoDS_Shape> wholeShapes;
 };
 
@@ -53,6 +58,8 @@ public:
     /// The "geometry" of a body. @param path  of the body, for failures.
     Json jsonOf(const layout::Body& body, const std::string& path);
     Json jsonOf(const layout::PointCloud& cloud, const std::string& path);
+    /// Whether any of them is in a unit, or a mesh of a kind, that came with version `meshVersion`.
+    bool hasMeshes() const { return meshes; }
     /// Writes what was gathered. Files of these names hold the same already and stay.
     void write() const;
 
@@ -71,6 +78,7 @@ private:
     std::map<std::string, std::filesystem::path> copies; // by file name
     std::map<std::string, std::string> texts;            // by file name
     std::map<std::string, std::string> exportedUris;
+    bool meshes = false;
 };
 
 } // namespace vrk::station

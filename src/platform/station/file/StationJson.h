@@ -19,6 +19,7 @@ inline constexpr int firstVersion = 1;
 inline constexpr int programVersion = 2; ///< with paths, robot targets and manufacturing shapes
 inline constexpr int cloudVersion = 3;   ///< with hidden points of clouds
 inline constexpr int measureVersion = 4; ///< with dimensions, and the robots whose reach is shown
+inline constexpr int meshVersion = 5; ///< with meshes of other formats than STL, units of files, and joints that follow
 inline constexpr std::string_view stationFormat = "vrk-station";
 
 /// The value of a text, in which no key stands twice.

@@ -67,8 +67,8 @@ private:
         if (format.asText() != stationFormat)
             format.fail(fmt::format("\"{}\"", stationFormat));
         const JsonPlace version = root.at("version");
-        if (!version.get().is_number_unsigned() || version.get() < firstVersion || version.get() > measureVersion)
-            version.fail(fmt::format("a version from {} to {}", firstVersion, measureVersion));
+        if (!version.get().is_number_unsigned() || version.get() < firstVersion || version.get() > meshVersion)
+            version.fail(fmt::format("a version from {} to {}", firstVersion, meshVersion));
         tasks.withPrograms = version.get() >= programVersion;
         parts.withHiddenPoints = version.get() >= cloudVersion;
         if (version.get() < measureVersion)

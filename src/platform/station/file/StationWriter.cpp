@@ -24,13 +24,13 @@ namespace {
 class StationWriter {
 public:
     StationWriter(const layout::StationContent& content, GeometryWriter& geometry)
-        : content(content), parts(geometry), mechanisms(parts)
+        : content(content), geometry(geometry), parts(geometry), mechanisms(parts)
     {
     }
 
     Json write()
     {
-        Json json{{"format", stationFormat}, {"version", version()}};
+        Json json{{"format", stationFormat}, {"version", firstVersion}};
         if (content.lastViewPointPose != rob::Posed())
             json["view"] = station::jsonOf(content.lastViewPointPose);
         addList(json, "manipulators", content.manipulators,
@@ -55,12 +55,26 @@ public:
             json["reach"] = content.reaches;
         for (const auto& dimension : content.dimensions)
             json["dimensions"].push_back(station::jsonOf(*dimension));
+        json["version"] = version();
         return json;
     }
 
 private:
+    template <typename List>
+    static bool doesAnyFollow(const List& mechanisms)
+    {
+        return std::ranges::any_of(mechanisms, [](const auto& mechanism) {
+            return std::ranges::any_of(mechanism->getJoints(),
+                                       [](const layout::Joint& joint) { return joint.follows.has_value(); });
+        });
+    }
+
+    /// Known when all is written.
     int version() const
     {
+        if (geometry.hasMeshes() || doesAnyFollow(content.manipulators) || doesAnyFollow(content.tools) ||
+            doesAnyFollow(content.devices))
+            return meshVersion;
         if (!content.reaches.empty() || !content.dimensions.empty())
             return measureVersion;
         if (std::ranges::any_of(content.pointclouds,
@@ -109,6 +123,7 @@ private:
     }
 
     const layout::StationContent& content;
+    GeometryWriter& geometry;
     PartWriter parts;
     MechanismWriter mechanisms;
 };

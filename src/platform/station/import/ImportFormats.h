@@ -12,7 +12,9 @@ using Parts = std::vector<std::shared_ptr<layout::Part>>;
 constexpr double meshingStart = 0.5; ///< the share of an import that comes before the meshing
 
 /// The one part of a file; `file` is absolute, is there and is not empty.
-Parts readStl(const std::filesystem::path& file, const Progress& progress);
+Parts readStl(const std::filesystem::path& file, const Progress& progress, LengthUnit unit);
+/// The same of another mesh.
+Parts readMesh(const std::filesystem::path& file, const Progress& progress, LengthUnit unit);
 
 /// @throws ImportError where there is no such file, or none with something in it to read.
 void checkReadable(const std::filesystem::path& file);
