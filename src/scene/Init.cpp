@@ -7,6 +7,7 @@
 #include "mesh/MeshManager.h"
 #include "platform/common/Logger.h"
 #include "preview/marks/PreviewVisualsHelper.h"
+#include "scene/DriverPacer.h"
 #include "scene/FrameTimer.h"
 #include "scene/InitSteps.h"
 #include "scene/Scene.h"
@@ -155,6 +156,7 @@ void buildScene(const SceneSettings& settings)
     // The scene draws with meshes that must stand before it.
     MeshManager::Init();
     Scene::Init(settings);
+    SceneCore::Get()->record<DriverPacer>();
     previewVisuals = new PreviewVisualsHelper;
     Scene::Get()->setGrid(true);
     DragHandle::Build();

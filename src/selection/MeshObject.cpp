@@ -1,12 +1,39 @@
 #include "selection/MeshObject.h"
 
+#include "mesh/MeshManager.h"
 #include "mesh/paint/PaintMesh.h"
+#include "platform/common/SharedThings.h"
 #include "selection/SensitiveMesh.h"
+#include "selection/geometry/BVHBuilder.h"
 #include "visual/MeshVisual.h"
 #include "visual/PaintVisual.h"
 #include "visual/VisualCast.h"
 
 namespace vrk::selection {
+
+/// A mesh as the one part of all objects of it, in the mesh's own coordinates. It keeps the mesh, so that no other one gets
+/// its address. Thread: render thread; the queries as those of the part.
+class MeshParts : public PrimitiveContainer {
+public:
+    static std::shared_ptr<const MeshParts> Of(visual::Mesh* mesh)
+    {
+        static auto* const all = new common::SharedThings<visual::Mesh*, MeshParts>; // as long as the process
+        return all->get(
+            mesh, [](const MeshParts&) { return true; }, [mesh] { return std::make_shared<const MeshParts>(mesh); });
+    }
+
+    explicit MeshParts(visual::Mesh* mesh) : mesh(mesh)
+    {
+        primitives.push_back(new SensitiveMesh(mesh, nullptr, {}));
+        bvh = BVHBuilder(this).build();
+        visual::MeshManager::holdMesh(mesh);
+    }
+    ~MeshParts() override { visual::MeshManager::releaseMesh(mesh); }
+
+private:
+    visual::Mesh* mesh;
+};
+
 namespace {
 
 rob::Vec3Template<float> times(const rob::Vec3Template<float>& v, const rob::Vec3Template<float>& scale)
@@ -32,13 +59,15 @@ visual::Mesh* meshOf(visual::Visual* visual)
 
 MeshObject::MeshObject(visual::Visual* visual) : SelectableObject(ObjectKind::Mesh, visual) {}
 
+MeshObject::~MeshObject() = default;
+
 void MeshObject::buildPrimitives()
 {
     visual::Mesh* mesh = meshOf(visual);
     if (!mesh)
         return;
-    primitives.push_back(new SensitiveMesh(mesh, visual, {}));
-    buildHierarchy();
+    parts = MeshParts::Of(mesh);
+    borrowParts(*parts);
 }
 
 void MeshObject::update()
@@ -89,8 +118,10 @@ void MeshObject::intersectRay(Result& result, const visual::Ray& ray) const
     const rob::Vec3Template<float> direction = divided(rob::Vec3Template<float>(moved.direction), worldScale);
     const rob::PosTemplate<float> origin(divided(rob::Vec3Template<float>(moved.origin), worldScale));
     closestHitRay(result, visual::Ray(origin, rob::normalized(direction)));
-    if (result.hit)
-        result.position = toWorld(result.position);
+    if (!result.hit)
+        return;
+    result.visual = visual;
+    result.position = toWorld(result.position);
 }
 
 void MeshObject::forEachInBox(const visual::Box& question, std::function<void(unsigned)> callback) const

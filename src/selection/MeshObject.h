@@ -2,15 +2,20 @@
 
 #include "selection/SelectableObject.h"
 
+#include <memory>
+
 namespace vrk::selection {
 
-/// A mesh that can be drawn in another size than its own.
+class MeshParts;
+
+/// A mesh that can be drawn in another size than its own. The objects of one mesh have their part in common.
 ///
 /// Where the scale is not 1, the distance of a hit is one in the mesh's own size and not a length in the world.
 class VRK_EXPORT MeshObject final : public SelectableObject {
 public:
     /// A visual that draws no mesh gives an object without parts.
     explicit MeshObject(visual::Visual* visual);
+    ~MeshObject() override;
 
     void intersectLine(Result& result, const rob::LineTemplate<float>& line) const override;
     void intersectTriangle(Result& result, const rob::TriangleTemplate<float>& triangle) const override;
@@ -26,6 +31,8 @@ private:
     /// From the world to the mesh.
     rob::PosTemplate<float> toMesh(const rob::PosTemplate<float>& p) const;
     rob::PosTemplate<float> toWorld(const rob::PosTemplate<float>& p) const;
+
+    std::shared_ptr<const MeshParts> parts; // once they are made
 };
 
 /// Whether it is the paint on a body. The questions that stand beside the plain ones pass over it: it lies on the body, whose

@@ -7,6 +7,12 @@
 
 namespace vrk::selection {
 
+SelectableObject::~SelectableObject()
+{
+    if (isBorrower)
+        primitives.clear();
+}
+
 void SelectableObject::intersectRayWithin(Result& result, const visual::Ray& ray, float) const
 {
     intersectRay(result, ray);
@@ -58,6 +64,14 @@ void SelectableObject::updateFromHierarchy()
 void SelectableObject::buildHierarchy()
 {
     bvh = BVHBuilder(this).build();
+}
+
+void SelectableObject::borrowParts(const PrimitiveContainer& all)
+{
+    isBorrower = true;
+    primitives = all.primitives;
+    bvh.root = all.bvh.root;
+    bvh.arena.reset(); // the nodes are not its own
 }
 
 void SelectableObject::finish(Result& result) const

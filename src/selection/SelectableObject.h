@@ -23,12 +23,15 @@ struct PickLimits {
 /// that can be hit.
 ///
 /// A question from the world is moved into the object's coordinates, and the answer is moved back: so a body that moves
-/// costs a pose and a box, and its triangles stay as they are.
+/// costs a pose and a box, and its triangles stay as they are. So, too, objects of one geometry have their parts in common,
+/// whatever their poses and scales: each has but a list of them.
 ///
 /// Owner: VisualSelection. The visual is not owned and must outlive it.
 /// Thread: changed on the render thread; the queries read what the latest `update` settled.
 class VRK_EXPORT SelectableObject : public BVHPrimitive, public PrimitiveContainer {
 public:
+    ~SelectableObject() override;
+
     enum class ObjectKind : unsigned { Shape = 0, Curve = 1, Mesh = 2, Line = 3, Point = 4, PointCloud = 5 };
 
     /// Makes the parts, the first time, and takes the pose of the visual. Does nothing while the object is not marked as
@@ -78,9 +81,14 @@ protected:
     void takePose(const rob::PoseTemplate<float>& pose);
     /// Appends the parts. A failure leaves none behind.
     virtual void buildPrimitives() {}
+    /// In place of parts and a hierarchy of its own, takes those of `all`, which the derived class keeps alive.
+    void borrowParts(const PrimitiveContainer& all);
     void buildHierarchy();
     /// On a hit: fills the visual and brings the position to the world.
     void finish(Result& result) const;
+
+private:
+    bool isBorrower = false; // owns none of its parts
 };
 
 } // namespace vrk::selection

@@ -31,6 +31,7 @@ public:
 
     unsigned getFaceIndex() const { return faceIndex; }
     const TopoDS_Face& getFace() const { return face; }
+    bool isMadeOf(const Handle(Poly_Triangulation) & triangles) const { return triangulation == triangles; }
 
 private:
     void buildTriangles();

@@ -1,13 +1,12 @@
 #include "selection/ShapeObject.h"
 
 #include "selection/SensitiveFace.h"
-#include "selection/ShapeBorders.h"
+#include "selection/ShapeParts.h"
 #include "selection/geometry/BVHWalk.h"
 #include "visual/SolidVisual.h"
 
-#include <BRep_Tool.hxx>
-#include <TopLoc_Location.hxx>
-#include <TopoDS.hxx>
+#include <algorithm>
+#include <ranges>
 
 namespace vrk::selection {
 
@@ -20,20 +19,19 @@ ShapeObject::~ShapeObject() = default;
 
 const ShapeBorders& ShapeObject::getBorders() const
 {
-    std::call_once(bordersAsked, [this] { borders = std::make_unique<const ShapeBorders>(shape, primitives); });
-    return *borders;
+    return parts->getBorders();
 }
 
 void ShapeObject::buildPrimitives()
 {
     const layout::FaceMap& faces = solid->getFaceMap();
-    TopLoc_Location location;
-    for (int i = 1; i <= faces.Size(); ++i) {
-        const auto index = static_cast<unsigned>(i);
-        if (solid->isFaceVisible(index) && !BRep_Tool::Triangulation(TopoDS::Face(faces(i)), location).IsNull())
-            primitives.push_back(new SensitiveFace(faces(i), index));
-    }
-    buildHierarchy();
+    const auto isVisible = [this](unsigned face) { return solid->isFaceVisible(face); };
+    const bool isWhole = std::ranges::all_of(std::views::iota(1u, static_cast<unsigned>(faces.Size()) + 1), isVisible);
+    if (isWhole && shape.IsEqual(solid->getShape()))
+        parts = ShapeParts::Of(shape, faces);
+    else
+        parts = std::make_shared<const ShapeParts>(shape, faces, isVisible);
+    borrowParts(*parts);
 }
 
 /// Bodies share a map of faces, which is made when it is first asked for.

@@ -5,7 +5,6 @@
 #include <TopoDS_Shape.hxx>
 
 #include <memory>
-#include <mutex>
 
 namespace vrk::visual {
 class SolidVisual;
@@ -14,8 +13,10 @@ class SolidVisual;
 namespace vrk::selection {
 
 class ShapeBorders;
+class ShapeParts;
 
-/// A solid, by those of its faces that are shown and have triangles.
+/// A solid, by those of its faces that are shown and have triangles. Solids of one shape that show all of them have their
+/// parts in common.
 class VRK_EXPORT ShapeObject final : public SelectableObject {
 public:
     ShapeObject(const TopoDS_Shape& shape, visual::SolidVisual* visual);
@@ -41,8 +42,7 @@ private:
 
     visual::SolidVisual* solid;
     TopoDS_Shape shape;
-    mutable std::once_flag bordersAsked;
-    mutable std::unique_ptr<const ShapeBorders> borders;
+    std::shared_ptr<const ShapeParts> parts; // once they are made
 };
 
 } // namespace vrk::selection

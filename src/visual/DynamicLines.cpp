@@ -5,6 +5,7 @@
 #include <Ogre.h>
 
 #include <cstring>
+#include <utility>
 
 namespace vrk::visual {
 
@@ -20,25 +21,44 @@ void DynamicLines::createVertexDeclaration()
 
 void DynamicLines::addPoint(float x, float y, float z)
 {
-    points.emplace_back(x, y, z);
+    ownPoints().emplace_back(x, y, z);
     dirty = true;
 }
 
 void DynamicLines::setPoint(unsigned index, const rob::Vec3Template<float>& point)
 {
-    points[index] = rob::PosTemplate<float>(point);
+    ownPoints()[index] = rob::PosTemplate<float>(point);
     dirty = true;
 }
 
 void DynamicLines::clear()
 {
-    points.clear();
+    ownPoints().clear();
     dirty = true;
+}
+
+void DynamicLines::drawAs(std::shared_ptr<const DynamicLines> wanted)
+{
+    model = std::move(wanted);
+    points = {};
+    shareVertices(*model);
+    mBox.merge(model->mBox);
+    if (Ogre::SceneNode* node = getParentSceneNode())
+        node->needUpdate(false);
+    bounds = model->bounds;
+    dirty = model->dirty;
+}
+
+std::vector<rob::PosTemplate<float>>& DynamicLines::ownPoints()
+{
+    if (model)
+        points = std::exchange(model, nullptr)->points;
+    return points;
 }
 
 void DynamicLines::update()
 {
-    if (dirty && points.size() >= 2)
+    if (dirty && getPoints().size() >= 2)
         fillVertexBuffer();
 }
 

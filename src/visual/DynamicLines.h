@@ -4,6 +4,7 @@
 #include "selection/geometry/Box.h"
 #include "visual/DynamicRenderable.h"
 
+#include <memory>
 #include <vector>
 
 namespace vrk::visual {
@@ -14,6 +15,8 @@ namespace vrk::visual {
 ///
 /// Editing touches only the list; `update` brings it to the GPU. There are positions and nothing else: the colour is that
 /// of the material.
+///
+/// Lines that are alike may have list and buffer in common, see `drawAs`.
 class VRK_EXPORT DynamicLines : public DynamicRenderable {
 public:
     explicit DynamicLines(RenderOpType type);
@@ -25,8 +28,11 @@ public:
     void clear();
     /// Fills the buffer if a point changed. With fewer than two points nothing is done: they wait for a later call.
     void update();
+    /// In place of what it drew, draws what `model`, of the same type, draws now: with that one's list and buffer, until a point
+    /// of its own is changed. `model`, which lives as long, must not be edited any more.
+    void drawAs(std::shared_ptr<const DynamicLines> model);
 
-    const std::vector<rob::PosTemplate<float>>& getPoints() const { return points; }
+    const std::vector<rob::PosTemplate<float>>& getPoints() const { return model ? model->points : points; }
     /// The box of what is drawn, one unit wider on each side. OGRE's own box, by which lines are culled, only ever grows.
     const Box& getBounds() const { return bounds; }
     bool isDirty() const { return dirty; }
@@ -35,10 +41,12 @@ protected:
     void createVertexDeclaration() override;
 
 private:
+    std::vector<rob::PosTemplate<float>>& ownPoints();
     void fillVertexBuffer();
 
     Box bounds;
-    std::vector<rob::PosTemplate<float>> points;
+    std::vector<rob::PosTemplate<float>> points; // where there is no model
+    std::shared_ptr<const DynamicLines> model;
     bool dirty = true;
 };
 

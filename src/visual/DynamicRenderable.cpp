@@ -26,7 +26,6 @@ std::uint64_t capacityFor(std::uint64_t count, std::uint64_t present)
 
 DynamicRenderable::~DynamicRenderable()
 {
-    delete mRenderOp.vertexData;
     delete mRenderOp.indexData;
 }
 
@@ -46,21 +45,37 @@ void DynamicRenderable::initialize(RenderOpType type, bool useIndices)
     default:
         break;
     }
-    mRenderOp.vertexData = new Ogre::VertexData;
     mRenderOp.useIndexes = useIndices;
     if (useIndices)
         mRenderOp.indexData = new Ogre::IndexData;
     vertexBufferCapacity = 0;
     indexBufferCapacity = 0;
-    createVertexDeclaration();
+    makeVertexData();
     setRenderQueueGroup(renderGroup::lines);
+}
+
+void DynamicRenderable::makeVertexData()
+{
+    vertices = std::make_shared<Ogre::VertexData>();
+    mRenderOp.vertexData = vertices.get();
+    createVertexDeclaration();
+}
+
+void DynamicRenderable::shareVertices(const DynamicRenderable& other)
+{
+    vertices = other.vertices;
+    mRenderOp.vertexData = vertices.get();
+    vertexBufferCapacity = other.vertexBufferCapacity;
 }
 
 void DynamicRenderable::prepareVertexBuffer(std::size_t count)
 {
+    const bool isShared = vertices.use_count() > 1;
+    if (isShared)
+        makeVertexData();
     Ogre::VertexData& data = *mRenderOp.vertexData;
     const std::uint64_t capacity = capacityFor(count, vertexBufferCapacity);
-    if (capacity != vertexBufferCapacity) {
+    if (isShared || capacity != vertexBufferCapacity) {
         vertexBufferCapacity = capacity;
         data.vertexBufferBinding->setBinding(0, Ogre::HardwareBufferManager::getSingleton().createVertexBuffer(
                                                     data.vertexDeclaration->getVertexSize(0), capacity,

@@ -6,6 +6,7 @@
 #include <OgreSimpleRenderable.h>
 
 #include <cstdint>
+#include <memory>
 
 namespace vrk::visual {
 
@@ -30,7 +31,10 @@ protected:
     void initialize(RenderOpType type, bool useIndices);
     /// Makes room for `count` vertices and sets the vertex count. The buffer doubles as it must and shrinks only where
     /// less than half of it is used, so a line that is edited every frame seldom gets another one.
+    /// Vertices that others draw as well are left to them.
     void prepareVertexBuffer(std::size_t count);
+    /// Draws the vertices of another one of the same class, and has them in common with it until it prepares its own.
+    void shareVertices(const DynamicRenderable& other);
 
     virtual void createVertexDeclaration() = 0;
 
@@ -39,7 +43,10 @@ public:
     Ogre::Real getSquaredViewDepth(const Ogre::Camera* camera) const override;
 
 private:
+    void makeVertexData();
+
     RenderOpType renderOpType{};
+    std::shared_ptr<Ogre::VertexData> vertices; // what OGRE's operation points to
     std::uint64_t vertexBufferCapacity = 0;
     std::uint64_t indexBufferCapacity = 0; // read by nobody: what is drawn so far needs no indices
 };

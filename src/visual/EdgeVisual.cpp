@@ -1,5 +1,6 @@
 #include "visual/EdgeVisual.h"
 
+#include "platform/common/SharedThings.h"
 #include "platform/sdf/SdfManager.h"
 #include "scene/math/Trsf.h"
 #include "visual/ArrowVisual.h"
@@ -13,6 +14,35 @@
 #include <utility>
 
 namespace vrk::visual {
+namespace {
+
+/// The strip through the nodes of a polygon, with which all edges of it are drawn. It keeps the polygon, by which it is known.
+struct PolygonLines {
+    explicit PolygonLines(const Handle(Poly_Polygon3D) & polygon) : polygon(polygon)
+    {
+        for (const gp_Pnt& node : polygon->Nodes()) {
+            const rob::PosTemplate<float> point = rob::toPosf(node);
+            if (point.isFinite())
+                lines.addPoint(point.x, point.y, point.z);
+        }
+        lines.update();
+    }
+
+    Handle(Poly_Polygon3D) polygon;
+    DynamicLines lines{RenderOpType::LineStrip};
+};
+
+std::shared_ptr<const DynamicLines> linesOf(const Handle(Poly_Polygon3D) & polygon)
+{
+    using AllLines = common::SharedThings<const Poly_Polygon3D*, PolygonLines>;
+    static auto* const all = new AllLines; // edges may live as long as the process
+    const std::shared_ptr<const PolygonLines> known = all->get(
+        polygon.get(), [](const PolygonLines&) { return true; },
+        [&polygon] { return std::make_shared<const PolygonLines>(polygon); });
+    return {known, &known->lines};
+}
+
+} // namespace
 
 EdgeVisual::EdgeVisual(unsigned id, const std::string& name, Visual* parent, const TopoDS_Edge& edge, EdgeOrigin origin)
     : Visual(id, name, parent), lines(std::make_unique<DynamicLines>(RenderOpType::LineStrip)), edge(edge)
@@ -37,12 +67,7 @@ std::optional<EdgeVisual*> EdgeVisual::Build(Visual* parent, const std::string& 
     visual->setMaterial(materials.normal, materials.selected, materials.highlighted);
     if (!location.IsIdentity())
         visual->setPose(rob::GP_Trsf2Posef(location.Transformation()));
-    for (const gp_Pnt& node : polygon->Nodes()) {
-        const rob::PosTemplate<float> point = rob::toPosf(node);
-        if (point.isFinite())
-            visual->lines->addPoint(point.x, point.y, point.z);
-    }
-    visual->update();
+    visual->lines->drawAs(linesOf(polygon));
     return visual;
 }
 

@@ -1,5 +1,7 @@
 #include "visual/FrameVisual.h"
 
+#include "platform/common/Hash.h"
+#include "platform/common/SharedThings.h"
 #include "platform/sdf/SdfObject.h"
 #include "scene/core/OgreCompat.h"
 #include "scene/core/SceneCore.h"
@@ -41,13 +43,47 @@ std::vector<float> dashEnds(unsigned size, unsigned dashes)
     return ends;
 }
 
+/// Of how many places an axis is drawn, and how they lie.
+struct Axis {
+    rob::DirTemplate<float> along;
+    std::vector<float> ends;
+
+    bool operator==(const Axis&) const = default;
+};
+
+struct AxisHash {
+    std::size_t operator()(const Axis& axis) const
+    {
+        common::Hash hash;
+        hash.addNumber(axis.along);
+        for (const float end : axis.ends)
+            hash.addNumber(end);
+        return hash.value();
+    }
+};
+
+/// With which all such axes are drawn: each part of a station has a frame.
+std::shared_ptr<const DynamicLines> axisLines(const Axis& axis)
+{
+    static auto* const all =
+        new common::SharedThings<Axis, DynamicLines, AxisHash>; // frames may live as long as the process
+    return all->get(
+        axis, [](const DynamicLines&) { return true; },
+        [&axis] {
+            auto lines = std::make_shared<DynamicLines>(RenderOpType::Lines);
+            for (const float end : axis.ends)
+                lines->addPoint(axis.along.x * end, axis.along.y * end, axis.along.z * end);
+            lines->update();
+            return std::shared_ptr<const DynamicLines>(lines);
+        });
+}
+
 DynamicLines* makeAxis(LineVisual& visual, const char* material, const rob::DirTemplate<float>& along,
                        const std::vector<float>& ends)
 {
     DynamicLines* line = visual.createDynamicLine(RenderOpType::Lines);
     line->setMaterial(materialByName(material));
-    for (const float end : ends)
-        line->addPoint(along.x * end, along.y * end, along.z * end);
+    line->drawAs(axisLines({along, ends}));
     return line;
 }
 

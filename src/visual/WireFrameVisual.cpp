@@ -1,26 +1,100 @@
 #include "visual/WireFrameVisual.h"
 
+#include "platform/common/SharedThings.h"
 #include "platform/geometry/EdgePolygons.h"
+#include "platform/geometry/ShapeIdentity.h"
 #include "scene/math/Trsf.h"
 
+#include <BRep_Tool.hxx>
+#include <Poly_Polygon3D.hxx>
+#include <Poly_PolygonOnTriangulation.hxx>
+#include <Poly_Triangulation.hxx>
 #include <TopExp.hxx>
+#include <TopLoc_Location.hxx>
 #include <TopTools_IndexedMapOfShape.hxx>
 #include <TopoDS.hxx>
 #include <TopoDS_Edge.hxx>
+#include <TopoDS_Shape.hxx>
+
+#include <algorithm>
+#include <vector>
 
 namespace vrk::visual {
 namespace {
 
-void addEdge(WireFrameVisual& visual, const TopoDS_Edge& edge)
+void appendSegment(DynamicLines& lines, const gp_Pnt& a, const gp_Pnt& b)
+{
+    // Finite as floats, which is what is drawn.
+    const auto from = rob::toPosf(a);
+    const auto to = rob::toPosf(b);
+    if (!from.isFinite() || !to.isFinite())
+        return;
+    lines.addPoint(from.x, from.y, from.z);
+    lines.addPoint(to.x, to.y, to.z);
+}
+
+void addEdge(DynamicLines& lines, const TopoDS_Edge& edge)
 {
     gp_Pnt previous;
     bool isFirst = true;
     geometry::forEachNode(edge, [&](const gp_Pnt& node) {
         if (!isFirst)
-            visual.addSegment(previous, node);
+            appendSegment(lines, previous, node);
         previous = node;
         isFirst = false;
     });
+}
+
+/// What an edge is drawn from; null where nothing is.
+Handle(Standard_Transient) polygonOf(const TopoDS_Edge& edge)
+{
+    TopLoc_Location location;
+    if (const Handle(Poly_Polygon3D) own = BRep_Tool::Polygon3D(edge, location); !own.IsNull())
+        return Handle(Standard_Transient)(own);
+    Handle(Poly_PolygonOnTriangulation) onTriangles;
+    Handle(Poly_Triangulation) triangles;
+    BRep_Tool::PolygonOnTriangulation(edge, onTriangles, triangles, location);
+    return Handle(Standard_Transient)(onTriangles);
+}
+
+/// The segments of all edges of a shape, with which all bodies of it are drawn. It keeps the shape, by whose identity it is
+/// known.
+struct ShapeLines {
+    explicit ShapeLines(const TopoDS_Shape& shape) : shape(shape)
+    {
+        TopTools_IndexedMapOfShape all;
+        TopExp::MapShapes(shape, TopAbs_EDGE, all);
+        for (int i = 1; i <= all.Extent(); ++i) {
+            const TopoDS_Edge& edge = TopoDS::Edge(all(i));
+            edges.push_back({edge, polygonOf(edge)});
+            addEdge(lines, edge);
+        }
+        lines.update();
+    }
+    /// False where edges were given other polygons since.
+    bool isUpToDate() const
+    {
+        return std::ranges::all_of(edges, [](const Source& from) { return polygonOf(from.edge) == from.polygon; });
+    }
+
+    struct Source {
+        TopoDS_Edge edge;
+        Handle(Standard_Transient) polygon;
+    };
+
+    TopoDS_Shape shape;
+    std::vector<Source> edges;
+    DynamicLines lines{RenderOpType::Lines};
+};
+
+std::shared_ptr<const DynamicLines> linesOf(const TopoDS_Shape& shape)
+{
+    using AllLines = common::SharedThings<geometry::ShapeIdentity, ShapeLines, geometry::ShapeIdentityHash>;
+    static auto* const all = new AllLines; // bodies may live as long as the process
+    const std::shared_ptr<const ShapeLines> known = all->get(
+        geometry::ShapeIdentity(shape), [](const ShapeLines& before) { return before.isUpToDate(); },
+        [&shape] { return std::make_shared<const ShapeLines>(shape); });
+    return {known, &known->lines};
 }
 
 } // namespace
@@ -34,11 +108,7 @@ WireFrameVisual::WireFrameVisual(Visual* parent) : Visual("WireFrame", parent)
 WireFrameVisual* WireFrameVisual::Build(Visual* parent, const TopoDS_Shape& shape)
 {
     auto* visual = new WireFrameVisual(parent);
-    TopTools_IndexedMapOfShape edges;
-    TopExp::MapShapes(shape, TopAbs_EDGE, edges);
-    for (int i = 1; i <= edges.Extent(); ++i)
-        addEdge(*visual, TopoDS::Edge(edges(i)));
-    visual->update();
+    visual->lines.drawAs(linesOf(shape));
     visual->useOwnMaterial();
     return visual;
 }
@@ -50,13 +120,7 @@ void WireFrameVisual::useOwnMaterial()
 
 void WireFrameVisual::addSegment(const gp_Pnt& a, const gp_Pnt& b)
 {
-    // Finite as floats, which is what is drawn.
-    const auto from = rob::toPosf(a);
-    const auto to = rob::toPosf(b);
-    if (!from.isFinite() || !to.isFinite())
-        return;
-    lines.addPoint(from.x, from.y, from.z);
-    lines.addPoint(to.x, to.y, to.z);
+    appendSegment(lines, a, b);
 }
 
 void WireFrameVisual::update()

@@ -17,7 +17,8 @@ public:
     explicit WireFrameVisual(Visual* parent);
 
     /// Every edge of the shape once, drawn from its own polygon or else from that of the first of its faces that has one.
-    /// An edge without either is left out, as is one that is but a point of a surface.
+    /// An edge without either is left out, as is one that is but a point of a surface. Wire frames of one
+    /// shape have their points and their buffer in common.
     static WireFrameVisual* Build(Visual* parent, const TopoDS_Shape& shape);
 
     /// That of the edges of bodies, in place of one that the body gave them.

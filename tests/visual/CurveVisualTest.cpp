@@ -283,5 +283,17 @@ TEST_F(CurveVisualTest, ArrowIsNotPutOnAnEdgeThatIsOnlyHighlighted)
     EXPECT_EQ(edgesOf(*curve), edges) << "and the order is as it was";
 }
 
+TEST_F(CurveVisualTest, CurvesOfOneEdgeShareTheirPointsAlsoBeyondTheFirst)
+{
+    const TopoDS_Edge edge = test::straightEdge({0, 0, 0}, {1, 0, 0});
+    EdgeVisual* first = EdgeVisual::Build(world, "edge", edge, materials, EdgeOrigin::Curve).value();
+    EdgeVisual* second = EdgeVisual::Build(world, "edge", edge, materials, EdgeOrigin::Curve).value();
+    EXPECT_EQ(&test::vertexDataOf(first->getLines()), &test::vertexDataOf(second->getLines()));
+
+    Visual::Delete(first);
+
+    EXPECT_THAT(uploaded(second->getLines()), ElementsAre(rob::Posf(0, 0, 0), rob::Posf(1, 0, 0)));
+}
+
 } // namespace
 } // namespace vrk::visual

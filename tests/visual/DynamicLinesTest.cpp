@@ -244,5 +244,90 @@ TEST_F(DynamicLinesTest, LineOfNoNumbersAtAllHasNoBox)
     EXPECT_FALSE(line.getBounds().isValid());
 }
 
+// Lists and buffers in common
+
+class SharedLines : public DynamicLinesTest {
+protected:
+    static std::shared_ptr<const DynamicLines> modelOf(unsigned count)
+    {
+        auto made = std::make_shared<DynamicLines>(RenderOpType::LineStrip);
+        for (unsigned i = 0; i < count; ++i)
+            made->addPoint(static_cast<float>(i), 1, 2);
+        made->update();
+        return made;
+    }
+};
+
+TEST_F(SharedLines, WhatIsDrawnAsAnotherHasItsPointsItsBufferAndItsBoxes)
+{
+    const auto model = modelOf(5);
+    line.addPoint(-7, 0, 0);
+
+    line.drawAs(model);
+
+    EXPECT_EQ(&line.getPoints(), &model->getPoints());
+    EXPECT_EQ(&vertexDataOf(line), &vertexDataOf(*model));
+    EXPECT_EQ(line.getVertexBufferCapacity(), 8u);
+    EXPECT_FALSE(line.isDirty());
+    EXPECT_EQ(line.getBoundingBox(), model->getBoundingBox());
+    EXPECT_EQ(line.getBounds().max, model->getBounds().max);
+}
+
+TEST_F(SharedLines, EditLeavesModelAndOthersAsTheyAre)
+{
+    const auto model = modelOf(5);
+    DynamicLines other(RenderOpType::LineStrip);
+    line.drawAs(model);
+    other.drawAs(model);
+    const std::vector<rob::Posf> before = model->getPoints();
+
+    line.setPoint(4, {9, 9, 9});
+    EXPECT_EQ(uploaded(line), before) << "until the update";
+    line.update();
+
+    EXPECT_EQ(uploaded(line).back(), rob::Posf(9, 9, 9));
+    EXPECT_EQ(line.getVertexBufferCapacity(), 8u);
+    EXPECT_EQ(line.getBounds().max, rob::Posf(10, 10, 10));
+    EXPECT_EQ(uploaded(other), before);
+    EXPECT_EQ(uploaded(*model), before);
+    EXPECT_EQ(other.getPoints(), before);
+    EXPECT_NE(buffer(), vertexDataOf(other).vertexBufferBinding->getBuffer(0).get());
+}
+
+TEST_F(SharedLines, CapacityGoesOnFromThatOfTheModel)
+{
+    line.drawAs(modelOf(16));
+
+    draw(8);
+
+    EXPECT_EQ(line.getVertexBufferCapacity(), 16u) << "half of it is in use";
+    draw(7);
+    EXPECT_EQ(line.getVertexBufferCapacity(), 8u);
+}
+
+TEST_F(SharedLines, ModelOutlivesItsOwner)
+{
+    auto model = modelOf(3);
+    const std::weak_ptr<const DynamicLines> known = model;
+    line.drawAs(std::move(model));
+
+    EXPECT_FALSE(known.expired());
+    EXPECT_EQ(uploaded(line).size(), 3u);
+
+    line.clear();
+    EXPECT_TRUE(known.expired()) << "the points were the last that was wanted of it";
+    EXPECT_EQ(vertexDataOf(line).vertexCount, 3u) << "what is drawn stays";
+}
+
+TEST_F(SharedLines, ModelWithoutPointsIsDrawnAsNothing)
+{
+    line.drawAs(modelOf(0));
+
+    EXPECT_TRUE(line.isDirty());
+    EXPECT_EQ(line.getVertexBufferCapacity(), 0u);
+    draw(2);
+    EXPECT_EQ(uploaded(line).size(), 2u);
+}
+
 } // namespace
 } // namespace vrk::visual

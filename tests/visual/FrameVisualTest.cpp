@@ -229,5 +229,19 @@ TEST_F(FrameVisualTest, MissingMaterialFailsAndLeavesNothingBehind)
     EXPECT_NO_THROW(FrameVisual(world, 10.0f));
 }
 
+TEST_F(FrameVisualTest, FramesOfOneSizeShareTheirAxesUntilOneIsGivenAnother)
+{
+    FrameVisual first(world, 50.0f);
+    const FrameVisual second(world, 50.0f), third(world, 60.0f);
+    EXPECT_EQ(&test::vertexDataOf(axis(first, 0)), &test::vertexDataOf(axis(second, 0)));
+    EXPECT_NE(&test::vertexDataOf(axis(first, 0)), &test::vertexDataOf(axis(first, 1)));
+    EXPECT_NE(&test::vertexDataOf(axis(first, 0)), &test::vertexDataOf(axis(third, 0)));
+
+    first.setFrameSize(70);
+
+    EXPECT_THAT(alongX(first), ElementsAre(0, 70));
+    EXPECT_THAT(alongX(second), ElementsAre(0, 50));
+}
+
 } // namespace
 } // namespace vrk::visual

@@ -175,5 +175,60 @@ TEST_F(WireFrame, CopyOfABodyHasNone)
     delete copy;
 }
 
+TEST_F(WireFrame, BodiesOfOneShapeShareTheirLinesAlsoBeyondTheFirst)
+{
+    const TopoDS_Shape shape = test::meshedBox(10, 20, 30);
+    WireFrameVisual* first = WireFrameVisual::Build(world, shape);
+    WireFrameVisual* second = WireFrameVisual::Build(world, shape);
+    const WireFrameVisual* other = WireFrameVisual::Build(world, test::meshedBox(10, 20, 30));
+
+    EXPECT_EQ(&test::vertexDataOf(first->getLines()), &test::vertexDataOf(second->getLines()));
+    EXPECT_NE(&test::vertexDataOf(first->getLines()), &test::vertexDataOf(other->getLines()));
+    Visual::Delete(first);
+
+    EXPECT_EQ(uploaded(second->getLines()).size(), 24u);
+    second->setSelected();
+    EXPECT_EQ(test::materialOf(*other), "WireFrame");
+}
+
+TEST_F(WireFrame, SegmentAddedToOneIsNotSeenOnTheOthersOfItsShape)
+{
+    const TopoDS_Shape shape = test::meshedBox(10, 20, 30);
+    WireFrameVisual* first = WireFrameVisual::Build(world, shape);
+    const WireFrameVisual* second = WireFrameVisual::Build(world, shape);
+
+    first->addSegment({0, 0, 0}, {10, 20, 30});
+    first->update();
+
+    EXPECT_EQ(uploaded(first->getLines()).size(), 26u);
+    EXPECT_EQ(uploaded(second->getLines()).size(), 24u);
+}
+
+TEST_F(WireFrame, EdgesThatWereGivenOtherPolygonsAreDrawnByTheseFromThenOn)
+{
+    const TopoDS_Edge edge = test::straightEdge({0, 0, 0}, {1, 0, 0});
+    const WireFrameVisual* before = WireFrameVisual::Build(world, edge);
+
+    test::withPolygon(edge, {{0, 0, 0}, {0.5, 0, 0}, {1, 0, 0}});
+    const WireFrameVisual* after = WireFrameVisual::Build(world, edge);
+
+    EXPECT_EQ(uploaded(before->getLines()).size(), 2u);
+    EXPECT_EQ(uploaded(after->getLines()).size(), 4u);
+}
+
+TEST_F(WireFrame, NothingOfAShapeIsKeptBehindItsLastBody)
+{
+    const TopoDS_Shape shape = test::meshedBox(10, 20, 30);
+    const int before = shape.TShape()->GetRefCount();
+    WireFrameVisual* first = WireFrameVisual::Build(world, shape);
+    WireFrameVisual* second = WireFrameVisual::Build(world, shape);
+    EXPECT_GT(shape.TShape()->GetRefCount(), before);
+
+    Visual::Delete(first);
+    Visual::Delete(second);
+
+    EXPECT_EQ(shape.TShape()->GetRefCount(), before);
+}
+
 } // namespace
 } // namespace vrk::visual

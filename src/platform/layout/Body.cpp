@@ -1,6 +1,8 @@
 #include "platform/layout/Body.h"
 
+#include "platform/common/SharedThings.h"
 #include "platform/geometry/EdgePolygons.h"
+#include "platform/geometry/ShapeIdentity.h"
 #include "platform/layout/Part.h"
 #include "platform/layout/ShapeUris.h"
 
@@ -12,6 +14,31 @@
 #include <stdexcept>
 
 namespace vrk::layout {
+
+/// It keeps the shape, by whose identity it is known.
+struct FacesOfShape {
+    explicit FacesOfShape(const TopoDS_Shape& shape) : shape(shape)
+    {
+        if (!shape.IsNull())
+            TopExp::MapShapes(shape, TopAbs_FACE, map);
+    }
+
+    TopoDS_Shape shape;
+    FaceMap map;
+};
+
+namespace {
+
+std::shared_ptr<const FacesOfShape> facesOf(const TopoDS_Shape& shape)
+{
+    using AllFaces = common::SharedThings<geometry::ShapeIdentity, FacesOfShape, geometry::ShapeIdentityHash>;
+    static auto* const all = new AllFaces; // bodies may live as long as the process
+    return all->get(
+        geometry::ShapeIdentity(shape), [](const FacesOfShape&) { return true; },
+        [&shape] { return std::make_shared<const FacesOfShape>(shape); });
+}
+
+} // namespace
 
 Body::Body(unsigned id, std::string name, const Part& part)
     : SdfNode(sdf::ModelType::Body, id, std::move(name), part.getElement()->append("body")),
@@ -28,7 +55,7 @@ void Body::setShape(const TopoDS_Shape& newShape)
         return;
     const bool isExchanged = !shape.IsNull();
     shape = newShape;
-    faceMap.Clear();
+    faces.reset();
     if (!shape.IsNull()) {
         geometry::addEdgePolygons(shape);
         if (getGeometryUri().empty() && getFileType().empty()) {
@@ -58,9 +85,9 @@ void Body::claimUri(bool isExchanged)
 
 const FaceMap& Body::getFaceMap() const
 {
-    if (faceMap.IsEmpty())
-        TopExp::MapShapes(shape, TopAbs_FACE, faceMap);
-    return faceMap;
+    if (!faces)
+        faces = facesOf(shape);
+    return faces->map;
 }
 
 std::string Body::getGeometryUri() const

@@ -14,6 +14,7 @@ namespace vrk::layout {
 
 class Part;
 class ShapeClaim;
+struct FacesOfShape;
 
 using FaceMap = NCollection_IndexedMap<TopoDS_Shape, TopTools_ShapeMapHasher>;
 
@@ -77,8 +78,8 @@ private:
     TopoDS_Shape shape;
     std::unique_ptr<ShapeClaim> claim;
     bool ownUri = false;
-    std::string givenUri; // what the body's own URI was made from
-    mutable FaceMap faceMap;
+    std::string givenUri;                              // what the body's own URI was made from
+    mutable std::shared_ptr<const FacesOfShape> faces; // of bodies of one shape they are the same; null until asked for
 };
 
 } // namespace vrk::layout
