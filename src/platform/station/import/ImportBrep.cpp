@@ -104,7 +104,7 @@ TopoDS_Shape readWholeBrep(const std::filesystem::path& file, const Progress& pr
     }
 }
 
-CadParts readBrep(const std::filesystem::path& file, const Progress& progress)
+CadContent readBrep(const std::filesystem::path& file, const Progress& progress)
 {
     report(progress, "reading", 0);
     const TopoDS_Shape shape = readWholeBrep(file, progress);
@@ -121,7 +121,9 @@ CadParts readBrep(const std::filesystem::path& file, const Progress& progress)
         body.shape = shapes[i];
         part.bodies.push_back(std::move(body));
     }
-    return {std::move(part)};
+    CadContent content;
+    content.parts.push_back(std::move(part));
+    return content;
 }
 
 } // namespace vrk::station
