@@ -157,7 +157,7 @@ int openWindow(char** argv, const Station& station, const Options& options)
     if (!options.recording.empty())
         recorder.emplace(window, options.recording);
     window.show();
-    window.getFiles().tellLeftOut(station.failures, options.files.size());
+    window.getFiles().tellLeftOut(station, options.files.size());
     return QApplication::exec();
 }
 
@@ -194,6 +194,8 @@ Station readStation(const Options& options)
     Station station = importFiles(options.files, options.coarser, bad);
     for (const std::string& failure : station.failures)
         warn(failure);
+    for (const std::string& note : station.notes)
+        warn(note);
     return station;
 }
 
@@ -229,7 +231,7 @@ int run(char** argv, const Options& options)
     default:
         printList(station);
     }
-    return station.failures.empty() ? 0 : unusable; // some of what was asked for is missing
+    return station.failures.empty() && station.notes.empty() ? 0 : unusable; // some of what was asked for is missing
 }
 
 int fail(const std::string& text)

@@ -2,6 +2,7 @@
 
 #include "files/ImportProgress.h"
 
+#include "platform/layout/Assembly.h"
 #include "platform/layout/PointCloud.h"
 #include "platform/station/FileKinds.h"
 #include "platform/station/Import.h"
@@ -61,11 +62,14 @@ void importInto(Station& station, const std::filesystem::path& file, const Impor
         station.programs.push_back(vrk::station::ImportProgram(file, report));
     } else {
         checkKind(file);
-        const auto parts = vrk::station::ImportFile(file, report);
+        const vrk::station::ImportedFile content = vrk::station::ImportAssembled(file, report);
         if (coarser)
-            std::ranges::copy(vrk::station::SimplifyMeshes(parts, coarser->tolerance, report),
+            std::ranges::copy(vrk::station::SimplifyMeshes(content.allParts(), coarser->tolerance, report),
                               std::back_inserter(station.simplified));
-        std::ranges::copy(parts, std::back_inserter(station.parts));
+        std::ranges::copy(content.assemblies, std::back_inserter(station.assemblies));
+        std::ranges::copy(content.parts, std::back_inserter(station.parts));
+        for (const std::string& note : content.notes)
+            station.notes.push_back(fmt::format("{}: {}", file.string(), note));
     }
 }
 
@@ -135,7 +139,8 @@ Station importFiles(const std::vector<std::filesystem::path>& files, const std::
 
 void bringCloudsNear(Station& station)
 {
-    if (!station.parts.empty() || !station.mechanisms.empty() || station.whole || station.clouds.empty())
+    if (!station.parts.empty() || !station.assemblies.empty() || !station.mechanisms.empty() || station.whole ||
+        station.clouds.empty())
         return;
     const vrk::rob::Posd origin = station.clouds.front()->getPose().position;
     for (const std::shared_ptr<vrk::layout::PointCloud>& cloud : station.clouds) {

@@ -30,16 +30,28 @@ std::filesystem::path toPath(const QString& text)
     return text.toStdString();
 }
 
-/// The first few causes; the others are as many lines on standard error.
-QString textOfLeftOut(const std::vector<std::string>& failures, std::size_t all)
+/// The first few of them; the others are as many lines on standard error.
+void append(QStringList& lines, const std::vector<std::string>& causes)
 {
-    constexpr std::size_t mostCauses = 3;
-    QStringList lines{
-        StationFiles::tr("%1 of %2 files could not be opened, the others are shown:").arg(failures.size()).arg(all)};
-    for (std::size_t i = 0; i < std::min(failures.size(), mostCauses); ++i)
-        lines << QString::fromStdString(failures[i]);
-    if (failures.size() > mostCauses)
-        lines << StationFiles::tr("and %1 more").arg(failures.size() - mostCauses);
+    constexpr std::size_t most = 3;
+    for (std::size_t i = 0; i < std::min(causes.size(), most); ++i)
+        lines << QString::fromStdString(causes[i]);
+    if (causes.size() > most)
+        lines << StationFiles::tr("and %1 more").arg(causes.size() - most);
+}
+
+/// Empty where nothing is missing.
+QString textOfLeftOut(const Station& station, std::size_t all)
+{
+    QStringList lines;
+    if (!station.failures.empty())
+        lines << StationFiles::tr("%1 of %2 files could not be opened, the others are shown:")
+                     .arg(station.failures.size())
+                     .arg(all);
+    append(lines, station.failures);
+    if (!station.notes.empty())
+        lines << StationFiles::tr("Some of what the files hold is missing:");
+    append(lines, station.notes);
     return lines.join('\n');
 }
 
@@ -107,7 +119,7 @@ void StationFiles::show(const std::shared_ptr<Station>& station, const FileOpeni
     for (const std::filesystem::path& file : files)
         settings.addRecentFile(QString::fromStdString(file.string()));
     emit shown(isAnother);
-    tellLeftOut(station->failures, files.size());
+    tellLeftOut(*station, files.size());
     QStringList summaries;
     for (const std::string& summary : station->summaries)
         summaries << QString::fromStdString(summary);
@@ -115,10 +127,10 @@ void StationFiles::show(const std::shared_ptr<Station>& station, const FileOpeni
         emit programsShown(summaries.join(QStringLiteral("   ")));
 }
 
-void StationFiles::tellLeftOut(const std::vector<std::string>& failures, std::size_t all)
+void StationFiles::tellLeftOut(const Station& station, std::size_t all)
 {
-    if (!failures.empty())
-        emit failed(textOfLeftOut(failures, all));
+    if (const QString text = textOfLeftOut(station, all); !text.isEmpty())
+        emit failed(text);
 }
 
 bool StationFiles::save(QString path)

@@ -31,8 +31,8 @@ public:
     void askBeforeLoss(std::function<bool()> question) { mayLose = std::move(question); }
     /// Writes the station; the ending ".station.json" is added where it is missing. False where that fails.
     bool save(QString path);
-    /// Emits `failed` for files that were left out of so many.
-    void tellLeftOut(const std::vector<std::string>& failures, std::size_t all);
+    /// Emits `failed` for files that were left out of so many, and for what is missing of the others.
+    void tellLeftOut(const Station& station, std::size_t all);
     /// For a file dialog.
     static QString OpenFilter();
 
