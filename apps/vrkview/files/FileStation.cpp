@@ -69,7 +69,8 @@ void importInto(Station& station, const std::filesystem::path& file, const Impor
         std::ranges::copy(content.assemblies, std::back_inserter(station.assemblies));
         std::ranges::copy(content.parts, std::back_inserter(station.parts));
         for (const std::string& note : content.notes)
-            station.notes.push_back(fmt::format("{}: {}", file.string(), note));
+            station.notes.push_back(
+                fmt::format("{}: {}", std::filesystem::absolute(file).lexically_normal().string(), note));
     }
 }
 
@@ -111,6 +112,8 @@ Station importFiles(const std::vector<std::filesystem::path>& files, const Impor
             note(failure.what());
         }
     }
+    if (bad == BadFile::EndsAll && !station.notes.empty())
+        throw BadFiles(station.notes);
     if (files.size() == 1 && first)
         std::rethrow_exception(first);
     if (first && station.failures.size() == files.size())

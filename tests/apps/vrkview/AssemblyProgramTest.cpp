@@ -11,12 +11,17 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 namespace vrkview::test {
 namespace {
 
 using nlohmann::json;
 using testing::ElementsAre;
+using testing::EndsWith;
 using vrk::test::moved;
+
+constexpr int unusable = 2;
 
 /// "  part box": kind and name of each thing but the bodies, below what it is in, as deep as it lies.
 void appendRows(const json& trees, const std::string& indent, std::vector<std::string>& rows)
@@ -38,7 +43,7 @@ std::vector<std::string> rowsOf(const Outcome& outcome)
 }
 
 /// Two clamps of two pins each, and a box, in a cell.
-void writeCell(const std::string& file)
+void writeCell(const std::string& file, bool inPieces = false)
 {
     vrk::test::StepDocument document;
     const TDF_Label pin = document.addProduct(BRepPrimAPI_MakeCylinder(2, 50).Shape(), "pin");
@@ -49,7 +54,10 @@ void writeCell(const std::string& file)
     document.addComponent(top, clamp, moved(0, 1000, 0), "NAUO1");
     document.addComponent(top, document.addProduct(BRepPrimAPI_MakeBox(10, 20, 30).Shape(), "box"), moved(5, 5, 5), "");
     document.addComponent(top, clamp, vrk::test::turnedAndMoved(0, 2000, 0), "NAUO3");
-    document.write(file);
+    if (inPieces)
+        document.writeInPieces(file);
+    else
+        document.write(file);
 }
 
 TEST(ViewerAssembly, LiesInTheListAsInTheFileAndInASavedStation)
@@ -92,6 +100,28 @@ TEST(ViewerAssembly, ThatIsHiddenHidesItsMembers)
 
     EXPECT_NE(hidden, whole);
     EXPECT_EQ(hidden, without);
+}
+
+TEST(ViewerAssembly, WhoseFilesAreMissingIsDrawnWithALineAndTheExitCodeOfWhatIsLeftOut)
+{
+    const Files files;
+    writeCell(files.path("line.step"), true);
+    std::filesystem::remove(files.path("part_pin.stp"));
+    const std::string line =
+        "vrkview: " + files.path("line.step") + ": 4 of 5 parts refer to a file that is not there: part_pin.stp\n";
+
+    const Outcome outcome = runViewer({"--shot", files.path("p.png"), "--size", "200x150", files.path("line.step")});
+
+    EXPECT_EQ(outcome.exitCode, unusable);
+    EXPECT_THAT(outcome.err, EndsWith(line));
+    EXPECT_TRUE(std::filesystem::exists(files.path("p.png")));
+    EXPECT_THAT(rowsOf(runViewer({"--list", files.path("line.step")})), ElementsAre("assembly cell", "  part box"));
+
+    const Outcome strict =
+        runViewer({"--shot", files.path("s.png"), "--size", "200x150", "--strict", files.path("line.step")});
+    EXPECT_EQ(strict.exitCode, unusable);
+    EXPECT_THAT(strict.err, EndsWith(line));
+    EXPECT_FALSE(std::filesystem::exists(files.path("s.png")));
 }
 
 } // namespace

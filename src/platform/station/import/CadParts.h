@@ -48,7 +48,7 @@ CadContent readBrep(const std::filesystem::path& file, const Progress& progress)
 /// The one shape of a BREP file, which may be a compound of several bodies.
 TopoDS_Shape readWholeBrep(const std::filesystem::path& file, const Progress& progress);
 
-/// What of a shape becomes a body of its own: each solid, each shell outside solids, the loose faces together, and each
+/// What of a shape becomes a body of its own: each solid with a face, each such shell outside solids, the loose faces together, and each
 /// wire, edge and vertex that stands in a compound, or alone, and belongs to nothing.
 std::vector<TopoDS_Shape> bodyShapesOf(const TopoDS_Shape& shape);
 

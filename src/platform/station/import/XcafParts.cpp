@@ -253,7 +253,7 @@ private:
             around.inherited = color;
         TDF_LabelSequence components;
         XCAFDoc_ShapeTool::GetComponents(assembly, components);
-        inAssembly(bestName({around.occurrence, nameOf(assembly), around.above, document.title}), around,
+        inAssembly(bestName({around.occurrence, nameOf(assembly), around.above, tidyName(document.title)}), around,
                    [&](const Surroundings& inside) {
                        for (const TDF_Label& component : components)
                            visit(document, component, inside);
@@ -264,8 +264,7 @@ private:
     void visitOther(const XcafDocument::Reference& other, const TDF_Label& product, Surroundings around)
     {
         if (!other.document) {
-            ++content.absent;
-            content.absentFiles.insert(other.file);
+            ++content.absent[other.file];
             return;
         }
         if (around.occurrence.empty())
@@ -278,7 +277,7 @@ private:
         if (rootsOf(*other.document).Length() == 1)
             visitRoots(around);
         else
-            inAssembly(bestName({around.occurrence, other.document->title}), around, visitRoots);
+            inAssembly(bestName({around.occurrence, tidyName(other.document->title)}), around, visitRoots);
     }
 
     /// Makes an assembly of what `visitMembers` adds; none where that is nothing, or it lies too deep.
@@ -313,7 +312,8 @@ private:
         if (product.bodies.empty())
             return;
         const std::string ofBody = product.bodies.size() == 1 ? product.bodies.front().name : std::string();
-        const std::string name = bestName({around.occurrence, product.name, ofBody, around.above, document.title});
+        const std::string name =
+            bestName({around.occurrence, product.name, ofBody, around.above, tidyName(document.title)});
         CadPart part;
         part.name = siblings[around.owner].add(name);
         part.owner = around.owner;

@@ -5,7 +5,6 @@
 #include <TDocStd_Document.hxx>
 
 #include <map>
-#include <set>
 #include <string>
 
 /// Parts and assemblies of what Open CASCADE's readers make of a file with products. Not installed.
@@ -20,7 +19,7 @@ public:
         const XcafDocument* document = nullptr; // null where it cannot be read
     };
 
-    /// @param title  for what has no name: the file's, without its ending.
+    /// @param title  for what has no name: the file's name without its ending.
     explicit XcafDocument(std::string title);
     ~XcafDocument();
     XcafDocument(const XcafDocument&) = delete;
@@ -33,8 +32,8 @@ public:
 
 struct XcafContent {
     CadParts parts;
-    std::size_t absent = 0;            // occurrences of products that are in files which cannot be read
-    std::set<std::string> absentFiles; // as they are called
+    /// How many occurrences there are of products in files that cannot be read, by what these are called.
+    std::map<std::string, std::size_t> absent;
 };
 
 /// Each occurrence of a product becomes a part, and each of an assembly an assembly, named by the occurrence where the file
