@@ -199,6 +199,8 @@ Station readStation(const Options& options)
     Station station = importFiles(options.files, options.reading);
     for (const std::string& failure : station.failures)
         warn(failure);
+    for (const std::string& note : station.notes)
+        warn(note);
     return station;
 }
 
@@ -234,7 +236,7 @@ int run(char** argv, const Options& options)
     default:
         printList(station);
     }
-    return station.failures.empty() ? 0 : unusable; // some of what was asked for is missing
+    return station.failures.empty() && station.notes.empty() ? 0 : unusable; // some of what was asked for is missing
 }
 
 int fail(const std::string& text)

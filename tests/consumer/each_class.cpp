@@ -203,6 +203,7 @@ void keepPlatform()
     keep(&station::GeometryCache::KeyOf);
     keep(&station::SetCadReaderSettings);
     keep(&station::GetCadReaderPath);
+    keep(&station::ImportAssembled);
     keep(&station::ImportFile);
     keep(&construct<station::ImportError, std::filesystem::path, std::string>);
     keep(&ReadFileFromURI);

@@ -7,6 +7,7 @@
 #include <vrk/mesh/paint/PaintMesh.h>
 #include <vrk/platform/kinematics/ArmChain.h>
 #include <vrk/platform/kinematics/Reach.h>
+#include <vrk/platform/layout/Assembly.h>
 #include <vrk/platform/layout/Body.h>
 #include <vrk/platform/layout/Layout.h>
 #include <vrk/platform/layout/Mechanism.h>

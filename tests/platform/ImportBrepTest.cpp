@@ -216,7 +216,7 @@ TEST_F(ImportBrepTest, CompoundOfNothingIsRefused)
     TopoDS_Compound nothing;
     BRep_Builder().MakeCompound(nothing);
 
-    expectRefused(written(nothing), "the BREP file holds no geometry");
+    expectRefused(written(nothing), "the BREP file holds no shapes");
 }
 
 } // namespace

@@ -473,7 +473,7 @@ TEST_F(ImportStepTest, FileWithoutGeometryIsRefused)
     const std::size_t data = bytes.find("DATA;") + 5;
     bytes.replace(data, bytes.find("ENDSEC;", data) - data, "\n#1 = CARTESIAN_POINT('',(0.,0.,0.));\n");
 
-    expectRefused(folder.write("bare.step", bytes), "the STEP file holds no geometry");
+    expectRefused(folder.write("bare.step", bytes), "the STEP file holds no shapes");
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "platform/layout/Layout.h"
 
+#include "platform/layout/Assembly.h"
 #include "platform/layout/Body.h"
 #include "platform/layout/Part.h"
 #include "platform/sdf/SdfManager.h"
@@ -95,6 +96,29 @@ TEST_F(LayoutTest, AddedPartEntersTheTableWithItsBodies)
     EXPECT_THAT(Layout::inst().parts, ElementsAre(part));
     EXPECT_EQ(find(part->getId()), part.get());
     EXPECT_EQ(find(body->getId()), body.get());
+}
+
+TEST_F(LayoutTest, MemberOfAnAssemblyIsRemovedFromItAndMayBePutBack)
+{
+    const auto assembly = std::make_shared<Assembly>(sdf::SdfManager::inst().generateId(), "fence");
+    const std::vector<std::shared_ptr<Part>> parts{newPart("first"), newPart("second"), newPart("third")};
+    for (const auto& part : parts)
+        assembly->addPart(part);
+    Layout::inst().addAssembly(assembly);
+    const unsigned second = parts[1]->getId();
+
+    Layout::inst().remove(second);
+
+    EXPECT_EQ(find(second), nullptr);
+    EXPECT_THAT(assembly->getParts(), ElementsAre(parts[0], parts[2]));
+    EXPECT_THAT(assembly->getObjChildren(), ElementsAre(parts[0]->getId(), parts[2]->getId()));
+    EXPECT_THAT(Layout::inst().parts, ElementsAre(parts[0], parts[2]));
+
+    assembly->insertMember(1, parts[1]);
+
+    EXPECT_THAT(assembly->getParts(), ElementsAre(parts[0], parts[1], parts[2]));
+    EXPECT_THAT(assembly->getObjChildren(), ElementsAre(parts[0]->getId(), second, parts[2]->getId()));
+    EXPECT_FALSE(parts[1]->isStandalone());
 }
 
 TEST_F(LayoutTest, RemovedPartLeavesTheTableWithItsBodies)

@@ -86,11 +86,22 @@ void StepDocument::setOccurrenceColor(const TDF_LabelSequence& path, const std::
 
 void StepDocument::write(const std::filesystem::path& file)
 {
+    write(file, nullptr);
+}
+
+void StepDocument::writeInPieces(const std::filesystem::path& file)
+{
+    write(file, "part_");
+}
+
+void StepDocument::write(const std::filesystem::path& file, const char* prefix)
+{
     shapes->UpdateAssemblies();
     const Message_SequenceOfPrinters printers = Message::DefaultMessenger()->Printers();
     Message::DefaultMessenger()->ChangePrinters().Clear();
     STEPCAFControl_Writer writer;
-    const bool written = writer.Perform(document, file.c_str());
+    const bool written =
+        writer.Transfer(document, STEPControl_AsIs, prefix) && writer.Write(file.c_str()) == IFSelect_RetDone;
     Message::DefaultMessenger()->ChangePrinters() = printers;
     if (!written)
         throw std::runtime_error("the test's STEP file cannot be written");

@@ -32,8 +32,12 @@ public:
     void setOccurrenceColor(const TDF_LabelSequence& path, const std::string& text);
 
     void write(const std::filesystem::path& file);
+    /// The assemblies into the file, and each product into one of its own beside it, to which that refers: "part_box.stp".
+    void writeInPieces(const std::filesystem::path& file);
 
 private:
+    void write(const std::filesystem::path& file, const char* prefix);
+
     Handle(TDocStd_Document) document;
     Handle(XCAFDoc_ShapeTool) shapes;
     Handle(XCAFDoc_ColorTool) colors;

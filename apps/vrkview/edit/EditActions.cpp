@@ -71,7 +71,7 @@ public:
 
 bool canRemove(unsigned id)
 {
-    return isThingOfItsOwn(id) || isBand(id);
+    return isPlaced(id) || isBand(id);
 }
 
 bool isCarried(unsigned id)
@@ -208,7 +208,7 @@ void EditActions::followState()
     const std::vector<unsigned>& ids = state.getSelected();
     const bool canAttachNow = canAttach(ids);
     rename->setEnabled(ids.size() == 1 && state.getTree().find(ids.front()) != StationTree::none);
-    place->setEnabled(ids.size() == 1 && isThingOfItsOwn(ids.front()));
+    place->setEnabled(ids.size() == 1 && isPlaced(ids.front()));
     attach->setEnabled(canAttachNow);
     attach->setText(canAttachNow ? tr("&Attach to %1").arg(nameOfThing(ids.back()).replace('&', "&&")) : tr("&Attach"));
     detach->setEnabled(std::ranges::any_of(ids, isCarried));

@@ -169,6 +169,23 @@ bool canCarry(unsigned id)
     }
 }
 
+namespace {
+
+/// The outermost of the assemblies around it; itself where it stands by itself, and 0 where it is a piece of anything else.
+unsigned outermostOf(unsigned id)
+{
+    const std::shared_lock lock(sdf::SdfManager::inst().mutex());
+    const sdf::SdfManager& model = sdf::SdfManager::inst();
+    const sdf::SdfObject* object = model.find(id);
+    while (object && !object->isStandalone()) {
+        object = dynamic_cast<const vrk::layout::Assembly*>(model.find(object->getParentId()));
+        id = object ? object->getId() : 0;
+    }
+    return id;
+}
+
+} // namespace
+
 bool isThingOfItsOwn(unsigned id)
 {
     const std::shared_lock lock(sdf::SdfManager::inst().mutex());
@@ -199,9 +216,14 @@ bool isThingOfItsOwn(unsigned id)
     }
 }
 
+bool isPlaced(unsigned id)
+{
+    return isThingOfItsOwn(outermostOf(id));
+}
+
 unsigned movedFor(unsigned id)
 {
-    if (isThingOfItsOwn(id))
+    if (isPlaced(id))
         return id;
     const std::shared_lock lock(sdf::SdfManager::inst().mutex());
     const sdf::SdfObject* object = sdf::SdfManager::inst().find(id);

@@ -29,7 +29,9 @@ bool canCarry(unsigned id);
 std::vector<unsigned> topmostOf(const std::vector<unsigned>& ids);
 /// Whether it stands by itself and has a place, so that it can be moved, attached and removed.
 bool isThingOfItsOwn(unsigned id);
-/// What is put elsewhere where this one is moved: a thing of its own and a work object themselves, of a move the target. 0
+/// Whether it has a place that can be changed, and can be removed: a thing of its own, and what is in an assembly that is one.
+bool isPlaced(unsigned id);
+/// What is put elsewhere where this one is moved: what is placed and a work object themselves, of a move the target. 0
 /// for what stays where it is, such as a posture, and a work object that its owner alone moves.
 unsigned movedFor(unsigned id);
 /// The bodies in these things, however deep: ascending, each once.

@@ -4,6 +4,7 @@
 #include "edit/ModelPlaces.h"
 #include "files/StationScene.h"
 
+#include "platform/layout/Assembly.h"
 #include "platform/layout/Group.h"
 #include "platform/sdf/SdfManager.h"
 #include "platform/task/DataItem.h"
@@ -97,7 +98,7 @@ void restoreMembers(Gathering& gathering, const std::vector<unsigned>& members)
 RemoveThings::RemoveThings(const std::vector<unsigned>& ids)
     : Changes(QObject::tr("Delete %1").arg(nameOfThings(ids)), Touched::Things), things(ids)
 {
-    std::erase_if(things, [](unsigned id) { return !isThingOfItsOwn(id); });
+    std::erase_if(things, [](unsigned id) { return !isPlaced(id); });
 }
 
 void RemoveThings::apply()
@@ -117,7 +118,7 @@ void RemoveThings::apply()
 
 void RemoveThings::remove(unsigned thing, Ids& left)
 {
-    if (left.erase(thing) == 0)
+    if (left.erase(thing) == 0 || !isPlaced(thing)) // the assembly that it was in may be gone
         return;
     for (const unsigned carried : carriedBy(thing))
         if (left.contains(carried))
@@ -157,6 +158,12 @@ RemoveThing::Memory RemoveThing::read() const
     const auto isGone = [&gone](unsigned id) { return gone.contains(id); };
     Memory read;
     read.content = layout;
+    for (const auto& owner : layout.assemblies) {
+        const auto& members = owner->getParts();
+        const auto member = std::ranges::find(members, thing, [](const auto& one) { return one->getId(); });
+        if (member != members.end())
+            read.assembly = {owner, *member, static_cast<std::size_t>(member - members.begin())};
+    }
     for (const std::shared_ptr<sdf::SdfObject>& object : layout.objects())
         if (isGone(object->getParentId()) && !isGone(object->getId()))
             read.owners.emplace_back(object, object->getParentId());
@@ -182,6 +189,8 @@ void RemoveThing::restoreModel() const
     {
         const std::unique_lock lock(sdf::SdfManager::inst().mutex());
         content.lastViewPointPose = Layout::inst().lastViewPointPose; // the camera is no matter of this
+        if (memory->assembly.owner)
+            memory->assembly.owner->insertMember(memory->assembly.index, memory->assembly.member);
         for (const auto& [object, owner] : memory->owners)
             object->setParentId(owner);
         for (const Memory::OfTask& before : memory->tasks) {

@@ -3,6 +3,7 @@
 #include "edit/Changes.h"
 
 #include "platform/layout/Layout.h"
+#include "platform/sdf/SdfObject.h"
 
 #include <optional>
 #include <unordered_set>
@@ -16,7 +17,7 @@ class ToolDataItem;
 
 namespace vrkview {
 
-/// Things of their own leave the station. What they carry stays where it is in the world, by itself from then on.
+/// Things of their own, and members of assemblies, leave the station. What they carry stays where it is in the world, by itself from then on.
 class RemoveThings : public Changes {
 public:
     /// Ids of what cannot be removed are passed over.
@@ -52,7 +53,15 @@ private:
             std::vector<std::shared_ptr<vrk::task::EdgeMfgShape>> bands;
         };
 
+        /// What it was in, if anything.
+        struct OfAssembly {
+            std::shared_ptr<vrk::layout::Assembly> owner;
+            std::shared_ptr<sdf::SdfContainer> member;
+            std::size_t index = 0;
+        };
+
         vrk::layout::StationContent content;
+        OfAssembly assembly;
         std::vector<std::pair<std::shared_ptr<sdf::SdfObject>, unsigned>> owners; // of what lay on it
         std::vector<OfTask> tasks;
         std::vector<unsigned> programs; // those that lie on it

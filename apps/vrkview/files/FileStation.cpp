@@ -2,6 +2,7 @@
 
 #include "files/ImportProgress.h"
 
+#include "platform/layout/Assembly.h"
 #include "platform/layout/PointCloud.h"
 #include "platform/station/FileKinds.h"
 #include "platform/station/Import.h"
@@ -63,11 +64,15 @@ void importInto(Station& station, const std::filesystem::path& file, const Impor
         station.programs.push_back(vrk::station::ImportProgram(file, report));
     } else {
         checkKind(file);
-        const auto parts = vrk::station::ImportFile(file, report, unit);
+        const vrk::station::ImportedFile content = vrk::station::ImportAssembled(file, report, unit);
         if (how.coarser)
-            std::ranges::copy(vrk::station::SimplifyMeshes(parts, how.coarser->tolerance, report),
+            std::ranges::copy(vrk::station::SimplifyMeshes(content.allParts(), how.coarser->tolerance, report),
                               std::back_inserter(station.simplified));
-        std::ranges::copy(parts, std::back_inserter(station.parts));
+        std::ranges::copy(content.assemblies, std::back_inserter(station.assemblies));
+        std::ranges::copy(content.parts, std::back_inserter(station.parts));
+        for (const std::string& note : content.notes)
+            station.notes.push_back(
+                fmt::format("{}: {}", std::filesystem::absolute(file).lexically_normal().string(), note));
     }
 }
 
@@ -109,6 +114,8 @@ Station importFiles(const std::vector<std::filesystem::path>& files, const Impor
             note(failure.what());
         }
     }
+    if (how.bad == BadFile::EndsAll && !station.notes.empty())
+        throw BadFiles(station.notes);
     if (files.size() == 1 && first)
         std::rethrow_exception(first);
     if (first && station.failures.size() == files.size())
@@ -137,7 +144,8 @@ Station importFiles(const std::vector<std::filesystem::path>& files, const Readi
 
 void bringCloudsNear(Station& station)
 {
-    if (!station.parts.empty() || !station.mechanisms.empty() || station.whole || station.clouds.empty())
+    if (!station.parts.empty() || !station.assemblies.empty() || !station.mechanisms.empty() || station.whole ||
+        station.clouds.empty())
         return;
     const vrk::rob::Posd origin = station.clouds.front()->getPose().position;
     for (const std::shared_ptr<vrk::layout::PointCloud>& cloud : station.clouds) {

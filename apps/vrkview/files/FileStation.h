@@ -23,7 +23,8 @@ struct Coarser {
     std::optional<double> tolerance; ///< millimetres; empty for one that suits the size of each mesh
 };
 
-/// What is to be done about a file that cannot be taken in, where there are others.
+/// What is to be done about a file that cannot be taken in, where there are others, and about one of which something is
+/// missing.
 enum class BadFile { IsLeftOut, EndsAll };
 
 struct ReadingOptions {
@@ -32,7 +33,7 @@ struct ReadingOptions {
     BadFile bad = BadFile::IsLeftOut;
 };
 
-/// None of several files can be taken in.
+/// None of several files can be taken in, or something of them is missing where all is wanted.
 class BadFiles : public std::runtime_error {
 public:
     /// @param failures  a line for each, which make the text together.
@@ -43,8 +44,8 @@ public:
 
 /// What the files hold, together. Any thread.
 /// @throws vrk::station::ImportError, vrk::station::StationFileError for the first file that cannot be taken in, and for a
-///         second station file, where it is the only file or ends all; BadFiles where none of several can be taken in. Others
-///         are told in `Station::failures`.
+///         second station file, where it is the only file or ends all; BadFiles where none of several can be taken in, and
+///         where something of one is missing and ends all. Others are told in `Station::failures` and `Station::notes`.
 Station importFiles(const std::vector<std::filesystem::path>& files, const ImportReport& report,
                     const ReadingOptions& how);
 /// The same as a station of its own, with progress on standard error, and what became of the meshes: see `bringCloudsNear`.

@@ -19,7 +19,8 @@ struct HiddenFace {
 /// What is to be shown: things that are complete but do not stand in the model yet.
 struct Station {
     std::string title;
-    std::optional<vrk::layout::StationContent> whole; // what a station file holds; the rest joins it
+    std::optional<vrk::layout::StationContent> whole;               // what a station file holds; the rest joins it
+    std::vector<std::shared_ptr<vrk::layout::Assembly>> assemblies; // with what is in them
     std::vector<std::shared_ptr<vrk::layout::Part>> parts;
     std::vector<std::shared_ptr<vrk::layout::Mechanism>> mechanisms;
     std::vector<std::shared_ptr<vrk::layout::PointCloud>> clouds;
@@ -30,6 +31,7 @@ struct Station {
     mutable std::vector<std::string> summaries; // of these, in their order: "weld: 7 moves, 7 placed; 9 targets"
     std::vector<vrk::station::SimplifiedMesh> simplified; // what became of meshes that were to be coarser
     std::vector<std::string> failures; // of files that could not be taken in, beside those that could: a line each
+    std::vector<std::string> notes;    // what is missing of files that could: a line each, with the file's name
     std::vector<HiddenFace> hiddenFaces;
     std::vector<unsigned> arrowedCurves; // ids of bodies that are wires or edges; an arrow at either end
 };

@@ -31,16 +31,28 @@ std::filesystem::path toPath(const QString& text)
     return text.toStdString();
 }
 
-/// The first few causes; the others are as many lines on standard error.
-QString textOfLeftOut(const std::vector<std::string>& failures, std::size_t all)
+/// The first few of them; the others are as many lines on standard error.
+void append(QStringList& lines, const std::vector<std::string>& causes)
 {
-    constexpr std::size_t mostCauses = 3;
-    QStringList lines{
-        StationFiles::tr("%1 of %2 files could not be opened, the others are shown:").arg(failures.size()).arg(all)};
-    for (std::size_t i = 0; i < std::min(failures.size(), mostCauses); ++i)
-        lines << QString::fromStdString(failures[i]);
-    if (failures.size() > mostCauses)
-        lines << StationFiles::tr("and %1 more").arg(failures.size() - mostCauses);
+    constexpr std::size_t most = 3;
+    for (std::size_t i = 0; i < std::min(causes.size(), most); ++i)
+        lines << QString::fromStdString(causes[i]);
+    if (causes.size() > most)
+        lines << StationFiles::tr("and %1 more").arg(causes.size() - most);
+}
+
+/// Empty where nothing is missing.
+QString textOfLeftOut(const Station& station, std::size_t all)
+{
+    QStringList lines;
+    if (!station.failures.empty())
+        lines << StationFiles::tr("%1 of %2 files could not be opened, the others are shown:")
+                     .arg(station.failures.size())
+                     .arg(all);
+    append(lines, station.failures);
+    if (!station.notes.empty())
+        lines << StationFiles::tr("Some of what the files hold is missing:");
+    append(lines, station.notes);
     return lines.join('\n');
 }
 
@@ -119,8 +131,8 @@ void StationFiles::show(const std::shared_ptr<Station>& station, const FileOpeni
 void StationFiles::tellWhatIsAmiss(const Station& station, std::size_t files)
 {
     QStringList texts;
-    if (!station.failures.empty())
-        texts << textOfLeftOut(station.failures, files);
+    if (const QString text = textOfLeftOut(station, files); !text.isEmpty())
+        texts << text;
     if (!opening.getReading().unit) {
         const std::string advice =
             tr("choose the unit in the menu File, remove the scan and open it again").toStdString();

@@ -31,7 +31,8 @@ public:
     void askBeforeLoss(std::function<bool()> question) { mayLose = std::move(question); }
     /// Writes the station; the ending ".station.json" is added where it is missing. False where that fails.
     bool save(QString path);
-    /// Emits `failed` where files were left out of so many, or scans seem to be in another unit. Call it when all is shown.
+    /// Emits `failed` where files were left out of so many, something of the others is missing, or scans seem to be in another
+    /// unit. Call it when all is shown.
     void tellWhatIsAmiss(const Station& station, std::size_t files);
     /// For a file dialog.
     static QString OpenFilter();

@@ -152,6 +152,10 @@ void addObjects(const Station& station)
 {
     Layout& layout = Layout::inst();
     std::vector<unsigned> ids;
+    for (const auto& assembly : station.assemblies) {
+        layout.addAssembly(assembly);
+        ids.push_back(assembly->getId());
+    }
     for (const auto& part : station.parts) {
         layout.addPart(part);
         ids.push_back(part->getId());
@@ -203,6 +207,8 @@ void showStation(const Station& station)
     Layout& layout = Layout::inst();
     if (station.whole)
         layout.replace(*station.whole);
+    for (const auto& assembly : station.assemblies)
+        layout.addAssembly(assembly);
     for (const auto& part : station.parts)
         layout.addPart(part);
     for (const auto& mechanism : station.mechanisms)
@@ -240,6 +246,8 @@ void addToStation(const Station& station)
 void takeFromStation(const Station& station)
 {
     std::vector<unsigned> ids;
+    for (const auto& assembly : station.assemblies)
+        ids.push_back(assembly->getId());
     for (const auto& part : station.parts)
         ids.push_back(part->getId());
     for (const auto& mechanism : station.mechanisms)

@@ -77,8 +77,8 @@ void read(const std::filesystem::path& file, CadRequest request)
         say(fmt::format("progress {} {}\n", fraction, step));
     };
     try {
-        const CadParts parts = readCad(file, request, progress);
-        const std::uint64_t size = writeAnswer(parts, child::answer);
+        const CadContent content = readCad(file, request, progress);
+        const std::uint64_t size = writeAnswer(content, child::answer);
         say(fmt::format("done {}\n", size));
         _exit(0); // what a large file leaves would take long to free piece by piece
     } catch (const ImportError& failure) {

@@ -18,6 +18,21 @@ void PartContainer::addAssembly(std::shared_ptr<Assembly> assembly)
     members.push_back(std::move(assembly));
 }
 
+void PartContainer::removeMember(unsigned id)
+{
+    removeChild(id);
+    std::erase_if(members, [id](const auto& member) { return member->getId() == id; });
+}
+
+void PartContainer::insertMember(std::size_t index, std::shared_ptr<sdf::SdfContainer> member)
+{
+    members.insert(members.begin() + static_cast<std::ptrdiff_t>(index), std::move(member));
+    for (std::size_t i = index; i < members.size(); ++i) { // the children are in the same order
+        removeChild(members[i]->getId());
+        addChild(*members[i]);
+    }
+}
+
 std::vector<std::shared_ptr<sdf::SdfObject>> PartContainer::getPieces() const
 {
     return {members.begin(), members.end()};

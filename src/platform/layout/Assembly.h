@@ -20,6 +20,11 @@ public:
 
     void addPart(std::shared_ptr<Part> part);
     void addAssembly(std::shared_ptr<Assembly> assembly);
+    /// Takes a member out; it still names this as its parent. An unknown id does nothing. Of what stands in the station
+    /// `Layout::remove` takes members out, which knows what else refers to them.
+    void removeMember(unsigned id);
+    /// Puts a member in, at an index up to the number of them.
+    void insertMember(std::size_t index, std::shared_ptr<sdf::SdfContainer> member);
     /// Parts and assemblies in model order.
     const std::vector<std::shared_ptr<sdf::SdfContainer>>& getParts() const { return members; }
     std::vector<std::shared_ptr<sdf::SdfObject>> getPieces() const override;

@@ -69,6 +69,15 @@ void removeMfgShapesOn(const std::unordered_set<unsigned>& gone, task::Task& tas
     }
 }
 
+/// Whether it was in one. What a link is made of stays.
+bool takeFromAssembly(const sdf::SdfObject& member)
+{
+    auto* assembly = dynamic_cast<Assembly*>(sdf::SdfManager::inst().find(member.getParentId()));
+    if (assembly)
+        assembly->removeMember(member.getId());
+    return assembly != nullptr;
+}
+
 template <typename List>
 void add(StationContent& content, List& list, typename List::value_type object)
 {
@@ -185,7 +194,7 @@ void Layout::remove(unsigned id)
     const std::unique_lock lock(manager.mutex());
     forEachList(*this, [&](const auto& list) {
         const auto found = std::ranges::find(list, id, [](const auto& object) { return object->getId(); });
-        if (found != list.end() && (*found)->isStandalone())
+        if (found != list.end() && ((*found)->isStandalone() || takeFromAssembly(**found)))
             appendWithPieces(*found, removed);
     });
     if (removed.empty())

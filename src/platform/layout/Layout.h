@@ -89,7 +89,7 @@ public:
     void addTask(std::shared_ptr<task::Task> task);
     void addOperation(std::shared_ptr<task::Operation> operation);
 
-    /// Removes a standalone object with what it owns, and the tool data and edge runs that lie on these, from the station
+    /// Removes a standalone object, or a member of an assembly, with what it owns, and the tool data and edge runs that lie on these, from the station
     /// and the object table. Groups, operations, attachments, `visibilities` and `reaches` forget the ids, and dimensions of
     /// them go; other things that lay on them lie on the world then. An unknown id does nothing. Remove a point cloud's
     /// visual first: it reads the points.

@@ -1,5 +1,6 @@
 #include "platform/station/import/CadChild.h"
 
+#include "platform/layout/Assembly.h"
 #include "platform/layout/Body.h"
 #include "platform/layout/Part.h"
 #include "platform/sdf/SdfManager.h"
@@ -11,10 +12,9 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <iterator>
 #include <map>
 #include <mutex>
+#include <variant>
 
 namespace vrk::station {
 namespace {
@@ -73,7 +73,7 @@ FileKind shapeKindOf(const std::filesystem::path& file)
     return kind;
 }
 
-CadParts cadPartsOf(const std::filesystem::path& file, const Progress& progress)
+CadContent cadContentOf(const std::filesystem::path& file, const Progress& progress)
 {
     if (!isReadHere(file))
         return readInChild(file, CadRequest::Meshed, progress);
@@ -81,10 +81,11 @@ CadParts cadPartsOf(const std::filesystem::path& file, const Progress& progress)
     return readCad(file, CadRequest::Meshed, progress);
 }
 
-std::shared_ptr<layout::Part> stationPartOf(const CadPart& source)
+/// @param source  a part.
+std::shared_ptr<layout::Part> stationPartOf(const CadPart& source, const rob::Posed& pose)
 {
     auto part = std::make_shared<layout::Part>(sdf::SdfManager::inst().generateId(), source.name);
-    part->setPose(source.pose);
+    part->setPose(pose);
     for (const CadBody& piece : source.bodies) {
         const std::shared_ptr<layout::Body> body = part->addBody(piece.name);
         body->setShape(piece.shape);
@@ -97,6 +98,61 @@ std::shared_ptr<layout::Part> stationPartOf(const CadPart& source)
     return part;
 }
 
+ImportedFile assembledOf(const CadContent& content)
+{
+    ImportedFile file;
+    file.notes = content.notes;
+    std::vector<std::shared_ptr<layout::Assembly>> assemblies; // by their numbers
+    for (const CadPart& source : content.parts) {
+        layout::Assembly* const owner = source.owner == 0 ? nullptr : assemblies.at(source.owner - 1).get();
+        assemblies.emplace_back();
+        if (!source.isAssembly) {
+            auto part = stationPartOf(source, source.pose);
+            owner ? owner->addPart(std::move(part)) : file.parts.push_back(std::move(part));
+            continue;
+        }
+        auto assembly = std::make_shared<layout::Assembly>(sdf::SdfManager::inst().generateId(), source.name);
+        assembly->setPose(source.pose);
+        assemblies.back() = assembly;
+        owner ? owner->addAssembly(std::move(assembly)) : file.assemblies.push_back(std::move(assembly));
+    }
+    return file;
+}
+
+Parts flatOf(const CadContent& content)
+{
+    Parts parts;
+    std::vector<rob::Posed> poses; // in the file, by the numbers of the parts
+    for (const CadPart& source : content.parts) {
+        poses.push_back(source.owner == 0 ? source.pose : poses.at(source.owner - 1) * source.pose);
+        if (!source.isAssembly)
+            parts.push_back(stationPartOf(source, poses.back()));
+    }
+    return parts;
+}
+
+void appendParts(const layout::PartContainer& container, Parts& parts)
+{
+    for (const auto& member : container.getParts()) {
+        if (const auto* assembly = dynamic_cast<const layout::Assembly*>(member.get()))
+            appendParts(*assembly, parts);
+        else
+            parts.push_back(std::static_pointer_cast<layout::Part>(member));
+    }
+}
+
+/// An STL file comes as its part, any other as what it holds.
+std::variant<Parts, CadContent> contentOf(const std::filesystem::path& file, const Progress& progress, LengthUnit unit)
+{
+    checkReadable(file);
+    const FileKind kind = shapeKindOf(file);
+    if (kind == FileKind::Stl)
+        return readStl(file, progress, unit);
+    if (isMeshKind(kind))
+        return readMesh(file, progress, unit);
+    return cadContentOf(file, progress);
+}
+
 /// A BREP file without a name: more than one body, or what is none, stays together.
 TopoDS_Shape wholeShapeOf(const std::filesystem::path& file)
 {
@@ -105,9 +161,9 @@ TopoDS_Shape wholeShapeOf(const std::filesystem::path& file)
         throw ImportError(file, "only a BREP file is meant as a whole");
     const QuietMessenger quiet;
     if (!isReadHere(file))
-        return readInChild(file, CadRequest::Whole, {}).at(0).bodies.at(0).shape;
+        return readInChild(file, CadRequest::Whole, {}).parts.at(0).bodies.at(0).shape;
     const std::lock_guard lock(importMutex());
-    return readCad(file, CadRequest::Whole, {}).at(0).bodies.at(0).shape;
+    return readCad(file, CadRequest::Whole, {}).parts.at(0).bodies.at(0).shape;
 }
 
 /// The shapes of a file by their URIs. Those of the file that was read last are kept: bodies of one file ask for their shapes
@@ -143,30 +199,49 @@ TopoDS_Shape KeptShapes::shapeOf(const std::filesystem::path& file, const std::s
 
 void KeptShapes::read(const std::filesystem::path& file, bool here)
 {
-    for (const CadPart& part : here ? readCad(file, CadRequest::Bare, {}) : readInChild(file, CadRequest::Meshed, {}))
+    const CadContent content = here ? readCad(file, CadRequest::Bare, {}) : readInChild(file, CadRequest::Meshed, {});
+    for (const CadPart& part : content.parts)
         for (const CadBody& body : part.bodies)
             shapes.emplace(body.uri, body.shape);
 }
 
 } // namespace
 
+std::vector<std::shared_ptr<layout::Part>> ImportedFile::allParts() const
+{
+    Parts all;
+    for (const auto& assembly : assemblies)
+        appendParts(*assembly, all);
+    all.insert(all.end(), parts.begin(), parts.end());
+    return all;
+}
+
+ImportedFile ImportAssembled(const std::filesystem::path& file, const Progress& progress, LengthUnit unit)
+{
+    const std::filesystem::path absolute = std::filesystem::absolute(file).lexically_normal();
+    const QuietMessenger quiet;
+    auto content = contentOf(absolute, progress, unit);
+    ImportedFile result;
+    if (auto* const parts = std::get_if<Parts>(&content))
+        result.parts = std::move(*parts);
+    else
+        callOcct(absolute, [&] { result = assembledOf(std::get<CadContent>(content)); });
+    report(progress, "done", 1);
+    return result;
+}
+
 Parts ImportFile(const std::filesystem::path& file, const Progress& progress, LengthUnit unit)
 {
     const std::filesystem::path absolute = std::filesystem::absolute(file).lexically_normal();
-    checkReadable(absolute);
-    const FileKind kind = shapeKindOf(absolute);
     const QuietMessenger quiet;
-    Parts parts;
-    if (kind == FileKind::Stl) {
-        parts = readStl(absolute, progress, unit);
-    } else if (isMeshKind(kind)) {
-        parts = readMesh(absolute, progress, unit);
-    } else {
-        const CadParts read = cadPartsOf(absolute, progress);
-        callOcct(absolute, [&] { std::ranges::transform(read, std::back_inserter(parts), stationPartOf); });
-    }
+    auto content = contentOf(absolute, progress, unit);
+    Parts result;
+    if (auto* const parts = std::get_if<Parts>(&content))
+        result = std::move(*parts);
+    else
+        callOcct(absolute, [&] { result = flatOf(std::get<CadContent>(content)); });
     report(progress, "done", 1);
-    return parts;
+    return result;
 }
 
 TopoDS_Shape ImportShape(const std::string& uri)

@@ -14,8 +14,9 @@
 class TopoDS_Shape;
 
 namespace vrk::layout {
+class Assembly;
 class Part;
-}
+} // namespace vrk::layout
 
 namespace vrk::station {
 
@@ -30,11 +31,26 @@ public:
 /// exception that it throws ends the import and reaches its caller.
 using Progress = std::function<void(std::string_view step, double fraction)>;
 
+/// What a file holds, complete but not yet in the station.
+struct VRK_EXPORT ImportedFile {
+    /// Those that are in no other; what they hold is in them.
+    std::vector<std::shared_ptr<layout::Assembly>> assemblies;
+    std::vector<std::shared_ptr<layout::Part>> parts; ///< those that are in no assembly
+    /// What the file has, or refers to, and could not be taken in: a line each, for the user, without the file's name.
+    std::vector<std::string> notes;
+
+    /// All parts, also those in assemblies, in the order of the file.
+    std::vector<std::shared_ptr<layout::Part>> allParts() const;
+};
+
 /// Reads a STEP (.step, .stp), BREP (.brep), STL (.stl) or PLY (.ply) file; the ending may be in any case.
 ///
-/// Each occurrence of a product in an assembly becomes a part at its place. Names, body and face colours are kept. Wires,
-/// edges and vertices that belong to no face become bodies, too. Shapes without triangles are meshed on all cores, see
-/// `meshShape`. The parts are complete but not yet in the station, so that a failure leaves nothing half-loaded.
+/// Each occurrence of a product in an assembly becomes a part at its place, and each of an assembly an assembly. They are
+/// named as the file names the occurrence, where it does; else as their product; else as what is around them, or the file.
+/// Those beside each other have different names: "bolt", "bolt (2)". What a file has side by side, in no assembly, is put
+/// into one of the file's name. Body and face colours are kept. Wires, edges and vertices that belong to no face become bodies, too. Shapes without
+/// triangles are meshed on all cores, see `meshShape`. Nothing is in the station yet, so that a failure leaves nothing
+/// half-loaded.
 ///
 /// A PLY file is read for its faces, with normals and colours of its points; that of points alone is a cloud, see
 /// "station/ImportCloud.h". A mesh becomes one body; where the view does not read the file as it stands, its geometry lies in
@@ -43,6 +59,11 @@ using Progress = std::function<void(std::string_view step, double fraction)>;
 /// STEP and BREP are read by a program of their own, which damage takes down in place of this one: "station/CadReader.h".
 /// Any thread, several at once.
 /// @param unit  of files that name none, which are meshes.
+/// @throws ImportError
+VRK_EXPORT ImportedFile ImportAssembled(const std::filesystem::path& file, const Progress& progress = {},
+                                        LengthUnit unit = LengthUnit::Millimetre);
+
+/// The same without assemblies: each part by itself, at its place in the file.
 /// @throws ImportError
 VRK_EXPORT std::vector<std::shared_ptr<layout::Part>>
 ImportFile(const std::filesystem::path& file, const Progress& progress = {}, LengthUnit unit = LengthUnit::Millimetre);

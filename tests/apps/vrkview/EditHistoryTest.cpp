@@ -509,6 +509,51 @@ TEST_F(EditHistoryTest, WhatStandsByItselfIsMovedAndOfAMoveItsTarget)
     fixture->setFixedUFrame(true);
 }
 
+TEST_F(EditHistoryTest, MembersOfAssembliesAreMovedAndRemovedByThemselves)
+{
+    const auto fence = Layout::inst().assemblies.front();
+    const auto members = fence->getParts();
+    ASSERT_GE(members.size(), 3u);
+    const unsigned second = members[1]->getId(), last = members.back()->getId();
+    EXPECT_EQ(movedFor(second), second);
+    EXPECT_EQ(movedFor(dynamic_cast<const vrk::layout::Part&>(*members[1]).getBodies().front()->getId()), 0u);
+    const std::string before = savedBytes();
+
+    history.push(std::make_unique<MoveThings>(second, poseOfThing(second) * Posed(vrk::rob::Posd(0, 0, 100))));
+    EXPECT_EQ(worldPoseOfThing(second), worldPoseOfThing(fence->getId()) * poseOfThing(second));
+    history.push(std::make_unique<RemoveThings>(std::vector{second}));
+    EXPECT_EQ(sdf::SdfManager::inst().find(second), nullptr);
+    EXPECT_EQ(fence->getParts().size(), members.size() - 1);
+    EXPECT_EQ(fence->getObjChildren().size(), members.size() - 1);
+    const std::string without = savedBytes();
+    EXPECT_NE(without, before);
+    history.push(std::make_unique<RemoveThings>(std::vector{fence->getId(), last}));
+    EXPECT_EQ(sdf::SdfManager::inst().find(fence->getId()), nullptr);
+
+    history.undo();
+    EXPECT_EQ(savedBytes(), without);
+    history.undo();
+    EXPECT_EQ(fence->getParts(), members);
+    history.undo();
+    EXPECT_EQ(savedBytes(), before);
+}
+
+TEST_F(EditHistoryTest, MemberAndItsAssemblyAreRemovedTogether)
+{
+    const auto fence = Layout::inst().assemblies.front();
+    const auto members = fence->getParts();
+    const std::string before = savedBytes();
+
+    history.push(
+        std::make_unique<RemoveThings>(std::vector{members.back()->getId(), fence->getId(), members.front()->getId()}));
+
+    EXPECT_EQ(sdf::SdfManager::inst().find(fence->getId()), nullptr);
+    EXPECT_EQ(sdf::SdfManager::inst().find(members.front()->getId()), nullptr);
+    history.undo();
+    EXPECT_EQ(fence->getParts(), members);
+    EXPECT_EQ(savedBytes(), before);
+}
+
 TEST_F(EditHistoryTest, TopmostAreThoseThatHangOnNoOther)
 {
     const unsigned pallet = thing("Pallet"), controller = thing("Controller"), torch = thing("Welding torch");

@@ -150,6 +150,24 @@ TEST_F(OpeningTest, BadFileBesideGoodOnesIsToldAndTheOthersJoin)
     EXPECT_EQ(programs(), before);
 }
 
+TEST_F(OpeningTest, WhatIsMissingOfAFileIsTold)
+{
+    Station station;
+    files().tellLeftOut(station, 1);
+    EXPECT_FALSE(window().getMessageBar().isVisible());
+    station.notes = {"a.step: 1 of 3 faces could not be transferred: #17", "b.step: this", "c.step: that",
+                     "d.step: more"};
+
+    files().tellLeftOut(station, 4);
+
+    EXPECT_TRUE(window().getMessageBar().isVisible());
+    const std::string text = window().getMessageBar().getText().toStdString();
+    EXPECT_THAT(text, HasSubstr("Some of what the files hold is missing:"));
+    EXPECT_THAT(text, HasSubstr("a.step: 1 of 3 faces could not be transferred: #17"));
+    EXPECT_THAT(text, HasSubstr("and 1 more"));
+    window().getMessageBar().hide();
+}
+
 TEST_F(OpeningTest, DamagedProgramIsToldWithItsLineAndTheStationStays)
 {
     const QStringList before = programs();

@@ -24,9 +24,9 @@
 namespace vrk::station {
 namespace {
 
-constexpr std::string_view mark = "vrkCad01"; // of this form of the answer
+constexpr std::string_view mark = "vrkCad02"; // of this form of the answer
 // Bytes that a part, and a body, takes at least: no more of them can follow than there is room for.
-constexpr std::size_t leastPart = 2 * sizeof(std::uint32_t) + 7 * sizeof(double);
+constexpr std::size_t leastPart = 3 * sizeof(std::uint32_t) + 1 + 7 * sizeof(double);
 constexpr std::size_t leastBody = 5 * sizeof(std::uint32_t) + 1;
 
 /// Open CASCADE writes number by number; the system gets large pieces.
@@ -349,9 +349,48 @@ std::vector<TopoDS_Shape> readShapes(std::span<const char> bytes, const Message_
     return shapes;
 }
 
+void writePart(HeadWriter& head, const CadPart& part, TopTools_IndexedMapOfOrientedShape& shapes)
+{
+    head.text(part.name);
+    writePose(head, part.pose);
+    head.number(part.owner);
+    head.number(static_cast<char>(part.isAssembly));
+    head.number(static_cast<std::uint32_t>(part.bodies.size()));
+    for (const CadBody& body : part.bodies)
+        writeBody(head, body, shapes.Add(body.shape));
+}
+
+/// All but the shapes, whose notes it appends.
+void readPart(HeadReader& head, CadPart& part, std::vector<ShapeNote>& notes)
+{
+    part.name = head.text();
+    part.pose = readPose(head);
+    part.owner = head.number<std::uint32_t>();
+    part.isAssembly = head.number<char>() != 0;
+    part.bodies.resize(head.count(leastBody));
+    for (CadBody& body : part.bodies)
+        notes.push_back(readBody(head, body));
+    if (part.isAssembly && !part.bodies.empty())
+        throw std::runtime_error("the answer has an assembly with bodies");
+}
+
+/// Owners are assemblies that stand before what they own, and lie no deeper than may be.
+void checkOwners(const CadParts& parts)
+{
+    std::vector<std::size_t> depths;
+    for (const CadPart& part : parts) {
+        const bool isOwned = part.owner != 0;
+        if (isOwned && (part.owner > depths.size() || !parts[part.owner - 1].isAssembly))
+            throw std::runtime_error("the answer has a part of no assembly");
+        depths.push_back(isOwned ? depths[part.owner - 1] + 1 : 0);
+        if (depths.back() > deepestAssembly)
+            throw std::runtime_error("the answer has assemblies without end");
+    }
+}
+
 } // namespace
 
-std::uint64_t writeAnswer(const CadParts& parts, int descriptor)
+std::uint64_t writeAnswer(const CadContent& content, int descriptor)
 {
     DescriptorBuffer buffer(descriptor);
     std::ostream stream(&buffer);
@@ -359,14 +398,12 @@ std::uint64_t writeAnswer(const CadParts& parts, int descriptor)
     stream.write(mark.data(), mark.size());
     HeadWriter head(stream);
     TopTools_IndexedMapOfOrientedShape shapes;
-    head.number(static_cast<std::uint32_t>(parts.size()));
-    for (const CadPart& part : parts) {
-        head.text(part.name);
-        writePose(head, part.pose);
-        head.number(static_cast<std::uint32_t>(part.bodies.size()));
-        for (const CadBody& body : part.bodies)
-            writeBody(head, body, shapes.Add(body.shape));
-    }
+    head.number(static_cast<std::uint32_t>(content.notes.size()));
+    for (const std::string& note : content.notes)
+        head.text(note);
+    head.number(static_cast<std::uint32_t>(content.parts.size()));
+    for (const CadPart& part : content.parts)
+        writePart(head, part, shapes);
 
     TopoDS_Compound compound;
     const BRep_Builder builder;
@@ -378,28 +415,28 @@ std::uint64_t writeAnswer(const CadParts& parts, int descriptor)
     return buffer.finish();
 }
 
-CadParts readAnswer(std::span<const char> bytes, const Message_ProgressRange& range)
+CadContent readAnswer(std::span<const char> bytes, const Message_ProgressRange& range)
 {
     HeadReader head(bytes);
     const std::span<const char> found = head.take(mark.size());
     if (std::string_view(found.data(), found.size()) != mark)
         throw std::runtime_error("the answer is that of another version");
-    CadParts parts(head.count(leastPart));
+    CadContent content;
+    content.notes.resize(head.count(sizeof(std::uint32_t)));
+    for (std::string& note : content.notes)
+        note = oneLine(head.text().c_str());
+    content.parts.resize(head.count(leastPart));
     std::vector<ShapeNote> notes; // of each body
-    for (CadPart& part : parts) {
-        part.name = head.text();
-        part.pose = readPose(head);
-        part.bodies.resize(head.count(leastBody));
-        for (CadBody& body : part.bodies)
-            notes.push_back(readBody(head, body));
-    }
+    for (CadPart& part : content.parts)
+        readPart(head, part, notes);
+    checkOwners(content.parts);
 
     const std::vector<TopoDS_Shape> shapes = readShapes(head.rest(), range);
     auto note = notes.begin();
-    for (CadPart& part : parts)
+    for (CadPart& part : content.parts)
         for (CadBody& body : part.bodies)
             complete(body, *note++, shapes);
-    return parts;
+    return content;
 }
 
 } // namespace vrk::station

@@ -81,7 +81,7 @@ class CadChild {
 public:
     CadChild(const std::filesystem::path& file, CadRequest request, const Progress& progress);
 
-    CadParts read();
+    CadContent read();
 
 private:
     std::unique_ptr<ChildProcess> start(CadRequest request);
@@ -92,7 +92,7 @@ private:
     void takeProgress(std::string_view words);
     void checkLimits() const;
     [[noreturn]] void failOfItsEnd() const;
-    CadParts partsOfAnswer();
+    CadContent contentOfAnswer();
     [[noreturn]] void fail(const std::string& cause) const { throw ImportError(file, cause); }
 
     const std::filesystem::path& file;
@@ -141,13 +141,13 @@ std::unique_ptr<ChildProcess> CadChild::start(CadRequest request)
         std::vector<std::string>{allocator}, std::vector<int>{writing.get(), answer.get()});
 }
 
-CadParts CadChild::read()
+CadContent CadChild::read()
 {
     listen();
     if (!answerSize)
         failOfItsEnd();
     // While its memory goes, which takes a while where it had much, the answer is read.
-    return partsOfAnswer();
+    return contentOfAnswer();
 }
 
 /// Until it has answered or ended.
@@ -238,7 +238,7 @@ void CadChild::failOfItsEnd() const
     fail(fmt::format("{} ended without an answer: the file is damaged", program));
 }
 
-CadParts CadChild::partsOfAnswer()
+CadContent CadChild::contentOfAnswer()
 {
     const std::string damaged = fmt::format("{} gave an answer that cannot be used", program);
     // Nobody may shorten it while it is read here.
@@ -252,9 +252,9 @@ CadParts CadChild::partsOfAnswer()
     const Handle(OcctProgress) taking = new OcctProgress(progress, step, fraction, fraction);
     std::string cause;
     try {
-        CadParts parts = readAnswer(bytes.bytes(), taking->Start());
+        CadContent content = readAnswer(bytes.bytes(), taking->Start());
         taking->rethrow();
-        return parts;
+        return content;
     } catch (const Standard_Failure&) { // such as a direction without length
         cause = "the file is damaged: Open CASCADE cannot read again what it made of it";
     } catch (const std::runtime_error& failure) {
@@ -266,7 +266,7 @@ CadParts CadChild::partsOfAnswer()
 
 } // namespace
 
-CadParts readInChild(const std::filesystem::path& file, CadRequest request, const Progress& progress)
+CadContent readInChild(const std::filesystem::path& file, CadRequest request, const Progress& progress)
 {
     return CadChild(file, request, progress).read();
 }

@@ -8,10 +8,10 @@ namespace vrk::station {
 
 /// As `readCad`, by the program that reads CAD files. Any thread, several at once.
 ///
-/// The program tells on a pipe, line by line, how far it is, and writes the parts into a file without a name in memory,
+/// The program tells on a pipe, line by line, how far it is, and writes the content into a file without a name in memory,
 /// which goes with the last of both processes. While nothing comes, `progress` is called with what came last, so that what
 /// it throws ends a reading that hangs.
 /// @throws ImportError, also where the program is missing, dies or goes beyond a limit; whatever `progress` throws.
-CadParts readInChild(const std::filesystem::path& file, CadRequest request, const Progress& progress);
+CadContent readInChild(const std::filesystem::path& file, CadRequest request, const Progress& progress);
 
 } // namespace vrk::station

@@ -6,6 +6,7 @@
 
 #include <Message_ProgressRange.hxx>
 
+#include <cstdint>
 #include <functional>
 #include <map>
 
@@ -20,22 +21,34 @@ struct CadBody {
     TopoDS_Shape shape;
 };
 
+/// A part, or an assembly of those behind it that name it.
 struct CadPart {
     std::string name;
-    rob::Posed pose;
+    rob::Posed pose;         // in its owner
+    std::uint32_t owner = 0; // the number, from 1, of the assembly that it is in, which stands before it; 0 for none
+    bool isAssembly = false; // it has no bodies then
     std::vector<CadBody> bodies;
 };
 
 using CadParts = std::vector<CadPart>;
 
-/// The parts of one file; `file` is absolute, is there and is not empty. Shapes come as the file has them, without
+/// How deep assemblies may lie in each other.
+constexpr std::size_t deepestAssembly = 60;
+
+/// What is in a file.
+struct CadContent {
+    CadParts parts;
+    std::vector<std::string> notes; // what of it is not: a line each
+};
+
+/// What is in one file; `file` is absolute, is there and is not empty. Shapes come as the file has them, without
 /// triangulation where it has none.
-CadParts readStep(const std::filesystem::path& file, const Progress& progress);
-CadParts readBrep(const std::filesystem::path& file, const Progress& progress);
+CadContent readStep(const std::filesystem::path& file, const Progress& progress);
+CadContent readBrep(const std::filesystem::path& file, const Progress& progress);
 /// The one shape of a BREP file, which may be a compound of several bodies.
 TopoDS_Shape readWholeBrep(const std::filesystem::path& file, const Progress& progress);
 
-/// What of a shape becomes a body of its own: each solid, each shell outside solids, the loose faces together, and each
+/// What of a shape becomes a body of its own: each solid with a face, each such shell outside solids, the loose faces together, and each
 /// wire, edge and vertex that stands in a compound, or alone, and belongs to nothing.
 std::vector<TopoDS_Shape> bodyShapesOf(const TopoDS_Shape& shape);
 
@@ -47,13 +60,13 @@ void callOcct(const std::filesystem::path& file, const std::function<void()>& ca
 
 /// What is read of a file.
 enum class CadRequest {
-    Bare,   ///< its parts, without triangles where the file has none
-    Meshed, ///< its parts
+    Bare,   ///< its content, without triangles where the file has none
+    Meshed, ///< its content
     Whole,  ///< a BREP file as one body, meshed
 };
 
 /// Reads a STEP or BREP file here and now. Open CASCADE's readers share parameters: one call at a time.
 /// @throws ImportError, also in place of Open CASCADE's failures; whatever `progress` throws.
-CadParts readCad(const std::filesystem::path& file, CadRequest request, const Progress& progress);
+CadContent readCad(const std::filesystem::path& file, CadRequest request, const Progress& progress);
 
 } // namespace vrk::station

@@ -73,10 +73,13 @@ TopoDS_Shape shapeOfBrepFile(const std::filesystem::path& file, const Message_Pr
 std::vector<TopoDS_Shape> bodyShapesOf(const TopoDS_Shape& shape)
 {
     std::vector<TopoDS_Shape> bodies;
-    for (TopExp_Explorer solid(shape, TopAbs_SOLID); solid.More(); solid.Next())
-        bodies.push_back(solid.Current());
-    for (TopExp_Explorer shell(shape, TopAbs_SHELL, TopAbs_SOLID); shell.More(); shell.Next())
-        bodies.push_back(shell.Current());
+    const auto addAll = [&](TopAbs_ShapeEnum kind, TopAbs_ShapeEnum outside) {
+        for (TopExp_Explorer body(shape, kind, outside); body.More(); body.Next())
+            if (TopExp_Explorer(body.Current(), TopAbs_FACE).More()) // what lost all of them is nothing
+                bodies.push_back(body.Current());
+    };
+    addAll(TopAbs_SOLID, TopAbs_SHAPE);
+    addAll(TopAbs_SHELL, TopAbs_SOLID);
 
     TopExp_Explorer face(shape, TopAbs_FACE, TopAbs_SHELL);
     if (face.More()) {
@@ -104,13 +107,13 @@ TopoDS_Shape readWholeBrep(const std::filesystem::path& file, const Progress& pr
     }
 }
 
-CadParts readBrep(const std::filesystem::path& file, const Progress& progress)
+CadContent readBrep(const std::filesystem::path& file, const Progress& progress)
 {
     report(progress, "reading", 0);
     const TopoDS_Shape shape = readWholeBrep(file, progress);
     const std::vector<TopoDS_Shape> shapes = bodyShapesOf(shape);
     if (shapes.empty())
-        throw ImportError(file, "the BREP file holds no geometry");
+        throw ImportError(file, "the BREP file holds no shapes");
 
     CadPart part;
     part.name = file.stem().string();
@@ -121,7 +124,9 @@ CadParts readBrep(const std::filesystem::path& file, const Progress& progress)
         body.shape = shapes[i];
         part.bodies.push_back(std::move(body));
     }
-    return {std::move(part)};
+    CadContent content;
+    content.parts.push_back(std::move(part));
+    return content;
 }
 
 } // namespace vrk::station

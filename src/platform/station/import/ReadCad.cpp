@@ -41,7 +41,7 @@ void meshParts(const CadParts& parts, const Progress& progress)
     }
 }
 
-CadParts partsOf(const std::filesystem::path& file, CadRequest request, const Progress& progress)
+CadContent contentOf(const std::filesystem::path& file, CadRequest request, const Progress& progress)
 {
     const bool isStep = fileKindOf(file) == FileKind::Step;
     if (request != CadRequest::Whole)
@@ -50,7 +50,9 @@ CadParts partsOf(const std::filesystem::path& file, CadRequest request, const Pr
     body.shape = readWholeBrep(file, progress);
     CadPart part;
     part.bodies.push_back(std::move(body));
-    return {std::move(part)};
+    CadContent content;
+    content.parts.push_back(std::move(part));
+    return content;
 }
 
 } // namespace
@@ -65,15 +67,15 @@ void callOcct(const std::filesystem::path& file, const std::function<void()>& ca
     }
 }
 
-CadParts readCad(const std::filesystem::path& file, CadRequest request, const Progress& progress)
+CadContent readCad(const std::filesystem::path& file, CadRequest request, const Progress& progress)
 {
-    CadParts parts;
+    CadContent content;
     callOcct(file, [&] {
-        parts = partsOf(file, request, progress);
+        content = contentOf(file, request, progress);
         if (request != CadRequest::Bare)
-            meshParts(parts, progress);
+            meshParts(content.parts, progress);
     });
-    return parts;
+    return content;
 }
 
 } // namespace vrk::station
