@@ -2,6 +2,7 @@
 
 #include "canvas/ViewState.h"
 #include "docks/JointRow.h"
+#include "docks/LimitBox.h"
 #include "edit/History.h"
 #include "edit/MoveJoints.h"
 #include "window/Glyphs.h"
@@ -161,6 +162,7 @@ void JointDock::addGroup(const std::shared_ptr<Mechanism>& mechanism, QVBoxLayou
     column.addLayout(grid);
     for (const Joint& joint : movingJoints(*mechanism)) {
         auto* row = new JointRow(QString::fromStdString(joint.name), rangeOf(joint), *grid, grid);
+        connect(row, &JointRow::limited, this, &JointDock::limited);
         connect(row, &JointRow::valueChanged, this, [this, &group, row] { moveJoints(group, *row); });
         const auto begin = [this] { ++gesture; };
         connect(&row->getSlider(), &QSlider::sliderPressed, this, begin);

@@ -39,6 +39,8 @@ signals:
     /// The user has moved a joint.
     /// @param gesture  the same while one slider is dragged; 0 for what stands by itself.
     void jointsMoved(int gesture);
+    /// The user typed a value beyond a joint's limits, which was held to them.
+    void limited(const QString& text);
 
 private:
     struct Group {

@@ -1,6 +1,7 @@
 #include "docks/JointRow.h"
 
-#include <QDoubleSpinBox>
+#include "docks/LimitBox.h"
+
 #include <QGridLayout>
 #include <QLabel>
 #include <QSignalBlocker>
@@ -17,7 +18,7 @@ constexpr int decimals = 2;
 } // namespace
 
 JointRow::JointRow(const QString& name, const JointRange& range, QGridLayout& grid, QObject* parent)
-    : QObject(parent), range(range), slider(new QSlider(Qt::Horizontal)), box(new QDoubleSpinBox)
+    : QObject(parent), range(range), slider(new QSlider(Qt::Horizontal)), box(new LimitBox)
 {
     const QString limits =
         tr("%1 from %2 to %3%4").arg(name).arg(range.lower, 0, 'f', 1).arg(range.upper, 0, 'f', 1).arg(range.unit);
@@ -40,6 +41,15 @@ JointRow::JointRow(const QString& name, const JointRange& range, QGridLayout& gr
     grid.addWidget(slider, line, 1);
     grid.addWidget(box, line, 2);
 
+    connect(box, &LimitBox::limited, this, [this, name](double typed) {
+        emit limited(tr("%1: %2%5 is beyond its limits, %3 to %4%5; it stands at %6%5")
+                         .arg(name)
+                         .arg(typed, 0, 'g', 6)
+                         .arg(this->range.lower, 0, 'f', 1)
+                         .arg(this->range.upper, 0, 'f', 1)
+                         .arg(this->range.unit)
+                         .arg(box->value(), 0, 'f', 1));
+    });
     connect(slider, &QSlider::valueChanged, this, [this](int step) {
         const double value = this->range.lower + (this->range.upper - this->range.lower) * step / sliderSteps;
         const QSignalBlocker quiet(box);

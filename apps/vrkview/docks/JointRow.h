@@ -3,11 +3,12 @@
 #include <QObject>
 #include <QString>
 
-class QDoubleSpinBox;
 class QGridLayout;
 class QSlider;
 
 namespace vrkview {
+
+class LimitBox;
 
 /// What a joint may be set to, in the unit that the user reads: degrees or millimetres.
 struct JointRange {
@@ -28,18 +29,20 @@ public:
     /// Shows the value and tells nobody.
     void setValue(double value);
     QSlider& getSlider() const { return *slider; }
-    QDoubleSpinBox& getBox() const { return *box; }
+    LimitBox& getBox() const { return *box; }
 
 signals:
     /// The user has set another one.
     void valueChanged(double value);
+    /// The user typed one beyond the limits. @param text  a line that says so, and where the joint stands.
+    void limited(const QString& text);
 
 private:
     int stepOf(double value) const;
 
     JointRange range;
     QSlider* slider;
-    QDoubleSpinBox* box;
+    LimitBox* box;
 };
 
 } // namespace vrkview

@@ -73,13 +73,15 @@ QString StationFiles::OpenFilter()
         const QString endings = QString::fromStdString(vrk::station::endingsOf(isWanted));
         return QString("%1 (*%2)").arg(name, QString(endings).replace(", ", " *"));
     };
-    return QStringList{filter(tr("All that can be shown"), [](FileKind) { return true; }),
-                       filter(tr("CAD and meshes"), vrk::station::isShapeKind),
-                       filter(tr("Robots"), [](FileKind kind) { return kind == FileKind::Urdf; }),
-                       filter(tr("Point clouds"), vrk::station::isPointCloudKind),
-                       filter(tr("Robot programs"), [](FileKind kind) { return kind == FileKind::Program; }),
-                       filter(tr("Stations"), [](FileKind kind) { return kind == FileKind::Station; }),
-                       tr("All files (*)")}
+    return QStringList{
+        filter(tr("All that can be shown"), [](FileKind) { return true; }),
+        filter(tr("CAD and meshes"),
+               [](FileKind kind) { return vrk::station::isShapeKind(kind) || vrk::station::isMeshKind(kind); }),
+        filter(tr("Robots"), [](FileKind kind) { return kind == FileKind::Urdf; }),
+        filter(tr("Point clouds"), vrk::station::isPointCloudKind),
+        filter(tr("Robot programs"), [](FileKind kind) { return kind == FileKind::Program; }),
+        filter(tr("Stations"), [](FileKind kind) { return kind == FileKind::Station; }),
+        tr("All files (*)")}
         .join(";;");
 }
 

@@ -367,6 +367,8 @@ void ViewWindow::connectFiles()
 void ViewWindow::connectEdits()
 {
     connect(edits, &EditActions::failed, messages, &MessageBar::tell);
+    connect(joints, &JointDock::limited, this,
+            [this](const QString& text) { statusBar()->showMessage(text, longNoteTime); });
     connect(simplifies, &SimplifyActions::failed, messages, &MessageBar::tell);
     connect(simplifies, &SimplifyActions::told, this,
             [this](const QString& text) { statusBar()->showMessage(text, longNoteTime); });

@@ -2,6 +2,9 @@
 
 #include "platform/station/import/CadAnswer.h"
 #include "platform/station/import/CadProtocol.h"
+#include "platform/station/import/ReadScene.h"
+
+#include "platform/station/clouds/PlyMesh.h"
 
 #include "platform/cadreader/MemoryLimit.h"
 
@@ -19,6 +22,7 @@
 #include <limits>
 #include <new>
 #include <system_error>
+#include <utility>
 
 #ifdef __SANITIZE_ADDRESS__
 /// What a program that lives for one file holds at its end is not worth the search.
@@ -68,7 +72,24 @@ void hoardMemory()
 
 CadRequest requestOf(const std::string& word)
 {
-    return word == "bare" ? CadRequest::Bare : word == "meshed" ? CadRequest::Meshed : CadRequest::Whole;
+    for (const auto& [name, request] : {std::pair{"bare", CadRequest::Bare}, std::pair{"meshed", CadRequest::Meshed},
+                                        std::pair{"triangles", CadRequest::Triangles}})
+        if (word == name)
+            return request;
+    return CadRequest::Whole;
+}
+
+std::uint64_t writeTriangles(const std::filesystem::path& file, const Progress& progress)
+{
+    const std::string bytes = plyOf(readScene(file, progress));
+    std::size_t written = 0;
+    while (written < bytes.size()) {
+        const ssize_t count = write(child::answer, bytes.data() + written, bytes.size() - written);
+        if (count < 0 && errno != EINTR)
+            throw std::system_error(errno, std::generic_category(), "write");
+        written += count < 0 ? 0 : static_cast<std::size_t>(count);
+    }
+    return written;
 }
 
 void read(const std::filesystem::path& file, CadRequest request)
@@ -77,8 +98,9 @@ void read(const std::filesystem::path& file, CadRequest request)
         say(fmt::format("progress {} {}\n", fraction, step));
     };
     try {
-        const CadContent content = readCad(file, request, progress);
-        const std::uint64_t size = writeAnswer(content, child::answer);
+        const std::uint64_t size = request == CadRequest::Triangles
+                                       ? writeTriangles(file, progress)
+                                       : writeAnswer(readCad(file, request, progress), child::answer);
         say(fmt::format("done {}\n", size));
         _exit(0); // what a large file leaves would take long to free piece by piece
     } catch (const ImportError& failure) {

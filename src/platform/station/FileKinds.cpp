@@ -8,10 +8,15 @@
 namespace vrk::station {
 namespace {
 
-constexpr std::array<FileEnding, 12> endings{{{".step", FileKind::Step},
+constexpr std::array<FileEnding, 17> endings{{{".step", FileKind::Step},
                                               {".stp", FileKind::Step},
                                               {".brep", FileKind::Brep},
                                               {".stl", FileKind::Stl},
+                                              {".obj", FileKind::Obj},
+                                              {".gltf", FileKind::Scene},
+                                              {".glb", FileKind::Scene},
+                                              {".3mf", FileKind::Scene},
+                                              {".dae", FileKind::Scene},
                                               {".urdf", FileKind::Urdf},
                                               {".ply", FileKind::Ply},
                                               {".pcd", FileKind::Pcd},
@@ -54,7 +59,12 @@ bool isPointCloudKind(FileKind kind)
 
 bool isMeshKind(FileKind kind)
 {
-    return kind == FileKind::Ply;
+    return kind == FileKind::Obj || kind == FileKind::Scene || kind == FileKind::Ply;
+}
+
+bool hasUnitOfItsOwn(FileKind kind)
+{
+    return kind == FileKind::Scene || kind == FileKind::Step || kind == FileKind::Urdf || kind == FileKind::Station;
 }
 
 bool isShapeFile(const std::filesystem::path& file)

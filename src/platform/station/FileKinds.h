@@ -9,7 +9,7 @@
 namespace vrk::station {
 
 /// The kinds of files that can be brought into a station.
-enum class FileKind { Other, Step, Brep, Stl, Urdf, Ply, Pcd, Xyz, Program, Station };
+enum class FileKind { Other, Step, Brep, Stl, Obj, Scene, Urdf, Ply, Pcd, Xyz, Program, Station };
 
 struct FileEnding {
     const char* text; ///< in small letters, with its dot
@@ -27,6 +27,8 @@ VRK_EXPORT FileKind fileKindOf(const std::filesystem::path& file);
 /// Shapes: CAD and meshes, which `ImportFile` reads.
 VRK_EXPORT bool isShapeKind(FileKind kind);
 VRK_EXPORT bool isPointCloudKind(FileKind kind);
+/// Whether its files say what their numbers count: others are read in the unit that the user tells.
+VRK_EXPORT bool hasUnitOfItsOwn(FileKind kind);
 /// Meshes of other formats than STL, which `ImportFile` reads too; a PLY file may be one, or a point cloud.
 VRK_EXPORT bool isMeshKind(FileKind kind);
 /// Whether the file's ending is that of a shape: .step, .stp, .brep or .stl, in any case.

@@ -69,7 +69,9 @@ FileKind shapeKindOf(const std::filesystem::path& file)
 {
     const FileKind kind = fileKindOf(file);
     if (!isShapeKind(kind) && !isMeshKind(kind))
-        throw ImportError(file, fmt::format("not a kind of file that can be read ({})", endingsOf(isShapeKind)));
+        throw ImportError(file, fmt::format("not a kind of file that can be read ({})", endingsOf([](FileKind each) {
+                                                return isShapeKind(each) || isMeshKind(each);
+                                            })));
     return kind;
 }
 

@@ -2,6 +2,7 @@
 #include "MouseFixture.h"
 #include "docks/JointDock.h"
 #include "docks/JointRow.h"
+#include "docks/LimitBox.h"
 #include "docks/PropertyDock.h"
 #include "docks/StationTreeModel.h"
 #include "docks/TreeDock.h"
@@ -36,6 +37,8 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QSlider>
+#include <QStatusBar>
+#include <QTest>
 #include <QTimer>
 
 namespace vrkview::test {
@@ -169,6 +172,38 @@ TEST_F(EditingTest, DragOfASliderIsOneStep)
     typeWithControl("z");
     EXPECT_NEAR(row.getValue(), start, 0.01);
     EXPECT_EQ(seen(), before);
+}
+
+TEST_F(EditingTest, ValueThatIsTypedBeyondALimitIsHeldToItAndTold)
+{
+    JointRow& row = *window().getJointDock().getRows().front();
+    LimitBox& box = row.getBox();
+    const double start = row.getValue();
+    window().statusBar()->clearMessage();
+
+    box.setFocus();
+    box.selectAll();
+    QTest::keyClicks(&box, "4000");
+    EXPECT_THAT(box.text().toStdString(), HasSubstr("4000")) << "may be typed";
+    EXPECT_LE(row.getValue(), box.maximum());
+    QTest::keyClick(&box, Qt::Key_Return);
+    settle();
+
+    EXPECT_EQ(row.getValue(), box.maximum());
+    EXPECT_THAT(window().statusBar()->currentMessage().toStdString(), HasSubstr("4000° is beyond its limits"));
+    window().statusBar()->clearMessage();
+    box.selectAll();
+    QTest::keyClicks(&box, "10");
+    QTest::keyClick(&box, Qt::Key_Return);
+    EXPECT_EQ(row.getValue(), 10);
+    EXPECT_EQ(window().statusBar()->currentMessage(), "") << "within them there is nothing to say";
+    box.selectAll();
+    QTest::keyClicks(&box, "-4000");
+    QTest::keyClick(&box, Qt::Key_Return);
+    EXPECT_EQ(row.getValue(), box.minimum());
+    while (std::abs(row.getValue() - start) > 0.01 && history().canUndo())
+        history().undo();
+    settle();
 }
 
 TEST_F(EditingTest, RenamedThingHasItsNameInTheTree)

@@ -2,10 +2,12 @@
 #include "WindowFixture.h"
 #include "docks/JointDock.h"
 #include "docks/JointRow.h"
+#include "docks/LimitBox.h"
 #include "docks/ProgramDock.h"
 #include "docks/ProgramModel.h"
 #include "docks/TreeDock.h"
 #include "edit/History.h"
+#include "window/HeightScale.h"
 #include "window/MessageBar.h"
 
 #include "support/ProcessorTime.h"
@@ -18,6 +20,7 @@
 #include "platform/sdf/SdfManager.h"
 #include "scene/Scene.h"
 #include "view/Camera.h"
+#include "visual/PointCloudVisual.h"
 #include "visual/Visual.h"
 
 #include <gmock/gmock.h>
@@ -26,6 +29,7 @@
 #include <QDoubleSpinBox>
 #include <QDropEvent>
 #include <QLineEdit>
+#include <QMenu>
 #include <QMimeData>
 #include <QPushButton>
 #include <QSlider>
@@ -102,6 +106,13 @@ protected:
         for (int i = 0; i < model.rowCount(); ++i)
             names << model.index(i, 0).data().toString();
         return names;
+    }
+    static QList<QAction*> unitActions()
+    {
+        for (QMenu* menu : window().findChildren<QMenu*>())
+            if (menu->title() == "&Unit of meshes and scans")
+                return menu->actions();
+        return {};
     }
     static std::size_t rowCount() { return window().getState().getTree().getRows().size(); }
 
@@ -240,6 +251,79 @@ TEST_F(OpeningTest, DroppedRobotJoinsTheStationAndItsJointsFollowTheSliders)
 
     robot->setJointValues(std::vector{0.0, 30.0}); // from elsewhere
     EXPECT_TRUE(waitFor([&] { return lines[1]->getValue() == 30 && lines[0]->getValue() == 0; }));
+}
+
+TEST_F(OpeningTest, ScanInMetresIsToldOfAndComesInTheUnitThatIsChosen)
+{
+    MessageBar& messages = window().getMessageBar();
+    const QString file = write("room.xyz", "0 0 0 200 30 30\n4 0 0 200 30 30\n0 3 2.5 200 30 30\n");
+
+    openAndWait({file});
+    EXPECT_THAT(messages.getText().toStdString(), HasSubstr("room: this scan seems to be in metres"));
+    EXPECT_EQ(Layout::inst().pointclouds.back()->getPoints().at(1), vrk::rob::Posf(4, 0, 0)) << "not changed silently";
+    window().getState().getHistory().undo();
+    messages.tell("");
+    messages.hide();
+    for (QAction* unit : unitActions())
+        if (unit->text() == "M&etres")
+            unit->trigger();
+    openAndWait({file});
+
+    EXPECT_FALSE(messages.isVisible());
+    EXPECT_EQ(Layout::inst().pointclouds.back()->getPoints().at(1), vrk::rob::Posf(4000, 0, 0));
+    window().getState().getHistory().undo();
+    files().getOpening().setReading({});
+    settle();
+}
+
+TEST_F(OpeningTest, ScanWithColoursShowsThemOrItsHeights)
+{
+    openAndWait({write("room.xyz", "0 0 0 200 30 30\n400 0 0 200 30 30\n0 300 250 200 30 30\n")});
+    const unsigned id = Layout::inst().pointclouds.back()->getId();
+    const auto& scan = dynamic_cast<const vrk::visual::PointCloudVisual&>(*Scene::GetVisual(id));
+    EXPECT_FALSE(scan.areHeightsShown());
+    QAction* byHeight = nullptr;
+    for (QAction* each : window().QWidget::actions())
+        if (each->text() == "Scans by &height")
+            byHeight = each;
+    ASSERT_NE(byHeight, nullptr);
+
+    byHeight->trigger();
+    settle();
+    EXPECT_TRUE(scan.areHeightsShown());
+    auto& scale = *window().findChild<HeightScale*>();
+    EXPECT_TRUE(scale.isVisible());
+    std::vector<unsigned> others;
+    for (const auto& cloud : Layout::inst().pointclouds)
+        if (cloud->getId() != id)
+            others.push_back(cloud->getId());
+    window().getState().setVisible(others, false);
+    settle();
+    EXPECT_EQ(scale.lowText(), "0.0");
+    EXPECT_EQ(scale.highText(), "250 mm");
+    shoot("heights");
+
+    byHeight->trigger();
+    window().getState().showAll();
+    window().getState().getHistory().undo();
+    settle();
+    EXPECT_FALSE(scale.highText().isEmpty());
+}
+
+TEST_F(OpeningTest, PlyWithFacesIsABodyInTheColoursOfItsPoints)
+{
+    const std::size_t parts = Layout::inst().parts.size();
+    openAndWait(
+        {write("flag.ply", "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\nproperty float y\nproperty "
+                           "float z\nproperty uchar red\nproperty uchar green\nproperty uchar blue\nelement face "
+                           "1\nproperty list uchar int vertex_indices\nend_header\n-2200 -1500 0 255 0 255\n-1200 "
+                           "-1500 0 255 0 255\n-2200 -1500 2500 255 0 255\n3 0 1 2\n")});
+
+    ASSERT_EQ(Layout::inst().parts.size(), parts + 1);
+    EXPECT_GT(magentaOf(after("F")), 100);
+    shoot("flag");
+    window().getState().getHistory().undo();
+    settle();
 }
 
 TEST_F(OpeningTest, ArmOfNoKnownMakerIsShownInItsOwnColours)

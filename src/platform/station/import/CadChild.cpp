@@ -40,7 +40,17 @@ constexpr const char* allocator = "MMGT_OPT=2";
 
 const char* wordOf(CadRequest request)
 {
-    return request == CadRequest::Bare ? "bare" : request == CadRequest::Meshed ? "meshed" : "whole";
+    switch (request) {
+    case CadRequest::Bare:
+        return "bare";
+    case CadRequest::Meshed:
+        return "meshed";
+    case CadRequest::Whole:
+        return "whole";
+    case CadRequest::Triangles:
+        return "triangles";
+    }
+    return "";
 }
 
 std::uint64_t memoryOf(const CadReaderSettings& settings)
@@ -82,6 +92,7 @@ public:
     CadChild(const std::filesystem::path& file, CadRequest request, const Progress& progress);
 
     CadContent read();
+    PlyTriangles readTriangles();
 
 private:
     std::unique_ptr<ChildProcess> start(CadRequest request);
@@ -92,9 +103,13 @@ private:
     void takeProgress(std::string_view words);
     void checkLimits() const;
     [[noreturn]] void failOfItsEnd() const;
+    void waitForAnswer();
+    /// How many bytes the answer has, which nobody can change any more.
+    std::size_t sealAnswer();
     CadContent contentOfAnswer();
     [[noreturn]] void fail(const std::string& cause) const { throw ImportError(file, cause); }
 
+    const std::string unusable = fmt::format("{} gave an answer that cannot be used", program);
     const std::filesystem::path& file;
     const Progress& progress;
     const CadReaderSettings settings = GetCadReaderSettings();
@@ -143,11 +158,27 @@ std::unique_ptr<ChildProcess> CadChild::start(CadRequest request)
 
 CadContent CadChild::read()
 {
+    waitForAnswer();
+    return contentOfAnswer();
+}
+
+PlyTriangles CadChild::readTriangles()
+{
+    waitForAnswer();
+    const MappedFile bytes(answer.get(), sealAnswer());
+    try {
+        return parsePlyMesh({bytes.bytes().data(), bytes.bytes().size()});
+    } catch (const CloudFault& fault) {
+        fail(fmt::format("{}: {}", unusable, fault.what()));
+    }
+}
+
+void CadChild::waitForAnswer()
+{
     listen();
     if (!answerSize)
         failOfItsEnd();
     // While its memory goes, which takes a while where it had much, the answer is read.
-    return contentOfAnswer();
 }
 
 /// Until it has answered or ended.
@@ -238,17 +269,20 @@ void CadChild::failOfItsEnd() const
     fail(fmt::format("{} ended without an answer: the file is damaged", program));
 }
 
-CadContent CadChild::contentOfAnswer()
+std::size_t CadChild::sealAnswer()
 {
-    const std::string damaged = fmt::format("{} gave an answer that cannot be used", program);
     // Nobody may shorten it while it is read here.
     const bool isSealed = fcntl(answer.get(), F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE) == 0;
     struct stat state {};
     const bool isKnown = fstat(answer.get(), &state) == 0;
     if (!isSealed || !isKnown || *answerSize == 0 || static_cast<std::uint64_t>(state.st_size) != *answerSize)
-        fail(damaged);
+        fail(unusable);
+    return static_cast<std::size_t>(*answerSize);
+}
 
-    const MappedFile bytes(answer.get(), static_cast<std::size_t>(*answerSize));
+CadContent CadChild::contentOfAnswer()
+{
+    const MappedFile bytes(answer.get(), sealAnswer());
     const Handle(OcctProgress) taking = new OcctProgress(progress, step, fraction, fraction);
     std::string cause;
     try {
@@ -258,7 +292,7 @@ CadContent CadChild::contentOfAnswer()
     } catch (const Standard_Failure&) { // such as a direction without length
         cause = "the file is damaged: Open CASCADE cannot read again what it made of it";
     } catch (const std::runtime_error& failure) {
-        cause = fmt::format("{}: {}", damaged, failure.what());
+        cause = fmt::format("{}: {}", unusable, failure.what());
     }
     taking->rethrow(); // what the callback threw may be any of these
     fail(cause);
@@ -269,6 +303,11 @@ CadContent CadChild::contentOfAnswer()
 CadContent readInChild(const std::filesystem::path& file, CadRequest request, const Progress& progress)
 {
     return CadChild(file, request, progress).read();
+}
+
+PlyTriangles readTrianglesInChild(const std::filesystem::path& file, const Progress& progress)
+{
+    return CadChild(file, CadRequest::Triangles, progress).readTriangles();
 }
 
 } // namespace vrk::station

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/station/CadReader.h"
+#include "platform/station/clouds/PlyMesh.h"
 #include "platform/station/import/CadParts.h"
 
 /// Not installed.
@@ -13,5 +14,8 @@ namespace vrk::station {
 /// it throws ends a reading that hangs.
 /// @throws ImportError, also where the program is missing, dies or goes beyond a limit; whatever `progress` throws.
 CadContent readInChild(const std::filesystem::path& file, CadRequest request, const Progress& progress);
+
+/// As `readScene`, by the same program.
+PlyTriangles readTrianglesInChild(const std::filesystem::path& file, const Progress& progress);
 
 } // namespace vrk::station

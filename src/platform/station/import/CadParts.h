@@ -60,9 +60,10 @@ void callOcct(const std::filesystem::path& file, const std::function<void()>& ca
 
 /// What is read of a file.
 enum class CadRequest {
-    Bare,   ///< its content, without triangles where the file has none
-    Meshed, ///< its content
-    Whole,  ///< a BREP file as one body, meshed
+    Bare,      ///< its content, without triangles where the file has none
+    Meshed,    ///< its content
+    Whole,     ///< a BREP file as one body, meshed
+    Triangles, ///< a mesh of triangles, see "ReadScene.h"
 };
 
 /// Reads a STEP or BREP file here and now. Open CASCADE's readers share parameters: one call at a time.

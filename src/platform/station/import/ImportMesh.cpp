@@ -1,7 +1,9 @@
 #include "platform/station/FileKinds.h"
 #include "platform/station/GeometryCache.h"
 #include "platform/station/clouds/PlyMesh.h"
+#include "platform/station/import/CadChild.h"
 #include "platform/station/import/ImportFormats.h"
+#include "platform/station/import/ReadScene.h"
 #include "platform/station/import/StlFile.h"
 
 #include "platform/common/Logger.h"
@@ -44,13 +46,8 @@ std::filesystem::path readableStl(const std::filesystem::path& file, const Progr
     });
 }
 
-/// The mesh of a file, in model units and around a place near it, and that place.
-struct PlacedMesh {
-    geometry::TriangleMesh mesh;
-    rob::Posd origin;
-};
-
-PlacedMesh readPlyMesh(const std::filesystem::path& file, const Progress& progress, LengthUnit unit)
+/// Told of what had to be left out.
+PlyTriangles readPlyMesh(const std::filesystem::path& file, const Progress& progress, LengthUnit unit)
 {
     try {
         PlyTriangles read = parsePlyMesh(readWhole(file), progress, MillimetresIn(unit));
@@ -60,10 +57,27 @@ PlacedMesh readPlyMesh(const std::filesystem::path& file, const Progress& progre
             AppLogger::inst()->warn(
                 fmt::format("{}: {} of {} triangles have a corner that is nowhere and were left out", file.string(),
                             read.leftOut, read.leftOut + read.mesh.indices.size() / 3));
-        return {std::move(read.mesh), read.origin};
+        return read;
     } catch (const CloudFault& fault) {
         throw ImportError(file, fault.what());
     }
+}
+
+/// Of the kinds that a package reads, which a damaged file may take down: in the program that reads CAD files.
+PlyTriangles readSceneMesh(const std::filesystem::path& file, const Progress& progress, LengthUnit unit)
+{
+    PlyTriangles read;
+    if (GetCadReaderSettings().inOwnProcess)
+        read.mesh = readScene(file, progress);
+    else
+        read = readTrianglesInChild(file, progress);
+    if (hasUnitOfItsOwn(fileKindOf(file)))
+        return read;
+    const double scale = MillimetresIn(unit);
+    for (rob::Posf& point : read.mesh.points)
+        point = rob::Posf(rob::Posd(point.x * scale, point.y * scale, point.z * scale));
+    read.origin = {read.origin.x * scale, read.origin.y * scale, read.origin.z * scale};
+    return read;
 }
 
 /// The one part of a file, with one body, as it is called.
@@ -108,7 +122,8 @@ Parts readStl(const std::filesystem::path& file, const Progress& progress, Lengt
 Parts readMesh(const std::filesystem::path& file, const Progress& progress, LengthUnit unit)
 {
     report(progress, "reading", 0);
-    const PlacedMesh read = readPlyMesh(file, progress, unit);
+    const PlyTriangles read =
+        fileKindOf(file) == FileKind::Ply ? readPlyMesh(file, progress, unit) : readSceneMesh(file, progress, unit);
     const std::filesystem::path readable = GeometryCache::Get(file.stem().string(), keyOf(file, unit) + "|mesh", ".ply",
                                                               [&read] { return plyOf(read.mesh); });
     const Parts parts = partOf(file);
