@@ -1,7 +1,9 @@
-// Many bodies of few geometries: what each of them costs beyond its geometry, in the view and in the picking service, against
-// the same nodes, entities and lines made by hand with OGRE alone. Needs a display; xvfb-run gives it one.
+// Many bodies of few geometries: what each of them costs beyond its geometry, in the view and in the picking service, and what a
+// picture of a hundred fine ones takes, against the same nodes, entities and lines made by hand with OGRE alone. Needs a
+// display; xvfb-run gives it one.
 
 #include "bench/support/Contest.h"
+#include "bench/support/Peak.h"
 #include "bench/support/Size.h"
 #include "bench/support/Started.h"
 
@@ -23,8 +25,13 @@
 
 #include <malloc.h>
 
+#include <array>
 #include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -38,6 +45,11 @@ constexpr int distinctShapes = 20;
 constexpr float cell = 250; // model units from one body to the next
 const int partCount = bench::sized(20'000, 500);
 const int pickedCount = bench::sized(100'000, 1'000);
+const int ballCount = bench::sized(100, 3);
+const unsigned ballRings = bench::sized(200u, 20u); // 400 triangles to each of 200
+
+/// All of the heap in one place, whichever thread asks for it: the count knows but that.
+const int oneArena = mallopt(M_ARENA_MAX, 1);
 
 double heapBytes()
 {
@@ -65,14 +77,50 @@ rob::Posf placeOf(int index, int count)
     return {cell * static_cast<float>(index % side), cell * static_cast<float>(index / side), 0};
 }
 
-void fillStation(int count)
+/// A binary STL file of a ball.
+std::string ballFile()
+{
+    static const std::string file = [] {
+        const std::string path = (std::filesystem::temp_directory_path() / "vrk_bench_ball.stl").string();
+        std::ofstream stream(path, std::ios::binary);
+        const std::string head(80, ' ');
+        const std::uint32_t count = 4 * ballRings * ballRings;
+        stream.write(head.data(), 80).write(reinterpret_cast<const char*>(&count), sizeof count);
+        const auto corner = [](unsigned i, unsigned j) {
+            const double a = M_PI * i / ballRings, b = M_PI * j / ballRings;
+            return rob::Posf(
+                rob::Posd(100 * std::sin(b) * std::cos(a), 100 * std::sin(b) * std::sin(a), 100 * std::cos(b)));
+        };
+        for (unsigned i = 0; i < 2 * ballRings; ++i)
+            for (unsigned j = 0; j < ballRings; ++j) {
+                const rob::Posf a = corner(i, j), b = corner(i + 1, j), c = corner(i + 1, j + 1), d = corner(i, j + 1);
+                for (const auto& facet : {std::array{rob::Posf(), a, d, c}, std::array{rob::Posf(), a, c, b}})
+                    stream.write(reinterpret_cast<const char*>(facet.data()), sizeof facet).write("\0", 2);
+            }
+        return path;
+    }();
+    return file;
+}
+
+using GiveGeometry = std::function<void(layout::Body&, int)>;
+
+void giveBox(layout::Body& body, int index)
+{
+    body.setGeometry("box" + std::to_string(index % distinctShapes), "brep");
+    body.setShape(shapeOf(index));
+}
+
+void giveBall(layout::Body& body, int)
+{
+    body.setGeometry(ballFile(), "stl");
+}
+
+void fillStation(int count, const GiveGeometry& give)
 {
     for (int i = 0; i < count; ++i) {
         auto part = std::make_shared<layout::Part>(sdf::SdfManager::inst().generateId(), "part");
         part->setPose(rob::Posed(rob::Posd(placeOf(i, count))));
-        const std::shared_ptr<layout::Body> body = part->addBody("body");
-        body->setGeometry("box" + std::to_string(i % distinctShapes), "brep");
-        body->setShape(shapeOf(i));
+        give(*part->addBody("body"), i);
         layout::Layout::inst().addPart(part);
     }
 }
@@ -85,10 +133,11 @@ void emptyStation(Scene& scene)
     layout::Layout::inst().clear();
 }
 
-/// All of the square in view, in a picture of 960 x 540.
+/// All of the square in view.
 class Look {
 public:
-    explicit Look(int count) : target(960, 540, 0u)
+    explicit Look(int count, unsigned width = 960, unsigned height = 540, unsigned samples = 0)
+        : target(width, height, samples)
     {
         const rob::Posf farthest = placeOf(count - 1, count);
         visual::Camera& camera = *visual::Camera::Get();
@@ -113,7 +162,7 @@ void ours(benchmark::State& state)
     const auto count = static_cast<int>(state.range(0));
     for (auto _ : state) {
         const double empty = heapBytes();
-        fillStation(count);
+        fillStation(count, giveBox);
         const double model = heapBytes();
         state.counters["load ms"] = bench::millisecondsOf([&] {
             Scene::LoadStation();
@@ -158,9 +207,12 @@ public:
 /// entity; the segments of the edges, and the three axes of the frame. One mesh and one buffer of lines serve them all.
 class ByHand {
 public:
-    explicit ByHand(int count)
-        : count(count), manager(*visual::SceneCore::Get()->sceneManager),
-          root(manager.getRootSceneNode()->createChildSceneNode()), mesh(makeMesh()), segments(makeVertices(24))
+    /// @param meshName  of OGRE's; where it is empty, one as small as a box is made.
+    ByHand(int count, const std::string& meshName)
+        : manager(*visual::SceneCore::Get()->sceneManager), root(manager.getRootSceneNode()->createChildSceneNode()),
+          hasOwnMesh(meshName.empty()),
+          mesh(hasOwnMesh ? makeMesh() : Ogre::MeshManager::getSingleton().getByName(meshName)),
+          segments(makeVertices(24))
     {
         for (int i = 0; i < count; ++i)
             addPart(placeOf(i, count));
@@ -172,7 +224,8 @@ public:
         lines.clear();
         root->removeAndDestroyAllChildren();
         manager.destroySceneNode(root);
-        Ogre::MeshManager::getSingleton().remove(mesh);
+        if (hasOwnMesh)
+            Ogre::MeshManager::getSingleton().remove(mesh);
     }
     ByHand(const ByHand&) = delete;
     ByHand& operator=(const ByHand&) = delete;
@@ -219,7 +272,8 @@ private:
         entities.push_back(manager.createEntity(mesh));
         entities.back()->setMaterialName("Mechanism"); // which wants no colours in the vertices
         body->attachObject(entities.back());
-        addLines(*body->createChildSceneNode(), "WireFrame");
+        if (hasOwnMesh) // those of files have no edges
+            addLines(*body->createChildSceneNode(), "WireFrame");
     }
 
     void addLines(Ogre::SceneNode& node, const char* material)
@@ -229,9 +283,9 @@ private:
         node.attachObject(lines.back().get());
     }
 
-    int count;
     Ogre::SceneManager& manager;
     Ogre::SceneNode* root;
+    bool hasOwnMesh;
     Ogre::MeshPtr mesh;
     std::unique_ptr<Ogre::VertexData> segments;
     std::vector<Ogre::Entity*> entities;
@@ -245,7 +299,7 @@ void byHand(benchmark::State& state)
     for (auto _ : state) {
         const double empty = heapBytes();
         std::unique_ptr<ByHand> scene;
-        state.counters["load ms"] = bench::millisecondsOf([&] { scene = std::make_unique<ByHand>(count); });
+        state.counters["load ms"] = bench::millisecondsOf([&] { scene = std::make_unique<ByHand>(count, ""); });
         state.counters["visual KB"] = (heapBytes() - empty) / 1024 / count;
         const Look look(count);
         state.counters["first frame ms"] = bench::millisecondsOf([&look] { look.draw(); });
@@ -253,6 +307,39 @@ void byHand(benchmark::State& state)
     }
 }
 
+/// A picture as `vrkview --shot` makes it, of balls that have one mesh.
+/// @param isByHand  all but the first, which brings the mesh, are made by hand.
+void drawBalls(benchmark::State& state, bool isByHand)
+{
+    Scene& scene = bench::startedScene();
+    for (auto _ : state) {
+        fillStation(1, giveBall);
+        Scene::LoadStation();
+        scene.processMsgs();
+        std::unique_ptr<ByHand> others;
+        std::optional<Look> look(std::in_place, ballCount, 3200, 2000, 4);
+        look->draw();
+        const bench::Peak peak;
+        state.counters["load ms"] = bench::millisecondsOf([&] {
+            if (isByHand) {
+                others = std::make_unique<ByHand>(ballCount, ballFile());
+                return;
+            }
+            emptyStation(scene);
+            fillStation(ballCount, giveBall);
+            Scene::LoadStation();
+            scene.processMsgs();
+        });
+        state.counters["first frame ms"] = bench::millisecondsOf([&look] { look->draw(); });
+        state.counters["peak MB"] = static_cast<double>(peak.bytes()) / (1 << 20);
+        look.reset();
+        others.reset();
+        emptyStation(scene);
+    }
+}
+
+BENCHMARK_CAPTURE(drawBalls, ours, false)->Unit(benchmark::kMillisecond)->Iterations(1);
+BENCHMARK_CAPTURE(drawBalls, byHand, true)->Unit(benchmark::kMillisecond)->Iterations(1);
 BENCHMARK(ours)->Arg(partCount)->Arg(pickedCount)->Unit(benchmark::kMillisecond)->Iterations(1);
 BENCHMARK(byHand)->Arg(partCount)->Arg(pickedCount)->Unit(benchmark::kMillisecond)->Iterations(1);
 
