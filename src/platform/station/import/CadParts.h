@@ -52,6 +52,13 @@ TopoDS_Shape readWholeBrep(const std::filesystem::path& file, const Progress& pr
 /// wire, edge and vertex that stands in a compound, or alone, and belongs to nothing.
 std::vector<TopoDS_Shape> bodyShapesOf(const TopoDS_Shape& shape);
 
+/// Takes faces and curves without end, or larger than anything that is built, out of the bodies, and what has nothing left
+/// then out of the parts, with a note.
+void leaveOutEndless(CadContent& content);
+
+/// "a.stp, b.stp", of many the first ones and "and 7 more".
+std::string listed(const std::vector<std::string>& names);
+
 /// As `meshShape`; a break leaves a part of it undone.
 void meshShape(const TopoDS_Shape& shape, const Message_ProgressRange& range);
 

@@ -72,6 +72,9 @@ CadContent readCad(const std::filesystem::path& file, CadRequest request, const 
     CadContent content;
     callOcct(file, [&] {
         content = contentOf(file, request, progress);
+        leaveOutEndless(content);
+        if (content.parts.empty())
+            throw ImportError(file, "nothing of it can be shown: " + listed(content.notes));
         if (request != CadRequest::Bare)
             meshParts(content.parts, progress);
     });
