@@ -8,8 +8,10 @@
 namespace vrk::station {
 namespace {
 
-constexpr std::array<FileEnding, 12> endings{{{".step", FileKind::Step},
+constexpr std::array<FileEnding, 14> endings{{{".step", FileKind::Step},
                                               {".stp", FileKind::Step},
+                                              {".igs", FileKind::Iges},
+                                              {".iges", FileKind::Iges},
                                               {".brep", FileKind::Brep},
                                               {".stl", FileKind::Stl},
                                               {".urdf", FileKind::Urdf},
@@ -44,7 +46,7 @@ FileKind fileKindOf(const std::filesystem::path& file)
 
 bool isShapeKind(FileKind kind)
 {
-    return kind == FileKind::Step || kind == FileKind::Brep || kind == FileKind::Stl;
+    return kind == FileKind::Step || kind == FileKind::Iges || kind == FileKind::Brep || kind == FileKind::Stl;
 }
 
 bool isPointCloudKind(FileKind kind)

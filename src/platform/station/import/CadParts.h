@@ -44,6 +44,7 @@ struct CadContent {
 /// What is in one file; `file` is absolute, is there and is not empty. Shapes come as the file has them, without
 /// triangulation where it has none.
 CadContent readStep(const std::filesystem::path& file, const Progress& progress);
+CadContent readIges(const std::filesystem::path& file, const Progress& progress);
 CadContent readBrep(const std::filesystem::path& file, const Progress& progress);
 /// The one shape of a BREP file, which may be a compound of several bodies.
 TopoDS_Shape readWholeBrep(const std::filesystem::path& file, const Progress& progress);
@@ -72,7 +73,7 @@ enum class CadRequest {
     Whole,  ///< a BREP file as one body, meshed
 };
 
-/// Reads a STEP or BREP file here and now. Open CASCADE's readers share parameters: one call at a time.
+/// Reads a STEP, IGES or BREP file here and now. Open CASCADE's readers share parameters: one call at a time.
 /// @throws ImportError, also in place of Open CASCADE's failures; whatever `progress` throws.
 CadContent readCad(const std::filesystem::path& file, CadRequest request, const Progress& progress);
 
