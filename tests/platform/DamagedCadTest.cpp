@@ -30,7 +30,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr unsigned shards = 10;   // run side by side
-constexpr unsigned variants = 10; // of each of the three files, in each shard
+constexpr unsigned variants = 10; // of each of the four files, in each shard
 
 TopoDS_Shape wavySheet()
 {
@@ -105,6 +105,16 @@ TEST_P(DamagedCad, StepFileTakesNothingDown)
     document.write(folder / "whole.step");
 
     expectAllSurvived("whole.step");
+}
+
+TEST_P(DamagedCad, IgesFileTakesNothingDown)
+{
+    test::StepDocument document;
+    const TDF_Label product = document.addProduct(someOfEach(), "some");
+    document.setColor(product, "#ED1C24");
+    document.writeIges(folder / "whole.igs", GetParam() % 2 == 0);
+
+    expectAllSurvived("whole.igs");
 }
 
 TEST_P(DamagedCad, BrepTextTakesNothingDown)

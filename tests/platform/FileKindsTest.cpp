@@ -22,7 +22,8 @@ TEST_P(FileKindOf, IsToldByTheEndOfTheName)
 {
     const FileKindCase& c = GetParam();
     EXPECT_EQ(fileKindOf(c.file), c.kind);
-    EXPECT_EQ(isShapeFile(c.file), c.kind == FileKind::Step || c.kind == FileKind::Brep || c.kind == FileKind::Stl);
+    EXPECT_EQ(isShapeFile(c.file), c.kind == FileKind::Step || c.kind == FileKind::Iges || c.kind == FileKind::Brep ||
+                                       c.kind == FileKind::Stl);
     EXPECT_EQ(isPointCloudFile(c.file), c.kind == FileKind::Ply || c.kind == FileKind::Pcd || c.kind == FileKind::Xyz);
     EXPECT_EQ(isUrdfFile(c.file), c.kind == FileKind::Urdf);
     EXPECT_EQ(isProgramFile(c.file), c.kind == FileKind::Program);
@@ -33,6 +34,7 @@ INSTANTIATE_TEST_SUITE_P(
     Table, FileKindOf,
     testing::Values(
         FileKindCase{"Step", "a/part.step", FileKind::Step}, FileKindCase{"Stp", "part.stp", FileKind::Step},
+        FileKindCase{"Igs", "part.IGS", FileKind::Iges}, FileKindCase{"Iges", "part.iges", FileKind::Iges},
         FileKindCase{"Capitals", "PART.STEP", FileKind::Step}, FileKindCase{"Brep", "b.brep", FileKind::Brep},
         FileKindCase{"Stl", "b.Stl", FileKind::Stl}, FileKindCase{"Obj", "lamp.obj", FileKind::Obj},
         FileKindCase{"Gltf", "a.gltf", FileKind::Scene}, FileKindCase{"Glb", "a.GLB", FileKind::Scene},
@@ -50,7 +52,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(EndingsOf, AreListedForMessages)
 {
-    EXPECT_EQ(endingsOf(isShapeKind), ".step, .stp, .brep, .stl");
+    EXPECT_EQ(endingsOf(isShapeKind), ".step, .stp, .igs, .iges, .brep, .stl");
     EXPECT_EQ(endingsOf(isPointCloudKind), ".ply, .pcd, .xyz");
 }
 

@@ -2,6 +2,9 @@
 
 #include "platform/geometry/ColorText.h"
 
+#include <IGESCAFControl_Writer.hxx>
+#include <IGESControl_Controller.hxx>
+#include <Interface_Static.hxx>
 #include <Message.hxx>
 #include <Message_Messenger.hxx>
 #include <Quantity_Color.hxx>
@@ -105,6 +108,20 @@ void StepDocument::write(const std::filesystem::path& file, const char* prefix)
     Message::DefaultMessenger()->ChangePrinters() = printers;
     if (!written)
         throw std::runtime_error("the test's STEP file cannot be written");
+}
+
+void StepDocument::writeIges(const std::filesystem::path& file, bool asSolids)
+{
+    shapes->UpdateAssemblies();
+    const Message_SequenceOfPrinters printers = Message::DefaultMessenger()->Printers();
+    Message::DefaultMessenger()->ChangePrinters().Clear();
+    IGESControl_Controller::Init();
+    Interface_Static::SetIVal("write.iges.brep.mode", asSolids ? 1 : 0);
+    IGESCAFControl_Writer writer;
+    const bool written = writer.Transfer(document) && writer.Write(file.c_str());
+    Message::DefaultMessenger()->ChangePrinters() = printers;
+    if (!written)
+        throw std::runtime_error("the test's IGES file cannot be written");
 }
 
 TopLoc_Location moved(double x, double y, double z)

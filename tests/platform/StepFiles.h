@@ -34,6 +34,8 @@ public:
     void write(const std::filesystem::path& file);
     /// The assemblies into the file, and each product into one of its own beside it, to which that refers: "part_box.stp".
     void writeInPieces(const std::filesystem::path& file);
+    /// As IGES: solids, or the faces alone, of which each says where it is trimmed.
+    void writeIges(const std::filesystem::path& file, bool asSolids);
 
 private:
     void write(const std::filesystem::path& file, const char* prefix);

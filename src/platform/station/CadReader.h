@@ -8,7 +8,7 @@
 
 namespace vrk::station {
 
-/// How STEP and BREP files are read.
+/// How STEP, IGES and BREP files are read.
 ///
 /// A damaged file can crash Open CASCADE, or keep it busy for ever, where nothing foresees it. So these files are read,
 /// transferred and meshed by a program of their own, "vrkcadreader", one run for each file; what comes back is looked

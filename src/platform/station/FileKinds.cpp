@@ -8,8 +8,10 @@
 namespace vrk::station {
 namespace {
 
-constexpr std::array<FileEnding, 17> endings{{{".step", FileKind::Step},
+constexpr std::array<FileEnding, 19> endings{{{".step", FileKind::Step},
                                               {".stp", FileKind::Step},
+                                              {".igs", FileKind::Iges},
+                                              {".iges", FileKind::Iges},
                                               {".brep", FileKind::Brep},
                                               {".stl", FileKind::Stl},
                                               {".obj", FileKind::Obj},
@@ -49,7 +51,7 @@ FileKind fileKindOf(const std::filesystem::path& file)
 
 bool isShapeKind(FileKind kind)
 {
-    return kind == FileKind::Step || kind == FileKind::Brep || kind == FileKind::Stl;
+    return kind == FileKind::Step || kind == FileKind::Iges || kind == FileKind::Brep || kind == FileKind::Stl;
 }
 
 bool isPointCloudKind(FileKind kind)
@@ -64,7 +66,8 @@ bool isMeshKind(FileKind kind)
 
 bool hasUnitOfItsOwn(FileKind kind)
 {
-    return kind == FileKind::Scene || kind == FileKind::Step || kind == FileKind::Urdf || kind == FileKind::Station;
+    return kind == FileKind::Scene || kind == FileKind::Step || kind == FileKind::Iges || kind == FileKind::Urdf ||
+           kind == FileKind::Station;
 }
 
 bool isShapeFile(const std::filesystem::path& file)

@@ -9,7 +9,7 @@
 namespace vrk::station {
 
 /// The kinds of files that can be brought into a station.
-enum class FileKind { Other, Step, Brep, Stl, Obj, Scene, Urdf, Ply, Pcd, Xyz, Program, Station };
+enum class FileKind { Other, Step, Iges, Brep, Stl, Obj, Scene, Urdf, Ply, Pcd, Xyz, Program, Station };
 
 struct FileEnding {
     const char* text; ///< in small letters, with its dot
@@ -31,7 +31,7 @@ VRK_EXPORT bool isPointCloudKind(FileKind kind);
 VRK_EXPORT bool hasUnitOfItsOwn(FileKind kind);
 /// Meshes of other formats than STL, which `ImportFile` reads too; a PLY file may be one, or a point cloud.
 VRK_EXPORT bool isMeshKind(FileKind kind);
-/// Whether the file's ending is that of a shape: .step, .stp, .brep or .stl, in any case.
+/// Whether the file's ending is that of a shape: .step, .stp, .igs, .iges, .brep or .stl, in any case.
 VRK_EXPORT bool isShapeFile(const std::filesystem::path& file);
 
 /// The endings of the kinds that pass, as ".step, .stp, .brep".

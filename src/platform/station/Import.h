@@ -27,7 +27,7 @@ public:
 };
 
 /// Called between the steps of an import, and within those that take long: what is being done, and how much of the whole is
-/// done, from 0 to 1; told again every 50 ms while a STEP or BREP file says nothing new. On the importing thread. An
+/// done, from 0 to 1; told again every 50 ms while a CAD file says nothing new. On the importing thread. An
 /// exception that it throws ends the import and reaches its caller.
 using Progress = std::function<void(std::string_view step, double fraction)>;
 
@@ -43,7 +43,7 @@ struct VRK_EXPORT ImportedFile {
     std::vector<std::shared_ptr<layout::Part>> allParts() const;
 };
 
-/// Reads a STEP (.step, .stp), BREP (.brep), STL (.stl) or PLY (.ply) file; the ending may be in any case.
+/// Reads a STEP (.step, .stp), IGES (.igs, .iges), BREP (.brep), STL (.stl) or PLY (.ply) file; the ending may be in any case.
 ///
 /// Each occurrence of a product in an assembly becomes a part at its place, and each of an assembly an assembly. They are
 /// named as the file names the occurrence, where it does; else as their product; else as what is around them, or the file.
@@ -56,7 +56,7 @@ struct VRK_EXPORT ImportedFile {
 /// "station/ImportCloud.h". A mesh becomes one body; where the view does not read the file as it stands, its geometry lies in
 /// the `GeometryCache`, and `layout::Body::getSourceFile` tells where it came from.
 ///
-/// STEP and BREP are read by a program of their own, which damage takes down in place of this one: "station/CadReader.h".
+/// STEP, IGES and BREP are read by a program of their own, which damage takes down in place of this one: "station/CadReader.h".
 /// Any thread, several at once.
 /// @param unit  of files that name none, which are meshes.
 /// @throws ImportError

@@ -166,10 +166,10 @@ TEST_F(ViewerFile, EmptyOneIsNamed)
 
 TEST_F(ViewerFile, OneOfAnotherKindIsNamed)
 {
-    expectFileRefused(
-        files.write("notes.txt", "hello"),
-        "not a kind of file that can be shown (.step, .stp, .brep, .stl, .urdf, .ply, .pcd, .xyz, .mod, .src, .ls, "
-        ".station.json)");
+    expectFileRefused(files.write("notes.txt", "hello"),
+                      "not a kind of file that can be shown (.step, .stp, .igs, .iges, .brep, .stl, .urdf, .ply, .pcd, "
+                      ".xyz, .mod, .src, .ls, "
+                      ".station.json)");
 }
 
 TEST_F(ViewerFile, BrepUnderTheNameOfStepIsMislabelled)

@@ -44,6 +44,7 @@ struct CadContent {
 /// What is in one file; `file` is absolute, is there and is not empty. Shapes come as the file has them, without
 /// triangulation where it has none.
 CadContent readStep(const std::filesystem::path& file, const Progress& progress);
+CadContent readIges(const std::filesystem::path& file, const Progress& progress);
 CadContent readBrep(const std::filesystem::path& file, const Progress& progress);
 /// The one shape of a BREP file, which may be a compound of several bodies.
 TopoDS_Shape readWholeBrep(const std::filesystem::path& file, const Progress& progress);
@@ -51,6 +52,13 @@ TopoDS_Shape readWholeBrep(const std::filesystem::path& file, const Progress& pr
 /// What of a shape becomes a body of its own: each solid with a face, each such shell outside solids, the loose faces together, and each
 /// wire, edge and vertex that stands in a compound, or alone, and belongs to nothing.
 std::vector<TopoDS_Shape> bodyShapesOf(const TopoDS_Shape& shape);
+
+/// Takes faces and curves without end, or larger than anything that is built, out of the bodies, and what has nothing left
+/// then out of the parts, with a note.
+void leaveOutEndless(CadContent& content);
+
+/// "a.stp, b.stp", of many the first ones and "and 7 more".
+std::string listed(const std::vector<std::string>& names);
 
 /// As `meshShape`; a break leaves a part of it undone.
 void meshShape(const TopoDS_Shape& shape, const Message_ProgressRange& range);
@@ -66,7 +74,7 @@ enum class CadRequest {
     Triangles, ///< a mesh of triangles, see "ReadScene.h"
 };
 
-/// Reads a STEP or BREP file here and now. Open CASCADE's readers share parameters: one call at a time.
+/// Reads a STEP, IGES or BREP file here and now. Open CASCADE's readers share parameters: one call at a time.
 /// @throws ImportError, also in place of Open CASCADE's failures; whatever `progress` throws.
 CadContent readCad(const std::filesystem::path& file, CadRequest request, const Progress& progress);
 

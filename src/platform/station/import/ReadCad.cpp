@@ -43,9 +43,11 @@ void meshParts(const CadParts& parts, const Progress& progress)
 
 CadContent contentOf(const std::filesystem::path& file, CadRequest request, const Progress& progress)
 {
-    const bool isStep = fileKindOf(file) == FileKind::Step;
+    const FileKind kind = fileKindOf(file);
     if (request != CadRequest::Whole)
-        return isStep ? readStep(file, progress) : readBrep(file, progress);
+        return kind == FileKind::Step   ? readStep(file, progress)
+               : kind == FileKind::Iges ? readIges(file, progress)
+                                        : readBrep(file, progress);
     CadBody body;
     body.shape = readWholeBrep(file, progress);
     CadPart part;
@@ -72,6 +74,9 @@ CadContent readCad(const std::filesystem::path& file, CadRequest request, const 
     CadContent content;
     callOcct(file, [&] {
         content = contentOf(file, request, progress);
+        leaveOutEndless(content);
+        if (content.parts.empty())
+            throw ImportError(file, "nothing of it can be shown: " + listed(content.notes));
         if (request != CadRequest::Bare)
             meshParts(content.parts, progress);
     });

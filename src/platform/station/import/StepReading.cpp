@@ -33,7 +33,6 @@
 #include <XSControl_WorkSession.hxx>
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <fstream>
@@ -117,15 +116,6 @@ std::string lossOf(const char* what, std::size_t all, const std::vector<std::str
 }
 
 } // namespace
-
-std::string listed(const std::vector<std::string>& names)
-{
-    constexpr std::size_t most = 6;
-    const std::size_t shown = names.size() <= most + 1 ? names.size() : most;
-    std::string text =
-        fmt::format("{}", fmt::join(names.begin(), names.begin() + static_cast<std::ptrdiff_t>(shown), ", "));
-    return shown == names.size() ? text : fmt::format("{} and {} more", text, names.size() - shown);
-}
 
 StepReading::StepReading(const std::filesystem::path& file) : file(file)
 {

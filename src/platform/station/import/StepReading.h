@@ -52,7 +52,4 @@ private:
     std::vector<Reference> references;
 };
 
-/// "a.stp, b.stp", of many the first ones and "and 7 more".
-std::string listed(const std::vector<std::string>& names);
-
 } // namespace vrk::station
