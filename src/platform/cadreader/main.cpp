@@ -72,16 +72,17 @@ void hoardMemory()
 
 CadRequest requestOf(const std::string& word)
 {
-    for (const auto& [name, request] : {std::pair{"bare", CadRequest::Bare}, std::pair{"meshed", CadRequest::Meshed},
-                                        std::pair{"triangles", CadRequest::Triangles}})
+    for (const auto& [name, request] :
+         {std::pair{"bare", CadRequest::Bare}, std::pair{"meshed", CadRequest::Meshed},
+          std::pair{"triangles", CadRequest::Triangles}, std::pair{"robot-triangles", CadRequest::RobotTriangles}})
         if (word == name)
             return request;
     return CadRequest::Whole;
 }
 
-std::uint64_t writeTriangles(const std::filesystem::path& file, const Progress& progress)
+std::uint64_t writeTriangles(const std::filesystem::path& file, const Progress& progress, SceneAxes axes)
 {
-    const std::string bytes = plyOf(readScene(file, progress));
+    const std::string bytes = plyOf(readScene(file, progress, axes));
     std::size_t written = 0;
     while (written < bytes.size()) {
         const ssize_t count = write(child::answer, bytes.data() + written, bytes.size() - written);
@@ -92,15 +93,25 @@ std::uint64_t writeTriangles(const std::filesystem::path& file, const Progress& 
     return written;
 }
 
+std::uint64_t answerTo(const std::filesystem::path& file, CadRequest request, const Progress& progress)
+{
+    switch (request) {
+    case CadRequest::Triangles:
+        return writeTriangles(file, progress, SceneAxes::ZUp);
+    case CadRequest::RobotTriangles:
+        return writeTriangles(file, progress, SceneAxes::AsTheyStand);
+    default:
+        return writeAnswer(readCad(file, request, progress), child::answer);
+    }
+}
+
 void read(const std::filesystem::path& file, CadRequest request)
 {
     const Progress progress = [](std::string_view step, double fraction) {
         say(fmt::format("progress {} {}\n", fraction, step));
     };
     try {
-        const std::uint64_t size = request == CadRequest::Triangles
-                                       ? writeTriangles(file, progress)
-                                       : writeAnswer(readCad(file, request, progress), child::answer);
+        const std::uint64_t size = answerTo(file, request, progress);
         say(fmt::format("done {}\n", size));
         _exit(0); // what a large file leaves would take long to free piece by piece
     } catch (const ImportError& failure) {

@@ -333,6 +333,28 @@ TEST_F(StationGeometry, MeshOfAnotherFormatIsKeptByItsOwnFileAndUnit)
     EXPECT_EQ(save("cell.station.json"), text);
 }
 
+TEST_F(StationGeometry, FileOfAnotherKindThanToldIsRefusedByItsPlace)
+{
+    addBody(folder.write("a.stl", binaryStl()).string(), "stl");
+    const std::string text = save();
+    const auto expectRefused = [&](const std::string& bytes, const std::string& name, const std::string& type,
+                                   const std::string& what) {
+        folder.write(name, bytes);
+        std::string changed = std::regex_replace(text, std::regex("a\\.stl"), name);
+        changed = std::regex_replace(changed, std::regex("\"stl\""), '"' + type + '"');
+        folder.write("cell.station.json", changed);
+        EXPECT_THAT([&] { loadBody(); }, ThrowsMessage<StationFileError>((folder / "cell.station.json").string() +
+                                                                         ": /parts/0/bodies/0/geometry/uri: expected " +
+                                                                         what + ", not '" + name + "'"));
+    };
+    std::ostringstream box;
+    BRepTools::Write(BRepPrimAPI_MakeBox(1, 2, 3).Shape(), box);
+
+    expectRefused(box.str(), "box.brep", "stl", "an STL file");
+    expectRefused("v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n", "a.obj", "stl", "an STL file");
+    expectRefused(binaryStl(), "a.stl", "mesh", "a mesh of another format than STL");
+}
+
 TEST_F(StationGeometry, MeshWhoseFileIsGoneIsKeptFromTheCache)
 {
     const std::filesystem::path file = folder.write("part.stl", binaryStl());

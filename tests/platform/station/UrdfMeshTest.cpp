@@ -127,7 +127,7 @@ TEST_F(UrdfMesh, ColladaThatIsDamagedIsRefused)
     folder.write("a.dae", "<COLLADA>");
 
     EXPECT_THAT([&] { import("<mesh filename=\"a.dae\"/>"); },
-                ThrowsMessage<ImportError>(HasSubstr("a.dae: the Collada file cannot be read: ")));
+                ThrowsMessage<ImportError>(HasSubstr("a.dae: the mesh cannot be read: ")));
 }
 
 TEST_F(UrdfMesh, OtherKindOfMeshIsRefused)

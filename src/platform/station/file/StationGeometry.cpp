@@ -123,8 +123,10 @@ void GeometryReader::give(layout::Body& body, const JsonPlace& place)
 void GeometryReader::giveMesh(layout::Body& body, const FileInUnit& file, const JsonPlace& place)
 {
     const auto& [uri, mesh] = *piecesOf(file, place).begin();
-    if (!mesh->isMesh())
-        place.fail(fmt::format("a mesh, not '{}'", place.asText()));
+    if (mesh->getFileType() != body.getFileType())
+        place.fail(fmt::format("{}, not '{}'",
+                               body.getFileType() == "stl" ? "an STL file" : "a mesh of another format than STL",
+                               place.asText()));
     body.setGeometry(mesh->getGeometryUri(), mesh->getFileType());
     body.setSource(mesh->getSourceFile(), mesh->getSourceUnit());
 }

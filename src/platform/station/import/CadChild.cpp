@@ -49,6 +49,8 @@ const char* wordOf(CadRequest request)
         return "whole";
     case CadRequest::Triangles:
         return "triangles";
+    case CadRequest::RobotTriangles:
+        return "robot-triangles";
     }
     return "";
 }
@@ -305,9 +307,15 @@ CadContent readInChild(const std::filesystem::path& file, CadRequest request, co
     return CadChild(file, request, progress).read();
 }
 
-PlyTriangles readTrianglesInChild(const std::filesystem::path& file, const Progress& progress)
+PlyTriangles readTriangles(const std::filesystem::path& file, const Progress& progress, SceneAxes axes)
 {
-    return CadChild(file, CadRequest::Triangles, progress).readTriangles();
+    PlyTriangles read;
+    if (GetCadReaderSettings().inOwnProcess) {
+        read.mesh = readScene(file, progress, axes);
+        return read;
+    }
+    const CadRequest request = axes == SceneAxes::ZUp ? CadRequest::Triangles : CadRequest::RobotTriangles;
+    return CadChild(file, request, progress).readTriangles();
 }
 
 } // namespace vrk::station

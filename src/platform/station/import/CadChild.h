@@ -3,6 +3,7 @@
 #include "platform/station/CadReader.h"
 #include "platform/station/clouds/PlyMesh.h"
 #include "platform/station/import/CadParts.h"
+#include "platform/station/import/ReadScene.h"
 
 /// Not installed.
 namespace vrk::station {
@@ -15,7 +16,8 @@ namespace vrk::station {
 /// @throws ImportError, also where the program is missing, dies or goes beyond a limit; whatever `progress` throws.
 CadContent readInChild(const std::filesystem::path& file, CadRequest request, const Progress& progress);
 
-/// As `readScene`, by the same program.
-PlyTriangles readTrianglesInChild(const std::filesystem::path& file, const Progress& progress);
+/// As `readScene`, by the same program, or here where the settings say so.
+PlyTriangles readTriangles(const std::filesystem::path& file, const Progress& progress,
+                           SceneAxes axes = SceneAxes::ZUp);
 
 } // namespace vrk::station

@@ -68,10 +68,11 @@ void callOcct(const std::filesystem::path& file, const std::function<void()>& ca
 
 /// What is read of a file.
 enum class CadRequest {
-    Bare,      ///< its content, without triangles where the file has none
-    Meshed,    ///< its content
-    Whole,     ///< a BREP file as one body, meshed
-    Triangles, ///< a mesh of triangles, see "ReadScene.h"
+    Bare,           ///< its content, without triangles where the file has none
+    Meshed,         ///< its content
+    Whole,          ///< a BREP file as one body, meshed
+    Triangles,      ///< a mesh of triangles, see "ReadScene.h"
+    RobotTriangles, ///< the same with the axes as they stand in the file
 };
 
 /// Reads a STEP, IGES or BREP file here and now. Open CASCADE's readers share parameters: one call at a time.

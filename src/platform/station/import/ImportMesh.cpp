@@ -3,7 +3,6 @@
 #include "platform/station/clouds/PlyMesh.h"
 #include "platform/station/import/CadChild.h"
 #include "platform/station/import/ImportFormats.h"
-#include "platform/station/import/ReadScene.h"
 #include "platform/station/import/StlFile.h"
 
 #include "platform/common/Logger.h"
@@ -66,11 +65,7 @@ PlyTriangles readPlyMesh(const std::filesystem::path& file, const Progress& prog
 /// Of the kinds that a package reads, which a damaged file may take down: in the program that reads CAD files.
 PlyTriangles readSceneMesh(const std::filesystem::path& file, const Progress& progress, LengthUnit unit)
 {
-    PlyTriangles read;
-    if (GetCadReaderSettings().inOwnProcess)
-        read.mesh = readScene(file, progress);
-    else
-        read = readTrianglesInChild(file, progress);
+    PlyTriangles read = readTriangles(file, progress);
     if (hasUnitOfItsOwn(fileKindOf(file)))
         return read;
     const double scale = MillimetresIn(unit);

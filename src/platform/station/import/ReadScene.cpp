@@ -19,8 +19,7 @@ namespace {
 
 using geometry::TriangleMesh;
 
-constexpr PointColor uncoloured{184, 184, 184}; // beside pieces that have a colour
-constexpr double readingShare = 0.8;            // of the whole
+constexpr double readingShare = 0.8; // of the whole
 
 /// What a kind of file says of its numbers.
 struct Convention {
@@ -36,14 +35,14 @@ std::string lowerEnding(const std::filesystem::path& file)
     return ending;
 }
 
-Convention conventionOf(const std::filesystem::path& file)
+Convention conventionOf(const std::filesystem::path& file, SceneAxes axes)
 {
     const std::string ending = lowerEnding(file);
     const double metre = MillimetresIn(LengthUnit::Metre);
     if (ending == ".gltf" || ending == ".glb")
         return {.scale = metre, .isYUp = true, .areColorsLinear = true};
     if (ending == ".dae") // the package turns and scales what the file says, to this
-        return {.scale = metre, .isYUp = true};
+        return {.scale = metre, .isYUp = axes == SceneAxes::ZUp};
     return {};
 }
 
@@ -199,10 +198,11 @@ private:
 
 } // namespace
 
-TriangleMesh readScene(const std::filesystem::path& file, const Progress& progress)
+TriangleMesh readScene(const std::filesystem::path& file, const Progress& progress, SceneAxes axes)
 {
-    const Convention convention = conventionOf(file);
+    const Convention convention = conventionOf(file, axes);
     Assimp::Importer importer;
+    importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_IGNORE_UP_DIRECTION, axes == SceneAxes::AsTheyStand);
     auto* const telling = new SceneProgress(progress);
     importer.SetProgressHandler(telling); // which deletes it at its end
     const aiScene* const scene = importer.ReadFile(

@@ -2,6 +2,8 @@
 
 #include "platform/geometry/ColorText.h"
 #include "platform/station/GeometryCache.h"
+#include "platform/station/clouds/PlyMesh.h"
+#include "platform/station/import/CadChild.h"
 #include "platform/station/import/ImportFormats.h"
 #include "platform/station/import/StlFile.h"
 
@@ -9,11 +11,6 @@
 #include <BRepPrimAPI_MakeCylinder.hxx>
 #include <BRepPrimAPI_MakeSphere.hxx>
 #include <BRepTools.hxx>
-
-#include <assimp/Importer.hpp>
-#include <assimp/config.h>
-#include <assimp/postprocess.h>
-#include <assimp/scene.h>
 
 #include <fmt/format.h>
 
@@ -62,71 +59,52 @@ CachedShape cachedStl(const std::filesystem::path& mesh, const rob::Vec3d& scale
     return {GeometryCache::Get(mesh.stem().string(), keyOf(mesh, scale, 0), ".stl", make), "stl", {}};
 }
 
-/// Gathers the triangles of a scene by the colour of their material.
-class ColladaReader {
-public:
-    explicit ColladaReader(const aiScene& scene) : scene(scene) { visit(*scene.mRootNode, aiMatrix4x4()); }
-
-    std::map<std::string, Facets> byColor;
-
-private:
-    void visit(const aiNode& node, const aiMatrix4x4& above)
-    {
-        const aiMatrix4x4 place = above * node.mTransformation;
-        for (unsigned i = 0; i < node.mNumMeshes; ++i)
-            append(*scene.mMeshes[node.mMeshes[i]], place);
-        for (unsigned i = 0; i < node.mNumChildren; ++i)
-            visit(*node.mChildren[i], place);
-    }
-
-    void append(const aiMesh& mesh, const aiMatrix4x4& place)
-    {
-        const bool isMirrored = aiMatrix3x3(place).Determinant() < 0;
-        Facets& facets = byColor[colorOf(mesh)];
-        for (unsigned i = 0; i < mesh.mNumFaces; ++i) {
-            const aiFace& face = mesh.mFaces[i];
-            if (face.mNumIndices != 3) // lines and points
-                continue;
-            StlFacet facet;
-            for (unsigned corner = 0; corner < 3; ++corner) {
-                const unsigned from = isMirrored ? 2 - corner : corner;
-                const aiVector3D at = place * mesh.mVertices[face.mIndices[from]];
-                facet.corners[3 * corner] = at.x;
-                facet.corners[3 * corner + 1] = at.y;
-                facet.corners[3 * corner + 2] = at.z;
-            }
-            facets.push_back(facet);
-        }
-    }
-
-    std::string colorOf(const aiMesh& mesh) const
-    {
-        aiColor4D color;
-        if (mesh.mMaterialIndex >= scene.mNumMaterials ||
-            aiGetMaterialColor(scene.mMaterials[mesh.mMaterialIndex], AI_MATKEY_COLOR_DIFFUSE, &color) != AI_SUCCESS)
-            return {};
-        const auto held = [](float value) { return std::clamp(value, 0.0f, 1.0f); };
-        return geometry::ColorToText({held(color.r), held(color.g), held(color.b)});
-    }
-
-    const aiScene& scene;
-};
-
-std::vector<CachedShape> cachedCollada(const std::filesystem::path& mesh, const rob::Vec3d& scale)
+/// The triangles of a Collada file by the colour of their material, a colour text; empty for those without.
+std::map<std::string, Facets> facetsByColor(const geometry::TriangleMesh& mesh)
 {
-    Assimp::Importer importer;
-    // Robot descriptions take the coordinates as they stand in the file, whichever axis it calls up.
-    importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_IGNORE_UP_DIRECTION, true);
-    const aiScene* const scene = importer.ReadFile(mesh.string(), aiProcess_Triangulate);
-    if (!scene || !scene->mRootNode)
-        throw ImportError(mesh, fmt::format("the Collada file cannot be read: {}", oneLine(importer.GetErrorString())));
-    ColladaReader reader(*scene);
-    std::erase_if(reader.byColor, [](const auto& entry) { return entry.second.empty(); });
-    if (reader.byColor.empty())
-        throw ImportError(mesh, "the Collada file holds no triangle");
+    std::map<std::string, Facets> byColor;
+    for (std::size_t t = 0; t + 2 < mesh.indices.size(); t += 3) {
+        const PointColor color = mesh.colors.empty() ? uncoloured : mesh.colors[mesh.indices[t]];
+        const std::string text = color == uncoloured
+                                     ? std::string()
+                                     : geometry::ColorToText({color.r / 255.0f, color.g / 255.0f, color.b / 255.0f});
+        StlFacet facet;
+        for (std::size_t corner = 0; corner < 3; ++corner) {
+            const rob::Posf& at = mesh.points[mesh.indices[t + corner]];
+            facet.corners[3 * corner] = at.x;
+            facet.corners[3 * corner + 1] = at.y;
+            facet.corners[3 * corner + 2] = at.z;
+        }
+        byColor[text].push_back(facet);
+    }
+    return byColor;
+}
 
+/// Around the origin of the file, as robots are.
+geometry::TriangleMesh atHome(PlyTriangles read)
+{
+    if (read.origin != rob::Posd())
+        for (rob::Posf& point : read.mesh.points)
+            point = rob::Posf(rob::Posd(point.x + read.origin.x, point.y + read.origin.y, point.z + read.origin.z));
+    return std::move(read.mesh);
+}
+
+/// Read once, by the program that a damaged file may take down; what it made of the file is kept.
+geometry::TriangleMesh colladaMesh(const std::filesystem::path& mesh)
+{
+    checkReadable(mesh);
+    const std::filesystem::path kept =
+        GeometryCache::Get(mesh.stem().string(), GeometryCache::KeyOf(mesh) + "|collada", ".ply",
+                           [&mesh] { return plyOf(atHome(readTriangles(mesh, {}, SceneAxes::AsTheyStand))); });
+    return atHome(parsePlyMesh(readWhole(kept)));
+}
+
+std::vector<CachedShape> cachedCollada(const std::filesystem::path& mesh, const rob::Vec3d& scalePerMetre)
+{
+    const rob::Vec3d scale = scalePerMetre * (1 / MillimetresIn(LengthUnit::Metre));
+    std::map<std::string, Facets> byColor = facetsByColor(colladaMesh(mesh));
     std::vector<CachedShape> shapes;
-    for (auto& [color, facets] : reader.byColor) {
+    for (auto& [color, facets] : byColor) {
         const auto make = [&facets = facets, &scale] {
             scaleFacets(facets, scale);
             return binaryStl(facets);
