@@ -27,6 +27,7 @@
 
 #include <array>
 #include <cmath>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -331,7 +332,8 @@ void drawBalls(benchmark::State& state, bool isByHand)
             scene.processMsgs();
         });
         state.counters["first frame ms"] = bench::millisecondsOf([&look] { look->draw(); });
-        state.counters["peak MB"] = static_cast<double>(peak.bytes()) / (1 << 20);
+        // Signed: what a process holds is told with some kB of slack.
+        state.counters["peak MB"] = static_cast<double>(static_cast<std::int64_t>(peak.bytes())) / (1 << 20);
         look.reset();
         others.reset();
         emptyStation(scene);
