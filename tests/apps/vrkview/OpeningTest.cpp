@@ -164,12 +164,12 @@ TEST_F(OpeningTest, BadFileBesideGoodOnesIsToldAndTheOthersJoin)
 TEST_F(OpeningTest, WhatIsMissingOfAFileIsTold)
 {
     Station station;
-    files().tellLeftOut(station, 1);
+    files().tellWhatIsAmiss(station, 1);
     EXPECT_FALSE(window().getMessageBar().isVisible());
     station.notes = {"a.step: 1 of 3 faces could not be transferred: #17", "b.step: this", "c.step: that",
                      "d.step: more"};
 
-    files().tellLeftOut(station, 4);
+    files().tellWhatIsAmiss(station, 4);
 
     EXPECT_TRUE(window().getMessageBar().isVisible());
     const std::string text = window().getMessageBar().getText().toStdString();

@@ -4,6 +4,7 @@
 #include "demo/DemoSolids.h"
 #include "docks/JointDock.h"
 #include "docks/JointRow.h"
+#include "docks/LimitBox.h"
 #include "edit/History.h"
 #include "recording/Recorder.h"
 

@@ -20,6 +20,7 @@
 #include <gtest/gtest.h>
 
 #include <regex>
+#include <sstream>
 
 namespace vrk::station {
 namespace {
