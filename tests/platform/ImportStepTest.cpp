@@ -429,8 +429,8 @@ TEST_F(ImportStepTest, MissingFileFolderAndUnknownKindAreRefused)
 {
     expectRefused(folder / "none.step", "no such file");
     expectRefused(folder.path(), "it is a folder");
-    expectRefused(folder.write("a.txt", "text"),
-                  "not a kind of file that can be read (.step, .stp, .igs, .iges, .brep, .stl)");
+    expectRefused(folder.write("a.txt", "text"), "not a kind of file that can be read (.step, .stp, .igs, .iges, "
+                                                 ".brep, .stl, .obj, .gltf, .glb, .3mf, .dae, .ply)");
     expectRefused(folder.write("empty.step", ""), "the file is empty");
 }
 

@@ -167,7 +167,8 @@ TEST_F(ViewerFile, EmptyOneIsNamed)
 TEST_F(ViewerFile, OneOfAnotherKindIsNamed)
 {
     expectFileRefused(files.write("notes.txt", "hello"),
-                      "not a kind of file that can be shown (.step, .stp, .igs, .iges, .brep, .stl, .urdf, .ply, .pcd, "
+                      "not a kind of file that can be shown (.step, .stp, .igs, .iges, .brep, .stl, .obj, .gltf, .glb, "
+                      ".3mf, .dae, .urdf, .ply, .pcd, "
                       ".xyz, .mod, .src, .ls, "
                       ".station.json)");
 }

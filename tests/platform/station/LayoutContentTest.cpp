@@ -73,7 +73,7 @@ TEST_F(LayoutContentTest, MembersOfAnAssemblyAreListedAndInTheTable)
         EXPECT_FALSE(isKnown(id));
 }
 
-TEST_F(LayoutContentTest, MemberCannotBeRemovedByItself)
+TEST_F(LayoutContentTest, MemberIsRemovedByItselfAndItsAssemblyStays)
 {
     const auto assembly = std::make_shared<Assembly>(newId(), "assembly");
     const auto part = std::make_shared<Part>(newId(), "part");
@@ -82,8 +82,10 @@ TEST_F(LayoutContentTest, MemberCannotBeRemovedByItself)
 
     station.remove(part->getId());
 
-    EXPECT_TRUE(isKnown(part->getId()));
-    EXPECT_THAT(station.parts, ElementsAre(part));
+    EXPECT_FALSE(isKnown(part->getId()));
+    EXPECT_THAT(station.parts, IsEmpty());
+    EXPECT_THAT(assembly->getParts(), IsEmpty());
+    EXPECT_THAT(station.assemblies, ElementsAre(assembly));
 }
 
 TEST_F(LayoutContentTest, MechanismEntersTheListOfItsKind)
