@@ -16,6 +16,8 @@
 
 #include <urdf_model/model.h>
 
+#include <TopoDS_Shape.hxx>
+
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -214,17 +216,27 @@ private:
         for (const CachedShape& shape : shapesOf(geometry, link.getName())) {
             const auto body = part->addBody(part->getName());
             std::string uri = shape.file.string();
-            if (shape.fileType == "brep") {
+            const bool isSolid = shape.fileType == "brep";
+            if (isSolid)
                 uri += "#1";
-                body->setShape(ImportShape(uri));
-            }
             body->setGeometry(uri, shape.fileType);
+            if (isSolid)
+                body->setShape(shapeOf(uri));
             if (material && material->texture_filename.empty())
                 body->setColor(colorOf(*material));
             else if (!shape.color.empty())
                 body->setColor(shape.color);
         }
         link.addPart(part);
+    }
+
+    /// Links of one form share it.
+    const TopoDS_Shape& shapeOf(const std::string& uri)
+    {
+        TopoDS_Shape& shape = shapes[uri];
+        if (shape.IsNull())
+            shape = ImportShape(uri);
+        return shape;
     }
 
     static std::string colorOf(const urdf::Material& material)
@@ -375,6 +387,7 @@ private:
     MeshFinder meshes;
     std::vector<const urdf::Link*> ordered;
     std::unordered_map<std::string, unsigned> linkIds;
+    std::unordered_map<std::string, TopoDS_Shape> shapes; // of boxes, cylinders and spheres, by the URI
     std::shared_ptr<layout::Mechanism> mechanism;
     std::string packages; // the names of those that meshes lie in
 };

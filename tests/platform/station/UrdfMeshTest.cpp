@@ -122,6 +122,22 @@ TEST_F(UrdfMesh, ColladaIsTakenAsItStandsWhateverAxisItCallsUp)
     }
 }
 
+TEST_F(UrdfMesh, LinksOfOneFormShareItsShape)
+{
+    const std::string box = "<visual><geometry><box size=\"1 2 3\"/></geometry></visual>";
+    robot = ImportUrdf(folder.write("robot.urdf", "<robot name=\"r\"><link name=\"a\">" + box +
+                                                      "</link><link name=\"b\">" + box +
+                                                      "</link><joint name=\"j\" type=\"fixed\"><parent link=\"a\"/>"
+                                                      "<child link=\"b\"/></joint></robot>"));
+    const auto bodyOf = [this](std::size_t link) {
+        return dynamic_cast<const layout::Part&>(*robot->getLinks()[link]->getParts()[0]).getBodies().at(0);
+    };
+
+    EXPECT_TRUE(bodyOf(0)->getShape().IsEqual(bodyOf(1)->getShape()));
+    EXPECT_EQ(bodyOf(0)->getGeometryUri(), bodyOf(1)->getGeometryUri());
+    EXPECT_FALSE(bodyOf(1)->hasOwnUri());
+}
+
 TEST_F(UrdfMesh, ColladaThatIsDamagedIsRefused)
 {
     folder.write("a.dae", "<COLLADA>");
