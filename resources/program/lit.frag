@@ -38,13 +38,21 @@ void main()
     vec3 base = mix(own, tint.rgb, tint.a);
     float alpha = surfaceColour.a * opacity;
 
-    // A surface without normals, such as a line that was given this material, has its plain colour.
+    // Where a mesh has no normal its triangle's own counts. A line that was given this material lies across no surface: its
+    // places beside each other lie in one direction, and it has its plain colour.
     float normalLength = length(worldNormal);
+    vec3 n = worldNormal / max(normalLength, 1e-12);
+    vec3 acrossX = dFdx(worldPosition);
+    vec3 acrossY = dFdy(worldPosition);
     if (normalLength < 1e-6) {
-        fragColour = vec4(base, alpha);
-        return;
+        vec3 side = cross(acrossX, acrossY);
+        float area = length(side);
+        if (!(area > 1e-3 * length(acrossX) * length(acrossY))) {
+            fragColour = vec4(base, alpha);
+            return;
+        }
+        n = side / area;
     }
-    vec3 n = worldNormal / normalLength;
 #ifdef PAINT
     n = creasedNormal(worldPosition, n);
 #endif

@@ -1,3 +1,4 @@
+#include "mesh/MeshManager.h"
 #include "platform/layout/Body.h"
 #include "support/SceneFixture.h"
 #include "visual/MeshVisual.h"
@@ -139,6 +140,36 @@ TEST_F(VisualPicture, MeshHasTheColourOfItsVisual)
     const Pixel amber = pixelAt(picture, {10, 0, 27});
     EXPECT_GT(blue.b, blue.r + 40);
     EXPECT_GT(amber.r, amber.b + 40);
+}
+
+TEST_F(VisualPicture, MeshWithoutNormalsIsLitByItsTriangles)
+{
+    // A roof: its ridge along x, one side towards the eye and one away from it, seen from above.
+    const std::vector<rob::Posf> corners{{-50, -50, 0}, {50, -50, 0}, {50, 0, 40},
+                                         {-50, 0, 40},  {50, 50, 0},  {-50, 50, 0}};
+    const std::vector<unsigned> triangles{0, 1, 2, 0, 2, 3, 3, 2, 4, 3, 4, 5};
+    const test::View above{{-30, -40, 300}, {0, 0, 0}, {0, 1, 0}};
+    const auto sidesOf = [&](const char* name, std::size_t normals) {
+        auto* mesh = new Mesh(name);
+        mesh->vertices = corners;
+        mesh->indices = triangles;
+        mesh->normals.resize(normals); // of no length
+        MeshManager::Get()->addMesh(mesh);
+        auto* visual = new MeshVisual(name, world);
+        visual->attachMesh(name);
+        visual->setMaterial("MeshBody", "MeshBodySelected", "MeshBodyHighlighted");
+        visual->setColor(std::string("#A0A4A8"));
+        const Picture picture = render(above);
+        const std::pair sides{brightness(pixelAt(picture, {0, -25, 20})), brightness(pixelAt(picture, {0, 25, 20}))};
+        delete visual;
+        return sides;
+    };
+
+    const auto [front, back] = sidesOf("zero-normals", corners.size());
+    EXPECT_GT(std::abs(front - back), 15) << "a flat silhouette";
+    const auto [first, second] = sidesOf("no-normals", 0);
+    EXPECT_EQ(first, front);
+    EXPECT_EQ(second, back);
 }
 
 TEST_F(VisualPicture, BodyWithoutAColourOfItsOwnDoesNotTakeThatOfWhatIsDrawnBeforeIt)
