@@ -54,6 +54,7 @@ INSTANTIATE_TEST_SUITE_P(
                   {"--size", "100x50", "--pick", "10,51"},
                   "--pick: 51 lies outside the picture of 100x50"},
         WrongLine{"AllWithoutPick", {"--all"}, "--all requires --pick"},
+        WrongLine{"UnknownUnit", {"--unit", "ft"}, "--unit: 'ft' is none of mm, cm, m, in"},
         WrongLine{"SimplifyByNoNumber", {"--simplify=x"}, "Could not convert: --simplify = x"},
         WrongLine{"SimplifyByLessThanNothing", {"--simplify=-1"}, "--simplify: '-1' is no distance in millimetres"},
         WrongLine{"PickOfNoNumber", {"--pick", "a,b"}, "Could not convert: --pick = a,b"},
