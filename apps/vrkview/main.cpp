@@ -1,3 +1,4 @@
+#include "canvas/Backdrop.h"
 #include "canvas/CloudLooks.h"
 #include "canvas/Pick.h"
 #include "canvas/ProgramParts.h"
@@ -103,6 +104,7 @@ void warn(const std::string& text)
 void build(const Station& station, const Options& options, const DrawMode& mode)
 {
     startLibrary();
+    showBackdrop(options.backdrop);
     showStation(station);
     if (!options.joints.empty())
         for (const std::string& note : moveJoints(options.joints))

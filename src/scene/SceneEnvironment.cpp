@@ -2,6 +2,7 @@
 
 #include "platform/broker/SignalBroker.h"
 #include "platform/common/Logger.h"
+#include "scene/DepthShade.h"
 #include "scene/Grid.h"
 #include "scene/core/SceneCore.h"
 #include "view/Camera.h"
@@ -178,11 +179,13 @@ void Scene::setBorderHighlightEnabled(bool enable)
     if (!viewport)
         return;
     Ogre::CompositorManager& compositors = Ogre::CompositorManager::getSingleton();
-    if (!compositors.hasCompositorChain(viewport)) {
+    // The shade in pockets may have made a chain.
+    if (!compositors.getCompositorChain(viewport)->getCompositor(borderHighlight)) {
         FileLogger::inst()->trace(fmt::format("addCompositor: {}", borderHighlight));
         // OGRE says nothing where the script is missing, and enabling it then does nothing.
         if (!compositors.addCompositor(viewport, borderHighlight, -1))
             FileLogger::inst()->error(fmt::format("no compositor {} in the resources", borderHighlight));
+        core->record<DepthShade>().suit(*viewport);
     }
     compositors.setCompositorEnabled(viewport, borderHighlight, enable);
 }

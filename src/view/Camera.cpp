@@ -1,6 +1,7 @@
 #include "view/Camera.h"
 
 #include "platform/broker/SignalBroker.h"
+#include "scene/DepthShade.h"
 #include "scene/core/OgreCompat.h"
 #include "scene/core/SceneCore.h"
 #include "selection/geometry/Plane.h"
@@ -230,6 +231,7 @@ void Camera::forgetViewport()
     // OGRE's camera keeps the one that it drew into last.
     if (camera->getViewport() == viewport)
         camera->_notifyViewport(nullptr);
+    SceneCore::Get()->record<DepthShade>().forget(*viewport);
     viewport = nullptr;
     renderTarget = nullptr;
 }
@@ -258,6 +260,7 @@ void Camera::setRenderTarget(Ogre::RenderTarget* target)
     viewport->setOverlaysEnabled(true);
     viewport->setShadowsEnabled(true);
     viewport->setBackgroundColour(background);
+    SceneCore::Get()->record<DepthShade>().serve(*viewport);
     updateFOV();
 }
 

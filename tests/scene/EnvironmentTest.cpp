@@ -1,8 +1,8 @@
 #include "platform/broker/SignalBroker.h"
-#include "platform/common/Logger.h"
 #include "platform/layout/Body.h"
 #include "scene/core/SceneCore.h"
 #include "selection/VisualSelection.h"
+#include "support/LoggedMessages.h"
 #include "support/SceneFixture.h"
 #include "view/Camera.h"
 #include "visual/SolidVisual.h"
@@ -19,21 +19,6 @@ using testing::IsEmpty;
 struct CountedUpdates {
     int count = 0;
     boost::signals2::scoped_connection connection = broker::SignalBroker::onUpdateScene([this] { ++count; });
-};
-
-/// What is written to the log while it lives.
-class Messages {
-public:
-    Messages()
-    {
-        FileLogger::inst()->setListener([this](LogLevel level, const std::string& text) {
-            (level == LogLevel::Error ? errors : others).push_back(text);
-        });
-    }
-    ~Messages() { FileLogger::inst()->setListener({}); }
-
-    std::vector<std::string> errors;
-    std::vector<std::string> others;
 };
 
 // Lights
@@ -383,7 +368,7 @@ protected:
 TEST_F(EnvironmentBorder, FirstCallMakesTheCompositor)
 {
     ASSERT_FALSE(hasChain());
-    const Messages messages;
+    const test::LoggedMessages messages;
 
     scene.setBorderHighlightEnabled(true);
 
@@ -396,7 +381,7 @@ TEST_F(EnvironmentBorder, FirstCallMakesTheCompositor)
 TEST_F(EnvironmentBorder, SecondCallMakesNoSecondOne)
 {
     scene.setBorderHighlightEnabled(true);
-    const Messages messages;
+    const test::LoggedMessages messages;
 
     scene.setBorderHighlightEnabled(true);
 
@@ -460,7 +445,7 @@ TEST_F(EnvironmentBorder, NothingHappensWithoutAViewport)
 {
     Ogre::Viewport* before = viewport();
     Camera::Get()->ogreCamera()->_notifyViewport(nullptr);
-    const Messages messages;
+    const test::LoggedMessages messages;
 
     scene.setBorderHighlightEnabled(true);
 
@@ -484,7 +469,7 @@ TEST_F(EnvironmentBorder, AnotherRenderTargetStartsWithoutIt)
 TEST_F(EnvironmentBorder, MissingScriptIsLogged)
 {
     compositors.remove("BorderHighlight", "General");
-    const Messages messages;
+    const test::LoggedMessages messages;
 
     scene.setBorderHighlightEnabled(true);
 

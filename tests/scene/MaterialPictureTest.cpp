@@ -12,10 +12,19 @@
 namespace vrk::visual {
 namespace {
 
-// What draws with these has tests of its own: the corner axes, the managers of instances, the outline's passes.
+// What draws with these has tests of its own: the corner axes, the managers of instances, the passes of the outline and of
+// the shade in pockets, the background.
 const std::set<std::string> drawnElsewhere = {"BorderHighlight",
                                               "BorderHighlight/Outline",
                                               "BorderMask",
+                                              "Background",
+                                              "DepthShade/Apply",
+                                              "DepthShade/Body",
+                                              "DepthShade/Measure",
+                                              "DepthShade/Nothing",
+                                              "DepthShade/Points",
+                                              "DepthShade/Quad",
+                                              "DepthShade/Smooth",
                                               "GlobalFrame",
                                               "InstanceArrow",
                                               "InstanceFrame",

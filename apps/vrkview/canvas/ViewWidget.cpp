@@ -4,6 +4,7 @@
 
 #include "platform/broker/SignalBroker.h"
 #include "scene/Scene.h"
+#include "scene/ViewLook.h"
 #include "view/Camera.h"
 #include "view/OffscreenTarget.h"
 #include "view/RenderFrame.h"
@@ -48,7 +49,9 @@ ViewWidget::ViewWidget(QWidget* parent) : QWidget(parent)
         window->nativeHandle(), [this] { requestFrame(); }, [this] { leave(); });
     connect(windowHandle(), &QWindow::screenChanged, this, &ViewWidget::fitToWidget); // its pixels may be others
     sceneChanged = SignalBroker::onUpdateScene([this] { requestFrame(); });
+    connect(&shade, &FrameShade::frameWanted, this, &ViewWidget::requestFrame);
     cameraMoved = SignalBroker::onCameraMoved([this] {
+        shade.noteMove();
         if (!isDraining) // the frame of the move is the one that comes next anyway
             requestFrame();
     });
@@ -141,6 +144,7 @@ QImage ViewWidget::takePicture(const QSize& pixels)
                                               static_cast<unsigned>(scale * pixels.height()), samples);
     camera.setRenderTarget(target.renderTarget());
     enlargeCross(scale); // its size is in pixels
+    vrk::visual::SetDepthShade(isDepthShaded());
     vrk::visual::renderFrame();
     const std::vector<std::uint8_t> bytes = target.read();
     camera.setRenderTarget(window->renderTarget());
@@ -178,8 +182,11 @@ void ViewWidget::drawFrame()
     if (isDrawable && !std::exchange(wasDrawable, true))
         attempt([this] { emit ready(); });
     drain();
-    if (isDrawable)
-        attempt(vrk::visual::renderFrame);
+    if (!isDrawable)
+        return;
+    shade.begin();
+    attempt(vrk::visual::renderFrame);
+    shade.end();
 }
 
 } // namespace vrkview

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "canvas/ForeignWindow.h"
+#include "canvas/FrameShade.h"
 
 #include <boost/signals2/connection.hpp>
 
@@ -82,6 +83,7 @@ private:
     void fitToWidget();
 
     std::unique_ptr<vrk::visual::WindowTarget> window;
+    FrameShade shade;
     std::unique_ptr<ForeignWindow> native; // the same one, as the display sees it
     std::atomic<bool> isRequested = false;
     bool wasDrawable = false;

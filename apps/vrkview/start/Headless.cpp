@@ -8,6 +8,7 @@
 #include "start/StartUp.h"
 
 #include "scene/Scene.h"
+#include "scene/ViewLook.h"
 #include "view/Camera.h"
 #include "view/OffscreenTarget.h"
 #include "view/RenderFrame.h"
@@ -69,6 +70,7 @@ void takePictures(const Options& options)
     Camera::Get()->setRenderTarget(target.renderTarget());
     suitCameraToScene();
     suitCross(target);
+    vrk::visual::SetDepthShade(true);
     StationDimensions::Get().setPixelRatio(scale);
     const auto take = [&](const std::filesystem::path& file) {
         QImage picture = draw(target);

@@ -123,6 +123,15 @@ vrk::LengthUnit readUnit(const std::string& name)
     throw CLI::ValidationError("--unit", fmt::format("'{}' is none of mm, cm, m, in", name));
 }
 
+std::optional<Backdrop> backdropNamed(const std::string& text)
+{
+    if (text == "none")
+        return std::nullopt;
+    if (const auto backdrop = readBackdrop(text))
+        return backdrop;
+    throw CLI::ValidationError("--background", fmt::format("'{}' is no colour such as #4080C0, nor none", text));
+}
+
 const DrawMode* readDrawMode(const std::string& name)
 {
     if (const DrawMode* mode = findDrawMode(name))
@@ -197,6 +206,7 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
     std::string display = "shaded-edges";
     std::string tolerance;
     std::string unit;
+    std::string background;
     bool isStrict = false;
     bool list = false;
     CLI::Option* shot =
@@ -250,6 +260,10 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
                        fmt::format("What is drawn of the bodies, in the window and in pictures: {} [{}]",
                                    drawModeNames(), display))
             ->type_name("NAME");
+    app.add_option("--background", background,
+                   "Colour behind the scene, or two joined by a comma, from the upper edge to the lower one; none for "
+                   "a plain grey [a quiet gradient]")
+        ->type_name("#RRGGBB");
     app.add_option("--joints", joints,
                    "Joint values of the first mechanism that moves, in its order, or NAME=VALUE of any joint, joined "
                    "by commas: "
@@ -310,6 +324,8 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
             options.reading.bad = BadFile::EndsAll;
         if (!unit.empty())
             options.reading.unit = readUnit(unit);
+        if (app.count("--background") > 0)
+            options.backdrop = backdropNamed(background);
         checkPicks(options);
         checkSave("--save", options.save);
         checkSave("--play-save", options.playSave);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "canvas/Backdrop.h"
 #include "canvas/DrawMode.h"
 #include "canvas/Views.h"
 #include "files/FileStation.h"
@@ -32,6 +33,7 @@ struct Options {
     std::filesystem::path playPicture; // of the view after that; empty: none
     std::filesystem::path playSave;    // the station after that; empty: none
     const DrawMode* drawMode = nullptr;
+    std::optional<Backdrop> backdrop = usualBackdrop(); // nothing: the library's plain grey
     bool cloudsByHeight = false;  // also those that have colours
     bool isDrawModeGiven = false; // rather than the usual one
     bool onPresentDisplay = false;

@@ -13,6 +13,7 @@ constexpr const char* closedKey = "window/closed";
 constexpr const char* recentKey = "files/recent";
 constexpr const char* drawModeKey = "view/display";
 constexpr const char* gridKey = "view/grid";
+constexpr const char* depthShadeKey = "view/depthShade";
 constexpr const char* mouseKey = "input/orbit";
 constexpr const char* lengthStepKey = "move/length-step";
 constexpr const char* angleStepKey = "move/angle-step";
@@ -113,6 +114,16 @@ bool Settings::isDrawn(ProgramPart part) const
 void Settings::setDrawn(ProgramPart part, bool drawn)
 {
     store.setValue(keyOf(part), drawn);
+}
+
+bool Settings::isDepthShaded() const
+{
+    return store.value(depthShadeKey, true).toBool();
+}
+
+void Settings::setDepthShaded(bool shaded)
+{
+    store.setValue(depthShadeKey, shaded);
 }
 
 Settings::MouseStyle Settings::mouseStyle() const

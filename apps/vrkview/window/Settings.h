@@ -44,6 +44,9 @@ public:
     bool isDrawn(ProgramPart part) const;
     void setDrawn(ProgramPart part, bool drawn);
 
+    bool isDepthShaded() const;
+    void setDepthShaded(bool shaded);
+
     MouseStyle mouseStyle() const;
     void setMouseStyle(MouseStyle style);
 

@@ -5,6 +5,7 @@
 #include "canvas/CloudLooks.h"
 #include "canvas/DrawMode.h"
 #include "canvas/FaceDirections.h"
+#include "canvas/FrameShade.h"
 #include "canvas/FrameTool.h"
 #include "canvas/Mouse.h"
 #include "canvas/MoveTool.h"
@@ -17,6 +18,7 @@
 #include "window/Glyphs.h"
 #include "window/Settings.h"
 
+#include "platform/broker/SignalBroker.h"
 #include "scene/Scene.h"
 #include "visual/Visual.h"
 
@@ -160,6 +162,14 @@ void ViewActions::addSurroundings()
     });
     byHeight->setCheckable(true);
     byHeight->setChecked(areCloudsShownByHeight());
+    depthShade = add(tr("Shade in &pockets and gaps"), {Qt::Key_K}, [this] {
+        setDepthShaded(depthShade->isChecked());
+        settings.setDepthShaded(depthShade->isChecked());
+        vrk::broker::SignalBroker::updateScene();
+    });
+    depthShade->setCheckable(true);
+    setDepthShaded(settings.isDepthShaded());
+    depthShade->setChecked(isDepthShaded());
     longerFrames = add(tr("&Longer"), {Qt::Key_Plus, Qt::Key_Equal}, [] { changeFrameSize(1); });
     shorterFrames = add(tr("&Shorter"), {Qt::Key_Minus}, [] { changeFrameSize(-1); });
 }
@@ -290,6 +300,7 @@ void ViewActions::fillViewMenu(QMenu& menu) const
     menu.addAction(turnedGrid);
     menu.addAction(showDirections);
     menu.addAction(byHeight);
+    menu.addAction(depthShade);
     QMenu* frames = menu.addMenu(tr("F&rames"));
     frames->addAction(longerFrames);
     frames->addAction(shorterFrames);

@@ -81,6 +81,7 @@ private:
     FaceDirections* directions; // Qt's, a child of this
     QAction* showDirections = nullptr;
     QAction* byHeight = nullptr;
+    QAction* depthShade = nullptr;
     QAction* longerFrames = nullptr;
     QAction* shorterFrames = nullptr;
     std::vector<QAction*> programParts; // in the order of all of them

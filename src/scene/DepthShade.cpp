@@ -1,0 +1,103 @@
+#include "scene/DepthShade.h"
+
+#include "platform/common/Logger.h"
+
+#include <fmt/format.h>
+
+#include <Ogre.h>
+
+namespace vrk::visual {
+namespace {
+
+constexpr const char* name = "DepthShade"; // of the compositor, and of the schemes
+constexpr const char* outline = "BorderHighlight";
+
+bool isSeenThrough(const Ogre::Technique& technique)
+{
+    for (const Ogre::Pass* pass : technique.getPasses())
+        if (pass->isTransparent() || !pass->getDepthWriteEnabled())
+            return true;
+    return false;
+}
+
+/// Null where the resources have no such material.
+Ogre::Technique* techniqueOf(const char* material)
+{
+    const Ogre::MaterialPtr found = Ogre::MaterialManager::getSingleton().getByName(material);
+    if (!found)
+        return nullptr;
+    found->load();
+    // Not its best technique: that is looked up by scheme, which leads here again.
+    return found->getSupportedTechniques().empty() ? nullptr : found->getSupportedTechniques().front();
+}
+
+/// The shade comes ahead of what takes its texture.
+Ogre::CompositorInstance* add(Ogre::Viewport& viewport)
+{
+    Ogre::CompositorInstance* added = Ogre::CompositorManager::getSingleton().addCompositor(&viewport, name, 0);
+    if (!added)
+        FileLogger::inst()->error(fmt::format("no compositor {} in the resources", name));
+    else
+        added->setAlive(true); // it is switched while the view moves: its textures stay
+    return added;
+}
+
+} // namespace
+
+DepthShade::DepthShade()
+{
+    Ogre::MaterialManager::getSingleton().addListener(this, name);
+}
+
+DepthShade::~DepthShade()
+{
+    Ogre::MaterialManager::getSingleton().removeListener(this, name);
+}
+
+void DepthShade::setEnabled(bool on)
+{
+    if (on == enabled)
+        return;
+    enabled = on;
+    for (Ogre::Viewport* viewport : served)
+        suit(*viewport);
+}
+
+void DepthShade::serve(Ogre::Viewport& viewport)
+{
+    served.insert(&viewport);
+    suit(viewport);
+}
+
+void DepthShade::forget(const Ogre::Viewport& viewport)
+{
+    served.erase(const_cast<Ogre::Viewport*>(&viewport));
+}
+
+void DepthShade::suit(Ogre::Viewport& viewport)
+{
+    Ogre::CompositorManager& compositors = Ogre::CompositorManager::getSingleton();
+    if (!enabled && !compositors.hasCompositorChain(&viewport))
+        return;
+    Ogre::CompositorChain& chain = *compositors.getCompositorChain(&viewport);
+    Ogre::CompositorInstance* shade = chain.getCompositor(name);
+    if (enabled && !shade)
+        shade = add(viewport);
+    if (shade)
+        shade->setEnabled(enabled);
+    if (Ogre::CompositorInstance* border = chain.getCompositor(outline))
+        border->setScheme(enabled && shade ? name : Ogre::BLANKSTRING);
+}
+
+Ogre::Technique* DepthShade::handleSchemeNotFound(unsigned short, const Ogre::String&, Ogre::Material* material,
+                                                  unsigned short, const Ogre::Renderable* renderable)
+{
+    if (material->getSupportedTechniques().empty() || isSeenThrough(*material->getSupportedTechniques().front()))
+        return techniqueOf("DepthShade/Nothing");
+    Ogre::RenderOperation operation;
+    const_cast<Ogre::Renderable*>(renderable)->getRenderOperation(operation); // OGRE asks for it so itself
+    const bool isCloud = operation.operationType == Ogre::RenderOperation::OT_POINT_LIST;
+    return techniqueOf(isCloud ? "DepthShade/Points" : "DepthShade/Body");
+}
+
+} // namespace vrk::visual

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <OgreMaterialManager.h>
+
+#include <set>
+
+namespace Ogre {
+class Viewport;
+} // namespace Ogre
+
+namespace vrk::visual {
+
+/// The shade in pockets and gaps, and behind the edges of what is nearer, in the pictures of all cameras: a compositor of each
+/// viewport. Bodies and clouds have it; what is seen through, lines and texts do not.
+///
+/// Owner: the scene's records. Thread: render thread.
+class DepthShade : public Ogre::MaterialManager::Listener {
+public:
+    DepthShade();
+    ~DepthShade() override;
+    DepthShade(const DepthShade&) = delete;
+    DepthShade& operator=(const DepthShade&) = delete;
+
+    void setEnabled(bool on);
+    bool isEnabled() const { return enabled; }
+
+    /// A camera draws into the viewport from now on, until it is forgotten.
+    void serve(Ogre::Viewport& viewport);
+    void forget(const Ogre::Viewport& viewport);
+    /// Brings the viewport's compositors into line: the outline of what is selected draws the whole picture where it is on.
+    void suit(Ogre::Viewport& viewport);
+
+    /// The technique by which something lends its depth.
+    Ogre::Technique* handleSchemeNotFound(unsigned short schemeIndex, const Ogre::String& schemeName,
+                                          Ogre::Material* material, unsigned short lodIndex,
+                                          const Ogre::Renderable* renderable) override;
+
+private:
+    bool enabled = false;
+    std::set<Ogre::Viewport*> served;
+};
+
+} // namespace vrk::visual

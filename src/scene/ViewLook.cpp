@@ -1,0 +1,42 @@
+#include "scene/ViewLook.h"
+
+#include "scene/Background.h"
+#include "scene/DepthShade.h"
+#include "scene/core/SceneCore.h"
+
+#include <stdexcept>
+
+namespace vrk::visual {
+namespace {
+
+SceneCore& startedCore()
+{
+    SceneCore* core = SceneCore::Get();
+    if (!core)
+        throw std::logic_error("The library has not been started.");
+    return *core;
+}
+
+} // namespace
+
+void SetDepthShade(bool on)
+{
+    startedCore().record<DepthShade>().setEnabled(on);
+}
+
+bool HasDepthShade()
+{
+    return startedCore().record<DepthShade>().isEnabled();
+}
+
+void SetBackground(const rob::ColorTemplate<float>& top, const rob::ColorTemplate<float>& bottom)
+{
+    startedCore().record<Background>().show(top, bottom);
+}
+
+void ResetBackground()
+{
+    startedCore().record<Background>().hide();
+}
+
+} // namespace vrk::visual

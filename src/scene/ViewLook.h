@@ -1,0 +1,24 @@
+#pragma once
+
+#include "platform/common/Export.h"
+#include "scene/math/Color.h"
+
+namespace vrk::visual {
+
+// What makes a picture easier to read, beside what `Scene` sets. Render thread, after the start, at once: it shows with the
+// next frame, and nobody is told to draw it.
+
+/// Shades pockets and gaps, and what lies behind the edges of something nearer, on bodies and clouds. Off at start. It costs
+/// a second pass over the scene, for its depths, and some looks at each pixel.
+VRK_EXPORT void SetDepthShade(bool on);
+VRK_EXPORT bool HasDepthShade();
+
+/// A background that goes from one colour to another, from the upper edge to the lower one, in all views.
+VRK_EXPORT void SetBackground(const rob::ColorTemplate<float>& top, const rob::ColorTemplate<float>& bottom);
+/// The plain grey of the start.
+VRK_EXPORT void ResetBackground();
+
+// All of them
+// @throws std::logic_error "The library has not been started."
+
+} // namespace vrk::visual

@@ -1,0 +1,245 @@
+#include "scene/ViewLook.h"
+
+#include "scene/Scene.h"
+#include "support/LoggedMessages.h"
+#include "support/SceneFixture.h"
+#include "view/Camera.h"
+#include "visual/RenderGroups.h"
+#include "visual/SolidVisual.h"
+
+#include <BRepAlgoAPI_Cut.hxx>
+#include <BRepPrimAPI_MakeBox.hxx>
+#include <BRepPrimAPI_MakeCylinder.hxx>
+#include <Ogre.h>
+
+namespace vrk::visual {
+namespace {
+
+using rob::Colorf;
+using rob::Posf;
+using test::lookingAtOrigin;
+using test::Picture;
+using test::Pixel;
+using test::View;
+
+int brightness(const Pixel& pixel)
+{
+    return pixel.r + pixel.g + pixel.b;
+}
+
+class ViewLook : public test::RenderTest {
+protected:
+    ~ViewLook() override
+    {
+        SetDepthShade(false);
+        ResetBackground();
+        scene.setBorderHighlightEnabled(false);
+    }
+
+    SolidVisual* add(const TopoDS_Shape& shape, const std::string& uri, const std::string& color = "#C8CCD0")
+    {
+        const auto body = test::addModelBody(shape, uri, color);
+        SolidVisual::Build(world, body.get(), shape);
+        return static_cast<SolidVisual*>(Scene::GetVisual(body->getId()));
+    }
+    /// A block of 200 x 200 x 60 around the origin with a hole in it from above.
+    SolidVisual* addBlockWithHole()
+    {
+        const TopoDS_Shape block = BRepPrimAPI_MakeBox(gp_Pnt(-100, -100, -60), gp_Pnt(100, 100, 0)).Shape();
+        const TopoDS_Shape hole =
+            BRepPrimAPI_MakeCylinder(gp_Ax2(gp_Pnt(0, 0, -50), gp_Dir(0, 0, 1)), 16, 60).Shape();
+        return add(test::meshed(BRepAlgoAPI_Cut(block, hole).Shape()), "block-with-hole");
+    }
+    Ogre::CompositorChain& chain() const
+    {
+        return *Ogre::CompositorManager::getSingleton().getCompositorChain(
+            Camera::Get()->ogreCamera()->getViewport());
+    }
+    bool hasShadeInChain() const
+    {
+        const Ogre::CompositorInstance* shade = chain().getCompositor("DepthShade");
+        return shade && shade->getEnabled();
+    }
+};
+
+const View fromAbove{{0, -150, 380}, {0, 0, 0}, {0, 0, 1}};
+
+TEST_F(ViewLook, PocketsAreDarkerAndFacesAsBefore)
+{
+    addBlockWithHole();
+    const Picture plain = render(fromAbove);
+
+    SetDepthShade(true);
+    const Picture shaded = render(fromAbove);
+
+    const Posf inHole{0, 16, -32};
+    EXPECT_LT(brightness(pixelAt(shaded, inHole)), 0.8 * brightness(pixelAt(plain, inHole)));
+    for (const Posf& onTop : {Posf{60, 60, 0}, Posf{-70, -20, 0}, Posf{50, -60, 0}})
+        EXPECT_LE(test::difference(pixelAt(shaded, onTop), pixelAt(plain, onTop)), 1);
+    EXPECT_EQ(test::difference(shaded.at(3, 3), plain.at(3, 3)), 0) << "behind the scene";
+}
+
+TEST_F(ViewLook, PlanesAreNotShadedHoweverTheyAreInclined)
+{
+    add(test::meshedBox(2000, 2000, 1), "floor")->setPosition({-1000, -1000, 0});
+    for (const float height : {15.0f, 60.0f, 400.0f}) {
+        const View view{{0, -300, height}, {0, 0, 0}, {0, 0, 1}};
+        SetDepthShade(false);
+        const Picture plain = render(view);
+        SetDepthShade(true);
+        const Picture shaded = render(view);
+        EXPECT_LE(test::largestDifference(plain, shaded), 2) << height;
+    }
+}
+
+TEST_F(ViewLook, FarThingsAreNotShadedByWhatStandsBeforeThem)
+{
+    add(test::meshedBox(2000, 10, 2000), "wall")->setPosition({-1000, 600, -1000});
+    add(test::meshedBox(40, 40, 400), "post", "#E0A020")->setPosition({-20, -200, -200});
+    const View front{{0, -800, 0}, {0, 0, 0}, {0, 0, 1}};
+    const Picture plain = render(front);
+    SetDepthShade(true);
+    const Picture shaded = render(front);
+
+    const Posf besidePost{50, 600, 0}; // some pixels from it in the picture
+    EXPECT_LE(test::difference(pixelAt(shaded, besidePost), pixelAt(plain, besidePost)), 3);
+}
+
+TEST_F(ViewLook, WhatIsSeenThroughCastsNoShade)
+{
+    add(test::meshedBox(400, 10, 400), "wall")->setPosition({-200, 30, -200});
+    SolidVisual* glass = add(test::meshedBox(60, 10, 60), "glass");
+    glass->setPosition({-30, 10, -30});
+    glass->setMaterial("TransBody", "TransBody", "TransBody");
+    const View front{{0, -400, 0}, {0, 0, 0}, {0, 0, 1}};
+    const Picture plain = render(front);
+    SetDepthShade(true);
+    EXPECT_LE(test::largestDifference(plain, render(front)), 2);
+}
+
+TEST_F(ViewLook, ShadeIsTheSameWithTheOutlineOfWhatIsSelected)
+{
+    addBlockWithHole();
+    add(test::meshedBox(60, 60, 60), "selected", "#8090A0")->setPosition({30, 30, 0});
+    SetDepthShade(true);
+    const Picture before = render(fromAbove);
+    scene.setBorderHighlightEnabled(true);
+    const Picture withBorder = render(fromAbove);
+
+    EXPECT_EQ(test::largestDifference(before, withBorder), 0) << "nothing is selected";
+    SetDepthShade(false);
+    const Picture plain = render(fromAbove);
+    EXPECT_GT(test::largestDifference(plain, withBorder), 20);
+    SetDepthShade(true);
+    EXPECT_EQ(test::largestDifference(before, render(fromAbove)), 0);
+    scene.setBorderHighlightEnabled(false);
+    EXPECT_EQ(test::largestDifference(before, render(fromAbove)), 0);
+}
+
+TEST_F(ViewLook, OutlineIsAddedToAChainThatHoldsTheShade)
+{
+    SetDepthShade(true);
+    ASSERT_TRUE(hasShadeInChain());
+    const test::LoggedMessages messages;
+
+    scene.setBorderHighlightEnabled(true);
+    scene.setBorderHighlightEnabled(true);
+
+    ASSERT_NE(chain().getCompositor("BorderHighlight"), nullptr);
+    EXPECT_TRUE(chain().getCompositor("BorderHighlight")->getEnabled());
+    EXPECT_EQ(chain().getCompositorInstances().size(), 2u);
+    EXPECT_THAT(messages.others, testing::ElementsAre("addCompositor: BorderHighlight"));
+    EXPECT_TRUE(hasShadeInChain());
+}
+
+class ShadedHandle : public ViewLook, public testing::WithParamInterface<bool> {};
+
+TEST_P(ShadedHandle, IsInFrontAndNotShaded)
+{
+    addBlockWithHole();
+    SolidVisual* handle = add(test::meshedBox(16, 16, 16), "handle", "#C02018");
+    handle->setPosition({-8, -8, -50}); // in the hole
+    handle->getEntity()->setRenderQueueGroup(renderGroup::handles);
+    scene.setBorderHighlightEnabled(GetParam());
+    const Picture plain = render(fromAbove);
+    SetDepthShade(true);
+    const Picture shaded = render(fromAbove);
+
+    const Posf onHandle{0, 0, -34};
+    EXPECT_GT(pixelAt(shaded, onHandle).r, pixelAt(shaded, onHandle).g + 60);
+    EXPECT_EQ(test::difference(pixelAt(shaded, onHandle), pixelAt(plain, onHandle)), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Outline, ShadedHandle, testing::Bool(),
+                         [](const auto& info) { return info.param ? "With" : "Without"; });
+
+TEST_F(ViewLook, ShadeFollowsToAnotherRenderTarget)
+{
+    addBlockWithHole();
+    SetDepthShade(true);
+    setSize(300, 200);
+    EXPECT_TRUE(HasDepthShade());
+    const Picture shaded = render(fromAbove);
+    SetDepthShade(false);
+    EXPECT_GT(test::largestDifference(shaded, render(fromAbove)), 20);
+}
+
+TEST_F(ViewLook, SwitchedOffItLeavesThePictureAsItWas)
+{
+    addBlockWithHole();
+    const Picture before = render(fromAbove);
+    SetDepthShade(true);
+    render(fromAbove);
+    SetDepthShade(false);
+    EXPECT_EQ(test::largestDifference(before, render(fromAbove)), 0);
+    EXPECT_FALSE(HasDepthShade());
+}
+
+TEST_F(ViewLook, ShadedBlockLooksAsItDid)
+{
+    setSize(400, 300, 4);
+    addBlockWithHole();
+    add(test::meshedBox(50, 50, 40), "on-top", "#D08030")->setPosition({20, 20, 0});
+    SetDepthShade(true);
+    SetBackground({0.30f, 0.34f, 0.39f}, {0.59f, 0.63f, 0.68f});
+
+    EXPECT_TRUE(matchesBaseline(render({{180, -260, 260}, {0, 0, -10}, {0, 0, 1}}), "depth_shade_of_a_block"));
+}
+
+// Background
+
+TEST_F(ViewLook, BackgroundGoesFromItsUpperToItsLowerColour)
+{
+    SetBackground({0.2f, 0.4f, 0.6f}, {0.8f, 0.6f, 0.2f});
+    const Picture picture = render(lookingAtOrigin(400));
+
+    EXPECT_TRUE(isNear(picture.at(200, 0), {51, 102, 153}, 1));
+    EXPECT_TRUE(isNear(picture.at(200, 299), {204, 153, 51}, 1));
+    EXPECT_TRUE(isNear(picture.at(10, 150), {128, 128, 102}, 2));
+}
+
+TEST_F(ViewLook, BackgroundLiesBehindAllElse)
+{
+    add(test::meshedBox(100, 100, 100), "box");
+    const Picture before = render(lookingAtOrigin(400));
+    SetBackground({0.9f, 0.1f, 0.1f}, {0.9f, 0.1f, 0.1f});
+    const Picture with = render(lookingAtOrigin(400));
+
+    EXPECT_EQ(test::difference(pixelAt(before, {90, 10, 50}), pixelAt(with, {90, 10, 50})), 0);
+    EXPECT_TRUE(isNear(with.at(2, 2), {230, 26, 26}, 1));
+    ResetBackground();
+    EXPECT_EQ(test::largestDifference(before, render(lookingAtOrigin(400))), 0);
+}
+
+TEST_F(ViewLook, BackgroundStaysWholeWhereTheViewShowsWires)
+{
+    SetBackground({0.9f, 0.1f, 0.1f}, {0.9f, 0.1f, 0.1f});
+    scene.setDisplayMode(Scene::DisplayMode::Wire);
+    const Picture picture = render(lookingAtOrigin(400));
+    scene.setDisplayMode(Scene::DisplayMode::Shaded);
+    drain();
+    EXPECT_TRUE(isNear(picture.at(137, 83), {230, 26, 26}, 1));
+}
+
+} // namespace
+} // namespace vrk::visual
