@@ -9,9 +9,9 @@ uniform vec4 fringeColour;
 
 const int reach = 3;            // pixels: how far away the silhouette is looked for
 const float coreBegin = 0.4;    // pixels from the edge of the silhouette, outwards
-const float coreEnd = 2.4;
 const float fringeBegin = -0.8;
-const float fringeEnd = 3.2;
+uniform float coreEnd;
+uniform float fringeEnd;
 
 out vec4 fragColour;
 

@@ -6,6 +6,7 @@
 #include "scene/BorderMask.h"
 #include "scene/DepthClearListener.h"
 #include "scene/Grid.h"
+#include "scene/HoverOutline.h"
 #include "scene/core/Refused.h"
 #include "scene/core/SceneCore.h"
 #include "view/Camera.h"
@@ -64,6 +65,7 @@ Scene::Scene(const std::string& name)
     depthClearListener = std::make_unique<DepthClearListener>();
     core->sceneManager->addRenderQueueListener(depthClearListener.get());
     borderMask = std::make_unique<BorderMask>();
+    Ogre::MovableObject::setDefaultVisibilityFlags(~HoverOutline::maskFlag);
     core->instanceManagers.create(*core->sceneManager);
     core->worldVisual = new Visual(this);
     core->isSelected = [this](const Visual* visual) { return isSelected(visual); };

@@ -2,6 +2,7 @@
 
 #include "scene/Background.h"
 #include "scene/DepthShade.h"
+#include "scene/HoverOutline.h"
 #include "scene/core/SceneCore.h"
 
 #include <stdexcept>
@@ -37,6 +38,11 @@ void SetBackground(const rob::ColorTemplate<float>& top, const rob::ColorTemplat
 void ResetBackground()
 {
     startedCore().record<Background>().hide();
+}
+
+void SetOutlined(const std::vector<unsigned>& ids)
+{
+    startedCore().record<HoverOutline>().setAround(ids);
 }
 
 } // namespace vrk::visual

@@ -3,6 +3,8 @@
 #include "platform/common/Export.h"
 #include "scene/math/Color.h"
 
+#include <vector>
+
 namespace vrk::visual {
 
 // What makes a picture easier to read, beside what `Scene` sets. Render thread, after the start, at once: it shows with the
@@ -17,6 +19,11 @@ VRK_EXPORT bool HasDepthShade();
 VRK_EXPORT void SetBackground(const rob::ColorTemplate<float>& top, const rob::ColorTemplate<float>& bottom);
 /// The plain grey of the start.
 VRK_EXPORT void ResetBackground();
+
+/// A thin outline around the bodies of these visuals and of those below them, beside that of what is selected, which is
+/// wider; in the view of the scene's own camera. It replaces the one before; none for an empty list. What has no visual is
+/// passed over, now and later.
+VRK_EXPORT void SetOutlined(const std::vector<unsigned>& ids);
 
 // All of them
 // @throws std::logic_error "The library has not been started."

@@ -2,6 +2,7 @@
 
 #include "platform/broker/SignalBroker.h"
 #include "scene/DepthShade.h"
+#include "scene/HoverOutline.h"
 #include "scene/core/OgreCompat.h"
 #include "scene/core/SceneCore.h"
 #include "selection/geometry/Plane.h"
@@ -231,7 +232,9 @@ void Camera::forgetViewport()
     // OGRE's camera keeps the one that it drew into last.
     if (camera->getViewport() == viewport)
         camera->_notifyViewport(nullptr);
-    SceneCore::Get()->record<DepthShade>().forget(*viewport);
+    SceneCore& core = *SceneCore::Get();
+    core.record<DepthShade>().forget(*viewport);
+    core.record<HoverOutline>().forget(*viewport);
     viewport = nullptr;
     renderTarget = nullptr;
 }
@@ -260,7 +263,10 @@ void Camera::setRenderTarget(Ogre::RenderTarget* target)
     viewport->setOverlaysEnabled(true);
     viewport->setShadowsEnabled(true);
     viewport->setBackgroundColour(background);
-    SceneCore::Get()->record<DepthShade>().serve(*viewport);
+    SceneCore& core = *SceneCore::Get();
+    core.record<DepthShade>().serve(*viewport);
+    if (main == this)
+        core.record<HoverOutline>().serve(*viewport);
     updateFOV();
 }
 

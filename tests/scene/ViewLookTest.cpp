@@ -46,14 +46,12 @@ protected:
     SolidVisual* addBlockWithHole()
     {
         const TopoDS_Shape block = BRepPrimAPI_MakeBox(gp_Pnt(-100, -100, -60), gp_Pnt(100, 100, 0)).Shape();
-        const TopoDS_Shape hole =
-            BRepPrimAPI_MakeCylinder(gp_Ax2(gp_Pnt(0, 0, -50), gp_Dir(0, 0, 1)), 16, 60).Shape();
+        const TopoDS_Shape hole = BRepPrimAPI_MakeCylinder(gp_Ax2(gp_Pnt(0, 0, -50), gp_Dir(0, 0, 1)), 16, 60).Shape();
         return add(test::meshed(BRepAlgoAPI_Cut(block, hole).Shape()), "block-with-hole");
     }
     Ogre::CompositorChain& chain() const
     {
-        return *Ogre::CompositorManager::getSingleton().getCompositorChain(
-            Camera::Get()->ogreCamera()->getViewport());
+        return *Ogre::CompositorManager::getSingleton().getCompositorChain(Camera::Get()->ogreCamera()->getViewport());
     }
     bool hasShadeInChain() const
     {

@@ -10,8 +10,8 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto cheapFrame = 20ms;
-constexpr auto stillAfter = 200ms;  // without a move of the camera
-constexpr auto burst = 400ms;       // three frames within this show something that moves
+constexpr auto stillAfter = 200ms; // without a move of the camera
+constexpr auto burst = 400ms;      // three frames within this show something that moves
 constexpr auto restAfter = 250ms;
 
 bool wanted = true; // of the one scene

@@ -37,9 +37,9 @@ private:
     bool isMoving(Clock::time_point now) const;
 
     QTimer rest;
-    Clock::time_point moved;                   // the camera, last
-    std::array<Clock::time_point, 3> begun{};  // of the last frames, the latest first
-    Clock::duration shadedFrame{};             // what the last shaded frame took
+    Clock::time_point moved;                  // the camera, last
+    std::array<Clock::time_point, 3> begun{}; // of the last frames, the latest first
+    Clock::duration shadedFrame{};            // what the last shaded frame took
     bool isShading = false;
 };
 

@@ -5,6 +5,7 @@
 #include "canvas/ViewState.h"
 
 #include "scene/Scene.h"
+#include "scene/ViewLook.h"
 #include "visual/SolidVisual.h"
 
 namespace vrkview {
@@ -32,7 +33,9 @@ void Hover::show(const Picked& found, Of what, const Picked* edge)
     hit = visual;
     thing = found.thing;
     Scene& scene = *Scene::Get();
-    if (what == Of::Piece && (found.face() != 0 || found.edge() != 0))
+    const bool isPiece = what == Of::Piece && (found.face() != 0 || found.edge() != 0);
+    vrk::visual::SetOutlined(isPiece ? std::vector<unsigned>() : std::vector{thing});
+    if (isPiece)
         showPiece(found, edge);
     else if (Scene::HasVisual(thing) && hasHighlight(*Scene::GetVisual(thing)))
         scene.setVisualHighlighted(thing);
@@ -69,6 +72,7 @@ void Hover::clear()
         return;
     hit = thing = 0;
     lastEdge = {};
+    vrk::visual::SetOutlined({});
     Scene::Get()->clearHighlightedVisual();
     setText({});
 }

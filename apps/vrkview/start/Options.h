@@ -34,8 +34,8 @@ struct Options {
     std::filesystem::path playSave;    // the station after that; empty: none
     const DrawMode* drawMode = nullptr;
     std::optional<Backdrop> backdrop = usualBackdrop(); // nothing: the library's plain grey
-    bool cloudsByHeight = false;  // also those that have colours
-    bool isDrawModeGiven = false; // rather than the usual one
+    bool cloudsByHeight = false;                        // also those that have colours
+    bool isDrawModeGiven = false;                       // rather than the usual one
     bool onPresentDisplay = false;
     std::vector<JointWish> joints;
     std::filesystem::path save;      // where the station is written; empty: nowhere

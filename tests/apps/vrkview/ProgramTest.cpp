@@ -231,7 +231,7 @@ TEST(ViewerList, CurvesAndPointsOfAFileAreListed)
 QImage shot(const Files& files, const std::string& name, std::vector<std::string> arguments)
 {
     const std::string picture = files.path(name + ".png");
-    arguments.insert(arguments.end(), {"--shot", picture, "--size", "300x200"});
+    arguments.insert(arguments.end(), {"--background", "none", "--shot", picture, "--size", "300x200"});
     const Outcome outcome = runViewer(arguments);
     EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
     return QImage(QString::fromStdString(picture));
@@ -264,7 +264,7 @@ TEST(ViewerShot, CrossOfAxesTakesTheSamePartOfEveryPicture)
     const std::string plate = files.writeBrep("plate.brep");
     const auto crossArea = [&](const std::string& size) {
         const Outcome outcome =
-            runViewer({"--shot", files.path("cross.png"), "--size", size, "--view", "front", plate});
+            runViewer({"--background", "none", "--shot", files.path("cross.png"), "--size", size, "--view", "front", plate});
         EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
         const QImage picture(QString::fromStdString(files.path("cross.png")));
         QRect area;
@@ -347,7 +347,7 @@ TEST(ViewerShot, DemoStationFillsAPictureOfTheSizeAskedFor)
 {
     const Files files;
 
-    const Outcome outcome = runViewer({"--shot", files.path("demo.png"), "--size", "400x300"});
+    const Outcome outcome = runViewer({"--background", "none", "--shot", files.path("demo.png"), "--size", "400x300"});
 
     ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
     EXPECT_THAT(outcome.out, IsEmpty());
@@ -363,7 +363,7 @@ TEST(ViewerShot, SeveralViewsMakeSeveralPicturesThatDiffer)
 {
     const Files files;
 
-    const Outcome outcome = runViewer({"--shot", files.path("demo.png"), "--size", "200x150", "--view", "front,top"});
+    const Outcome outcome = runViewer({"--background", "none", "--shot", files.path("demo.png"), "--size", "200x150", "--view", "front,top"});
 
     ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
     EXPECT_FALSE(std::filesystem::exists(files.path("demo.png")));
@@ -405,7 +405,7 @@ TEST(ViewerShot, EachDirectionShowsTheSideThatItIsNamedAfter)
     const Files files;
     const std::string brep = files.writeBrep("plate.brep");
 
-    ASSERT_EQ(runViewer({"--shot", files.path("p.png"), "--size", "300x300", "--view", "all", brep}).exitCode, 0);
+    ASSERT_EQ(runViewer({"--background", "none", "--shot", files.path("p.png"), "--size", "300x300", "--view", "all", brep}).exitCode, 0);
 
     for (const Case& c : {Case{"front", 30, 10}, Case{"back", 30, 10}, Case{"left", 20, 10}, Case{"right", 20, 10},
                           Case{"top", 30, 20}, Case{"bottom", 30, 20}}) {
@@ -430,8 +430,8 @@ TEST(ViewerShot, SamePictureComesTwice)
 {
     const Files files;
 
-    ASSERT_EQ(runViewer({"--shot", files.path("a.png"), "--size", "160x120"}).exitCode, 0);
-    ASSERT_EQ(runViewer({"--shot", files.path("b.png"), "--size", "160x120"}).exitCode, 0);
+    ASSERT_EQ(runViewer({"--background", "none", "--shot", files.path("a.png"), "--size", "160x120"}).exitCode, 0);
+    ASSERT_EQ(runViewer({"--background", "none", "--shot", files.path("b.png"), "--size", "160x120"}).exitCode, 0);
 
     EXPECT_EQ(QImage(QString::fromStdString(files.path("a.png"))), QImage(QString::fromStdString(files.path("b.png"))));
 }

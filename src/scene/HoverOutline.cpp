@@ -1,0 +1,139 @@
+#include "scene/HoverOutline.h"
+
+#include "scene/Scene.h"
+#include "scene/core/SceneCore.h"
+#include "visual/FacetVisual.h"
+#include "visual/Visual.h"
+
+#include <Ogre.h>
+#include <OgreRectangle2D.h>
+
+namespace vrk::visual {
+namespace {
+
+constexpr const char* textureName = "HoverOutline/Mask";
+constexpr const char* material = "HoverOutline";
+constexpr Ogre::uint8 lastBeforeHandles = 79;
+
+bool isBody(const Visual& visual)
+{
+    return dynamic_cast<const FacetVisual*>(&visual) != nullptr;
+}
+
+void collect(const Visual& visual, std::vector<Ogre::MovableObject*>& objects)
+{
+    if (isBody(visual))
+        for (Ogre::MovableObject* object : visual.getSceneNode()->getAttachedObjects())
+            objects.push_back(object);
+    for (const Visual* child : visual.getChildren())
+        collect(*child, objects);
+}
+
+} // namespace
+
+/// A texture of the size of the picture, into which the camera draws as well.
+struct HoverOutline::Mask {
+    explicit Mask(Ogre::Camera& camera, unsigned width, unsigned height)
+    {
+        Ogre::Viewport* before = camera.getViewport();
+        texture = Ogre::TextureManager::getSingleton().createManual(
+            textureName, Ogre::ResourceGroupManager::INTERNAL_RESOURCE_GROUP_NAME, Ogre::TEX_TYPE_2D, width, height, 0,
+            Ogre::PF_BYTE_RGBA, Ogre::TU_RENDERTARGET);
+        target = texture->getBuffer()->getRenderTarget();
+        target->setAutoUpdated(false);
+        Ogre::Viewport* viewport = target->addViewport(&camera);
+        viewport->setClearEveryFrame(true, Ogre::FBT_COLOUR | Ogre::FBT_DEPTH);
+        viewport->setBackgroundColour(Ogre::ColourValue(0, 0, 0, 0));
+        viewport->setVisibilityMask(maskFlag);
+        viewport->setMaterialScheme("BorderMask");
+        viewport->setOverlaysEnabled(false);
+        viewport->setShadowsEnabled(false);
+        camera._notifyViewport(before);
+    }
+    ~Mask()
+    {
+        target->removeAllViewports();
+        Ogre::TextureManager::getSingleton().remove(texture);
+    }
+
+    Ogre::TexturePtr texture;
+    Ogre::RenderTarget* target;
+};
+
+HoverOutline::HoverOutline(SceneCore& core) : core(core) {}
+
+HoverOutline::~HoverOutline()
+{
+    if (served)
+        forget(*served);
+}
+
+void HoverOutline::serve(Ogre::Viewport& viewport)
+{
+    served = &viewport;
+    viewport.getTarget()->addListener(this);
+}
+
+void HoverOutline::forget(Ogre::Viewport& viewport)
+{
+    if (served != &viewport)
+        return;
+    viewport.getTarget()->removeListener(this);
+    served = nullptr;
+    mask = nullptr;
+}
+
+void HoverOutline::fitMask(const Ogre::Viewport& viewport)
+{
+    const auto width = static_cast<unsigned>(viewport.getActualWidth());
+    const auto height = static_cast<unsigned>(viewport.getActualHeight());
+    if (mask && mask->target->getWidth() == width && mask->target->getHeight() == height)
+        return;
+    mask = nullptr; // first: the next one has its name
+    mask = std::make_unique<Mask>(*viewport.getCamera(), width, height);
+    const Ogre::MaterialPtr drawn = Ogre::MaterialManager::getSingleton().getByName(material);
+    drawn->load();
+    drawn->getTechnique(0)->getPass(0)->getTextureUnitState(0)->setTexture(mask->texture);
+    if (rectangle)
+        return;
+    rectangle = std::make_unique<Ogre::Rectangle2D>(true);
+    rectangle->setCorners(-1, 1, 1, -1);
+    rectangle->setBoundingBox(Ogre::AxisAlignedBox::BOX_INFINITE);
+    rectangle->setRenderQueueGroup(lastBeforeHandles);
+    rectangle->setMaterial(drawn);
+    rectangle->setVisible(false);
+    core.sceneManager->getRootSceneNode()->attachObject(rectangle.get());
+}
+
+/// @return false where there is nothing in it.
+bool HoverOutline::drawMask()
+{
+    std::vector<Ogre::MovableObject*> objects;
+    for (const unsigned id : ids)
+        if (Scene::HasVisual(id))
+            collect(*Scene::GetVisual(id), objects);
+    if (objects.empty())
+        return false;
+    fitMask(*served);
+    for (Ogre::MovableObject* object : objects)
+        object->addVisibilityFlags(maskFlag);
+    mask->target->update();
+    for (Ogre::MovableObject* object : objects)
+        object->removeVisibilityFlags(maskFlag);
+    served->getCamera()->_notifyViewport(served);
+    return true;
+}
+
+void HoverOutline::preViewportUpdate(const Ogre::RenderTargetViewportEvent& event)
+{
+    if (event.source == served && !ids.empty() && drawMask())
+        rectangle->setVisible(true);
+}
+
+void HoverOutline::postViewportUpdate(const Ogre::RenderTargetViewportEvent&)
+{
+    if (rectangle)
+        rectangle->setVisible(false);
+}
+
+} // namespace vrk::visual
