@@ -44,9 +44,9 @@ namespace {
 
 constexpr int failed = 1;
 constexpr int unknownKind = 2;
-constexpr double horizontalField = std::numbers::pi / 3; // of the viewer's camera
-constexpr double roomAround = 0.08;                      // part of the picture that the viewer leaves free
-constexpr double sharpAngle = std::numbers::pi / 6;      // between triangles that keep their edge
+constexpr double horizontalField = 0.47;            // radians, of the viewer's camera
+constexpr double roomAround = 0.08;                 // part of the picture that the viewer leaves free
+constexpr double sharpAngle = std::numbers::pi / 6; // between triangles that keep their edge
 
 using Things = std::vector<Handle(AIS_InteractiveObject)>;
 

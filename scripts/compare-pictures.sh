@@ -75,7 +75,7 @@ draw_ais() {
 # draw_f3d <file> <picture> <width> <height> <eye and centre, or none> [<option> ...]
 draw_f3d() {
     local field from
-    field=$(awk -v w="$3" -v h="$4" 'BEGIN { print 360 / 3.14159265 * atan2(h / w, sqrt(3)) }') # 60 degrees across
+    field=$(awk -v w="$3" -v h="$4" 'BEGIN { print 360 / 3.14159265 * atan2(sin(0.235) / cos(0.235) * h / w, 1) }') # 0.47 across
     if [ -n "$5" ]; then
         # shellcheck disable=SC2054 # the commas are f3d's
         from=(--camera-position "${5% *}" --camera-focal-point "${5#* }" --camera-view-up 0,0,1)
