@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs what the build needs on Debian 12, and nothing where it is there already. With --peers also what only benchmarks
-# use, each where it is there: other ways of doing the same work.
+# and scripts/compare-pictures.sh use, each where it is there: other ways of doing the same work.
 set -euo pipefail
 
 packages=(
@@ -17,7 +17,7 @@ packages=(
     libx11-dev libxcb1-dev libxtst-dev xvfb xauth libgl1-mesa-dri
 )
 
-peers=(libopenmesh-dev libmeshoptimizer-dev libvtk9-dev libpcl-dev)
+peers=(libopenmesh-dev libmeshoptimizer-dev libvtk9-dev libpcl-dev f3d imagemagick)
 case "${1:-}" in
 --peers) packages+=("${peers[@]}") ;;
 "") ;;

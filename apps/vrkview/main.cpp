@@ -6,6 +6,7 @@
 #include "canvas/Surroundings.h"
 #include "canvas/ViewWidget.h"
 #include "demo/DemoStation.h"
+#include "files/EdgesOfMeshes.h"
 #include "files/FileStation.h"
 #include "files/JointWishes.h"
 #include "files/PictureFile.h"
@@ -158,8 +159,10 @@ int openWindow(char** argv, const Station& station, const Options& options)
     for (const ProgramPartName& each : allProgramParts())
         draw(each.part,
              Settings().isDrawn(each.part)); // ahead of the start: of a long program each change takes its time
+    const EdgesInBackground edges;
     build(station, options, mode);
     ViewWindow window(station, mode);
+    QObject::connect(&edges, &EdgesInBackground::came, &window.getState(), &ViewState::drawAnew);
     window.getFiles().getOpening().setReading(options.reading);
     std::optional<Recorder> recorder;
     if (!options.recording.empty())

@@ -11,6 +11,7 @@ namespace vrk::visual {
 namespace {
 
 constexpr std::size_t verticesOfALot = 300'000; // the driver may have two lots waiting
+constexpr std::size_t verticesOfALineEnd = 6; // a line is drawn as triangles, which cover more of the picture than others
 constexpr std::size_t verticesOfADraw = 200;    // as much as the state of a draw takes, whatever is drawn
 
 /// By the name that it gives its device.
@@ -50,7 +51,8 @@ void DriverPacer::notifyRenderSingleObject(Ogre::Renderable* renderable, const O
     Ogre::RenderOperation operation;
     renderable->getRenderOperation(operation);
     const std::size_t once = operation.useIndexes ? operation.indexData->indexCount : operation.vertexData->vertexCount;
-    drawn += verticesOfADraw + once * std::max<std::size_t>(operation.numberOfInstances, 1);
+    const std::size_t each = operation.operationType == Ogre::RenderOperation::OT_LINE_LIST ? verticesOfALineEnd : 1;
+    drawn += verticesOfADraw + each * once * std::max<std::size_t>(operation.numberOfInstances, 1);
 }
 
 void DriverPacer::waitForTheOneBefore()

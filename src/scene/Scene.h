@@ -26,6 +26,9 @@ class SceneManager;
 namespace sdf {
 class SdfNode;
 }
+namespace vrk::geometry {
+struct MeshEdges;
+}
 namespace vrk::rob {
 class TPCircle;
 }
@@ -367,6 +370,12 @@ public:
     /// The body's solid made anew from another shape, under the same parent and id. What was hidden or selected of the
     /// old one is forgotten. Does nothing where the node has no solid.
     void updateSolidVisual(sdf::SdfNode* node, const TopoDS_Shape& shape);
+    /// Draws a body that is a mesh with its edges, in place of those that it has, as solids are drawn with theirs: whatever shows or
+    /// hides the edges of solids shows and hides these. Bodies that are given the same edges share one buffer. They are passed
+    /// over where there are none, where the id is that of no mesh, and where the mesh has another number of vertices or
+    /// triangles than they were taken from. They go with the visual, and when it draws another mesh: a body that is made anew,
+    /// as by `SyncStation` where it was exchanged, is to be given them again. Null is refused.
+    void addMeshEdges(unsigned body, std::shared_ptr<const geometry::MeshEdges> edges);
     /// Lets a spray paint a visual: each body of it and below it gets a skin, or the one that it has learns of one spray more.
     /// Bodies without triangles are passed over, and so is an id without a visual, in these three.
     void createPaintVisual(unsigned spray, unsigned id);

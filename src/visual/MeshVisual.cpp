@@ -3,16 +3,20 @@
 #include "mesh/MeshManager.h"
 #include "platform/geometry/BodyColorTool.h"
 #include "platform/geometry/ColorText.h"
+#include "platform/geometry/MeshEdges.h"
 #include "platform/layout/Body.h"
 #include "platform/sdf/SdfManager.h"
 #include "scene/core/SceneCore.h"
 #include "visual/Entities.h"
 #include "visual/Picking.h"
 #include "visual/RenderGroups.h"
+#include "visual/VisualCast.h"
+#include "visual/WireFrameVisual.h"
 
 #include <Ogre.h>
 
 #include <utility>
+#include <vector>
 
 namespace vrk::visual {
 namespace {
@@ -26,6 +30,16 @@ constexpr const char* coverMaterial = "MeshBody";
 bool hasOwnColor(const layout::Body& body)
 {
     return !sdf::textAt(*body.getElement(), "visual/color").empty();
+}
+
+/// A list, since what is done with them may change the tree.
+std::vector<WireFrameVisual*> edgesOn(const Visual& body)
+{
+    std::vector<WireFrameVisual*> found;
+    for (Visual* child : body.getChildren())
+        if (auto* edges = visualCast<WireFrameVisual>(child, VisualType::WireFrame))
+            found.push_back(edges);
+    return found;
 }
 
 } // namespace
@@ -42,7 +56,7 @@ MeshVisual::MeshVisual(const std::string& name, Visual* parent) : FacetVisual(na
 
 MeshVisual::~MeshVisual()
 {
-    detachMesh();
+    detachEntity();
     if (!mesh)
         return;
     // The first of those that draw a mesh ends it. What is registered under its name after that is another's.
@@ -106,8 +120,30 @@ Ogre::Entity* MeshVisual::attachMesh(const std::string& name)
 
 void MeshVisual::detachMesh()
 {
+    detachEntity();
+    removeEdges();
+}
+
+void MeshVisual::detachEntity()
+{
     if (entity)
         destroyEntity(*this, std::exchange(entity, nullptr));
+}
+
+bool MeshVisual::setEdges(const std::shared_ptr<const geometry::MeshEdges>& edges)
+{
+    if (!entity || edges->points.empty() || edges->vertices != mesh->vertices.size() ||
+        edges->triangles != mesh->indices.size() / 3)
+        return false;
+    removeEdges();
+    WireFrameVisual::Build(this, edges)->setVisible(visible, false);
+    return true;
+}
+
+void MeshVisual::removeEdges()
+{
+    for (Visual* edges : edgesOn(*this))
+        Delete(edges);
 }
 
 std::optional<Visual*> MeshVisual::copy(Visual* parent)
@@ -167,6 +203,8 @@ void MeshVisual::useLookOf(const char* material)
 {
     const std::string base = material;
     setMaterial(base, base + "Selected", base + "Highlighted");
+    for (WireFrameVisual* edges : edgesOn(*this))
+        edges->useOwnMaterial();
 }
 
 const std::string& MeshVisual::getMeshName() const

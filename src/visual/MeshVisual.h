@@ -2,6 +2,12 @@
 
 #include "visual/FacetVisual.h"
 
+#include <memory>
+
+namespace vrk::geometry {
+struct MeshEdges;
+}
+
 namespace vrk::visual {
 
 class Mesh;
@@ -28,8 +34,11 @@ public:
     /// name of a mesh. Virtual, so that a derived visual can do more with its entity.
     /// @throws what `MeshManager::loadStl` does, or `loadPly`.
     virtual Ogre::Entity* attachMesh(const std::string& name);
-    /// Draws nothing until the next `attachMesh`; the visual and its mesh stay.
+    /// Draws nothing until the next `attachMesh`; the visual and its mesh stay, its edges go.
     void detachMesh();
+    /// Draws the mesh with its edges, in place of those that it has: see `Scene::addMeshEdges`.
+    /// @return false where nothing was changed: they are none, or not those of the mesh that is drawn.
+    bool setEdges(const std::shared_ptr<const geometry::MeshEdges>& edges);
 
     std::optional<Visual*> copy(Visual* parent) override;
     unsigned getBodiesNum() override;
@@ -57,6 +66,8 @@ protected:
                      const std::string& color);
 
 private:
+    void detachEntity();
+    void removeEdges();
     bool hasPointColors() const;
     void useLookOf(const char* material);
 

@@ -4,6 +4,7 @@
 #include "scene/core/SceneCore.h"
 #include "visual/CurveVisual.h"
 #include "visual/EdgeVisual.h"
+#include "visual/MeshVisual.h"
 #include "visual/VisualCast.h"
 #include "visual/WatchedVisual.h"
 
@@ -135,6 +136,19 @@ void Scene::removeGeneratedEdge(unsigned id, const TopoDS_Edge& edge)
         [this, id, edge] {
             if (EdgeVisual* found = generatedEdgeOf(id, edge))
                 deleteVisual(found);
+        },
+        0);
+}
+
+void Scene::addMeshEdges(unsigned body, std::shared_ptr<const geometry::MeshEdges> edges)
+{
+    refuseNull(edges.get(), "addMeshEdges", "edges");
+    addRenderTask(
+        [body, edges = std::move(edges)] {
+            if (!HasVisual(body)) // it may have been removed since the post
+                return;
+            if (auto* mesh = visualCast<MeshVisual>(GetVisual(body), VisualType::Mesh))
+                mesh->setEdges(edges);
         },
         0);
 }

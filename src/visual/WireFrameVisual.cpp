@@ -2,6 +2,7 @@
 
 #include "platform/common/SharedThings.h"
 #include "platform/geometry/EdgePolygons.h"
+#include "platform/geometry/MeshEdges.h"
 #include "platform/geometry/ShapeIdentity.h"
 #include "scene/math/Trsf.h"
 
@@ -17,6 +18,8 @@
 #include <TopoDS_Shape.hxx>
 
 #include <algorithm>
+#include <memory>
+#include <utility>
 #include <vector>
 
 namespace vrk::visual {
@@ -97,6 +100,28 @@ std::shared_ptr<const DynamicLines> linesOf(const TopoDS_Shape& shape)
     return {known, &known->lines};
 }
 
+/// The segments of a list of edges. It keeps the list, by whose address it is known.
+struct MeshLines {
+    explicit MeshLines(std::shared_ptr<const geometry::MeshEdges> from) : edges(std::move(from))
+    {
+        for (const rob::Posf& point : edges->points)
+            lines.addPoint(point.x, point.y, point.z);
+        lines.update();
+    }
+
+    std::shared_ptr<const geometry::MeshEdges> edges;
+    DynamicLines lines{RenderOpType::Lines};
+};
+
+std::shared_ptr<const DynamicLines> linesOf(const std::shared_ptr<const geometry::MeshEdges>& edges)
+{
+    static auto* const all = new common::SharedThings<const geometry::MeshEdges*, MeshLines>;
+    const std::shared_ptr<const MeshLines> known = all->get(
+        edges.get(), [](const MeshLines&) { return true; },
+        [&edges] { return std::make_shared<const MeshLines>(edges); });
+    return {known, &known->lines};
+}
+
 } // namespace
 
 WireFrameVisual::WireFrameVisual(Visual* parent) : Visual("WireFrame", parent)
@@ -109,6 +134,14 @@ WireFrameVisual* WireFrameVisual::Build(Visual* parent, const TopoDS_Shape& shap
 {
     auto* visual = new WireFrameVisual(parent);
     visual->lines.drawAs(linesOf(shape));
+    visual->useOwnMaterial();
+    return visual;
+}
+
+WireFrameVisual* WireFrameVisual::Build(Visual* parent, const std::shared_ptr<const geometry::MeshEdges>& edges)
+{
+    auto* visual = new WireFrameVisual(parent);
+    visual->lines.drawAs(linesOf(edges));
     visual->useOwnMaterial();
     return visual;
 }

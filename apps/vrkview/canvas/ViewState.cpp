@@ -372,11 +372,6 @@ void ViewState::readHidden()
     sum();
 }
 
-void ViewState::drawAnew() const
-{
-    showAs(*drawMode, hiddenFaces); // but for what the model says is hidden
-}
-
 // Drawing and station
 
 void ViewState::setDrawMode(const DrawMode& mode)
@@ -384,6 +379,11 @@ void ViewState::setDrawMode(const DrawMode& mode)
     drawMode = &mode;
     drawAnew();
     emit drawModeChanged();
+}
+
+void ViewState::drawAnew() const
+{
+    showAs(*drawMode, hiddenFaces); // but for what the model says is hidden
 }
 
 void ViewState::follow(Touches touches)

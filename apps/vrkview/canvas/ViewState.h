@@ -97,6 +97,8 @@ public:
 
     const DrawMode& getDrawMode() const { return *drawMode; }
     void setDrawMode(const DrawMode& mode);
+    /// Posts that bodies are drawn so once more: call it when some of them got something that is drawn.
+    void drawAnew() const;
 
     // The station
 
@@ -132,7 +134,6 @@ private:
     void clearPoints();
     std::vector<unsigned> listForModel() const;
     void pushHidden(const QString& text, std::unordered_set<unsigned> before);
-    void drawAnew() const;
     void forgetWhatIsGone();
 
     std::unique_ptr<History> history;

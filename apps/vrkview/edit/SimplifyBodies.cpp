@@ -1,6 +1,7 @@
 #include "edit/SimplifyBodies.h"
 
 #include "edit/ModelPlaces.h"
+#include "files/EdgesOfMeshes.h"
 
 #include "platform/layout/Body.h"
 #include "platform/sdf/SdfManager.h"
@@ -50,6 +51,7 @@ void drawAnew(const std::shared_ptr<sdf::SdfObject>& object)
         scene->reparentVisual(each, owner->getId());
     scene->removeVisual(body->getId());
     scene->addBody(owner.get(), body);
+    addEdgesOfMeshes(body->getId());
     for (const unsigned each : carried)
         scene->reparentVisual(each, body->getId());
     scene->processMsgs();

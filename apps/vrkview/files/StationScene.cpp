@@ -1,5 +1,6 @@
 #include "files/StationScene.h"
 
+#include "files/EdgesOfMeshes.h"
 #include "files/ObjectNames.h"
 #include "files/Station.h"
 #include "measure/StationDimensions.h"
@@ -102,6 +103,7 @@ void loadStation()
     addBands();
     for (const auto& arm : Layout::inst().manipulators)
         showOwnColorsOfPlain(arm);
+    addEdgesOfMeshes(0);
 }
 
 void replaceStation(const StationContent& content)
@@ -272,13 +274,16 @@ void addToScene(unsigned id)
     const std::shared_ptr<sdf::SdfObject> object = sdf::Share(id);
     if (auto* part = dynamic_cast<vrk::layout::Part*>(object.get())) {
         scene.addPart(part);
+        addEdgesOfMeshes(id);
         addBands();
     } else if (auto* assembly = dynamic_cast<vrk::layout::Assembly*>(object.get())) {
         scene.addAssembly(assembly);
+        addEdgesOfMeshes(id);
         addBands();
     } else if (const auto mechanism = std::dynamic_pointer_cast<Mechanism>(object)) {
         scene.addMechanism(mechanism.get(), true);
         showOwnColorsOfPlain(mechanism);
+        addEdgesOfMeshes(id);
         if (const auto* manipulator = dynamic_cast<const Manipulator*>(mechanism.get()))
             scene.addFrame(manipulator->getControllerTaskFrame().get());
         addBands();
