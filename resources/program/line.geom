@@ -1,10 +1,25 @@
 #version 330 core
 // A segment, of a list or of a strip, becomes a rectangle of pixels around it.
+//
+// BODY_EDGES: the segments are edges of a body, whose weight fades as the body becomes small in the picture, and which are as
+// fine as the picture is; those that faces meet in without a bend are thinner and paler.
 
 layout(lines) in;
 layout(triangle_strip, max_vertices = 4) out;
 
 in vec4 pointColour[];
+
+#ifdef BODY_EDGES
+uniform mat4 worldViewProj;
+uniform mat4 worldView;
+uniform vec4 extent;     // the sphere around the body, in its frame: middle and radius; none where that is 0
+uniform vec4 firstSmooth; // x: the first segment without a bend, y: 0 where there is none
+
+const float seenFrom = 20.0; // pixels of a picture of up to 1080 rows
+const float fullFrom = 120.0;
+const float smoothWidth = 0.6;
+const float smoothOpacity = 0.5;
+#endif
 
 #include "resource://program/line_corner.glsl"
 
@@ -14,11 +29,28 @@ void main()
     vec4 b = gl_in[1].gl_Position;
     vec4 colourA = pointColour[0];
     vec4 colourB = pointColour[1];
+    float lineWidth = width * max(1.0, viewportSize.y / 1080.0);
+#ifdef BODY_EDGES
+    float distance = (worldViewProj * vec4(extent.xyz, 1.0)).w;
+    float size = extent.w * length(worldView[0].xyz) * abs(projection[1][1]) * viewportSize.y / max(distance, 1e-6);
+    float weight = clamp((size / max(1.0, viewportSize.y / 1080.0) - seenFrom) / (fullFrom - seenFrom), 0.0, 1.0);
+    if (extent.w <= 0.0 || distance <= extent.w)
+        weight = 1.0;
+    lineWidth = width * viewportSize.y / 1080.0;
+    if (firstSmooth.y > 0.0 && float(gl_PrimitiveIDIn) >= firstSmooth.x) {
+        lineWidth *= smoothWidth;
+        weight *= smoothOpacity;
+    }
+    if (weight <= 0.0)
+        return;
+    colourA.a *= weight;
+    colourB.a *= weight;
+#endif
     if (!isBefore(a, b, colourA, colourB))
         return;
     for (int i = 0; i < 4; ++i) {
         bool first = i < 2;
-        setCorner(a, b, first ? colourA : colourB, first, (i & 1) == 0);
+        setCorner(a, b, first ? colourA : colourB, first, (i & 1) == 0, lineWidth);
         EmitVertex();
     }
     EndPrimitive();

@@ -21,5 +21,6 @@ void main()
         return;
     }
     int corner = int(uv0.w + 0.5);
-    setCorner(a, b, colourA, corner < 2, (corner & 1) == 0);
+    setCorner(a, b, colourA, corner < 2, (corner & 1) == 0,
+              width * max(1.0, viewportSize.y / 1080.0));
 }

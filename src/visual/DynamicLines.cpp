@@ -85,4 +85,28 @@ void DynamicLines::fillVertexBuffer()
     dirty = false;
 }
 
+void DynamicLines::_updateCustomGpuParameter(const Ogre::GpuProgramParameters::AutoConstantEntry& entry,
+                                             Ogre::GpuProgramParameters* parameters) const
+{
+    constexpr std::size_t extentParameter = 2;
+    constexpr std::size_t firstSmoothParameter = 3;
+    if (entry.data == extentParameter) {
+        const rob::Vec3Template<float> half = (bounds.max - bounds.min) * 0.5f;
+        const bool isKnown = bounds.isValid();
+        const Ogre::Vector3 middle = isKnown ? toOgre(bounds.min + half) : Ogre::Vector3::ZERO;
+        parameters->_writeRawConstant(entry.physicalIndex,
+                                      Ogre::Vector4(middle.x, middle.y, middle.z, isKnown ? half.length() : 0.0f),
+                                      entry.elementCount);
+    } else if (entry.data == firstSmoothParameter) {
+        const std::size_t first = model ? model->firstSmooth : firstSmooth;
+        const bool hasSmooth = first < getPoints().size() / 2;
+        parameters->_writeRawConstant(
+            entry.physicalIndex,
+            Ogre::Vector4(hasSmooth ? static_cast<float>(first) : 0.0f, hasSmooth ? 1.0f : 0.0f, 0, 0),
+            entry.elementCount);
+    } else {
+        Ogre::SimpleRenderable::_updateCustomGpuParameter(entry, parameters);
+    }
+}
+
 } // namespace vrk::visual

@@ -4,6 +4,7 @@
 #include "selection/geometry/Box.h"
 #include "visual/DynamicRenderable.h"
 
+#include <limits>
 #include <memory>
 #include <vector>
 
@@ -32,10 +33,18 @@ public:
     /// of its own is changed. `model`, which lives as long, must not be edited any more.
     void drawAs(std::shared_ptr<const DynamicLines> model);
 
+    /// The segments from this one on, counted from 0, are edges that a surface goes on across without a bend; materials of
+    /// edges draw them finer.
+    void drawSmoothFrom(std::size_t segment) { firstSmooth = segment; }
+
     const std::vector<rob::PosTemplate<float>>& getPoints() const { return model ? model->points : points; }
     /// The box of what is drawn, one unit wider on each side. OGRE's own box, by which lines are culled, only ever grows.
     const Box& getBounds() const { return bounds; }
     bool isDirty() const { return dirty; }
+
+    /// Materials of edges ask for the sphere around what is drawn, 2, and for the first smooth segment, 3.
+    void _updateCustomGpuParameter(const Ogre::GpuProgramParameters::AutoConstantEntry& entry,
+                                   Ogre::GpuProgramParameters* parameters) const override;
 
 protected:
     void createVertexDeclaration() override;
@@ -47,6 +56,7 @@ private:
     Box bounds;
     std::vector<rob::PosTemplate<float>> points; // where there is no model
     std::shared_ptr<const DynamicLines> model;
+    std::size_t firstSmooth = std::numeric_limits<std::size_t>::max(); // where there is no model
     bool dirty = true;
 };
 

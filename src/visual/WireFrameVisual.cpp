@@ -4,15 +4,14 @@
 #include "platform/geometry/EdgePolygons.h"
 #include "platform/geometry/MeshEdges.h"
 #include "platform/geometry/ShapeIdentity.h"
+#include "platform/geometry/SmoothEdges.h"
 #include "scene/math/Trsf.h"
 
 #include <BRep_Tool.hxx>
 #include <Poly_Polygon3D.hxx>
 #include <Poly_PolygonOnTriangulation.hxx>
 #include <Poly_Triangulation.hxx>
-#include <TopExp.hxx>
 #include <TopLoc_Location.hxx>
-#include <TopTools_IndexedMapOfShape.hxx>
 #include <TopoDS.hxx>
 #include <TopoDS_Edge.hxx>
 #include <TopoDS_Shape.hxx>
@@ -65,13 +64,19 @@ Handle(Standard_Transient) polygonOf(const TopoDS_Edge& edge)
 struct ShapeLines {
     explicit ShapeLines(const TopoDS_Shape& shape) : shape(shape)
     {
-        TopTools_IndexedMapOfShape all;
-        TopExp::MapShapes(shape, TopAbs_EDGE, all);
+        const auto all = geometry::facesOfEdges(shape);
+        std::vector<TopoDS_Edge> smooth;
         for (int i = 1; i <= all.Extent(); ++i) {
-            const TopoDS_Edge& edge = TopoDS::Edge(all(i));
+            const TopoDS_Edge& edge = TopoDS::Edge(all.FindKey(i));
             edges.push_back({edge, polygonOf(edge)});
-            addEdge(lines, edge);
+            if (geometry::isSmoothEdge(edge, all(i)))
+                smooth.push_back(edge);
+            else
+                addEdge(lines, edge);
         }
+        lines.drawSmoothFrom(lines.getPoints().size() / 2);
+        for (const TopoDS_Edge& edge : smooth)
+            addEdge(lines, edge);
         lines.update();
     }
     /// False where edges were given other polygons since.
