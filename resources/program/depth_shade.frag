@@ -28,7 +28,7 @@ void main()
     ivec2 here = ivec2(pictureUv * vec2(size));
     float signedHere = texelFetch(depth, here, 0).r;
     if (signedHere == 0.0) {
-        fragColour = vec4(1.0);
+        fragColour = vec4(1.0, 0.0, 0.0, 1.0);
         return;
     }
     bool isCloud = signedHere < 0.0;
@@ -66,5 +66,5 @@ void main()
         hidden += hollow / float(pairs);
     }
     float light = 1.0 / (1.0 + 2.2 * hidden);
-    fragColour = vec4(light, light, light, 1.0);
+    fragColour = vec4(light, own, 0.0, 1.0); // for the smoothing, which ends at edges of depth
 }

@@ -1,19 +1,29 @@
 #version 330 core
-// The mean of nine texels.
+// The mean of the texels around that lie as deep, so that it ends at edges. What is looked at goes with the height of the
+// picture, as the places do that the shade was measured at.
 
 in vec2 pictureUv;
 
-uniform sampler2D rough;
+uniform sampler2D rough; // x: light, y: one over the distance
 
 out vec4 fragColour;
 
+const float likeness = 0.04; // of the distance
+const vec4 steps = vec4(-3.0, -1.0, 1.0, 3.0);
+
 void main()
 {
-    ivec2 size = textureSize(rough, 0);
-    ivec2 here = ivec2(pictureUv * vec2(size));
-    float sum = 0.0;
-    for (int y = -1; y <= 1; ++y)
-        for (int x = -1; x <= 1; ++x)
-            sum += texelFetch(rough, clamp(here + ivec2(x, y), ivec2(0), size - 1), 0).r;
-    fragColour = vec4(vec3(sum / 9.0), 1.0);
+    vec2 size = vec2(textureSize(rough, 0));
+    vec2 here = texture(rough, pictureUv).xy;
+    vec2 step = 0.8 * max(1.0, size.y / 540.0) / size;
+    float sum = here.x;
+    float weights = 1.0;
+    for (int y = 0; y < 4; ++y)
+        for (int x = 0; x < 4; ++x) {
+            vec2 there = texture(rough, pictureUv + vec2(steps[x], steps[y]) * step).xy;
+            float weight = clamp(1.0 - abs(there.y - here.y) / (likeness * here.y + 1e-20), 0.0, 1.0);
+            sum += weight * there.x;
+            weights += weight;
+        }
+    fragColour = vec4(vec3(sum / weights), 1.0);
 }

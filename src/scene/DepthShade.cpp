@@ -63,15 +63,15 @@ void DepthShade::setEnabled(bool on)
         suit(*viewport);
 }
 
-void DepthShade::serve(Ogre::Viewport& viewport)
+void DepthShade::serve(Ogre::Viewport& viewport, bool)
 {
     served.insert(&viewport);
     suit(viewport);
 }
 
-void DepthShade::forget(const Ogre::Viewport& viewport)
+void DepthShade::forget(Ogre::Viewport& viewport)
 {
-    served.erase(const_cast<Ogre::Viewport*>(&viewport));
+    served.erase(&viewport);
 }
 
 void DepthShade::suit(Ogre::Viewport& viewport)

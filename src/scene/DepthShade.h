@@ -1,12 +1,10 @@
 #pragma once
 
+#include "scene/core/ViewportUsers.h"
+
 #include <OgreMaterialManager.h>
 
 #include <set>
-
-namespace Ogre {
-class Viewport;
-} // namespace Ogre
 
 namespace vrk::visual {
 
@@ -14,7 +12,7 @@ namespace vrk::visual {
 /// viewport. Bodies and clouds have it; what is seen through, lines and texts do not.
 ///
 /// Owner: the scene's records. Thread: render thread.
-class DepthShade : public Ogre::MaterialManager::Listener {
+class DepthShade : public Ogre::MaterialManager::Listener, public ViewportUser {
 public:
     DepthShade();
     ~DepthShade() override;
@@ -24,9 +22,8 @@ public:
     void setEnabled(bool on);
     bool isEnabled() const { return enabled; }
 
-    /// A camera draws into the viewport from now on, until it is forgotten.
-    void serve(Ogre::Viewport& viewport);
-    void forget(const Ogre::Viewport& viewport);
+    void serve(Ogre::Viewport& viewport, bool isMain) override;
+    void forget(Ogre::Viewport& viewport) override;
     /// Brings the viewport's compositors into line: the outline of what is selected draws the whole picture where it is on.
     void suit(Ogre::Viewport& viewport);
 

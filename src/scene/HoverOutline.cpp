@@ -68,8 +68,10 @@ HoverOutline::~HoverOutline()
         forget(*served);
 }
 
-void HoverOutline::serve(Ogre::Viewport& viewport)
+void HoverOutline::serve(Ogre::Viewport& viewport, bool isMain)
 {
+    if (!isMain)
+        return;
     served = &viewport;
     viewport.getTarget()->addListener(this);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "scene/core/ViewportUsers.h"
+
 #include <OgreRenderTargetListener.h>
 
 #include <memory>
@@ -7,7 +9,6 @@
 
 namespace Ogre {
 class Rectangle2D;
-class Viewport;
 } // namespace Ogre
 
 namespace vrk::visual {
@@ -18,7 +19,7 @@ class SceneCore;
 /// of each picture, and its edge into the picture, ahead of the handles. Groups, layers and compositors stay as they are.
 ///
 /// Owner: the scene's records. Thread: render thread.
-class HoverOutline : public Ogre::RenderTargetListener {
+class HoverOutline : public Ogre::RenderTargetListener, public ViewportUser {
 public:
     explicit HoverOutline(SceneCore& core);
     ~HoverOutline() override;
@@ -28,9 +29,8 @@ public:
     /// What has no visual any more is passed over.
     void setAround(const std::vector<unsigned>& wanted) { ids = wanted; }
 
-    /// The main camera draws into the viewport from now on, until it is forgotten.
-    void serve(Ogre::Viewport& viewport);
-    void forget(Ogre::Viewport& viewport);
+    void serve(Ogre::Viewport& viewport, bool isMain) override;
+    void forget(Ogre::Viewport& viewport) override;
 
     void preViewportUpdate(const Ogre::RenderTargetViewportEvent& event) override;
     void postViewportUpdate(const Ogre::RenderTargetViewportEvent& event) override;

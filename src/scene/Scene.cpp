@@ -5,10 +5,12 @@
 #include "platform/common/Checks.h"
 #include "scene/BorderMask.h"
 #include "scene/DepthClearListener.h"
+#include "scene/DepthShade.h"
 #include "scene/Grid.h"
 #include "scene/HoverOutline.h"
 #include "scene/core/Refused.h"
 #include "scene/core/SceneCore.h"
+#include "scene/core/ViewportUsers.h"
 #include "view/Camera.h"
 #include "visual/FrameVisual.h"
 #include "visual/VisualStateManager.h"
@@ -65,6 +67,9 @@ Scene::Scene(const std::string& name)
     depthClearListener = std::make_unique<DepthClearListener>();
     core->sceneManager->addRenderQueueListener(depthClearListener.get());
     borderMask = std::make_unique<BorderMask>();
+    auto& viewports = core->record<ViewportUsers>();
+    viewports.add(core->record<DepthShade>());
+    viewports.add(core->record<HoverOutline>());
     Ogre::MovableObject::setDefaultVisibilityFlags(~HoverOutline::maskFlag);
     core->instanceManagers.create(*core->sceneManager);
     core->worldVisual = new Visual(this);

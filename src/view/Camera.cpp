@@ -1,10 +1,9 @@
 #include "view/Camera.h"
 
 #include "platform/broker/SignalBroker.h"
-#include "scene/DepthShade.h"
-#include "scene/HoverOutline.h"
 #include "scene/core/OgreCompat.h"
 #include "scene/core/SceneCore.h"
+#include "scene/core/ViewportUsers.h"
 #include "selection/geometry/Plane.h"
 #include "view/AxesCross.h"
 #include "view/OrbitViewController.h"
@@ -232,9 +231,7 @@ void Camera::forgetViewport()
     // OGRE's camera keeps the one that it drew into last.
     if (camera->getViewport() == viewport)
         camera->_notifyViewport(nullptr);
-    SceneCore& core = *SceneCore::Get();
-    core.record<DepthShade>().forget(*viewport);
-    core.record<HoverOutline>().forget(*viewport);
+    SceneCore::Get()->record<ViewportUsers>().forget(*viewport);
     viewport = nullptr;
     renderTarget = nullptr;
 }
@@ -263,10 +260,7 @@ void Camera::setRenderTarget(Ogre::RenderTarget* target)
     viewport->setOverlaysEnabled(true);
     viewport->setShadowsEnabled(true);
     viewport->setBackgroundColour(background);
-    SceneCore& core = *SceneCore::Get();
-    core.record<DepthShade>().serve(*viewport);
-    if (main == this)
-        core.record<HoverOutline>().serve(*viewport);
+    SceneCore::Get()->record<ViewportUsers>().serve(*viewport, main == this);
     updateFOV();
 }
 

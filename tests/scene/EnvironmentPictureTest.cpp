@@ -21,7 +21,7 @@ using test::View;
 
 const Pixel background{115, 115, 115}; // 0.45
 const Pixel gridLine{41, 41, 41};      // 0.16
-const Pixel outline{255, 153, 13};
+const Pixel outline{245, 36, 158};
 
 class EnvironmentPicture : public test::RenderTest {
 protected:
@@ -50,7 +50,7 @@ bool isReddish(const Pixel& pixel)
     return pixel.r > pixel.g + 60 && pixel.r > pixel.b + 40;
 }
 
-bool isOrange(const Pixel& pixel)
+bool isOutline(const Pixel& pixel)
 {
     return isNear(pixel, outline, 60);
 }
@@ -198,7 +198,7 @@ TEST_F(EnvironmentPicture, OutlineIsSeenAgainstLightAndDark)
     const View front{{0, -700, 120}, {0, 0, 0}, {0, 0, 1}};
     const Picture picture = render(front);
 
-    EXPECT_GT(shareOf(picture, isOrange), 0.002);
+    EXPECT_GT(shareOf(picture, isOutline), 0.002);
     EXPECT_TRUE(matchesBaseline(picture, "border_light_and_dark"));
 }
 

@@ -1,6 +1,7 @@
 #include "scene/ViewLook.h"
 
 #include "scene/Scene.h"
+#include "scene/core/SceneCore.h"
 #include "support/LoggedMessages.h"
 #include "support/SceneFixture.h"
 #include "view/Camera.h"
@@ -202,6 +203,93 @@ TEST_F(ViewLook, ShadedBlockLooksAsItDid)
     SetBackground({0.30f, 0.34f, 0.39f}, {0.59f, 0.63f, 0.68f});
 
     EXPECT_TRUE(matchesBaseline(render({{180, -260, 260}, {0, 0, -10}, {0, 0, 1}}), "depth_shade_of_a_block"));
+}
+
+// Outline around what the mouse is on
+
+/// White between dark, as nothing else in these pictures.
+double whiteShare(const Picture& picture)
+{
+    int count = 0;
+    for (unsigned y = 0; y < picture.height; ++y)
+        for (unsigned x = 0; x < picture.width; ++x)
+            if (const Pixel pixel = picture.at(x, y); pixel.r > 235 && pixel.g > 235 && pixel.b > 235)
+                ++count;
+    return static_cast<double>(count) / (picture.width * picture.height);
+}
+
+class HoverOutlinePicture : public ViewLook {
+protected:
+    ~HoverOutlinePicture() override { SetOutlined({}); }
+
+    unsigned addBox(const std::string& color, const Posf& at)
+    {
+        SolidVisual* box = add(test::meshedBox(100, 100, 100), "hover-box" + color, color);
+        box->setPosition(at);
+        return box->getId();
+    }
+};
+
+TEST_F(HoverOutlinePicture, GoesAroundWhatItIsSetAroundAndLeavesThePictureAsItWas)
+{
+    const unsigned box = addBox("#304050", {-50, -50, -50});
+    const Picture before = render(lookingAtOrigin(400));
+
+    SetOutlined({box});
+    const Picture with = render(lookingAtOrigin(400));
+    SetOutlined({});
+    const Picture after = render(lookingAtOrigin(400));
+
+    EXPECT_GT(whiteShare(with), 0.004);
+    EXPECT_LT(whiteShare(before), 0.001);
+    EXPECT_EQ(test::difference(pixelAt(with, {0, 0, 50}), pixelAt(before, {0, 0, 50})), 0) << "the body itself";
+    EXPECT_EQ(test::largestDifference(before, after), 0);
+}
+
+TEST_F(HoverOutlinePicture, GoesAroundTheBodiesBelowAVisual)
+{
+    const unsigned parent = addBox("#304050", {-50, -50, -50});
+    auto* group = new Visual(Scene::GetVisual(parent));
+    SceneCore::Get()->visuals.enter(group);
+    const auto body = test::addModelBody(test::meshedBox(60, 60, 60), "hover-child");
+    SolidVisual::Build(group, body.get(), body->getShape());
+    Scene::GetVisual(parent)->setVisible(false, false);
+
+    SetOutlined({group->getId()});
+
+    EXPECT_GT(whiteShare(render(lookingAtOrigin(400))), 0.002);
+}
+
+TEST_F(HoverOutlinePicture, DiffersFromThatOfWhatIsSelected)
+{
+    const unsigned hovered = addBox("#304050", {-140, -50, -50});
+    const unsigned selected = addBox("#304050", {40, -50, -50});
+    scene.setVisualsSelected({selected});
+    scene.setBorderHighlightEnabled(true);
+    SetOutlined({hovered});
+    SetDepthShade(true);
+
+    EXPECT_TRUE(matchesBaseline(render({{0, -400, 250}, {0, 0, 0}, {0, 0, 1}}), "hovered_and_selected"));
+}
+
+TEST_F(HoverOutlinePicture, WhatHasNoVisualIsPassedOver)
+{
+    const unsigned box = addBox("#304050", {-50, -50, -50});
+    SetOutlined({4000000000u, box});
+    EXPECT_GT(whiteShare(render(lookingAtOrigin(400))), 0.004);
+
+    scene.removeVisual(box);
+    EXPECT_LT(whiteShare(render(lookingAtOrigin(400))), 0.001) << "it died meanwhile";
+}
+
+TEST_F(HoverOutlinePicture, FollowsToPicturesOfOtherSizes)
+{
+    const unsigned box = addBox("#304050", {-50, -50, -50});
+    SetOutlined({box});
+    for (const unsigned width : {500u, 250u, 400u}) {
+        setSize(width, 300);
+        EXPECT_GT(whiteShare(render(lookingAtOrigin(400))), 0.003) << width;
+    }
 }
 
 // Background

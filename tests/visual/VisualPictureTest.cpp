@@ -217,9 +217,12 @@ TEST_P(BodyStates, AreToldApartInEveryColour)
     const Pixel plain = pixelAt(picture, {-100, -40, 0});
     const Pixel selected = pixelAt(picture, {0, -40, 0});
     const Pixel highlighted = pixelAt(picture, {100, -40, 0});
-    EXPECT_GT(difference(plain, selected), 25);
-    EXPECT_GT(difference(plain, highlighted), 25);
-    EXPECT_GT(difference(selected, highlighted), 25);
+    // Their outlines tell them; the tint is slight, so that a body keeps its colour.
+    EXPECT_GT(difference(plain, selected), 10);
+    EXPECT_GT(difference(plain, highlighted), 10);
+    EXPECT_GT(difference(selected, highlighted), 10);
+    EXPECT_LT(difference(plain, selected), 45);
+    EXPECT_LT(difference(plain, highlighted), 45);
 }
 
 INSTANTIATE_TEST_SUITE_P(Bases, BodyStates,
