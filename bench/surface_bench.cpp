@@ -1,5 +1,5 @@
 // A surface of 200,000 triangles made coarser to a tenth, and covered anew by edges of the mean length, beside other
-// programs' ways: the time, and how good what comes of it is.
+// programs' ways: the time, and how good what comes of it is. And the edges that a mesh is drawn with.
 
 #include "bench/support/Contest.h"
 #include "bench/support/Rng.h"
@@ -10,6 +10,7 @@
 #include "platform/cam/Remesh.h"
 #include "platform/cam/Simplify.h"
 #include "platform/cam/SurfaceTree.h"
+#include "platform/geometry/MeshEdges.h"
 
 #include <benchmark/benchmark.h>
 
@@ -200,6 +201,50 @@ void remesh(benchmark::State& state)
     contest.report(state, "ms", "CGAL");
 }
 
+/// Stairs of a million triangles, each with three vertices of its own, as STL files have them.
+TriangleSurface stairs()
+{
+    TriangleSurface soup;
+    const unsigned across = bench::sized(1000u, 100u), along = bench::sized(500u, 20u);
+    const auto at = [](unsigned i, unsigned j) { return rob::Posd(i, j, 20.0 * ((i + 1) / 50)); };
+    for (unsigned i = 0; i < across; ++i)
+        for (unsigned j = 0; j < along; ++j)
+            for (const auto& [di, dj] : {std::pair(0u, 0u), {1u, 0u}, {1u, 1u}, {0u, 0u}, {1u, 1u}, {0u, 1u}})
+                soup.vertices.push_back(at(i + di, j + dj));
+    for (std::uint32_t i = 0; i < soup.vertices.size(); i += 3)
+        soup.triangles.push_back({i, i + 1, i + 2});
+    return soup;
+}
+
+/// The edges by which a mesh is drawn.
+void meshEdges(benchmark::State& state)
+{
+    const TriangleSurface soup = stairs();
+    std::vector<rob::Posf> points;
+    std::vector<unsigned> indices;
+    for (const rob::Posd& p : soup.vertices) {
+        indices.push_back(static_cast<unsigned>(points.size()));
+        points.emplace_back(static_cast<float>(p.x), static_cast<float>(p.y), static_cast<float>(p.z));
+    }
+    bench::Contest contest;
+    for (auto _ : state) {
+        geometry::MeshEdges edges;
+        contest.add("ours", bench::millisecondsOf([&] { edges = geometry::edgesOfMesh(points, indices); }));
+        const std::size_t lines = edges.points.size() / 2;
+        state.counters["lines"] = static_cast<double>(lines);
+#ifdef VRK_BENCH_HAS_VTK
+        const auto work = bench::vtkFeatureEdgesOf(soup, 35);
+        std::size_t theirs = 0;
+        contest.add("VTK", bench::millisecondsOf([&] { theirs = work(); }));
+        if (theirs != lines)
+            throw std::logic_error("VTK finds other edges");
+#endif
+        state.SetIterationTime(contest.of("ours") / 1000);
+    }
+    contest.report(state, "ms", "ours");
+}
+
+BENCHMARK(meshEdges)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(bench::sized(3, 1));
 BENCHMARK(decimate)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(bench::sized(3, 1));
 BENCHMARK(decimateWithin)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(1);
 BENCHMARK(decimateMillions)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(1);

@@ -20,6 +20,9 @@ SurfaceWork meshoptimizerDecimate(const cam::TriangleSurface& surface, std::size
 #endif
 #ifdef VRK_BENCH_HAS_VTK
 SurfaceWork vtkDecimate(const cam::TriangleSurface& surface, std::size_t triangles);
+/// How many edges there are between triangles that are bent by more than so many degrees, with those at borders and of more than
+/// two triangles, of a surface whose vertices are joined first.
+std::function<std::size_t()> vtkFeatureEdgesOf(const cam::TriangleSurface& surface, double degrees);
 #endif
 
 } // namespace vrk::bench

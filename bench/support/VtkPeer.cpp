@@ -1,11 +1,13 @@
 #include "bench/support/SurfacePeers.h"
 
 #include <vtkCellArray.h>
+#include <vtkFeatureEdges.h>
 #include <vtkIdList.h>
 #include <vtkNew.h>
 #include <vtkPoints.h>
 #include <vtkPolyData.h>
 #include <vtkQuadricDecimation.h>
+#include <vtkStaticCleanPolyData.h>
 
 #include <memory>
 
@@ -33,11 +35,8 @@ cam::TriangleSurface surfaceOf(vtkPolyData& data)
     return surface;
 }
 
-} // namespace
-
-SurfaceWork vtkDecimate(const cam::TriangleSurface& surface, std::size_t triangles)
+void fill(vtkPolyData& data, const cam::TriangleSurface& surface)
 {
-    const auto mesh = std::make_shared<Mesh>();
     vtkNew<vtkPoints> points;
     points->SetDataTypeToDouble();
     for (const rob::Posd& p : surface.vertices)
@@ -45,8 +44,22 @@ SurfaceWork vtkDecimate(const cam::TriangleSurface& surface, std::size_t triangl
     vtkNew<vtkCellArray> cells;
     for (const auto& [a, b, c] : surface.triangles)
         cells->InsertNextCell({vtkIdType{a}, vtkIdType{b}, vtkIdType{c}});
-    mesh->source->SetPoints(points);
-    mesh->source->SetPolys(cells);
+    data.SetPoints(points);
+    data.SetPolys(cells);
+}
+
+struct EdgeMesh {
+    vtkNew<vtkPolyData> source;
+    vtkNew<vtkStaticCleanPolyData> joined;
+    vtkNew<vtkFeatureEdges> edges;
+};
+
+} // namespace
+
+SurfaceWork vtkDecimate(const cam::TriangleSurface& surface, std::size_t triangles)
+{
+    const auto mesh = std::make_shared<Mesh>();
+    fill(*mesh->source, surface);
     mesh->decimation->SetInputData(mesh->source);
     mesh->decimation->SetTargetReduction(1 - static_cast<double>(triangles) /
                                                  static_cast<double>(surface.triangles.size()));
@@ -54,6 +67,25 @@ SurfaceWork vtkDecimate(const cam::TriangleSurface& surface, std::size_t triangl
         mesh->decimation->Modified(); // or it keeps what it made before
         mesh->decimation->Update();
         return [mesh] { return surfaceOf(*mesh->decimation->GetOutput()); };
+    };
+}
+
+std::function<std::size_t()> vtkFeatureEdgesOf(const cam::TriangleSurface& surface, double degrees)
+{
+    const auto mesh = std::make_shared<EdgeMesh>();
+    fill(*mesh->source, surface);
+    mesh->joined->SetInputData(mesh->source);
+    mesh->joined->ToleranceIsAbsoluteOn();
+    mesh->joined->SetAbsoluteTolerance(0);
+    mesh->edges->SetInputConnection(mesh->joined->GetOutputPort());
+    mesh->edges->SetFeatureAngle(degrees);
+    mesh->edges->BoundaryEdgesOn();
+    mesh->edges->NonManifoldEdgesOn();
+    mesh->edges->ManifoldEdgesOff();
+    return [mesh] {
+        mesh->joined->Modified(); // or it keeps what it made before
+        mesh->edges->Update();
+        return static_cast<std::size_t>(mesh->edges->GetOutput()->GetNumberOfLines());
     };
 }
 

@@ -1,3 +1,5 @@
+#include "mesh/Mesh.h"
+#include "platform/geometry/MeshEdges.h"
 #include "platform/layout/Body.h"
 #include "platform/layout/Layout.h"
 #include "platform/layout/Part.h"
@@ -85,11 +87,15 @@ protected:
             auto part = std::make_shared<layout::Part>(sdf::SdfManager::inst().generateId(), "part");
             part->setPose(rob::Posed(rob::Posd(300 * (parts % 100), 300 * (parts / 100), 0)));
             ++parts;
-            give(*part->addBody("body"));
+            const auto body = part->addBody("body");
+            give(*body);
             layout::Layout::inst().addPart(part);
             scene.addPart(part.get());
+            if (giveEdges)
+                scene.addRenderTask([this, id = body->getId()] { giveEdges(id); }, 0);
         }
         drain();
+        drain(); // what these post
         selection::VisualSelection::Get()->update();
     }
     /// Bytes of each, from the model to the first pick, where there are some already.
@@ -103,6 +109,7 @@ protected:
     }
 
     int parts = 0;
+    std::function<void(unsigned body)> giveEdges; ///< to each body when it is shown
     test::TempFolder folder;
 };
 
@@ -132,6 +139,26 @@ TEST_F(BodyCost, OneMoreMeshOfAFileIsBounded)
     EXPECT_LE(bytes, allowed);
     RecordProperty("bytes", static_cast<int>(bytes));
     EXPECT_EQ(world->getTrianglesNum(), 3600u * 2010);
+}
+
+TEST_F(BodyCost, OneMoreMeshWithItsEdgesIsBounded)
+{
+    const std::string file = (folder.path() / "coarse.stl").string();
+    writeBall(file, 3); // nearly each two triangles of it are bent
+    std::shared_ptr<const geometry::MeshEdges> edges;
+
+    giveEdges = [&](unsigned body) {
+        const Mesh& mesh = *dynamic_cast<const MeshVisual&>(*Scene::GetVisual(body)).getMesh();
+        if (!edges)
+            edges = std::make_shared<const geometry::MeshEdges>(geometry::edgesOfMesh(mesh.vertices, mesh.indices));
+        scene.addMeshEdges(body, edges);
+    };
+
+    const std::size_t bytes = costOfOneMore([&file](layout::Body& body) { body.setGeometry(file, "stl"); });
+
+    EXPECT_LE(bytes, allowed);
+    RecordProperty("bytes", static_cast<int>(bytes));
+    EXPECT_EQ(edges.use_count(), 2) << "all bodies have one buffer of lines";
 }
 
 /// Software drivers keep what they have not drawn yet.

@@ -21,8 +21,6 @@ using vrk::visual::Visual;
 
 using Edges = std::shared_ptr<const MeshEdges>;
 
-constexpr std::size_t mostAtOnce = 500'000; // triangles, which takes a tenth of a second
-
 EdgesInBackground* background = nullptr;
 
 /// A mesh, and the bodies that want its edges.
@@ -115,15 +113,15 @@ void drawEdgesBelow(Visual& top)
 {
     WantedEdges wanted;
     wanted.addBelow(top);
-    std::size_t atOnce = 0;
+    std::size_t done = 0;
     for (const Wanted& each : wanted.get()) {
         const bool isKnown = known.get(each.mesh) != nullptr;
         const std::size_t triangles = isKnown ? 0 : each.mesh->indices.size() / 3;
-        if (background && (atOnce + triangles > mostAtOnce || background->isWaitedFor(each.mesh))) {
+        if (background && (done + triangles > background->getAtOnce() || background->isWaitedFor(each.mesh))) {
             background->start(each.mesh, each.bodies);
             continue;
         }
-        atOnce += triangles;
+        done += triangles;
         drawNow(each);
     }
 }
@@ -142,7 +140,8 @@ void addEdgesOfMeshes(unsigned thing)
         0);
 }
 
-EdgesInBackground::EdgesInBackground() : worker([this](const std::stop_token& stop) { work(stop); })
+EdgesInBackground::EdgesInBackground(std::size_t atOnce)
+    : atOnce(atOnce), worker([this](const std::stop_token& stop) { work(stop); })
 {
     background = this;
 }

@@ -3,6 +3,7 @@
 #include <QObject>
 
 #include <condition_variable>
+#include <cstddef>
 #include <deque>
 #include <memory>
 #include <mutex>
@@ -32,13 +33,15 @@ class EdgesInBackground : public QObject {
     Q_OBJECT
 
 public:
-    EdgesInBackground();
+    /// @param atOnce  so many triangles are not left to the thread, in one go.
+    explicit EdgesInBackground(std::size_t atOnce = 500'000); // which takes a tenth of a second
     /// What was not drawn yet is not drawn any more.
     ~EdgesInBackground() override;
 
     /// @param bodies  ids of those that draw the mesh now; those that draw another one by then are passed over.
     void start(vrk::visual::Mesh* mesh, const std::vector<unsigned>& bodies);
     bool isWaitedFor(vrk::visual::Mesh* mesh) const { return waiting.contains(mesh); }
+    std::size_t getAtOnce() const { return atOnce; }
 
 signals:
     /// Edges were posted; a display mode may want them hidden.
@@ -48,6 +51,7 @@ private:
     void work(const std::stop_token& stop);
     void finish(vrk::visual::Mesh* mesh, const std::shared_ptr<const vrk::geometry::MeshEdges>& edges);
 
+    std::size_t atOnce;
     std::unordered_map<vrk::visual::Mesh*, std::vector<unsigned>> waiting; // the bodies of each mesh, which is held
     std::mutex mutex;
     std::condition_variable_any added;

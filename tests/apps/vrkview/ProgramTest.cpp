@@ -258,6 +258,30 @@ TEST(ViewerShot, DisplayChoosesWhatIsDrawnOfTheBodies)
     EXPECT_NE(wire, edges);
 }
 
+TEST(ViewerShot, MeshIsDrawnWithTheEdgesAtWhichItIsBent)
+{
+    const Files files;
+    // A roof: its ridge runs through the middle of the picture, seen from above.
+    const std::string roof =
+        files.write("roof.ply", "ply\nformat ascii 1.0\nelement vertex 6\nproperty float x\nproperty "
+                                "float y\nproperty float z\nelement face 2\nproperty list uchar int "
+                                "vertex_indices\nend_header\n-100 -60 0\n100 -60 0\n100 0 60\n-100 0 "
+                                "60\n100 60 0\n-100 60 0\n4 0 1 2 3\n4 3 2 4 5\n");
+    const auto darkOnTheRidge = [](const QImage& picture) {
+        int dark = 0;
+        for (int x = 100; x < 200; ++x) {
+            int least = 255;
+            for (int y = 98; y <= 102; ++y)
+                least = std::min(least, qRed(picture.pixel(x, y)));
+            dark += 4 * least < 3 * qRed(picture.pixel(x, 90)) ? 1 : 0; // the line is less than a pixel wide here
+        }
+        return dark;
+    };
+
+    EXPECT_GE(darkOnTheRidge(shot(files, "edges", {"--view", "top", roof})), 95) << "of 100";
+    EXPECT_EQ(darkOnTheRidge(shot(files, "shaded", {"--view", "top", "--display", "shaded", roof})), 0);
+}
+
 TEST(ViewerShot, CrossOfAxesTakesTheSamePartOfEveryPicture)
 {
     const Files files;
