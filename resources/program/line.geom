@@ -17,6 +17,7 @@ uniform vec4 firstSmooth; // x: the first segment without a bend, y: 0 where the
 
 const float seenFrom = 20.0; // pixels of a picture of up to 1080 rows
 const float fullFrom = 120.0;
+const float palest = 0.65; // in however coarse a picture
 const float smoothWidth = 0.6;
 const float smoothOpacity = 0.5;
 #endif
@@ -36,7 +37,10 @@ void main()
     float weight = clamp((size / max(1.0, viewportSize.y / 1080.0) - seenFrom) / (fullFrom - seenFrom), 0.0, 1.0);
     if (extent.w <= 0.0 || distance <= extent.w)
         weight = 1.0;
-    lineWidth = width * viewportSize.y / 1080.0;
+    // Finer in a coarser picture, too: what would be less than a pixel is a pixel that is as much paler.
+    float scaled = width * viewportSize.y / 1080.0;
+    lineWidth = max(scaled, 1.0);
+    weight *= clamp(scaled, palest, 1.0);
     if (firstSmooth.y > 0.0 && float(gl_PrimitiveIDIn) >= firstSmooth.x) {
         lineWidth *= smoothWidth;
         weight *= smoothOpacity;

@@ -211,6 +211,7 @@ TEST_F(MeshBodyEdges, ADoubleHasNone)
 TEST_F(MeshBodyEdges, BendIsADarkLineInThePicture)
 {
     MeshVisual* body = build(writeWedge("drawn.stl"));
+    setSize(1440, 1080); // edges are finer in coarser pictures
     const test::View view = test::lookingAtOrigin(600);
     const auto darkAlongTheTop = [&](const test::Picture& picture) {
         int dark = 0;

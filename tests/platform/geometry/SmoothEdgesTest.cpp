@@ -63,7 +63,7 @@ TEST(SmoothEdges, RingHasSeamsAndRims)
             .Shape();
     const Counts counts = countsOf(ring);
     EXPECT_EQ(counts.sharp, 4) << "the rims";
-    EXPECT_EQ(counts.smooth, 4) << "where each of the four faces meets itself";
+    EXPECT_EQ(counts.smooth, 2) << "where each of the round faces meets itself";
 }
 
 TEST(SmoothEdges, RoundingsMeetTheirFacesInThem)
