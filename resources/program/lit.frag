@@ -68,9 +68,13 @@ void main()
         float facing = dot(n, l);
         // Softened terminator: light wraps a little around the edge, so that round bodies have no hard dark half.
         diffuse += lightDiffuse[i].rgb * max((facing + 0.15) / 1.15, 0.0);
+        if (lightSpecular[i].rgb == vec3(0.0))
+            continue;
         float h = max(dot(n, normalize(l + v)), 0.0);
+        float h2 = h * h;
+        float h8 = h2 * h2 * h2 * h2;
         float seen = smoothstep(-0.05, 0.15, facing);
-        specular += lightSpecular[i].rgb * seen * (finish.x * pow(h, finish.y) + finish.z * pow(h, 8.0));
+        specular += lightSpecular[i].rgb * seen * (finish.x * pow(h, finish.y) + finish.z * h8);
     }
     // A lamp over the viewer's right shoulder, the stronger the less the four lights reach: whatever side is looked at, no
     // face of it lies in the dark, and two that stand at the same angle to the eye differ.
@@ -79,9 +83,10 @@ void main()
     float shade = max(0.45 - dot(diffuse, vec3(1.0 / 3.0)), 0.0);
     diffuse += ambient.rgb + (0.22 + 0.7 * shade) * max(dot(n, normalize(v + 0.35 * right + 0.2 * up)), 0.0);
 
+    float away = 1.0 - towardsEye;
     if (rimOpacity > 0.0)
-        alpha = min(alpha + surfaceColour.a * rimOpacity * pow(1.0 - towardsEye, 2.5), 1.0);
-    float rim = 1.0 - finish.w * pow(1.0 - towardsEye, 3.0);
+        alpha = min(alpha + surfaceColour.a * rimOpacity * away * away * sqrt(away), 1.0);
+    float rim = 1.0 - finish.w * away * away * away;
     vec3 lit = exposure * base * diffuse * rim + specular;
     // What is bright is pressed together, the hue kept, so that a highlight on a white face still shows its shape.
     float brightest = max(max(lit.r, lit.g), lit.b);

@@ -23,6 +23,7 @@
 #include <vrk/scene/Init.h>
 #include <vrk/scene/Scene.h>
 #include <vrk/scene/StartUp.h>
+#include <vrk/scene/ViewLook.h>
 #include <vrk/selection/ModelHit.h>
 #include <vrk/selection/VisualSelection.h>
 #include <vrk/selection/pick/PickQuery.h>

@@ -27,6 +27,15 @@ using vrk::visual::WindowTarget;
 
 constexpr unsigned antialiasing = 4; // samples for each pixel
 
+/// From now on, with the outline of what is selected, which a new target starts without.
+void drawInto(auto* target)
+{
+    Camera::Get()->setRenderTarget(target);
+    vrk::visual::Scene& scene = *vrk::visual::Scene::Get();
+    if (!scene.getSelectedVisuals().empty())
+        scene.setBorderHighlightEnabled(true);
+}
+
 } // namespace
 
 ViewWidget::ViewWidget(QWidget* parent) : QWidget(parent)
@@ -139,15 +148,14 @@ QImage ViewWidget::takePicture(const QSize& pixels)
     // Twice the size and then averaged: the samples smooth only the edges of triangles, not the highlights within.
     constexpr int scale = 2;
     constexpr unsigned samples = 4;
-    Camera& camera = *Camera::Get();
     const vrk::visual::OffscreenTarget target(static_cast<unsigned>(scale * pixels.width()),
                                               static_cast<unsigned>(scale * pixels.height()), samples);
-    camera.setRenderTarget(target.renderTarget());
+    drawInto(target.renderTarget());
     enlargeCross(scale); // its size is in pixels
     vrk::visual::SetDepthShade(isDepthShaded());
     vrk::visual::renderFrame();
     const std::vector<std::uint8_t> bytes = target.read();
-    camera.setRenderTarget(window->renderTarget());
+    drawInto(window->renderTarget());
     enlargeCross(1.0f / scale);
     requestFrame();
     const QSize drawn = pixels * scale;

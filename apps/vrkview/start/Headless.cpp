@@ -38,12 +38,15 @@ std::filesystem::path fileFor(const Options& options, const View& view)
     return options.picture.parent_path() / (name + options.picture.extension().string());
 }
 
-/// The cross of axes has its size in pixels; in a picture it has the part of it that it has in a window.
-void suitCross(const OffscreenTarget& target)
+/// The cross of axes has its size in pixels; in a picture it has the part of it that it has in a window, or a larger one where
+/// its letters could not be read.
+/// @param scale  pixels that are drawn for each side of one of the picture.
+void suitCross(const OffscreenTarget& target, int scale)
 {
     constexpr float usualRows = 1000;
+    constexpr float least = 0.55f; // letters of eight pixels
     const auto side = static_cast<float>(std::min(target.getWidth(), target.getHeight()));
-    enlargeCross(side / usualRows);
+    enlargeCross(std::max(side / usualRows, least * static_cast<float>(scale)));
 }
 
 /// What the camera sees after the move that was posted.
@@ -69,7 +72,7 @@ void takePictures(const Options& options)
                                  static_cast<unsigned>(scale * size.height()), samples);
     Camera::Get()->setRenderTarget(target.renderTarget());
     suitCameraToScene();
-    suitCross(target);
+    suitCross(target, scale);
     vrk::visual::SetDepthShade(true);
     StationDimensions::Get().setPixelRatio(scale);
     const auto take = [&](const std::filesystem::path& file) {

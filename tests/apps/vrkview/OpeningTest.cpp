@@ -386,6 +386,33 @@ TEST_F(OpeningTest, ScreenshotShowsWhatTheViewShows)
     EXPECT_LT(difference / (size.width() / 4.0 * size.height() / 4.0), 4.0);
 }
 
+TEST_F(OpeningTest, OutlineOfWhatIsSelectedIsInTheScreenshotAndStaysInTheWindow)
+{
+    after("0");
+    const auto outlined = [](const QImage& picture) {
+        int count = 0;
+        for (int y = 0; y < picture.height(); ++y)
+            for (int x = 0; x < picture.width(); ++x) {
+                const QRgb pixel = picture.pixel(x, y);
+                count += qRed(pixel) > 200 && qGreen(pixel) < 90 && qBlue(pixel) > 110 ? 1 : 0;
+            }
+        return count;
+    };
+    const int before = outlined(seen());
+    state().selectVisuals({vrk::layout::Layout::inst().parts.front()->getId()});
+    settle();
+    const int inWindow = outlined(seen());
+
+    const QImage picture = view().takePicture(view().toDevice(view().size()));
+    settle();
+
+    EXPECT_GT(inWindow, before + 100);
+    EXPECT_GT(outlined(picture), before + 100);
+    EXPECT_EQ(outlined(seen()), inWindow);
+    state().clear();
+    settle();
+}
+
 TEST_F(OpeningTest, NewMoveTakesOverFromTheOneBeforeAndInputEndsIt)
 {
     after("0");

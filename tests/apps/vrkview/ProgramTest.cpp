@@ -287,8 +287,8 @@ TEST(ViewerShot, CrossOfAxesTakesTheSamePartOfEveryPicture)
     const Files files;
     const std::string plate = files.writeBrep("plate.brep");
     const auto crossArea = [&](const std::string& size) {
-        const Outcome outcome =
-            runViewer({"--background", "none", "--shot", files.path("cross.png"), "--size", size, "--view", "front", plate});
+        const Outcome outcome = runViewer(
+            {"--background", "none", "--shot", files.path("cross.png"), "--size", size, "--view", "front", plate});
         EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
         const QImage picture(QString::fromStdString(files.path("cross.png")));
         QRect area;
@@ -300,12 +300,37 @@ TEST(ViewerShot, CrossOfAxesTakesTheSamePartOfEveryPicture)
         return std::array{part(area.left()), part(area.width()), part(area.height())};
     };
 
-    const std::array small = crossArea("250x250");
+    const std::array small = crossArea("600x600");
     const std::array large = crossArea("2200x2200"); // this one is not averaged down from a larger one
 
     for (std::size_t i = 0; i < small.size(); ++i)
         EXPECT_NEAR(small[i], large[i], 0.012);
     EXPECT_GT(large[1], 0.05);
+    const std::array smallest = crossArea("320x200"); // its letters could not be read otherwise
+    EXPECT_GT(smallest[2], 1.5 * small[2]);
+}
+
+TEST(ViewerShot, BackgroundIsTheOneAskedFor)
+{
+    const Files files;
+    const auto corners = [&](std::vector<std::string> background) {
+        const std::string picture = files.path("background.png");
+        background.insert(background.end(), {"--shot", picture, "--size", "200x150", files.writeBrep("plate.brep")});
+        EXPECT_EQ(runViewer(background).exitCode, 0);
+        const QImage drawn(QString::fromStdString(picture));
+        return std::pair(drawn.pixel(199, 0), drawn.pixel(199, 149));
+    };
+    const auto isNear = [](QRgb pixel, int r, int g, int b) {
+        return std::abs(qRed(pixel) - r) <= 2 && std::abs(qGreen(pixel) - g) <= 2 && std::abs(qBlue(pixel) - b) <= 2;
+    };
+
+    const auto [top, bottom] = corners({"--background", "#205080,#A0C0E0"});
+    EXPECT_TRUE(isNear(top, 0x20, 0x50, 0x80));
+    EXPECT_TRUE(isNear(bottom, 0xA0, 0xC0, 0xE0));
+    const auto [one, same] = corners({"--background", "#FFFFFF"});
+    EXPECT_TRUE(isNear(one, 255, 255, 255) && isNear(same, 255, 255, 255));
+    const auto [usualTop, usualBottom] = corners({});
+    EXPECT_GT(qGray(usualBottom), qGray(usualTop) + 40) << "a gradient";
 }
 
 TEST(ViewerShot, CurvesFillThePicture)
@@ -387,7 +412,8 @@ TEST(ViewerShot, SeveralViewsMakeSeveralPicturesThatDiffer)
 {
     const Files files;
 
-    const Outcome outcome = runViewer({"--background", "none", "--shot", files.path("demo.png"), "--size", "200x150", "--view", "front,top"});
+    const Outcome outcome = runViewer(
+        {"--background", "none", "--shot", files.path("demo.png"), "--size", "200x150", "--view", "front,top"});
 
     ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
     EXPECT_FALSE(std::filesystem::exists(files.path("demo.png")));
@@ -429,7 +455,10 @@ TEST(ViewerShot, EachDirectionShowsTheSideThatItIsNamedAfter)
     const Files files;
     const std::string brep = files.writeBrep("plate.brep");
 
-    ASSERT_EQ(runViewer({"--background", "none", "--shot", files.path("p.png"), "--size", "300x300", "--view", "all", brep}).exitCode, 0);
+    ASSERT_EQ(
+        runViewer({"--background", "none", "--shot", files.path("p.png"), "--size", "300x300", "--view", "all", brep})
+            .exitCode,
+        0);
 
     for (const Case& c : {Case{"front", 30, 10}, Case{"back", 30, 10}, Case{"left", 20, 10}, Case{"right", 20, 10},
                           Case{"top", 30, 20}, Case{"bottom", 30, 20}}) {
