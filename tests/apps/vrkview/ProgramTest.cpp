@@ -272,7 +272,8 @@ TEST(ViewerShot, MeshIsDrawnWithTheEdgesAtWhichItIsBent)
     /// Of 400 columns in the middle of the picture; the line lies half in one row of pixels and half in the next.
     const auto darkOnTheRidge = [&](const char* mode) {
         const std::string file = files.path(std::string(mode) + ".png");
-        EXPECT_EQ(runViewer({"--shot", file, "--size", "1200x800", "--view", "top", "--display", mode, roof}).exitCode, 0);
+        EXPECT_EQ(runViewer({"--shot", file, "--size", "1200x800", "--view", "top", "--display", mode, roof}).exitCode,
+                  0);
         const QImage picture(QString::fromStdString(file));
         int dark = 0;
         for (int x = 400; x < 800; ++x) {
@@ -295,7 +296,8 @@ TEST(ViewerShot, SmoothMeshIsSavedWithTheStationAndLooksTheSame)
     std::string ply = "ply\nformat ascii 1.0\nelement vertex 24\nproperty float x\nproperty float y\nproperty float z\n"
                       "element face 12\nproperty list uchar int vertex_indices\nend_header\n";
     for (int i = 0; i < 24; ++i)
-        ply += fmt::format("{} {} {}\n", 100 * std::cos(i / 2 * M_PI / 6), 100 * std::sin(i / 2 * M_PI / 6), i % 2 * 150);
+        ply +=
+            fmt::format("{} {} {}\n", 100 * std::cos(i / 2 * M_PI / 6), 100 * std::sin(i / 2 * M_PI / 6), i % 2 * 150);
     for (int i = 0; i < 12; ++i)
         ply += fmt::format("4 {} {} {} {}\n", 2 * i, (2 * i + 2) % 24, (2 * i + 3) % 24, 2 * i + 1);
     const std::string wall = files.write("wall.ply", ply), station = files.path("wall.station.json");
@@ -314,8 +316,8 @@ TEST(ViewerShot, CrossOfAxesTakesTheSamePartOfEveryPicture)
     const Files files;
     const std::string plate = files.writeBrep("plate.brep");
     const auto crossArea = [&](const std::string& size) {
-        const Outcome outcome =
-            runViewer({"--background", "none", "--shot", files.path("cross.png"), "--size", size, "--view", "front", plate});
+        const Outcome outcome = runViewer(
+            {"--background", "none", "--shot", files.path("cross.png"), "--size", size, "--view", "front", plate});
         EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
         const QImage picture(QString::fromStdString(files.path("cross.png")));
         QRect area;
@@ -414,7 +416,8 @@ TEST(ViewerShot, SeveralViewsMakeSeveralPicturesThatDiffer)
 {
     const Files files;
 
-    const Outcome outcome = runViewer({"--background", "none", "--shot", files.path("demo.png"), "--size", "200x150", "--view", "front,top"});
+    const Outcome outcome = runViewer(
+        {"--background", "none", "--shot", files.path("demo.png"), "--size", "200x150", "--view", "front,top"});
 
     ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
     EXPECT_FALSE(std::filesystem::exists(files.path("demo.png")));
@@ -456,7 +459,10 @@ TEST(ViewerShot, EachDirectionShowsTheSideThatItIsNamedAfter)
     const Files files;
     const std::string brep = files.writeBrep("plate.brep");
 
-    ASSERT_EQ(runViewer({"--background", "none", "--shot", files.path("p.png"), "--size", "300x300", "--view", "all", brep}).exitCode, 0);
+    ASSERT_EQ(
+        runViewer({"--background", "none", "--shot", files.path("p.png"), "--size", "300x300", "--view", "all", brep})
+            .exitCode,
+        0);
 
     for (const Case& c : {Case{"front", 30, 10}, Case{"back", 30, 10}, Case{"left", 20, 10}, Case{"right", 20, 10},
                           Case{"top", 30, 20}, Case{"bottom", 30, 20}}) {
