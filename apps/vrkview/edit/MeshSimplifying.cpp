@@ -18,13 +18,13 @@ MeshSimplifying::~MeshSimplifying()
     worker.request_stop();
 }
 
-void MeshSimplifying::start(std::vector<ExchangedMesh> meshes, std::optional<double> tolerance)
+void MeshSimplifying::start(std::vector<ExchangedMesh> meshes, const QString& title, MeshWork make)
 {
     if (isRunning() || meshes.empty())
         return;
-    emit started(tr("Simplifying"));
-    worker = std::jthread([this, meshes = std::move(meshes), tolerance](const std::stop_token& stop) {
-        const Result result = work(stop, meshes, tolerance);
+    emit started(title);
+    worker = std::jthread([this, meshes = std::move(meshes), make = std::move(make)](const std::stop_token& stop) {
+        const Result result = work(stop, meshes, make);
         QMetaObject::invokeMethod(
             this, [this, result] { finish(result); }, Qt::QueuedConnection);
     });
@@ -36,7 +36,7 @@ void MeshSimplifying::cancel()
 }
 
 MeshSimplifying::Result MeshSimplifying::work(const std::stop_token& stop, std::vector<ExchangedMesh> meshes,
-                                              std::optional<double> tolerance)
+                                              const MeshWork& make)
 {
     Result result;
     try {
@@ -51,7 +51,7 @@ MeshSimplifying::Result MeshSimplifying::work(const std::stop_token& stop, std::
                 QMetaObject::invokeMethod(
                     this, [this, text, all] { emit progressed(text, all); }, Qt::QueuedConnection);
             };
-            result.told.push_back(vrk::station::SimplifyMeshFile(file, tolerance, report));
+            result.told.push_back(make(file, report));
             meshes[i].after = result.told.back().file.string();
         }
         result.meshes = std::move(meshes);
@@ -69,7 +69,7 @@ void MeshSimplifying::finish(const Result& result)
     worker.join();
     worker = {};
     if (result.isWhole)
-        emit simplified(result);
+        emit made(result);
     else if (result.failure.isEmpty())
         emit cancelled();
     else

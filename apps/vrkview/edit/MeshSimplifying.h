@@ -5,13 +5,14 @@
 
 #include "platform/station/SimplifyMeshes.h"
 
-#include <optional>
+#include <filesystem>
+#include <functional>
 #include <thread>
 #include <vector>
 
 namespace vrkview {
 
-/// Makes the meshes of bodies coarser on a thread of its own, so that the window goes on meanwhile. The station is not touched:
+/// Makes other files of the meshes of bodies, coarser ones or smoother ones, on a thread of its own, so that the window goes on meanwhile. The station is not touched:
 /// what came of it is handed over when all of it is there.
 ///
 /// Thread: the application's; the signals come there.
@@ -24,9 +25,13 @@ public:
     ~MeshSimplifying() override;
 
     bool isRunning() const { return worker.joinable(); }
+    /// What is to be done with each file. Runs on the other thread; what it throws ends the work.
+    using MeshWork =
+        std::function<vrk::station::CoarserMesh(const std::filesystem::path& file, const vrk::station::Progress&)>;
+
     /// Nothing while it runs.
-    /// @param tolerance  model units; empty for one that suits the size of each mesh.
-    void start(std::vector<ExchangedMesh> meshes, std::optional<double> tolerance);
+    /// @param title  what is done, as in "Simplifying".
+    void start(std::vector<ExchangedMesh> meshes, const QString& title, MeshWork make);
     /// Nothing is changed then.
     void cancel() override;
 
@@ -38,13 +43,13 @@ public:
     };
 
 signals:
-    void simplified(const vrkview::MeshSimplifying::Result& result);
+    void made(const vrkview::MeshSimplifying::Result& result);
     /// @param text  names the file and the cause. One of these three comes ahead of `finished`.
     void failed(const QString& text);
     void cancelled();
 
 private:
-    Result work(const std::stop_token& stop, std::vector<ExchangedMesh> meshes, std::optional<double> tolerance);
+    Result work(const std::stop_token& stop, std::vector<ExchangedMesh> meshes, const MeshWork& make);
     void finish(const Result& result);
 
     std::jthread worker;

@@ -4,6 +4,8 @@
 
 #include <QObject>
 
+#include <optional>
+
 class QAction;
 class QMenu;
 class QWidget;
@@ -12,7 +14,7 @@ namespace vrkview {
 
 class ViewState;
 
-/// The command that makes the meshes of the selected things coarser.
+/// The commands that make the meshes of the selected things coarser, and shade them smoothly or by their facets.
 class SimplifyActions : public QObject {
     Q_OBJECT
 
@@ -27,6 +29,9 @@ public:
     void askForTolerance();
     /// @param tolerance  model units; empty for one that suits the size of each mesh.
     void simplifySelected(std::optional<double> tolerance);
+    void askForAngle();
+    /// @param degrees  0 to 180: across edges that are bent by at most this; 0 shows each facet.
+    void smoothSelected(double degrees);
 
 signals:
     /// @param text  says what is wrong. The station is as before.
@@ -35,13 +40,18 @@ signals:
     void told(const QString& text);
 
 private:
+    enum class Kind { Coarser, Smooth };
+
     void take(const MeshSimplifying::Result& result);
+    QString tellOfCoarser(const MeshSimplifying::Result& result) const;
     void followState();
 
     QWidget& window;
     ViewState& state;
     MeshSimplifying work;
+    Kind kind = Kind::Coarser; // of the work that was begun last
     QAction* simplify;
+    QAction* smooth;
 };
 
 } // namespace vrkview

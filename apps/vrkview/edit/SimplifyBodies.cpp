@@ -5,6 +5,7 @@
 
 #include "platform/layout/Body.h"
 #include "platform/sdf/SdfManager.h"
+#include "platform/station/FileKinds.h"
 #include "scene/Scene.h"
 #include "visual/Visual.h"
 
@@ -59,12 +60,16 @@ void drawAnew(const std::shared_ptr<sdf::SdfObject>& object)
 
 void give(const ExchangedMesh& mesh, const std::string& file)
 {
+    const char* type = vrk::station::fileKindOf(file) == vrk::station::FileKind::Ply ? "mesh" : "stl";
     const std::shared_ptr<sdf::SdfObject> object = sdf::Share(mesh.body);
     if (!dynamic_cast<Body*>(object.get()))
         return;
     {
         const std::unique_lock lock(sdf::SdfManager::inst().mutex());
-        dynamic_cast<Body&>(*object).setGeometry(file, "stl");
+        auto& body = dynamic_cast<Body&>(*object);
+        body.setGeometry(file, type);
+        if (file == mesh.before)
+            body.setSource(mesh.source, mesh.unit);
     }
     drawAnew(object);
 }
@@ -79,10 +84,24 @@ void lookSelected()
     scene->processMsgs();
 }
 
+template <typename IsWanted>
+std::vector<ExchangedMesh> bodiesIn(const std::vector<unsigned>& things, const IsWanted& isWanted)
+{
+    std::vector<ExchangedMesh> found;
+    const std::vector<unsigned> bodies = bodyIdsIn(things);
+    const std::shared_lock lock(sdf::SdfManager::inst().mutex());
+    for (const unsigned id : bodies)
+        if (const Body* body = findBody(id); body && isWanted(*body)) {
+            const std::string file = body->getGeometryUri();
+            found.push_back({id, file, file, body->getSourceFile(), body->getSourceUnit()});
+        }
+    return found;
+}
+
 } // namespace
 
-SimplifyBodies::SimplifyBodies(std::vector<ExchangedMesh> wanted)
-    : Change(QObject::tr("Simplify %1").arg(nameOfThings(idsOf(wanted))), Touched::Things), meshes(std::move(wanted))
+SimplifyBodies::SimplifyBodies(std::vector<ExchangedMesh> wanted, const QString& text)
+    : Change(text.arg(nameOfThings(idsOf(wanted))), Touched::Things), meshes(std::move(wanted))
 {
     const std::shared_lock lock(sdf::SdfManager::inst().mutex());
     std::erase_if(meshes, [](const ExchangedMesh& mesh) {
@@ -111,15 +130,14 @@ void SimplifyBodies::revert()
     lookSelected();
 }
 
+std::vector<ExchangedMesh> stlMeshesIn(const std::vector<unsigned>& things)
+{
+    return bodiesIn(things, [](const Body& body) { return body.getFileType() == "stl"; });
+}
+
 std::vector<ExchangedMesh> meshesIn(const std::vector<unsigned>& things)
 {
-    std::vector<ExchangedMesh> found;
-    const std::vector<unsigned> bodies = bodyIdsIn(things);
-    const std::shared_lock lock(sdf::SdfManager::inst().mutex());
-    for (const unsigned id : bodies)
-        if (const Body* body = findBody(id); body && body->getFileType() == "stl")
-            found.push_back({id, body->getGeometryUri(), body->getGeometryUri()});
-    return found;
+    return bodiesIn(things, [](const Body& body) { return body.isMesh(); });
 }
 
 } // namespace vrkview

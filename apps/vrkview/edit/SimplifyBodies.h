@@ -2,6 +2,8 @@
 
 #include "edit/Change.h"
 
+#include "platform/geometry/LengthUnit.h"
+
 #include <string>
 #include <vector>
 
@@ -12,13 +14,17 @@ struct ExchangedMesh {
     unsigned body = 0;
     std::string before;
     std::string after;
+    // Where that one was made from another file
+    std::string source{};
+    vrk::LengthUnit unit = vrk::LengthUnit::Millimetre;
 };
 
-/// Bodies of STL files are drawn from coarser files. What hangs on them stays there.
+/// Bodies that are meshes are drawn from other files, STL or PLY. What hangs on them stays there.
 class SimplifyBodies : public Change {
 public:
     /// Bodies that are gone meanwhile, or have another file, are passed over.
-    explicit SimplifyBodies(std::vector<ExchangedMesh> meshes);
+    /// @param text  of the step, with %1 in place of their names.
+    SimplifyBodies(std::vector<ExchangedMesh> meshes, const QString& text);
 
     bool isNeeded() const override { return !meshes.empty(); }
     void apply() override;
@@ -29,6 +35,8 @@ private:
 };
 
 /// The bodies of STL files in these things, however deep, each with its file. Takes the model's lock shared.
+std::vector<ExchangedMesh> stlMeshesIn(const std::vector<unsigned>& things);
+/// The same of all that are meshes.
 std::vector<ExchangedMesh> meshesIn(const std::vector<unsigned>& things);
 
 } // namespace vrkview

@@ -3,6 +3,8 @@
 #include "files/ImportProgress.h"
 
 #include "platform/layout/Assembly.h"
+#include "platform/layout/Mechanism.h"
+#include "platform/layout/Part.h"
 #include "platform/layout/PointCloud.h"
 #include "platform/station/FileKinds.h"
 #include "platform/station/Import.h"
@@ -10,6 +12,7 @@
 #include "platform/station/ImportProgram.h"
 #include "platform/station/ImportUrdf.h"
 #include "platform/station/SimplifyMeshes.h"
+#include "platform/station/SmoothMeshes.h"
 #include "platform/station/StationFile.h"
 
 #include <Standard_Failure.hxx>
@@ -44,6 +47,16 @@ void checkKind(const std::filesystem::path& file)
                                     "not a kind of file that can be shown (" + all + ")");
 }
 
+std::vector<std::shared_ptr<vrk::layout::Part>> partsOf(const vrk::layout::Mechanism& mechanism)
+{
+    std::vector<std::shared_ptr<vrk::layout::Part>> parts;
+    for (const auto& link : mechanism.getLinks())
+        for (const auto& piece : link->getPieces())
+            if (auto part = std::dynamic_pointer_cast<vrk::layout::Part>(piece))
+                parts.push_back(std::move(part));
+    return parts;
+}
+
 /// @throws what the importers do; the station is as before then.
 void importInto(Station& station, const std::filesystem::path& file, const ImportReport& tell,
                 const ReadingOptions& how)
@@ -58,6 +71,8 @@ void importInto(Station& station, const std::filesystem::path& file, const Impor
         station.whole = vrk::station::ReadStationFile(file, report);
     } else if (vrk::station::isUrdfFile(file)) {
         station.mechanisms.push_back(vrk::station::ImportUrdf(file, report));
+        if (how.smooth)
+            vrk::station::SmoothMeshes(partsOf(*station.mechanisms.back()), *how.smooth, report);
     } else if (vrk::station::isPointCloudFile(file) && !vrk::station::isMeshFile(file)) {
         station.clouds.push_back(vrk::station::ImportPointCloud(file, report, unit));
     } else if (vrk::station::isProgramFile(file)) {
@@ -68,6 +83,8 @@ void importInto(Station& station, const std::filesystem::path& file, const Impor
         if (how.coarser)
             std::ranges::copy(vrk::station::SimplifyMeshes(content.allParts(), how.coarser->tolerance, report),
                               std::back_inserter(station.simplified));
+        if (how.smooth)
+            vrk::station::SmoothMeshes(content.allParts(), *how.smooth, report);
         std::ranges::copy(content.assemblies, std::back_inserter(station.assemblies));
         std::ranges::copy(content.parts, std::back_inserter(station.parts));
         for (const std::string& note : content.notes)

@@ -29,6 +29,7 @@ enum class BadFile { IsLeftOut, EndsAll };
 
 struct ReadingOptions {
     std::optional<Coarser> coarser;      // empty leaves meshes as they are
+    std::optional<double> smooth;        // radians: across what edges of meshes light goes on; empty as the files say
     std::optional<vrk::LengthUnit> unit; // of files that name none; empty: millimetres, as nobody said otherwise
     BadFile bad = BadFile::IsLeftOut;
 };

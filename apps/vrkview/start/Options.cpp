@@ -1,5 +1,6 @@
 #include "start/Options.h"
 
+#include "platform/station/SmoothMeshes.h"
 #include "platform/station/StationFile.h"
 
 #include <CLI/CLI.hpp>
@@ -11,6 +12,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <iostream>
+#include <numbers>
 #include <sstream>
 #include <string_view>
 
@@ -116,6 +118,18 @@ Coarser readCoarser(const std::string& tolerance)
     return {numbers[0]};
 }
 
+/// @param angle  "auto" for the usual one.
+double readSmooth(const std::string& angle)
+{
+    if (angle == "auto")
+        return vrk::station::usualSmoothAngle;
+    std::vector<double> numbers;
+    readNumbers({angle}, "--smooth", numbers);
+    if (numbers.size() != 1 || !(numbers[0] >= 0 && numbers[0] <= 180))
+        throw CLI::ValidationError("--smooth", fmt::format("'{}' is no angle from 0 to 180 degrees", angle));
+    return numbers[0] * std::numbers::pi / 180;
+}
+
 vrk::LengthUnit readUnit(const std::string& name)
 {
     if (const auto unit = vrk::LengthUnitNamed(name))
@@ -205,6 +219,7 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
     std::string views;
     std::string display = "shaded-edges";
     std::string tolerance;
+    std::string smoothAngle;
     std::string unit;
     std::string background;
     bool isStrict = false;
@@ -274,6 +289,11 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
         app.add_flag("--simplify{auto}", tolerance,
                      "Make the meshes of STL files coarser as they are read; with =MM within so many millimetres")
             ->type_name("[=MM]");
+    CLI::Option* smooth = app.add_flag("--smooth{auto}", smoothAngle,
+                                       "Shade meshes smoothly as they are read, but for edges of more than 35 degrees, "
+                                       "or =DEGREES; 0 shows their "
+                                       "triangles")
+                              ->type_name("[=DEGREES]");
     app.add_flag("--by-height", options.cloudsByHeight, "Colour all scans by height, also those that have colours");
     app.add_option("--unit", unit,
                    "What the numbers of files count that name no unit (meshes, scans): mm, cm, m or in [mm]")
@@ -320,6 +340,8 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
         readJoints(joints, options.joints);
         if (*simplify)
             options.reading.coarser = readCoarser(tolerance);
+        if (*smooth)
+            options.reading.smooth = readSmooth(smoothAngle);
         if (isStrict)
             options.reading.bad = BadFile::EndsAll;
         if (!unit.empty())

@@ -147,8 +147,8 @@ TEST_F(EdgesOfMeshesTest, ExchangedMeshHasItsOwn)
     settle();
     const float size = sizeOfEdges();
 
-    history().push(
-        std::make_unique<SimplifyBodies>(std::vector<ExchangedMesh>{{body, before, (folder / "larger.stl").string()}}));
+    history().push(std::make_unique<SimplifyBodies>(
+        std::vector<ExchangedMesh>{{body, before, (folder / "larger.stl").string()}}, "Exchange %1"));
     settle();
 
     EXPECT_NEAR(sizeOfEdges(), 1.5f * size, 1);

@@ -6,10 +6,12 @@
 #include <QImage>
 #include <QRect>
 
+#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <set>
 #include <vector>
@@ -267,19 +269,46 @@ TEST(ViewerShot, MeshIsDrawnWithTheEdgesAtWhichItIsBent)
                                 "float y\nproperty float z\nelement face 2\nproperty list uchar int "
                                 "vertex_indices\nend_header\n-100 -60 0\n100 -60 0\n100 0 60\n-100 0 "
                                 "60\n100 60 0\n-100 60 0\n4 0 1 2 3\n4 3 2 4 5\n");
-    const auto darkOnTheRidge = [](const QImage& picture) {
+    /// Of 400 columns in the middle of the picture; the line lies half in one row of pixels and half in the next.
+    const auto darkOnTheRidge = [&](const char* mode) {
+        const std::string file = files.path(std::string(mode) + ".png");
+        EXPECT_EQ(runViewer({"--shot", file, "--size", "1200x800", "--view", "top", "--display", mode, roof}).exitCode,
+                  0);
+        const QImage picture(QString::fromStdString(file));
         int dark = 0;
-        for (int x = 100; x < 200; ++x) {
+        for (int x = 400; x < 800; ++x) {
             int least = 255;
-            for (int y = 98; y <= 102; ++y)
+            for (int y = 395; y <= 405; ++y)
                 least = std::min(least, qRed(picture.pixel(x, y)));
-            dark += 4 * least < 3 * qRed(picture.pixel(x, 90)) ? 1 : 0; // the line is less than a pixel wide here
+            dark += 4 * least < 3 * std::min(qRed(picture.pixel(x, 380)), qRed(picture.pixel(x, 420))) ? 1 : 0;
         }
         return dark;
     };
 
-    EXPECT_GE(darkOnTheRidge(shot(files, "edges", {"--view", "top", roof})), 95) << "of 100";
-    EXPECT_EQ(darkOnTheRidge(shot(files, "shaded", {"--view", "top", "--display", "shaded", roof})), 0);
+    EXPECT_GE(darkOnTheRidge("shaded-edges"), 395);
+    EXPECT_EQ(darkOnTheRidge("shaded"), 0);
+}
+
+TEST(ViewerShot, SmoothMeshIsSavedWithTheStationAndLooksTheSame)
+{
+    const Files files;
+    // Twelve sides of a wall, each bent by 30 degrees against the next.
+    std::string ply = "ply\nformat ascii 1.0\nelement vertex 24\nproperty float x\nproperty float y\nproperty float z\n"
+                      "element face 12\nproperty list uchar int vertex_indices\nend_header\n";
+    for (int i = 0; i < 24; ++i)
+        ply +=
+            fmt::format("{} {} {}\n", 100 * std::cos(i / 2 * M_PI / 6), 100 * std::sin(i / 2 * M_PI / 6), i % 2 * 150);
+    for (int i = 0; i < 12; ++i)
+        ply += fmt::format("4 {} {} {} {}\n", 2 * i, (2 * i + 2) % 24, (2 * i + 3) % 24, 2 * i + 1);
+    const std::string wall = files.write("wall.ply", ply), station = files.path("wall.station.json");
+
+    const QImage usual = shot(files, "usual", {wall});
+    const QImage facets = shot(files, "facets", {"--smooth=0", "--save", station, wall});
+
+    EXPECT_NE(facets, usual);
+    EXPECT_EQ(shot(files, "smooth", {"--smooth", wall}), usual) << "which a PLY file without normals is anyway";
+    EXPECT_EQ(shot(files, "again", {station}), facets);
+    EXPECT_THAT(runViewer({"--list", "--smooth=181", wall}).err, HasSubstr("'181' is no angle from 0 to 180 degrees"));
 }
 
 TEST(ViewerShot, CrossOfAxesTakesTheSamePartOfEveryPicture)

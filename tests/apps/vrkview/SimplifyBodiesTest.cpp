@@ -147,6 +147,38 @@ TEST_F(SimplifyBodiesTest, WithoutAToleranceItIsAThousandthOfTheSize)
     EXPECT_LT(triangles(body), 14400u);
 }
 
+TEST_F(SimplifyBodiesTest, SelectedMeshIsShadedSmoothlyOrByItsFacetsAndThatIsTakenBack)
+{
+    const auto typeOf = [](unsigned id) {
+        return std::dynamic_pointer_cast<vrk::layout::Body>(sdf::Share(id))->getFileType();
+    };
+    const std::uint64_t before = triangles(body);
+    const auto smooth = [this](double degrees) {
+        state().selectVisuals({part});
+        actions().smoothSelected(degrees);
+        EXPECT_TRUE(waitFor([] { return !work().isRunning(); }));
+        state().clear();
+        settle();
+    };
+    settle();
+    smooth(0);
+    const QImage facets = seen();
+    EXPECT_EQ(typeOf(body), "mesh");
+    EXPECT_EQ(history().undoText().toStdString(), "Smooth ball");
+
+    smooth(35);
+    EXPECT_EQ(message(), "");
+    EXPECT_EQ(triangles(body), before);
+    EXPECT_NE(seen(), facets);
+
+    history().undo();
+    settle();
+    EXPECT_EQ(seen(), facets);
+    history().undo();
+    EXPECT_EQ(typeOf(body), "stl");
+    EXPECT_EQ(fileOf(body), file);
+}
+
 TEST_F(SimplifyBodiesTest, GivenUpItChangesNothing)
 {
     writeBall(folder / "large.stl", 300);
@@ -224,7 +256,7 @@ TEST_F(SimplifyBodiesTest, LinksOfARobotAreSimplifiedWhereTheyStand)
     auto station = std::make_shared<Station>(importFiles({folder / "arm.urdf"}));
     history().push(std::make_unique<AddThings>(station));
     const unsigned arm = station->mechanisms.front()->getId();
-    const std::vector<ExchangedMesh> meshes = meshesIn({arm});
+    const std::vector<ExchangedMesh> meshes = stlMeshesIn({arm});
     ASSERT_EQ(meshes.size(), 2u);
     const unsigned upper = meshes.back().body;
     view().drain();
