@@ -399,7 +399,7 @@ TEST_F(OpeningTest, OutlineOfWhatIsSelectedIsInTheScreenshotAndStaysInTheWindow)
         return count;
     };
     const int before = outlined(seen());
-    state().selectVisuals({vrk::layout::Layout::inst().parts.front()->getId()});
+    window().getState().selectVisuals({vrk::layout::Layout::inst().parts.front()->getId()});
     settle();
     const int inWindow = outlined(seen());
 
@@ -409,7 +409,7 @@ TEST_F(OpeningTest, OutlineOfWhatIsSelectedIsInTheScreenshotAndStaysInTheWindow)
     EXPECT_GT(inWindow, before + 100);
     EXPECT_GT(outlined(picture), before + 100);
     EXPECT_EQ(outlined(seen()), inWindow);
-    state().clear();
+    window().getState().clear();
     settle();
 }
 
