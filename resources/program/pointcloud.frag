@@ -1,18 +1,20 @@
 #version 330 core
-// Round points that darken a little towards their edge, so that near ones stand apart; a few pixels wide ones stay square.
+// Discs whose edge is as soft as the target's samples allow, with a rim that darkens as they grow, so that near ones stand
+// apart and far ones keep their colour.
 
-flat in vec3 pointColour;
-flat in float pointSize;
+flat in vec4 pointLook; // its colour, and how much darker its rim is
+flat in vec2 pointDisc; // the side of what is drawn in radii of the disc, and half of that radius in pixels
 
-const float roundFrom = 4.0; // pixels
+const float leastCover = 0.25; // of a pixel, which is one sample of four
 
 out vec4 fragColour;
 
 void main()
 {
-    vec2 p = 2.0 * gl_PointCoord - 1.0;
-    float fromCentre = pointSize > roundFrom ? dot(p, p) : 0.0;
-    if (fromCentre > 1.0)
+    vec2 p = (gl_PointCoord - vec2(0.5)) * pointDisc.x;
+    float fromCentre = dot(p, p);
+    float cover = pointDisc.y * (1.0 - fromCentre) + 0.5; // near the edge; farther inside it only has to be more than 1
+    if (cover < leastCover)
         discard;
-    fragColour = vec4(pointColour * (1.0 - 0.25 * fromCentre), 1.0);
+    fragColour = vec4(pointLook.rgb * (1.0 - pointLook.a * fromCentre), cover); // which the samples are chosen by
 }

@@ -4,6 +4,7 @@
 //
 // BY_HEIGHT: the colour tells the height within the bounding box. COLOURS: it is the vertex's own. Else it is the uniform
 // `surface`.
+// LIFTED: drawn nearer than it lies.
 // NORMALS: lit, from both sides, since scanned normals may point either way.
 
 in vec4 vertex;
@@ -30,14 +31,17 @@ uniform mat4 worldView;
 uniform mat4 projection;
 uniform vec4 viewportSize;
 uniform vec4 diameter; // x: of a point, in model units
-uniform float lift;    // how much nearer than it lies a point is drawn, as a part of the distance
+#ifdef LIFTED
+uniform float lift; // how much nearer than it lies a point is drawn, as a part of the distance
+#endif
 
 // Pixels of a picture of up to 1080 rows; a finer one has as much larger points.
 const float smallest = 2.0;
 const float largest = 8.0;
+const float darkestRim = 0.25; // of the largest
 
-flat out vec3 pointColour;
-flat out float pointSize;
+flat out vec4 pointLook; // its colour, and how much darker its rim is
+flat out vec2 pointDisc; // the side of what is drawn in radii of the disc, and half of that radius in pixels
 
 #ifdef BY_HEIGHT
 // Violet over blue and teal to green in even steps of lightness: the scale "viridis" (CC0) as a polynomial, without its
@@ -63,20 +67,25 @@ void main()
     float perUnit = 0.5 * viewportSize.y * abs(projection[1][1]) / max(clip.w, 1e-6);
     float scale = length(worldView[0].xyz);
     float fineness = max(1.0, viewportSize.y / 1080.0);
-    pointSize = clamp(diameter.x * scale * perUnit, smallest * fineness, largest * fineness);
-    gl_PointSize = pointSize;
+    float size = clamp(diameter.x * scale * perUnit, smallest * fineness, largest * fineness);
+    pointLook.a = darkestRim * smoothstep(smallest, largest, size / fineness);
+    // Room for the soft edge, which the many small points of a large cloud seen from far do without: it costs time.
+    gl_PointSize = size + clamp(size / fineness - 3.0, 0.0, 1.0);
+    pointDisc = vec2(2.0 * gl_PointSize / size, 0.25 * size);
+#ifdef LIFTED
     vec4 lifted = projection * vec4(view.xyz * (1.0 - lift), view.w);
     if (clip.w > 0.0 && lifted.w > 0.0)
         clip.z = lifted.z / lifted.w * clip.w;
+#endif
     gl_Position = clip;
 
 #ifdef BY_HEIGHT
     float extent = boxMax.z - boxMin.z;
-    pointColour = heightColour(extent > 0.0 ? clamp((vertex.z - boxMin.z) / extent, 0.0, 1.0) : 0.5);
+    pointLook.rgb = heightColour(extent > 0.0 ? clamp((vertex.z - boxMin.z) / extent, 0.0, 1.0) : 0.5);
 #elif defined(COLOURS)
-    pointColour = colour.rgb;
+    pointLook.rgb = colour.rgb;
 #else
-    pointColour = surface.rgb;
+    pointLook.rgb = surface.rgb;
 #endif
 #ifdef NORMALS
     vec3 n = mat3(worldInverseTranspose) * normal;
@@ -88,7 +97,7 @@ void main()
         vec3 light = ambient.rgb;
         for (int i = 0; i < 4; ++i)
             light += lightDiffuse[i].rgb * max((dot(n, lightDirection[i].xyz) + 0.15) / 1.15, 0.0);
-        pointColour *= max(light, vec3(darkest));
+        pointLook.rgb *= max(light, vec3(darkest));
     }
 #endif
 }

@@ -222,6 +222,78 @@ INSTANTIATE_TEST_SUITE_P(Distances, CloudPointSize,
                                          SizeCase{"VeryNear", 1000, 3, 40, 64}),
                          [](const auto& info) { return std::string(info.param.name); });
 
+/// A near point of a cloud, in the middle of a picture of 400 x 300.
+const test::View atOnePoint{{0, -30, 0}, {0, 0, 0}, {0, 0, 1}};
+
+/// One behind the other. The size of a point goes with their distance.
+test::Scan pairOf(float distance)
+{
+    test::Scan pair;
+    pair.points = {{0, 0, 0}, {0, distance, 0}};
+    return pair;
+}
+
+TEST_F(PointPicture, PointOfACloudIsADisc)
+{
+    addCloud(pairOf(1000), false);
+
+    const Picture picture = render(atOnePoint);
+
+    unsigned widest = 0, diagonal = 0;
+    for (unsigned i = 0; i < 20; ++i) {
+        widest += difference(picture.at(190 + i, 150), background) > 15 ? 1 : 0;
+        diagonal += difference(picture.at(190 + i, 140 + i), background) > 15 ? 1 : 0;
+    }
+    EXPECT_GE(widest, 7u);
+    EXPECT_LE(widest, 9u);
+    EXPECT_LE(diagonal, 7u) << "8 / sqrt(2) are within the disc; a square has 8";
+    EXPECT_GE(diagonal, 5u);
+}
+
+TEST_F(PointPicture, DiscHasASoftEdgeWhereThereAreSamples)
+{
+    addCloud(pairOf(1000), false);
+    const auto softPixels = [this](unsigned samples) {
+        setSize(400, 300, samples);
+        const Picture picture = render(atOnePoint);
+        const Pixel inner = picture.at(200, 150);
+        unsigned soft = 0;
+        for (unsigned y = 140; y < 160; ++y)
+            for (unsigned x = 190; x < 210; ++x) {
+                const Pixel pixel = picture.at(x, y);
+                // The rim is 25 of 100 darker at most; what lies farther towards the background is mixed with it.
+                soft += difference(pixel, background) > 8 && pixel.r > inner.r + 15 ? 1 : 0;
+            }
+        return soft;
+    };
+
+    EXPECT_EQ(softPixels(0), 0u);
+    EXPECT_GE(softPixels(4), 8u);
+}
+
+TEST_F(PointPicture, FarPointIsNoSinglePixelInALargePicture)
+{
+    addCloud(pairOf(10), false);
+    setSize(3840, 2160, 4);
+
+    const Picture picture = render({{0, -50000, 0}, {0, 0, 0}, {0, 0, 1}});
+
+    unsigned widest = 0;
+    for (unsigned x = 1900; x < 1940; ++x)
+        widest += difference(picture.at(x, 1080), background) > 15 ? 1 : 0;
+    EXPECT_GE(widest, 3u);
+    EXPECT_LE(widest, 5u);
+    EXPECT_LE(pixelsDrawn(picture), 20u);
+}
+
+TEST_F(PointPicture, SmoothedCloudIsAsItsBaseline)
+{
+    addCloud(test::scanOfBallOnFloor(4000), true);
+    setSize(400, 300, 4);
+
+    EXPECT_TRUE(matchesBaseline(render({{130, -210, 165}, {0, 0, 70}, {0, 0, 1}}), "cloud_discs"));
+}
+
 TEST_F(PointPicture, PointHasThreeStates)
 {
     SolidVisual* box = SolidVisual::Build(world, test::meshedBox(200, 100, 100), "ABB");

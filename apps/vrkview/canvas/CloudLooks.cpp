@@ -64,6 +64,8 @@ ShownHeights shownHeights()
         const vrk::rob::PoseTemplate<float> pose = visual->getWorldPose();
         const vrk::rob::Vec3f up = pose.rotation() * vrk::rob::Vec3f(0, 0, 1);
         const vrk::visual::Box& box = visual->getBoxOfAllPoints();
+        if (box.isValid())
+            shown.largest = std::max(shown.largest, static_cast<double>((box.max - box.min).length()));
         shown.range.reset();
         if (shown.clouds == 1 && up.z > 0.99999f && box.isValid())
             shown.range = {static_cast<double>(box.min.z) + pose.position.z,

@@ -16,6 +16,7 @@ void followCloudLooks();
 /// What the colours of scans by height say now.
 struct ShownHeights {
     int clouds = 0;                                 ///< of them that are shown so
+    double largest = 0;                             ///< from corner to corner of the largest one's box, model units
     std::optional<std::pair<double, double>> range; ///< of z in the world, where there is but one, and it is not tilted
 };
 /// After `processMsgs`.

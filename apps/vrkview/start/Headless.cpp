@@ -1,5 +1,7 @@
 #include "start/Headless.h"
 
+#include "canvas/CloudLooks.h"
+#include "canvas/HeightLegend.h"
 #include "canvas/Surroundings.h"
 #include "files/PictureFile.h"
 #include "files/StationList.h"
@@ -13,12 +15,16 @@
 #include "view/OffscreenTarget.h"
 #include "view/RenderFrame.h"
 
+#include <QGuiApplication>
 #include <QImage>
+#include <QTemporaryDir>
 
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <clocale>
 #include <iostream>
+#include <optional>
 #include <stdexcept>
 
 namespace vrkview {
@@ -49,6 +55,29 @@ void suitCross(const OffscreenTarget& target, int scale)
     enlargeCross(std::max(side / usualRows, least * static_cast<float>(scale)));
 }
 
+/// What texts in pictures need of Qt, where there is no window.
+class Fonts {
+public:
+    Fonts()
+    {
+        if (QCoreApplication::instance())
+            return;
+        // Without one, as on a build server, Qt takes another folder and says so beside what this program tells.
+        if (qEnvironmentVariableIsEmpty("XDG_RUNTIME_DIR"))
+            qputenv("XDG_RUNTIME_DIR", folder.path().toLocal8Bit());
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        application = std::make_unique<QGuiApplication>(count, words);
+        std::setlocale(LC_NUMERIC, "C"); // Qt took the user's, with which other packages would misread numbers
+    }
+
+private:
+    QTemporaryDir folder;
+    int count = 1; // Qt keeps references to both
+    char name[8] = "vrkview";
+    char* words[2] = {name, nullptr};
+    std::unique_ptr<QGuiApplication> application;
+};
+
 /// What the camera sees after the move that was posted.
 QImage draw(const OffscreenTarget& target)
 {
@@ -75,10 +104,16 @@ void takePictures(const Options& options)
     suitCross(target, scale);
     vrk::visual::SetDepthShade(true);
     StationDimensions::Get().setPixelRatio(scale);
+    std::optional<Fonts> fonts; // where a picture has texts
     const auto take = [&](const std::filesystem::path& file) {
         QImage picture = draw(target);
         if (scale > 1)
             picture = picture.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+        if (shownHeights().clouds > 0) {
+            if (!fonts)
+                fonts.emplace();
+            addHeightLegend(picture);
+        }
         savePicture(picture, file);
     };
     if (options.views.empty()) {

@@ -1,6 +1,7 @@
 #include "window/HeightScale.h"
 
 #include "canvas/CloudLooks.h"
+#include "canvas/HeightLegend.h"
 #include "canvas/ViewState.h"
 
 #include <QLocale>
@@ -62,15 +63,7 @@ void HeightScale::paintEvent(QPaintEvent*)
     QPainter painter(this);
     const int begin = fontMetrics().horizontalAdvance(low) + gap;
     const QRectF bar(begin + 0.5, (height() - barHeight) / 2 + 0.5, barWidth, barHeight);
-    QLinearGradient scale(bar.topLeft(), bar.topRight());
-    constexpr int stops = 16;
-    for (int i = 0; i <= stops; ++i) {
-        const double place = static_cast<double>(i) / stops;
-        const auto color = heightColor(place);
-        scale.setColorAt(place, QColor::fromRgbF(static_cast<float>(color.r), static_cast<float>(color.g),
-                                                 static_cast<float>(color.b)));
-    }
-    painter.fillRect(bar, scale);
+    painter.fillRect(bar, heightGradient(bar.topLeft(), bar.topRight()));
     painter.setPen(palette().color(QPalette::Mid));
     painter.drawRect(bar);
     painter.setPen(palette().color(QPalette::WindowText));

@@ -5,6 +5,7 @@
 #include "canvas/Counted.h"
 #include "canvas/DrawMode.h"
 #include "canvas/FrameTool.h"
+#include "canvas/HeightLegend.h"
 #include "canvas/Mouse.h"
 #include "canvas/MoveTool.h"
 #include "canvas/ProgramParts.h"
@@ -601,7 +602,9 @@ void ViewWindow::askForScreenshot()
         return;
     if (QFileInfo(path).suffix().isEmpty())
         path += ".png";
-    if (view->takePicture(view->toDevice(view->size())).save(path))
+    QImage picture = view->takePicture(view->toDevice(view->size()));
+    addHeightLegend(picture);
+    if (picture.save(path))
         statusBar()->showMessage(tr("Saved %1").arg(path), noteTime);
     else
         messages->tell(QString::fromStdString(pictureCannotBeWritten(path.toStdString())) +
