@@ -13,7 +13,7 @@ namespace {
 constexpr std::size_t verticesOfALot = 300'000; // the driver may have two lots waiting
 constexpr std::size_t verticesOfALineEnd =
     6; // a line is drawn as triangles, which cover more of the picture than others
-constexpr std::size_t verticesOfADraw = 200; // as much as the state of a draw takes, whatever is drawn
+constexpr std::size_t verticesOfADraw = 600; // as much as the state of a draw takes, whatever is drawn
 
 /// By the name that it gives its device.
 bool drawsOnProcessor()

@@ -335,7 +335,7 @@ TEST(ViewerShot, CrossOfAxesTakesTheSamePartOfEveryPicture)
     for (std::size_t i = 0; i < small.size(); ++i)
         EXPECT_NEAR(small[i], large[i], 0.012);
     EXPECT_GT(large[1], 0.05);
-    const std::array smallest = crossArea("320x200"); // its letters could not be read otherwise
+    const std::array smallest = crossArea("320x320"); // its letters could not be read otherwise
     EXPECT_GT(smallest[2], 1.5 * small[2]);
 }
 
@@ -487,7 +487,7 @@ TEST(ViewerShot, EachDirectionShowsTheSideThatItIsNamedAfter)
     const std::string brep = files.writeBrep("plate.brep");
 
     ASSERT_EQ(
-        runViewer({"--background", "none", "--shot", files.path("p.png"), "--size", "300x300", "--view", "all", brep})
+        runViewer({"--background", "none", "--shot", files.path("p.png"), "--size", "600x600", "--view", "all", brep})
             .exitCode,
         0);
 
@@ -495,10 +495,10 @@ TEST(ViewerShot, EachDirectionShowsTheSideThatItIsNamedAfter)
                           Case{"top", 30, 20}, Case{"bottom", 30, 20}}) {
         SCOPED_TRACE(c.view);
         const QImage picture(QString::fromStdString(files.path(std::string("p-") + c.view + ".png")));
-        int left = 300, right = -1, upper = 300, lower = -1;
+        int left = 600, right = -1, upper = 600, lower = -1;
         for (int y = 0; y < picture.height(); ++y)
             for (int x = 0; x < picture.width(); ++x)
-                if (!isBackground(picture.pixel(x, y)) && !(x < 50 && y > 255)) { // there is the cross of axes
+                if (!isBackground(picture.pixel(x, y)) && !(x < 100 && y > 510)) { // there is the cross of axes
                     left = std::min(left, x);
                     right = std::max(right, x);
                     upper = std::min(upper, y);
@@ -506,7 +506,7 @@ TEST(ViewerShot, EachDirectionShowsTheSideThatItIsNamedAfter)
                 }
         ASSERT_GT(right, left);
         EXPECT_NEAR(static_cast<double>(right - left) / (lower - upper), c.across / c.upwards, 0.1);
-        EXPECT_GT(right - left, 250); // fitted
+        EXPECT_GT(right - left, 500); // fitted
     }
 }
 
