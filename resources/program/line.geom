@@ -13,10 +13,12 @@ in vec4 pointColour[];
 uniform mat4 worldViewProj;
 uniform mat4 worldView;
 uniform vec4 extent;     // the sphere around the body, in its frame: middle and radius; none where that is 0
+uniform vec4 onDark;      // x: 1 on a body as dark as a line
 uniform vec4 firstSmooth; // x: the first segment without a bend, y: 0 where there is none
 
 const float seenFrom = 20.0; // pixels of a picture of up to 1080 rows
 const float fullFrom = 120.0;
+const vec3 light = vec3(0.42, 0.44, 0.47);
 const float palest = 0.65; // in however coarse a picture
 const float smoothWidth = 0.6;
 const float smoothOpacity = 0.5;
@@ -47,8 +49,8 @@ void main()
     }
     if (weight <= 0.0)
         return;
-    colourA.a *= weight;
-    colourB.a *= weight;
+    colourA = vec4(mix(colourA.rgb, light, onDark.x), colourA.a * weight);
+    colourB = vec4(mix(colourB.rgb, light, onDark.x), colourB.a * weight);
 #endif
     if (!isBefore(a, b, colourA, colourB))
         return;

@@ -17,9 +17,6 @@ noperspective out vec2 place; // pixels from the first end: along the segment, a
 noperspective out float lift; // by how much the line is nearer, as depth in the picture
 flat out float segmentLength; // pixels
 flat out float radius;        // pixels
-#ifdef BODY_EDGES
-flat out float glowWidth; // pixels of light on both sides
-#endif
 
 // Whether there is anything of the segment in front of the near plane: what lies behind it has no place in the picture, so
 // the segment ends there. One of no length is no dot.
@@ -48,11 +45,6 @@ void setCorner(vec4 a, vec4 b, vec4 colour, bool first, bool left, float lineWid
 {
     radius = 0.5 * lineWidth;
     float reach = radius + 0.5; // half a pixel more, over which the edge fades
-    float solidReach = reach;
-#ifdef BODY_EDGES
-    glowWidth = min(1.0, viewportSize.y / 1080.0);
-    reach += glowWidth;
-#endif
     float pixelPerDistance = 2.0 / (abs(projection[1][1]) * viewportSize.y);
 
     vec2 halfSize = 0.5 * viewportSize.xy;
@@ -65,7 +57,7 @@ void setCorner(vec4 a, vec4 b, vec4 colour, bool first, bool left, float lineWid
     vec4 end = first ? a : b;
     vec2 offset = along * (first ? -reach : reach) + across * side;
     // w - z is what is left to the far plane and goes with one over the distance: a part of it is that part of the distance.
-    float nearer = min(slope * solidReach * pixelPerDistance * (end.w - end.z) + depthSteps * end.w, end.z + end.w);
+    float nearer = min(slope * reach * pixelPerDistance * (end.w - end.z) + depthSteps * end.w, end.z + end.w);
     gl_Position = vec4(end.xy + offset / halfSize * end.w, end.z - nearer, end.w);
     place = vec2(first ? -reach : segmentLength + reach, side);
     lift = 0.5 * nearer / end.w;

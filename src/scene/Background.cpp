@@ -1,9 +1,9 @@
 #include "scene/Background.h"
 
+#include "scene/PictureRectangle.h"
 #include "scene/core/SceneCore.h"
 
 #include <Ogre.h>
-#include <OgreRectangle2D.h>
 
 namespace vrk::visual {
 namespace {
@@ -28,13 +28,8 @@ Background::~Background()
 
 void Background::show(const rob::ColorTemplate<float>& top, const rob::ColorTemplate<float>& bottom)
 {
-    if (!rectangle) {
-        rectangle = std::make_unique<Ogre::Rectangle2D>(true);
-        rectangle->setCorners(-1, 1, 1, -1);
-        rectangle->setBoundingBox(Ogre::AxisAlignedBox::BOX_INFINITE);
-        rectangle->setRenderQueueGroup(Ogre::RENDER_QUEUE_BACKGROUND);
-        rectangle->setMaterial(Ogre::MaterialManager::getSingleton().getByName("Background"));
-    }
+    if (!rectangle)
+        rectangle = makePictureRectangle("Background", Ogre::RENDER_QUEUE_BACKGROUND);
     rectangle->setCustomParameter(topParameter, toVector(top));
     rectangle->setCustomParameter(bottomParameter, toVector(bottom));
     if (!rectangle->isAttached())

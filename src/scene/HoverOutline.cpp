@@ -1,12 +1,12 @@
 #include "scene/HoverOutline.h"
 
+#include "scene/PictureRectangle.h"
 #include "scene/Scene.h"
 #include "scene/core/SceneCore.h"
 #include "visual/FacetVisual.h"
 #include "visual/Visual.h"
 
 #include <Ogre.h>
-#include <OgreRectangle2D.h>
 
 namespace vrk::visual {
 namespace {
@@ -98,11 +98,7 @@ void HoverOutline::fitMask(const Ogre::Viewport& viewport)
     drawn->getTechnique(0)->getPass(0)->getTextureUnitState(0)->setTexture(mask->texture);
     if (rectangle)
         return;
-    rectangle = std::make_unique<Ogre::Rectangle2D>(true);
-    rectangle->setCorners(-1, 1, 1, -1);
-    rectangle->setBoundingBox(Ogre::AxisAlignedBox::BOX_INFINITE);
-    rectangle->setRenderQueueGroup(lastBeforeHandles);
-    rectangle->setMaterial(drawn);
+    rectangle = makePictureRectangle(material, lastBeforeHandles);
     rectangle->setVisible(false);
     core.sceneManager->getRootSceneNode()->attachObject(rectangle.get());
 }

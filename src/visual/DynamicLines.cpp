@@ -90,6 +90,7 @@ void DynamicLines::_updateCustomGpuParameter(const Ogre::GpuProgramParameters::A
 {
     constexpr std::size_t extentParameter = 2;
     constexpr std::size_t firstSmoothParameter = 3;
+    constexpr std::size_t lightParameter = 4;
     if (entry.data == extentParameter) {
         const rob::Vec3Template<float> half = (bounds.max - bounds.min) * 0.5f;
         const bool isKnown = bounds.isValid();
@@ -104,6 +105,9 @@ void DynamicLines::_updateCustomGpuParameter(const Ogre::GpuProgramParameters::A
             entry.physicalIndex,
             Ogre::Vector4(hasSmooth ? static_cast<float>(first) : 0.0f, hasSmooth ? 1.0f : 0.0f, 0, 0),
             entry.elementCount);
+    } else if (entry.data == lightParameter) {
+        parameters->_writeRawConstant(entry.physicalIndex, Ogre::Vector4(light ? 1.0f : 0.0f, 0, 0, 0),
+                                      entry.elementCount);
     } else {
         Ogre::SimpleRenderable::_updateCustomGpuParameter(entry, parameters);
     }

@@ -37,12 +37,16 @@ public:
     /// edges draw them finer.
     void drawSmoothFrom(std::size_t segment) { firstSmooth = segment; }
 
+    /// Materials of edges draw them light, as on a dark body.
+    void drawLight(bool nowLight) { light = nowLight; }
+    bool isDrawnLight() const { return light; }
+
     const std::vector<rob::PosTemplate<float>>& getPoints() const { return model ? model->points : points; }
     /// The box of what is drawn, one unit wider on each side. OGRE's own box, by which lines are culled, only ever grows.
     const Box& getBounds() const { return bounds; }
     bool isDirty() const { return dirty; }
 
-    /// Materials of edges ask for the sphere around what is drawn, 2, and for the first smooth segment, 3.
+    /// Materials of edges ask for the sphere around what is drawn, 2, the first smooth segment, 3, and light lines, 4.
     void _updateCustomGpuParameter(const Ogre::GpuProgramParameters::AutoConstantEntry& entry,
                                    Ogre::GpuProgramParameters* parameters) const override;
 
@@ -58,6 +62,7 @@ private:
     std::shared_ptr<const DynamicLines> model;
     std::size_t firstSmooth = std::numeric_limits<std::size_t>::max(); // where there is no model
     bool dirty = true;
+    bool light = false;
 };
 
 } // namespace vrk::visual

@@ -2,6 +2,8 @@
 
 #include "visual/Entities.h"
 #include "visual/RenderGroups.h"
+#include "visual/VisualCast.h"
+#include "visual/WireFrameVisual.h"
 
 #include <Ogre.h>
 
@@ -16,6 +18,13 @@ void FacetVisual::clearHighlightOrSelect()
 {
     Visual::clearHighlightOrSelect();
     setRenderQueueGroup(renderGroup::normal);
+}
+
+void FacetVisual::suitEdges(const rob::ColorTemplate<float>& color)
+{
+    for (Visual* child : getChildren())
+        if (auto* edges = visualCast<WireFrameVisual>(child, VisualType::WireFrame))
+            edges->suitColor(color);
 }
 
 void FacetVisual::setRenderQueueGroup(unsigned char group)

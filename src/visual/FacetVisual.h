@@ -34,6 +34,9 @@ protected:
     static std::uint64_t TrianglesOf(const Ogre::Entity* entity);
     static std::uint64_t VerticesOf(const Ogre::Entity* entity);
 
+    /// Of the body, by which its edges are chosen.
+    void suitEdges(const rob::ColorTemplate<float>& color);
+
 private:
     void setRenderQueueGroup(unsigned char group);
 };

@@ -137,6 +137,10 @@ bool MeshVisual::setEdges(const std::shared_ptr<const geometry::MeshEdges>& edge
         return false;
     removeEdges();
     WireFrameVisual::Build(this, edges)->setVisible(visible, false);
+    if (const Ogre::SubEntity& part = *entity->getSubEntity(0); part.hasCustomParameter(colorParameter)) {
+        const Ogre::Vector4& color = part.getCustomParameter(colorParameter);
+        suitEdges({color.x, color.y, color.z});
+    }
     return true;
 }
 
@@ -218,6 +222,7 @@ void MeshVisual::setColor(const rob::ColorTemplate<float>& color, float alpha)
         return;
     for (Ogre::SubEntity* part : entity->getSubEntities())
         part->setCustomParameter(colorParameter, Ogre::Vector4(color.r, color.g, color.b, alpha));
+    suitEdges(color);
 }
 
 void MeshVisual::setColor(const std::string& text)

@@ -114,6 +114,7 @@ void SolidVisual::Build(Visual* parent, sdf::SdfNode* node, const TopoDS_Shape& 
     }
     // Last: the material names of the solid are not those of its edges.
     WireFrameVisual::Build(visual, shape);
+    visual->suitEdges(geometry::ParseColorText(geometry::BodyColorTool::GetBodyColor(node->getElement())));
 }
 
 void SolidVisual::Build(Visual* parent, const TopoDS_Shape& shape, const std::string& base, const std::string& selected,
@@ -192,12 +193,14 @@ void SolidVisual::resetColor()
 {
     if (entity)
         MeshManager::ColorReset(this);
+    suitEdges(geometry::ParseColorText(geometry::BodyColorTool::GetBodyColor(id)));
 }
 
 void SolidVisual::setBodyColor(const rob::ColorTemplate<float>& color, float)
 {
     if (entity)
         MeshManager::SetColor(getCurrentMeshName(), color);
+    suitEdges(color);
 }
 
 const TopoDS_Shape& SolidVisual::getShape() const

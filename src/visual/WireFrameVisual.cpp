@@ -156,6 +156,12 @@ void WireFrameVisual::useOwnMaterial()
     setMaterial("WireFrame", "BodyCurveSelected", "BodyCurveHighlighted");
 }
 
+void WireFrameVisual::suitColor(const rob::ColorTemplate<float>& color)
+{
+    constexpr float dark = 0.16f; // as bright as eyes see it, which is green most
+    lines.drawLight(0.21f * color.r + 0.72f * color.g + 0.07f * color.b < dark);
+}
+
 void WireFrameVisual::addSegment(const gp_Pnt& a, const gp_Pnt& b)
 {
     appendSegment(lines, a, b);

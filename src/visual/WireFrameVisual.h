@@ -31,6 +31,8 @@ public:
 
     /// That of the edges of bodies, in place of one that the body gave them.
     void useOwnMaterial();
+    /// For a body of this colour: edges are light on one that is as dark as they are.
+    void suitColor(const rob::ColorTemplate<float>& color);
     /// A segment with a coordinate that is no finite float is dropped.
     void addSegment(const gp_Pnt& a, const gp_Pnt& b);
     const DynamicLines& getLines() const { return lines; }

@@ -89,7 +89,7 @@ TEST_F(BodyEdgePicture, EdgesAreAsFineAsThePicture)
     EXPECT_GT(coarse, 0.2 * usual) << "they are still seen";
 }
 
-TEST_F(BodyEdgePicture, EdgesOfABlackBodyAreSeenByTheirLight)
+TEST_F(BodyEdgePicture, EdgesOfABlackBodyAreLight)
 {
     setSize(800, 1080, 4);
     addBox(300, "#000000");

@@ -34,6 +34,8 @@ protected:
     void SetUp() override
     {
         StepsFixture::SetUp();
+        leaveView(); // with the mouse over a thing that would be highlighted
+        settle();
         scan = Layout::inst().pointclouds.at(0);
         count = scan->getPoints().size();
         for (std::uint32_t i = 0; i < count; i += 3)
