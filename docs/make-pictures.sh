@@ -4,14 +4,15 @@
 # VRK_SHOTS names a folder, cut to the window and brought down to 160 colours.
 set -eu
 cd "$(dirname "$0")/.."
+# A background of one colour, which packs better than the usual one.
 viewer=${1:-build/release/bin/vrkview}
 pictures=docs/pictures
 mkdir -p $pictures
 
-"$viewer" --size 520x325 --shot $pictures/cell.png
-"$viewer" --size 880x550 --view front --shot $pictures/cell-front.png
-"$viewer" --size 500x313 --display edges --shot $pictures/cell-edges.png
-"$viewer" --size 1000x625 --pick-grid 1000x625 --pick-picture $pictures/cell-picks.png > /dev/null
+"$viewer" --background "#7C8793" --size 480x300 --shot $pictures/cell.png
+"$viewer" --background "#7C8793" --size 780x488 --view front --shot $pictures/cell-front.png
+"$viewer" --background "#7C8793" --size 460x288 --display edges --shot $pictures/cell-edges.png
+"$viewer" --background "#7C8793" --size 1000x625 --pick-grid 1000x625 --pick-picture $pictures/cell-picks.png > /dev/null
 
 largest=$(find $pictures -name '*.png' -size +150000c)
 if [ -n "$largest" ]; then
