@@ -10,6 +10,7 @@
 #include "view/RenderFrame.h"
 #include "view/WindowTarget.h"
 
+#include <QCursor>
 #include <QMouseEvent>
 #include <QScopedValueRollback>
 #include <QScreen>
@@ -112,6 +113,10 @@ void ViewWidget::mouseDoubleClickEvent(QMouseEvent* event)
 
 void ViewWidget::mouseMoveEvent(QMouseEvent* event)
 {
+    // The display tells at once that the mouse has left, while moves wait in Qt's queue: one from before comes behind that.
+    const auto isHere = [this] { return rect().contains(mapFromGlobal(QCursor::pos())); };
+    if (!isMouseInside && event->buttons() == Qt::NoButton && !isHere())
+        return;
     isMouseInside = true;
     emit mouseMoved(toDevice(event->position()), event->buttons(), event->modifiers());
 }
