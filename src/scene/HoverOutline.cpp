@@ -1,5 +1,6 @@
 #include "scene/HoverOutline.h"
 
+#include "platform/broker/SignalBroker.h"
 #include "scene/PictureRectangle.h"
 #include "scene/Scene.h"
 #include "scene/core/SceneCore.h"
@@ -66,6 +67,14 @@ HoverOutline::~HoverOutline()
 {
     if (served)
         forget(*served);
+}
+
+void HoverOutline::setAround(const std::vector<unsigned>& wanted)
+{
+    if (wanted == ids)
+        return;
+    ids = wanted;
+    broker::SignalBroker::updateScene();
 }
 
 void HoverOutline::serve(Ogre::Viewport& viewport, bool isMain)

@@ -26,8 +26,8 @@ public:
     HoverOutline(const HoverOutline&) = delete;
     HoverOutline& operator=(const HoverOutline&) = delete;
 
-    /// What has no visual any more is passed over.
-    void setAround(const std::vector<unsigned>& wanted) { ids = wanted; }
+    /// What has no visual any more is passed over. Raises `updateScene` for others than before.
+    void setAround(const std::vector<unsigned>& wanted);
 
     void serve(Ogre::Viewport& viewport, bool isMain) override;
     void forget(Ogre::Viewport& viewport) override;

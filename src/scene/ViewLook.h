@@ -8,7 +8,7 @@
 namespace vrk::visual {
 
 // What makes a picture easier to read, beside what `Scene` sets. Render thread, after the start, at once: it shows with the
-// next frame, and nobody is told to draw it.
+// next frame, which only a change of the outline asks for.
 
 /// Shades pockets and gaps, and what lies behind the edges of something nearer, on bodies and clouds. Off at start. It costs
 /// a second pass over the scene, for its depths, and some looks at each pixel.
@@ -22,7 +22,7 @@ VRK_EXPORT void ResetBackground();
 
 /// A thin outline around the bodies of these visuals and of those below them, beside that of what is selected, which is
 /// wider; in the view of the scene's own camera. It replaces the one before; none for an empty list. What has no visual is
-/// passed over, now and later.
+/// passed over, now and later. Raises `updateScene` where others are outlined than before.
 VRK_EXPORT void SetOutlined(const std::vector<unsigned>& ids);
 
 // All of them

@@ -1,5 +1,6 @@
 #include "scene/ViewLook.h"
 
+#include "platform/broker/SignalBroker.h"
 #include "scene/Scene.h"
 #include "scene/core/SceneCore.h"
 #include "support/LoggedMessages.h"
@@ -280,6 +281,17 @@ TEST_F(HoverOutlinePicture, WhatHasNoVisualIsPassedOver)
 
     scene.removeVisual(box);
     EXPECT_LT(whiteShare(render(lookingAtOrigin(400))), 0.001) << "it died meanwhile";
+}
+
+TEST_F(HoverOutlinePicture, ChangeAsksForAFrame)
+{
+    int asked = 0;
+    const boost::signals2::scoped_connection connection = broker::SignalBroker::onUpdateScene([&asked] { ++asked; });
+    SetOutlined({17});
+    SetOutlined({17});
+    EXPECT_EQ(asked, 1);
+    SetOutlined({});
+    EXPECT_EQ(asked, 2);
 }
 
 TEST_F(HoverOutlinePicture, FollowsToPicturesOfOtherSizes)
