@@ -14,6 +14,19 @@ using vrk::visual::Scene;
 using vrk::visual::SolidVisual;
 using vrk::visual::Visual;
 
+namespace {
+
+/// By itself, or with what it is below.
+bool isInSelection(const ViewState& state, unsigned thing)
+{
+    for (const Visual* visual = Scene::GetVisual(thing); visual; visual = visual->getParent())
+        if (state.isSelected(visual->getId()))
+            return true;
+    return false;
+}
+
+} // namespace
+
 Hover::Hover(const ViewState& state, QObject* parent) : QObject(parent), state(state)
 {
     connect(&state, &ViewState::stationChanged, this, &Hover::clear);
@@ -21,6 +34,7 @@ Hover::Hover(const ViewState& state, QObject* parent) : QObject(parent), state(s
         if (thing != 0 && this->state.isHidden(thing))
             clear(); // with the thing its highlight goes
     });
+    connect(&state, &ViewState::selectionChanged, this, &Hover::outline);
 }
 
 void Hover::show(const Picked& found, Of what, const Picked* edge)
@@ -33,8 +47,8 @@ void Hover::show(const Picked& found, Of what, const Picked* edge)
     hit = visual;
     thing = found.thing;
     Scene& scene = *Scene::Get();
-    const bool isPiece = what == Of::Piece && (found.face() != 0 || found.edge() != 0);
-    vrk::visual::SetOutlined(isPiece ? std::vector<unsigned>() : std::vector{thing});
+    isPiece = what == Of::Piece && (found.face() != 0 || found.edge() != 0);
+    outline();
     if (isPiece)
         showPiece(found, edge);
     else if (Scene::HasVisual(thing) && hasHighlight(*Scene::GetVisual(thing)))
@@ -66,13 +80,20 @@ void Hover::showPiece(const Picked& found, const Picked* edge)
     scene.highlightEdge(solid, lastEdge.shape);
 }
 
+/// What is selected has an outline already, which this one would lie on.
+void Hover::outline()
+{
+    const bool isOutlined = Scene::HasVisual(thing) && !isPiece && !isInSelection(state, thing);
+    vrk::visual::SetOutlined(isOutlined ? std::vector{thing} : std::vector<unsigned>());
+}
+
 void Hover::clear()
 {
     if (hit == 0) // each post costs a frame, and over what has no highlight the mouse moves on and on
         return;
     hit = thing = 0;
     lastEdge = {};
-    vrk::visual::SetOutlined({});
+    outline();
     Scene::Get()->clearHighlightedVisual();
     setText({});
 }

@@ -49,11 +49,13 @@ private:
     };
 
     void showPiece(const Picked& found, const Picked* edge);
+    void outline();
     void setText(const QString& wanted);
 
     const ViewState& state;
     unsigned hit = 0;   // the visual under the mouse
     unsigned thing = 0; // what it belongs to
+    bool isPiece = false;
     Edge lastEdge;
     QString text;
     Remark remark;

@@ -249,6 +249,24 @@ TEST_F(HoverTest, SelectedThingStaysInItsSelectionColour)
     EXPECT_THAT(text(), StartsWith("Controller"));
 }
 
+TEST_F(HoverTest, OutlineOfTheHoverGoesWhereTheThingIsSelected)
+{
+    const QPoint place = placeOf("Controller");
+    clickAt(place);
+    leaveView();
+    settle();
+    const QImage selected = seen();
+    state().clear();
+    moveTo(place);
+    settle();
+    ASSERT_NE(seen(), selected);
+
+    clickAt(place);
+    settle();
+
+    EXPECT_EQ(seen(), selected);
+}
+
 /// A box high above the station, which a test may take away.
 class HoverOfWhatGoes : public WithCrates<HoverTest> {
 protected:
