@@ -35,14 +35,14 @@ Handle(Poly_Triangulation) trianglesOf(const TopoDS_Shape& face)
     return BRep_Tool::Triangulation(TopoDS::Face(face), location);
 }
 
-TEST(DeflectionFor, IsAThousandthOfTheSizeWithinItsLimits)
+TEST(DeflectionFor, IsATwoThousandthOfTheSizeWithinItsLimits)
 {
-    EXPECT_DOUBLE_EQ(deflectionFor(1000), 1);
-    EXPECT_DOUBLE_EQ(deflectionFor(5), 0.005);
+    EXPECT_DOUBLE_EQ(deflectionFor(1000), 0.5);
+    EXPECT_DOUBLE_EQ(deflectionFor(10), 0.005);
     EXPECT_DOUBLE_EQ(deflectionFor(1), 0.005);
     EXPECT_DOUBLE_EQ(deflectionFor(0), 0.005);
-    EXPECT_DOUBLE_EQ(deflectionFor(2000), 2);
-    EXPECT_DOUBLE_EQ(deflectionFor(1e6), 2);
+    EXPECT_DOUBLE_EQ(deflectionFor(2000), 1);
+    EXPECT_DOUBLE_EQ(deflectionFor(1e6), 1);
 }
 
 TEST(MeshShape, EveryFaceGetsTrianglesAndNormals)
@@ -79,6 +79,27 @@ TEST(MeshShape, TrianglesLieWithinTheDeflection)
             EXPECT_LE(radius - std::hypot(middle.X(), middle.Y()), deflection * 1.01);
         }
     }
+}
+
+TEST(MeshShape, SmallCirclesAreRoundToo)
+{
+    const TopoDS_Shape pin = BRepPrimAPI_MakeCylinder(0.5, 2000).Shape();
+
+    meshShape(pin);
+
+    TopTools_IndexedMapOfShape edges;
+    TopExp::MapShapes(pin, TopAbs_EDGE, edges);
+    int circles = 0;
+    for (int i = 1; i <= edges.Extent(); ++i) {
+        TopLoc_Location location;
+        const Handle(Poly_Polygon3D) polygon = BRep_Tool::Polygon3D(TopoDS::Edge(edges(i)), location);
+        ASSERT_FALSE(polygon.IsNull());
+        if (polygon->NbNodes() == 2)
+            continue; // the seam
+        ++circles;
+        EXPECT_GE(polygon->NbNodes() - 1, 32) << "0.2 radians each at most";
+    }
+    EXPECT_EQ(circles, 2);
 }
 
 TEST(MeshShape, FacesWithTrianglesKeepThem)

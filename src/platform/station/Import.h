@@ -79,12 +79,12 @@ VRK_EXPORT bool isMeshFile(const std::filesystem::path& file);
 /// @throws ImportError  also where the file holds no such shape.
 VRK_EXPORT TopoDS_Shape ImportShape(const std::string& uri);
 
-/// How far a triangle may lie from the surface of a shape whose bounding box has this diagonal: a thousandth of it, but
-/// between 0.005 and 2 model units.
+/// How far a triangle may lie from the surface of a shape whose bounding box has this diagonal: a two-thousandth of it, but
+/// between 0.005 and 1 model units.
 VRK_EXPORT double deflectionFor(double diagonal);
 
 /// Meshes the faces of the shape that have no triangles (`BRepMesh_IncrementalMesh`): linear deflection `deflectionFor` its
-/// size, angular deflection 0.35 radians, on all cores. Every edge without a polygon gets one to be drawn by:
+/// size, angular deflection 0.2 radians, on all cores. Every edge without a polygon gets one to be drawn by:
 /// the points that it has in the triangles of a face; where it bounds none, points with the same linear deflection and an
 /// angular one of 0.1 radians.
 VRK_EXPORT void meshShape(const TopoDS_Shape& shape);

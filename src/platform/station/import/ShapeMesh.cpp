@@ -19,7 +19,7 @@
 namespace vrk::station {
 namespace {
 
-constexpr double angularDeflection = 0.35; // radians
+constexpr double angularDeflection = 0.2; // radians; more shows as corners of a circle in a picture of 2160 lines
 
 /// Computes the normals that are missing, so that nobody writes into a triangulation later. It takes a hundredth of the
 /// time of the meshing.
@@ -80,7 +80,7 @@ void meshShape(const TopoDS_Shape& shape, const Message_ProgressRange& range)
 
 double deflectionFor(double diagonal)
 {
-    return std::clamp(diagonal / 1000, 0.005, 2.0);
+    return std::clamp(diagonal / 2000, 0.005, 1.0);
 }
 
 void meshShape(const TopoDS_Shape& shape)
