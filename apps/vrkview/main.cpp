@@ -1,5 +1,6 @@
 #include "canvas/Backdrop.h"
 #include "canvas/CloudLooks.h"
+#include "canvas/FrameShade.h"
 #include "canvas/Pick.h"
 #include "canvas/ProgramParts.h"
 #include "canvas/RobotReaches.h"
@@ -106,6 +107,7 @@ void build(const Station& station, const Options& options, const DrawMode& mode)
 {
     startLibrary();
     showBackdrop(options.backdrop);
+    setGroundShadowed(options.hasGroundShadow);
     showStation(station);
     if (!options.joints.empty())
         for (const std::string& note : moveJoints(options.joints))

@@ -1,6 +1,7 @@
 #include "scene/DepthShade.h"
 
 #include "platform/common/Logger.h"
+#include "scene/SchemeTechnique.h"
 
 #include <fmt/format.h>
 
@@ -11,25 +12,6 @@ namespace {
 
 constexpr const char* name = "DepthShade"; // of the compositor, and of the schemes
 constexpr const char* outline = "BorderHighlight";
-
-bool isSeenThrough(const Ogre::Technique& technique)
-{
-    for (const Ogre::Pass* pass : technique.getPasses())
-        if (pass->isTransparent() || !pass->getDepthWriteEnabled())
-            return true;
-    return false;
-}
-
-/// Null where the resources have no such material.
-Ogre::Technique* techniqueOf(const char* material)
-{
-    const Ogre::MaterialPtr found = Ogre::MaterialManager::getSingleton().getByName(material);
-    if (!found)
-        return nullptr;
-    found->load();
-    // Not its best technique: that is looked up by scheme, which leads here again.
-    return found->getSupportedTechniques().empty() ? nullptr : found->getSupportedTechniques().front();
-}
 
 /// The shade comes ahead of what takes its texture.
 Ogre::CompositorInstance* add(Ogre::Viewport& viewport)

@@ -2,6 +2,7 @@
 
 #include "scene/Background.h"
 #include "scene/DepthShade.h"
+#include "scene/GroundShadow.h"
 #include "scene/HoverOutline.h"
 #include "scene/core/SceneCore.h"
 
@@ -43,6 +44,16 @@ void ResetBackground()
 void SetOutlined(const std::vector<unsigned>& ids)
 {
     startedCore().record<HoverOutline>().setAround(ids);
+}
+
+void TakeGroundShadow()
+{
+    startedCore().record<GroundShadow>().take();
+}
+
+void RemoveGroundShadow()
+{
+    startedCore().record<GroundShadow>().remove();
 }
 
 } // namespace vrk::visual

@@ -25,6 +25,14 @@ VRK_EXPORT void ResetBackground();
 /// passed over, now and later. Raises `updateScene` where others are outlined than before.
 VRK_EXPORT void SetOutlined(const std::vector<unsigned>& ids);
 
+/// Draws the soft shadow of the solids and meshes that are shown now, on the level ground (across z) that the lowest of them
+/// stands on; for whoever looks from above. What is seen through throws none. It stays as it is until the next call, so call
+/// it again where things have moved, appeared or gone: that costs a small picture of all bodies where anything has changed,
+/// and next to nothing where not.
+VRK_EXPORT void TakeGroundShadow();
+/// None, as at start.
+VRK_EXPORT void RemoveGroundShadow();
+
 // All of them
 // @throws std::logic_error "The library has not been started."
 

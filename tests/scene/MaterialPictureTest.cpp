@@ -13,7 +13,7 @@ namespace vrk::visual {
 namespace {
 
 // What draws with these has tests of its own: the corner axes, the managers of instances, the passes of the outline and of
-// the shade in pockets, the background.
+// the shade in pockets, the background, the shadow on the ground.
 const std::set<std::string> drawnElsewhere = {"BorderHighlight",
                                               "BorderHighlight/Outline",
                                               "BorderMask",
@@ -25,6 +25,8 @@ const std::set<std::string> drawnElsewhere = {"BorderHighlight",
                                               "DepthShade/Points",
                                               "DepthShade/Quad",
                                               "DepthShade/Smooth",
+                                              "GroundShadow",
+                                              "GroundShadow/Body",
                                               "HoverOutline",
                                               "GlobalFrame",
                                               "InstanceArrow",

@@ -14,18 +14,32 @@ constexpr auto stillAfter = 200ms; // without a move of the camera
 constexpr auto burst = 400ms;      // three frames within this show something that moves
 constexpr auto restAfter = 250ms;
 
-bool wanted = true; // of the one scene
+// Of the one scene
+bool shadeWanted = true;
+bool shadowWanted = true;
 
 } // namespace
 
 bool isDepthShaded()
 {
-    return wanted;
+    return shadeWanted;
 }
 
 void setDepthShaded(bool shaded)
 {
-    wanted = shaded;
+    shadeWanted = shaded;
+}
+
+bool isGroundShadowed()
+{
+    return shadowWanted;
+}
+
+void setGroundShadowed(bool shadowed)
+{
+    shadowWanted = shadowed;
+    if (!shadowed)
+        vrk::visual::RemoveGroundShadow();
 }
 
 FrameShade::FrameShade(QObject* parent) : QObject(parent)
@@ -43,12 +57,14 @@ bool FrameShade::isMoving(Clock::time_point now) const
 void FrameShade::begin()
 {
     const Clock::time_point now = Clock::now();
-    const bool isTooDear = shadedFrame > cheapFrame && isMoving(now);
+    const bool isTooDear = wholeFrame > cheapFrame && isMoving(now);
     std::ranges::rotate(begun, begun.end() - 1);
     begun.front() = now;
-    isShading = wanted && !isTooDear;
-    vrk::visual::SetDepthShade(isShading);
-    if (wanted && !isShading)
+    isWhole = !isTooDear;
+    vrk::visual::SetDepthShade(shadeWanted && isWhole);
+    if (shadowWanted && isWhole)
+        vrk::visual::TakeGroundShadow();
+    if ((shadeWanted || shadowWanted) && !isWhole)
         rest.start();
     else
         rest.stop();
@@ -56,8 +72,8 @@ void FrameShade::begin()
 
 void FrameShade::end()
 {
-    if (isShading)
-        shadedFrame = Clock::now() - begun.front();
+    if (isWhole)
+        wholeFrame = Clock::now() - begun.front();
 }
 
 void FrameShade::noteMove()

@@ -12,7 +12,12 @@ namespace vrkview {
 bool isDepthShaded();
 void setDepthShaded(bool shaded);
 
-/// Shades the frames of a view that stands still, and those of one that moves where that is cheap.
+/// Whether what is shown throws a soft shadow on the ground, likewise.
+bool isGroundShadowed();
+void setGroundShadowed(bool shadowed);
+
+/// Shades the frames of a view that stands still, and those of one that moves where that is cheap; in the others the shadow
+/// on the ground stays as it was.
 ///
 /// Thread: the application's, which is the render thread.
 class FrameShade : public QObject {
@@ -28,7 +33,7 @@ public:
     void noteMove();
 
 signals:
-    /// The view stands still, and was drawn without the shade last.
+    /// The view stands still, and was not drawn with all of it last.
     void frameWanted();
 
 private:
@@ -39,8 +44,8 @@ private:
     QTimer rest;
     Clock::time_point moved;                  // the camera, last
     std::array<Clock::time_point, 3> begun{}; // of the last frames, the latest first
-    Clock::duration shadedFrame{};            // what the last shaded frame took
-    bool isShading = false;
+    Clock::duration wholeFrame{};             // what the last frame with all of it took
+    bool isWhole = false;
 };
 
 } // namespace vrkview

@@ -158,6 +158,8 @@ QImage ViewWidget::takePicture(const QSize& pixels)
     drawInto(target.renderTarget());
     enlargeCross(scale); // its size is in pixels
     vrk::visual::SetDepthShade(isDepthShaded());
+    if (isGroundShadowed())
+        vrk::visual::TakeGroundShadow();
     vrk::visual::renderFrame();
     const std::vector<std::uint8_t> bytes = target.read();
     drawInto(window->renderTarget());

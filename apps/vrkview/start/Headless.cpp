@@ -1,6 +1,7 @@
 #include "start/Headless.h"
 
 #include "canvas/CloudLooks.h"
+#include "canvas/FrameShade.h"
 #include "canvas/HeightLegend.h"
 #include "canvas/Surroundings.h"
 #include "files/PictureFile.h"
@@ -83,6 +84,8 @@ QImage draw(const OffscreenTarget& target)
 {
     vrk::visual::Scene::Get()->processMsgs();
     StationDimensions::Get().updateWhole();
+    if (isGroundShadowed())
+        vrk::visual::TakeGroundShadow();
     vrk::visual::renderFrame();
     const std::vector<std::uint8_t> pixels = target.read();
     const int width = static_cast<int>(target.getWidth());

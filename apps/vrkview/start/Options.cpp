@@ -279,6 +279,7 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
                    "Colour behind the scene, or two joined by a comma, from the upper edge to the lower one; none for "
                    "a plain grey [a quiet gradient]")
         ->type_name("#RRGGBB");
+    app.add_flag("!--no-shadow", options.hasGroundShadow, "Draw no soft shadow on the ground that bodies stand on");
     app.add_option("--joints", joints,
                    "Joint values of the first mechanism that moves, in its order, or NAME=VALUE of any joint, joined "
                    "by commas: "

@@ -34,6 +34,7 @@ struct Options {
     std::filesystem::path playSave;    // the station after that; empty: none
     const DrawMode* drawMode = nullptr;
     std::optional<Backdrop> backdrop = usualBackdrop(); // nothing: the library's plain grey
+    bool hasGroundShadow = true;
     bool cloudsByHeight = false;                        // also those that have colours
     bool isDrawModeGiven = false;                       // rather than the usual one
     bool onPresentDisplay = false;

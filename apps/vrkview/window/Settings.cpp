@@ -14,6 +14,7 @@ constexpr const char* recentKey = "files/recent";
 constexpr const char* drawModeKey = "view/display";
 constexpr const char* gridKey = "view/grid";
 constexpr const char* depthShadeKey = "view/depthShade";
+constexpr const char* groundShadowKey = "view/groundShadow";
 constexpr const char* mouseKey = "input/orbit";
 constexpr const char* lengthStepKey = "move/length-step";
 constexpr const char* angleStepKey = "move/angle-step";
@@ -124,6 +125,16 @@ bool Settings::isDepthShaded() const
 void Settings::setDepthShaded(bool shaded)
 {
     store.setValue(depthShadeKey, shaded);
+}
+
+bool Settings::isGroundShadowed() const
+{
+    return store.value(groundShadowKey, true).toBool();
+}
+
+void Settings::setGroundShadowed(bool shadowed)
+{
+    store.setValue(groundShadowKey, shadowed);
 }
 
 Settings::MouseStyle Settings::mouseStyle() const

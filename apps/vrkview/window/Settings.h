@@ -46,6 +46,8 @@ public:
 
     bool isDepthShaded() const;
     void setDepthShaded(bool shaded);
+    bool isGroundShadowed() const;
+    void setGroundShadowed(bool shadowed);
 
     MouseStyle mouseStyle() const;
     void setMouseStyle(MouseStyle style);

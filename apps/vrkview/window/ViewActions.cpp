@@ -170,6 +170,14 @@ void ViewActions::addSurroundings()
     depthShade->setCheckable(true);
     setDepthShaded(settings.isDepthShaded());
     depthShade->setChecked(isDepthShaded());
+    groundShadow = add(tr("Shadow on the ground"), {Qt::Key_J}, [this] {
+        setGroundShadowed(groundShadow->isChecked());
+        settings.setGroundShadowed(groundShadow->isChecked());
+        vrk::broker::SignalBroker::updateScene();
+    });
+    groundShadow->setCheckable(true);
+    setGroundShadowed(isGroundShadowed() && settings.isGroundShadowed()); // the command line may have it off
+    groundShadow->setChecked(isGroundShadowed());
     longerFrames = add(tr("&Longer"), {Qt::Key_Plus, Qt::Key_Equal}, [] { changeFrameSize(1); });
     shorterFrames = add(tr("&Shorter"), {Qt::Key_Minus}, [] { changeFrameSize(-1); });
 }
@@ -301,6 +309,7 @@ void ViewActions::fillViewMenu(QMenu& menu) const
     menu.addAction(showDirections);
     menu.addAction(byHeight);
     menu.addAction(depthShade);
+    menu.addAction(groundShadow);
     QMenu* frames = menu.addMenu(tr("F&rames"));
     frames->addAction(longerFrames);
     frames->addAction(shorterFrames);

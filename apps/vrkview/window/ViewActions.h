@@ -82,6 +82,7 @@ private:
     QAction* showDirections = nullptr;
     QAction* byHeight = nullptr;
     QAction* depthShade = nullptr;
+    QAction* groundShadow = nullptr;
     QAction* longerFrames = nullptr;
     QAction* shorterFrames = nullptr;
     std::vector<QAction*> programParts; // in the order of all of them
