@@ -16,7 +16,7 @@ constexpr auto restAfter = 250ms;
 
 // Of the one scene
 bool shadeWanted = true;
-bool shadowWanted = true;
+bool shadowWanted = false; // the program that is started has it, unless told otherwise
 
 } // namespace
 

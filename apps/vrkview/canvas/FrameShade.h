@@ -12,7 +12,7 @@ namespace vrkview {
 bool isDepthShaded();
 void setDepthShaded(bool shaded);
 
-/// Whether what is shown throws a soft shadow on the ground, likewise.
+/// Whether what is shown throws a soft shadow on the ground; off at start.
 bool isGroundShadowed();
 void setGroundShadowed(bool shadowed);
 

@@ -35,8 +35,8 @@ struct Options {
     const DrawMode* drawMode = nullptr;
     std::optional<Backdrop> backdrop = usualBackdrop(); // nothing: the library's plain grey
     bool hasGroundShadow = true;
-    bool cloudsByHeight = false;                        // also those that have colours
-    bool isDrawModeGiven = false;                       // rather than the usual one
+    bool cloudsByHeight = false;  // also those that have colours
+    bool isDrawModeGiven = false; // rather than the usual one
     bool onPresentDisplay = false;
     std::vector<JointWish> joints;
     std::filesystem::path save;      // where the station is written; empty: nowhere

@@ -233,7 +233,7 @@ TEST(ViewerList, CurvesAndPointsOfAFileAreListed)
 QImage shot(const Files& files, const std::string& name, std::vector<std::string> arguments)
 {
     const std::string picture = files.path(name + ".png");
-    arguments.insert(arguments.end(), {"--background", "none", "--shot", picture, "--size", "300x200"});
+    arguments.insert(arguments.end(), {"--background", "none", "--no-shadow", "--shot", picture, "--size", "300x200"});
     const Outcome outcome = runViewer(arguments);
     EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
     return QImage(QString::fromStdString(picture));
@@ -316,8 +316,8 @@ TEST(ViewerShot, CrossOfAxesTakesTheSamePartOfEveryPicture)
     const Files files;
     const std::string plate = files.writeBrep("plate.brep");
     const auto crossArea = [&](const std::string& size) {
-        const Outcome outcome = runViewer(
-            {"--background", "none", "--shot", files.path("cross.png"), "--size", size, "--view", "front", plate});
+        const Outcome outcome = runViewer({"--background", "none", "--no-shadow", "--shot", files.path("cross.png"),
+                                           "--size", size, "--view", "front", plate});
         EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
         const QImage picture(QString::fromStdString(files.path("cross.png")));
         QRect area;
@@ -360,6 +360,26 @@ TEST(ViewerShot, BackgroundIsTheOneAskedFor)
     EXPECT_TRUE(isNear(one, 255, 255, 255) && isNear(same, 255, 255, 255));
     const auto [usualTop, usualBottom] = corners({});
     EXPECT_GT(qGray(usualBottom), qGray(usualTop) + 40) << "a gradient";
+}
+
+TEST(ViewerShot, BodiesThrowAShadowOnTheGroundUnlessTheyMayNot)
+{
+    const Files files;
+    const std::string box = files.writeBrep("box.brep");
+
+    const QImage without = shot(files, "without", {box});
+    const std::string picture = files.path("with.png");
+    ASSERT_EQ(runViewer({"--background", "none", "--shot", picture, "--size", "300x200", box}).exitCode, 0);
+    const QImage with(QString::fromStdString(picture));
+
+    int darker = 0;
+    for (int y = 0; y < 200; ++y)
+        for (int x = 0; x < 300; ++x)
+            if (isBackground(without.pixel(x, y)))
+                darker += qGray(with.pixel(x, y)) < qGray(without.pixel(x, y)) - 10;
+            else
+                EXPECT_NEAR(qGray(with.pixel(x, y)), qGray(without.pixel(x, y)), 20) << x << ' ' << y;
+    EXPECT_GT(darker, 300);
 }
 
 TEST(ViewerShot, CurvesFillThePicture)
@@ -427,7 +447,8 @@ TEST(ViewerShot, DemoStationFillsAPictureOfTheSizeAskedFor)
 {
     const Files files;
 
-    const Outcome outcome = runViewer({"--background", "none", "--shot", files.path("demo.png"), "--size", "400x300"});
+    const Outcome outcome =
+        runViewer({"--background", "none", "--no-shadow", "--shot", files.path("demo.png"), "--size", "400x300"});
 
     ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
     EXPECT_THAT(outcome.out, IsEmpty());
@@ -443,8 +464,8 @@ TEST(ViewerShot, SeveralViewsMakeSeveralPicturesThatDiffer)
 {
     const Files files;
 
-    const Outcome outcome = runViewer(
-        {"--background", "none", "--shot", files.path("demo.png"), "--size", "200x150", "--view", "front,top"});
+    const Outcome outcome = runViewer({"--background", "none", "--no-shadow", "--shot", files.path("demo.png"),
+                                       "--size", "200x150", "--view", "front,top"});
 
     ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
     EXPECT_FALSE(std::filesystem::exists(files.path("demo.png")));
@@ -486,10 +507,10 @@ TEST(ViewerShot, EachDirectionShowsTheSideThatItIsNamedAfter)
     const Files files;
     const std::string brep = files.writeBrep("plate.brep");
 
-    ASSERT_EQ(
-        runViewer({"--background", "none", "--shot", files.path("p.png"), "--size", "600x600", "--view", "all", brep})
-            .exitCode,
-        0);
+    ASSERT_EQ(runViewer({"--background", "none", "--no-shadow", "--shot", files.path("p.png"), "--size", "600x600",
+                         "--view", "all", brep})
+                  .exitCode,
+              0);
 
     for (const Case& c : {Case{"front", 30, 10}, Case{"back", 30, 10}, Case{"left", 20, 10}, Case{"right", 20, 10},
                           Case{"top", 30, 20}, Case{"bottom", 30, 20}}) {
@@ -514,8 +535,12 @@ TEST(ViewerShot, SamePictureComesTwice)
 {
     const Files files;
 
-    ASSERT_EQ(runViewer({"--background", "none", "--shot", files.path("a.png"), "--size", "160x120"}).exitCode, 0);
-    ASSERT_EQ(runViewer({"--background", "none", "--shot", files.path("b.png"), "--size", "160x120"}).exitCode, 0);
+    ASSERT_EQ(
+        runViewer({"--background", "none", "--no-shadow", "--shot", files.path("a.png"), "--size", "160x120"}).exitCode,
+        0);
+    ASSERT_EQ(
+        runViewer({"--background", "none", "--no-shadow", "--shot", files.path("b.png"), "--size", "160x120"}).exitCode,
+        0);
 
     EXPECT_EQ(QImage(QString::fromStdString(files.path("a.png"))), QImage(QString::fromStdString(files.path("b.png"))));
 }

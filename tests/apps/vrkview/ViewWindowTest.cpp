@@ -236,6 +236,23 @@ TEST_F(ViewWindowTest, AfterAResizeTheWholeViewIsDrawn)
     typeKey("g");
 }
 
+TEST_F(ViewWindowTest, ShadowOnTheGroundComesAndGoes)
+{
+    const QImage without = after("g");
+    const auto darker = [&](const QImage& with) {
+        int count = 0;
+        for (int y = 0; y < without.height(); ++y)
+            for (int x = 0; x < without.width(); ++x)
+                count += isBackground(without.pixel(x, y)) && qGray(with.pixel(x, y)) < qGray(without.pixel(x, y)) - 15;
+        return count / (double(without.width()) * without.height());
+    };
+
+    const QImage with = after("j");
+    EXPECT_GT(darker(with), 0.02);
+    EXPECT_EQ(after("j"), without);
+    typeKey("g");
+}
+
 TEST_F(ViewWindowTest, NothingIsDrawnWhileNothingChanges)
 {
     const int before = frames();
