@@ -15,7 +15,8 @@
 namespace vrk::visual {
 namespace {
 
-constexpr unsigned largestSide = 16384; // the least of what drivers and X11 have
+constexpr std::uint32_t plainGrey = 0xff737373; // 0.45 of each, as cameras draw it where there is nothing
+constexpr unsigned largestSide = 16384;         // the least of what drivers and X11 have
 
 void checkSize(unsigned width, unsigned height)
 {
@@ -38,6 +39,26 @@ Ogre::RenderWindow* makeWindow(Ogre::Root& root, std::uintptr_t parent, unsigned
 
 } // namespace
 
+/// Hears of the first picture. From then on the display fills nothing that other windows uncover: it would show for a moment.
+class WindowTarget::FirstPicture : public Ogre::RenderTargetListener {
+public:
+    FirstPicture(NativeDisplay& display, std::uintptr_t handle) : display(display), handle(handle) {}
+
+    bool isDrawn() const { return drawn; }
+    void postRenderTargetUpdate(const Ogre::RenderTargetEvent& event) override
+    {
+        if (drawn || event.source->getNumViewports() == 0)
+            return;
+        drawn = true;
+        display.leaveWindow(handle);
+    }
+
+private:
+    NativeDisplay& display;
+    std::uintptr_t handle;
+    bool drawn = false;
+};
+
 WindowTarget::WindowTarget(std::uintptr_t parent, unsigned width, unsigned height, unsigned samples)
 {
     Ogre::Root& root = startedRoot();
@@ -50,11 +71,16 @@ WindowTarget::WindowTarget(std::uintptr_t parent, unsigned width, unsigned heigh
     // It asks the display on OGRE's connection, which is done with making the window by the time of the answer. Depending on
     // its version OGRE then takes the size of the parent.
     window->windowMovedOrResized();
+    display->fillWindow(handle, plainGrey);
+    display->clearWindow(handle); // OGRE's are black
+    firstPicture = std::make_unique<FirstPicture>(*display, handle);
+    window->addListener(firstPicture.get());
     fit(width, height);
 }
 
 WindowTarget::~WindowTarget()
 {
+    window->removeListener(firstPicture.get());
     window->removeAllViewports();
     Ogre::Root::getSingleton().destroyRenderTarget(window);
     display->destroyWindow(handle); // OGRE leaves a window with a parent to the end of that
@@ -75,9 +101,17 @@ void WindowTarget::resize(unsigned width, unsigned height)
     checkSize(width, height);
     if (width == getWidth() && height == getHeight())
         return;
+    display->fillWindow(handle, plainGrey);
     fit(width, height);
-    // A driver may look for the size only here, and draw the next picture in pixels of the old one otherwise.
+    if (firstPicture->isDrawn())
+        display->leaveWindow(handle);
+    // A driver may look for the size only here, and draw the next picture in pixels of the old one otherwise. The new part of
+    // what it shows is black.
+    display->coverWindow(handle, width, height);
     window->swapBuffers();
+    window->windowMovedOrResized(); // as above: what was shown has come to the display by then
+    fit(width, height);
+    display->uncoverWindow();
     Camera::FitThoseOf(*window);
 }
 

@@ -25,6 +25,10 @@ class NativeDisplay;
 /// application knows, so it calls `resize`. The inner one covers it: the mouse and the keys go through to the application's,
 /// but what has to be drawn again is told to the inner one alone, see `nativeHandle`. A camera that draws here when this
 /// dies has no target from then on.
+///
+/// The inner window is never black ahead of a picture: until the first one, and where it grows, the display fills it with the
+/// plain grey of cameras, and leaves what it showed, as well as what other windows uncover, until the next picture.
+///
 /// Thread: render thread, on which the library was started. Units: device pixels.
 class VRK_EXPORT WindowTarget {
 public:
@@ -67,12 +71,16 @@ public:
     void savePng(const std::filesystem::path& file);
 
 private:
+    class FirstPicture;
+
     void fit(unsigned width, unsigned height);
 
     std::unique_ptr<NativeDisplay> display;
     Ogre::RenderWindow* window = nullptr; // OGRE's, which this ends
     std::uintptr_t handle = 0;
     double devicePixelRatio = 1;
+    // Last: programs know the place of the handle, and those that were built before go on.
+    std::unique_ptr<FirstPicture> firstPicture;
 };
 
 } // namespace vrk::visual

@@ -32,6 +32,14 @@ public:
         xcb_map_window(connection, id);
         sync();
     }
+    /// What the display fills it with.
+    void fill(const Pixel& color)
+    {
+        const auto byte = [](int part) { return static_cast<std::uint32_t>(part); };
+        const std::uint32_t pixel[] = {byte(color.r) << 16 | byte(color.g) << 8 | byte(color.b)};
+        xcb_change_window_attributes(connection, id, XCB_CW_BACK_PIXEL, pixel);
+        sync();
+    }
     void resize(unsigned newWidth, unsigned newHeight)
     {
         const std::uint32_t sides[] = {width = newWidth, height = newHeight};

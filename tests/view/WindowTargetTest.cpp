@@ -164,6 +164,80 @@ TEST_F(WindowTargetTest, SizeThatItHasAlreadyShowsNothingElse)
     expectBox(window.onScreen());
 }
 
+/// How many pixels the display has filled with the black of nothing.
+int blackPixels(const test::Picture& picture)
+{
+    int black = 0;
+    for (unsigned y = 0; y < picture.height; ++y)
+        for (unsigned x = 0; x < picture.width; ++x)
+            black += test::isNear(picture.at(x, y), {0, 0, 0}, 3) ? 1 : 0;
+    return black;
+}
+
+TEST_F(WindowTargetTest, IsGreyUntilItsFirstPicture)
+{
+    PlainWindow window(200, 150);
+    const WindowTarget target(window.id, 200, 150, 0);
+
+    window.show();
+
+    expectEmpty(window.onScreen());
+    EXPECT_EQ(blackPixels(window.onScreen()), 0);
+}
+
+TEST_F(WindowTargetTest, OneThatIsShownIsGreyAtOnce)
+{
+    PlainWindow window(200, 150);
+    window.show();
+
+    const WindowTarget target(window.id, 200, 150, 0);
+
+    EXPECT_EQ(blackPixels(window.onScreen()), 0);
+}
+
+TEST_F(WindowTargetTest, KeepsItsPictureWhileItsSizeChanges)
+{
+    PlainWindow window(200, 150);
+    window.fill({90, 90, 90});
+    window.show();
+    WindowTarget target(window.id, 200, 150, 0);
+    main.setRenderTarget(target.renderTarget());
+    target.draw();
+    expectBox(window.onScreen());
+
+    for (const auto& [width, height] : {std::pair{260u, 190u}, {140u, 120u}, {300u, 100u}, {320u, 240u}}) {
+        SCOPED_TRACE(testing::Message() << width << " x " << height);
+        window.resize(width, height);
+        EXPECT_EQ(blackPixels(window.onScreen()), 0) << "the inner window is as it was";
+        target.resize(width, height);
+        const test::Picture between = window.onScreen();
+        EXPECT_EQ(blackPixels(between), 0);
+        target.draw();
+        expectBox(window.onScreen());
+    }
+}
+
+TEST_F(WindowTargetTest, WhatAnotherWindowUncoversIsNotFilled)
+{
+    PlainWindow window(200, 150);
+    window.show();
+    WindowTarget target(window.id, 200, 150, 0);
+    main.setRenderTarget(target.renderTarget());
+    target.draw();
+    {
+        PlainWindow dialog(100, 75, 50);
+        dialog.fill({20, 200, 40});
+        dialog.show();
+    }
+
+    const test::Picture uncovered = window.onScreen();
+
+    EXPECT_EQ(blackPixels(uncovered), 0);
+    EXPECT_TRUE(test::isNear(uncovered.at(60, 30), {20, 200, 40})) << "until the next picture";
+    target.draw();
+    expectBox(window.onScreen());
+}
+
 TEST_F(WindowTargetTest, PictureIsThatOfAnOffscreenTarget)
 {
     PlainWindow window(101, 75); // rows that end within a word

@@ -40,7 +40,8 @@ bool ForeignWindow::nativeEventFilter(const QByteArray& eventType, void* message
         exposed();
     if (type == XCB_LEAVE_NOTIFY) {
         const auto& leave = *reinterpret_cast<const xcb_leave_notify_event_t*>(event);
-        if (leave.event == handle && leave.mode == XCB_NOTIFY_MODE_NORMAL) // no grab by a button or a menu
+        const bool isInside = leave.detail == XCB_NOTIFY_DETAIL_INFERIOR; // in a window that lies within this one
+        if (leave.event == handle && leave.mode == XCB_NOTIFY_MODE_NORMAL && !isInside) // no grab by a button or a menu
             left();
     }
     return false;

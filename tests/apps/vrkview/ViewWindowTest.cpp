@@ -218,6 +218,26 @@ TEST_F(ViewWindowTest, MouseOverTheViewReachesTheWidget)
     view().removeEventFilter(&watch);
 }
 
+TEST_F(ViewWindowTest, MouseStaysInTheViewWhileItsSizeChanges)
+{
+    int moves = 0, leaves = 0;
+    const auto moving = QObject::connect(&view(), &ViewWidget::mouseMoved, [&moves] { ++moves; });
+    const auto leaving = QObject::connect(&view(), &ViewWidget::mouseLeft, [&leaves] { ++leaves; });
+    moveMouse(view(), QPoint(160, 110));
+    ASSERT_TRUE(waitFor([&] { return moves > 0; }));
+    const QSize before = window().size();
+
+    for (const QSize& size : {QSize(900, 620), QSize(1000, 700), before}) {
+        window().resize(size);
+        ASSERT_TRUE(waitFor([&] { return window().size() == size; }));
+        settle();
+    }
+
+    EXPECT_EQ(leaves, 0);
+    QObject::disconnect(moving);
+    QObject::disconnect(leaving);
+}
+
 TEST_F(ViewWindowTest, AfterAResizeTheWholeViewIsDrawn)
 {
     const QSize before = window().size();
