@@ -12,6 +12,8 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
+#include <thread>
 
 namespace vrkview::test {
 namespace {
@@ -162,6 +164,18 @@ TEST_F(RegionToolTest, WhatWouldBeSelectedIsHighlightedWhileTheRectangleIsDrawn)
     leaveView();
     settle();
     EXPECT_EQ(differingShare(seen(), before), 0);
+}
+
+TEST_F(RegionToolTest, WhatWouldBeSelectedIsHighlightedHoweverLongOthersHaveTheProcessor)
+{
+    region().begin(RegionTool::Shape::Rectangle, inPixels(topLeft()), RegionTool::Effect::Replace);
+    // Which the region waits for, as it would for its turn.
+    Scene::Get()->addRenderTask([] { std::this_thread::sleep_for(std::chrono::milliseconds(100)); }, 0);
+
+    region().follow(inPixels(bottomRight()));
+    view().drain();
+
+    EXPECT_TRUE(isHighlighted(thing("Gear unit")));
 }
 
 TEST_F(RegionToolTest, EscapeGivesUpWhatIsDrawn)

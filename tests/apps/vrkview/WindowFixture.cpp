@@ -98,7 +98,7 @@ int WindowFixture::frames()
 void WindowFixture::settle()
 {
     int before = -1;
-    while (before != framesDrawn) {
+    while (before != framesDrawn || view().isFrameRequested()) { // after work that took the whole while
         before = framesDrawn;
         turnFor(400);
     }
