@@ -4,6 +4,7 @@
 #include "platform/broker/SignalBroker.h"
 #include "platform/common/Checks.h"
 #include "scene/BorderMask.h"
+#include "scene/CornerPicture.h"
 #include "scene/DepthClearListener.h"
 #include "scene/DepthShade.h"
 #include "scene/Grid.h"
@@ -70,6 +71,7 @@ Scene::Scene(const std::string& name)
     auto& viewports = core->record<ViewportUsers>();
     viewports.add(core->record<DepthShade>());
     viewports.add(core->record<HoverOutline>());
+    viewports.add(core->record<CornerPicture>());
     Ogre::MovableObject::setDefaultVisibilityFlags(~HoverOutline::maskFlag);
     core->instanceManagers.create(*core->sceneManager);
     core->worldVisual = new Visual(this);

@@ -1,6 +1,7 @@
 #include "scene/ViewLook.h"
 
 #include "scene/Background.h"
+#include "scene/CornerPicture.h"
 #include "scene/DepthShade.h"
 #include "scene/GroundShadow.h"
 #include "scene/HoverOutline.h"
@@ -54,6 +55,16 @@ void TakeGroundShadow()
 void RemoveGroundShadow()
 {
     startedCore().record<GroundShadow>().remove();
+}
+
+void SetCornerPicture(std::span<const std::uint8_t> rgba, unsigned width, unsigned height, unsigned margin)
+{
+    startedCore().record<CornerPicture>().show(rgba, width, height, margin);
+}
+
+void ResetCornerPicture()
+{
+    startedCore().record<CornerPicture>().hide();
 }
 
 } // namespace vrk::visual

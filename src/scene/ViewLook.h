@@ -3,12 +3,14 @@
 #include "platform/common/Export.h"
 #include "scene/math/Color.h"
 
+#include <cstdint>
+#include <span>
 #include <vector>
 
 namespace vrk::visual {
 
 // What makes a picture easier to read, beside what `Scene` sets. Render thread, after the start, at once: it shows with the
-// next frame, which only a change of the outline asks for.
+// next frame, which only a change of the outline or of the corner asks for.
 
 /// Shades pockets and gaps, and what lies behind the edges of something nearer, on bodies and clouds. Off at start. It costs
 /// a second pass over the scene, for its depths, and some looks at each pixel.
@@ -32,6 +34,16 @@ VRK_EXPORT void SetOutlined(const std::vector<unsigned>& ids);
 VRK_EXPORT void TakeGroundShadow();
 /// None, as at start.
 VRK_EXPORT void RemoveGroundShadow();
+
+/// A picture over all else in the lower right corner of the window that the scene's own camera draws into, such as a legend.
+/// It keeps its size and its corner when the window gets another size; no pick finds it, and pictures that are drawn into an
+/// OffscreenTarget are without it. It replaces the one before. Raises `updateScene`.
+/// @param rgba    rows from the top, four bytes for each pixel: red, green and blue, multiplied by the alpha, then that. Copied.
+/// @param margin  between the picture and the edges of the window; device pixels, as width and height.
+/// @throws std::invalid_argument "The picture of a corner has four bytes for each of its pixels"; none has 0 pixels.
+VRK_EXPORT void SetCornerPicture(std::span<const std::uint8_t> rgba, unsigned width, unsigned height, unsigned margin);
+/// None any more. Raises `updateScene` where there was one.
+VRK_EXPORT void ResetCornerPicture();
 
 // All of them
 // @throws std::logic_error "The library has not been started."

@@ -44,6 +44,7 @@
 #include <mutex>
 #include <optional>
 #include <shared_mutex>
+#include <vector>
 
 namespace guide {
 
@@ -51,11 +52,12 @@ struct Widget {
     unsigned long winId() const;
 };
 extern Widget* widget;
-extern unsigned width, height, newWidth, newHeight;
+extern unsigned width, height, newWidth, newHeight, margin;
 extern float x, y, x1, y1, x2, y2, dx, dy, notches, wheelDelta;
 extern double devicePixelRatio;
 extern bool isShiftDown;
 extern unsigned id, bodyId, spray;
+extern std::vector<std::uint8_t> legend; // red, green, blue and alpha
 extern std::size_t vertex;
 extern double from, to;
 extern vrk::rob::Posef pose;
