@@ -40,9 +40,10 @@ double roundStep(double least)
     return 10 * power;
 }
 
-/// Where all parts lie, the panel at 0, 0.
+/// What it says and where all parts lie, the panel at 0, 0.
 struct Legend {
-    Legend(const std::vector<HeightMark>& marks, const QString& title, double text, double lines) : text(text)
+    Legend(const ShownHeights& heights, double text, double lines)
+        : title(translated(heights.range ? "Height, mm" : "Height")), marks(heightMarks(heights, lines)), text(text)
     {
         font.setPixelSize(static_cast<int>(std::lround(text)));
         const QFontMetricsF metrics(font);
@@ -54,14 +55,37 @@ struct Legend {
         bar = {gap * text, (gap + 1 + 2 * gap) * text, barWidth * text, lines * text};
         panel = {0, 0, inner + 2 * gap * text, bar.bottom() + 2 * gap * text};
     }
+    double margin() const { return 2 * gap * text; }
 
+    QString title;
+    std::vector<HeightMark> marks;
     double text; // pixels
     QFont font;
     QRectF bar;
     QRectF panel;
 };
 
-void paint(QPainter& painter, const Legend& legend, const std::vector<HeightMark>& marks, const QString& title)
+/// For a picture of this size; none where it would have nothing to say, or hide too much of a small one.
+std::optional<Legend> legendFor(const QSize& size, double ratio)
+{
+    const ShownHeights heights = shownHeights();
+    if (heights.clouds == 0)
+        return std::nullopt;
+    const vrk::visual::Box all = vrk::visual::BoxOfShown();
+    if (!all.isValid() || heights.largest < smallPart * (all.max - all.min).length())
+        return std::nullopt;
+    const double rows = std::min(size.width(), size.height());
+    const double text = std::max(smallestText * ratio, rows / rowsOfText);
+    const double lines = std::min(largestBar, partOfBar * rows / text);
+    if (lines < 2 * roomOfAMark)
+        return std::nullopt;
+    const Legend legend(heights, text, lines);
+    if (legend.panel.width() > size.width() / 2.0)
+        return std::nullopt;
+    return legend;
+}
+
+void paint(QPainter& painter, const Legend& legend)
 {
     const double text = legend.text;
     const QRectF& bar = legend.bar;
@@ -75,8 +99,8 @@ void paint(QPainter& painter, const Legend& legend, const std::vector<HeightMark
 
     painter.setPen(QPen(QColor(240, 242, 245), text / 14));
     const QRectF line(gap * text, gap * text, legend.panel.width(), text);
-    painter.drawText(line, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextDontClip, title);
-    for (const HeightMark& mark : marks) {
+    painter.drawText(line, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextDontClip, legend.title);
+    for (const HeightMark& mark : legend.marks) {
         const double y = bar.bottom() - mark.part * bar.height();
         painter.drawLine(QPointF(bar.right(), y), QPointF(bar.right() + gap * text / 2, y));
         painter.drawText(QRectF(bar.right() + gap * text, y - text, legend.panel.width(), 2 * text),
@@ -124,23 +148,29 @@ std::vector<HeightMark> heightMarks(const ShownHeights& heights, double lines)
 
 void addHeightLegend(QImage& picture)
 {
-    const ShownHeights heights = shownHeights();
-    const vrk::visual::Box all = vrk::visual::BoxOfShown();
-    if (heights.clouds == 0 || !all.isValid() || heights.largest < smallPart * (all.max - all.min).length())
+    const std::optional<Legend> legend = legendFor(picture.size(), 1);
+    if (!legend)
         return;
-    const double rows = std::min(picture.width(), picture.height());
-    const double text = std::max(smallestText, rows / rowsOfText);
-    const double lines = std::min(largestBar, partOfBar * rows / text);
-    const std::vector<HeightMark> marks = heightMarks(heights, lines);
-    const QString title = translated(heights.range ? "Height, mm" : "Height");
-    const Legend legend(marks, title, text, lines);
-    if (lines < 2 * roomOfAMark || legend.panel.width() > picture.width() / 2.0)
-        return; // it would hide too much of a picture as small as this
     QPainter painter(&picture);
-    const double margin = 2 * gap * text;
-    painter.translate(std::round(std::max(0.0, picture.width() - legend.panel.width() - margin)),
-                      std::round(std::max(0.0, picture.height() - legend.panel.height() - margin)));
-    paint(painter, legend, marks, title);
+    const double right = picture.width() - legend->margin();
+    const double bottom = picture.height() - legend->margin();
+    painter.translate(std::round(std::max(0.0, right - legend->panel.width())),
+                      std::round(std::max(0.0, bottom - legend->panel.height())));
+    paint(painter, *legend);
+}
+
+std::optional<CornerLegend> heightLegend(const QSize& view, double ratio)
+{
+    const std::optional<Legend> legend = legendFor(view, ratio);
+    if (!legend)
+        return std::nullopt;
+    const QRect whole = legend->panel.toAlignedRect();
+    QImage picture(whole.size(), QImage::Format_RGBA8888_Premultiplied);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    paint(painter, *legend);
+    painter.end();
+    return CornerLegend{picture, static_cast<int>(std::lround(legend->margin()))};
 }
 
 } // namespace vrkview

@@ -1,11 +1,11 @@
 #pragma once
 
+#include <QImage>
 #include <QLinearGradient>
 #include <QString>
 
+#include <optional>
 #include <vector>
-
-class QImage;
 
 namespace vrkview {
 
@@ -27,5 +27,15 @@ std::vector<HeightMark> heightMarks(const ShownHeights& heights, double lines);
 /// Nothing where no scan is coloured by height, or where those that are make a small part of what is shown. Needs Qt's
 /// application, for the font. Render thread, after `processMsgs`.
 void addHeightLegend(QImage& picture);
+
+/// The same by itself, for the corner of a view.
+struct CornerLegend {
+    QImage picture; ///< red, green, blue and alpha, which the colours are multiplied by
+    int margin;     ///< to the edges of the view, pixels
+};
+/// Nothing where a picture of this size would have none.
+/// @param view   device pixels.
+/// @param ratio  device pixels for a logical one: letters have at least ten of the latter.
+std::optional<CornerLegend> heightLegend(const QSize& view, double ratio);
 
 } // namespace vrkview

@@ -12,6 +12,7 @@
 #include "canvas/RegionTool.h"
 #include "canvas/RobotReaches.h"
 #include "canvas/Surroundings.h"
+#include "canvas/ViewLegend.h"
 #include "canvas/ViewWidget.h"
 #include "canvas/Views.h"
 #include "docks/JointDock.h"
@@ -313,6 +314,7 @@ void ViewWindow::buildMenus()
 
 void ViewWindow::connectView()
 {
+    new ViewLegend(*view, state);
     frameTicked = vrk::broker::SignalBroker::onFrameTicked([this](double ms) { showFrameTime(ms); });
     connect(view, &ViewWidget::ready, this, &ViewWindow::startView);
     connect(view, &ViewWidget::drained, this, &ViewWindow::followScene);

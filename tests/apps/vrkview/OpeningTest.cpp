@@ -1,5 +1,7 @@
 #include "FakeInput.h"
 #include "WindowFixture.h"
+#include "canvas/HeightLegend.h"
+#include "canvas/ViewLegend.h"
 #include "docks/JointDock.h"
 #include "docks/JointRow.h"
 #include "docks/LimitBox.h"
@@ -303,8 +305,18 @@ TEST_F(OpeningTest, ScanWithColoursShowsThemOrItsHeights)
     EXPECT_EQ(scale.lowText(), "0.0");
     EXPECT_EQ(scale.highText(), "250 mm");
     shoot("heights");
+    const QImage& legend = window().findChild<ViewLegend*>()->getPicture();
+    others.clear();
+    for (const StationTree::Row& row : window().getState().getTree().getRows())
+        if (row.id != id)
+            others.push_back(row.id);
+    window().getState().hideOnly(others);
+    settle();
+    EXPECT_FALSE(legend.isNull());
 
     byHeight->trigger();
+    settle();
+    EXPECT_TRUE(legend.isNull());
     while (Layout::inst().pointclouds.size() > clouds) // what was hidden comes back first
         window().getState().getHistory().undo();
     settle();
@@ -374,7 +386,8 @@ TEST_F(OpeningTest, ScreenshotShowsWhatTheViewShows)
     after("0");
     const QSize size = view().toDevice(view().size());
 
-    const QImage picture = view().takePicture(size);
+    QImage picture = view().takePicture(size);
+    addHeightLegend(picture);
 
     EXPECT_EQ(picture.size(), size);
     settle();

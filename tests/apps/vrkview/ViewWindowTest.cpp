@@ -3,6 +3,7 @@
 #include "FakeInput.h"
 #include "WindowFixture.h"
 #include "canvas/Surroundings.h"
+#include "canvas/ViewLegend.h"
 #include "canvas/ViewState.h"
 
 #include "scene/Scene.h"
@@ -43,6 +44,11 @@ public:
     QPointF place{-1, -1};
 };
 
+bool isBackground(QRgb pixel)
+{
+    return std::abs(qRed(pixel) - 115) <= 1 && std::abs(qBlue(pixel) - 115) <= 1;
+}
+
 class ViewWindowTest : public WindowFixture {
 protected:
     static vrk::rob::DirTemplate<float> viewDirection()
@@ -53,23 +59,18 @@ protected:
     {
         return viewDirection().dot(vrk::rob::DirTemplate<float>(x, y, z)) > 0.999f;
     }
+    /// The part of the picture in which something is to be seen, beside the legend, which is always there.
+    static QRect shownArea(const QImage& picture)
+    {
+        const QRect legend = window().findChild<ViewLegend*>()->getArea();
+        QRect area;
+        for (int y = 0; y < picture.height(); ++y)
+            for (int x = 0; x < picture.width(); ++x)
+                if (!isBackground(picture.pixel(x, y)) && !legend.contains(x, y))
+                    area |= QRect(x, y, 1, 1);
+        return area;
+    }
 };
-
-bool isBackground(QRgb pixel)
-{
-    return std::abs(qRed(pixel) - 115) <= 1 && std::abs(qBlue(pixel) - 115) <= 1;
-}
-
-/// The part of the picture in which something is to be seen.
-QRect shownArea(const QImage& picture)
-{
-    QRect area;
-    for (int y = 0; y < picture.height(); ++y)
-        for (int x = 0; x < picture.width(); ++x)
-            if (!isBackground(picture.pixel(x, y)))
-                area |= QRect(x, y, 1, 1);
-    return area;
-}
 
 TEST_F(ViewWindowTest, StationFillsTheView)
 {
