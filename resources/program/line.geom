@@ -2,7 +2,8 @@
 // A segment, of a list or of a strip, becomes a rectangle of pixels around it.
 //
 // BODY_EDGES: the segments are edges of a body, whose weight fades as the body becomes small in the picture, and which are as
-// fine as the picture is; those that faces meet in without a bend are thinner and paler.
+// fine as the picture is; those that faces meet in without a bend are thinner and paler. PLAIN: no face is seen beside them, so
+// that those of small bodies keep their weight, and dark bodies have no others.
 
 layout(lines) in;
 layout(triangle_strip, max_vertices = 4) out;
@@ -13,11 +14,21 @@ in vec4 pointColour[];
 uniform mat4 worldViewProj;
 uniform mat4 worldView;
 uniform vec4 extent;     // the sphere around the body, in its frame: middle and radius; none where that is 0
-uniform vec4 onDark;      // x: 1 on a body as dark as a line
+#ifdef PLAIN
+uniform float smoothPart; // of their weight that those without a bend keep
+#else
+uniform vec4 onDark; // x: 1 on a body as dark as a line
+#endif
 uniform vec4 firstSmooth; // x: the first segment without a bend, y: 0 where there is none
 
-const float seenFrom = 20.0; // pixels of a picture of up to 1080 rows
+// Pixels of a picture of up to 1080 rows
+#ifdef PLAIN
+const float seenFrom = 4.0;
+const float fullFrom = 40.0;
+#else
+const float seenFrom = 20.0;
 const float fullFrom = 120.0;
+#endif
 const vec3 light = vec3(0.42, 0.44, 0.47);
 const float palest = 0.65; // in however coarse a picture
 const float smoothWidth = 0.6;
@@ -46,11 +57,18 @@ void main()
     if (firstSmooth.y > 0.0 && float(gl_PrimitiveIDIn) >= firstSmooth.x) {
         lineWidth *= smoothWidth;
         weight *= smoothOpacity;
+#ifdef PLAIN
+        weight *= smoothPart;
+#endif
     }
     if (weight <= 0.0)
         return;
-    colourA = vec4(mix(colourA.rgb, light, onDark.x), colourA.a * weight);
-    colourB = vec4(mix(colourB.rgb, light, onDark.x), colourB.a * weight);
+#ifndef PLAIN
+    colourA.rgb = mix(colourA.rgb, light, onDark.x);
+    colourB.rgb = mix(colourB.rgb, light, onDark.x);
+#endif
+    colourA.a *= weight;
+    colourB.a *= weight;
 #endif
     if (!isBefore(a, b, colourA, colourB))
         return;

@@ -10,11 +10,13 @@
 namespace vrk::visual {
 namespace {
 
-constexpr const char* name = "DepthShade"; // of the compositor, and of the schemes
-constexpr const char* outline = "BorderHighlight";
+// Of the compositors, and of the schemes by which another one draws what they have measured
+constexpr const char* shadeName = "DepthShade"; // and of the scheme of depths
+constexpr const char* outlinesName = "BodyOutlines";
+constexpr const char* border = "BorderHighlight";
 
-/// The shade comes ahead of what takes its texture.
-Ogre::CompositorInstance* add(Ogre::Viewport& viewport)
+/// It comes ahead of what takes its texture.
+Ogre::CompositorInstance* add(Ogre::Viewport& viewport, const char* name)
 {
     Ogre::CompositorInstance* added = Ogre::CompositorManager::getSingleton().addCompositor(&viewport, name, 0);
     if (!added)
@@ -28,12 +30,12 @@ Ogre::CompositorInstance* add(Ogre::Viewport& viewport)
 
 DepthShade::DepthShade()
 {
-    Ogre::MaterialManager::getSingleton().addListener(this, name);
+    Ogre::MaterialManager::getSingleton().addListener(this, shadeName);
 }
 
 DepthShade::~DepthShade()
 {
-    Ogre::MaterialManager::getSingleton().removeListener(this, name);
+    Ogre::MaterialManager::getSingleton().removeListener(this, shadeName);
 }
 
 void DepthShade::setEnabled(bool on)
@@ -41,6 +43,15 @@ void DepthShade::setEnabled(bool on)
     if (on == enabled)
         return;
     enabled = on;
+    for (Ogre::Viewport* viewport : served)
+        suit(*viewport);
+}
+
+void DepthShade::setOutlines(bool on)
+{
+    if (on == outlines)
+        return;
+    outlines = on;
     for (Ogre::Viewport* viewport : served)
         suit(*viewport);
 }
@@ -56,19 +67,28 @@ void DepthShade::forget(Ogre::Viewport& viewport)
     served.erase(&viewport);
 }
 
+/// The name of the compositor; null for none.
+const char* DepthShade::wanted() const
+{
+    if (outlines)
+        return outlinesName;
+    return enabled ? shadeName : nullptr;
+}
+
 void DepthShade::suit(Ogre::Viewport& viewport)
 {
     Ogre::CompositorManager& compositors = Ogre::CompositorManager::getSingleton();
-    if (!enabled && !compositors.hasCompositorChain(&viewport))
+    const char* name = wanted();
+    if (!name && !compositors.hasCompositorChain(&viewport))
         return;
     Ogre::CompositorChain& chain = *compositors.getCompositorChain(&viewport);
-    Ogre::CompositorInstance* shade = chain.getCompositor(name);
-    if (enabled && !shade)
-        shade = add(viewport);
-    if (shade)
-        shade->setEnabled(enabled);
-    if (Ogre::CompositorInstance* border = chain.getCompositor(outline))
-        border->setScheme(enabled && shade ? name : Ogre::BLANKSTRING);
+    if (name && !chain.getCompositor(name) && !add(viewport, name))
+        name = nullptr;
+    for (const char* each : {shadeName, outlinesName})
+        if (Ogre::CompositorInstance* present = chain.getCompositor(each))
+            present->setEnabled(name == each);
+    if (Ogre::CompositorInstance* outline = chain.getCompositor(border))
+        outline->setScheme(name ? name : Ogre::BLANKSTRING);
 }
 
 Ogre::Technique* DepthShade::handleSchemeNotFound(unsigned short, const Ogre::String&, Ogre::Material* material,

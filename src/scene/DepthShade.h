@@ -8,8 +8,9 @@
 
 namespace vrk::visual {
 
-/// The shade in pockets and gaps, and behind the edges of what is nearer, in the pictures of all cameras: a compositor of each
-/// viewport. Bodies and clouds have it; what is seen through, lines and texts do not.
+/// What the depths of bodies and clouds add to the pictures of all cameras, by a compositor of each viewport: the shade in
+/// pockets and gaps, and behind the edges of what is nearer, or instead the outlines of bodies. What is seen through, lines and
+/// texts have neither.
 ///
 /// Owner: the scene's records. Thread: render thread.
 class DepthShade : public Ogre::MaterialManager::Listener, public ViewportUser {
@@ -21,6 +22,8 @@ public:
 
     void setEnabled(bool on);
     bool isEnabled() const { return enabled; }
+    /// Outlines of bodies instead of the shade, whether that is enabled or not.
+    void setOutlines(bool on);
 
     void serve(Ogre::Viewport& viewport, bool isMain) override;
     void forget(Ogre::Viewport& viewport) override;
@@ -33,7 +36,10 @@ public:
                                           const Ogre::Renderable* renderable) override;
 
 private:
+    const char* wanted() const;
+
     bool enabled = false;
+    bool outlines = false;
     std::set<Ogre::Viewport*> served;
 };
 

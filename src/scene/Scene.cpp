@@ -3,6 +3,7 @@
 #include "handles/AttachedGuis.h"
 #include "platform/broker/SignalBroker.h"
 #include "platform/common/Checks.h"
+#include "scene/BodyLooks.h"
 #include "scene/BorderMask.h"
 #include "scene/CornerPicture.h"
 #include "scene/DepthClearListener.h"
@@ -72,6 +73,7 @@ Scene::Scene(const std::string& name)
     viewports.add(core->record<DepthShade>());
     viewports.add(core->record<HoverOutline>());
     viewports.add(core->record<CornerPicture>());
+    viewports.add(core->record<BodyLooks>());
     Ogre::MovableObject::setDefaultVisibilityFlags(~HoverOutline::maskFlag);
     core->instanceManagers.create(*core->sceneManager);
     core->worldVisual = new Visual(this);

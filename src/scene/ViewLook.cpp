@@ -1,6 +1,7 @@
 #include "scene/ViewLook.h"
 
 #include "scene/Background.h"
+#include "scene/BodyLooks.h"
 #include "scene/CornerPicture.h"
 #include "scene/DepthShade.h"
 #include "scene/GroundShadow.h"
@@ -35,11 +36,14 @@ bool HasDepthShade()
 void SetBackground(const rob::ColorTemplate<float>& top, const rob::ColorTemplate<float>& bottom)
 {
     startedCore().record<Background>().show(top, bottom);
+    BodyLooks::suitInk(top, bottom);
 }
 
 void ResetBackground()
 {
+    const rob::ColorTemplate<float> plain(0.45f, 0.45f, 0.45f); // of a camera
     startedCore().record<Background>().hide();
+    BodyLooks::suitInk(plain, plain);
 }
 
 void SetOutlined(const std::vector<unsigned>& ids)
@@ -65,6 +69,31 @@ void SetCornerPicture(std::span<const std::uint8_t> rgba, unsigned width, unsign
 void ResetCornerPicture()
 {
     startedCore().record<CornerPicture>().hide();
+}
+
+void SetLineLook(LineLook look)
+{
+    startedCore().record<BodyLooks>().setLines(look);
+}
+
+LineLook GetLineLook()
+{
+    return startedCore().record<BodyLooks>().getLines();
+}
+
+void SetGhostsExcept(const std::vector<unsigned>& ids)
+{
+    startedCore().record<BodyLooks>().setWhole(ids);
+}
+
+void EndGhosts()
+{
+    startedCore().record<BodyLooks>().endGhosts();
+}
+
+bool HasGhosts()
+{
+    return startedCore().record<BodyLooks>().hasGhosts();
 }
 
 } // namespace vrk::visual

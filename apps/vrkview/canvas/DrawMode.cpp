@@ -11,6 +11,7 @@
 namespace vrkview {
 namespace {
 
+using vrk::visual::LineLook;
 using vrk::visual::Scene;
 using vrk::visual::SolidVisual;
 
@@ -19,6 +20,8 @@ constexpr std::array modes = {
     DrawMode{"shaded-edges", 6, Scene::DisplayMode::ShadedWithEdges},
     DrawMode{"edges", 7, Scene::DisplayMode::Edges},
     DrawMode{"wire", 8, Scene::DisplayMode::Wire},
+    DrawMode{"lines", 9, Scene::DisplayMode::ShadedWithEdges, LineLook::Visible},
+    DrawMode{"lines-dashed", 10, Scene::DisplayMode::ShadedWithEdges, LineLook::WithHidden},
 };
 
 template <typename Wanted, typename Field>
@@ -57,6 +60,7 @@ void showAs(const DrawMode& mode, const std::vector<HiddenFace>& hidden)
 {
     Scene& scene = *Scene::Get();
     scene.setDisplayMode(mode.sceneMode);
+    scene.addRenderTask([lines = mode.lines] { vrk::visual::SetLineLook(lines); }, 0);
     // The mode shows whole bodies, of hidden things as well.
     hideWhatModelHides();
     if (mode.sceneMode == Scene::DisplayMode::Edges)

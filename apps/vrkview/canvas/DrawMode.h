@@ -1,6 +1,7 @@
 #pragma once
 
 #include "scene/Scene.h"
+#include "scene/ViewLook.h"
 
 #include <span>
 #include <string>
@@ -16,6 +17,7 @@ struct DrawMode {
     const char* name;
     int functionKey; // of the key that chooses it in the window, counted from F1
     vrk::visual::Scene::DisplayMode sceneMode;
+    vrk::visual::LineLook lines = vrk::visual::LineLook::None;
 };
 
 std::span<const DrawMode> allDrawModes();

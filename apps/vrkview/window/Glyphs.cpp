@@ -247,6 +247,23 @@ void drawWire(QPainter& painter, const QColor& ink)
     painter.drawLine(cubeMiddle, cubeLowRight);
 }
 
+/// By its outline.
+void drawCylinder(QPainter& painter, const QColor& ink, bool isHiddenShown)
+{
+    painter.setPen(pen(ink));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawEllipse(QRectF(2.8, 1.8, 10.4, 4.6));
+    painter.drawLine(QPointF(2.8, 4.1), QPointF(2.8, 11.9));
+    painter.drawLine(QPointF(13.2, 4.1), QPointF(13.2, 11.9));
+    painter.drawArc(QRectF(2.8, 9.6, 10.4, 4.6), 180 * 16, 180 * 16);
+    if (!isHiddenShown)
+        return;
+    QPen dashes = pen(faded(ink, 0.7), 0.9);
+    dashes.setDashPattern({1.6, 2.4});
+    painter.setPen(dashes);
+    painter.drawArc(QRectF(2.8, 9.6, 10.4, 4.6), 0, 180 * 16);
+}
+
 void drawWarning(QPainter& painter, const QColor&)
 {
     painter.setPen(pen(QColor(176, 106, 0), 1));
@@ -306,6 +323,10 @@ void drawGlyph(QPainter& painter, const QColor& ink, int number)
         return drawCubeEdges(painter, ink);
     case Glyph::Wire:
         return drawWire(painter, ink);
+    case Glyph::Lines:
+        return drawCylinder(painter, ink, false);
+    case Glyph::DashedLines:
+        return drawCylinder(painter, ink, true);
     case Glyph::Grid:
         return drawGrid(painter, ink);
     case Glyph::Move:

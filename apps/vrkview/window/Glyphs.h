@@ -26,6 +26,8 @@ enum class Glyph {
     ShadedWithEdges,
     Edges,
     Wire,
+    Lines,
+    DashedLines,
     Grid,
     Move,
     Measure,

@@ -7,6 +7,7 @@
 #include "canvas/FaceDirections.h"
 #include "canvas/FrameShade.h"
 #include "canvas/FrameTool.h"
+#include "canvas/Ghosts.h"
 #include "canvas/Mouse.h"
 #include "canvas/MoveTool.h"
 #include "canvas/ProgramParts.h"
@@ -59,6 +60,8 @@ constexpr std::array looks = {
     Looks{"shaded-edges", QT_TRANSLATE_NOOP("ViewActions", "Shaded with &edges"), Glyph::ShadedWithEdges},
     Looks{"edges", QT_TRANSLATE_NOOP("ViewActions", "E&dges only"), Glyph::Edges},
     Looks{"wire", QT_TRANSLATE_NOOP("ViewActions", "&Wire"), Glyph::Wire},
+    Looks{"lines", QT_TRANSLATE_NOOP("ViewActions", "&Lines"), Glyph::Lines},
+    Looks{"lines-dashed", QT_TRANSLATE_NOOP("ViewActions", "Lines, &hidden ones dashed"), Glyph::DashedLines},
 };
 
 const Looks& looksOf(std::string_view name)
@@ -72,7 +75,7 @@ ViewActions::ViewActions(QWidget& window, ViewState& state, CameraFlight& flight
                          RegionTool& region, MoveTool& mover, BandTool& bandTool, MeasureTool& measurer,
                          FrameTool& framer, Mouse& mouse)
     : QObject(&window), window(window), state(state), flight(flight), settings(settings), region(region), mover(mover),
-      bandTool(bandTool), measurer(measurer), framer(framer), mouse(mouse), directions(new FaceDirections(state, this))
+      bandTool(bandTool), measurer(measurer), framer(framer), mouse(mouse), directions(new FaceDirections(state, this)), ghosts(new Ghosts(state, this))
 {
     addViews();
     addModes();
@@ -156,6 +159,8 @@ void ViewActions::addSurroundings()
     showDirections = add(tr("&U and V of the selected face"), {Qt::Key_U},
                          [this] { directions->setShown(showDirections->isChecked()); });
     showDirections->setCheckable(true);
+    showGhosts = add(tr("&Everything else as ghosts"), {Qt::Key_E}, [this] { ghosts->setOn(showGhosts->isChecked()); });
+    showGhosts->setCheckable(true);
     byHeight = add(tr("Scans by &height"), {Qt::Key_C}, [this] {
         showCloudsByHeight(byHeight->isChecked());
         emit state.cloudLooksChanged();
@@ -303,6 +308,7 @@ void ViewActions::fillViewMenu(QMenu& menu) const
         standard->addAction(view);
     menu.addSeparator();
     menu.addActions(modes->actions());
+    menu.addAction(showGhosts);
     menu.addSeparator();
     menu.addAction(grid);
     menu.addAction(turnedGrid);

@@ -20,6 +20,7 @@ class BandTool;
 class CameraFlight;
 class FaceDirections;
 class FrameTool;
+class Ghosts;
 class MeasureTool;
 class Mouse;
 class MoveTool;
@@ -80,6 +81,8 @@ private:
     QAction* turnedGrid = nullptr;
     FaceDirections* directions; // Qt's, a child of this
     QAction* showDirections = nullptr;
+    Ghosts* ghosts; // likewise
+    QAction* showGhosts = nullptr;
     QAction* byHeight = nullptr;
     QAction* depthShade = nullptr;
     QAction* groundShadow = nullptr;

@@ -1,0 +1,229 @@
+#include "scene/BodyLooks.h"
+
+#include "platform/broker/SignalBroker.h"
+#include "scene/DepthShade.h"
+#include "scene/Scene.h"
+#include "scene/core/SceneCore.h"
+#include "visual/RenderGroups.h"
+#include "visual/Visual.h"
+
+#include <Ogre.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace vrk::visual {
+namespace {
+
+// After all that they would hide, ahead of the outlines and handles: their depths are those of what is not seen through.
+constexpr Ogre::uint8 ghostGroup = 76;
+constexpr Ogre::uint8 ghostEdgeGroup = 77;
+
+enum class Kind { Body, Points, Edges, Paint, Other };
+
+bool isSeenThrough(const Ogre::Technique& technique)
+{
+    return std::ranges::any_of(technique.getPasses(), [](const Ogre::Pass* pass) {
+        return pass->isTransparent() || !pass->getDepthWriteEnabled();
+    });
+}
+
+/// The colours of collisions tell something that lines and ghosts would not, and marks on bodies are no bodies.
+bool hasLookOfItsOwn(const std::string& material)
+{
+    return material.starts_with("Collision") || material.starts_with("EmphasizeCollision") || material == "UVIndicator";
+}
+
+Kind kindOf(const Ogre::Renderable& renderable, Ogre::uint8 group)
+{
+    const Ogre::MaterialPtr& material = renderable.getMaterial();
+    if (!material || material->getSupportedTechniques().empty())
+        return Kind::Other;
+    const std::string& name = material->getName();
+    if (group == renderGroup::lines)
+        return name == "WireFrame" ? Kind::Edges : Kind::Other;
+    if ((group != renderGroup::normal && group != renderGroup::selected) || hasLookOfItsOwn(name))
+        return Kind::Other;
+    if (name.starts_with("Spray"))
+        return Kind::Paint;
+    if (isSeenThrough(*material->getSupportedTechniques().front()))
+        return Kind::Other;
+    Ogre::RenderOperation operation;
+    const_cast<Ogre::Renderable&>(renderable).getRenderOperation(operation); // OGRE asks for it so itself
+    switch (operation.operationType) {
+    case Ogre::RenderOperation::OT_POINT_LIST:
+        return Kind::Points;
+    case Ogre::RenderOperation::OT_TRIANGLE_LIST:
+    case Ogre::RenderOperation::OT_TRIANGLE_STRIP:
+        return Kind::Body;
+    default:
+        return Kind::Other;
+    }
+}
+
+Ogre::Technique* techniqueOf(const char* material)
+{
+    const Ogre::MaterialPtr found = Ogre::MaterialManager::getSingleton().getByName(material);
+    if (!found)
+        return nullptr;
+    found->load();
+    return found->getSupportedTechniques().empty() ? nullptr : found->getSupportedTechniques().front();
+}
+
+void collect(const Visual& visual, Ogre::Renderable::Visitor& visitor)
+{
+    for (Ogre::MovableObject* object : visual.getSceneNode()->getAttachedObjects())
+        object->visitRenderables(&visitor);
+    for (const Visual* child : visual.getChildren())
+        collect(*child, visitor);
+}
+
+/// As bright as eyes see it, which is green most.
+float brightness(const rob::ColorTemplate<float>& color)
+{
+    return 0.21f * color.r + 0.72f * color.g + 0.07f * color.b;
+}
+
+} // namespace
+
+BodyLooks::BodyLooks(SceneCore& core) : core(core)
+{
+    core.sceneManager->addListener(this);
+}
+
+BodyLooks::~BodyLooks()
+{
+    core.sceneManager->removeListener(this);
+}
+
+void BodyLooks::setLines(LineLook look)
+{
+    if (look == lines)
+        return;
+    lines = look;
+    core.record<DepthShade>().setOutlines(look != LineLook::None);
+    broker::SignalBroker::updateScene();
+}
+
+void BodyLooks::setWhole(std::vector<unsigned> ids)
+{
+    if (ghosts && ids == whole)
+        return;
+    ghosts = true;
+    whole = std::move(ids);
+    broker::SignalBroker::updateScene();
+}
+
+void BodyLooks::endGhosts()
+{
+    if (!ghosts)
+        return;
+    ghosts = false;
+    whole.clear();
+    broker::SignalBroker::updateScene();
+}
+
+void BodyLooks::suitInk(const rob::ColorTemplate<float>& top, const rob::ColorTemplate<float>& bottom)
+{
+    constexpr float dark = 0.3f;
+    const bool isDark = brightness(top) + brightness(bottom) < 2 * dark;
+    Ogre::GpuProgramManager::getSingleton().getSharedParameters("Ink")->setNamedConstant(
+        "ink", isDark ? Ogre::Vector4(0.86f, 0.88f, 0.90f, 1.0f) : Ogre::Vector4(0.03f, 0.04f, 0.06f, 1.0f));
+}
+
+void BodyLooks::serve(Ogre::Viewport& viewport, bool isMain)
+{
+    if (isMain)
+        served = &viewport;
+}
+
+void BodyLooks::forget(Ogre::Viewport& viewport)
+{
+    if (served == &viewport)
+        served = nullptr;
+}
+
+void BodyLooks::preFindVisibleObjects(Ogre::SceneManager* source, Ogre::SceneManager::IlluminationRenderStage,
+                                      Ogre::Viewport* viewport)
+{
+    const std::string& scheme = viewport->getMaterialScheme();
+    const bool isOn = ghosts || lines != LineLook::None;
+    // The masks of outlines show bodies as they are, the depths those that are no ghosts.
+    if (!isOn || !served || viewport->getCamera() != served->getCamera() || scheme == "BorderMask")
+        return;
+    isOfDepths = scheme == "DepthShade";
+    findTechniques();
+    findWhole();
+    source->getRenderQueue()->setRenderableListener(this);
+}
+
+void BodyLooks::postFindVisibleObjects(Ogre::SceneManager* source, Ogre::SceneManager::IlluminationRenderStage,
+                                       Ogre::Viewport*)
+{
+    source->getRenderQueue()->setRenderableListener(nullptr);
+}
+
+void BodyLooks::findTechniques()
+{
+    techniques = {};
+    if (lines != LineLook::None)
+        techniques.face = techniqueOf("LineLook/Face");
+    if (lines != LineLook::None)
+        techniques.edges = techniqueOf(lines == LineLook::Visible ? "LineLook/Edges" : "LineLook/EdgesWithHidden");
+    if (!ghosts)
+        return;
+    techniques.ghostBody = techniqueOf("Ghost/Body");
+    techniques.ghostPoints = techniqueOf("Ghost/Points");
+    techniques.ghostEdges = techniqueOf("Ghost/Edges");
+}
+
+/// What is drawn of visuals may be another object in each picture.
+void BodyLooks::findWhole()
+{
+    struct Collector : Ogre::Renderable::Visitor {
+        void visit(Ogre::Renderable* renderable, Ogre::ushort, bool, Ogre::Any*) override { found.insert(renderable); }
+        std::unordered_set<const Ogre::Renderable*> found;
+    } collector;
+    if (ghosts)
+        for (const unsigned id : whole)
+            if (Scene::HasVisual(id))
+                collect(*Scene::GetVisual(id), collector);
+    drawnWhole = std::move(collector.found);
+}
+
+bool BodyLooks::renderableQueued(Ogre::Renderable* renderable, Ogre::uint8 group, Ogre::ushort priority,
+                                 Ogre::Technique** technique, Ogre::RenderQueue* queue)
+{
+    const Kind kind = kindOf(*renderable, group);
+    if (kind == Kind::Other)
+        return true;
+    if (ghosts && !drawnWhole.contains(renderable))
+        switch (kind) {
+        case Kind::Body:
+            return queueGhost(*renderable, ghostGroup, priority, techniques.ghostBody, *queue);
+        case Kind::Points:
+            return queueGhost(*renderable, ghostGroup, priority, techniques.ghostPoints, *queue);
+        case Kind::Edges:
+            return queueGhost(*renderable, ghostEdgeGroup, priority, techniques.ghostEdges, *queue);
+        default:
+            return false; // a ghost has no paint
+        }
+    if (isOfDepths)
+        return true;
+    if (kind == Kind::Body && techniques.face)
+        *technique = techniques.face;
+    if (kind == Kind::Edges && techniques.edges)
+        *technique = techniques.edges;
+    return true;
+}
+
+/// @return false: it is not drawn as what it is.
+bool BodyLooks::queueGhost(Ogre::Renderable& renderable, Ogre::uint8 group, Ogre::ushort priority,
+                           Ogre::Technique* technique, Ogre::RenderQueue& queue)
+{
+    if (!isOfDepths && technique)
+        queue.getQueueGroup(group)->addRenderable(&renderable, technique, priority);
+    return false;
+}
+
+} // namespace vrk::visual
