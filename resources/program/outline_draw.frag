@@ -8,6 +8,7 @@ uniform vec4 ink;
 
 out vec4 fragColour;
 
+const float palest = 0.65; // in however coarse a picture, as of edges
 const float gain = 1.7; // smoothing leaves half of a line that is one pixel wide
 
 void main()
@@ -20,5 +21,6 @@ void main()
                           texture(outlines, pictureUv + vec2(0.5, 0.5) * texel).r);
     if (cover < 0.01)
         discard;
-    fragColour = vec4(ink.rgb, ink.a * min(gain * cover, 1.0));
+    float weight = clamp(1.25 * float(textureSize(outlines, 0).y) / 1080.0, palest, 1.0);
+    fragColour = vec4(ink.rgb, ink.a * weight * min(gain * cover, 1.0));
 }

@@ -5,6 +5,7 @@
 #include "scene/Scene.h"
 #include "scene/core/SceneCore.h"
 #include "visual/RenderGroups.h"
+#include "visual/SolidVisual.h"
 #include "visual/Visual.h"
 
 #include <Ogre.h>
@@ -61,7 +62,7 @@ Kind kindOf(const Ogre::Renderable& renderable, Ogre::uint8 group)
     }
 }
 
-Ogre::Technique* techniqueOf(const char* material)
+Ogre::Technique* techniqueOf(const std::string& material)
 {
     const Ogre::MaterialPtr found = Ogre::MaterialManager::getSingleton().getByName(material);
     if (!found)
@@ -76,6 +77,31 @@ void collect(const Visual& visual, Ogre::Renderable::Visitor& visitor)
         object->visitRenderables(&visitor);
     for (const Visual* child : visual.getChildren())
         collect(*child, visitor);
+}
+
+/// Null where it is drawn for no visual.
+const Visual* visualOf(const Ogre::Renderable& renderable)
+{
+    const auto* part = dynamic_cast<const Ogre::SubEntity*>(&renderable);
+    const auto* object = part ? part->getParent() : dynamic_cast<const Ogre::MovableObject*>(&renderable);
+    const Ogre::SceneNode* node = object ? object->getParentSceneNode() : nullptr;
+    return node ? visual::visualOf(*node) : nullptr;
+}
+
+/// Faces that are selected or highlighted are told by their colours.
+bool hasMarkedFaces(const Ogre::Renderable& renderable)
+{
+    const auto* solid = dynamic_cast<const SolidVisual*>(visualOf(renderable));
+    return solid && solid->hasMarkedFaces();
+}
+
+/// Of the body that these edges belong to; empty where there is none.
+std::string materialOfBody(const Ogre::Renderable& edges)
+{
+    const Visual* visual = visualOf(edges);
+    const auto* body = visual ? dynamic_cast<const FacetVisual*>(visual->getParent()) : nullptr;
+    const Ogre::Entity* entity = body ? body->getEntity() : nullptr;
+    return entity && entity->getNumSubEntities() > 0 ? entity->getSubEntity(0)->getMaterialName() : "";
 }
 
 /// As bright as eyes see it, which is green most.
@@ -166,10 +192,13 @@ void BodyLooks::postFindVisibleObjects(Ogre::SceneManager* source, Ogre::SceneMa
 void BodyLooks::findTechniques()
 {
     techniques = {};
-    if (lines != LineLook::None)
+    if (lines != LineLook::None) {
+        const std::string edges = lines == LineLook::Visible ? "LineLook/Edges" : "LineLook/AllEdges";
         techniques.face = techniqueOf("LineLook/Face");
-    if (lines != LineLook::None)
-        techniques.edges = techniqueOf(lines == LineLook::Visible ? "LineLook/Edges" : "LineLook/EdgesWithHidden");
+        techniques.edges = techniqueOf(edges);
+        techniques.selectedEdges = techniqueOf(edges + "Selected");
+        techniques.highlightedEdges = techniqueOf(edges + "Highlighted");
+    }
     if (!ghosts)
         return;
     techniques.ghostBody = techniqueOf("Ghost/Body");
@@ -210,11 +239,22 @@ bool BodyLooks::renderableQueued(Ogre::Renderable* renderable, Ogre::uint8 group
         }
     if (isOfDepths)
         return true;
-    if (kind == Kind::Body && techniques.face)
+    if (kind == Kind::Body && techniques.face && !hasMarkedFaces(*renderable))
         *technique = techniques.face;
     if (kind == Kind::Edges && techniques.edges)
-        *technique = techniques.edges;
+        *technique = linesOf(*renderable);
     return true;
+}
+
+/// In the colour of the state of their body, of which no face is seen.
+Ogre::Technique* BodyLooks::linesOf(const Ogre::Renderable& edges) const
+{
+    const std::string material = materialOfBody(edges);
+    if (material.ends_with("Selected") && techniques.selectedEdges)
+        return techniques.selectedEdges;
+    if (material.ends_with("Highlighted") && techniques.highlightedEdges)
+        return techniques.highlightedEdges;
+    return techniques.edges;
 }
 
 /// @return false: it is not drawn as what it is.

@@ -53,6 +53,8 @@ private:
     struct Techniques {
         Ogre::Technique* face = nullptr;
         Ogre::Technique* edges = nullptr;
+        Ogre::Technique* selectedEdges = nullptr;
+        Ogre::Technique* highlightedEdges = nullptr;
         Ogre::Technique* ghostBody = nullptr;
         Ogre::Technique* ghostPoints = nullptr;
         Ogre::Technique* ghostEdges = nullptr;
@@ -60,6 +62,7 @@ private:
 
     void findTechniques();
     void findWhole();
+    Ogre::Technique* linesOf(const Ogre::Renderable& edges) const;
     bool queueGhost(Ogre::Renderable& renderable, Ogre::uint8 group, Ogre::ushort priority, Ogre::Technique* technique,
                     Ogre::RenderQueue& queue);
 

@@ -53,7 +53,7 @@ enum class LineLook {
 };
 /// Draws bodies as lines, on the background, in the view of the scene's own camera; the lines stand out from the background
 /// that was set here. It is for the display mode with edges, which it lies over: the mode stays. What tells a state has its
-/// look: the edges of what is selected or highlighted, bodies that collide. Clouds, paint and what is seen through stay as
+/// look: the edges of what is selected or highlighted, bodies that collide, solids with marked faces. Clouds, paint and what is seen through stay as
 /// they are; there is no shade in pockets meanwhile. None at start. Raises `updateScene` for another look than before.
 VRK_EXPORT void SetLineLook(LineLook look);
 VRK_EXPORT LineLook GetLineLook();

@@ -96,6 +96,8 @@ public:
     void clearHighLightFace(unsigned face);
     void clearSelectedFace(unsigned face);
     void clearSelectedFace(const TopoDS_Face& face);
+    /// Whether a face has a colour for now: marked, or highlighted.
+    bool hasMarkedFaces() const { return !selectedMarks.empty() || !highlightMarks.empty(); }
 
 private:
     /// A face's colour that is not the model's, and where it stands in the present mesh. The place is kept, since a solid

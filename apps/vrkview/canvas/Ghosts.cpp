@@ -2,8 +2,13 @@
 
 #include "canvas/ProgramThings.h"
 #include "canvas/ViewState.h"
+#include "docks/StationTree.h"
 
 #include "scene/ViewLook.h"
+
+#include <fmt/format.h>
+
+#include <stdexcept>
 
 namespace vrkview {
 
@@ -32,6 +37,21 @@ void Ghosts::follow() const
     for (const auto& [cloud, points] : state.getSelectedPoints())
         whole.push_back(cloud);
     vrk::visual::SetGhostsExcept(whole);
+}
+
+void showGhostsExcept(const std::vector<std::string>& names)
+{
+    const StationTree tree = StationTree::OfScene();
+    std::vector<unsigned> whole;
+    for (const std::string& name : names) {
+        const std::size_t before = whole.size();
+        for (const StationTree::Row& row : tree.getRows())
+            if (row.name == name)
+                whole.push_back(row.id);
+        if (whole.size() == before)
+            throw std::runtime_error(fmt::format("nothing in the station is named '{}'", name));
+    }
+    vrk::visual::SetGhostsExcept(visualsOf(whole));
 }
 
 } // namespace vrkview

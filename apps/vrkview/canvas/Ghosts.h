@@ -2,6 +2,9 @@
 
 #include <QObject>
 
+#include <string>
+#include <vector>
+
 namespace vrkview {
 
 class ViewState;
@@ -26,5 +29,9 @@ private:
     const ViewState& state;
     bool on = false;
 };
+
+/// Draws all but the things of these names as ghosts from now on. After `processMsgs`.
+/// @throws std::runtime_error for a name that no thing of the station has.
+void showGhostsExcept(const std::vector<std::string>& names);
 
 } // namespace vrkview

@@ -2,6 +2,7 @@
 
 #include "canvas/CloudLooks.h"
 #include "canvas/FrameShade.h"
+#include "canvas/Ghosts.h"
 #include "canvas/HeightLegend.h"
 #include "canvas/Surroundings.h"
 #include "files/PictureFile.h"
@@ -106,6 +107,8 @@ void takePictures(const Options& options)
     suitCameraToScene();
     suitCross(target, scale);
     vrk::visual::SetDepthShade(true);
+    if (!options.whole.empty())
+        showGhostsExcept(options.whole);
     StationDimensions::Get().setPixelRatio(scale);
     std::optional<Fonts> fonts; // where a picture has texts
     const auto take = [&](const std::filesystem::path& file) {

@@ -277,6 +277,11 @@ std::optional<int> parseOptions(int argc, const char* const* argv, Options& opti
                        fmt::format("What is drawn of the bodies, in the window and in pictures: {} [{}]",
                                    drawModeNames(), display))
             ->type_name("NAME");
+    app.add_option("--ghosts-except", options.whole,
+                   "Draw all but the things of this name as ghosts in the picture; may be given several times")
+        ->type_name("NAME")
+        ->allow_extra_args(false)
+        ->needs(shot);
     app.add_option("--background", background,
                    "Colour behind the scene, or two joined by a comma, from the upper edge to the lower one; none for "
                    "a plain grey [a quiet gradient]")

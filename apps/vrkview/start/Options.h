@@ -8,6 +8,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace vrkview {
@@ -32,6 +33,7 @@ struct Options {
     std::filesystem::path session;     // to be played
     std::filesystem::path playPicture; // of the view after that; empty: none
     std::filesystem::path playSave;    // the station after that; empty: none
+    std::vector<std::string> whole;    // what the picture has that is no ghost; empty: all
     const DrawMode* drawMode = nullptr;
     std::optional<Backdrop> backdrop = usualBackdrop(); // nothing: the library's plain grey
     bool hasGroundShadow = true;

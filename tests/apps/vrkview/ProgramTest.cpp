@@ -260,6 +260,40 @@ TEST(ViewerShot, DisplayChoosesWhatIsDrawnOfTheBodies)
     EXPECT_NE(wire, edges);
 }
 
+TEST(ViewerShot, LinesLeaveTheFacesOfBodiesAway)
+{
+    const Files files;
+    const std::string box = files.writeBrep("box.brep");
+
+    const QImage shaded = shot(files, "shaded", {"--display", "shaded", box});
+    const QImage edges = shot(files, "edges", {"--display", "edges", box});
+    const QImage lines = shot(files, "lines", {"--display", "lines", box});
+    const QImage dashed = shot(files, "dashed", {"--display", "lines-dashed", box});
+
+    EXPECT_LT(shown(lines), shown(shaded) / 4);
+    EXPECT_GT(shown(lines), 0.01);
+    EXPECT_NE(lines, edges) << "hidden edges";
+    EXPECT_GT(shown(dashed), 1.02 * shown(lines)) << "in dashes";
+}
+
+TEST(ViewerShot, AllButSomeThingsAreGhosts)
+{
+    const Files files;
+    const std::string first = files.writeBrep("first.brep");
+    const std::string second = files.writeBrep("second.brep");
+
+    const QImage plain = shot(files, "plain", {first, second});
+    const QImage whole = shot(files, "whole", {"--ghosts-except", "first", "--ghosts-except", "second", first, second});
+    const QImage one = shot(files, "one", {"--ghosts-except", "first", first, second});
+
+    EXPECT_EQ(whole, plain);
+    EXPECT_NE(one, plain);
+    const Outcome unknown = runViewer({"--ghosts-except", "third", "--shot", files.path("none.png"), first});
+    EXPECT_EQ(unknown.exitCode, 2);
+    EXPECT_THAT(unknown.err, HasSubstr("nothing in the station is named 'third'"));
+    EXPECT_EQ(runViewer({"--ghosts-except", "first", first}).exitCode, 1) << "it is for pictures";
+}
+
 TEST(ViewerShot, MeshIsDrawnWithTheEdgesAtWhichItIsBent)
 {
     const Files files;

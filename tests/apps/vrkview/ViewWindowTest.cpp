@@ -5,8 +5,10 @@
 #include "canvas/Surroundings.h"
 #include "canvas/ViewLegend.h"
 #include "canvas/ViewState.h"
+#include "edit/History.h"
 
 #include "scene/Scene.h"
+#include "scene/ViewLook.h"
 #include "view/Camera.h"
 
 #include <gmock/gmock.h>
@@ -157,6 +159,78 @@ TEST_F(ViewWindowTest, FunctionKeysChooseTheDisplayAndBackComesTheSamePicture)
     EXPECT_EQ(last, first); // the front of the gear case is left away again, too
     state.setVisible({fence}, true);
     typeKey("g");
+}
+
+TEST_F(ViewWindowTest, LinesAreModesAsTheOthersAndBackComesTheSamePicture)
+{
+    typeKey("g");
+    const QImage first = after("F6");
+
+    const QImage lines = after("F9");
+    const QImage dashed = after("F10");
+    const QImage edges = after("F7"); // from one to a mode without
+    const QImage linesAgain = after("F9");
+    const QImage last = after("F6");
+
+    EXPECT_LT(shown(lines), 0.7 * shown(first));
+    EXPECT_GT(shown(lines), 0.01);
+    EXPECT_NE(dashed, lines);
+    EXPECT_NE(edges, lines);
+    EXPECT_EQ(linesAgain, lines);
+    EXPECT_EQ(last, first);
+    EXPECT_EQ(vrk::visual::GetLineLook(), vrk::visual::LineLook::None);
+    typeKey("g");
+}
+
+TEST_F(ViewWindowTest, GhostsFollowTheSelectionAndAreNoStepOfWork)
+{
+    ViewState& state = window().getState();
+    const History& history = state.getHistory();
+    const int steps = history.count();
+    state.selectVisuals({idOf(state.getTree(), "Robot")});
+    state.clear(); // the mouse may rest on it: its highlight goes with the selection
+    const QImage first = after("0");
+
+    const QImage nothingSelected = after("e");
+    EXPECT_EQ(nothingSelected, first);
+    EXPECT_FALSE(vrk::visual::HasGhosts());
+
+    state.selectVisuals({idOf(state.getTree(), "Robot")});
+    settle();
+    const QImage robot = seen();
+    EXPECT_TRUE(vrk::visual::HasGhosts());
+    state.selectVisuals({idOf(state.getTree(), "Fence")});
+    settle();
+    EXPECT_NE(seen(), robot);
+
+    EXPECT_NE(after("e"), robot);
+    EXPECT_FALSE(vrk::visual::HasGhosts());
+    state.clear();
+    settle();
+    EXPECT_EQ(seen(), first);
+    EXPECT_EQ(history.count(), steps);
+}
+
+TEST_F(ViewWindowTest, FaceThatIsSelectedKeepsItsBodyFromBeingAGhost)
+{
+    ViewState& state = window().getState();
+    typeKey("e");
+    const unsigned body = idOf(state.getTree(), "Shoulder");
+    state.toggleFace(body, 1, ViewState::FaceUse::Base);
+    settle();
+    const QImage face = seen();
+    EXPECT_TRUE(vrk::visual::HasGhosts());
+
+    vrk::visual::SetGhostsExcept({});
+    settle();
+    EXPECT_NE(seen(), face);
+    vrk::visual::SetGhostsExcept({body});
+    settle();
+    EXPECT_EQ(seen(), face);
+
+    state.clear();
+    EXPECT_FALSE(vrk::visual::HasGhosts());
+    typeKey("e");
 }
 
 TEST_F(ViewWindowTest, FitIsTheSameWhileOnlyEdgesAreShown)
