@@ -3,7 +3,7 @@
 //
 // BODY_EDGES: the segments are edges of a body, whose weight fades as the body becomes small in the picture, and which are as
 // fine as the picture is; those that faces meet in without a bend are thinner and paler. PLAIN: no face is seen beside them, so
-// that those of small bodies keep their weight, and dark bodies have no others.
+// that those of smaller bodies keep their weight, and dark bodies have no others.
 
 layout(lines) in;
 layout(triangle_strip, max_vertices = 4) out;
@@ -15,18 +15,16 @@ uniform mat4 worldViewProj;
 uniform mat4 worldView;
 uniform vec4 extent;     // the sphere around the body, in its frame: middle and radius; none where that is 0
 #ifdef PLAIN
+uniform float seenFrom; // pixels of a picture of up to 1080 rows
+uniform float fullFrom;
 uniform float smoothPart; // of their weight that those without a bend keep
 #else
 uniform vec4 onDark; // x: 1 on a body as dark as a line
 #endif
 uniform vec4 firstSmooth; // x: the first segment without a bend, y: 0 where there is none
 
-// Pixels of a picture of up to 1080 rows
-#ifdef PLAIN
-const float seenFrom = 4.0;
-const float fullFrom = 40.0;
-#else
-const float seenFrom = 20.0;
+#ifndef PLAIN
+const float seenFrom = 20.0; // pixels of a picture of up to 1080 rows
 const float fullFrom = 120.0;
 #endif
 const vec3 light = vec3(0.42, 0.44, 0.47);

@@ -75,7 +75,8 @@ ViewActions::ViewActions(QWidget& window, ViewState& state, CameraFlight& flight
                          RegionTool& region, MoveTool& mover, BandTool& bandTool, MeasureTool& measurer,
                          FrameTool& framer, Mouse& mouse)
     : QObject(&window), window(window), state(state), flight(flight), settings(settings), region(region), mover(mover),
-      bandTool(bandTool), measurer(measurer), framer(framer), mouse(mouse), directions(new FaceDirections(state, this)), ghosts(new Ghosts(state, this))
+      bandTool(bandTool), measurer(measurer), framer(framer), mouse(mouse), directions(new FaceDirections(state, this)),
+      ghosts(new Ghosts(state, this))
 {
     addViews();
     addModes();
