@@ -3,6 +3,7 @@
 #include "platform/broker/SignalBroker.h"
 #include "scene/DepthShade.h"
 #include "scene/Scene.h"
+#include "scene/SchemeTechnique.h"
 #include "scene/core/SceneCore.h"
 #include "visual/RenderGroups.h"
 #include "visual/SolidVisual.h"
@@ -20,14 +21,7 @@ namespace {
 constexpr Ogre::uint8 ghostGroup = 76;
 constexpr Ogre::uint8 ghostEdgeGroup = 77;
 
-enum class Kind { Body, Points, Edges, Paint, Other };
-
-bool isSeenThrough(const Ogre::Technique& technique)
-{
-    return std::ranges::any_of(technique.getPasses(), [](const Ogre::Pass* pass) {
-        return pass->isTransparent() || !pass->getDepthWriteEnabled();
-    });
-}
+enum class Kind { Body, Points, Edges, Paint, Shadow, Other };
 
 /// The colours of collisions tell something that lines and ghosts would not, and marks on bodies are no bodies.
 bool hasLookOfItsOwn(const std::string& material)
@@ -41,6 +35,8 @@ Kind kindOf(const Ogre::Renderable& renderable, Ogre::uint8 group)
     if (!material || material->getSupportedTechniques().empty())
         return Kind::Other;
     const std::string& name = material->getName();
+    if (name == "GroundShadow")
+        return Kind::Shadow;
     if (group == renderGroup::lines)
         return name == "WireFrame" ? Kind::Edges : Kind::Other;
     if ((group != renderGroup::normal && group != renderGroup::selected) || hasLookOfItsOwn(name))
@@ -60,15 +56,6 @@ Kind kindOf(const Ogre::Renderable& renderable, Ogre::uint8 group)
     default:
         return Kind::Other;
     }
-}
-
-Ogre::Technique* techniqueOf(const std::string& material)
-{
-    const Ogre::MaterialPtr found = Ogre::MaterialManager::getSingleton().getByName(material);
-    if (!found)
-        return nullptr;
-    found->load();
-    return found->getSupportedTechniques().empty() ? nullptr : found->getSupportedTechniques().front();
 }
 
 void collect(const Visual& visual, Ogre::Renderable::Visitor& visitor)
@@ -195,9 +182,9 @@ void BodyLooks::findTechniques()
     if (lines != LineLook::None) {
         const std::string edges = lines == LineLook::Visible ? "LineLook/Edges" : "LineLook/AllEdges";
         techniques.face = techniqueOf("LineLook/Face");
-        techniques.edges = techniqueOf(edges);
-        techniques.selectedEdges = techniqueOf(edges + "Selected");
-        techniques.highlightedEdges = techniqueOf(edges + "Highlighted");
+        techniques.edges = techniqueOf(edges.c_str());
+        techniques.selectedEdges = techniqueOf((edges + "Selected").c_str());
+        techniques.highlightedEdges = techniqueOf((edges + "Highlighted").c_str());
     }
     if (!ghosts)
         return;
@@ -226,6 +213,8 @@ bool BodyLooks::renderableQueued(Ogre::Renderable* renderable, Ogre::uint8 group
     const Kind kind = kindOf(*renderable, group);
     if (kind == Kind::Other)
         return true;
+    if (kind == Kind::Shadow)
+        return false; // it would be seen through faces, and tell of what is hardly there
     if (ghosts && !drawnWhole.contains(renderable))
         switch (kind) {
         case Kind::Body:

@@ -53,15 +53,17 @@ enum class LineLook {
 };
 /// Draws bodies as lines, on the background, in the view of the scene's own camera; the lines stand out from the background
 /// that was set here. It is for the display mode with edges, which it lies over: the mode stays. What tells a state has its
-/// look: the edges of what is selected or highlighted, bodies that collide, solids with marked faces. Clouds, paint and what is seen through stay as
-/// they are; there is no shade in pockets meanwhile. None at start. Raises `updateScene` for another look than before.
+/// look: the edges of what is selected or highlighted, bodies that collide, solids with marked faces. Clouds, paint and what is
+/// seen through stay as they are; there is neither shade in pockets nor a shadow on the ground meanwhile. None at start. Raises
+/// `updateScene` for another look than before.
 VRK_EXPORT void SetLineLook(LineLook look);
 VRK_EXPORT LineLook GetLineLook();
 
 /// Draws all bodies and clouds but those of these visuals, and of visuals below them, as transparent ghosts without paint, in
 /// the view of the scene's own camera. Of ghosts behind each other the nearest faces are seen, whatever the order; what is
-/// whole is seen through them. Bodies that collide are no ghosts. It replaces the list of before; ids without a visual are
-/// passed over, now and later. Neither a visual nor the model is changed. Raises `updateScene` for another list than before.
+/// whole is seen through them. Bodies that collide are no ghosts, and no shadow lies on the ground. It replaces the list of
+/// before; ids without a visual are passed over, now and later. Neither a visual nor the model is changed. Raises `updateScene`
+/// for another list than before.
 VRK_EXPORT void SetGhostsExcept(const std::vector<unsigned>& ids);
 /// The end of that; nothing without. Raises `updateScene` where there were ghosts.
 VRK_EXPORT void EndGhosts();

@@ -291,6 +291,26 @@ TEST_F(BodyLooks, CloudsStayAsTheyAreAmongLines)
     EXPECT_EQ(largestDifference(before, render(aslant)), 0);
 }
 
+TEST_F(BodyLooks, NeitherLinesNorGhostsStandOnAShadow)
+{
+    const SolidVisual* box = addBox("box", {-50, -50, 40});
+    add(test::meshedBox(20, 20, 20), "foot", {-10, -10, -50});
+    for (const bool areLines : {true, false}) {
+        RemoveGroundShadow();
+        const Picture plain = render(aslant);
+        SetLineLook(areLines ? LineLook::Visible : LineLook::None);
+        if (!areLines)
+            SetGhostsExcept({box->getId()});
+        const Picture without = render(aslant);
+        TakeGroundShadow();
+        EXPECT_EQ(largestDifference(without, render(aslant)), 0) << areLines;
+        SetLineLook(LineLook::None);
+        EndGhosts();
+        EXPECT_GT(largestDifference(plain, render(aslant)), 5) << "it comes back";
+    }
+    RemoveGroundShadow();
+}
+
 TEST_F(BodyLooks, ChangeAsksForAFrame)
 {
     int asked = 0;
