@@ -99,7 +99,7 @@ INSTANTIATE_TEST_SUITE_P(
         WrongLine{"JointWithoutValue", {"--list", "--joints", "elbow="}, "Could not convert: --joints = elbow="},
         WrongLine{"UnknownDisplay",
                   {"--display", "x-ray"},
-                  "--display: 'x-ray' is none of shaded, shaded-edges, edges, wire"},
+                  "--display: 'x-ray' is none of shaded, shaded-edges, edges, wire, lines, lines-dashed"},
         WrongLine{"OneNumber",
                   {"--shot", "x.png", "--size", "10"},
                   "--size: '10' is not a size such as 1600x1000, each side from 1 to 8192"},
