@@ -4,6 +4,7 @@
 #include "scene/DepthShade.h"
 #include "scene/Scene.h"
 #include "scene/SchemeTechnique.h"
+#include "scene/core/ClosedMeshes.h"
 #include "scene/core/SceneCore.h"
 #include "visual/RenderGroups.h"
 #include "visual/SolidVisual.h"
@@ -160,14 +161,19 @@ void BodyLooks::preFindVisibleObjects(Ogre::SceneManager* source, Ogre::SceneMan
                                       Ogre::Viewport* viewport)
 {
     const std::string& scheme = viewport->getMaterialScheme();
-    const bool isOn = ghosts || lines != LineLook::None;
-    // The masks of outlines show bodies as they are, the depths those that are no ghosts.
-    if (!isOn || !served || viewport->getCamera() != served->getCamera() || scheme == "BorderMask")
-        return;
     isOfDepths = scheme == "DepthShade";
-    findTechniques();
-    findWhole();
-    source->getRenderQueue()->setRenderableListener(this);
+    // The masks of outlines show bodies as they are, the depths those that are no ghosts.
+    const bool isMain = served && viewport->getCamera() == served->getCamera();
+    const bool isMask = scheme == "BorderMask" || scheme == "GroundShadow";
+    hasLook = (ghosts || lines != LineLook::None) && isMain && !isMask;
+    hasBacks = isMask || viewport->getCamera()->getPolygonMode() != Ogre::PM_SOLID;
+    backFaces.use(core.record<ClosedMeshes>());
+    if (hasLook) {
+        findTechniques();
+        findWhole();
+    }
+    if (hasLook || !hasBacks)
+        source->getRenderQueue()->setRenderableListener(this);
 }
 
 void BodyLooks::postFindVisibleObjects(Ogre::SceneManager* source, Ogre::SceneManager::IlluminationRenderStage,
@@ -210,28 +216,52 @@ void BodyLooks::findWhole()
 bool BodyLooks::renderableQueued(Ogre::Renderable* renderable, Ogre::uint8 group, Ogre::ushort priority,
                                  Ogre::Technique** technique, Ogre::RenderQueue* queue)
 {
-    const Kind kind = kindOf(*renderable, group);
+    const Ogre::Technique* before = *technique;
+    if (hasLook && !queuedByLook(*renderable, group, priority, technique, *queue))
+        return false;
+    if (!hasBacks && *technique == before)
+        leaveBackFaces(*renderable, technique);
+    return true;
+}
+
+void BodyLooks::leaveBackFaces(const Ogre::Renderable& renderable, Ogre::Technique** technique)
+{
+    if (!backFaces.isClosed(renderable))
+        return;
+    // What is seen through has no depth, and no technique here.
+    Ogre::Technique* culling = backFaces.techniqueOf(renderable);
+    if (culling && isOfDepths)
+        culling = backFaces.techniqueOf(*(*technique)->getParent());
+    if (culling)
+        *technique = culling;
+}
+
+/// @return false where it is not drawn as what it is.
+bool BodyLooks::queuedByLook(Ogre::Renderable& renderable, Ogre::uint8 group, Ogre::ushort priority,
+                             Ogre::Technique** technique, Ogre::RenderQueue& queue)
+{
+    const Kind kind = kindOf(renderable, group);
     if (kind == Kind::Other)
         return true;
     if (kind == Kind::Shadow)
         return false; // it would be seen through faces, and tell of what is hardly there
-    if (ghosts && !drawnWhole.contains(renderable))
+    if (ghosts && !drawnWhole.contains(&renderable))
         switch (kind) {
         case Kind::Body:
-            return queueGhost(*renderable, ghostGroup, priority, techniques.ghostBody, *queue);
+            return queueGhost(renderable, ghostGroup, priority, techniques.ghostBody, queue);
         case Kind::Points:
-            return queueGhost(*renderable, ghostGroup, priority, techniques.ghostPoints, *queue);
+            return queueGhost(renderable, ghostGroup, priority, techniques.ghostPoints, queue);
         case Kind::Edges:
-            return queueGhost(*renderable, ghostEdgeGroup, priority, techniques.ghostEdges, *queue);
+            return queueGhost(renderable, ghostEdgeGroup, priority, techniques.ghostEdges, queue);
         default:
             return false; // a ghost has no paint
         }
     if (isOfDepths)
         return true;
-    if (kind == Kind::Body && techniques.face && !hasMarkedFaces(*renderable))
+    if (kind == Kind::Body && techniques.face && !hasMarkedFaces(renderable))
         *technique = techniques.face;
     if (kind == Kind::Edges && techniques.edges)
-        *technique = linesOf(*renderable);
+        *technique = linesOf(renderable);
     return true;
 }
 

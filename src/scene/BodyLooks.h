@@ -1,5 +1,6 @@
 #pragma once
 
+#include "scene/BackFaces.h"
 #include "scene/ViewLook.h"
 #include "scene/core/ViewportUsers.h"
 
@@ -14,7 +15,8 @@ namespace vrk::visual {
 class SceneCore;
 
 /// What the scene's own camera draws instead of bodies, clouds and their edges: lines, or ghosts. It is exchanged as OGRE
-/// gathers what it draws, picture by picture, so that no visual knows of it.
+/// gathers what it draws, picture by picture, so that no visual knows of it. In the pictures of all cameras, closed bodies
+/// come without their back faces.
 ///
 /// Owner: the scene's records. Thread: render thread.
 class BodyLooks : public Ogre::RenderQueue::RenderableListener,
@@ -60,6 +62,9 @@ private:
         Ogre::Technique* ghostEdges = nullptr;
     };
 
+    bool queuedByLook(Ogre::Renderable& renderable, Ogre::uint8 group, Ogre::ushort priority,
+                      Ogre::Technique** technique, Ogre::RenderQueue& queue);
+    void leaveBackFaces(const Ogre::Renderable& renderable, Ogre::Technique** technique);
     void findTechniques();
     void findWhole();
     Ogre::Technique* linesOf(const Ogre::Renderable& edges) const;
@@ -72,10 +77,14 @@ private:
     std::vector<unsigned> whole; // what is no ghost
     Ogre::Viewport* served = nullptr;
 
+    BackFaces backFaces;
+
     // Of the picture that is being drawn
     Techniques techniques;
     std::unordered_set<const Ogre::Renderable*> drawnWhole;
     bool isOfDepths = false;
+    bool hasLook = false;  // lines or ghosts
+    bool hasBacks = false; // as in wire frames
 };
 
 } // namespace vrk::visual

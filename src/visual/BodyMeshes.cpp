@@ -4,6 +4,9 @@
 #include "mesh/MeshManager.h"
 #include "mesh/ShapeTriangles.h"
 #include "mesh/paint/PaintMesh.h"
+#include "platform/geometry/ClosedSolids.h"
+#include "scene/core/ClosedMeshes.h"
+#include "scene/core/SceneCore.h"
 #include "visual/MeshVisual.h"
 #include "visual/SolidVisual.h"
 
@@ -15,6 +18,22 @@ namespace {
 FaceFilter visibleFacesOf(const SolidVisual& solid)
 {
     return [&solid](unsigned face) { return solid.isFaceVisible(face); };
+}
+
+bool showsAllFaces(const SolidVisual& solid)
+{
+    for (unsigned face = 1; face <= static_cast<unsigned>(solid.getFaceMap().Extent()); ++face)
+        if (!solid.isFaceVisible(face))
+            return false;
+    return true;
+}
+
+/// Notes a mesh of which only the outsides can be seen. One with hidden faces is open.
+void noteIfClosed(const SolidVisual& solid, const std::string& meshName)
+{
+    if (showsAllFaces(solid) && geometry::areSolidsClosed(solid.getShape()))
+        SceneCore::Get()->record<ClosedMeshes>().add(
+            Ogre::MeshManager::getSingleton().getByName(meshName)->getHandle());
 }
 
 } // namespace
@@ -38,6 +57,7 @@ void MeshManager::loadShape(SolidVisual* solid, const ColorInfo& colors)
         throw NoTriangleMesh();
     mesh->name = name;
     loadToGpu(mesh.get());
+    noteIfClosed(*solid, name);
 }
 
 std::unique_ptr<Mesh> MeshManager::getShapeMesh(const TopoDS_Shape&, const layout::FaceMap& faces, SolidVisual* solid,
