@@ -9,8 +9,8 @@ viewer=${1:-build/release/bin/vrkview}
 pictures=docs/pictures
 mkdir -p $pictures
 
-"$viewer" --background "#7C8793" --size 480x300 --shot $pictures/cell.png
-"$viewer" --background "#7C8793" --size 780x488 --view front --shot $pictures/cell-front.png
+"$viewer" --background "#7C8793" --size 440x275 --shot $pictures/cell.png
+"$viewer" --background "#7C8793" --size 740x463 --view front --shot $pictures/cell-front.png
 "$viewer" --background "#7C8793" --size 460x288 --display edges --shot $pictures/cell-edges.png
 "$viewer" --background "#7C8793" --size 1000x625 --pick-grid 1000x625 --pick-picture $pictures/cell-picks.png > /dev/null
 
