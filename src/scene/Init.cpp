@@ -10,6 +10,7 @@
 #include "scene/DriverPacer.h"
 #include "scene/FrameTimer.h"
 #include "scene/InitSteps.h"
+#include "scene/PassOrder.h"
 #include "scene/Scene.h"
 #include "scene/core/OgreCompat.h"
 #include "scene/core/ResourceArchive.h"
@@ -39,6 +40,7 @@ struct RootOwner {
     int shaderLevel = 0; // 2 where the driver runs our programs; read by nobody
     std::unique_ptr<KelvaneResourceArchiveFactory> archiveFactory;
     std::unique_ptr<FrameTimer> frameTimer;
+    PassOrder passOrder;
 };
 
 RootOwner* owner = nullptr;
@@ -51,6 +53,7 @@ void createRoot(RootOwner& owned)
     owned.logs = new Ogre::LogManager;
     owned.logs->createLog(logPath, true, false);
     owned.root = new Ogre::Root("", "", logPath);
+    Ogre::Pass::setHashFunction(&owned.passOrder);
     owned.root->createSceneManager(Ogre::DefaultSceneManagerFactory::FACTORY_TYPE_NAME, "VRK_SceneManager");
     installGL3Plus(*owned.root);
     selectRenderer(*owned.root, rendererName);
