@@ -14,19 +14,15 @@ in vec4 pointColour[];
 uniform mat4 worldViewProj;
 uniform mat4 worldView;
 uniform vec4 extent;     // the sphere around the body, in its frame: middle and radius; none where that is 0
-#ifdef PLAIN
-uniform float seenFrom; // pixels of a picture of up to 1080 rows
+uniform float seenFrom; // pixels of a picture of up to 1080 rows; those of bodies that are smaller do not arrive here
 uniform float fullFrom;
+#ifdef PLAIN
 uniform float smoothPart; // of their weight that those without a bend keep
 #else
 uniform vec4 onDark; // x: 1 on a body as dark as a line
 #endif
 uniform vec4 firstSmooth; // x: the first segment without a bend, y: 0 where there is none
 
-#ifndef PLAIN
-const float seenFrom = 20.0; // pixels of a picture of up to 1080 rows
-const float fullFrom = 120.0;
-#endif
 const vec3 light = vec3(0.42, 0.44, 0.47);
 const float palest = 0.65; // in however coarse a picture
 const float smoothWidth = 0.6;

@@ -168,6 +168,7 @@ void BodyLooks::preFindVisibleObjects(Ogre::SceneManager* source, Ogre::SceneMan
     hasLook = (ghosts || lines != LineLook::None) && isMain && !isMask;
     hasBacks = isMask || viewport->getCamera()->getPolygonMode() != Ogre::PM_SOLID;
     backFaces.use(core.record<ClosedMeshes>());
+    smallEdges.use(*viewport);
     if (hasLook) {
         findTechniques();
         findWhole();
@@ -221,7 +222,7 @@ bool BodyLooks::renderableQueued(Ogre::Renderable* renderable, Ogre::uint8 group
         return false;
     if (!hasBacks && *technique == before)
         leaveBackFaces(*renderable, technique);
-    return true;
+    return group != renderGroup::lines || !smallEdges.isUnseen(*renderable, **technique);
 }
 
 void BodyLooks::leaveBackFaces(const Ogre::Renderable& renderable, Ogre::Technique** technique)
@@ -280,7 +281,7 @@ Ogre::Technique* BodyLooks::linesOf(const Ogre::Renderable& edges) const
 bool BodyLooks::queueGhost(Ogre::Renderable& renderable, Ogre::uint8 group, Ogre::ushort priority,
                            Ogre::Technique* technique, Ogre::RenderQueue& queue)
 {
-    if (!isOfDepths && technique)
+    if (!isOfDepths && technique && !smallEdges.isUnseen(renderable, *technique))
         queue.getQueueGroup(group)->addRenderable(&renderable, technique, priority);
     return false;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "scene/BackFaces.h"
+#include "scene/SmallEdges.h"
 #include "scene/ViewLook.h"
 #include "scene/core/ViewportUsers.h"
 
@@ -16,7 +17,7 @@ class SceneCore;
 
 /// What the scene's own camera draws instead of bodies, clouds and their edges: lines, or ghosts. It is exchanged as OGRE
 /// gathers what it draws, picture by picture, so that no visual knows of it. In the pictures of all cameras, closed bodies
-/// come without their back faces.
+/// come without their back faces, and small ones without their edges.
 ///
 /// Owner: the scene's records. Thread: render thread.
 class BodyLooks : public Ogre::RenderQueue::RenderableListener,
@@ -78,6 +79,7 @@ private:
     Ogre::Viewport* served = nullptr;
 
     BackFaces backFaces;
+    SmallEdges smallEdges;
 
     // Of the picture that is being drawn
     Techniques techniques;
