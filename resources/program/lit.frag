@@ -17,7 +17,7 @@ uniform vec4 lightSpecular[4];
 uniform vec3 cameraPosition;
 uniform mat4 view;     // the rows of its rotation are the camera's axes
 uniform vec4 tint;     // rgb: colour of the state; a: how much of it
-uniform vec4 finish;   // x: strength and y: exponent of the highlight, z: strength of the sheen, w: darkening at the rim
+uniform vec4 finish;   // strengths of x: the highlight, y: the sheen, z: the darkening at the rim
 uniform float opacity; // times the alpha of the surface colour
 uniform float rimOpacity; // how much more where the surface turns away: a glass shell has its outline so
 
@@ -73,8 +73,9 @@ void main()
         float h = max(dot(n, normalize(l + v)), 0.0);
         float h2 = h * h;
         float h8 = h2 * h2 * h2 * h2;
+        float h16 = h8 * h8;
         float seen = smoothstep(-0.05, 0.15, facing);
-        specular += lightSpecular[i].rgb * seen * (finish.x * pow(h, finish.y) + finish.z * h8);
+        specular += lightSpecular[i].rgb * seen * (finish.x * h16 * h16 * h16 + finish.y * h8);
     }
     // A lamp over the viewer's right shoulder, the stronger the less the four lights reach: whatever side is looked at, no
     // face of it lies in the dark, and two that stand at the same angle to the eye differ.
@@ -86,7 +87,7 @@ void main()
     float away = 1.0 - towardsEye;
     if (rimOpacity > 0.0)
         alpha = min(alpha + surfaceColour.a * rimOpacity * away * away * sqrt(away), 1.0);
-    float rim = 1.0 - finish.w * away * away * away;
+    float rim = 1.0 - finish.z * away * away * away;
     vec3 lit = exposure * base * diffuse * rim + specular;
     // What is bright is pressed together, the hue kept, so that a highlight on a white face still shows its shape.
     float brightest = max(max(lit.r, lit.g), lit.b);
