@@ -17,8 +17,7 @@ bool CompoundVisual::IsMember(const Visual& child)
 
 void CompoundVisual::createOwnFrame(const char* label)
 {
-    ownFrame = new FrameVisual(this, 0, label, VisualType::Frame);
-    hideOwnFrame();
+    ownFrame = FrameVisual::BuildHidden(this, label);
 }
 
 void CompoundVisual::hideOwnFrame()

@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 #include <vector>
 
 namespace vrk::visual {
@@ -118,11 +119,7 @@ FrameVisual::FrameVisual(Visual* parent, const std::string& name, VisualType wan
     : LineVisual(name, parent)
 {
     type = frameTypeOf(wantedType);
-    const std::vector<float> ends = dashEnds(SizeOf(type), std::max(dashes, 1u));
-    lineX = makeAxis(*this, "RedFrameLine", axisX, ends);
-    lineY = makeAxis(*this, "GreenFrameLine", axisY, ends);
-    lineZ = makeAxis(*this, "BlueFrameLine", axisZ, ends);
-    LineVisual::update();
+    makeAxes(dashEnds(SizeOf(type), std::max(dashes, 1u)));
 }
 
 FrameVisual::FrameVisual(Visual* parent, unsigned givenId, const std::string& name, VisualType wantedType)
@@ -145,12 +142,61 @@ FrameVisual::FrameVisual(Visual* parent, sdf::SdfNode* node) : LineVisual(node, 
     buildSolid(static_cast<float>(SizeOf(type)));
 }
 
+FrameVisual::FrameVisual(Visual* parent, const std::string& name, std::optional<float> laterSize)
+    : LineVisual(name, parent), pendingSize(laterSize)
+{
+    id = 0;
+    type = VisualType::Frame;
+}
+
+FrameVisual::FrameVisual(const FrameVisual& other) : LineVisual(other)
+{
+    const_cast<FrameVisual&>(other).makePendingAxes(); // of the one node of both
+    lineX = other.lineX;
+    lineY = other.lineY;
+    lineZ = other.lineZ;
+    materials = other.materials;
+}
+
 void FrameVisual::buildSolid(float size)
 {
-    lineX = makeAxis(*this, "RedFrameLine", axisX, {0.0f, size});
-    lineY = makeAxis(*this, "GreenFrameLine", axisY, {0.0f, size});
-    lineZ = makeAxis(*this, "BlueFrameLine", axisZ, {0.0f, size});
+    makeAxes({0.0f, size});
+}
+
+void FrameVisual::makeAxes(const std::vector<float>& ends)
+{
+    lineX = makeAxis(*this, materials[0], axisX, ends);
+    lineY = makeAxis(*this, materials[1], axisY, ends);
+    lineZ = makeAxis(*this, materials[2], axisZ, ends);
     LineVisual::update();
+}
+
+void FrameVisual::makePendingAxes()
+{
+    if (!pendingSize)
+        return;
+    buildSolid(*std::exchange(pendingSize, std::nullopt));
+    getSceneNode()->setVisible(isVisible(), false); // what is attached is shown at first
+}
+
+const std::vector<std::unique_ptr<DynamicLines>>& FrameVisual::getLines() const
+{
+    const_cast<FrameVisual*>(this)->makePendingAxes();
+    return LineVisual::getLines();
+}
+
+void FrameVisual::setVisible(bool nowVisible, bool recursive)
+{
+    if (nowVisible)
+        makePendingAxes();
+    LineVisual::setVisible(nowVisible, recursive);
+}
+
+FrameVisual* FrameVisual::BuildHidden(Visual* parent, const std::string& name)
+{
+    auto* visual = new FrameVisual(parent, name, static_cast<float>(SizeOf(VisualType::Frame)));
+    visual->setVisible(false, true);
+    return visual;
 }
 
 FrameVisual* FrameVisual::Build(Visual* parent, unsigned dashes)
@@ -178,6 +224,7 @@ void FrameVisual::Build(Visual* parent, sdf::SdfNode* node)
 
 void FrameVisual::setFrameSize(unsigned size)
 {
+    makePendingAxes();
     const auto length = static_cast<float>(size);
     lineX->setPoint(1, {length, 0, 0});
     lineY->setPoint(1, {0, length, 0});
@@ -187,24 +234,27 @@ void FrameVisual::setFrameSize(unsigned size)
 
 void FrameVisual::resetAppearance()
 {
-    setMaterials("RedFrameLine", "GreenFrameLine", "BlueFrameLine");
+    setMaterials({"RedFrameLine", "GreenFrameLine", "BlueFrameLine"});
 }
 
 void FrameVisual::setSelected()
 {
-    setMaterials("RedFrameLineSelected", "GreenFrameLineSelected", "BlueFrameLineSelected");
+    setMaterials({"RedFrameLineSelected", "GreenFrameLineSelected", "BlueFrameLineSelected"});
 }
 
 void FrameVisual::setHighlighted()
 {
-    setMaterials("WhiteFrameLine", "WhiteFrameLine", "WhiteFrameLine");
+    setMaterials({"WhiteFrameLine", "WhiteFrameLine", "WhiteFrameLine"});
 }
 
-void FrameVisual::setMaterials(const char* x, const char* y, const char* z)
+void FrameVisual::setMaterials(const Materials& wanted)
 {
-    lineX->setMaterial(materialByName(x));
-    lineY->setMaterial(materialByName(y));
-    lineZ->setMaterial(materialByName(z));
+    materials = wanted;
+    if (pendingSize)
+        return;
+    lineX->setMaterial(materialByName(wanted[0]));
+    lineY->setMaterial(materialByName(wanted[1]));
+    lineZ->setMaterial(materialByName(wanted[2]));
 }
 
 } // namespace vrk::visual

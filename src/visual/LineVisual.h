@@ -33,7 +33,7 @@ public:
 
     /// Adds an empty line and keeps it. The result is good until the visual dies; never delete it.
     DynamicLines* createDynamicLine(RenderOpType type);
-    const std::vector<std::unique_ptr<DynamicLines>>& getLines() const { return lines; }
+    virtual const std::vector<std::unique_ptr<DynamicLines>>& getLines() const { return lines; }
 
     void update() override;
 

@@ -6,6 +6,10 @@
 #include "support/SceneFixture.h"
 #include "visual/Edges.h"
 
+#include <Ogre.h>
+
+#include <algorithm>
+
 namespace vrk::visual {
 namespace {
 
@@ -241,6 +245,68 @@ TEST_F(FrameVisualTest, FramesOfOneSizeShareTheirAxesUntilOneIsGivenAnother)
 
     EXPECT_THAT(alongX(first), ElementsAre(0, 70));
     EXPECT_THAT(alongX(second), ElementsAre(0, 50));
+}
+
+int attachedTo(const FrameVisual& frame)
+{
+    return static_cast<int>(frame.getSceneNode()->getAttachedObjects().size());
+}
+
+bool isAnyShown(const FrameVisual& frame)
+{
+    return std::ranges::any_of(frame.getSceneNode()->getAttachedObjects(),
+                               [](const Ogre::MovableObject* axis) { return axis->getVisible(); });
+}
+
+TEST_F(FrameVisualTest, HiddenFrameGetsItsAxesWhenItIsShown)
+{
+    FrameVisual* frame = FrameVisual::BuildHidden(world, "Local Frame");
+    EXPECT_FALSE(frame->isVisible());
+    EXPECT_EQ(frame->getType(), VisualType::Frame);
+    EXPECT_EQ(frame->getId(), 0u);
+    EXPECT_EQ(attachedTo(*frame), 0);
+
+    frame->setVisible(true, true);
+    EXPECT_EQ(attachedTo(*frame), 3);
+    EXPECT_TRUE(isAnyShown(*frame));
+    EXPECT_EQ(alongX(*frame), alongX(FrameVisual(world, 0, "other", VisualType::Frame)));
+
+    frame->setVisible(false, true);
+    EXPECT_FALSE(isAnyShown(*frame));
+    EXPECT_EQ(attachedTo(*frame), 3);
+}
+
+TEST_F(FrameVisualTest, HiddenFrameThatIsAskedForItsAxesStaysHidden)
+{
+    FrameVisual* frame = FrameVisual::BuildHidden(world, "Local Frame");
+    EXPECT_EQ(frame->getLines().size(), 3u);
+    EXPECT_EQ(attachedTo(*frame), 3);
+    EXPECT_FALSE(isAnyShown(*frame));
+}
+
+TEST_F(FrameVisualTest, HiddenFrameIsShownInTheSizeAndTheLookThatItWasGiven)
+{
+    FrameVisual* frame = FrameVisual::BuildHidden(world, "Local Frame");
+    frame->setSelected();
+    EXPECT_EQ(attachedTo(*frame), 0);
+    EXPECT_THAT(materialsOf(*frame),
+                ElementsAre("RedFrameLineSelected", "GreenFrameLineSelected", "BlueFrameLineSelected"));
+
+    FrameVisual* other = FrameVisual::BuildHidden(world, "Local Frame");
+    other->setFrameSize(77);
+    other->setVisible(true, false);
+    other->update();
+    EXPECT_THAT(alongX(*other), ElementsAre(0, 77));
+}
+
+TEST_F(FrameVisualTest, CopyOfAHiddenFrameHasTheAxesOfItsNode)
+{
+    FrameVisual* frame = FrameVisual::BuildHidden(world, "Local Frame");
+    FrameVisual copy(*frame);
+    EXPECT_EQ(attachedTo(*frame), 3);
+    EXPECT_TRUE(copy.getLines().empty()) << "the lines stay with the one that made them";
+    copy.setFrameSize(55);
+    EXPECT_THAT(axis(*frame, 0).getPoints(), ElementsAre(rob::Posf(0, 0, 0), rob::Posf(55, 0, 0)));
 }
 
 } // namespace
