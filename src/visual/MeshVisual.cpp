@@ -6,6 +6,7 @@
 #include "platform/geometry/MeshEdges.h"
 #include "platform/layout/Body.h"
 #include "platform/sdf/SdfManager.h"
+#include "scene/core/ClosedMeshes.h"
 #include "scene/core/SceneCore.h"
 #include "visual/Entities.h"
 #include "visual/Picking.h"
@@ -132,8 +133,11 @@ void MeshVisual::detachEntity()
 
 bool MeshVisual::setEdges(const std::shared_ptr<const geometry::MeshEdges>& edges)
 {
-    if (!entity || edges->points.empty() || edges->vertices != mesh->vertices.size() ||
-        edges->triangles != mesh->indices.size() / 3)
+    if (!entity || edges->vertices != mesh->vertices.size() || edges->triangles != mesh->indices.size() / 3)
+        return false;
+    if (edges->isClosed)
+        SceneCore::Get()->record<ClosedMeshes>().add(entity->getMesh()->getHandle());
+    if (edges->points.empty())
         return false;
     removeEdges();
     WireFrameVisual::Build(this, edges)->setVisible(visible, false);

@@ -14,6 +14,7 @@
 #include "visual/WireFrameVisual.h"
 
 #include <array>
+#include <cstdlib>
 #include <fstream>
 
 namespace vrk::visual {
@@ -230,6 +231,34 @@ TEST_F(MeshBodyEdges, BendIsADarkLineInThePicture)
     EXPECT_EQ(darkAlongTheTop(render(view)), 0);
     scene.setDisplayMode(DisplayMode::ShadedWithEdges);
     drain();
+}
+
+/// Seen from between its faces, a wedge has nothing but backs.
+TEST_F(MeshBodyEdges, BacksOfAClosedMeshAreDrawnOnlyUntilItIsKnownToBeClosed)
+{
+    MeshVisual* body = build(writeWedge("closed.stl"));
+    const test::View fromInside{{0, 0, 30}, {100, 0, 30}, {0, 0, 1}};
+    const auto middle = [&] { return render(fromInside).at(200, 150); };
+    const test::Pixel before = middle();
+    EXPECT_GT(before.r, before.b + 60);
+
+    give(*body, edgesOf(*body));
+
+    const test::Pixel after = middle();
+    EXPECT_LT(std::abs(after.r - after.b), 20) << "the grey behind it";
+    const test::Pixel outside = render({{300, -300, 200}, {0, 0, 30}, {0, 0, 1}}).at(200, 150);
+    EXPECT_GT(outside.r, outside.b + 60);
+}
+
+TEST_F(MeshBodyEdges, BacksOfAnOpenMeshStay)
+{
+    MeshVisual* body = build(writeWedge("open.stl"));
+    auto open = std::make_shared<geometry::MeshEdges>(*edgesOf(*body));
+    open->isClosed = false;
+    give(*body, open);
+
+    const test::Pixel middle = render({{0, 0, 30}, {100, 0, 30}, {0, 0, 1}}).at(200, 150);
+    EXPECT_GT(middle.r, middle.b + 60);
 }
 
 } // namespace

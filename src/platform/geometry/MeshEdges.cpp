@@ -1,6 +1,7 @@
 #include "platform/geometry/MeshEdges.h"
 
 #include "platform/geometry/BorderRows.h"
+#include "platform/geometry/ClosedMesh.h"
 #include "platform/geometry/CreaseLines.h"
 #include "platform/geometry/EdgeTable.h"
 #include "platform/geometry/WeldPoints.h"
@@ -148,6 +149,7 @@ MeshEdges edgesOfMesh(std::span<const rob::Posf> points, std::span<const unsigne
     const WeldedPoints welded = weldPoints(points, static_cast<float>(samePlace * extent));
     WeldedTriangles triangles = weldedTriangles(welded, indices, leastHeight * extent);
     const EdgeTable table(triangles, welded.points.size());
+    edges.isClosed = isClosed(welded, triangles, table);
     takeNormalsOfNeighbours(triangles, table, welded.points);
     const std::vector<CreaseLine> lines =
         linesToDraw(LineFinder(welded, triangles, table, extent).all(), welded.points, triangles.area, extent);

@@ -14,6 +14,9 @@ struct MeshEdges {
     std::vector<rob::Posf> points; ///< two for each segment, in the units of the mesh
     std::size_t vertices = 0;      ///< of the mesh
     std::size_t triangles = 0;     ///< of the mesh
+    /// Whether nothing but the outsides of the triangles can be seen from where there is no material, so that what turns its back
+    /// to the eye need not be drawn. Of a mesh with a gap, a turned triangle or a body inside out it is not so.
+    bool isClosed = false;
 };
 
 /// The edges of a mesh, each once: those between two triangles that are bent by more than `creaseAngle`, to whichever side each
