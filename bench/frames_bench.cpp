@@ -1,5 +1,6 @@
 // A frame of many bodies of few shapes, with their edges, and of one body of many faces: what it costs, beside Open CASCADE's
 // own viewer, which draws the same from the same places in turn. Needs a display; xvfb-run gives it one.
+// VRK_BENCH_PARTS names STEP and BREP files, with colons between them, each of which is drawn as one body as well.
 
 #include "bench/support/Contest.h"
 #include "bench/support/Peak.h"
@@ -24,16 +25,23 @@
 #include <BRepMesh_IncrementalMesh.hxx>
 #include <BRepPrimAPI_MakeBox.hxx>
 #include <BRepPrimAPI_MakeCylinder.hxx>
+#include <BRepTools.hxx>
+#include <BRep_Builder.hxx>
 #include <Bnd_Box.hxx>
+#include <STEPControl_Reader.hxx>
 #include <TopTools_ListOfShape.hxx>
 #include <gp_Ax2.hxx>
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdlib>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <numbers>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -115,6 +123,26 @@ Things onePlate()
     return {{cut(BRepPrimAPI_MakeBox(gp_Pnt(-30, -30, 0), length, length, 40).Shape(), holes), "frames-plate", {}}};
 }
 
+/// The shape of a file, with triangles as the viewer gives them.
+Things partOf(const std::filesystem::path& file)
+{
+    TopoDS_Shape shape;
+    if (file.extension() == ".brep") {
+        BRepTools::Read(shape, file.c_str(), BRep_Builder());
+    } else {
+        STEPControl_Reader reader;
+        if (reader.ReadFile(file.c_str()) != IFSelect_RetDone)
+            throw std::runtime_error("cannot read " + file.string());
+        reader.TransferRoots();
+        shape = reader.OneShape();
+    }
+    Bnd_Box box;
+    BRepBndLib::Add(shape, box);
+    const double size = box.CornerMin().Distance(box.CornerMax());
+    BRepMesh_IncrementalMesh(shape, std::min(size / 2000, 1.0), false, 0.2, false);
+    return {{shape, "frames-" + file.string(), {}}};
+}
+
 /// Where the camera stands, and what it looks at.
 struct Orbit {
     explicit Orbit(const Things& things)
@@ -126,7 +154,8 @@ struct Orbit {
                 BRepBndLib::Add(thing.shape, box);
         }
         const gp_Pnt low = box.CornerMin(), high = box.CornerMax();
-        middle = gp_Pnt((low.X() + high.X()) / 2, (low.Y() + high.Y()) / 2, things.size() == 1 ? 20 : 40);
+        middle = gp_Pnt((low.X() + high.X()) / 2, (low.Y() + high.Y()) / 2,
+                        things.size() == 1 ? (low.Z() + high.Z()) / 2 : 40);
         distance = 1.15 * low.Distance(high) / 2 / std::sin(verticalAngle / 2);
     }
     gp_Pnt eye(int frame) const
@@ -183,6 +212,12 @@ public:
     Ours(const Ours&) = delete;
     Ours& operator=(const Ours&) = delete;
 
+    /// As if somebody dragged it.
+    void moveOneBody(double by)
+    {
+        const auto& part = layout::Layout::inst().parts.front();
+        scene.setVisualPose(part->getId(), rob::Posef(rob::Posf(rob::Posd(0, 0, by))));
+    }
     std::vector<std::uint8_t> draw(const gp_Pnt& eye, const gp_Pnt& middle, double distance)
     {
         visual::Camera& camera = *visual::Camera::Get();
@@ -263,6 +298,26 @@ void drawFrames(benchmark::State& state, const std::function<Things()>& make, un
     }
 }
 
+/// A frame in which one body has moved, beside one in which nothing has.
+void oneMoved64(benchmark::State& state)
+{
+    bench::startedScene();
+    const Things things = manyBodies(static_cast<int>(state.range(0)));
+    const Orbit orbit(things);
+    for (auto _ : state) {
+        Ours ours(things, 64, 64, 0);
+        const auto draw = [&] { ours.draw(orbit.eye(0), orbit.middle, orbit.distance); };
+        draw();
+        bench::Contest work;
+        for (int frame = 1; frame <= 3 * frames; ++frame) {
+            work.add("still", bench::workOf(draw));
+            ours.moveOneBody(frame);
+            work.add("ours", bench::workOf(draw));
+        }
+        work.report(state, "CPU ms", "still");
+    }
+}
+
 void bodies64(benchmark::State& state)
 {
     drawFrames(
@@ -294,6 +349,21 @@ void sizes(benchmark::internal::Benchmark* benchmark)
 
 BENCHMARK(bodies64)->Apply(sizes);
 BENCHMARK(bodies1600)->Apply(sizes);
+BENCHMARK(oneMoved64)->Apply(sizes);
 BENCHMARK(plate1600)->Iterations(1)->Unit(benchmark::kMillisecond);
+
+[[maybe_unused]] const bool hasParts = [] {
+    const char* named = std::getenv("VRK_BENCH_PARTS");
+    std::istringstream files(named ? named : "");
+    for (std::string file; std::getline(files, file, ':');)
+        benchmark::RegisterBenchmark(("part1600/" + std::filesystem::path(file).filename().string()).c_str(),
+                                     [file](benchmark::State& state) {
+                                         drawFrames(
+                                             state, [&file] { return partOf(file); }, 1600, 1000, 4);
+                                     })
+            ->Iterations(1)
+            ->Unit(benchmark::kMillisecond);
+    return named != nullptr;
+}();
 
 } // namespace
