@@ -1,6 +1,7 @@
 #include "demo/DemoFurniture.h"
 
 #include "demo/DemoParts.h"
+#include "demo/KeptShapes.h"
 
 #include "platform/layout/Assembly.h"
 #include "platform/layout/Body.h"
@@ -112,6 +113,40 @@ void addRow(Assembly& fence, const TopoDS_Shape& post, const std::string& panelF
     }
 }
 
+/// Four legs with bars between them.
+/// @param x, y  how far out of the middle the legs reach.
+TopoDS_Shape benchFrame(double x, double y, double height, double tube)
+{
+    std::vector<TopoDS_Shape> frame;
+    for (const double side : {-1.0, 1.0}) {
+        for (const double end : {-1.0, 1.0})
+            frame.push_back(rounded(box({end > 0 ? x - tube : -x, side > 0 ? y - tube : -y, 0},
+                                        {end > 0 ? x : -x + tube, side > 0 ? y : -y + tube, height}),
+                                    10, isAlong(up)));
+        frame.push_back(
+            box({-x + tube, side > 0 ? y - tube + 8 : -y + 8, 120}, {x - tube, side > 0 ? y - 8 : -y + tube - 8, 164}));
+        frame.push_back(
+            box({side > 0 ? x - tube + 8 : -x + 8, -y + tube, 120}, {side > 0 ? x - 8 : -x + tube - 8, y - tube, 164}));
+    }
+    return together(frame);
+}
+
+TopoDS_Shape palletBoards()
+{
+    constexpr double length = 1200, depth = 800, board = 22, block = 78;
+    std::vector<TopoDS_Shape> wood;
+    for (const double y : {-350.0, 0.0, 350.0}) {
+        wood.push_back(box({-length / 2, y - 50, 0}, {length / 2, y + 50, board}));
+        for (const double x : {-527.5, 0.0, 527.5})
+            wood.push_back(box({x - 72.5, y - 50, board}, {x + 72.5, y + 50, board + block}));
+    }
+    for (const double x : {-527.5, 0.0, 527.5})
+        wood.push_back(box({x - 72.5, -depth / 2, board + block}, {x + 72.5, depth / 2, board + block + board}));
+    for (const double y : {-350.0, -175.0, 0.0, 175.0, 350.0})
+        wood.push_back(box({-length / 2, y - 62, board + block + board}, {length / 2, y + 62, palletHeight}));
+    return together(wood);
+}
+
 } // namespace
 
 std::shared_ptr<Assembly> makeFence()
@@ -120,7 +155,7 @@ std::shared_ptr<Assembly> makeFence()
     const std::string panel =
         vrk::station::GeometryCache::Get("fence_panel", "demo station, fence panel 1", ".stl", panelStl);
     auto fence = std::make_shared<Assembly>(newId(), "Fence");
-    const TopoDS_Shape post = makePost();
+    const TopoDS_Shape post = kept("Fence post", makePost);
     addRow(*fence, post, panel, panelsLeft, left, behind - panelsLeft * panelWidth, 90);
     addRow(*fence, post, panel, panelsBehind, left, behind, 0);
     fence->addPart(single("Fence post", at(left + panelsBehind * panelWidth, behind, 0), post, color::safety));
@@ -134,11 +169,15 @@ std::shared_ptr<Part> makePedestal(double height)
         return rounded(box({-half, -half, from}, {half, half, to}), corner, isAlong(up));
     };
     const std::shared_ptr<Part> part = makePart("Pedestal");
-    addBody(*part, "Pedestal", square(190, 10, height - 10, 34), color::slate);
-    addBody(*part, "Pedestal plates",
-            together({bevelled(square(300, 0, plateThickness, 24), 4, liesAtHeight(plateThickness)),
-                      square(225, height - plateThickness, height, 60)}),
-            color::graphite);
+    addBody(
+        *part, "Pedestal", [&] { return square(190, 10, height - 10, 34); }, color::slate);
+    addBody(
+        *part, "Pedestal plates",
+        [&] {
+            return together({bevelled(square(300, 0, plateThickness, 24), 4, liesAtHeight(plateThickness)),
+                             square(225, height - plateThickness, height, 60)});
+        },
+        color::graphite);
     return part;
 }
 
@@ -146,28 +185,70 @@ std::shared_ptr<Part> makeCabinet(const Posed& pose)
 {
     constexpr double width = 520, depth = 420, height = 860, foot = 60;
     const std::shared_ptr<Part> part = makePart("Controller", pose);
-    TopoDS_Shape casing = box({-width / 2, -depth / 2, foot}, {width / 2, depth / 2, height});
-    casing = rounded(casing, 24, isAlong(up));
-    addBody(*part, "Cabinet", bevelled(casing, 6, liesAtHeight(height)), color::graphite);
-    addBody(*part, "Cabinet foot", box({-width / 2 + 30, -depth / 2 + 30, 0}, {width / 2 - 30, depth / 2 - 30, foot}),
-            color::dark);
+    const auto casing = [] {
+        const TopoDS_Shape plain = box({-width / 2, -depth / 2, foot}, {width / 2, depth / 2, height});
+        return bevelled(rounded(plain, 24, isAlong(up)), 6, liesAtHeight(height));
+    };
+    addBody(*part, "Cabinet", casing, color::graphite);
+    addBody(
+        *part, "Cabinet foot",
+        [&] {
+            return box({-width / 2 + 30, -depth / 2 + 30, 0}, {width / 2 - 30, depth / 2 - 30, foot});
+        },
+        color::dark);
     const double front = -depth / 2;
-    addBody(*part, "Door",
-            rounded(box({-width / 2 + 34, front - 10, 110}, {width / 2 - 34, front + 5, height - 40}), 16,
-                    isAlong(gp::DY())),
-            color::casing);
-    addBody(*part, "Handle", rounded(box({150, front - 34, 420}, {172, front - 8, 560}), 6, isAlong(up)), color::dark);
-    addBody(*part, "Vents",
-            together({box({-150, front - 12, 170}, {80, front - 8, 182}),
-                      box({-150, front - 12, 200}, {80, front - 8, 212}),
-                      box({-150, front - 12, 230}, {80, front - 8, 242})}),
-            color::dark);
-    addBody(*part, "Main switch", drum({-130, front - 8, 700}, gp_Dir(0, -1, 0), 34, 24, 5), color::red);
+    addBody(
+        *part, "Door",
+        [&] {
+            return rounded(box({-width / 2 + 34, front - 10, 110}, {width / 2 - 34, front + 5, height - 40}), 16,
+                           isAlong(gp::DY()));
+        },
+        color::casing);
+    addBody(
+        *part, "Handle",
+        [&] {
+            return rounded(box({150, front - 34, 420}, {172, front - 8, 560}), 6, isAlong(up));
+        },
+        color::dark);
+    addBody(
+        *part, "Vents",
+        [&] {
+            return together({box({-150, front - 12, 170}, {80, front - 8, 182}),
+                             box({-150, front - 12, 200}, {80, front - 8, 212}),
+                             box({-150, front - 12, 230}, {80, front - 8, 242})});
+        },
+        color::dark);
+    addBody(
+        *part, "Main switch",
+        [&] {
+            return drum({-130, front - 8, 700}, gp_Dir(0, -1, 0), 34, 24, 5);
+        },
+        color::red);
     const double x = width / 2 - 80, y = depth / 2 - 80;
-    addBody(*part, "Lamp foot", cylinder({x, y, height}, up, 24, 120), color::steel);
-    addBody(*part, "Green lamp", cylinder({x, y, height + 120}, up, 30, 58), color::green);
-    addBody(*part, "Amber lamp", cylinder({x, y, height + 182}, up, 30, 58), color::safety);
-    addBody(*part, "Red lamp", drum({x, y, height + 244}, up, 30, 62, 10), color::red);
+    addBody(
+        *part, "Lamp foot",
+        [&] {
+            return cylinder({x, y, height}, up, 24, 120);
+        },
+        color::steel);
+    addBody(
+        *part, "Green lamp",
+        [&] {
+            return cylinder({x, y, height + 120}, up, 30, 58);
+        },
+        color::green);
+    addBody(
+        *part, "Amber lamp",
+        [&] {
+            return cylinder({x, y, height + 182}, up, 30, 58);
+        },
+        color::safety);
+    addBody(
+        *part, "Red lamp",
+        [&] {
+            return drum({x, y, height + 244}, up, 30, 62, 10);
+        },
+        color::red);
     return part;
 }
 
@@ -175,40 +256,21 @@ std::shared_ptr<Part> makeBench(const Posed& pose)
 {
     constexpr double length = 1080, depth = 640, top = 64, tube = 60, inset = 40;
     const std::shared_ptr<Part> part = makePart("Measuring bench", pose);
-    TopoDS_Shape stone = rounded(
-        box({-length / 2, -depth / 2, benchHeight - top}, {length / 2, depth / 2, benchHeight}), 12, isAlong(up));
-    addBody(*part, "Stone top", bevelled(stone, 5, liesAtHeight(benchHeight)), color::granite);
-    const double x = length / 2 - inset, y = depth / 2 - inset;
-    std::vector<TopoDS_Shape> frame;
-    for (const double side : {-1.0, 1.0}) {
-        for (const double end : {-1.0, 1.0})
-            frame.push_back(rounded(box({end > 0 ? x - tube : -x, side > 0 ? y - tube : -y, 0},
-                                        {end > 0 ? x : -x + tube, side > 0 ? y : -y + tube, benchHeight - top}),
-                                    10, isAlong(up)));
-        frame.push_back(
-            box({-x + tube, side > 0 ? y - tube + 8 : -y + 8, 120}, {x - tube, side > 0 ? y - 8 : -y + tube - 8, 164}));
-        frame.push_back(
-            box({side > 0 ? x - tube + 8 : -x + 8, -y + tube, 120}, {side > 0 ? x - 8 : -x + tube - 8, y - tube, 164}));
-    }
-    addBody(*part, "Bench frame", together(frame), color::brightSteel);
+    const auto stone = [] {
+        const TopoDS_Shape plain =
+            box({-length / 2, -depth / 2, benchHeight - top}, {length / 2, depth / 2, benchHeight});
+        return bevelled(rounded(plain, 12, isAlong(up)), 5, liesAtHeight(benchHeight));
+    };
+    addBody(*part, "Stone top", stone, color::granite);
+    const auto frame = [] { return benchFrame(length / 2 - inset, depth / 2 - inset, benchHeight - top, tube); };
+    addBody(*part, "Bench frame", frame, color::brightSteel);
     return part;
 }
 
 std::shared_ptr<Part> makePallet(const Posed& pose)
 {
-    constexpr double length = 1200, depth = 800, board = 22, block = 78;
     const std::shared_ptr<Part> part = makePart("Pallet", pose);
-    std::vector<TopoDS_Shape> wood;
-    for (const double y : {-350.0, 0.0, 350.0}) {
-        wood.push_back(box({-length / 2, y - 50, 0}, {length / 2, y + 50, board}));
-        for (const double x : {-527.5, 0.0, 527.5})
-            wood.push_back(box({x - 72.5, y - 50, board}, {x + 72.5, y + 50, board + block}));
-    }
-    for (const double x : {-527.5, 0.0, 527.5})
-        wood.push_back(box({x - 72.5, -depth / 2, board + block}, {x + 72.5, depth / 2, board + block + board}));
-    for (const double y : {-350.0, -175.0, 0.0, 175.0, 350.0})
-        wood.push_back(box({-length / 2, y - 62, board + block + board}, {length / 2, y + 62, palletHeight}));
-    addBody(*part, "Pallet", together(wood), color::wood);
+    addBody(*part, "Pallet", palletBoards, color::wood);
     return part;
 }
 

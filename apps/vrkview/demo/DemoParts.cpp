@@ -57,6 +57,12 @@ std::shared_ptr<Body> addBody(Part& part, const std::string& name, const TopoDS_
     return body;
 }
 
+std::shared_ptr<Body> addBody(Part& part, const std::string& name, const ShapeMaker& make, const char* bodyColor,
+                              const std::vector<Paint>& paints)
+{
+    return addBody(part, name, kept(name, make), bodyColor, paints);
+}
+
 std::shared_ptr<Part> single(const std::string& name, const Posed& pose, const TopoDS_Shape& shape,
                              const char* bodyColor, const std::vector<Paint>& paints)
 {

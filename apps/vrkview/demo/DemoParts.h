@@ -1,6 +1,7 @@
 #pragma once
 
 #include "demo/DemoSolids.h"
+#include "demo/KeptShapes.h"
 
 #include "scene/math/Pose.h"
 
@@ -51,6 +52,9 @@ std::shared_ptr<vrk::layout::Part> makePart(const std::string& name, const vrk::
 std::shared_ptr<vrk::layout::Body> addBody(vrk::layout::Part& part, const std::string& name, const TopoDS_Shape& shape,
                                            const char* bodyColor, const std::vector<Paint>& paints = {});
 
+/// The same with a shape that is `kept` under the body's name.
+std::shared_ptr<vrk::layout::Body> addBody(vrk::layout::Part& part, const std::string& name, const ShapeMaker& make,
+                                           const char* bodyColor, const std::vector<Paint>& paints = {});
 /// A part with one body of its own name.
 std::shared_ptr<vrk::layout::Part> single(const std::string& name, const vrk::rob::Posed& pose,
                                           const TopoDS_Shape& shape, const char* bodyColor,

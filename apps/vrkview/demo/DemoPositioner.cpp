@@ -28,31 +28,70 @@ EdgeTest liesAtY(double y)
     };
 }
 
-void drawStand(Part& part)
+TopoDS_Shape footPlate()
 {
-    TopoDS_Shape foot = plate(gp_Ax2(gp::Origin(), up, gp::DX()),
-                              {{-230, -40, 60}, {230, -40, 60}, {230, 530, 60}, {-230, 530, 60}}, 30);
-    addBody(part, "Positioner foot", bevelled(foot, 5, liesAtHeight(30)), color::graphite);
-    TopoDS_Shape column = sidePlate({{-150, 70, 42}, {150, 70, 42}, {0, tiltHeight, 165}}, 400, 560);
-    column = rounded(rounded(column, 26, liesAtY(400)), 26, liesAtY(560));
-    addBody(part, "Positioner column", column, color::slate);
-    addBody(part, "Tilt motor", drum({0, 556, tiltHeight}, aside, 92, 120, 18), color::graphite);
-    addBody(part, "Tilt ring", cylinder({0, 386, tiltHeight}, aside, 140, 16), color::dark);
+    const TopoDS_Shape foot = plate(gp_Ax2(gp::Origin(), up, gp::DX()),
+                                    {{-230, -40, 60}, {230, -40, 60}, {230, 530, 60}, {-230, 530, 60}}, 30);
+    return bevelled(foot, 5, liesAtHeight(30));
 }
 
-void drawCradle(Part& part)
+TopoDS_Shape column()
 {
-    addBody(part, "Tilt hub", drum({0, 340, 0}, aside, 132, 46, 4), color::silver);
+    const TopoDS_Shape plain = sidePlate({{-150, 70, 42}, {150, 70, 42}, {0, tiltHeight, 165}}, 400, 560);
+    return rounded(rounded(plain, 26, liesAtY(400)), 26, liesAtY(560));
+}
+
+TopoDS_Shape cradle()
+{
     TopoDS_Shape arm = sidePlate({{-90, -226, 44}, {90, -226, 44}, {0, 0, 138}}, 292, 342);
     arm = rounded(arm, 14, liesAtY(292));
     const TopoDS_Shape shelf =
         plate(gp_Ax2(gp_Pnt(0, 0, -270), up, gp::DX()), {{0, 0, 150}, {130, 300, 4}, {-130, 300, 4}}, 62);
-    addBody(part, "Cradle", fused(arm, bevelled(shelf, 8, liesAtHeight(-208))), color::orange);
-    addBody(part, "Table bearing", cylinder({0, 0, -208}, up, 120, 56), color::dark);
-    addBody(part, "Table motor", drum({0, 0, -268}, gp_Dir(0, 0, -1), 84, 110, 16), color::graphite);
+    return fused(arm, bevelled(shelf, 8, liesAtHeight(-208)));
 }
 
-void drawTable(Part& part)
+void drawStand(Part& part)
+{
+    addBody(part, "Positioner foot", footPlate, color::graphite);
+    addBody(part, "Positioner column", column, color::slate);
+    addBody(
+        part, "Tilt motor",
+        [&] {
+            return drum({0, 556, tiltHeight}, aside, 92, 120, 18);
+        },
+        color::graphite);
+    addBody(
+        part, "Tilt ring",
+        [&] {
+            return cylinder({0, 386, tiltHeight}, aside, 140, 16);
+        },
+        color::dark);
+}
+
+void drawCradle(Part& part)
+{
+    addBody(
+        part, "Tilt hub",
+        [&] {
+            return drum({0, 340, 0}, aside, 132, 46, 4);
+        },
+        color::silver);
+    addBody(part, "Cradle", cradle, color::orange);
+    addBody(
+        part, "Table bearing",
+        [&] {
+            return cylinder({0, 0, -208}, up, 120, 56);
+        },
+        color::dark);
+    addBody(
+        part, "Table motor",
+        [&] {
+            return drum({0, 0, -268}, gp_Dir(0, 0, -1), 84, 110, 16);
+        },
+        color::graphite);
+}
+
+TopoDS_Shape turntable()
 {
     constexpr double thickness = 44, slotWidth = 14;
     const TopoDS_Shape disc =
@@ -65,7 +104,12 @@ void drawTable(Part& part)
         slots.push_back(
             plate(gp_Ax2(gp_Pnt(0, 0, -14), up, along), {{110, 0, slotWidth / 2}, {400, 0, slotWidth / 2}}, 20));
     }
-    addBody(part, "Table", without(disc, slots), color::brightSteel);
+    return without(disc, slots);
+}
+
+void drawTable(Part& part)
+{
+    addBody(part, "Table", turntable, color::brightSteel);
 }
 
 } // namespace

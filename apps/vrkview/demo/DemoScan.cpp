@@ -1,11 +1,11 @@
 #include "demo/DemoScan.h"
 
 #include "demo/DemoShapes.h"
+#include "demo/KeptShapes.h"
 
 #include "platform/layout/PointCloud.h"
 #include "platform/sdf/SdfManager.h"
 #include "platform/station/GeometryCache.h"
-#include "platform/station/Import.h"
 
 #include <BRep_Tool.hxx>
 #include <Poly_Triangulation.hxx>
@@ -58,9 +58,9 @@ void addFloor(std::vector<Triangle>& triangles)
         triangles.push_back({Corner{Posf(0, 0, 0), Vec3f(0, 0, 1)}, rim(i), rim(i + 1)});
 }
 
+/// Of a shape that is meshed.
 void addShape(std::vector<Triangle>& triangles, const TopoDS_Shape& shape)
 {
-    vrk::station::meshShape(shape);
     for (TopExp_Explorer face(shape, TopAbs_FACE); face.More(); face.Next()) {
         TopLoc_Location location;
         const Handle(Poly_Triangulation) mesh = BRep_Tool::Triangulation(TopoDS::Face(face.Current()), location);
@@ -188,7 +188,7 @@ std::shared_ptr<vrk::layout::PointCloud> scanOfBracket(const vrk::rob::Posed& po
 {
     std::vector<Triangle> triangles;
     addFloor(triangles);
-    addShape(triangles, bracket());
+    addShape(triangles, kept("Bracket that is scanned", bracket));
     DepthPicture picture;
     for (const Triangle& triangle : triangles)
         picture.draw(triangle);

@@ -7,6 +7,7 @@
 #include "demo/DemoProgram.h"
 #include "demo/DemoScan.h"
 #include "demo/DemoShapes.h"
+#include "demo/KeptShapes.h"
 
 #include "platform/layout/Assembly.h"
 #include "platform/layout/Body.h"
@@ -49,11 +50,21 @@ constexpr std::array welding = {-12.1, 23.8, 12.0, 5.5, 40.0, 69.9};
 std::shared_ptr<Part> makeFixture()
 {
     std::shared_ptr<Part> part = makePart("Fixture");
-    addBody(*part, "Fixture plate", scaled(fixturePlate(), fixtureScale), color::slate,
+    addBody(*part, "Fixture plate", [&] { return scaled(fixturePlate(), fixtureScale); }, color::slate,
             {{isCylinder(3.4, 3.6), color::dark}, {isPlaneAt(2, -18 * fixtureScale), color::dark}});
     // Stops at the back of the bracket, and a clamp on its foot.
-    addBody(*part, "Stop", rounded(box({-142, -60, 0}, {-121, 60, 46}), 6, isAlong(gp::DY())), color::brass);
-    addBody(*part, "Side stop", rounded(box({-70, 91, 0}, {40, 112, 46}), 6, isAlong(gp::DX())), color::brass);
+    addBody(
+        *part, "Stop",
+        [&] {
+            return rounded(box({-142, -60, 0}, {-121, 60, 46}), 6, isAlong(gp::DY()));
+        },
+        color::brass);
+    addBody(
+        *part, "Side stop",
+        [&] {
+            return rounded(box({-70, 91, 0}, {40, 112, 46}), 6, isAlong(gp::DX()));
+        },
+        color::brass);
     return part;
 }
 
@@ -65,7 +76,9 @@ std::shared_ptr<Part> makeWorkpiece(const TopoDS_Shape& largeBracket, unsigned& 
              {isCylinder(19.8, 20.2), color::machined},
              {isCylinder(47.8, 48.2), color::machined},
              {isPlaneAt(2, 16), color::machined}});
-    path = addBody(*part, "Weld seam", scaled(weldPath(), bracketScale), color::steelBlue)->getId();
+    path = addBody(
+               *part, "Weld seam", [&] { return scaled(weldPath(), bracketScale); }, color::steelBlue)
+               ->getId();
     return part;
 }
 
@@ -80,11 +93,12 @@ std::shared_ptr<Part> gearUnit(const Posed& pose, std::vector<HiddenFace>& hidde
     const auto place = [](double x, double y, double z) { return at(scale * x, scale * y, scale * z); };
 
     std::shared_ptr<Part> part = makePart("Gear unit", pose);
-    const auto body = addBody(*part, "Case", scaled(gearCase(), scale), color::casing);
+    const auto body = addBody(
+        *part, "Case", [&] { return scaled(gearCase(), scale); }, color::casing);
     body->setPose(place(0, 0, caseHeight));
     hidden.push_back({body->getId(), faceOf(*body, isPlaneAt(1, -55 * scale))});
 
-    const TopoDS_Shape caseFoot = scaled(foot(12, caseHeight + head), scale);
+    const TopoDS_Shape caseFoot = kept("Foot", [&] { return scaled(foot(12, caseHeight + head), scale); });
     for (const double x : {-85.0, 85.0})
         for (const double y : {-38.0, 38.0})
             addBody(*part, "Foot", caseFoot, color::dark)->setPose(place(x, y, 0));
@@ -92,14 +106,18 @@ std::shared_ptr<Part> gearUnit(const Posed& pose, std::vector<HiddenFace>& hidde
     // The pinion has an odd number of teeth, so that a gap of it stands before the wheel's tooth.
     const Posed largeAxis = place(largeX, 0, axisHeight), smallAxis = place(smallX, 0, axisHeight);
     const FaceTest front = isPlaneFacing(1, -1);
-    addBody(*part, "Wheel", scaled(spurGear(largeTeeth, module, 34, 12), scale), color::brass,
+    addBody(*part, "Wheel", [&] { return scaled(spurGear(largeTeeth, module, 34, 12), scale); }, color::brass,
             {{front, color::brightBrass}})
         ->setPose(largeAxis);
-    addBody(*part, "Pinion", scaled(spurGear(smallTeeth, module, 34, 10), scale), color::steel,
+    addBody(*part, "Pinion", [&] { return scaled(spurGear(smallTeeth, module, 34, 10), scale); }, color::steel,
             {{front, color::brightSteel}})
         ->setPose(smallAxis);
-    addBody(*part, "Wheel shaft", scaled(shaft(12, 106), scale), color::steel)->setPose(largeAxis);
-    addBody(*part, "Pinion shaft", scaled(shaft(10, 106), scale), color::steelBlue)->setPose(smallAxis);
+    addBody(
+        *part, "Wheel shaft", [&] { return scaled(shaft(12, 106), scale); }, color::steel)
+        ->setPose(largeAxis);
+    addBody(
+        *part, "Pinion shaft", [&] { return scaled(shaft(10, 106), scale); }, color::steelBlue)
+        ->setPose(smallAxis);
     return part;
 }
 
@@ -107,7 +125,8 @@ std::shared_ptr<Part> gearUnit(const Posed& pose, std::vector<HiddenFace>& hidde
 void addGoods(const Posed& pallet, std::vector<std::shared_ptr<Part>>& parts)
 {
     constexpr double scale = 1.6;
-    const TopoDS_Shape bend = scaled(pipeBend(), scale), disc = scaled(flange(), scale);
+    const TopoDS_Shape bend = kept("Pipe bend", [&] { return scaled(pipeBend(), scale); });
+    const TopoDS_Shape disc = kept("Welding-neck flange", [&] { return scaled(flange(), scale); });
     const double faces[] = {0, 12 * scale, 108 * scale, 96 * scale};
     for (int column = 0; column < 4; ++column) {
         const double x = -435 + 290.0 * column;
@@ -214,7 +233,7 @@ Station demoStation()
 
     unsigned path = 0;
     const auto fixture = makeFixture();
-    const TopoDS_Shape largeBracket = scaled(bracket(), bracketScale);
+    const TopoDS_Shape largeBracket = kept("Bracket", [] { return scaled(bracket(), bracketScale); });
     const auto workpiece = makeWorkpiece(largeBracket, path);
     station.arrowedCurves = {path};
     const unsigned table = positioner->getLinks().back()->getId();
