@@ -28,6 +28,7 @@ void writePng(const std::filesystem::path& file, unsigned width, unsigned height
     image.width = width;
     image.height = height;
     image.format = PNG_FORMAT_RGB;
+    image.flags = PNG_IMAGE_FLAG_FAST; // a third of the time, for files that are larger by a sixth
     // Into memory: libpng deletes a file that it could not write, whatever that was before.
     png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(image);
     std::string bytes(size, '\0');
