@@ -75,6 +75,35 @@ TEST_F(ZipManagerTest, ReleasedBytesBelongToTheTaker)
     EXPECT_EQ(buffer->data(), nullptr);
 }
 
+TEST_F(ZipManagerTest, ZipThatIsWrittenAnewIsReadAnew)
+{
+    ASSERT_EQ(textOf("program/long.glsl"), longText);
+    const auto written = std::filesystem::last_write_time(zip);
+    const std::uintmax_t size = std::filesystem::file_size(zip);
+
+    // As many bytes, and at the same time as far as the file system tells: the entries lie elsewhere.
+    test::writeZip(zip, {{"program/long.glsl", longText}, {"material/a.material", "other"}, {"material/empty", ""}});
+    ASSERT_EQ(std::filesystem::file_size(zip), size);
+    std::filesystem::last_write_time(zip, written);
+
+    EXPECT_EQ(textOf("material/a.material"), "other");
+    EXPECT_EQ(textOf("program/long.glsl"), longText);
+    EXPECT_EQ(textOf("material/empty"), "");
+}
+
+TEST_F(ZipManagerTest, EntriesOfTwoZipsAreToldApart)
+{
+    const std::filesystem::path other = folder / "other.zip";
+    test::writeZip(other, {{"material/b.material", "second"}, {"material/a.material", "third"}});
+
+    for (int turn = 0; turn < 2; ++turn) {
+        EXPECT_EQ(textOf("material/a.material"), "first");
+        EXPECT_EQ(ZipManager::Read(other, "material/a.material")->size(), 5u);
+        EXPECT_EQ(*ZipManager::Read(other, "material/a.material")->data(), 't');
+        EXPECT_THAT([&] { textOf("material/b.material"); }, ThrowsMessage<std::runtime_error>(HasSubstr("no entry")));
+    }
+}
+
 TEST_F(ZipManagerTest, MissingEntryIsRefused)
 {
     EXPECT_THAT([&] { ZipManager::Read(zip, "material/b.material"); },

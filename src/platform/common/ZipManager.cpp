@@ -6,8 +6,14 @@
 #include <minizip/unzip.h>
 
 #include <algorithm>
+#include <array>
 #include <climits>
+#include <cstdint>
+#include <mutex>
 #include <stdexcept>
+#include <system_error>
+#include <unordered_map>
+#include <utility>
 
 namespace vrk::common {
 namespace {
@@ -27,8 +33,60 @@ ZipFile openZip(const std::filesystem::path& zip)
     return ZipFile(unzOpen64(zip.c_str()));
 }
 
-bool isThere(const ZipFile& zip, const std::string& entry)
+/// Where the entries of one state of a zip lie.
+struct Places {
+    std::filesystem::path zip;
+    std::filesystem::file_time_type written;
+    std::uintmax_t size = 0;
+    std::unordered_map<std::string, unz64_file_pos> entries;
+};
+
+/// The name of the entry that the zip stands at; empty for one that is too long to be looked for.
+std::string currentName(const ZipFile& zip)
 {
+    std::array<char, 1024> name{};
+    unz_file_info64 info{};
+    if (unzGetCurrentFileInfo64(zip.get(), &info, name.data(), name.size() - 1, nullptr, 0, nullptr, 0) != UNZ_OK ||
+        info.size_filename >= name.size())
+        return {};
+    return name.data();
+}
+
+std::unordered_map<std::string, unz64_file_pos> entriesOf(const ZipFile& zip)
+{
+    std::unordered_map<std::string, unz64_file_pos> entries;
+    for (int state = unzGoToFirstFile(zip.get()); state == UNZ_OK; state = unzGoToNextFile(zip.get())) {
+        unz64_file_pos place{};
+        if (unzGetFilePos64(zip.get(), &place) == UNZ_OK)
+            entries.emplace(currentName(zip), place);
+    }
+    return entries;
+}
+
+/// Of the zip that was asked for last: a start asks for all entries of one, several times, and each search would go through
+/// what lies ahead of an entry.
+std::shared_ptr<const Places> placesOf(const ZipFile& zip, const std::filesystem::path& path)
+{
+    static std::mutex mutex;
+    static std::shared_ptr<const Places> last;
+    std::error_code error; // of a file that went meanwhile: nothing is found in it
+    const auto written = std::filesystem::last_write_time(path, error);
+    const std::uintmax_t size = std::filesystem::file_size(path, error);
+    const std::lock_guard lock(mutex);
+    if (!last || last->zip != path || last->written != written || last->size != size)
+        last = std::make_shared<Places>(Places{path, written, size, entriesOf(zip)});
+    return last;
+}
+
+/// Goes to the entry.
+bool isThere(const ZipFile& zip, const std::filesystem::path& path, const std::string& entry)
+{
+    const std::shared_ptr<const Places> places = placesOf(zip, path);
+    const auto found = places->entries.find(entry);
+    if (found != places->entries.end() && unzGoToFilePos64(zip.get(), &found->second) == UNZ_OK &&
+        currentName(zip) == entry)
+        return true;
+    // It may have been written anew at the same time with the same size.
     return unzLocateFile(zip.get(), entry.c_str(), caseSensitive) == UNZ_OK;
 }
 
@@ -62,8 +120,9 @@ bool ZipManager::Exists(const std::string& uri)
 {
     if (!uri.starts_with(resourceScheme))
         return false;
-    const ZipFile zip = openZip(GetResourcePath());
-    return zip && isThere(zip, uri.substr(resourceScheme.size()));
+    const std::filesystem::path path = GetResourcePath();
+    const ZipFile zip = openZip(path);
+    return zip && isThere(zip, path, uri.substr(resourceScheme.size()));
 }
 
 std::unique_ptr<ZipBuffer> ZipManager::Read(const std::filesystem::path& zip, const std::string& entry)
@@ -72,7 +131,7 @@ std::unique_ptr<ZipBuffer> ZipManager::Read(const std::filesystem::path& zip, co
     if (!file)
         throw std::runtime_error(
             fmt::format("{}: cannot be opened as a zip file, '{}' is not read", zip.string(), entry));
-    if (!isThere(file, entry))
+    if (!isThere(file, zip, entry))
         throw std::runtime_error(fmt::format("{}: no entry '{}'", zip.string(), entry));
     std::unique_ptr<ZipBuffer> buffer = readCurrent(file);
     if (!buffer)
