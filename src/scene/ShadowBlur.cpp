@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <functional>
 
 namespace vrk::visual {
 namespace {
@@ -16,19 +17,37 @@ struct Layer {
 constexpr std::array layers{Layer{0.02f, 0.006f, 0.22f}, Layer{0.06f, 0.015f, 0.22f}, Layer{0.15f, 0.032f, 0.22f},
                             Layer{0.40f, 0.060f, 0.20f}, Layer{1.00f, 0.100f, 0.15f}};
 
-/// The mean over 2 * radius + 1 values of a row of `count`, `stride` apart; beyond the ends there is 0.
-void meanAlong(const float* from, float* to, int count, int stride, int radius)
+/// The mean over 2 * radius + 1 rows, of each of the `width` columns for itself; beyond the first and the last of `height`
+/// rows there is 0. All columns of a row go together, which is what a processor does at once.
+void meanOfRows(const std::vector<float>& from, std::vector<float>& to, int width, int height, int radius)
 {
-    const auto at = [&](int i) { return i >= 0 && i < count ? from[static_cast<std::ptrdiff_t>(i) * stride] : 0.0f; };
     const float part = 1.0f / static_cast<float>(2 * radius + 1);
-    float sum = 0;
-    for (int i = -radius; i < radius; ++i)
-        sum += at(i);
-    for (int i = 0; i < count; ++i) {
-        sum += at(i + radius);
-        to[static_cast<std::ptrdiff_t>(i) * stride] = std::max(sum * part, 0.0f); // sums of parts may end below nothing
-        sum -= at(i - radius);
+    std::vector<float> sums(static_cast<std::size_t>(width));
+    const auto rowOf = [&](auto& values, int y) { return &values[static_cast<std::size_t>(y) * width]; };
+    const auto add = [&](int y) {
+        if (y < height)
+            std::transform(sums.begin(), sums.end(), rowOf(from, y), sums.begin(), std::plus<float>());
+    };
+    for (int y = 0; y < radius; ++y)
+        add(y);
+    for (int y = 0; y < height; ++y) {
+        add(y + radius);
+        // Sums of parts may end below nothing.
+        std::ranges::transform(sums, rowOf(to, y), [part](float sum) { return std::max(sum * part, 0.0f); });
+        if (y >= radius)
+            std::transform(sums.begin(), sums.end(), rowOf(from, y - radius), sums.begin(), std::minus<float>());
     }
+}
+
+/// Rows become columns. In blocks, which stay in the cache.
+void turnOver(const std::vector<float>& from, std::vector<float>& to, int width, int height)
+{
+    constexpr int block = 16;
+    for (int top = 0; top < height; top += block)
+        for (int left = 0; left < width; left += block)
+            for (int y = top; y < std::min(top + block, height); ++y)
+                for (int x = left; x < std::min(left + block, width); ++x)
+                    to[static_cast<std::size_t>(x) * height + y] = from[static_cast<std::size_t>(y) * width + x];
 }
 
 void blur(std::vector<float>& values, int width, int height, double sigma)
@@ -39,11 +58,10 @@ void blur(std::vector<float>& values, int width, int height, double sigma)
         return;
     std::vector<float> other(values.size());
     for (int pass = 0; pass < 3; ++pass) {
-        for (int y = 0; y < height; ++y)
-            meanAlong(&values[static_cast<std::size_t>(y) * width], &other[static_cast<std::size_t>(y) * width], width,
-                      1, radius);
-        for (int x = 0; x < width; ++x)
-            meanAlong(&other[x], &values[x], height, width, radius);
+        turnOver(values, other, width, height);
+        meanOfRows(other, values, height, width, radius);
+        turnOver(values, other, height, width);
+        meanOfRows(other, values, width, height, radius);
     }
 }
 

@@ -72,6 +72,22 @@ TEST(SoftShadow, IsTheSameToAllSides)
         }
 }
 
+TEST(SoftShadow, OfAnOblongThatIsTurnedOverIsTurnedOver)
+{
+    HeightMap wide{90, 50, 1, 100, 100, std::vector<float>(std::size_t{90} * 50, 1.0f)};
+    HeightMap high{50, 90, 1, 100, 100, wide.heights};
+    for (unsigned y = 10; y < 30; ++y)
+        for (unsigned x = 20; x < 75; ++x)
+            wide.heights[y * 90 + x] = high.heights[x * 50 + y] = 0.002f * static_cast<float>(x);
+
+    const std::vector<std::uint8_t> ofWide = softShadow(wide), ofHigh = softShadow(high);
+
+    EXPECT_GT(std::ranges::max(ofWide), 60);
+    for (unsigned y = 0; y < 50; ++y)
+        for (unsigned x = 0; x < 90; ++x)
+            ASSERT_NEAR(ofWide[y * 90 + x], ofHigh[x * 50 + y], 1) << x << ' ' << y;
+}
+
 TEST(SoftShadow, OnePlaceIsEnough)
 {
     EXPECT_EQ(softShadow({1, 1, 1, 1, 1, {0.0f}}).size(), 1u);
