@@ -37,6 +37,7 @@
 
 #include <clocale>
 #include <filesystem>
+#include <future>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -102,10 +103,32 @@ void warn(const std::string& text)
     std::cerr << "vrkview: " << line << std::endl;
 }
 
+/// What cannot be opened beside others is told, a line each. Any thread.
+Station readStation(const Options& options)
+{
+    if (options.files.empty())
+        return demoStation();
+    Station station = importFiles(options.files, options.reading);
+    for (const std::string& failure : station.failures)
+        warn(failure);
+    for (const std::string& note : station.notes)
+        warn(note);
+    return station;
+}
+
+/// Reads the station while the library starts: the one knows nothing of the other, and mostly there are two cores.
+/// The locale of numbers must stay as it is meanwhile.
+Station readAndStart(const Options& options)
+{
+    std::future<Station> station = std::async(std::launch::async, [&options] { return readStation(options); });
+    startLibrary(); // where it fails the thread is waited for
+    return station.get();
+}
+
+/// With a started library.
 /// @throws std::runtime_error, before anything is shown, if it cannot be saved.
 void build(const Station& station, const Options& options, const DrawMode& mode)
 {
-    startLibrary();
     showBackdrop(options.backdrop);
     setGroundShadowed(options.hasGroundShadow);
     showStation(station);
@@ -149,7 +172,7 @@ struct QtArguments {
     char* words[2];
 };
 
-int openWindow(char** argv, const Station& station, const Options& options)
+int openWindow(char** argv, const Options& options)
 {
     // OGRE draws on X11; on a Wayland desktop that is what Xwayland is for.
     qputenv("QT_QPA_PLATFORM", "xcb");
@@ -162,6 +185,7 @@ int openWindow(char** argv, const Station& station, const Options& options)
         draw(each.part,
              Settings().isDrawn(each.part)); // ahead of the start: of a long program each change takes its time
     const EdgesInBackground edges;
+    const Station station = readAndStart(options);
     build(station, options, mode);
     ViewWindow window(station, mode);
     QObject::connect(&edges, &EdgesInBackground::came, &window.getState(), &ViewState::drawAnew);
@@ -174,8 +198,9 @@ int openWindow(char** argv, const Station& station, const Options& options)
     return QApplication::exec();
 }
 
-void playSession(char** argv, const Station& station, const Options& options)
+void playSession(char** argv, const Options& options)
 {
+    const Station station = readStation(options);
     const Session session = readSession(options.session);
     const QTemporaryDir settings; // the user's own would make other windows on other machines
     QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settings.path());
@@ -186,6 +211,7 @@ void playSession(char** argv, const Station& station, const Options& options)
     QtArguments arguments(argv);
     const QApplication application(arguments.count, arguments.words);
     std::setlocale(LC_NUMERIC, "C");
+    startLibrary();
     build(station, options, *findDrawMode(session.head.display));
     ViewWindow window(station, *findDrawMode(session.head.display));
     window.show();
@@ -198,19 +224,6 @@ void playSession(char** argv, const Station& station, const Options& options)
     savePicture(window.getView().takePicture(view.toDevice(view.size())), options.playPicture);
 }
 
-/// What cannot be opened beside others is told, a line each.
-Station readStation(const Options& options)
-{
-    if (options.files.empty())
-        return demoStation();
-    Station station = importFiles(options.files, options.reading);
-    for (const std::string& failure : station.failures)
-        warn(failure);
-    for (const std::string& note : station.notes)
-        warn(note);
-    return station;
-}
-
 int run(char** argv, const Options& options)
 {
     std::optional<QuietOutput> quiet(std::in_place);
@@ -219,14 +232,13 @@ int run(char** argv, const Options& options)
     vrk::visual::CheckResources();
     checkFoldersOfPictures(options);
     const std::unique_ptr<PrivateDisplay> display = chooseDisplay(options);
-    const Station station = readStation(options);
-
     if (options.task == Options::Task::OpenWindow)
-        return openWindow(argv, station, options);
+        return openWindow(argv, options);
     if (options.task == Options::Task::PlaySession) {
-        playSession(argv, station, options);
+        playSession(argv, options);
         return 0;
     }
+    const Station station = readAndStart(options);
     build(station, options, *options.drawMode);
     quiet.reset();
     switch (options.task) {
