@@ -1,3 +1,4 @@
+#include "mesh/ConesAhead.h"
 #include "mesh/MeshManager.h"
 #include "mesh/ProceduralMeshes.h"
 #include "mesh/TextMesh.h"
@@ -40,7 +41,8 @@ Pose turned(const Rotation& rotation)
 
 Mesh* MeshManager::createConeComponent(const std::string& name, float radius, float height)
 {
-    return enterGlobalMesh(makeCone(name, radius, height));
+    std::unique_ptr<Mesh> ahead = ConesAhead::Take(name, radius, height);
+    return enterGlobalMesh(ahead ? std::move(ahead) : makeCone(name, radius, height));
 }
 
 Mesh* MeshManager::createCylinderComponent(const std::string& name, float radius, float height, int stacks, int slices)

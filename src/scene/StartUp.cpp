@@ -1,5 +1,6 @@
 #include "scene/StartUp.h"
 
+#include "mesh/ConesAhead.h"
 #include "scene/InitSteps.h"
 #include "scene/Scene.h"
 #include "scene/core/ResourceCheck.h"
@@ -11,6 +12,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <stdexcept>
 
 namespace vrk::visual {
@@ -98,8 +100,10 @@ void CheckResources()
 
 bool TryInit(int width, int height, const SceneSettings& settings, std::string& why)
 {
+    std::optional<ConesAhead> cones; // for the scene, made while OGRE starts
     try {
         check(width, height, settings);
+        cones.emplace();
         checkResources();
         startOgreOrNothing(width, height);
     } catch (const std::exception& failure) {
