@@ -80,8 +80,8 @@ private:
     std::unique_ptr<QGuiApplication> application;
 };
 
-/// What the camera sees after the move that was posted.
-QImage draw(const OffscreenTarget& target)
+/// What the camera sees after the move that was posted, with a half of the target's width and height where `scale` is 2.
+QImage draw(const OffscreenTarget& target, int scale)
 {
     vrk::visual::Scene::Get()->processMsgs();
     StationDimensions::Get().updateWhole();
@@ -91,6 +91,8 @@ QImage draw(const OffscreenTarget& target)
     const std::vector<std::uint8_t> pixels = target.read();
     const int width = static_cast<int>(target.getWidth());
     const int height = static_cast<int>(target.getHeight());
+    if (scale == 2)
+        return halved(pixels, width, height);
     return QImage(pixels.data(), width, height, 3 * width, QImage::Format_RGB888).copy();
 }
 
@@ -112,9 +114,7 @@ void takePictures(const Options& options)
     StationDimensions::Get().setPixelRatio(scale);
     std::optional<Fonts> fonts; // where a picture has texts
     const auto take = [&](const std::filesystem::path& file) {
-        QImage picture = draw(target);
-        if (scale > 1)
-            picture = picture.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+        QImage picture = draw(target, scale);
         if (shownHeights().clouds > 0) {
             if (!fonts)
                 fonts.emplace();
