@@ -1,6 +1,7 @@
 #include "scene/BodyLooks.h"
 
 #include "platform/broker/SignalBroker.h"
+#include "scene/CoarseLook.h"
 #include "scene/DepthShade.h"
 #include "scene/Scene.h"
 #include "scene/SchemeTechnique.h"
@@ -116,6 +117,7 @@ void BodyLooks::setLines(LineLook look)
         return;
     lines = look;
     core.record<DepthShade>().setOutlines(look != LineLook::None);
+    core.record<CoarseLook>().suit();
     broker::SignalBroker::updateScene();
 }
 
@@ -173,7 +175,9 @@ void BodyLooks::preFindVisibleObjects(Ogre::SceneManager* source, Ogre::SceneMan
         findTechniques();
         findWhole();
     }
-    if (hasLook || !hasBacks)
+    auto& coarseLook = core.record<CoarseLook>();
+    coarse = isMain && !isMask && coarseLook.use(*viewport) ? &coarseLook : nullptr;
+    if (hasLook || !hasBacks || coarse)
         source->getRenderQueue()->setRenderableListener(this);
 }
 
@@ -217,6 +221,8 @@ void BodyLooks::findWhole()
 bool BodyLooks::renderableQueued(Ogre::Renderable* renderable, Ogre::uint8 group, Ogre::ushort priority,
                                  Ogre::Technique** technique, Ogre::RenderQueue* queue)
 {
+    if (coarse && coarse->leavesOut(*renderable, group))
+        return false;
     const Ogre::Technique* before = *technique;
     if (hasLook && !queuedByLook(*renderable, group, priority, technique, *queue))
         return false;

@@ -13,6 +13,7 @@
 
 namespace vrk::visual {
 
+class CoarseLook;
 class SceneCore;
 
 /// What the scene's own camera draws instead of bodies, clouds and their edges: lines, or ghosts. It is exchanged as OGRE
@@ -85,8 +86,9 @@ private:
     Techniques techniques;
     std::unordered_set<const Ogre::Renderable*> drawnWhole;
     bool isOfDepths = false;
-    bool hasLook = false;  // lines or ghosts
-    bool hasBacks = false; // as in wire frames
+    bool hasLook = false;               // lines or ghosts
+    bool hasBacks = false;              // as in wire frames
+    const CoarseLook* coarse = nullptr; // null where nothing is left out
 };
 
 } // namespace vrk::visual

@@ -95,15 +95,15 @@ void CornerPicture::forget(Ogre::Viewport& viewport)
     served = nullptr;
 }
 
-void CornerPicture::preViewportUpdate(const Ogre::RenderTargetViewportEvent& event)
+void CornerPicture::preRenderTargetUpdate(const Ogre::RenderTargetEvent&)
 {
-    if (event.source != served || !shown)
+    if (!shown)
         return;
     place(static_cast<unsigned>(served->getActualWidth()), static_cast<unsigned>(served->getActualHeight()));
     rectangle->setVisible(true);
 }
 
-void CornerPicture::postViewportUpdate(const Ogre::RenderTargetViewportEvent&)
+void CornerPicture::postRenderTargetUpdate(const Ogre::RenderTargetEvent&)
 {
     if (rectangle)
         rectangle->setVisible(false);

@@ -35,8 +35,8 @@ public:
     void serve(Ogre::Viewport& viewport, bool isMain) override;
     void forget(Ogre::Viewport& viewport) override;
 
-    void preViewportUpdate(const Ogre::RenderTargetViewportEvent& event) override;
-    void postViewportUpdate(const Ogre::RenderTargetViewportEvent& event) override;
+    void preRenderTargetUpdate(const Ogre::RenderTargetEvent& event) override;
+    void postRenderTargetUpdate(const Ogre::RenderTargetEvent& event) override;
 
 private:
     void fitTexture(unsigned width, unsigned height);

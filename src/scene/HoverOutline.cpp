@@ -131,13 +131,13 @@ bool HoverOutline::drawMask()
     return true;
 }
 
-void HoverOutline::preViewportUpdate(const Ogre::RenderTargetViewportEvent& event)
+void HoverOutline::preRenderTargetUpdate(const Ogre::RenderTargetEvent&)
 {
-    if (event.source == served && !ids.empty() && drawMask())
+    if (!ids.empty() && drawMask())
         rectangle->setVisible(true);
 }
 
-void HoverOutline::postViewportUpdate(const Ogre::RenderTargetViewportEvent&)
+void HoverOutline::postRenderTargetUpdate(const Ogre::RenderTargetEvent&)
 {
     if (rectangle)
         rectangle->setVisible(false);

@@ -28,12 +28,13 @@ public:
 
     /// What has no visual any more is passed over. Raises `updateScene` for others than before.
     void setAround(const std::vector<unsigned>& wanted);
+    const std::vector<unsigned>& getAround() const { return ids; }
 
     void serve(Ogre::Viewport& viewport, bool isMain) override;
     void forget(Ogre::Viewport& viewport) override;
 
-    void preViewportUpdate(const Ogre::RenderTargetViewportEvent& event) override;
-    void postViewportUpdate(const Ogre::RenderTargetViewportEvent& event) override;
+    void preRenderTargetUpdate(const Ogre::RenderTargetEvent& event) override;
+    void postRenderTargetUpdate(const Ogre::RenderTargetEvent& event) override;
 
     /// Of what is drawn into a mask; all else is made without it.
     static constexpr unsigned maskFlag = 1u << 31;

@@ -5,6 +5,7 @@
 #include "platform/common/Checks.h"
 #include "scene/BodyLooks.h"
 #include "scene/BorderMask.h"
+#include "scene/CoarseLook.h"
 #include "scene/CornerPicture.h"
 #include "scene/DepthClearListener.h"
 #include "scene/DepthShade.h"
@@ -70,10 +71,12 @@ Scene::Scene(const std::string& name)
     core->sceneManager->addRenderQueueListener(depthClearListener.get());
     borderMask = std::make_unique<BorderMask>();
     auto& viewports = core->record<ViewportUsers>();
-    viewports.add(core->record<DepthShade>());
+    // First those that prepare a picture: a compositor may draw it ahead of the window itself.
     viewports.add(core->record<HoverOutline>());
     viewports.add(core->record<CornerPicture>());
     viewports.add(core->record<BodyLooks>());
+    viewports.add(core->record<DepthShade>());
+    viewports.add(core->record<CoarseLook>());
     Ogre::MovableObject::setDefaultVisibilityFlags(~HoverOutline::maskFlag);
     core->instanceManagers.create(*core->sceneManager);
     core->worldVisual = new Visual(this);

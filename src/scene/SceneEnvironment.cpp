@@ -2,6 +2,7 @@
 
 #include "platform/broker/SignalBroker.h"
 #include "platform/common/Logger.h"
+#include "scene/CoarseLook.h"
 #include "scene/DepthShade.h"
 #include "scene/Grid.h"
 #include "scene/core/SceneCore.h"
@@ -188,6 +189,7 @@ void Scene::setBorderHighlightEnabled(bool enable)
         core->record<DepthShade>().suit(*viewport);
     }
     compositors.setCompositorEnabled(viewport, borderHighlight, enable);
+    core->record<CoarseLook>().suit();
 }
 
 } // namespace vrk::visual

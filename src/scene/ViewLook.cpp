@@ -2,6 +2,7 @@
 
 #include "scene/Background.h"
 #include "scene/BodyLooks.h"
+#include "scene/CoarseLook.h"
 #include "scene/CornerPicture.h"
 #include "scene/DepthShade.h"
 #include "scene/GroundShadow.h"
@@ -25,7 +26,9 @@ SceneCore& startedCore()
 
 void SetDepthShade(bool on)
 {
-    startedCore().record<DepthShade>().setEnabled(on);
+    SceneCore& core = startedCore();
+    core.record<DepthShade>().setEnabled(on);
+    core.record<CoarseLook>().suit();
 }
 
 bool HasDepthShade()
@@ -94,6 +97,16 @@ void EndGhosts()
 bool HasGhosts()
 {
     return startedCore().record<BodyLooks>().hasGhosts();
+}
+
+void SetCoarseness(Coarseness coarseness)
+{
+    startedCore().record<CoarseLook>().set(coarseness);
+}
+
+Coarseness GetCoarseness()
+{
+    return startedCore().record<CoarseLook>().get();
 }
 
 } // namespace vrk::visual

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/common/Export.h"
+#include "scene/CoarseWhileMoving.h"
 #include "scene/math/Color.h"
 
 #include <cstdint>
@@ -68,6 +69,13 @@ VRK_EXPORT void SetGhostsExcept(const std::vector<unsigned>& ids);
 /// The end of that; nothing without. Raises `updateScene` where there were ghosts.
 VRK_EXPORT void EndGhosts();
 VRK_EXPORT bool HasGhosts();
+
+/// Draws windows of the scene's own camera coarser, for as long as a view that moves has to keep up with the hand; whole at start
+/// and in pictures that are drawn into an OffscreenTarget. What is selected, highlighted, outlined or collides stays whole, and
+/// so does everything beside bodies and their edges. Picks find what is left out, no visual is changed, and the picture after
+/// `Coarseness::Whole` is the one of before. `CoarseWhileMoving` tells how coarse each frame is to be.
+VRK_EXPORT void SetCoarseness(Coarseness coarseness);
+VRK_EXPORT Coarseness GetCoarseness();
 
 // All of them
 // @throws std::logic_error "The library has not been started."
