@@ -81,4 +81,10 @@ void FrameShade::noteMove()
     moved = Clock::now();
 }
 
+void FrameShade::noteRest()
+{
+    moved = {};
+    begun = {};
+}
+
 } // namespace vrkview

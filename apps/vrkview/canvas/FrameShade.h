@@ -31,6 +31,8 @@ public:
     void end();
     /// The camera, by whomever.
     void noteMove();
+    /// What was drawn so far does not count: the next frame is of a view that stands still.
+    void noteRest();
 
 signals:
     /// The view stands still, and was not drawn with all of it last.

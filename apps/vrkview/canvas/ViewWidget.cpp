@@ -60,8 +60,14 @@ ViewWidget::ViewWidget(QWidget* parent) : QWidget(parent)
     connect(windowHandle(), &QWindow::screenChanged, this, &ViewWidget::fitToWidget); // its pixels may be others
     sceneChanged = SignalBroker::onUpdateScene([this] { requestFrame(); });
     connect(&shade, &FrameShade::frameWanted, this, &ViewWidget::requestFrame);
+    connect(&coarse, &CoarseFrames::changed, this, &ViewWidget::coarsenessChanged);
+    connect(&coarse, &CoarseFrames::rested, this, [this] {
+        shade.noteRest();
+        requestFrame();
+    });
     cameraMoved = SignalBroker::onCameraMoved([this] {
         shade.noteMove();
+        coarse.noteMove();
         if (!isDraining) // the frame of the move is the one that comes next anyway
             requestFrame();
     });
@@ -199,9 +205,11 @@ void ViewWidget::drawFrame()
     drain();
     if (!isDrawable)
         return;
+    coarse.begin();
     shade.begin();
     attempt(vrk::visual::renderFrame);
     shade.end();
+    coarse.end();
 }
 
 } // namespace vrkview

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "canvas/CoarseFrames.h"
 #include "canvas/ForeignWindow.h"
 #include "canvas/FrameShade.h"
 
@@ -60,6 +61,8 @@ signals:
 
     /// The scene has worked off what was posted, whether or not a frame was drawn then.
     void drained();
+    /// @param coarseness  of what is drawn next.
+    void coarsenessChanged(vrk::visual::Coarseness coarseness);
     /// The view has its size on the screen, which fitting needs. Once, ahead of the first frame.
     void ready();
     /// What the scene was asked to do has failed; the picture is as before.
@@ -84,6 +87,7 @@ private:
 
     std::unique_ptr<vrk::visual::WindowTarget> window;
     FrameShade shade;
+    CoarseFrames coarse;
     std::unique_ptr<ForeignWindow> native; // the same one, as the display sees it
     std::atomic<bool> isRequested = false;
     bool wasDrawable = false;

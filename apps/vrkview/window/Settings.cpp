@@ -15,6 +15,7 @@ constexpr const char* drawModeKey = "view/display";
 constexpr const char* gridKey = "view/grid";
 constexpr const char* depthShadeKey = "view/depthShade";
 constexpr const char* groundShadowKey = "view/groundShadow";
+constexpr const char* coarserKey = "view/coarserWhileMoving";
 constexpr const char* mouseKey = "input/orbit";
 constexpr const char* lengthStepKey = "move/length-step";
 constexpr const char* angleStepKey = "move/angle-step";
@@ -135,6 +136,16 @@ bool Settings::isGroundShadowed() const
 void Settings::setGroundShadowed(bool shadowed)
 {
     store.setValue(groundShadowKey, shadowed);
+}
+
+bool Settings::isCoarserWhileMoving() const
+{
+    return store.value(coarserKey, true).toBool();
+}
+
+void Settings::setCoarserWhileMoving(bool coarser)
+{
+    store.setValue(coarserKey, coarser);
 }
 
 Settings::MouseStyle Settings::mouseStyle() const

@@ -48,6 +48,8 @@ public:
     void setDepthShaded(bool shaded);
     bool isGroundShadowed() const;
     void setGroundShadowed(bool shadowed);
+    bool isCoarserWhileMoving() const;
+    void setCoarserWhileMoving(bool coarser);
 
     MouseStyle mouseStyle() const;
     void setMouseStyle(MouseStyle style);

@@ -3,6 +3,7 @@
 #include "canvas/BandTool.h"
 #include "canvas/CameraFlight.h"
 #include "canvas/CloudLooks.h"
+#include "canvas/CoarseFrames.h"
 #include "canvas/DrawMode.h"
 #include "canvas/FaceDirections.h"
 #include "canvas/FrameShade.h"
@@ -184,8 +185,23 @@ void ViewActions::addSurroundings()
     groundShadow->setCheckable(true);
     setGroundShadowed(isGroundShadowed() && settings.isGroundShadowed()); // the command line may have it off
     groundShadow->setChecked(isGroundShadowed());
+    addCoarser();
     longerFrames = add(tr("&Longer"), {Qt::Key_Plus, Qt::Key_Equal}, [] { changeFrameSize(1); });
     shorterFrames = add(tr("&Shorter"), {Qt::Key_Minus}, [] { changeFrameSize(-1); });
+}
+
+/// Without a key: it is chosen once for a machine.
+void ViewActions::addCoarser()
+{
+    coarser = new QAction(tr("Coarser while mo&ving"), &window);
+    coarser->setCheckable(true);
+    setCoarserWhileMoving(settings.isCoarserWhileMoving());
+    coarser->setChecked(isCoarserWhileMoving());
+    connect(coarser, &QAction::triggered, this, [this](bool isOn) {
+        setCoarserWhileMoving(isOn);
+        settings.setCoarserWhileMoving(isOn);
+        vrk::broker::SignalBroker::updateScene();
+    });
 }
 
 void ViewActions::addProgramParts()
@@ -317,6 +333,7 @@ void ViewActions::fillViewMenu(QMenu& menu) const
     menu.addAction(byHeight);
     menu.addAction(depthShade);
     menu.addAction(groundShadow);
+    menu.addAction(coarser);
     QMenu* frames = menu.addMenu(tr("F&rames"));
     frames->addAction(longerFrames);
     frames->addAction(shorterFrames);

@@ -55,6 +55,7 @@ private:
     void addViews();
     void addModes();
     void addSurroundings();
+    void addCoarser();
     void addProgramParts();
     void addSelection();
     void addRegions();
@@ -86,6 +87,7 @@ private:
     QAction* byHeight = nullptr;
     QAction* depthShade = nullptr;
     QAction* groundShadow = nullptr;
+    QAction* coarser = nullptr; // while the view moves
     QAction* longerFrames = nullptr;
     QAction* shorterFrames = nullptr;
     std::vector<QAction*> programParts; // in the order of all of them

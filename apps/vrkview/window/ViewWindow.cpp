@@ -1,6 +1,7 @@
 #include "window/ViewWindow.h"
 
 #include "canvas/BandTool.h"
+#include "canvas/CoarseFrames.h"
 #include "canvas/Contents.h"
 #include "canvas/Counted.h"
 #include "canvas/DrawMode.h"
@@ -127,7 +128,7 @@ ViewWindow::ViewWindow(const Station& station, const DrawMode& mode)
       reachActions(new ReachActions(*this, state)), measures(new MeasureActions(*this, state, *measurer)),
       frameActions(new FrameActions(*this, *framer)), paints(new PaintActions(*this, state, *coats, *sprayRun)),
       simplifies(new SimplifyActions(*this, state)), contents(new QLabel), underMouse(new QLabel),
-      selection(new SelectionLine(state)), frameTime(new QLabel)
+      selection(new SelectionLine(state)), coarseness(new QLabel), frameTime(new QLabel)
 {
     setAcceptDrops(true);
     setDockOptions(AnimatedDocks | AllowTabbedDocks | AllowNestedDocks);
@@ -188,6 +189,7 @@ void ViewWindow::buildStatusLine()
     line.setSizeGripEnabled(false);
     line.addWidget(contents);
     line.addWidget(underMouse, 1);
+    line.addPermanentWidget(coarseness); // first, so that none of the others gives way to it
     line.addPermanentWidget(selection);
     line.addPermanentWidget(new ProgressStrip(files.getOpening()));
     auto* reachProgress = new ProgressStrip(*reaches);
@@ -203,6 +205,10 @@ void ViewWindow::buildStatusLine()
     line.addPermanentWidget(frameTime);
     contents->setContentsMargins(6, 0, 0, 0);
     selection->setContentsMargins(0, 0, 12, 0);
+    coarseness->setObjectName("coarseness");
+    coarseness->setContentsMargins(0, 0, 12, 0);
+    coarseness->setMinimumWidth(1); // it must not widen the window either
+    coarseness->hide();
     underMouse->setContentsMargins(24, 0, 0, 0);
     underMouse->setTextFormat(Qt::PlainText);                                // names come from files
     underMouse->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred); // a long one must not widen the window
@@ -319,6 +325,10 @@ void ViewWindow::connectView()
     connect(view, &ViewWidget::ready, this, &ViewWindow::startView);
     connect(view, &ViewWidget::drained, this, &ViewWindow::followScene);
     connect(view, &ViewWidget::failed, messages, &MessageBar::tell);
+    connect(view, &ViewWidget::coarsenessChanged, this, [this](vrk::visual::Coarseness now) {
+        coarseness->setText(textOf(now));
+        coarseness->setVisible(!coarseness->text().isEmpty());
+    });
     connect(mouse, &Mouse::focusRequested, actions, &ViewActions::focusOn);
     connect(&mouse->getHover(), &Hover::textChanged, underMouse, &QLabel::setText);
     connect(region, &RegionTool::textChanged, underMouse, &QLabel::setText);

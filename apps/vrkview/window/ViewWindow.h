@@ -161,6 +161,7 @@ private:
     QLabel* contents;
     QLabel* underMouse;
     QLabel* selection;
+    QLabel* coarseness;
     QLabel* frameTime;
     boost::signals2::scoped_connection frameTicked;
     boost::signals2::scoped_connection dimensionsChanged;

@@ -30,6 +30,7 @@ TEST_F(SettingsTest, BeforeTheFirstChoiceThereAreOnlyDefaults)
         EXPECT_EQ(settings.isDrawn(each.part), each.part != ProgramPart::ZAxesOnly) << each.name;
     EXPECT_EQ(settings.mouseStyle(), Settings::MouseStyle::OrbitWithMiddle);
     EXPECT_EQ(settings.moveSteps(), (MoveSteps{5, 5}));
+    EXPECT_TRUE(settings.isCoarserWhileMoving());
 }
 
 TEST_F(SettingsTest, ChoicesAreThereInTheNextRun)
@@ -44,6 +45,7 @@ TEST_F(SettingsTest, ChoicesAreThereInTheNextRun)
         settings.setWindow("geometry", "state");
         settings.setClosedDocks({"program"});
         settings.setMoveSteps({10, 15});
+        settings.setCoarserWhileMoving(false);
     }
 
     const Settings next;
@@ -58,6 +60,7 @@ TEST_F(SettingsTest, ChoicesAreThereInTheNextRun)
     EXPECT_EQ(next.windowState(), "state");
     EXPECT_EQ(next.closedDocks(), QStringList("program"));
     EXPECT_EQ(next.moveSteps(), (MoveSteps{10, 15}));
+    EXPECT_FALSE(next.isCoarserWhileMoving());
 }
 
 TEST_F(SettingsTest, StepsThatAreNoChoiceAreTheUsualOnes)
