@@ -1,10 +1,9 @@
 #include "scene/CornerPicture.h"
 
 #include "platform/broker/SignalBroker.h"
-#include "scene/PictureRectangle.h"
-#include "scene/core/SceneCore.h"
 
 #include <Ogre.h>
+#include <OgreRectangle2D.h>
 
 #include <stdexcept>
 
@@ -12,19 +11,12 @@ namespace vrk::visual {
 namespace {
 
 constexpr const char* textureName = "CornerPicture/Picture";
-constexpr const char* material = "CornerPicture";
 constexpr Ogre::uint8 overAllElse = Ogre::RENDER_QUEUE_OVERLAY - 1;
 constexpr std::size_t bytesOfAPixel = 4;
 
 } // namespace
 
-CornerPicture::CornerPicture(SceneCore& core) : core(core) {}
-
-CornerPicture::~CornerPicture()
-{
-    if (served)
-        forget(*served);
-}
+CornerPicture::CornerPicture(SceneCore& core) : ViewportRectangle(core, "CornerPicture", overAllElse) {}
 
 void CornerPicture::show(std::span<const std::uint8_t> rgba, unsigned width, unsigned height, unsigned newMargin)
 {
@@ -56,14 +48,7 @@ void CornerPicture::fitTexture(unsigned width, unsigned height)
     texture =
         textures.createManual(textureName, Ogre::ResourceGroupManager::INTERNAL_RESOURCE_GROUP_NAME, Ogre::TEX_TYPE_2D,
                               width, height, 0, Ogre::PF_BYTE_RGBA, Ogre::TU_DYNAMIC_WRITE_ONLY);
-    const Ogre::MaterialPtr drawn = Ogre::MaterialManager::getSingleton().getByName(material);
-    drawn->load();
-    drawn->getTechnique(0)->getPass(0)->getTextureUnitState(0)->setTexture(texture);
-    if (rectangle)
-        return;
-    rectangle = makePictureRectangle(material, overAllElse);
-    rectangle->setVisible(false);
-    core.sceneManager->getRootSceneNode()->attachObject(rectangle.get());
+    fillWith(texture);
 }
 
 /// In the square from -1 to 1 that the target is.
@@ -75,38 +60,21 @@ void CornerPicture::place(unsigned targetWidth, unsigned targetHeight)
     const auto down = [&](unsigned pixels) {
         return 2 * static_cast<float>(pixels) / static_cast<float>(targetHeight) - 1;
     };
-    rectangle->setCorners(across(margin + texture->getWidth()), down(margin + texture->getHeight()), across(margin),
-                          down(margin), false);
+    rectangle()->setCorners(across(margin + texture->getWidth()), down(margin + texture->getHeight()), across(margin),
+                            down(margin), false);
 }
 
-void CornerPicture::serve(Ogre::Viewport& viewport, bool isMain)
+bool CornerPicture::isFor(const Ogre::Viewport& viewport) const
 {
-    if (!isMain || !dynamic_cast<Ogre::RenderWindow*>(viewport.getTarget()))
-        return;
-    served = &viewport;
-    viewport.getTarget()->addListener(this);
+    return dynamic_cast<const Ogre::RenderWindow*>(viewport.getTarget()) != nullptr;
 }
 
-void CornerPicture::forget(Ogre::Viewport& viewport)
-{
-    if (served != &viewport)
-        return;
-    viewport.getTarget()->removeListener(this);
-    served = nullptr;
-}
-
-void CornerPicture::preRenderTargetUpdate(const Ogre::RenderTargetEvent&)
+bool CornerPicture::prepare()
 {
     if (!shown)
-        return;
-    place(static_cast<unsigned>(served->getActualWidth()), static_cast<unsigned>(served->getActualHeight()));
-    rectangle->setVisible(true);
-}
-
-void CornerPicture::postRenderTargetUpdate(const Ogre::RenderTargetEvent&)
-{
-    if (rectangle)
-        rectangle->setVisible(false);
+        return false;
+    place(static_cast<unsigned>(viewport()->getActualWidth()), static_cast<unsigned>(viewport()->getActualHeight()));
+    return true;
 }
 
 } // namespace vrk::visual

@@ -1,7 +1,6 @@
 #include "scene/HoverOutline.h"
 
 #include "platform/broker/SignalBroker.h"
-#include "scene/PictureRectangle.h"
 #include "scene/Scene.h"
 #include "scene/core/SceneCore.h"
 #include "visual/FacetVisual.h"
@@ -13,7 +12,6 @@ namespace vrk::visual {
 namespace {
 
 constexpr const char* textureName = "HoverOutline/Mask";
-constexpr const char* material = "HoverOutline";
 constexpr Ogre::uint8 lastBeforeHandles = 79;
 
 bool isBody(const Visual& visual)
@@ -61,13 +59,9 @@ struct HoverOutline::Mask {
     Ogre::RenderTarget* target;
 };
 
-HoverOutline::HoverOutline(SceneCore& core) : core(core) {}
+HoverOutline::HoverOutline(SceneCore& core) : ViewportRectangle(core, "HoverOutline", lastBeforeHandles) {}
 
-HoverOutline::~HoverOutline()
-{
-    if (served)
-        forget(*served);
-}
+HoverOutline::~HoverOutline() = default;
 
 void HoverOutline::setAround(const std::vector<unsigned>& wanted)
 {
@@ -77,20 +71,8 @@ void HoverOutline::setAround(const std::vector<unsigned>& wanted)
     broker::SignalBroker::updateScene();
 }
 
-void HoverOutline::serve(Ogre::Viewport& viewport, bool isMain)
+void HoverOutline::viewportLost()
 {
-    if (!isMain)
-        return;
-    served = &viewport;
-    viewport.getTarget()->addListener(this);
-}
-
-void HoverOutline::forget(Ogre::Viewport& viewport)
-{
-    if (served != &viewport)
-        return;
-    viewport.getTarget()->removeListener(this);
-    served = nullptr;
     mask = nullptr;
 }
 
@@ -102,14 +84,7 @@ void HoverOutline::fitMask(const Ogre::Viewport& viewport)
         return;
     mask = nullptr; // first: the next one has its name
     mask = std::make_unique<Mask>(*viewport.getCamera(), width, height);
-    const Ogre::MaterialPtr drawn = Ogre::MaterialManager::getSingleton().getByName(material);
-    drawn->load();
-    drawn->getTechnique(0)->getPass(0)->getTextureUnitState(0)->setTexture(mask->texture);
-    if (rectangle)
-        return;
-    rectangle = makePictureRectangle(material, lastBeforeHandles);
-    rectangle->setVisible(false);
-    core.sceneManager->getRootSceneNode()->attachObject(rectangle.get());
+    fillWith(mask->texture);
 }
 
 /// @return false where there is nothing in it.
@@ -121,26 +96,19 @@ bool HoverOutline::drawMask()
             collect(*Scene::GetVisual(id), objects);
     if (objects.empty())
         return false;
-    fitMask(*served);
+    fitMask(*viewport());
     for (Ogre::MovableObject* object : objects)
         object->addVisibilityFlags(maskFlag);
     mask->target->update();
     for (Ogre::MovableObject* object : objects)
         object->removeVisibilityFlags(maskFlag);
-    served->getCamera()->_notifyViewport(served);
+    viewport()->getCamera()->_notifyViewport(viewport());
     return true;
 }
 
-void HoverOutline::preRenderTargetUpdate(const Ogre::RenderTargetEvent&)
+bool HoverOutline::prepare()
 {
-    if (!ids.empty() && drawMask())
-        rectangle->setVisible(true);
-}
-
-void HoverOutline::postRenderTargetUpdate(const Ogre::RenderTargetEvent&)
-{
-    if (rectangle)
-        rectangle->setVisible(false);
+    return !ids.empty() && drawMask();
 }
 
 } // namespace vrk::visual
