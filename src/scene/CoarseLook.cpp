@@ -95,7 +95,6 @@ void CoarseLook::suit()
     if (Ogre::CompositorInstance* last = lastInChain(chain)) {
         last->setScheme(isAnyOtherEnabled(chain) ? overOthers : Ogre::BLANKSTRING);
         last->setEnabled(true);
-        served->getCamera()->_notifyViewport(served); // and not that of the texture, which was made last
     }
 }
 

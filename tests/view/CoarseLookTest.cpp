@@ -251,6 +251,19 @@ TEST_F(CoarseLookTest, OutlineOfWhatIsSelectedMeanwhileIsDrawn)
     EXPECT_LE(largestDifference(inTexture(0), seen(Coarseness::FewerSamples)), 2);
 }
 
+TEST_F(CoarseLookTest, OutlineSwitchedOnAheadOfTheFirstCoarseFrameIsDrawn)
+{
+    scene.setDisplayMode(Scene::DisplayMode::Shaded);
+    scene.setVisualsSelected({left->getId()});
+    drain();
+    scene.setBorderHighlightEnabled(false);
+    seen(Coarseness::Whole);
+    SetCoarseness(Coarseness::FewerSamples);
+    scene.setBorderHighlightEnabled(true);
+    const Picture inWindow = seen(Coarseness::FewerSamples);
+    expectSameButForSmoothOutline(inTexture(0), inWindow);
+}
+
 TEST_F(CoarseLookTest, PictureInTheCornerStays)
 {
     const std::vector<std::uint8_t> red = [] {
