@@ -70,10 +70,10 @@ Visual* parentOf(const task::MoveInst& move)
     return workObjectVisualOf(move);
 }
 
-/// The visual of a parent's id; 0 is the world.
+/// The visual of a parent's id; 0 is the world, and so is the station.
 Visual* parentVisual(unsigned id)
 {
-    return id == 0 ? Scene::GetWorldVisual() : Scene::GetVisual(id);
+    return isWorldId(id) ? Scene::GetWorldVisual() : Scene::GetVisual(id);
 }
 
 void buildPath(task::Path& path)

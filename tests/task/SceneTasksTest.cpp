@@ -1,6 +1,7 @@
 #include "ProgramFixture.h"
 
 #include "platform/broker/SignalBroker.h"
+#include "platform/smart/StationLogic.h"
 #include "support/ThrowsExactly.h"
 #include "view/Camera.h"
 
@@ -212,11 +213,13 @@ TEST_F(SceneTasks, BuiltPostureHangsOnTheOwnerOfItsTask)
     drain();
     EXPECT_EQ(visualOf(posture)->getParent()->getId(), owner->getId());
 
-    scene.removeVisual(posture->getId());
-    program.task->setOwnerId(0);
-    scene.buildMoveInstruction(posture);
-    drain();
-    EXPECT_EQ(visualOf(posture)->getParent(), world);
+    for (const unsigned station : {0u, smartcomp::StationLogic::inst()->getId()}) {
+        scene.removeVisual(posture->getId());
+        program.task->setOwnerId(station);
+        scene.buildMoveInstruction(posture);
+        drain();
+        EXPECT_EQ(visualOf(posture)->getParent(), world);
+    }
 }
 
 TEST_F(SceneTasks, BuiltMoveReadsItsParentAtTheCallAndLooksForItInTheTask)
