@@ -9,6 +9,7 @@ scripts/install-packages.sh
 scripts/check-format.sh
 scripts/check-floors.sh
 scripts/check-viewer-surface.sh
+scripts/check-packages.sh
 
 for preset in check asan tsan asan-window; do
     cmake --preset "$preset" >/dev/null
