@@ -6,6 +6,7 @@
 #include <QColor>
 #include <QImage>
 
+#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include <cmath>
@@ -191,6 +192,30 @@ TEST(ViewerPick, CloudIsToldWithTheNumberOfThePoint)
     expectPosition(pick, 2 * (point / 21 - 10), 2 * (point % 21 - 10), 4.0 * ((point / 21) * (point % 21) % 7) / 7,
                    1e-3);
     EXPECT_LE(std::hypot(pick["position"][0].get<double>(), pick["position"][1].get<double>()), 3.5);
+}
+
+TEST(ViewerPick, ScanInMetresIsPickedAsTheSameInMillimetres)
+{
+    const Files files;
+    const auto pickIn = [&files](const std::string& unit, double units) {
+        std::string text;
+        for (int i = 0; i < 441; ++i) // rows of 21, two units apart, no two at one height
+            text += fmt::format("{:.6f} {:.6f} {:.6f}\n", (i / 21 * 2 - 20.4) / units, (i % 21 * 2 - 20.6) / units,
+                                i * 37 % 441 / 40.0 / units);
+        const std::string file = files.write("scan-" + unit + ".xyz", text);
+        const Outcome outcome =
+            runViewer({"--pick", "150,100", "--size", "300x200", "--view", "top", "--unit", unit, file});
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+        return json::parse(outcome.out)[0];
+    };
+
+    const json millimetres = pickIn("mm", 1), metres = pickIn("m", 1000);
+
+    EXPECT_EQ(metres["type"], "cloud");
+    EXPECT_EQ(metres["point"], millimetres["point"]);
+    EXPECT_NEAR(metres["distance"].get<double>(), millimetres["distance"].get<double>(), 1e-3);
+    const auto place = millimetres["position"].get<std::vector<double>>();
+    expectPosition(metres, place.at(0), place.at(1), place.at(2), 1e-3);
 }
 
 TEST(ViewerPick, PixelOfNothingIsToldWithItsPlaceOnTheFloor)
