@@ -8,6 +8,7 @@
 #include "task/bands/BandShapes.h"
 #include "visual/DynamicLines.h"
 #include "visual/LineVisual.h"
+#include "visual/RenderGroups.h"
 
 namespace vrk::visual {
 namespace {
@@ -82,6 +83,12 @@ TEST_F(PathEndsHandleTest, EndsAreStemsWithKnobsInTheirColours)
         EXPECT_EQ(lines.front()->getMaterial()->getName(), "PathBoundary");
         EXPECT_THAT(lines.front()->getPoints(), testing::ElementsAre(rob::Posf(), rob::Posf(0, 0, stem)));
     }
+}
+
+TEST_F(PathEndsHandleTest, KnobsAreDrawnAmongTheBodiesThatTheyStandOn)
+{
+    for (const PathEndHandle* which : {&start, &end})
+        EXPECT_EQ(which->getKnob()->getEntity()->getRenderQueueGroup(), renderGroup::normal);
 }
 
 TEST_F(PathEndsHandleTest, KnobsAreRegisteredWithPriorityAndCannotBePickedAtFirst)

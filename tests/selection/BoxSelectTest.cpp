@@ -139,6 +139,16 @@ TEST_F(BoxSelect, CloudWithoutAPointInsideHasNoEntry)
     EXPECT_THAT(selectPoints(100, 100, 200, 200), IsEmpty());
 }
 
+TEST_F(BoxSelect, PointsThatAreFoundAreSelectedAsTheyAre)
+{
+    visual::PointCloudVisual* cloud = addCloud({at(100, 100), at(300, 250), at(105, 105)});
+
+    scene.selectPointCloud(selectPoints(50, 50, 200, 200));
+    drain();
+
+    EXPECT_THAT(cloud->getSelectedIndices(), ElementsAre(0, 2));
+}
+
 TEST_F(BoxSelect, CloudWhollyInsideHasAllNumbersAscending)
 {
     std::vector<rob::Posf> points;

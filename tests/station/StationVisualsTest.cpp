@@ -188,6 +188,20 @@ TEST_F(StationVisuals, PartSelectedInASelectedAssemblyKeepsItsFrameHidden)
     EXPECT_FALSE(partVisual(*assembly->getParts()[0]).getLocalFrame()->isVisible());
 }
 
+TEST_F(StationVisuals, AssemblySelectedAfterItsPartTakesThePartsFrameAway)
+{
+    const auto assembly = addAssembly(2);
+    const unsigned part = assembly->getParts()[0]->getId();
+
+    scene.setVisualsSelected({part, assembly->getId()});
+    drain();
+
+    EXPECT_THAT(scene.getSelectedVisuals(), testing::ElementsAre(part, assembly->getId()));
+    EXPECT_EQ(materialOf(memberPart(*assembly, 0)), "BodySelected");
+    EXPECT_EQ(materialOf(memberPart(*assembly, 1)), "BodySelected");
+    EXPECT_FALSE(partVisual(*assembly->getParts()[0]).getLocalFrame()->isVisible());
+}
+
 TEST_F(StationVisuals, PartSelectedInsideAnAssemblyShowsItsFrame)
 {
     const auto assembly = addAssembly(2);

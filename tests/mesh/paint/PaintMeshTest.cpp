@@ -2,6 +2,7 @@
 #include "mesh/paint/PaintSkin.h"
 
 #include <cmath>
+#include <type_traits>
 #include <utility>
 
 namespace vrk::visual {
@@ -15,6 +16,8 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+
+static_assert(std::has_virtual_destructor_v<Mesh>, "the meshes of the manager end as Mesh, whatever they are");
 
 PaintMesh withThreeColors()
 {
