@@ -7,6 +7,8 @@
 #include "visual/Edges.h"
 #include "visual/SolidVisual.h"
 
+#include <Ogre.h>
+
 #include <string>
 #include <vector>
 
@@ -35,6 +37,11 @@ protected:
         auto* solid = static_cast<visual::SolidVisual*>(visual::Scene::GetVisual(body->getId()));
         solid->setPose(pose);
         return solid;
+    }
+    /// Of the whole scene, wherever their visuals hang.
+    std::size_t entities() const
+    {
+        return this->sceneManager->getMovableObjects(Ogre::EntityFactory::FACTORY_TYPE_NAME).size();
     }
     template <typename List>
     static const std::vector<visual::Visual*>& listed()

@@ -301,6 +301,21 @@ TEST_F(PreviewShapes, PolylinesAreAddedUntilTheyAreRemovedWithTheirArrows)
     EXPECT_THAT(addedToWorld(), IsEmpty());
 }
 
+TEST_F(PreviewShapes, ArrowsGoWithTheirPolylines)
+{
+    const std::size_t before = entities();
+    scene.drawPolyline({{0, 0, 0}, {1, 0, 0}}, 0, true);
+    scene.drawPolyline({{0, 0, 0}, {1, 0, 0}}, addBox()->getId(), true);
+    drain();
+    const std::size_t withBox = before + 1;
+    ASSERT_EQ(entities(), withBox + 2);
+
+    scene.removePolylines();
+    drain();
+
+    EXPECT_EQ(entities(), withBox);
+}
+
 TEST_F(PreviewShapes, ArrowBetweenEqualPointsFailsAndThePolylineStaysUnlisted)
 {
     scene.drawPolyline({{1, 2, 3}, {1, 2, 3}, {4, 5, 6}}, 0, true);

@@ -280,6 +280,22 @@ TEST_F(PreviewHelper, LookOfALineStaysThroughARemoval)
     EXPECT_EQ(test::materialOf(helper.getAxisXLine()), "GreenFrameLine");
 }
 
+TEST_F(PreviewHelper, LineLooksTheSameHoweverItIsMarked)
+{
+    const std::vector<FromToLineVisual*> known = kindsOn<FromToLineVisual>(*world);
+    const auto line = std::ranges::find(known, &helper.getPrimaryLine());
+    ASSERT_NE(line, known.end());
+    for (const bool selected : {true, false}) {
+        helper.setPrimaryLineSelected(selected);
+        drain();
+
+        for (const auto mark : {&Visual::setSelected, &Visual::setHighlighted, &Visual::resetAppearance}) {
+            ((*line)->*mark)();
+            EXPECT_EQ(test::materialOf(**line), selected ? "RedFrameLineSelected" : "RedFrameLine");
+        }
+    }
+}
+
 TEST_F(PreviewHelper, PicksAndTheRemovalAskForAFrameAndTheRestDoesNot)
 {
     using Add = void (PreviewVisualsHelper::*)(const Pos&);

@@ -184,6 +184,19 @@ TEST_F(PreviewedJointAxis, RemovalPostsNothingWithoutOneAndElseEndsIt)
     EXPECT_THAT(addedToWorld(), IsEmpty());
 }
 
+TEST_F(PreviewedJointAxis, ArrowGoesWithTheAxis)
+{
+    const std::size_t before = entities();
+    scene.createPreviewedJointVisual();
+    drain();
+    ASSERT_EQ(entities(), before + 1);
+
+    scene.removePreviewedJointVisual();
+    drain();
+
+    EXPECT_EQ(entities(), before);
+}
+
 TEST_F(PreviewedJointAxis, ShowingWithoutOneIsToldInTheLogAndHidingIsNot)
 {
     scene.setPreviewedJointVisible({0, 0, 0}, {1, 0, 0});
