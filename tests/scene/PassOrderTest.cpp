@@ -64,5 +64,17 @@ TEST_F(PassOrder, LaterPassesOfAMaterialFollowAllFirstOnes)
     Ogre::MaterialManager::getSingleton().remove(twice);
 }
 
+TEST_F(PassOrder, PathsLieOverCurvesAndStatesOverBoth)
+{
+    const auto hash = [](const char* name) { return hashOf(*Ogre::MaterialManager::getSingleton().getByName(name)); };
+    for (const char* plain : {"WireFrame", "BodyCurve", "GeneratedEdge", "RedFrameLine"}) {
+        EXPECT_LT(hash(plain), hash("PathLine")) << plain;
+        EXPECT_LT(hash(plain), hash("BodyCurveSelected")) << plain;
+    }
+    EXPECT_LT(hash("PathLine"), hash("BodyCurveSelected"));
+    EXPECT_LT(hash("PathLineSelected"), hash("BodyCurveHighlighted"));
+    EXPECT_LT(hash("BodyCurveSelected"), hash("PathLineHighlighted"));
+}
+
 } // namespace
 } // namespace vrk::visual
