@@ -503,7 +503,7 @@ public:
     void setPreviewedJointInvisible();
     /// Asks on the caller's thread whether there is one; nothing is posted where there is none.
     void removePreviewedJointVisual();
-    /// The previewed frames, all of them, and the previewed joint.
+    /// All that marks a position, taken to be the previewed frames and the previewed joint.
     void removeAllPositionVisuals();
 
     // Dimensions and reach; posted. Dimensions draw the lines of a measure and not its number; places are in the world, angles
