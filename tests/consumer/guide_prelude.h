@@ -52,6 +52,10 @@ struct Widget {
     unsigned long winId() const;
 };
 extern Widget* widget;
+struct Timer {
+    void startAt(vrk::visual::CoarseWhileMoving::Clock::time_point time);
+};
+extern Timer timer;
 extern unsigned width, height, newWidth, newHeight, margin;
 extern float x, y, x1, y1, x2, y2, dx, dy, notches, wheelDelta;
 extern double devicePixelRatio;
