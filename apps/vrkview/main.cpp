@@ -63,21 +63,6 @@ private:
     std::streambuf* before;
 };
 
-/// The display to draw on; pictures and lists have one of their own where that can be had.
-std::unique_ptr<PrivateDisplay> chooseDisplay(const Options& options)
-{
-    const bool showsWindow = options.task == Options::Task::OpenWindow;
-    std::unique_ptr<PrivateDisplay> display;
-    if (!showsWindow && !options.onPresentDisplay && PrivateDisplay::IsAvailable())
-        display = std::make_unique<PrivateDisplay>();
-    else if (!displayAnswers())
-        throw std::runtime_error(
-            showsWindow || options.onPresentDisplay
-                ? "no display: DISPLAY is not set or does not answer (--shot needs none with Xvfb)"
-                : "no display: DISPLAY is not set or does not answer, and Xvfb is not on the PATH");
-    return display;
-}
-
 /// In one line, whatever the cause says and names hold: a terminal takes other control characters for orders.
 void warn(const std::string& text)
 {
@@ -157,6 +142,31 @@ void checkFoldersOfPictures(const Options& options)
     }
 }
 
+/// So that what is amiss with the resources or the command line is told ahead of all else.
+void checkBeforehand(const Options& options)
+{
+    vrk::visual::CheckResources();
+    checkFoldersOfPictures(options);
+}
+
+/// The display to draw on; pictures and lists have one of their own where that can be had. Checks beforehand.
+std::unique_ptr<PrivateDisplay> chooseDisplay(const Options& options)
+{
+    const bool showsWindow = options.task == Options::Task::OpenWindow;
+    if (!showsWindow && !options.onPresentDisplay && PrivateDisplay::IsAvailable())
+        return std::make_unique<PrivateDisplay>(1280, 1024, [&options] {
+            checkBeforehand(options);
+            loadSoftwareDriver();
+        });
+    checkBeforehand(options);
+    if (!displayAnswers())
+        throw std::runtime_error(
+            showsWindow || options.onPresentDisplay
+                ? "no display: DISPLAY is not set or does not answer (--shot needs none with Xvfb)"
+                : "no display: DISPLAY is not set or does not answer, and Xvfb is not on the PATH");
+    return nullptr;
+}
+
 /// The one that the command line asks for, else the one of the last run.
 const DrawMode& chooseDrawMode(const Options& options)
 {
@@ -229,8 +239,6 @@ int run(char** argv, const Options& options)
     std::optional<QuietOutput> quiet(std::in_place);
     if (!options.resources.empty())
         vrk::common::SetResourcePath(options.resources);
-    vrk::visual::CheckResources();
-    checkFoldersOfPictures(options);
     const std::unique_ptr<PrivateDisplay> display = chooseDisplay(options);
     if (options.task == Options::Task::OpenWindow)
         return openWindow(argv, options);

@@ -8,6 +8,7 @@
 #include <stdexcept>
 #include <string>
 
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
@@ -20,6 +21,16 @@ namespace {
 
 constexpr const char* program = "Xvfb";
 constexpr int startLimit = 20000; // milliseconds
+
+/// Closed in the end.
+struct FileDescriptor {
+    explicit FileDescriptor(int number) : number(number) {}
+    ~FileDescriptor() { close(number); }
+    FileDescriptor(const FileDescriptor&) = delete;
+    FileDescriptor& operator=(const FileDescriptor&) = delete;
+
+    int number;
+};
 
 /// In the child: becomes Xvfb, which writes the number of its display to `numberFd`.
 [[noreturn]] void becomeServer(int numberFd, const std::string& screen, pid_t parent)
@@ -55,14 +66,6 @@ std::string readNumber(int fd)
     return text;
 }
 
-void endServer(pid_t server)
-{
-    if (server <= 0)
-        return;
-    kill(server, SIGTERM);
-    waitpid(server, nullptr, 0);
-}
-
 } // namespace
 
 bool PrivateDisplay::IsAvailable()
@@ -75,31 +78,49 @@ bool PrivateDisplay::IsAvailable()
     return false;
 }
 
-PrivateDisplay::PrivateDisplay(int width, int height)
+PrivateDisplay::Server::~Server()
+{
+    if (process <= 0)
+        return;
+    kill(process, SIGTERM);
+    waitpid(process, nullptr, 0);
+}
+
+PrivateDisplay::PrivateDisplay(int width, int height, const std::function<void()>& meanwhile)
 {
     const std::string screen = std::to_string(width) + "x" + std::to_string(height) + "x24";
     std::array<int, 2> ends{};
     if (pipe(ends.data()) != 0)
         throw std::runtime_error("no pipe to Xvfb can be made");
     const pid_t self = getpid();
-    server = fork();
-    if (server == 0) {
+    server.process = fork();
+    if (server.process == 0) {
         close(ends[0]);
         becomeServer(ends[1], screen, self);
     }
     close(ends[1]);
-    const std::string number = server > 0 ? readNumber(ends[0]) : std::string();
-    close(ends[0]);
-    if (number.empty()) {
-        endServer(server);
+    const FileDescriptor numbers(ends[0]);
+    if (meanwhile)
+        meanwhile();
+    const std::string number = server.process > 0 ? readNumber(numbers.number) : std::string();
+    if (number.empty())
         throw std::runtime_error("Xvfb does not start");
-    }
     setenv("DISPLAY", (":" + number).c_str(), 1);
 }
 
-PrivateDisplay::~PrivateDisplay()
+PrivateDisplay::~PrivateDisplay() = default;
+
+void loadSoftwareDriver()
 {
-    endServer(server);
+    if (std::getenv("LIBGL_DRIVERS_PATH")) // then it is another one
+        return;
+    void* const library = dlopen("libGL.so.1", RTLD_LAZY);
+    const void* const inLibrary = library ? dlsym(library, "glFlush") : nullptr;
+    Dl_info info{};
+    if (!inLibrary || dladdr(inLibrary, &info) == 0)
+        return;
+    // It stays: the driver that is loaded from there later is this one.
+    dlopen((std::filesystem::path(info.dli_fname).parent_path() / "dri/swrast_dri.so").c_str(), RTLD_NOW);
 }
 
 } // namespace vrkview

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include <sys/types.h>
 
 namespace vrkview {
@@ -14,14 +16,26 @@ public:
     static bool IsAvailable();
 
     /// Returns when the display answers. Width and height of its screen are in pixels.
+    /// @param meanwhile  done while Xvfb starts, for which there is a core mostly; it must start no thread. What it throws comes
+    ///                   first.
     /// @throws std::runtime_error if Xvfb does not start.
-    explicit PrivateDisplay(int width = 1280, int height = 1024);
+    explicit PrivateDisplay(int width = 1280, int height = 1024, const std::function<void()>& meanwhile = {});
     ~PrivateDisplay();
     PrivateDisplay(const PrivateDisplay&) = delete;
     PrivateDisplay& operator=(const PrivateDisplay&) = delete;
 
 private:
-    pid_t server = -1;
+    /// The child process.
+    struct Server {
+        ~Server();
+
+        pid_t process = -1;
+    };
+    Server server;
 };
+
+/// Has the program load what draws on such a display, which takes a while, ahead of its need: Mesa's driver for displays
+/// without a graphics card. Where that lies elsewhere it does nothing.
+void loadSoftwareDriver();
 
 } // namespace vrkview

@@ -1,5 +1,6 @@
 #include "platform/common/ZipManager.h"
 
+#include "platform/common/FileState.h"
 #include "platform/common/ResourcePath.h"
 
 #include <fmt/format.h>
@@ -8,10 +9,8 @@
 #include <algorithm>
 #include <array>
 #include <climits>
-#include <cstdint>
 #include <mutex>
 #include <stdexcept>
-#include <system_error>
 #include <unordered_map>
 #include <utility>
 
@@ -35,9 +34,7 @@ ZipFile openZip(const std::filesystem::path& zip)
 
 /// Where the entries of one state of a zip lie.
 struct Places {
-    std::filesystem::path zip;
-    std::filesystem::file_time_type written;
-    std::uintmax_t size = 0;
+    FileState of;
     std::unordered_map<std::string, unz64_file_pos> entries;
 };
 
@@ -69,12 +66,10 @@ std::shared_ptr<const Places> placesOf(const ZipFile& zip, const std::filesystem
 {
     static std::mutex mutex;
     static std::shared_ptr<const Places> last;
-    std::error_code error; // of a file that went meanwhile: nothing is found in it
-    const auto written = std::filesystem::last_write_time(path, error);
-    const std::uintmax_t size = std::filesystem::file_size(path, error);
+    const FileState present = stateOf(path);
     const std::lock_guard lock(mutex);
-    if (!last || last->zip != path || last->written != written || last->size != size)
-        last = std::make_shared<Places>(Places{path, written, size, entriesOf(zip)});
+    if (!last || last->of != present)
+        last = std::make_shared<Places>(Places{present, entriesOf(zip)});
     return last;
 }
 

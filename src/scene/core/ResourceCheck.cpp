@@ -1,5 +1,6 @@
 #include "scene/core/ResourceCheck.h"
 
+#include "platform/common/FileState.h"
 #include "platform/common/ResourcePath.h"
 #include "platform/common/ZipManager.h"
 #include "scene/core/ResourceArchive.h"
@@ -9,6 +10,7 @@
 #include <Ogre.h>
 
 #include <filesystem>
+#include <mutex>
 #include <regex>
 #include <stdexcept>
 
@@ -33,11 +35,8 @@ void checkSources(const std::filesystem::path& zip, const std::string& script)
         textOf(zip, (*at)[1].str());
 }
 
-} // namespace
-
-void checkResources()
+void check(const std::filesystem::path& zip)
 {
-    const std::filesystem::path zip = common::GetResourcePath();
     std::error_code error;
     if (!std::filesystem::exists(zip, error))
         throw std::runtime_error(fmt::format("{}: no such file, the materials and programs are missing", zip.string()));
@@ -55,6 +54,20 @@ void checkResources()
                 checkSources(zip, text);
         }
     }
+}
+
+} // namespace
+
+void checkResources()
+{
+    static std::mutex mutex;
+    static common::FileState good; // asked for ahead of a start, it need not be read again by that
+    const common::FileState present = common::stateOf(common::GetResourcePath());
+    const std::lock_guard lock(mutex);
+    if (present == good)
+        return;
+    check(present.path);
+    good = present;
 }
 
 void checkMaterials()
