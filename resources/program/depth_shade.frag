@@ -25,7 +25,8 @@ const vec2 places[pairs] = vec2[]( //
 void main()
 {
     ivec2 size = textureSize(depth, 0);
-    ivec2 here = ivec2(pictureUv * vec2(size));
+    // The middle of each pixel lies between two of the depths: always the same one, however the driver rounds.
+    ivec2 here = ivec2(pictureUv * vec2(size) + 0.0625);
     float signedHere = texelFetch(depth, here, 0).r;
     if (signedHere == 0.0) {
         fragColour = vec4(1.0, 0.0, 0.0, 1.0);

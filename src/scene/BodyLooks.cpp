@@ -163,7 +163,9 @@ void BodyLooks::preFindVisibleObjects(Ogre::SceneManager* source, Ogre::SceneMan
                                       Ogre::Viewport* viewport)
 {
     const std::string& scheme = viewport->getMaterialScheme();
-    isOfDepths = scheme == "DepthShade";
+    depths = scheme == "DepthShade" ? &core.record<DepthShade>().shadedPart() : nullptr;
+    if (depths)
+        depths->use(*viewport);
     // The masks of outlines show bodies as they are, the depths those that are no ghosts.
     const bool isMain = served && viewport->getCamera() == served->getCamera();
     const bool isMask = scheme == "BorderMask" || scheme == "GroundShadow";
@@ -177,7 +179,7 @@ void BodyLooks::preFindVisibleObjects(Ogre::SceneManager* source, Ogre::SceneMan
     }
     auto& coarseLook = core.record<CoarseLook>();
     coarse = isMain && !isMask && coarseLook.use(*viewport) ? &coarseLook : nullptr;
-    if (hasLook || !hasBacks || coarse)
+    if (hasLook || !hasBacks || coarse || depths)
         source->getRenderQueue()->setRenderableListener(this);
 }
 
@@ -228,6 +230,8 @@ bool BodyLooks::renderableQueued(Ogre::Renderable* renderable, Ogre::uint8 group
         return false;
     if (!hasBacks && *technique == before)
         leaveBackFaces(*renderable, technique);
+    if (depths && (group == renderGroup::normal || group == renderGroup::selected))
+        depths->add(*renderable, **technique);
     return group != renderGroup::lines || !smallEdges.isUnseen(*renderable, **technique);
 }
 
@@ -237,7 +241,7 @@ void BodyLooks::leaveBackFaces(const Ogre::Renderable& renderable, Ogre::Techniq
         return;
     // What is seen through has no depth, and no technique here.
     Ogre::Technique* culling = backFaces.techniqueOf(renderable);
-    if (culling && isOfDepths)
+    if (culling && depths)
         culling = backFaces.techniqueOf(*(*technique)->getParent());
     if (culling)
         *technique = culling;
@@ -263,7 +267,7 @@ bool BodyLooks::queuedByLook(Ogre::Renderable& renderable, Ogre::uint8 group, Og
         default:
             return false; // a ghost has no paint
         }
-    if (isOfDepths)
+    if (depths)
         return true;
     if (kind == Kind::Body && techniques.face && !hasMarkedFaces(renderable))
         *technique = techniques.face;
@@ -287,7 +291,7 @@ Ogre::Technique* BodyLooks::linesOf(const Ogre::Renderable& edges) const
 bool BodyLooks::queueGhost(Ogre::Renderable& renderable, Ogre::uint8 group, Ogre::ushort priority,
                            Ogre::Technique* technique, Ogre::RenderQueue& queue)
 {
-    if (!isOfDepths && technique && !smallEdges.isUnseen(renderable, *technique))
+    if (!depths && technique && !smallEdges.isUnseen(renderable, *technique))
         queue.getQueueGroup(group)->addRenderable(&renderable, technique, priority);
     return false;
 }

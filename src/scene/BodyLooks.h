@@ -14,6 +14,7 @@
 namespace vrk::visual {
 
 class CoarseLook;
+class ShadedPart;
 class SceneCore;
 
 /// What the scene's own camera draws instead of bodies, clouds and their edges: lines, or ghosts. It is exchanged as OGRE
@@ -85,7 +86,7 @@ private:
     // Of the picture that is being drawn
     Techniques techniques;
     std::unordered_set<const Ogre::Renderable*> drawnWhole;
-    bool isOfDepths = false;
+    ShadedPart* depths = nullptr;       // of a picture of depths
     bool hasLook = false;               // lines or ghosts
     bool hasBacks = false;              // as in wire frames
     const CoarseLook* coarse = nullptr; // null where nothing is left out

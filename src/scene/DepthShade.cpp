@@ -15,17 +15,6 @@ constexpr const char* shadeName = "DepthShade"; // and of the scheme of depths
 constexpr const char* outlinesName = "BodyOutlines";
 constexpr const char* border = "BorderHighlight";
 
-/// It comes ahead of what takes its texture.
-Ogre::CompositorInstance* add(Ogre::Viewport& viewport, const char* name)
-{
-    Ogre::CompositorInstance* added = Ogre::CompositorManager::getSingleton().addCompositor(&viewport, name, 0);
-    if (!added)
-        FileLogger::inst()->error(fmt::format("no compositor {} in the resources", name));
-    else
-        added->setAlive(true); // it is switched while the view moves: its textures stay
-    return added;
-}
-
 } // namespace
 
 DepthShade::DepthShade()
@@ -65,6 +54,27 @@ void DepthShade::serve(Ogre::Viewport& viewport, bool)
 void DepthShade::forget(Ogre::Viewport& viewport)
 {
     served.erase(&viewport);
+}
+
+/// It comes ahead of what takes its texture.
+Ogre::CompositorInstance* DepthShade::add(Ogre::Viewport& viewport, const char* name)
+{
+    Ogre::CompositorInstance* added = Ogre::CompositorManager::getSingleton().addCompositor(&viewport, name, 0);
+    if (!added) {
+        FileLogger::inst()->error(fmt::format("no compositor {} in the resources", name));
+        return nullptr;
+    }
+    added->setAlive(true); // it is switched while the view moves: its textures stay
+    added->addListener(this);
+    return added;
+}
+
+void DepthShade::notifyMaterialRender(Ogre::uint32, Ogre::MaterialPtr& material)
+{
+    const Ogre::Pass& pass = *material->getBestTechnique()->getPass(0);
+    const Ogre::GpuProgramParametersSharedPtr& parameters = pass.getVertexProgramParameters();
+    if (parameters->_findNamedConstantDefinition("part"))
+        parameters->setNamedConstant("part", part.rectangle());
 }
 
 /// The name of the compositor; null for none.

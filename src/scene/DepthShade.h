@@ -1,7 +1,9 @@
 #pragma once
 
+#include "scene/ShadedPart.h"
 #include "scene/core/ViewportUsers.h"
 
+#include <OgreCompositorInstance.h>
 #include <OgreMaterialManager.h>
 
 #include <set>
@@ -13,7 +15,9 @@ namespace vrk::visual {
 /// texts have neither.
 ///
 /// Owner: the scene's records. Thread: render thread.
-class DepthShade : public Ogre::MaterialManager::Listener, public ViewportUser {
+class DepthShade : public Ogre::MaterialManager::Listener,
+                   public Ogre::CompositorInstance::Listener,
+                   public ViewportUser {
 public:
     DepthShade();
     ~DepthShade() override;
@@ -30,6 +34,11 @@ public:
     /// Brings the viewport's compositors into line: the outline of what is selected draws the whole picture where it is on.
     void suit(Ogre::Viewport& viewport);
 
+    /// Where the shade of the picture is whose depths are drawn; to be told what these are of.
+    ShadedPart& shadedPart() { return part; }
+    /// Ahead of a rectangle that measures or draws the shade.
+    void notifyMaterialRender(Ogre::uint32 pass, Ogre::MaterialPtr& material) override;
+
     /// The technique by which something lends its depth.
     Ogre::Technique* handleSchemeNotFound(unsigned short schemeIndex, const Ogre::String& schemeName,
                                           Ogre::Material* material, unsigned short lodIndex,
@@ -37,10 +46,12 @@ public:
 
 private:
     const char* wanted() const;
+    Ogre::CompositorInstance* add(Ogre::Viewport& viewport, const char* name);
 
     bool enabled = false;
     bool outlines = false;
     std::set<Ogre::Viewport*> served;
+    ShadedPart part;
 };
 
 } // namespace vrk::visual

@@ -6,7 +6,9 @@
 #include "support/LoggedMessages.h"
 #include "support/SceneFixture.h"
 #include "view/Camera.h"
+#include "visual/PointCloudVisual.h"
 #include "visual/RenderGroups.h"
+#include "visual/ScanClouds.h"
 #include "visual/SolidVisual.h"
 
 #include <BRepAlgoAPI_Cut.hxx>
@@ -134,6 +136,35 @@ TEST_F(ViewLook, ShadeIsTheSameWithTheOutlineOfWhatIsSelected)
     EXPECT_EQ(test::largestDifference(before, render(fromAbove)), 0);
     scene.setBorderHighlightEnabled(false);
     EXPECT_EQ(test::largestDifference(before, render(fromAbove)), 0);
+}
+
+class PlacesOfShade : public ViewLook, public testing::WithParamInterface<Posf> {};
+
+TEST_P(PlacesOfShade, ShadeIsTheSameInTheMiddleAndAtEdges)
+{
+    SolidVisual* block = addBlockWithHole();
+    block->setPosition(GetParam());
+    SetDepthShade(true);
+    const Picture measuredInPart = render(fromAbove);
+    // A point within the block. It does not tell where it lies, and all of the picture is measured.
+    PointCloudVisual::Build(world, test::addModelCloud({GetParam() + rob::Vec3f(60, 60, -30)}).get());
+
+    EXPECT_EQ(test::largestDifference(measuredInPart, render(fromAbove)), 0);
+    SetDepthShade(false);
+    EXPECT_GT(test::largestDifference(measuredInPart, render(fromAbove)), 20);
+}
+
+INSTANTIATE_TEST_SUITE_P(InThePicture, PlacesOfShade,
+                         testing::Values(Posf{0, 0, 0}, Posf{-200, 0, 0}, Posf{140, -90, 0}, Posf{0, -60, 200}));
+
+TEST_F(ViewLook, ShadeIsTheSameBesideWhatReachesBehindTheCamera)
+{
+    addBlockWithHole();
+    SetDepthShade(true);
+    const Posf inHole{0, 16, -32};
+    const Pixel before = pixelAt(render(fromAbove), inHole);
+    add(test::meshedBox(20, 20, 900), "post")->setPosition({180, -150, -60});
+    EXPECT_EQ(test::difference(pixelAt(render(fromAbove), inHole), before), 0);
 }
 
 TEST_F(ViewLook, OutlineIsAddedToAChainThatHoldsTheShade)
