@@ -15,6 +15,7 @@ uniform float opacity;
 
 #ifdef DASHED
 uniform vec4 viewportSize;
+uniform float rowsAbove; // of the picture, above the target
 
 const float period = 12.0;   // pixels of a picture of up to 1080 rows
 const float dash = 0.55;     // of the period
@@ -30,7 +31,7 @@ float dashCover()
     bool isLeftToRight = (isLevel ? along.x : along.y) > 0.0;
     float at = isLeftToRight ? place.x : segmentLength - place.x;
     if (segmentLength < longSegment * full)
-        at = isLevel ? gl_FragCoord.x : gl_FragCoord.y;
+        at = isLevel ? gl_FragCoord.x : gl_FragCoord.y + rowsAbove;
     float fromMiddle = abs(fract(at / full - 0.5 * dash + 0.5) - 0.5) * full;
     return clamp(0.5 * dash * full - fromMiddle + 0.5, 0.0, 1.0);
 }

@@ -9,6 +9,8 @@ in vec4 surfaceColour; // x: the thickness as a part of what is wanted; w: how m
 uniform vec3 cameraPosition;
 uniform vec4 target; // y: too thin below, z: too thick above, as parts of what is wanted; w: times it where colours end
 
+uniform float rowsAbove; // of the picture, above the target
+
 out vec4 fragColour;
 
 // Even steps of the scale; the legend has the same (ThicknessColors.cpp).
@@ -37,9 +39,10 @@ void main()
     float slope = max(fwidth(value), 1e-9);
     float below = clamp((target.y - value) / slope + 0.5, 0.0, 1.0);
     float above = clamp((value - target.z) / slope + 0.5, 0.0, 1.0);
-    float across = fract((gl_FragCoord.x + gl_FragCoord.y) / stripe) * stripe;
+    vec2 at = gl_FragCoord.xy + vec2(0.0, rowsAbove);
+    float across = fract((at.x + at.y) / stripe) * stripe;
     colour = mix(colour, vec3(0.04, 0.03, 0.10), 0.55 * below * clamp(2.0 - abs(across - 2.0), 0.0, 1.0));
-    vec2 cell = (fract(gl_FragCoord.xy / dots) - 0.5) * dots;
+    vec2 cell = (fract(at / dots) - 0.5) * dots;
     colour = mix(colour, vec3(1.0), 0.85 * above * clamp(2.0 - length(cell), 0.0, 1.0));
     float toBorder = min(abs(value - target.y), abs(value - target.z)) / slope;
     colour = mix(colour, vec3(0.05), 0.8 * clamp(1.6 - toBorder, 0.0, 1.0));

@@ -177,7 +177,7 @@ void Camera::updateFOV()
 {
     if (!viewport)
         return;
-    viewport->setDimensions(0, 0, 1, 1);
+    viewport->setDimensions(0, 0, 1, viewportPart);
     const float aspect =
         static_cast<float>(viewport->getActualWidth()) / static_cast<float>(viewport->getActualHeight());
     const double vfov = 2.0 * std::atan(std::tan(hfov * 0.5) / aspect);
@@ -249,11 +249,20 @@ void Camera::setRenderTarget(Ogre::RenderTarget* target)
         publish();
         return;
     }
+    drawInto(*target, target->getHeight());
+}
+
+void Camera::drawInto(Ogre::RenderTarget& target, unsigned height)
+{
+    // Rounded down by OGRE, to whole rows.
+    const float part =
+        height == target.getHeight() ? 1 : (static_cast<float>(height) + 0.5f) / static_cast<float>(target.getHeight());
     // The new one first, so that a target that is taken leaves the camera as it is. One target has room for one of them.
-    Ogre::Viewport* next = target == renderTarget ? nullptr : target->addViewport(camera, 0, 0, 0, 1, 1);
+    Ogre::Viewport* next = &target == renderTarget ? nullptr : target.addViewport(camera, 0, 0, 0, 1, part);
     removeViewport();
-    viewport = next ? next : target->addViewport(camera, 0, 0, 0, 1, 1);
-    renderTarget = target;
+    viewport = next ? next : target.addViewport(camera, 0, 0, 0, 1, part);
+    viewportPart = part;
+    renderTarget = &target;
     dropCompositors(*viewport);
     viewport->addListener(watcher.get());
     viewport->setClearEveryFrame(true, allBuffers);

@@ -114,12 +114,15 @@ public:
 
 private:
     class Watcher;
+    friend class BandedPicture;
     friend class WindowTarget;
 
     /// Fits the angles of the cameras that draw into this target, whose size has changed.
     static void FitThoseOf(const Ogre::RenderTarget& target);
     static float LimitFOV(float angle);
     void publish() const;
+    /// As `setRenderTarget`, where the target has the uppermost rows of a picture of that height.
+    void drawInto(Ogre::RenderTarget& target, unsigned height);
     void removeViewport();
     void forgetViewport();
     void loseRenderTarget();
@@ -131,6 +134,7 @@ private:
     Ogre::Viewport* viewport = nullptr;
     Scene* scene;
     Ogre::RenderTarget* renderTarget = nullptr;
+    float viewportPart = 1; // its height as a part of the target's
     unsigned renderRate = 60;
     float hfov = 1.0471976f;
     rob::PosTemplate<float> targetPos;

@@ -15,10 +15,16 @@ namespace vrk::visual {
 
 std::vector<std::uint8_t> readPixels(Ogre::RenderTarget& target)
 {
-    const Ogre::Box area(0, 0, target.getWidth(), target.getHeight());
-    std::vector<std::uint8_t> pixels(std::size_t{3} * target.getWidth() * target.getHeight());
-    target.copyContentsToMemory(area, Ogre::PixelBox(area, Ogre::PF_BYTE_RGB, pixels.data()));
+    std::vector<std::uint8_t> pixels;
+    readPixels(target, pixels);
     return pixels;
+}
+
+void readPixels(Ogre::RenderTarget& target, std::vector<std::uint8_t>& pixels)
+{
+    const Ogre::Box area(0, 0, target.getWidth(), target.getHeight());
+    pixels.resize(std::size_t{3} * target.getWidth() * target.getHeight());
+    target.copyContentsToMemory(area, Ogre::PixelBox(area, Ogre::PF_BYTE_RGB, pixels.data()));
 }
 
 void writePng(const std::filesystem::path& file, unsigned width, unsigned height, std::span<const std::uint8_t> pixels)

@@ -14,6 +14,8 @@ namespace vrk::visual {
 /// What lies in a target: red, green, blue for each pixel, rows from the top, nothing between them. A window needs a view.
 /// Thread: render thread.
 std::vector<std::uint8_t> readPixels(Ogre::RenderTarget& target);
+/// The same, into a place that is used several times.
+void readPixels(Ogre::RenderTarget& target, std::vector<std::uint8_t>& pixels);
 
 /// Writes such pixels as a PNG, which is there whole or not at all, by libpng (under its own licence, of the BSD kind).
 /// Any thread.

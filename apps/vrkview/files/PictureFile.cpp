@@ -38,17 +38,23 @@ std::string pictureCannotBeWritten(const std::filesystem::path& file)
 QImage halved(std::span<const std::uint8_t> pixels, int width, int height)
 {
     QImage half(width / 2, height / 2, QImage::Format_RGB888);
+    halveInto(half, 0, pixels, width);
+    return half;
+}
+
+void halveInto(QImage& half, int firstRow, std::span<const std::uint8_t> pixels, int width)
+{
     const std::size_t row = std::size_t{3} * static_cast<std::size_t>(width);
-    for (int y = 0; y < half.height(); ++y) {
+    const auto rows = static_cast<int>(pixels.size() / (2 * row));
+    for (int y = 0; y < rows; ++y) {
         const std::uint8_t* upper = &pixels[2 * static_cast<std::size_t>(y) * row];
         const std::uint8_t* lower = upper + row;
-        std::uint8_t* to = half.scanLine(y);
+        std::uint8_t* to = half.scanLine(firstRow + y);
         for (int x = 0; x < half.width(); ++x, upper += 6, lower += 6, to += 3)
             for (int channel = 0; channel < 3; ++channel)
                 to[channel] = static_cast<std::uint8_t>(
                     (upper[channel] + upper[channel + 3] + lower[channel] + lower[channel + 3]) / 4);
     }
-    return half;
 }
 
 void savePicture(const QImage& picture, const std::filesystem::path& file)

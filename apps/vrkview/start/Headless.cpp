@@ -13,9 +13,9 @@
 
 #include "scene/Scene.h"
 #include "scene/ViewLook.h"
+#include "view/BandedPicture.h"
 #include "view/Camera.h"
 #include "view/OffscreenTarget.h"
-#include "view/RenderFrame.h"
 
 #include <QGuiApplication>
 #include <QImage>
@@ -32,6 +32,7 @@
 namespace vrkview {
 namespace {
 
+using vrk::visual::BandedPicture;
 using vrk::visual::Camera;
 using vrk::visual::OffscreenTarget;
 
@@ -49,7 +50,7 @@ std::filesystem::path fileFor(const Options& options, const View& view)
 /// The cross of axes has its size in pixels; in a picture it has the part of it that it has in a window, or a larger one where
 /// its letters could not be read.
 /// @param scale  pixels that are drawn for each side of one of the picture.
-void suitCross(const OffscreenTarget& target, int scale)
+void suitCross(const BandedPicture& target, int scale)
 {
     constexpr float usualRows = 1000;
     constexpr float least = 0.55f; // letters of eight pixels
@@ -80,20 +81,29 @@ private:
     std::unique_ptr<QGuiApplication> application;
 };
 
-/// What the camera sees after the move that was posted, with a half of the target's width and height where `scale` is 2.
-QImage draw(const OffscreenTarget& target, int scale)
+void copyInto(QImage& picture, int firstRow, std::span<const std::uint8_t> pixels)
+{
+    const std::size_t row = std::size_t{3} * static_cast<std::size_t>(picture.width());
+    for (int y = 0; !pixels.empty(); ++y, pixels = pixels.subspan(row))
+        std::ranges::copy(pixels.first(row), picture.scanLine(firstRow + y));
+}
+
+/// What the camera sees after the move that was posted, with a half of what is drawn as width and height where `scale` is 2.
+QImage draw(BandedPicture& drawn, int scale)
 {
     vrk::visual::Scene::Get()->processMsgs();
     StationDimensions::Get().updateWhole();
     if (isGroundShadowed())
         vrk::visual::TakeGroundShadow();
-    vrk::visual::renderFrame();
-    const std::vector<std::uint8_t> pixels = target.read();
-    const int width = static_cast<int>(target.getWidth());
-    const int height = static_cast<int>(target.getHeight());
-    if (scale == 2)
-        return halved(pixels, width, height);
-    return QImage(pixels.data(), width, height, 3 * width, QImage::Format_RGB888).copy();
+    const auto width = static_cast<int>(drawn.getWidth());
+    QImage picture(width / scale, static_cast<int>(drawn.getHeight()) / scale, QImage::Format_RGB888);
+    drawn.draw([&](unsigned firstRow, std::span<const std::uint8_t> pixels) {
+        if (scale == 2)
+            halveInto(picture, static_cast<int>(firstRow / 2), pixels, width);
+        else
+            copyInto(picture, static_cast<int>(firstRow), pixels);
+    });
+    return picture;
 }
 
 } // namespace
@@ -103,18 +113,17 @@ void takePictures(const Options& options)
     const QSize size(options.pictureWidth, options.pictureHeight);
     // Twice the size and then averaged: the samples smooth only the edges of triangles, not the highlights within.
     const int scale = long{size.width()} * size.height() <= maxSupersampled / 4 ? 2 : 1;
-    const OffscreenTarget target(static_cast<unsigned>(scale * size.width()),
-                                 static_cast<unsigned>(scale * size.height()), samples);
-    Camera::Get()->setRenderTarget(target.renderTarget());
+    BandedPicture drawn(*Camera::Get(), static_cast<unsigned>(scale * size.width()),
+                        static_cast<unsigned>(scale * size.height()), samples);
     suitCameraToScene();
-    suitCross(target, scale);
+    suitCross(drawn, scale);
     vrk::visual::SetDepthShade(true);
     if (!options.whole.empty())
         showGhostsExcept(options.whole);
     StationDimensions::Get().setPixelRatio(scale);
     std::optional<Fonts> fonts; // where a picture has texts
     const auto take = [&](const std::filesystem::path& file) {
-        QImage picture = draw(target, scale);
+        QImage picture = draw(drawn, scale);
         if (shownHeights().clouds > 0) {
             if (!fonts)
                 fonts.emplace();
