@@ -1,6 +1,7 @@
 #include "TargetFixture.h"
 
 #include "platform/layout/Body.h"
+#include "scene/ViewLook.h"
 #include "visual/SolidVisual.h"
 
 #include <cmath>
@@ -136,6 +137,33 @@ TEST_F(TargetPicture, TargetFollowsItsParentAndItsLookFollowsTheTarget)
     parent->setPosition(0, 0, -40);
     EXPECT_TRUE(isDrawn({60, 0, -40}));
     EXPECT_FALSE(isDrawn({60, 0, 40}));
+}
+
+/// OGRE takes the instances of a batch for one thing, which is in view or not.
+TEST_F(TargetPicture, TargetsAreSeenFarFromTheOriginWhichIsOutOfView)
+{
+    const Picture without = render({{5000, -200, 0}, {5000, 0, 0}, {0, 0, 1}});
+    RobtargetVisual* target = addTarget();
+    target->setPosition(5000, 0, 0);
+    const Picture with = render({{5000, -200, 0}, {5000, 0, 0}, {0, 0, 1}});
+    EXPECT_GT(test::largestDifference(without, with), 80);
+
+    target->setPosition(5000, 0, 10000);
+    const Picture moved = render({{5000, -200, 10000}, {5000, 0, 10000}, {0, 0, 1}});
+    EXPECT_GT(test::largestDifference(without, moved), 80);
+}
+
+TEST_F(TargetPicture, TargetsAreSeenThereInThePictureAfterAShadowWasTaken)
+{
+    const test::View far{{5000, -200, 0}, {5000, 0, 0}, {0, 0, 1}};
+    addTargets();
+    const Picture without = render(far);
+    addTarget()->setPosition(5000, 0, 0);
+    drain();
+    TakeGroundShadow();
+    const Picture with = render(far);
+    RemoveGroundShadow();
+    EXPECT_GT(test::largestDifference(without, with), 80);
 }
 
 } // namespace

@@ -76,12 +76,42 @@ void cleanup(Ogre::InstanceManager& manager)
 
 } // namespace
 
+/// OGRE draws a batch where the box of its instances is in view. It makes the boxes itself with the first picture of a frame, of
+/// where they stood in the frame before, and not at all where a shadow was taken ahead of the frame: what had been moved, or stood
+/// there for the first time, was not drawn.
+class InstanceManagers::BoundsKeeper : public Ogre::FrameListener {
+public:
+    BoundsKeeper(const InstanceManagers& owner, Ogre::SceneManager& scene) : owner(owner), scene(scene)
+    {
+        Ogre::Root::getSingleton().addFrameListener(this);
+    }
+    ~BoundsKeeper() override { Ogre::Root::getSingleton().removeFrameListener(this); }
+    /// Places that have not changed cost nothing.
+    bool frameStarted(const Ogre::FrameEvent&) override
+    {
+        Ogre::Node::processQueuedUpdates();
+        scene.getRootSceneNode()->_update(true, false);
+        for (const auto& [name, manager] : owner.managers)
+            manager->_updateDirtyBatches();
+        return true;
+    }
+
+private:
+    const InstanceManagers& owner;
+    Ogre::SceneManager& scene;
+};
+
+InstanceManagers::InstanceManagers() = default;
+
+InstanceManagers::~InstanceManagers() = default;
+
 void InstanceManagers::create(Ogre::SceneManager& sceneManager)
 {
     for (const Setup& setup : setups)
         managers[setup.key] = sceneManager.createInstanceManager(
             setup.name, setup.mesh, Ogre::ResourceGroupManager::DEFAULT_RESOURCE_GROUP_NAME,
             Ogre::InstanceManager::HWInstancingBasic, setup.batchSize, Ogre::IM_USEALL, 0);
+    bounds = std::make_unique<BoundsKeeper>(*this, sceneManager);
 }
 
 Ogre::InstanceManager* InstanceManagers::get(const std::string& name) const

@@ -2,6 +2,7 @@
 
 #include "platform/common/Export.h"
 
+#include <memory>
 #include <string>
 #include <unordered_map>
 
@@ -18,6 +19,11 @@ namespace vrk::visual {
 /// Thread: render thread.
 class VRK_EXPORT InstanceManagers {
 public:
+    InstanceManagers();
+    ~InstanceManagers();
+    InstanceManagers(const InstanceManagers&) = delete;
+    InstanceManagers& operator=(const InstanceManagers&) = delete;
+
     /// Makes the four managers. The meshes that they draw must stand.
     void create(Ogre::SceneManager& sceneManager);
     /// @throws std::out_of_range "invalid unordered_map<K, T> key" for an unknown name.
@@ -26,7 +32,10 @@ public:
     void cleanupEmptyBatches();
 
 private:
+    class BoundsKeeper;
+
     std::unordered_map<std::string, Ogre::InstanceManager*> managers;
+    std::unique_ptr<BoundsKeeper> bounds;
 };
 
 } // namespace vrk::visual
