@@ -15,6 +15,16 @@ constexpr const char* shadeName = "DepthShade"; // and of the scheme of depths
 constexpr const char* outlinesName = "BodyOutlines";
 constexpr const char* border = "BorderHighlight";
 
+constexpr int rowsOfALargePicture = 1600;
+constexpr const char* large = "Large"; // the scheme of the shade's compositor that is for those
+
+void suitSize(Ogre::CompositorInstance& compositor, const Ogre::Viewport& viewport)
+{
+    const bool isLarge = viewport.getActualHeight() >= rowsOfALargePicture;
+    if (compositor.getCompositor()->getName() == shadeName)
+        compositor.setScheme(isLarge ? large : Ogre::BLANKSTRING);
+}
+
 } // namespace
 
 DepthShade::DepthShade()
@@ -64,6 +74,7 @@ Ogre::CompositorInstance* DepthShade::add(Ogre::Viewport& viewport, const char* 
         FileLogger::inst()->error(fmt::format("no compositor {} in the resources", name));
         return nullptr;
     }
+    suitSize(*added, viewport);
     added->setAlive(true); // it is switched while the view moves: its textures stay
     added->addListener(this);
     return added;
@@ -95,8 +106,10 @@ void DepthShade::suit(Ogre::Viewport& viewport)
     if (name && !chain.getCompositor(name) && !add(viewport, name))
         name = nullptr;
     for (const char* each : {shadeName, outlinesName})
-        if (Ogre::CompositorInstance* present = chain.getCompositor(each))
+        if (Ogre::CompositorInstance* present = chain.getCompositor(each)) {
+            suitSize(*present, viewport);
             present->setEnabled(name == each);
+        }
     if (Ogre::CompositorInstance* outline = chain.getCompositor(border))
         outline->setScheme(name ? name : Ogre::BLANKSTRING);
     // A compositor clears the picture itself; twice is a tenth of a large one's time on a software driver.

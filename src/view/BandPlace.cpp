@@ -7,7 +7,7 @@
 namespace vrk::visual {
 namespace {
 
-constexpr float culledBeyond = 0.1f;           // of the picture's height: lines and texts reach beyond their places
+constexpr float culledBeyond = 0.03f;          // of the picture's height: lines reach beyond their places
 constexpr const char* parameter = "rowsAbove"; // of programs that count the picture's rows
 
 Ogre::CompositorChain* chainOf(const Ogre::Viewport& viewport)

@@ -13,8 +13,8 @@
 namespace vrk::visual {
 namespace {
 
-constexpr std::uint64_t pixelsOfABand = 1'600'000; // less gains little
-constexpr std::uint64_t mostBands = 8;             // the scene is walked through for each
+constexpr std::uint64_t pixelsOfABand = 800'000; // less gains little
+constexpr std::uint64_t mostBands = 8;           // the scene is walked through for each
 
 unsigned rowsOfABand(unsigned width, unsigned height)
 {
