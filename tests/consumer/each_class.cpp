@@ -92,6 +92,7 @@
 #include "task/bands/BandVectorVisual.h"
 #include "task/bands/VectorBandVisual.h"
 #include "view/AxesCross.h"
+#include "view/BandedPicture.h"
 #include "view/Camera.h"
 #include "view/Navigator.h"
 #include "view/OffscreenTarget.h"
@@ -308,6 +309,7 @@ void keepStationAndView()
     keep(&BandVectorVisual::getPathPoint);
     keep(&VectorBandVisual::updateBand);
     keep(&AxesCross::setScale);
+    keep(&BandedPicture::draw);
     keep(&Camera::Published);
     keep(&Navigator::turnWheel);
     keep(&OffscreenTarget::read);

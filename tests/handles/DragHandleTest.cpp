@@ -328,6 +328,19 @@ TEST_F(DragHandleTest, HoverIsAColourAndLeavesTheQueueGroup)
     EXPECT_EQ(partsOf(handle), before);
 }
 
+/// They are meshes like any other, and selected as these are; hovers leave them alone for that.
+TEST_F(DragHandleTest, PartThatIsSelectedIsDrawnAmongBodies)
+{
+    MeshVisual* arrow = handle.getHandle(HandleType::Y);
+    arrow->setSelected();
+    EXPECT_EQ(partsOf(handle)[1].group, renderGroup::selected);
+    arrow->clearHighlightOrSelect();
+    EXPECT_EQ(partsOf(handle)[1].group, renderGroup::normal);
+    scene.resetDragHandle();
+    drain();
+    arrow->getEntity()->setRenderQueueGroup(renderGroup::handles);
+}
+
 TEST_F(DragHandleTest, HoverOverADiscKeepsItFaint)
 {
     handle.showHover(HandleType::AssistYaw);
