@@ -36,6 +36,8 @@
 #include <fmt/format.h>
 
 #include <clocale>
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <future>
 #include <iostream>
@@ -153,8 +155,11 @@ void checkBeforehand(const Options& options)
 std::unique_ptr<PrivateDisplay> chooseDisplay(const Options& options)
 {
     const bool showsWindow = options.task == Options::Task::OpenWindow;
+    const bool hasWindow = showsWindow || options.task == Options::Task::PlaySession;
+    const int width = hasWindow ? 1280 : 64; // Xvfb fills its screen before it answers
+    const int height = hasWindow ? 1024 : 64;
     if (!showsWindow && !options.onPresentDisplay && PrivateDisplay::IsAvailable())
-        return std::make_unique<PrivateDisplay>(1280, 1024, [&options] {
+        return std::make_unique<PrivateDisplay>(width, height, [&options] {
             checkBeforehand(options);
             loadSoftwareDriver();
         });
@@ -281,7 +286,11 @@ int main(int argc, char** argv)
     if (const std::optional<int> done = vrkview::parseOptions(argc, argv, options))
         return *done;
     try {
-        return vrkview::run(argv, options);
+        const int code = vrkview::run(argv, options);
+        // What is left is OGRE's and the driver's memory, which the system takes back in a fraction of the time.
+        std::cout << std::flush;
+        std::fflush(nullptr);
+        std::_Exit(code);
     } catch (const vrkview::BadFiles& bad) {
         for (const std::string& failure : bad.failures)
             vrkview::fail(failure);

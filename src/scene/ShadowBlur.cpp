@@ -1,5 +1,7 @@
 #include "scene/ShadowBlur.h"
 
+#include "platform/common/ParallelFor.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -57,27 +59,40 @@ void blur(std::vector<float>& values, int width, int height, double sigma)
     if (radius == 0)
         return;
     std::vector<float> other(values.size());
-    for (int pass = 0; pass < 3; ++pass) {
-        turnOver(values, other, width, height);
-        meanOfRows(other, values, height, width, radius);
-        turnOver(values, other, height, width);
-        meanOfRows(other, values, width, height, radius);
-    }
+    const auto thrice = [&](int across, int down) { // from the other one, and into `values`
+        meanOfRows(other, values, across, down, radius);
+        meanOfRows(values, other, across, down, radius);
+        meanOfRows(other, values, across, down, radius);
+    };
+    turnOver(values, other, width, height);
+    thrice(height, width);
+    turnOver(values, other, height, width);
+    thrice(width, height);
+}
+
+/// How much of the sky over each place is covered by what the layer is the shadow of.
+std::vector<float> coverBy(const Layer& layer, const HeightMap& map)
+{
+    const auto limit = static_cast<float>(std::min(layer.below * map.reach / map.span, 1.0));
+    std::vector<float> covered(map.heights.size());
+    std::ranges::transform(map.heights, covered.begin(), [limit](float h) { return h < limit ? 1.0f : 0.0f; });
+    blur(covered, static_cast<int>(map.width), static_cast<int>(map.height), layer.softness * map.reach / map.texel);
+    return covered;
 }
 
 } // namespace
 
 std::vector<std::uint8_t> softShadow(const HeightMap& map)
 {
-    std::vector<float> light(map.heights.size(), 1.0f), covered(map.heights.size());
-    for (const Layer& layer : layers) {
-        const auto limit = static_cast<float>(std::min(layer.below * map.reach / map.span, 1.0));
-        std::ranges::transform(map.heights, covered.begin(), [limit](float h) { return h < limit ? 1.0f : 0.0f; });
-        blur(covered, static_cast<int>(map.width), static_cast<int>(map.height),
-             layer.softness * map.reach / map.texel);
-        std::ranges::transform(light, covered, light.begin(),
-                               [&layer](float l, float c) { return l * (1 - layer.darkness * c); });
-    }
+    std::array<std::vector<float>, layers.size()> covers;
+    parallelFor(layers.size(), [&](std::size_t begin, std::size_t end) {
+        for (std::size_t i = begin; i < end; ++i)
+            covers[i] = coverBy(layers[i], map);
+    });
+    std::vector<float> light(map.heights.size(), 1.0f);
+    for (std::size_t i = 0; i < layers.size(); ++i)
+        std::ranges::transform(light, covers[i], light.begin(),
+                               [i](float l, float c) { return l * (1 - layers[i].darkness * c); });
     std::vector<std::uint8_t> shadow(light.size());
     std::ranges::transform(light, shadow.begin(),
                            [](float l) { return static_cast<std::uint8_t>(std::lround(255 * (1 - l))); });
